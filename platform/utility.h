@@ -1,0 +1,77 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+// What the module asks of the recorder's utility and camera-record libraries.
+//
+// Unless a declaration says otherwise: strings are UTF-8; an int result of 0 is success; nothing throws but
+// std::bad_alloc; any thread may call at any time, and a call may block on a local disk but never on a camera.
+
+enum LOG_TYPE {
+  LOG_TYPE_FAILURE = 0,  ///< something a user or administrator asked for did not work
+};
+
+/// Writes one log line. `category1` and `category2` (both may be null) narrow the subject; `file`, `line` and
+/// `function` name the place. The formatted text ends in a newline. Never fails; never logs a secret of its own accord.
+[[gnu::format(printf, 7, 8)]] void VTPrintf(LOG_TYPE type, const char* category1, const char* category2,
+                                            const char* file, int line, const char* function, const char* format, ...);
+
+/// Current time in microseconds since 1970-01-01 00:00 UTC.
+std::int64_t GetCurTimestamp();
+
+/// True when this recorder is the central management (CMS) host of a group of recording servers.
+bool IsCmsHost();
+
+/// True while the recorder service is running.
+bool IsVTRunning();
+
+/// True when `cookie` and `timestamp` form a valid pair of a trusted client.
+bool IsAuthPairMatch(const std::string& cookie, const std::string& timestamp);
+
+/// Checks pairs of the recording servers of this recorder's own group.
+class SlaveKdAuthentication {
+ public:
+  SlaveKdAuthentication();
+  ~SlaveKdAuthentication();
+  SlaveKdAuthentication(const SlaveKdAuthentication&) = delete;
+  SlaveKdAuthentication& operator=(const SlaveKdAuthentication&) = delete;
+
+  /// True when `cookie` and `timestamp` form a valid pair of the group.
+  bool IsAuthByPairMatch(const std::string& cookie, const std::string& timestamp);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl;
+};
+
+/// Id of the recording server that owns camera `camId`; kLocalOwnerKdId for a camera of this recorder.
+int GetCamOwnerKdId(int camId);
+inline constexpr int kLocalOwnerKdId = 0;
+
+enum CAM_CONN_STATUS {
+  CAM_CONN_STATUS_UNKNOWN = 0,   ///< no such record, or never contacted
+  CAM_CONN_STATUS_NORMAL = 1,    ///< in service
+  CAM_CONN_STATUS_DISABLED = 6,  ///< switched off in its record: the camera is not to be contacted
+};
+
+/// Connection status of stored camera `camId`, a value of CAM_CONN_STATUS.
+int GetCamConnStatus(int camId);
+
+/// What a client sends instead of a stored password.
+extern const char gszFakePass[];
+
+/// The stored password of camera `camId`, or "" when there is none. Camera id 0 means "a camera not named": the one
+/// stored camera of that vendor, model and channel, if exactly one exists. The password is lent for the request that
+/// the calling thread works on: connections to an address other than the record's own get no login.
+std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel);
+
+/// Reads a whole file of at most 32 MiB. `required`: a missing file is an error and logged as such. On success
+/// `*buffer` is malloc memory that the caller frees and `*size` its length in bytes; on failure both are untouched.
+int ReadContentFromFileToBuf(const char* path, bool required, unsigned char** buffer, int* size);
+
+/// Base64 (RFC 4648 section 4, padded, no line breaks) of `length` bytes.
+std::string HttpBase64EncodeUnsigned(const unsigned char* bytes, int length);

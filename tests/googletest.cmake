@@ -1,0 +1,11 @@
+# GoogleTest as GTest::gtest_main: the system's library, or for another machine built from the system's sources.
+if(NOT CMAKE_CROSSCOMPILING)
+  find_package(GTest REQUIRED)
+else()
+  set(BUILD_GMOCK OFF)
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  if(NOT TARGET GTest::gtest_main)
+    add_library(GTest::gtest_main ALIAS gtest_main)
+  endif()
+endif()
