@@ -1,0 +1,127 @@
+#include "simcam/camera.h"
+
+#include <random>
+#include <sstream>
+#include <utility>
+
+namespace simcam {
+namespace {
+
+constexpr const char* kLogPath = "/sim/log";
+
+/// Method, target and version of the first line; nothing as long as it is not complete.
+std::optional<Request> FirstLine(const std::string& received) {
+  const size_t end = received.find('\n');
+  if (end == std::string::npos) return std::nullopt;
+  Request request;
+  std::istringstream words(received.substr(0, end));
+  words >> request.method >> request.target >> request.version;
+  return request;
+}
+
+void SendLog(const Socket& socket, const CameraLog& log) {
+  const std::string json = log.ToJson();
+  static_cast<void>(
+      socket.Send("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: " +
+                  std::to_string(json.size()) + "\r\n\r\n" + json));
+}
+
+void SendGarbage(const Socket& socket) {
+  std::random_device random;
+  std::string bytes;
+  for (int i = 0; i < 3000; ++i) bytes += static_cast<char>(random());
+  static_cast<void>(socket.Send(bytes));
+}
+
+void WaitForEnd(const Socket& socket) {
+  std::string ignored;
+  while (socket.Receive(ignored)) ignored.clear();
+}
+
+}  // namespace
+
+Camera::Camera(CameraConfig config, ClipStore& clips)
+    : config_(std::move(config)), listener_(Socket::Bind(config_.port)) {
+  if (config_.server == Server::kStock) {
+    stock_ = std::make_unique<StockRtsp>(config_, login_, log_, clips);
+  } else {
+    scripted_ = std::make_unique<ScriptedRtsp>(config_, login_, log_, clips);
+  }
+}
+
+Camera::~Camera() {
+  listener_.Shutdown();
+  if (acceptor_.joinable()) acceptor_.join();
+  for (const Connection& connection : connections_) connection.socket.Shutdown();
+  connections_.clear();
+}
+
+void Camera::Start() {
+  if (config_.fault.fault == Fault::kRefused) return;
+  listener_.Listen();
+  acceptor_ = std::jthread([this] { AcceptAll(); });
+}
+
+void Camera::AcceptAll() {
+  while (true) {
+    Socket socket = listener_.Accept();
+    if (!socket.IsOpen()) return;
+    log_.CountConnection();
+    ForgetFinished();
+    Connection& connection = connections_.emplace_back();
+    connection.socket = std::move(socket);
+    connection.thread = std::jthread([this, &connection] {
+      Serve(connection.socket);
+      connection.socket.Shutdown();
+      connection.over = true;
+    });
+  }
+}
+
+void Camera::ForgetFinished() {
+  connections_.remove_if([](const Connection& connection) { return connection.over.load(); });
+}
+
+void Camera::Serve(Socket& socket) {
+  std::string received;
+  std::optional<Request> first;
+  while (!(first = FirstLine(received))) {
+    if (!socket.Receive(received)) return;
+  }
+  if (first->target == kLogPath) {
+    log_.CountConnection(-1);
+    return SendLog(socket, log_);
+  }
+  if (MisbehavesAtOnce(socket, *first)) return;
+  if (!first->IsRtsp()) return http_.Serve(socket, std::move(received));
+  if (scripted_) return scripted_->Serve(socket, std::move(received));
+  stock_->Adopt(std::move(socket), received);
+}
+
+bool Camera::MisbehavesAtOnce(const Socket& socket, const Request& firstLine) {
+  const auto say = [&](const char* text) {
+    log_.CountRequest(firstLine);
+    static_cast<void>(socket.Send(text));
+    return true;
+  };
+  switch (config_.fault.fault) {
+    case Fault::kSilentAfterConnect:
+      log_.CountRequest(firstLine);
+      WaitForEnd(socket);
+      return true;
+    case Fault::kCloseAfterConnect:
+      return say("");
+    case Fault::kGarbage:
+      log_.CountRequest(firstLine);
+      SendGarbage(socket);
+      return true;
+    case Fault::kNotRtsp:
+      return firstLine.IsRtsp() && say("HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    case Fault::kNotHttp:
+      return !firstLine.IsRtsp() && say("RTSP/1.0 400 Bad Request\r\n\r\n");
+    default:
+      return false;
+  }
+}
+
+}  // namespace simcam

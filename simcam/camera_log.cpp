@@ -1,0 +1,68 @@
+#include "simcam/camera_log.h"
+
+#include <json/json.h>
+
+namespace simcam {
+namespace {
+
+constexpr size_t kLinesKept = 200;
+
+}  // namespace
+
+void CameraLog::CountConnection(int change) {
+  const std::scoped_lock lock(mutex_);
+  connections_ += change;
+}
+
+void CameraLog::CountRequest(const Request& request) {
+  CountRequest(request.version.substr(0, request.version.find('/')), request.method, request.Path(),
+               !request.Header("Authorization").empty());
+}
+
+void CameraLog::CountRequest(const std::string& protocol, const std::string& method, const std::string& path,
+                             bool withLogin) {
+  const std::scoped_lock lock(mutex_);
+  ++requestCount_;
+  lines_.push_back({protocol, method, path, withLogin});
+  if (lines_.size() > kLinesKept) lines_.pop_front();
+}
+
+void CameraLog::CountLogin(bool accepted) {
+  const std::scoped_lock lock(mutex_);
+  ++logins_;
+  if (!accepted) ++refusedLogins_;
+}
+
+void CameraLog::CountSession() {
+  const std::scoped_lock lock(mutex_);
+  ++sessions_;
+}
+
+void CameraLog::CountPli() {
+  const std::scoped_lock lock(mutex_);
+  ++pli_;
+}
+
+std::string CameraLog::ToJson() const {
+  const std::scoped_lock lock(mutex_);
+  Json::Value json;
+  json["connections"] = connections_;
+  json["logins"] = logins_;
+  json["refusedLogins"] = refusedLogins_;
+  json["sessions"] = sessions_;
+  json["pli"] = pli_;
+  json["requestCount"] = requestCount_;
+  json["requests"] = Json::Value(Json::arrayValue);
+  for (const Line& line : lines_) {
+    Json::Value& item = json["requests"].append(Json::objectValue);
+    item["protocol"] = line.protocol;
+    item["method"] = line.method;
+    item["path"] = line.path;
+    item["login"] = line.withLogin;
+  }
+  Json::StreamWriterBuilder writer;
+  writer["indentation"] = "";
+  return Json::writeString(writer, json) + "\n";
+}
+
+}  // namespace simcam

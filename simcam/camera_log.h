@@ -1,0 +1,42 @@
+#pragma once
+
+#include <deque>
+#include <mutex>
+#include <string>
+
+#include "simcam/request.h"
+
+namespace simcam {
+
+/// What came to one camera, for GET /sim/log. Any thread. Holds paths and methods, never a login.
+class CameraLog {
+ public:
+  void CountConnection(int change = 1);
+  void CountRequest(const Request& request);
+  void CountRequest(const std::string& protocol, const std::string& method, const std::string& path, bool withLogin);
+  void CountLogin(bool accepted);
+  void CountSession();
+  void CountPli();
+
+  /// {"connections", "logins", "refusedLogins", "sessions", "pli", "requestCount", "requests": the last 200}.
+  [[nodiscard]] std::string ToJson() const;
+
+ private:
+  struct Line {
+    std::string protocol;
+    std::string method;
+    std::string path;
+    bool withLogin;
+  };
+
+  mutable std::mutex mutex_;
+  int connections_ = 0;
+  int logins_ = 0;
+  int refusedLogins_ = 0;
+  int sessions_ = 0;
+  int pli_ = 0;
+  int requestCount_ = 0;
+  std::deque<Line> lines_;
+};
+
+}  // namespace simcam

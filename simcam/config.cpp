@@ -1,0 +1,300 @@
+#include "simcam/config.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <set>
+#include <utility>
+
+namespace simcam {
+namespace {
+
+template <class T>
+struct Named {
+  const char* name;
+  T value;
+};
+
+constexpr Named<Codec> kCodecs[] = {
+    {"h264", Codec::kH264}, {"h265", Codec::kH265}, {"mpeg4", Codec::kMpeg4}, {"jpeg", Codec::kJpeg}};
+constexpr Named<Audio> kAudio[] = {{"none", Audio::kNone}, {"first", Audio::kFirst}, {"only", Audio::kOnly}};
+constexpr Named<Server> kServers[] = {{"stock", Server::kStock}, {"scripted", Server::kScripted}};
+constexpr Named<bool> kSources[] = {{"live", true}, {"clip", false}};
+constexpr Named<Scheme> kSchemes[] = {{"basic", Scheme::kBasic},
+                                      {"digest-md5", Scheme::kDigestMd5},
+                                      {"digest-sha256", Scheme::kDigestSha256},
+                                      {"digest-unknown", Scheme::kDigestUnknown},
+                                      {"bearer", Scheme::kBearer}};
+
+/// Reads the members of one object; each is asked for once, and what nobody asked for is a mistake.
+class Members {
+ public:
+  Members(const Json::Value& object, std::string where) : object_(object), where_(std::move(where)) {
+    if (!object.isObject()) Fail("must be an object");
+  }
+
+  [[noreturn]] void Fail(const std::string& what) const { throw ConfigError(where_ + ": " + what); }
+
+  bool Has(const char* key) {
+    asked_.insert(key);
+    return object_.isMember(key);
+  }
+
+  const Json::Value& At(const char* key) const { return object_[key]; }
+
+  const std::string& Where() const { return where_; }
+
+  void Read(const char* key, std::string& value) {
+    if (!Has(key)) return;
+    if (!At(key).isString()) Fail(std::string(key) + " must be a text");
+    value = At(key).asString();
+  }
+
+  void Read(const char* key, bool& value) {
+    if (!Has(key)) return;
+    if (!At(key).isBool()) Fail(std::string(key) + " must be true or false");
+    value = At(key).asBool();
+  }
+
+  void Read(const char* key, int& value, int least, int most) {
+    if (!Has(key)) return;
+    if (!At(key).isInt() || At(key).asInt() < least || At(key).asInt() > most) {
+      Fail(std::string(key) + " must be a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    value = At(key).asInt();
+  }
+
+  template <class T, size_t N>
+  void Read(const char* key, T& value, const Named<T> (&names)[N]) {
+    std::string text;
+    Read(key, text);
+    if (Has(key)) value = Choose(key, text, names);
+  }
+
+  template <class T, size_t N>
+  T Choose(const char* key, const std::string& text, const Named<T> (&names)[N]) const {
+    std::string known;
+    for (const Named<T>& row : names) {
+      if (text == row.name) return row.value;
+      known += std::string(known.empty() ? "" : ", ") + row.name;
+    }
+    Fail(std::string(key) + " \"" + text + "\" is none of " + known);
+  }
+
+  void Finish() const {
+    for (const std::string& key : object_.getMemberNames()) {
+      if (!asked_.contains(key)) Fail("unknown member " + key);
+    }
+  }
+
+ private:
+  const Json::Value& object_;
+  std::string where_;
+  std::set<std::string> asked_;
+};
+
+void CheckPath(const Members& members, const std::string& path) {
+  if (!path.starts_with('/')) members.Fail("path \"" + path + "\" must start with a slash");
+}
+
+void ReadStart(Members& members, StreamConfig& stream) {
+  if (!members.Has("start")) return;
+  const Json::Value& start = members.At("start");
+  if (start == "random") {
+    stream.randomStart = true;
+  } else if (start.isNumeric() && start.asDouble() >= 0 && start.asDouble() * stream.fps < stream.gop) {
+    stream.secondsBeforeKeyFrame = start.asDouble();
+  } else if (start != "key") {
+    members.Fail("start must be \"key\", \"random\" or seconds before a key frame, fewer than a GOP lasts");
+  }
+}
+
+/// Live encoding is for small pictures; MPEG-4 comes without time stamps out of its encoder, so it is always a clip.
+bool CanBeLive(const StreamConfig& stream) { return stream.codec != Codec::kMpeg4; }
+
+bool LiveByDefault(const StreamConfig& stream) {
+  return CanBeLive(stream) && stream.size.width * stream.size.height <= 1280 * 720;
+}
+
+/// About what cameras of that size are set to: a tenth of a bit for each pixel.
+int UsualBitrate(const StreamConfig& stream) {
+  return std::max(2000, stream.size.width * stream.size.height / 1000 * stream.fps / 10);
+}
+
+StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
+  Members members(value, where);
+  StreamConfig stream;
+  members.Read("codec", stream.codec, kCodecs);
+  members.Read("width", stream.size.width, 16, 7680);
+  members.Read("height", stream.size.height, 16, 4320);
+  members.Read("fps", stream.fps, 1, 60);
+  members.Read("gop", stream.gop, 1, 1000);
+  stream.bitrate = UsualBitrate(stream);
+  members.Read("bitrate", stream.bitrate, 50, 100000);
+  members.Read("slices", stream.slices, 1, 16);
+  members.Read("path", stream.path);
+  members.Read("audio", stream.audio, kAudio);
+  stream.live = LiveByDefault(stream);
+  members.Read("source", stream.live, kSources);
+  members.Read("pli", stream.honoursPli);
+  ReadStart(members, stream);
+  members.Finish();
+  CheckPath(members, stream.path);
+  if (stream.live && !CanBeLive(stream)) members.Fail("MPEG-4 has no live source, only a clip");
+  if (stream.size.width % 2 != 0 || stream.size.height % 2 != 0) members.Fail("width and height must be even");
+  // RFC 2435: 8 bits of 8 pixels each; beyond that the sizes do not fit.
+  if (stream.codec == Codec::kJpeg && (stream.size.width > 2040 || stream.size.height > 2040)) {
+    members.Fail("JPEG over RTP ends at 2040 pixels");
+  }
+  return stream;
+}
+
+std::vector<StreamConfig> ReadStreams(const Json::Value& value, const std::string& where) {
+  if (!value.isArray()) return {ReadStream(value, where)};
+  std::vector<StreamConfig> streams;
+  for (const Json::Value& item : value) streams.push_back(ReadStream(item, where));
+  if (streams.empty()) throw ConfigError(where + ": must not be empty");
+  return streams;
+}
+
+LoginConfig ReadLogin(const Json::Value& value, const std::string& where) {
+  if (value == "none") return {};
+  Json::Value object = value;
+  if (value.isString()) {
+    object = Json::Value(Json::objectValue);
+    object["offer"].append(value);
+  }
+  Members members(object, where);
+  LoginConfig login;
+  members.Read("oneHeader", login.oneHeader);
+  members.Read("qop", login.qop);
+  if (!members.Has("offer") || !members.At("offer").isArray()) members.Fail("offer must be a list of login methods");
+  for (const Json::Value& scheme : members.At("offer")) {
+    login.offer.push_back(members.Choose("offer", scheme.isString() ? scheme.asString() : "", kSchemes));
+  }
+  members.Finish();
+  return login;
+}
+
+Size ReadSize(const Members& members, const Json::Value& value) {
+  Size size;
+  char rest = 0;
+  const std::string text = value.isString() ? value.asString() : "";
+  if (std::sscanf(text.c_str(), "%5dx%5d%c", &size.width, &size.height, &rest) != 2 ||  // NOLINT(cert-err34-c)
+      size.width < 16 || size.height < 16) {
+    members.Fail("a size must be a text such as 1280x720");
+  }
+  return size;
+}
+
+void ReadSnapshot(const Json::Value& value, const std::string& where, CameraConfig& camera) {
+  Members members(value, where);
+  members.Read("path", camera.snapshotPath);
+  if (members.Has("sizes")) {
+    for (const Json::Value& size : members.At("sizes")) camera.snapshotSizes.push_back(ReadSize(members, size));
+  }
+  members.Finish();
+  CheckPath(members, camera.snapshotPath);
+}
+
+PageConfig ReadPage(const Json::Value& value, const std::string& where) {
+  Members members(value, where);
+  PageConfig page;
+  members.Read("path", page.path);
+  members.Read("status", page.status, 100, 599);
+  members.Read("type", page.type);
+  members.Read("body", page.body);
+  members.Read("login", page.login);
+  members.Finish();
+  CheckPath(members, page.path);
+  return page;
+}
+
+void ReadFault(Members& members, CameraConfig& camera) {
+  std::string name = "none";
+  members.Read("fault", name);
+  const auto fault = FaultFromName(name);
+  if (!fault) members.Fail("unknown fault \"" + name + "\"; --help lists them");
+  camera.fault = *fault;
+  members.Read("redirectTo", camera.redirectTo);
+  if (fault->fault == Fault::kRedirectOther && camera.redirectTo.empty()) members.Fail("redirectTo is missing");
+}
+
+bool NeedsScript(const StreamConfig& stream) {
+  return stream.randomStart || stream.secondsBeforeKeyFrame > 0 || stream.honoursPli ||
+         stream.path.find('?') != std::string::npos;
+}
+
+/// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.
+void ChooseServer(Members& members, CameraConfig& camera) {
+  bool script = !OnlyHttp(camera.fault);
+  for (const StreamConfig& stream : camera.streams) script |= NeedsScript(stream);
+  camera.server = script ? Server::kScripted : Server::kStock;
+  members.Read("server", camera.server, kServers);
+  if (script && camera.server == Server::kStock) members.Fail("this camera needs the scripted server");
+  for (StreamConfig& stream : camera.streams) {
+    if (camera.server != Server::kScripted) continue;
+    if (stream.audio != Audio::kNone) members.Fail("the scripted server has no audio");
+    stream.live = false;
+    if (camera.fault.fault == Fault::kParameterSetsBetweenSlices && stream.slices < 2) stream.slices = 2;
+  }
+}
+
+CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
+  Members members(value, where);
+  CameraConfig camera;
+  members.Read("name", camera.name);
+  members.Read("port", camera.port, 0, 65535);
+  members.Read("user", camera.user);
+  members.Read("password", camera.password);
+  if (members.Has("login")) camera.login = ReadLogin(members.At("login"), where + ".login");
+  const Json::Value usualStream(Json::objectValue);
+  camera.streams = ReadStreams(members.Has("stream") ? members.At("stream") : usualStream, where + ".stream");
+  if (members.Has("snapshot")) ReadSnapshot(members.At("snapshot"), where + ".snapshot", camera);
+  if (members.Has("mjpeg")) {
+    Members mjpeg(members.At("mjpeg"), where + ".mjpeg");
+    mjpeg.Read("path", camera.mjpegPath);
+    mjpeg.Finish();
+    CheckPath(mjpeg, camera.mjpegPath);
+  }
+  if (members.Has("pages")) {
+    for (const Json::Value& page : members.At("pages")) camera.pages.push_back(ReadPage(page, where + ".pages"));
+  }
+  ReadFault(members, camera);
+  ChooseServer(members, camera);
+  members.Finish();
+  if (camera.name.empty()) members.Fail("name is missing");
+  return camera;
+}
+
+}  // namespace
+
+std::vector<CameraConfig> ReadConfig(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw ConfigError("cannot read " + path);
+  Json::Value root;
+  std::string errors;
+  if (!Json::parseFromStream(Json::CharReaderBuilder(), file, &root, &errors)) throw ConfigError(path + ": " + errors);
+
+  Members members(root, path);
+  if (!members.Has("cameras") || !root["cameras"].isArray()) members.Fail("cameras must be a list");
+  members.Finish();
+  std::vector<CameraConfig> cameras;
+  std::set<std::string> names;
+  for (const Json::Value& value : root["cameras"]) {
+    cameras.push_back(ReadCamera(value, "cameras[" + std::to_string(cameras.size()) + "]"));
+    if (!names.insert(cameras.back().name).second) members.Fail("two cameras are named " + cameras.back().name);
+  }
+  return cameras;
+}
+
+const char* CodecName(Codec codec) {
+  for (const auto& row : kCodecs) {
+    if (row.value == codec) return row.name;
+  }
+  return "";
+}
+
+}  // namespace simcam

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "simcam/fault.h"
+
+namespace simcam {
+
+enum class Codec { kH264, kH265, kMpeg4, kJpeg };
+enum class Audio { kNone, kFirst, kOnly };
+enum class Server { kStock, kScripted };
+enum class Scheme { kBasic, kDigestMd5, kDigestSha256, kDigestUnknown, kBearer };
+
+struct Size {
+  int width = 640;
+  int height = 480;
+};
+
+struct StreamConfig {
+  Codec codec = Codec::kH264;
+  Size size;
+  int fps = 25;
+  int gop = 25;     ///< pictures from one key frame to the next
+  int bitrate = 0;  ///< kbit/s; not for JPEG
+  int slices = 1;   ///< H.264 only
+  std::string path = "/stream1";
+  Audio audio = Audio::kNone;
+  bool live = true;                  ///< encoded while somebody watches; else a clip, encoded beforehand and looped
+  bool randomStart = false;          ///< a session starts anywhere in the clip
+  double secondsBeforeKeyFrame = 0;  ///< a session starts so long before a key frame
+  bool honoursPli = false;           ///< RFC 4585: a picture loss indication brings a key frame at once
+};
+
+struct LoginConfig {
+  std::vector<Scheme> offer;  ///< empty: no login wanted
+  bool oneHeader = false;     ///< all challenges in one WWW-Authenticate line, by commas
+  bool qop = true;            ///< false: Digest without qop, as old cameras do (RFC 2069)
+};
+
+/// A fixed HTTP answer, for example of a device service.
+struct PageConfig {
+  std::string path;
+  int status = 200;
+  std::string type = "text/plain";
+  std::string body;
+  bool login = true;
+};
+
+struct CameraConfig {
+  std::string name;
+  int port = 0;
+  std::string user = "admin";
+  std::string password;
+  LoginConfig login;
+  std::vector<StreamConfig> streams;
+  Server server = Server::kStock;
+  std::string snapshotPath = "/snapshot.jpg";
+  std::vector<Size> snapshotSizes;  ///< what ?size=WxH may ask for besides the first stream's size
+  std::string mjpegPath = "/video.mjpg";
+  std::vector<PageConfig> pages;
+  FaultConfig fault;
+  std::string redirectTo;
+};
+
+/// A mistake in the configuration, in words for its author.
+struct ConfigError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads the configuration file. Throws ConfigError. README.md shows the format.
+std::vector<CameraConfig> ReadConfig(const std::string& path);
+
+/// "h264" and so on, as in the configuration.
+const char* CodecName(Codec codec);
+
+}  // namespace simcam

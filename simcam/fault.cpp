@@ -1,0 +1,105 @@
+#include "simcam/fault.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace simcam {
+namespace {
+
+struct FaultRow {
+  const char* name;
+  Fault fault;
+  const char* effect;
+};
+
+constexpr FaultRow kFaultRows[] = {
+    {"none", Fault::kNone, "a healthy camera"},
+    {"refused", Fault::kRefused, "the port is reserved, but nothing listens: connections are refused"},
+    {"silentAfterConnect", Fault::kSilentAfterConnect, "accepts, reads, never answers (RTSP and HTTP)"},
+    {"silentAfterDescribe", Fault::kSilentAfterDescribe, "answers DESCRIBE, then nothing more"},
+    {"silentAfterSetup", Fault::kSilentAfterSetup, "answers SETUP, then nothing more"},
+    {"silentAfterPlay", Fault::kSilentAfterPlay, "answers PLAY, sends no packet"},
+    {"silentInUnit", Fault::kSilentInUnit,
+     "stops within the first key frame, within a packet; HTTP: within the picture"},
+    {"closeAfterConnect", Fault::kCloseAfterConnect, "closes as soon as the first request comes (RTSP and HTTP)"},
+    {"closeAfterDescribe", Fault::kCloseAfterDescribe, "closes after the answer to DESCRIBE"},
+    {"closeAfterSetup", Fault::kCloseAfterSetup, "closes after the answer to SETUP"},
+    {"closeAfterPlay", Fault::kCloseAfterPlay, "closes after the answer to PLAY"},
+    {"closeInUnit", Fault::kCloseInUnit, "closes within the first key frame; HTTP: within the picture"},
+    {"garbage", Fault::kGarbage, "answers every request with random bytes and closes"},
+    {"notRtsp", Fault::kNotRtsp, "an HTTP server: RTSP requests get HTTP/1.1 400"},
+    {"notHttp", Fault::kNotHttp, "an RTSP server: HTTP requests get RTSP/1.0 400"},
+    {"drip", Fault::kDrip, "answers one byte a second (DESCRIBE and pictures)"},
+    {"hugeLength", Fault::kHugeLength, "claims a Content-Length of 2,147,483,647, sends little and waits"},
+    {"endlessBody", Fault::kEndlessBody, "a body (SDP or picture) that never ends"},
+    {"endlessHeader", Fault::kEndlessHeader, "header lines that never end"},
+    {"staleNonce", Fault::kStaleNonce, "refuses the first right Digest login with stale=true, takes the next"},
+    {"alwaysStale", Fault::kAlwaysStale, "refuses every right Digest login with stale=true"},
+    {"closeWith401", Fault::kCloseWith401, "closes the connection after each 401"},
+    {"lockOut", Fault::kLockOut, "after three wrong logins every login gets 403, the right one too"},
+    {"badSdp", Fault::kBadSdp, "answers DESCRIBE with text that is no SDP"},
+    {"noCseq", Fault::kNoCseq, "RTSP answers lack CSeq"},
+    {"controlAbsolute", Fault::kControlAbsolute, "control addresses are absolute and elsewhere (/media/video)"},
+    {"controlNoSlash", Fault::kControlNoSlash, "relative control address, Content-Base without the final slash"},
+    {"controlNoBase", Fault::kControlNoBase, "relative control address, no Content-Base"},
+    {"otherChannels", Fault::kOtherChannels, "grants interleaved channels 4-5, whatever was asked"},
+    {"rtpBeforePlay", Fault::kRtpBeforePlay, "the first key frame comes before the answer to PLAY, glued to it"},
+    {"strayBytes", Fault::kStrayBytes, "zeros, line ends or text before every packet"},
+    {"strayFrames", Fault::kStrayFrames, "before every packet a '$' that begins no frame, also with the right channel"},
+    {"requestInStream", Fault::kRequestInStream, "sends OPTIONS itself, between packets of each key frame"},
+    {"parameterSetsBetweenSlices", Fault::kParameterSetsBetweenSlices, "H.264: SPS and PPS again between two slices"},
+    {"parameterSetsAlone", Fault::kParameterSetsAlone,
+     "H.264: SPS and PPS as a unit of their own, before the key frame"},
+    {"lostPacket", Fault::kLostPacket, "a packet of the first key frame is missing, the next key frame is whole"},
+    {"damagedKeyFrame", Fault::kDamagedKeyFrame, "flipped bytes in the first key frame, the next is good"},
+    {"sessionTimeout", Fault::kSessionTimeout, "closes a session after 5 s without a request, as announced"},
+    {"halfJpeg", Fault::kHalfJpeg, "HTTP: half a JPEG, as a complete answer"},
+    {"htmlPage", Fault::kHtmlPage, "HTTP: a page with status 200 instead of a picture"},
+    {"emptyBody", Fault::kEmptyBody, "HTTP: status 200, no body"},
+    {"redirectSame", Fault::kRedirectSame, "HTTP: 302 to /moved, where the picture is"},
+    {"redirectOther", Fault::kRedirectOther, "HTTP: 302 to the camera or address in \"redirectTo\""},
+    {"redirectLoop", Fault::kRedirectLoop, "HTTP: 302 to the same address, for ever"},
+};
+
+constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "http"};
+
+std::optional<FaultConfig> StatusFault(std::string_view name) {
+  for (const std::string_view prefix : kStatusPrefixes) {
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + 3) continue;
+    const std::string digits(name.substr(prefix.size()));
+    if (!std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return std::isdigit(c) != 0; })) continue;
+    FaultConfig fault{Fault::kStatus, std::string(prefix), std::stoi(digits)};
+    std::transform(fault.method.begin(), fault.method.end(), fault.method.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return fault;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<FaultConfig> FaultFromName(std::string_view name) {
+  for (const FaultRow& row : kFaultRows) {
+    if (name == row.name) return FaultConfig{row.fault, {}, 0};
+  }
+  return StatusFault(name);
+}
+
+bool OnlyHttp(const FaultConfig& fault) {
+  if (fault.fault == Fault::kStatus) return fault.method == "HTTP";
+  return fault.fault == Fault::kNone || fault.fault == Fault::kNotHttp || fault.fault >= Fault::kHalfJpeg;
+}
+
+std::string FaultHelp() {
+  std::string help;
+  for (const FaultRow& row : kFaultRows) {
+    std::string name = row.name;
+    name.resize(28, ' ');
+    help += "  " + name + row.effect + "\n";
+  }
+  return help +
+         "  describeNNN setupNNN playNNN  that request gets status NNN (RTSP), for example setup453\n"
+         "  httpNNN                       every picture gets status NNN (HTTP)\n";
+}
+
+}  // namespace simcam

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace simcam {
+
+/// What a camera does wrong. `kFaultRows` in fault.cpp names each and says what it does.
+enum class Fault {
+  kNone,
+  kRefused,
+  kSilentAfterConnect,
+  kSilentAfterDescribe,
+  kSilentAfterSetup,
+  kSilentAfterPlay,
+  kSilentInUnit,
+  kCloseAfterConnect,
+  kCloseAfterDescribe,
+  kCloseAfterSetup,
+  kCloseAfterPlay,
+  kCloseInUnit,
+  kGarbage,
+  kNotRtsp,
+  kNotHttp,
+  kDrip,
+  kHugeLength,
+  kEndlessBody,
+  kEndlessHeader,
+  kStaleNonce,
+  kAlwaysStale,
+  kCloseWith401,
+  kLockOut,
+  kStatus,
+  kBadSdp,
+  kNoCseq,
+  kControlAbsolute,
+  kControlNoSlash,
+  kControlNoBase,
+  kOtherChannels,
+  kRtpBeforePlay,
+  kStrayBytes,
+  kStrayFrames,
+  kRequestInStream,
+  kParameterSetsBetweenSlices,
+  kParameterSetsAlone,
+  kLostPacket,
+  kDamagedKeyFrame,
+  kSessionTimeout,
+  kHalfJpeg,
+  kHtmlPage,
+  kEmptyBody,
+  kRedirectSame,
+  kRedirectOther,
+  kRedirectLoop,
+};
+
+/// A fault as configured. For kStatus, `method` ("DESCRIBE", "SETUP", "PLAY", or "HTTP") is answered with `status`.
+struct FaultConfig {
+  Fault fault = Fault::kNone;
+  std::string method;
+  int status = 0;
+};
+
+/// Reads a name such as "lostPacket", "setup453" or "http503"; nothing for an unknown one.
+std::optional<FaultConfig> FaultFromName(std::string_view name);
+
+/// True for a fault that only concerns HTTP, so that RTSP works as usual.
+bool OnlyHttp(const FaultConfig& fault);
+
+/// One line for each name, for --help.
+std::string FaultHelp();
+
+}  // namespace simcam

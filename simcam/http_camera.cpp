@@ -1,0 +1,220 @@
+#include "simcam/http_camera.h"
+
+#include <cstdio>
+#include <optional>
+
+#include "simcam/picture.h"
+
+namespace simcam {
+namespace {
+
+constexpr const char* kMovedPath = "/moved";
+constexpr const char* kJpegType = "image/jpeg";
+
+const char* Reason(int status) {
+  switch (status) {
+    case 200:
+      return "OK";
+    case 302:
+      return "Found";
+    case 400:
+      return "Bad Request";
+    case 401:
+      return "Unauthorized";
+    case 403:
+      return "Forbidden";
+    case 404:
+      return "Not Found";
+    case 405:
+      return "Method Not Allowed";
+    case 503:
+      return "Service Unavailable";
+    default:
+      return "Because";
+  }
+}
+
+/// Takes "size=WxH" out of a path's query; the size, or nothing if none was asked for.
+std::optional<Size> TakeSize(std::string& path) {
+  const size_t query = path.find('?');
+  const size_t at = query == std::string::npos ? query : path.find("size=", query);
+  if (at == std::string::npos || (path[at - 1] != '?' && path[at - 1] != '&')) return std::nullopt;
+  Size size{0, 0};
+  std::sscanf(path.c_str() + at, "size=%5dx%5d", &size.width, &size.height);  // NOLINT(cert-err34-c): 0 if it fails
+  const size_t next = path.find('&', at);
+  path.erase(at, next == std::string::npos ? next : next - at + 1);
+  if (path.ends_with('?') || path.ends_with('&')) path.pop_back();
+  return size;
+}
+
+/// One HTTP connection. Single-threaded.
+class HttpConversation {
+ public:
+  HttpConversation(const CameraConfig& camera, Login& login, CameraLog& log, const std::string& redirect,
+                   const Socket& socket)
+      : camera_(camera), fault_(camera.fault.fault), login_(login), log_(log), redirect_(redirect), socket_(socket) {}
+
+  void Run(std::string received) {
+    while (open_) {
+      while (const auto request = TakeRequest(received)) {
+        Handle(*request);
+        if (!open_) return;
+      }
+      open_ = socket_.Receive(received);
+    }
+  }
+
+ private:
+  void Handle(const Request& request) {
+    log_.CountRequest(request);
+    if (request.version == "HTTP/1.0" || EqualNoCase(request.Header("Connection"), "close")) keepsAlive_ = false;
+    if (request.method.empty()) return Answer(400, "text/plain", "bad request\n");
+    std::string path = request.Path();
+    for (const PageConfig& page : camera_.pages) {
+      if (path == page.path) return ShowPage(request, page);
+    }
+    const auto size = TakeSize(path);
+    const bool moved = path == kMovedPath && fault_ == Fault::kRedirectSame;
+    const bool snapshot = path == camera_.snapshotPath || moved;
+    if (!snapshot && path != camera_.mjpegPath) {
+      if (LoggedIn(request)) Answer(404, "text/plain", "no such page\n");
+      return;
+    }
+    if (!LoggedIn(request)) return;
+    if (request.method != "GET") return Answer(405, "text/plain", "only GET\n");
+    if (!moved && MisbehavesInstead(request)) return;
+    if (!snapshot) return SendMotion();
+    if (size && !Known(*size)) return Answer(400, "text/plain", "no such size\n");
+    SendPicture(TakeSnapshot(size.value_or(camera_.streams[0].size)));
+  }
+
+  void ShowPage(const Request& request, const PageConfig& page) {
+    if (page.login && !LoggedIn(request)) return;
+    Answer(page.status, page.type, page.body);
+  }
+
+  bool LoggedIn(const Request& request) {
+    const Verdict verdict = login_.Check(request.method, request.target, request.Header("Authorization"));
+    if (verdict.status == 200) return true;
+    std::string headers;
+    for (const std::string& challenge : verdict.challenges) headers += "WWW-Authenticate: " + challenge + "\r\n";
+    if (fault_ == Fault::kCloseWith401 && verdict.status == 401) keepsAlive_ = false;
+    Answer(verdict.status, "text/plain", "login\n", headers);
+    return false;
+  }
+
+  [[nodiscard]] bool Known(Size size) const {
+    const auto equals = [size](Size other) { return other.width == size.width && other.height == size.height; };
+    if (equals(camera_.streams[0].size)) return true;
+    for (const Size& other : camera_.snapshotSizes) {
+      if (equals(other)) return true;
+    }
+    return false;
+  }
+
+  /// Faults that need no picture; false if there is none.
+  bool MisbehavesInstead(const Request& request) {
+    switch (fault_) {
+      case Fault::kStatus:
+        if (camera_.fault.method != "HTTP") return false;
+        Answer(camera_.fault.status, "text/plain", "no\n");
+        return true;
+      case Fault::kHtmlPage:
+        Answer(200, "text/html", "<html><body>Please log in</body></html>\n");
+        return true;
+      case Fault::kEmptyBody:
+        Answer(200, kJpegType, "");
+        return true;
+      case Fault::kRedirectSame:
+        Answer(302, "text/plain", "", std::string("Location: ") + kMovedPath + "\r\n");
+        return true;
+      case Fault::kRedirectOther:
+        Answer(302, "text/plain", "", "Location: " + redirect_ + "\r\n");
+        return true;
+      case Fault::kRedirectLoop:
+        Answer(302, "text/plain", "", "Location: " + request.target + "\r\n");
+        return true;
+      case Fault::kEndlessHeader:
+        SendForEver("HTTP/1.1 200 OK\r\n", "X-More: " + std::string(1000, 'x') + "\r\n");
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  void SendPicture(const std::string& jpeg) {
+    const std::string half = jpeg.substr(0, jpeg.size() / 2);
+    const std::string type = std::string("Content-Type: ") + kJpegType + "\r\n";
+    switch (fault_) {
+      case Fault::kHalfJpeg:
+        return Answer(200, kJpegType, half);
+      case Fault::kSilentInUnit:
+        return Send(Head(200, kJpegType, jpeg.size()) + half);
+      case Fault::kCloseInUnit:
+        Send(Head(200, kJpegType, jpeg.size()) + half);
+        open_ = false;
+        return;
+      case Fault::kHugeLength:
+        return Send(Head(200, kJpegType, 2147483647) + jpeg);
+      case Fault::kEndlessBody:
+        return SendForEver("HTTP/1.1 200 OK\r\n" + type + "Connection: close\r\n\r\n" + jpeg, std::string(1000, 'x'));
+      case Fault::kDrip:
+        open_ = socket_.Drip(Head(200, kJpegType, jpeg.size()) + jpeg);
+        return;
+      default:
+        return Answer(200, kJpegType, jpeg);
+    }
+  }
+
+  /// Motion JPEG: a multipart answer (RFC 2046) without end, a picture a part.
+  void SendMotion() {
+    Send("HTTP/1.1 200 OK\r\nContent-Type: multipart/x-mixed-replace; boundary=picture\r\nConnection: close\r\n\r\n");
+    const Pipeline pictures = LiveJpeg(camera_.streams[0].size, camera_.streams[0].fps);
+    while (const Sample sample = open_ ? pictures.Pull() : Sample()) {
+      const std::string jpeg = Bytes(gst_sample_get_buffer(sample.get()));
+      std::string part = "--picture\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(jpeg.size()) +
+                         "\r\n\r\n" + jpeg + "\r\n";
+      const bool cut = fault_ == Fault::kCloseInUnit || fault_ == Fault::kSilentInUnit;
+      if (cut) part.resize(part.size() / 2);
+      Send(part);
+      if (cut) break;
+    }
+    if (fault_ != Fault::kSilentInUnit) open_ = false;
+  }
+
+  [[nodiscard]] std::string Head(int status, const std::string& type, size_t size,
+                                 const std::string& headers = {}) const {
+    return "HTTP/1.1 " + std::to_string(status) + " " + Reason(status) + "\r\nContent-Type: " + type +
+           "\r\nContent-Length: " + std::to_string(size) + "\r\n" + headers +
+           (keepsAlive_ ? "" : "Connection: close\r\n") + "\r\n";
+  }
+
+  void Answer(int status, const std::string& type, const std::string& body, const std::string& headers = {}) {
+    Send(Head(status, type, body.size(), headers) + body);
+    if (!keepsAlive_) open_ = false;
+  }
+
+  void SendForEver(const std::string& first, const std::string& again) {
+    Send(first);
+    while (open_) Send(again);
+  }
+
+  void Send(const std::string& bytes) { open_ = open_ && socket_.Send(bytes); }
+
+  const CameraConfig& camera_;
+  const Fault fault_;
+  Login& login_;
+  CameraLog& log_;
+  const std::string& redirect_;
+  const Socket& socket_;
+  bool open_ = true;
+  bool keepsAlive_ = true;
+};
+
+}  // namespace
+
+void HttpCamera::Serve(const Socket& connection, std::string received) {
+  HttpConversation(camera_, login_, log_, redirect_, connection).Run(std::move(received));
+}
+
+}  // namespace simcam

@@ -1,0 +1,162 @@
+#include "simcam/login.h"
+
+#include <glib.h>
+
+#include <cstdlib>
+#include <memory>
+#include <random>
+
+namespace simcam {
+namespace {
+
+constexpr const char* kRealm = "simulated camera";
+constexpr int kWrongLoginsBeforeLockOut = 3;
+
+struct FreeByGlib {
+  void operator()(void* memory) const { g_free(memory); }
+};
+using GlibText = std::unique_ptr<char, FreeByGlib>;
+
+std::string Hash(Scheme scheme, const std::string& text) {
+  const GChecksumType type = scheme == Scheme::kDigestSha256 ? G_CHECKSUM_SHA256 : G_CHECKSUM_MD5;
+  const GlibText hash(g_compute_checksum_for_string(type, text.data(), static_cast<gssize>(text.size())));
+  return hash.get();
+}
+
+std::string DecodeBase64(const std::string& text) {
+  gsize size = 0;
+  const std::unique_ptr<guchar, FreeByGlib> bytes(g_base64_decode(text.c_str(), &size));
+  return std::string(bytes.get(), bytes.get() + size);
+}
+
+std::string NewNonce() {
+  std::random_device random;
+  std::string nonce;
+  constexpr char kHex[] = "0123456789abcdef";
+  for (int i = 0; i < 32; ++i) nonce += kHex[random() % 16];
+  return nonce;
+}
+
+/// Reads `name=value, name="quoted value"` (RFC 9110, section 11.2); names in small letters.
+std::map<std::string, std::string> ReadParameters(const std::string& text) {
+  std::map<std::string, std::string> parameters;
+  size_t at = 0;
+  while ((at = text.find_first_not_of(" \t,", at)) != std::string::npos) {
+    const size_t equals = text.find('=', at);
+    if (equals == std::string::npos) break;
+    std::string name;
+    for (const char c : text.substr(at, equals - at)) name += g_ascii_tolower(c);
+    std::string value;
+    at = equals + 1;
+    if (at < text.size() && text[at] == '"') {
+      for (++at; at < text.size() && text[at] != '"'; ++at) {
+        if (text[at] == '\\' && at + 1 < text.size()) ++at;
+        value += text[at];
+      }
+      ++at;
+    } else {
+      while (at < text.size() && text[at] != ',' && text[at] != ' ') value += text[at++];
+    }
+    parameters[name] = value;
+  }
+  return parameters;
+}
+
+}  // namespace
+
+bool Login::Offers(Scheme scheme) const {
+  for (const Scheme offered : camera_.login.offer) {
+    if (offered == scheme) return true;
+  }
+  return false;
+}
+
+bool Login::BasicIsRight(const std::string& credentials) const {
+  return Offers(Scheme::kBasic) && DecodeBase64(credentials) == camera_.user + ":" + camera_.password;
+}
+
+Login::Answer Login::JudgeNonce(const std::string& nonce, const std::string& count) {
+  const auto known = nonces_.find(nonce);
+  if (known == nonces_.end()) return Answer::kStale;
+  if (camera_.fault.fault == Fault::kAlwaysStale) return Answer::kStale;
+  if (camera_.fault.fault == Fault::kStaleNonce && !staleSent_) {
+    staleSent_ = true;
+    return Answer::kStale;
+  }
+  if (!camera_.login.qop) return Answer::kRight;
+  // A count that does not grow is a replay (RFC 7616, section 5.12).
+  const unsigned long number = std::strtoul(count.c_str(), nullptr, 16);
+  if (count.size() != 8 || number <= known->second) return Answer::kStale;
+  known->second = number;
+  return Answer::kRight;
+}
+
+Login::Answer Login::JudgeDigest(const std::string& method, const std::string& target, const std::string& parameters) {
+  auto given = ReadParameters(parameters);
+  const Scheme scheme = given["algorithm"] == "SHA-256" ? Scheme::kDigestSha256 : Scheme::kDigestMd5;
+  const bool knownAlgorithm =
+      given["algorithm"].empty() || given["algorithm"] == "MD5" || given["algorithm"] == "SHA-256";
+  if (!knownAlgorithm || !Offers(scheme)) return Answer::kWrong;
+  if (given["username"] != camera_.user || given["realm"] != kRealm || given["uri"] != target) return Answer::kWrong;
+  if ((given["qop"] == "auth") != camera_.login.qop) return Answer::kWrong;
+
+  const std::string secret = Hash(scheme, camera_.user + ":" + kRealm + ":" + camera_.password);
+  const std::string request = Hash(scheme, method + ":" + given["uri"]);
+  std::string middle = given["nonce"];
+  if (camera_.login.qop) middle += ":" + given["nc"] + ":" + given["cnonce"] + ":" + given["qop"];
+  if (given["response"] != Hash(scheme, secret + ":" + middle + ":" + request)) return Answer::kWrong;
+  return JudgeNonce(given["nonce"], given["nc"]);
+}
+
+Login::Answer Login::Judge(const std::string& method, const std::string& target, const std::string& authorization) {
+  const size_t blank = authorization.find(' ');
+  if (blank == std::string::npos) return Answer::kWrong;
+  const std::string scheme = authorization.substr(0, blank);
+  const std::string rest = authorization.substr(authorization.find_first_not_of(' ', blank));
+  if (EqualNoCase(scheme, "Basic")) return BasicIsRight(rest) ? Answer::kRight : Answer::kWrong;
+  if (EqualNoCase(scheme, "Digest")) return JudgeDigest(method, target, rest);
+  return Answer::kWrong;
+}
+
+std::string Login::Challenge(Scheme scheme, const std::string& nonce, bool stale) const {
+  const std::string realm = std::string(" realm=\"") + kRealm + "\"";
+  if (scheme == Scheme::kBasic) return "Basic" + realm;
+  if (scheme == Scheme::kBearer) return "Bearer" + realm;
+  std::string challenge = "Digest" + realm;
+  if (camera_.login.qop) challenge += ", qop=\"auth\"";
+  challenge += ", nonce=\"" + nonce + "\"";
+  if (scheme == Scheme::kDigestSha256) challenge += ", algorithm=SHA-256";
+  if (scheme == Scheme::kDigestUnknown) challenge += ", algorithm=FOO-512";
+  // Old cameras know no algorithm parameter; its absence means MD5.
+  if (scheme == Scheme::kDigestMd5 && camera_.login.qop) challenge += ", algorithm=MD5";
+  if (stale) challenge += ", stale=true";
+  return challenge;
+}
+
+std::vector<std::string> Login::Challenges(bool stale) {
+  const std::string nonce = NewNonce();
+  nonces_[nonce] = 0;
+  std::vector<std::string> challenges;
+  for (const Scheme scheme : camera_.login.offer) challenges.push_back(Challenge(scheme, nonce, stale));
+  if (!camera_.login.oneHeader) return challenges;
+  std::string line;
+  for (const std::string& challenge : challenges) line += (line.empty() ? "" : ", ") + challenge;
+  return {line};
+}
+
+Verdict Login::Check(const std::string& method, const std::string& target, const std::string& authorization) {
+  const std::scoped_lock lock(mutex_);
+  const bool wanted = !camera_.login.offer.empty();
+  if (authorization.empty()) return wanted ? Verdict{401, Challenges(false)} : Verdict{};
+
+  Answer answer = wanted ? Judge(method, target, authorization) : Answer::kRight;
+  const bool locked = camera_.fault.fault == Fault::kLockOut && wrongLogins_ >= kWrongLoginsBeforeLockOut;
+  if (locked) answer = Answer::kWrong;
+  log_.CountLogin(answer == Answer::kRight);
+  if (answer == Answer::kRight) return {};
+  if (answer == Answer::kWrong) ++wrongLogins_;
+  if (locked) return {403, {}};
+  return {401, Challenges(answer == Answer::kStale)};
+}
+
+}  // namespace simcam

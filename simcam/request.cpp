@@ -1,0 +1,75 @@
+#include "simcam/request.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <sstream>
+
+namespace simcam {
+namespace {
+
+std::string Trim(const std::string& text) {
+  const size_t first = text.find_first_not_of(" \t\r");
+  if (first == std::string::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+Request ParseHead(const std::string& head) {
+  Request request;
+  std::istringstream lines(head);
+  std::string line;
+  std::getline(lines, line);
+  std::istringstream words(line);
+  words >> request.method >> request.target >> request.version;
+  if (request.version.empty()) request.method.clear();
+  while (std::getline(lines, line)) {
+    const size_t colon = line.find(':');
+    if (colon != std::string::npos) {
+      request.headers.emplace_back(Trim(line.substr(0, colon)), Trim(line.substr(colon + 1)));
+    }
+  }
+  return request;
+}
+
+size_t BodySize(const Request& request) {
+  const std::string text = request.Header("Content-Length");
+  size_t size = 0;
+  std::from_chars(text.data(), text.data() + text.size(), size);
+  return size;
+}
+
+}  // namespace
+
+bool EqualNoCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
+}
+
+std::string Request::Header(std::string_view name) const {
+  for (const auto& [key, value] : headers) {
+    if (EqualNoCase(key, name)) return value;
+  }
+  return {};
+}
+
+std::string PathOf(const std::string& address) {
+  const size_t scheme = address.find("://");
+  if (address.starts_with('/') || scheme == std::string::npos) return address;
+  const size_t path = address.find_first_of("/?", scheme + 3);
+  return path == std::string::npos ? "/" : address.substr(path);
+}
+
+std::string Request::Path() const { return PathOf(target); }
+
+std::optional<Request> TakeRequest(std::string& buffer) {
+  const size_t end = buffer.find("\r\n\r\n");
+  if (end == std::string::npos) return std::nullopt;
+  Request request = ParseHead(buffer.substr(0, end));
+  const size_t size = BodySize(request);
+  if (buffer.size() - end - 4 < size) return std::nullopt;
+  request.body = buffer.substr(end + 4, size);
+  buffer.erase(0, end + 4 + size);
+  return request;
+}
+
+}  // namespace simcam
