@@ -1,0 +1,53 @@
+#include "recorder/device/device_api.h"
+
+#include <utility>
+
+#include "recorder/device/member_function.h"
+#include "recorder/device/model_device.h"
+#include "recorder/device/model_files.h"
+#include "recorder/device/user_device.h"
+#include "recorder/device/verify_result.h"
+
+using recorder::Device;
+using recorder::Register;
+
+namespace recorder {
+
+std::unique_ptr<Device> MakeDevice(const std::string& vendor, const std::string& model, DeviceParameters parameters) {
+  if (vendor == kUserVendor) return std::make_unique<UserDevice>(std::move(parameters));
+  FoundModel found = FindModel(vendor, model);
+  if (!found.model) return nullptr;
+  return std::make_unique<ModelDevice>(std::move(found.model), std::move(parameters));
+}
+
+}  // namespace recorder
+
+VTHandlerBase::VTHandlerBase() = default;
+VTHandlerBase::~VTHandlerBase() {}
+bool VTHandlerBase::IsValid() const { return isValid; }
+void VTHandlerBase::SetValid(bool valid) { isValid = valid; }
+
+DeviceAPIHandler::DeviceAPIHandler() : impl(std::make_unique<Impl>()) {}
+DeviceAPIHandler::~DeviceAPIHandler() = default;
+
+void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& address, int port, const std::string& user,
+                                   const std::string& password, const std::string& vendor, const std::string& model,
+                                   const std::string& channel, const std::string& sourcePath) {
+  impl->device = nullptr;
+  if (source == DP_LOAD_FROM_MODEL_FILES) {
+    impl->device = recorder::MakeDevice(vendor, model, {{address, port, user, password}, channel, sourcePath});
+  }
+  Device* device = impl->device.get();
+  Register<&Device::NeedsSourcePath>(NeedsSourcePath, device, "NeedsSourcePath");
+  Register<&Device::HasStreamPath>(HasStreamPath, device, "HasStreamPath");
+  Register<&Device::GetStreamPath>(GetStreamPath, device, "GetStreamPath");
+  Register<&Device::VerifyConnection>(VerifyConnection, device, "VerifyConnection");
+  Register<&Device::SelectVideoType>(SelectVideoType, device, "SelectVideoType");
+  Register<&Device::GetSnapshotPath>(GetSnapshotPath, device, "GetSnapshotPath");
+  SetValid(device != nullptr);
+}
+
+int RetDevApiToRetCV(int code) {
+  if (code == recorder::kDeviceHasNoCheck) return CAMERA_VERIFY_NOT_PREPARED;
+  return recorder::ToVerifyResult(static_cast<recorder::Outcome>(code));
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/device.h"
+#include "recorder/net/camera_address.h"
+
+namespace recorder {
+
+/// Result of a device's own check: the number of a recorder::Outcome (0: passed), or this.
+inline constexpr int kDeviceHasNoCheck = -1;
+
+/// The device-support object of one camera: what the functors of a DeviceAPIHandler call.
+/// Thread: one. Contacts the camera in VerifyConnection, and in GetSnapshotPath where a declaration says so.
+class Device : public DPObjectBase {
+ public:
+  virtual bool NeedsSourcePath() = 0;
+  virtual bool HasStreamPath() = 0;
+  virtual int GetStreamPath(std::string& path, int& port) = 0;
+  virtual int VerifyConnection() = 0;
+  virtual int SelectVideoType(int videoType, int streamNumber) = 0;
+  virtual int GetSnapshotPath(std::string& path, int& port, int& kind) = 0;
+
+  /// Path of the snapshot over HTTP, taken with `setting` ("" for the camera's preferred one).
+  virtual std::string HttpSnapshotPath(const std::string& setting) = 0;
+};
+
+/// What a DeviceAPIHandler is loaded with, but for vendor and model.
+struct DeviceParameters {
+  CameraAddress address;
+  std::string channel;
+  std::string sourcePath;
+};
+
+/// The device object of a camera; null for an unknown model.
+std::unique_ptr<Device> MakeDevice(const std::string& vendor, const std::string& model, DeviceParameters parameters);
+
+}  // namespace recorder
+
+struct DeviceAPIHandler::Impl {
+  std::unique_ptr<recorder::Device> device;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/utility/outcome.h"
+
+namespace recorder {
+
+/// Fetches the picture at `path`: a JPEG, or the first JPEG of a multipart stream, whichever the answer's type says.
+/// kOk: `jpeg` holds a whole JPEG. An answer that is no picture is kNotUnderstood. A failure is logged with host, port
+/// and outcome. Time, login and threads: see net/http_client.h.
+Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg);
+
+/// Checks that a first picture comes from `path`, a JPEG or MJPEG address.
+Outcome ProbeHttpStream(const CameraAddress& address, const std::string& path);
+
+}  // namespace recorder

@@ -1,0 +1,153 @@
+#include "recorder/device/model_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include "platform/device.h"
+#include "platform/utility.h"
+
+namespace recorder {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kSchemaName[] = "schema.json";
+
+struct FileState {
+  std::string path;
+  fs::file_time_type time;
+  std::uintmax_t size = 0;
+
+  bool operator==(const FileState&) const = default;
+};
+
+/// What the folder holds, sorted by path: two equal answers mean that nothing has changed.
+std::vector<FileState> ListFolder(const std::string& folder) {
+  std::vector<FileState> files;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    if (entry->path().extension() != ".json") continue;
+    std::error_code ignored;  // a file that has just vanished is told by its reader
+    files.push_back({entry->path().string(), entry->last_write_time(ignored), entry->file_size(ignored)});
+  }
+  std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
+  return files;
+}
+
+ModelCatalog ReadFiles(const std::string& folder, const std::vector<FileState>& files) {
+  const ModelReader reader((fs::path(folder) / kSchemaName).string());
+  ModelCatalog catalog;
+  for (const FileState& file : files) {
+    if (fs::path(file.path).filename() == kSchemaName) continue;
+    auto vendor = reader.Read(file.path, catalog.mistakes);
+    if (!vendor) continue;
+    const auto same = std::find_if(catalog.vendors.begin(), catalog.vendors.end(),
+                                   [&](const VendorModels& other) { return other.vendor == vendor->vendor; });
+    if (same != catalog.vendors.end()) {
+      catalog.mistakes.push_back({file.path, "/vendor", "This vendor has a file already: " + same->file});
+      continue;
+    }
+    catalog.vendors.push_back(std::move(*vendor));
+  }
+  std::sort(catalog.vendors.begin(), catalog.vendors.end(),
+            [](const VendorModels& a, const VendorModels& b) { return a.vendor < b.vendor; });
+  return catalog;
+}
+
+void LogMistake(const ModelMistake& mistake) {
+  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, "recorder/device/model_files", __LINE__, __func__,
+           "Model file %s is passed over: %s%s%s\n", mistake.file.c_str(), mistake.place.c_str(),
+           mistake.place.empty() ? "" : ": ", mistake.text.c_str());
+}
+
+/// The catalog of the process, read again when the folder has changed.
+class CurrentCatalog {
+ public:
+  void SetFolder(std::string folder) {
+    const std::lock_guard lock(mutex_);
+    folder_ = std::move(folder);
+    catalog_ = nullptr;
+  }
+
+  std::shared_ptr<const ModelCatalog> Get() {
+    const std::lock_guard lock(mutex_);
+    std::vector<FileState> files = ListFolder(folder_);
+    if (catalog_ && files == files_) return catalog_;
+    catalog_ = std::make_shared<const ModelCatalog>(ReadFiles(folder_, files));
+    files_ = std::move(files);
+    for (const ModelMistake& mistake : catalog_->mistakes) LogMistake(mistake);
+    return catalog_;
+  }
+
+  std::string SchemaFile() {
+    const std::lock_guard lock(mutex_);
+    return (fs::path(folder_) / kSchemaName).string();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::string folder_;
+  std::vector<FileState> files_;
+  std::shared_ptr<const ModelCatalog> catalog_;
+};
+
+CurrentCatalog& Current() {
+  static CurrentCatalog current;
+  return current;
+}
+
+/// Keeps `owner` alive as long as somebody holds the model in it.
+template <class Owner>
+FoundModel FindIn(const std::shared_ptr<const Owner>& owner, const VendorModels& vendor, const std::string& name) {
+  const auto model = std::find_if(vendor.models.begin(), vendor.models.end(),
+                                  [&](const Model& candidate) { return candidate.name == name; });
+  if (model == vendor.models.end()) return {};
+  return {std::shared_ptr<const Model>(owner, &*model), vendor.file};
+}
+
+FoundModel FindInFile(const std::string& vendor, const std::string& name, const std::string& file) {
+  std::vector<ModelMistake> mistakes;
+  const std::shared_ptr<const VendorModels> found = ModelReader(Current().SchemaFile()).Read(file, mistakes);
+  for (const ModelMistake& mistake : mistakes) LogMistake(mistake);
+  return found && found->vendor == vendor ? FindIn(found, *found, name) : FoundModel{};
+}
+
+Model MakeUserModel() {
+  Model model;
+  model.vendor = kUserVendor;
+  model.id = "User Define";
+  model.channels.preset = "1";
+  model.codecs = {{"MJPEG", {"HTTP"}}, {"H.264", {"RTSP"}}, {"MPEG4", {"RTSP"}}};
+  model.streamCount = 0;
+  model.rtspProtocols = 1U << RTSP_PROTOCOL_UDP | 1U << RTSP_PROTOCOL_TCP | 1U << RTSP_PROTOCOL_HTTP;
+  model.presetRtspProtocol = RTSP_PROTOCOL_AUTO;
+  return model;
+}
+
+}  // namespace
+
+void SetModelsFolder(std::string folder) { Current().SetFolder(std::move(folder)); }
+
+std::shared_ptr<const ModelCatalog> Models() { return Current().Get(); }
+
+ModelCatalog ReadModels(const std::string& folder) { return ReadFiles(folder, ListFolder(folder)); }
+
+const Model& UserModel() {
+  static const Model model = MakeUserModel();
+  return model;
+}
+
+FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile) {
+  if (vendor == kUserVendor) return {std::shared_ptr<const Model>(std::shared_ptr<void>(), &UserModel()), ""};
+  if (!modelFile.empty()) return FindInFile(vendor, model, modelFile);
+  const auto catalog = Models();
+  const auto found = std::find_if(catalog->vendors.begin(), catalog->vendors.end(),
+                                  [&](const VendorModels& candidate) { return candidate.vendor == vendor; });
+  return found == catalog->vendors.end() ? FoundModel{} : FindIn(catalog, *found, model);
+}
+
+}  // namespace recorder

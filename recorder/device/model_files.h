@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "recorder/device/model.h"
+#include "recorder/device/model_reader.h"
+
+// The models that this recorder knows: the files "*.json" of one folder, one a vendor, beside their "schema.json".
+// A file with a mistake is passed over and named in the log; all other vendors are served.
+// Thread: any; what is handed out stays as it is while somebody holds it.
+
+namespace recorder {
+
+/// Sets the folder of the model files. Call once, before the first request.
+void SetModelsFolder(std::string folder);
+
+/// All models, by vendor; the vendor "User" is built in and not among them.
+struct ModelCatalog {
+  std::vector<VendorModels> vendors;   ///< sorted by vendor
+  std::vector<ModelMistake> mistakes;  ///< of the files that were passed over
+};
+
+/// The current catalog: read at the first call, and again when a file was added, removed or changed.
+std::shared_ptr<const ModelCatalog> Models();
+
+/// Reads all model files of `folder`, without keeping or logging anything.
+ModelCatalog ReadModels(const std::string& folder);
+
+/// The model, and the file it was found in ("" for the vendor "User").
+struct FoundModel {
+  std::shared_ptr<const Model> model;  ///< null: not known
+  std::string file;
+};
+
+/// Finds a model; of vendor "User" any model is known. A non-empty `modelFile` names the file to look into, which need
+/// not be in the folder.
+FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile = "");
+
+/// The built-in model of vendor "User".
+const Model& UserModel();
+
+}  // namespace recorder

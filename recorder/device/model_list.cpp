@@ -1,0 +1,55 @@
+#include <exception>
+#include <string>
+
+#include "platform/device.h"
+#include "recorder/device/capability_document.h"
+#include "recorder/device/model_files.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/log.h"
+#include "recorder/utility/records.h"
+
+namespace {
+
+using recorder::CameraRecord;
+using recorder::Model;
+
+Json::Value ModelEntry(const Model& model) {
+  Json::Value entry(Json::objectValue);
+  entry["vendor"] = model.vendor;
+  entry["model"] = model.name;
+  entry["needsSourcePath"] = !model.stream;
+  return entry;
+}
+
+/// Names the camera and what it can do; where it is and who logs in there is not for a list.
+Json::Value CameraEntry(const CameraRecord& camera) {
+  const recorder::FoundModel found = recorder::FindModel(camera.vendor, camera.model);
+  Json::Value entry(Json::objectValue);
+  entry["camId"] = camera.id;
+  entry["name"] = camera.name;
+  entry["vendor"] = camera.vendor;
+  entry["model"] = camera.model;
+  entry["channel"] = camera.channel;
+  entry["camCap"] = found.model ? recorder::CapabilityDocument(*found.model) : Json::Value();
+  return entry;
+}
+
+}  // namespace
+
+bool GetCamModelEnumInfo(Json::Value& models) {
+  const auto catalog = recorder::Models();
+  for (const recorder::VendorModels& vendor : catalog->vendors) {
+    for (const Model& model : vendor.models) models.append(ModelEntry(model));
+  }
+  models.append(ModelEntry(recorder::UserModel()));
+  return !catalog->vendors.empty();
+}
+
+bool EnumExistedCameraCap(Json::Value& capabilities) try {
+  const recorder::Records records(recorder::GetConfig().stateFolder);
+  for (const CameraRecord& camera : records.List()) capabilities.append(CameraEntry(camera));
+  return true;
+} catch (const std::runtime_error& error) {  // RecordsError and std::system_error
+  recorder::LogFailure(std::string("Failed to list the cameras: ") + error.what());
+  return false;
+}

@@ -1,0 +1,57 @@
+#include "recorder/device/user_device.h"
+
+#include <utility>
+
+namespace recorder {
+
+UserDevice::UserDevice(DeviceParameters parameters) : parameters_(std::move(parameters)) {}
+
+bool UserDevice::NeedsSourcePath() { return true; }
+
+bool UserDevice::HasStreamPath() { return false; }
+
+int UserDevice::GetStreamPath(std::string& path, int& /*port*/) {
+  if (parameters_.sourcePath.empty()) return -1;
+  path = parameters_.sourcePath;
+  return 0;
+}
+
+int UserDevice::VerifyConnection() { return kDeviceHasNoCheck; }
+
+int UserDevice::SelectVideoType(int videoType, int /*streamNumber*/) {
+  videoType_ = videoType;
+  return 0;
+}
+
+int UserDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
+  if (GetStreamPath(path, port) != 0) return -1;
+  kind = SnapshotKind();
+  return kind == SNAPSHOT_KIND_NONE ? -1 : 0;
+}
+
+std::string UserDevice::HttpSnapshotPath(const std::string& /*setting*/) { return parameters_.sourcePath; }
+
+SNAPSHOT_KIND UserDevice::SnapshotKind() const {
+  switch (videoType_) {
+    case VIDEO_TYPE_MJPEG:
+      return SNAPSHOT_KIND_HTTP_MJPEG;
+    case VIDEO_TYPE_MPEG4:
+    case VIDEO_TYPE_H264:
+    case VIDEO_TYPE_H265:
+      return SNAPSHOT_KIND_STREAM;
+    case VIDEO_TYPE_ANY:
+      return AskForKind();
+    default:
+      return SNAPSHOT_KIND_NONE;
+  }
+}
+
+/// RTSP first, then HTTP: whoever takes the picture tries one of them only.
+SNAPSHOT_KIND UserDevice::AskForKind() const {
+  const CameraAddress& address = parameters_.address;
+  CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
+                     STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
+  return check.Verify() == CAMERA_VERIFY_PASSED ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
+}
+
+}  // namespace recorder

@@ -1,0 +1,31 @@
+#include "recorder/device/verify_result.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace recorder {
+namespace {
+
+constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
+    {Outcome::kOk, CAMERA_VERIFY_PASSED},
+    {Outcome::kUnreachable, CAMERA_VERIFY_UNREACHABLE},
+    {Outcome::kTimedOut, CAMERA_VERIFY_TIMED_OUT},
+    {Outcome::kLoginRefused, CAMERA_VERIFY_LOGIN_REFUSED},
+    {Outcome::kLoginUnsupported, CAMERA_VERIFY_NOT_UNDERSTOOD},  // another password would not help
+    {Outcome::kNoSuchStream, CAMERA_VERIFY_NO_SUCH_STREAM},
+    {Outcome::kNoVideo, CAMERA_VERIFY_NO_VIDEO},
+    {Outcome::kBusy, CAMERA_VERIFY_BUSY},
+    {Outcome::kNotThisProtocol, CAMERA_VERIFY_NOT_UNDERSTOOD},
+    {Outcome::kNotUnderstood, CAMERA_VERIFY_NOT_UNDERSTOOD},
+};
+
+}  // namespace
+
+CAMERA_VERIFY_RESULT ToVerifyResult(Outcome outcome) {
+  const auto* row = std::find_if(std::begin(kResults), std::end(kResults),
+                                 [outcome](const auto& entry) { return entry.first == outcome; });
+  return row == std::end(kResults) ? CAMERA_VERIFY_NOT_UNDERSTOOD : row->second;
+}
+
+}  // namespace recorder

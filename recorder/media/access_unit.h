@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace recorder {
+
+/// What the access unit of a codec is good for, the least first.
+enum class UnitKind {
+  kNoPicture,      ///< parameter sets alone, or not recognised
+  kPredicted,      ///< needs other pictures
+  kRecoveryPoint,  ///< H.264: exact from here on, without being called a key frame
+  kKey,            ///< H.264 IDR, H.265 IRAP, MPEG-4 I-VOP, any JPEG
+};
+
+/// Kind of a unit, or of the beginning of one; `codec` is a four-character code such as kCodecH264.
+UnitKind ClassifyUnit(std::uint32_t codec, std::span<const std::uint8_t> unit);
+
+/// Four-character code of the codec in which configuration and frame are written, recognised from their bytes (start
+/// codes and unit types of H.264, H.265 and MPEG-4 part 2, the first marker of JPEG); 0 for none of them.
+std::uint32_t RecogniseCodec(std::span<const std::uint8_t> configuration, std::span<const std::uint8_t> frame);
+
+/// The fields of an RTP packet's fixed header that tell access units apart (RFC 3550 section 5.1).
+struct RtpHeader {
+  bool marker = false;
+  std::uint16_t sequence = 0;
+  std::uint32_t timestamp = 0;
+  std::uint32_t source = 0;  ///< SSRC
+};
+
+/// Nothing when the packet is too short.
+std::optional<RtpHeader> ParseRtpHeader(std::span<const std::uint8_t> packet);
+
+/// One coded picture with the parameter sets that came before it.
+struct AccessUnit {
+  std::vector<std::uint8_t> bytes;
+  UnitKind kind = UnitKind::kNoPicture;
+};
+
+/// Puts access units together out of depacketized pieces. A unit ends with the marker bit or a new timestamp. One that
+/// has a gap in its sequence numbers, or is larger than kMaxUnitSize, is dropped.
+class AccessUnitAssembler {
+ public:
+  static constexpr std::size_t kMaxUnitSize = std::size_t{32} << 20;
+
+  explicit AccessUnitAssembler(std::uint32_t codec) : codec_(codec) {}
+
+  /// Adds the bytes that one packet completed.
+  void Add(const RtpHeader& header, std::span<const std::uint8_t> bytes);
+
+  /// The next finished unit, if there is one.
+  std::optional<AccessUnit> Take();
+
+ private:
+  void Append(std::span<const std::uint8_t> bytes);
+  void Finish();
+
+  std::uint32_t codec_;
+  std::optional<RtpHeader> last_;
+  std::vector<std::uint8_t> open_;
+  bool isDamaged_ = false;            // the open unit
+  std::vector<AccessUnit> finished_;  // at most two: one packet can end the unit before it and its own
+};
+
+}  // namespace recorder

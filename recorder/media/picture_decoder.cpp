@@ -1,0 +1,105 @@
+#include "recorder/media/picture_decoder.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <utility>
+
+#include "platform/media.h"
+#include "recorder/media/jpeg_check.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+namespace recorder {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::pair<std::uint32_t, AVCodecID> kDecoders[] = {
+    {kCodecH264, AV_CODEC_ID_H264},
+    {kCodecH265, AV_CODEC_ID_HEVC},
+    {kCodecMpeg4, AV_CODEC_ID_MPEG4},
+};
+
+constexpr std::int64_t kMaxPixels = std::int64_t{1}
+                                    << 26;  // twice 8K: a camera's claim must not cost any memory it likes
+
+const AVCodec* FindDecoder(std::uint32_t codec) {
+  const auto* row = std::find_if(std::begin(kDecoders), std::end(kDecoders),
+                                 [codec](const auto& entry) { return entry.first == codec; });
+  return row == std::end(kDecoders) ? nullptr : avcodec_find_decoder(row->second);
+}
+
+CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
+  SilenceLibav();
+  const AVCodec* decoder = FindDecoder(codec);
+  if (decoder == nullptr) return nullptr;
+  CodecContext context(avcodec_alloc_context3(decoder));
+  if (!context) throw std::bad_alloc();
+  context->thread_count = 1;
+  context->max_pixels = kMaxPixels;
+  if (!configuration.empty()) {
+    context->extradata = static_cast<std::uint8_t*>(av_mallocz(configuration.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (context->extradata == nullptr) throw std::bad_alloc();
+    std::memcpy(context->extradata, configuration.data(), configuration.size());
+    context->extradata_size = static_cast<int>(configuration.size());
+  }
+  return avcodec_open2(context.get(), decoder, nullptr) == 0 ? std::move(context) : nullptr;
+}
+
+AvPacket MakePacket(Bytes unit) {
+  AvPacket packet(av_packet_alloc());
+  if (!packet || av_new_packet(packet.get(), static_cast<int>(unit.size())) < 0) throw std::bad_alloc();
+  std::memcpy(packet->data, unit.data(), unit.size());
+  return packet;
+}
+
+/// True when a stretch of the picture was never written. The H.265 decoder does not tell that it gave up in
+/// mid-picture, but what it left out is zero in both colour planes, which no colour is (ITU-R BT.601, BT.709: green has
+/// U 43 and V 21 at least, at full range).
+bool HasUndecodedArea(const AVFrame& frame) {
+  int shiftX = 0;
+  int shiftY = 0;
+  if (frame.data[2] == nullptr ||
+      av_pix_fmt_get_chroma_sub_sample(static_cast<AVPixelFormat>(frame.format), &shiftX, &shiftY) != 0) {
+    return false;
+  }
+  constexpr int kRun = 16;  // samples; fewer may be a coding artefact
+  const int width = AV_CEIL_RSHIFT(frame.width, shiftX);
+  const int height = AV_CEIL_RSHIFT(frame.height, shiftY);
+  constexpr int kRowStep = 4;  // what is left out is larger
+  for (int y = 0; y < height; y += kRowStep) {
+    const std::uint8_t* u = frame.data[1] + std::ptrdiff_t{y} * frame.linesize[1];
+    const std::uint8_t* v = frame.data[2] + std::ptrdiff_t{y} * frame.linesize[2];
+    for (int x = 0, run = 0; x < width; ++x) {
+      run = (u[x] | v[x]) == 0 ? run + 1 : 0;
+      if (run == kRun) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
+  if (unit.empty()) return nullptr;
+  const CodecContext context = OpenDecoder(codec, configuration);
+  if (!context) return nullptr;
+  Frame frame(av_frame_alloc());
+  if (!frame) throw std::bad_alloc();
+  const bool isDecoded = avcodec_send_packet(context.get(), MakePacket(unit).get()) == 0 &&
+                         avcodec_send_packet(context.get(), nullptr) == 0 &&
+                         avcodec_receive_frame(context.get(), frame.get()) == 0;
+  if (!isDecoded) return nullptr;
+  const bool isDamaged = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
+  return isDamaged || HasUndecodedArea(*frame) ? nullptr : std::move(frame);
+}
+
+bool IsWholeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
+  return codec == kCodecJpeg ? IsWholeJpeg(unit) : DecodeKeyFrame(codec, configuration, unit) != nullptr;
+}
+
+}  // namespace recorder

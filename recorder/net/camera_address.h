@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace recorder {
+
+/// Where a camera is and who we are there. User and password are fields: they go into a login and nowhere else, never
+/// into an address or a log line.
+struct CameraAddress {
+  std::string host;  ///< name, IPv4 or IPv6 address, the last with or without brackets
+  int port = 0;
+  std::string user;
+  std::string password;
+};
+
+/// "host:port" for log lines. What stands before an '@' is left out, since some paste "user:password@host" as an
+/// address.
+inline std::string PlaceOf(const CameraAddress& address) {
+  return address.host.substr(address.host.rfind('@') + 1) + ":" + std::to_string(address.port);
+}
+
+}  // namespace recorder

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/utility/outcome.h"
+
+// HTTP GET from a camera, over libcurl.
+//
+// Time:    ends at the deadline of the calling thread's RequestScope, name lookup included.
+// Thread:  any; calls share nothing.
+// Login:   Basic and Digest (RFC 7617, RFC 7616 with MD5 and SHA-256), sent only when the camera asks for one, and
+// once: a
+//          refused login is remembered in the RequestScope. It goes to the host that the caller names and to no other.
+// Secrets: user and password go into an Authorization header and nowhere else, never into an address.
+
+namespace recorder {
+
+/// Longest body that is taken from a camera, in bytes.
+inline constexpr std::size_t kMaxHttpBody = std::size_t{32} << 20;
+
+/// Receives the body of a 200 answer as it arrives.
+class BodyReader {
+ public:
+  enum class Step {
+    kMore,       ///< wants what follows
+    kEnough,     ///< has what it wants; the connection is closed
+    kMalformed,  ///< cannot use this body
+  };
+
+  virtual ~BodyReader() = default;
+  /// Called once before the first byte, with the value of Content-Type or "".
+  virtual Step Begin(const std::string& contentType) = 0;
+  virtual Step Read(std::string_view bytes) = 0;
+};
+
+/// Fetches `path` (with its query; a leading slash may lack) into `reader`. https on port 443, else http. Redirects are
+/// followed within the host. kOk means that a 200 answer ended as it should, or that `reader` has enough of it.
+Outcome HttpGet(const CameraAddress& address, const std::string& path, BodyReader& reader);
+
+/// `path` as it may stand in a request line: with a leading slash, and with percent-encoding for blanks and for
+/// whatever has no place in an address (RFC 3986). Nothing for a path with control characters, which could add header
+/// lines.
+std::optional<std::string> RequestPath(std::string_view path);
+
+/// Where a request goes.
+struct HttpPlace {
+  bool isTls = false;
+  std::string host;
+  int port = 0;
+  std::string path;  ///< with the query
+
+  bool operator==(const HttpPlace&) const = default;
+};
+
+/// The place that a redirect from `from` to the absolute address `location` leads to. Nothing when it must not be
+/// followed: another host, another protocol than http and https, or https left for http.
+std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string& location);
+
+}  // namespace recorder

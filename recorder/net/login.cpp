@@ -1,0 +1,201 @@
+#include "recorder/net/login.h"
+
+#include <sodium.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "recorder/net/text.h"
+
+extern "C" {
+#include <libavutil/base64.h>
+#include <libavutil/hash.h>
+}
+
+namespace recorder {
+namespace {
+
+struct FreeHash {
+  void operator()(AVHashContext* context) const noexcept { av_hash_freep(&context); }
+};
+using HashContext = std::unique_ptr<AVHashContext, FreeHash>;
+
+constexpr std::pair<std::string_view, LoginMethod> kDigestAlgorithms[] = {
+    {"", LoginMethod::kMd5},  // RFC 7616 section 3.3: MD5 when none is named
+    {"md5", LoginMethod::kMd5},
+    {"sha-256", LoginMethod::kSha256},
+};
+constexpr std::string_view kSessionSuffix = "-sess";
+
+/// The comma-separated elements of a header value; a comma inside a quoted string does not separate.
+std::vector<std::string_view> SplitElements(std::string_view value) {
+  std::vector<std::string_view> elements;
+  bool isQuoted = false;
+  std::size_t begin = 0;
+  for (std::size_t at = 0; at < value.size(); ++at) {
+    if (isQuoted && value[at] == '\\') {
+      ++at;
+    } else if (value[at] == '"') {
+      isQuoted = !isQuoted;
+    } else if (value[at] == ',' && !isQuoted) {
+      elements.push_back(Trimmed(value.substr(begin, at - begin)));
+      begin = at + 1;
+    }
+  }
+  elements.push_back(Trimmed(value.substr(begin)));
+  return elements;
+}
+
+/// The content of a quoted string as it stands between the quotes: that is what RFC 7616 hashes and echoes.
+std::string Unquoted(std::string_view value) {
+  if (value.size() >= 2 && value.front() == '"' && value.back() == '"') value = value.substr(1, value.size() - 2);
+  return std::string(value);
+}
+
+bool OffersAuth(std::string_view qualities) {
+  const std::vector<std::string_view> offers = SplitElements(qualities);
+  return std::any_of(offers.begin(), offers.end(),
+                     [](std::string_view offer) { return EqualsIgnoreCase(offer, "auth"); });
+}
+
+void SetAlgorithm(LoginChallenge& challenge, std::string algorithm) {
+  std::string name = LowerCase(algorithm);
+  challenge.isSession = name.ends_with(kSessionSuffix);
+  if (challenge.isSession) name.resize(name.size() - kSessionSuffix.size());
+  const auto* row = std::find_if(std::begin(kDigestAlgorithms), std::end(kDigestAlgorithms),
+                                 [&name](const auto& entry) { return entry.first == name; });
+  challenge.method = row == std::end(kDigestAlgorithms) ? LoginMethod::kUnknown : row->second;
+  challenge.algorithm = std::move(algorithm);
+}
+
+LoginChallenge StartChallenge(std::string_view scheme) {
+  LoginChallenge challenge;
+  challenge.isDigest = EqualsIgnoreCase(scheme, "Digest");
+  if (challenge.isDigest) SetAlgorithm(challenge, "");
+  if (EqualsIgnoreCase(scheme, "Basic")) challenge.method = LoginMethod::kBasic;
+  return challenge;
+}
+
+void SetParameter(LoginChallenge& challenge, std::string_view key, const std::string& value) {
+  if (EqualsIgnoreCase(key, "realm")) challenge.realm = value;
+  if (!challenge.isDigest) return;
+  if (EqualsIgnoreCase(key, "nonce")) challenge.nonce = value;
+  if (EqualsIgnoreCase(key, "opaque")) challenge.opaque = value;
+  if (EqualsIgnoreCase(key, "stale")) challenge.isStale = EqualsIgnoreCase(value, "true");
+  if (EqualsIgnoreCase(key, "algorithm")) SetAlgorithm(challenge, value);
+  if (EqualsIgnoreCase(key, "qop")) challenge.hasQop = OffersAuth(value);
+}
+
+void ParseElement(std::string_view element, std::vector<LoginChallenge>& challenges) {
+  const std::size_t nameEnd = std::min(element.find_first_of(" \t="), element.size());
+  std::string_view name = element.substr(0, nameEnd);
+  std::string_view rest = Trimmed(element.substr(nameEnd));
+  if (!rest.starts_with('=')) {  // no "key = value": a scheme begins, perhaps with its first parameter
+    challenges.push_back(StartChallenge(name));
+    const std::size_t keyEnd = std::min(rest.find_first_of(" \t="), rest.size());
+    name = rest.substr(0, keyEnd);
+    rest = Trimmed(rest.substr(keyEnd));
+  }
+  if (challenges.empty() || !rest.starts_with('=')) return;
+  SetParameter(challenges.back(), name, Unquoted(Trimmed(rest.substr(1))));
+}
+
+/// Lower-case hexadecimal hash of `parts` joined by colons.
+std::string HashOf(LoginMethod method, std::initializer_list<std::string_view> parts) {
+  AVHashContext* raw = nullptr;
+  if (av_hash_alloc(&raw, method == LoginMethod::kSha256 ? "SHA256" : "MD5") < 0) throw std::bad_alloc();
+  const HashContext context(raw);
+  av_hash_init(raw);
+  std::string_view separator;
+  for (const std::string_view part : parts) {
+    av_hash_update(raw, reinterpret_cast<const uint8_t*>(separator.data()), separator.size());
+    av_hash_update(raw, reinterpret_cast<const uint8_t*>(part.data()), part.size());
+    separator = ":";
+  }
+  std::array<uint8_t, 2 * AV_HASH_MAX_SIZE + 1> hex{};
+  av_hash_final_hex(raw, hex.data(), static_cast<int>(hex.size()));
+  return reinterpret_cast<const char*>(hex.data());
+}
+
+/// `text` inside a quoted string. A control character cannot stand in a header line and is left out.
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    if (c == '"' || c == '\\') escaped += '\\';
+    if (static_cast<unsigned char>(c) >= ' ') escaped += c;
+  }
+  return escaped;
+}
+
+std::string BasicValue(const std::string& user, const std::string& password) {
+  const std::string pair = user + ':' + password;
+  std::string encoded(AV_BASE64_SIZE(pair.size()), '\0');
+  av_base64_encode(encoded.data(), static_cast<int>(encoded.size()), reinterpret_cast<const uint8_t*>(pair.data()),
+                   static_cast<int>(pair.size()));
+  encoded.pop_back();  // the terminating zero
+  return "Basic " + encoded;
+}
+
+std::string CountText(unsigned int count) {
+  std::array<char, 9> text{};
+  std::snprintf(text.data(), text.size(), "%08x", count);
+  return text.data();
+}
+
+}  // namespace
+
+std::vector<LoginChallenge> ParseChallenges(const std::vector<std::string_view>& headerValues) {
+  std::vector<LoginChallenge> challenges;
+  for (const std::string_view value : headerValues) {
+    for (const std::string_view element : SplitElements(value)) {
+      if (!element.empty()) ParseElement(element, challenges);
+    }
+  }
+  return challenges;
+}
+
+const LoginChallenge* StrongestChallenge(const std::vector<LoginChallenge>& challenges) {
+  const auto isDigest = [](const LoginChallenge& challenge) { return challenge.isDigest; };
+  const bool digestOffered = std::any_of(challenges.begin(), challenges.end(), isDigest);
+  const auto strongest =
+      std::max_element(challenges.begin(), challenges.end(),
+                       [](const auto& left, const auto& right) { return left.method < right.method; });
+  if (strongest == challenges.end() || strongest->method == LoginMethod::kUnknown) return nullptr;
+  return digestOffered && !strongest->isDigest ? nullptr : &*strongest;
+}
+
+std::string MakeClientNonce() {
+  std::array<unsigned char, 16> random{};
+  randombytes_buf(random.data(), random.size());
+  std::array<char, 2 * random.size() + 1> hex{};
+  return sodium_bin2hex(hex.data(), hex.size(), random.data(), random.size());
+}
+
+std::string AuthorizationValue(const LoginChallenge& challenge, const std::string& user, const std::string& password,
+                               std::string_view method, std::string_view uri, const ClientNonce& nonce) {
+  if (challenge.method == LoginMethod::kBasic) return BasicValue(user, password);
+  const auto hash = [&challenge](std::initializer_list<std::string_view> parts) {
+    return HashOf(challenge.method, parts);
+  };
+  const std::string count = CountText(nonce.count);
+  std::string secret = hash({user, challenge.realm, password});
+  if (challenge.isSession) secret = hash({secret, challenge.nonce, nonce.text});
+  const std::string request = hash({method, uri});
+  const std::string response = challenge.hasQop ? hash({secret, challenge.nonce, count, nonce.text, "auth", request})
+                                                : hash({secret, challenge.nonce, request});
+
+  std::string value = "Digest username=\"" + Escaped(user) + "\", realm=\"" + challenge.realm + "\", nonce=\"" +
+                      challenge.nonce + "\", uri=\"" + std::string(uri) + "\", response=\"" + response + '"';
+  if (!challenge.algorithm.empty()) value += ", algorithm=" + challenge.algorithm;
+  if (challenge.hasQop || challenge.isSession) value += ", cnonce=\"" + nonce.text + '"';
+  if (challenge.hasQop) value += ", qop=auth, nc=" + count;
+  if (!challenge.opaque.empty()) value += ", opaque=\"" + challenge.opaque + '"';
+  return value;
+}
+
+}  // namespace recorder

@@ -1,0 +1,144 @@
+#include "recorder/net/socket.h"
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <condition_variable>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace recorder {
+namespace {
+
+using AddressList = std::unique_ptr<addrinfo, Deleter<freeaddrinfo>>;
+
+/// A lookup that may outlive whoever asked for it: getaddrinfo cannot be told when to give up.
+struct Lookup {
+  std::mutex mutex;
+  std::condition_variable done;
+  bool isDone = false;
+  AddressList addresses;
+};
+
+AddressList GetAddresses(const std::string& host, int port, int flags) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_flags = flags | AI_NUMERICSERV;
+  addrinfo* list = nullptr;
+  return AddressList(getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &list) == 0 ? list : nullptr);
+}
+
+Outcome LookUpName(const std::string& host, int port, Clock::time_point deadline, AddressList& addresses) {
+  const auto lookup = std::make_shared<Lookup>();
+  try {
+    std::thread([lookup, host, port] {
+      AddressList found = GetAddresses(host, port, AI_ADDRCONFIG);
+      const std::lock_guard lock(lookup->mutex);
+      lookup->addresses = std::move(found);
+      lookup->isDone = true;
+      lookup->done.notify_one();
+    }).detach();
+  } catch (const std::system_error&) {
+    return Outcome::kUnreachable;  // no thread to be had
+  }
+  std::unique_lock lock(lookup->mutex);
+  if (!lookup->done.wait_until(lock, deadline, [&] { return lookup->isDone; })) return Outcome::kTimedOut;
+  addresses = std::move(lookup->addresses);
+  return addresses ? Outcome::kOk : Outcome::kUnreachable;
+}
+
+Outcome Resolve(const std::string& host, int port, Clock::time_point deadline, AddressList& addresses) {
+  if (host.empty() || port < 0 || port > std::numeric_limits<std::uint16_t>::max()) return Outcome::kUnreachable;
+  const bool isBracketed = host.front() == '[' && host.back() == ']';
+  const std::string name = isBracketed ? host.substr(1, host.size() - 2) : host;
+  addresses = GetAddresses(name, port, AI_NUMERICHOST);
+  return addresses ? Outcome::kOk : LookUpName(name, port, deadline, addresses);
+}
+
+/// False when the deadline passes first.
+bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
+  for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    if (left <= 0) return false;
+    pollfd entry{descriptor, events, 0};
+    const int ready = poll(&entry, 1, static_cast<int>(std::min<long long>(left, std::numeric_limits<int>::max())));
+    if (ready > 0) return true;
+    if (ready < 0 && errno != EINTR) return true;  // the call that follows reports what is wrong
+  }
+}
+
+Outcome ConnectTo(const addrinfo& address, Clock::time_point deadline, FileDescriptor& connection) {
+  FileDescriptor candidate(socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  if (!candidate) return Outcome::kUnreachable;
+  if (connect(candidate.Get(), address.ai_addr, address.ai_addrlen) != 0) {
+    if (errno != EINPROGRESS) return Outcome::kUnreachable;
+    if (!WaitFor(candidate.Get(), POLLOUT, deadline)) return Outcome::kTimedOut;
+    int error = 0;
+    socklen_t size = sizeof error;
+    getsockopt(candidate.Get(), SOL_SOCKET, SO_ERROR, &error, &size);
+    if (error != 0) return error == ETIMEDOUT ? Outcome::kTimedOut : Outcome::kUnreachable;
+  }
+  const int on = 1;
+  setsockopt(candidate.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  connection = std::move(candidate);
+  return Outcome::kOk;
+}
+
+bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
+
+}  // namespace
+
+Outcome Socket::Connect(const std::string& host, int port, Clock::time_point deadline) {
+  descriptor_ = FileDescriptor();
+  AddressList addresses;
+  if (const Outcome outcome = Resolve(host, port, deadline, addresses); outcome != Outcome::kOk) return outcome;
+  int left = 0;
+  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) ++left;
+
+  Outcome failure = Outcome::kUnreachable;
+  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next, --left) {
+    // A silent address gets its share of the time, so that the next one has a chance.
+    const Clock::time_point now = Clock::now();
+    const Outcome outcome = ConnectTo(*address, now + (deadline - now) / left, descriptor_);
+    if (outcome == Outcome::kOk) return outcome;
+    if (outcome == Outcome::kTimedOut) failure = outcome;
+  }
+  return failure;
+}
+
+Outcome Socket::Write(std::span<const std::uint8_t> bytes, Clock::time_point deadline) {
+  while (!bytes.empty()) {
+    const ssize_t sent = send(descriptor_.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent >= 0) {
+      bytes = bytes.subspan(static_cast<std::size_t>(sent));
+    } else if (!WouldBlock(errno)) {
+      return Outcome::kNotUnderstood;
+    } else if (!WaitFor(descriptor_.Get(), POLLOUT, deadline)) {
+      return Outcome::kTimedOut;
+    }
+  }
+  return Outcome::kOk;
+}
+
+Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, std::size_t& received) {
+  received = 0;
+  while (WaitFor(descriptor_.Get(), POLLIN, deadline)) {
+    const ssize_t size = recv(descriptor_.Get(), space.data(), space.size(), 0);
+    if (size < 0 && WouldBlock(errno)) continue;
+    received = size > 0 ? static_cast<std::size_t>(size) : 0;  // a reset is a way of closing
+    return Outcome::kOk;
+  }
+  return Outcome::kTimedOut;
+}
+
+}  // namespace recorder

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "recorder/utility/handle.h"
+#include "recorder/utility/outcome.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+/// One TCP connection to a camera. Never blocks past the deadline that a call is given, the name's lookup included, and
+/// is not inherited by child processes. Used by one thread at a time; closed by the destructor.
+class Socket {
+ public:
+  /// Connects to the first address of `host` that accepts. kUnreachable: no such name, no route, refused everywhere;
+  /// kTimedOut: the deadline, or an address's share of it, passed without an answer. An earlier connection is closed.
+  [[nodiscard]] Outcome Connect(const std::string& host, int port, Clock::time_point deadline);
+
+  /// Sends all of `bytes`. kNotUnderstood: the camera closed the connection.
+  [[nodiscard]] Outcome Write(std::span<const std::uint8_t> bytes, Clock::time_point deadline);
+
+  /// Waits for bytes and stores up to `space.size()` of them; `received` is 0 when the camera has closed the
+  /// connection.
+  [[nodiscard]] Outcome Read(std::span<std::uint8_t> space, Clock::time_point deadline, std::size_t& received);
+
+ private:
+  FileDescriptor descriptor_;
+};
+
+}  // namespace recorder

@@ -1,0 +1,41 @@
+#include "recorder/net/text.h"
+
+#include <algorithm>
+
+namespace recorder {
+namespace {
+
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+}  // namespace
+
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), Lower);
+  return lower;
+}
+
+bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return Lower(a) == Lower(b); });
+}
+
+bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix) {
+  return EqualsIgnoreCase(text.substr(0, prefix.size()), prefix);
+}
+
+std::string_view TakeUntil(std::string_view& rest, char separator) {
+  const std::size_t end = rest.find(separator);
+  const std::string_view taken = rest.substr(0, end);
+  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  return taken;
+}
+
+}  // namespace recorder

@@ -1,0 +1,53 @@
+#include <exception>
+#include <optional>
+
+#include "platform/utility.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/log.h"
+#include "recorder/utility/records.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+namespace {
+
+/// The camera that a request means, or nothing; a failure of the records is logged and gives nothing too.
+std::optional<CameraRecord> FindCamera(int camId) {
+  try {
+    return Records(GetConfig().stateFolder).Find(camId);
+  } catch (const std::exception& error) {
+    LogFailure(error.what());
+    return std::nullopt;
+  }
+}
+
+}  // namespace
+}  // namespace recorder
+
+// Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
+// choice.
+const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
+
+int GetCamConnStatus(int camId) {
+  const auto camera = recorder::FindCamera(camId);
+  return camera ? camera->status : CAM_CONN_STATUS_UNKNOWN;
+}
+
+int GetCamOwnerKdId(int camId) {
+  const auto camera = recorder::FindCamera(camId);
+  return camera ? camera->ownerKdId : kLocalOwnerKdId;
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature
+std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel) {
+  try {
+    const recorder::Records records{recorder::GetConfig().stateFolder};
+    const auto camera = camId == 0 ? records.FindTheOne(vendor, model, channel) : records.Find(camId);
+    if (!camera) return {};
+    std::string password = records.Password(*camera);
+    recorder::RequestScope::Current().LendPassword(password, camera->host, camera->port);
+    return password;
+  } catch (const std::exception& error) {
+    recorder::LogFailure(error.what());
+    return {};
+  }
+}

@@ -1,0 +1,157 @@
+#include "recorder/utility/config.h"
+
+#include <json/json.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <system_error>
+
+#include "recorder/utility/files.h"
+#include "recorder/utility/records.h"
+
+namespace recorder {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr int kShortestLimitMs = 100;
+constexpr int kLongestLimitMs = 300'000;
+constexpr auto kDefaultPicture = "../images/add_camera_default.png";
+
+Config currentConfig;
+
+/// Reads the members of one JSON object; every mistake is a ConfigError that names it.
+class ObjectReader {
+ public:
+  ObjectReader(const fs::path& file, const Json::Value& object, std::string prefix)
+      : file_(file), object_(object), prefix_(std::move(prefix)) {}
+
+  [[noreturn]] void Fail(const std::string& member, const std::string& mistake) const {
+    throw ConfigError(file_.string() + ": " + prefix_ + member + ": " + mistake);
+  }
+
+  fs::path Path(const char* member) {
+    const Json::Value& value = Take(member);
+    if (value.isNull()) Fail(member, "missing");
+    if (!value.isString() || value.asString().empty()) Fail(member, "must be a path");
+    return fs::absolute(file_).parent_path() / value.asString();
+  }
+
+  void Read(const char* member, bool& target) {
+    const Json::Value& value = Take(member);
+    if (value.isNull()) return;
+    if (!value.isBool()) Fail(member, "must be true or false");
+    target = value.asBool();
+  }
+
+  void Read(const char* member, std::chrono::milliseconds& target) {
+    const Json::Value& value = Take(member);
+    if (value.isNull()) return;
+    if (!value.isInt() || value.asInt() < kShortestLimitMs || value.asInt() > kLongestLimitMs) {
+      Fail(member, "must be a number of milliseconds from " + std::to_string(kShortestLimitMs) + " to " +
+                       std::to_string(kLongestLimitMs));
+    }
+    target = std::chrono::milliseconds(value.asInt());
+  }
+
+  void Read(const char* member, std::vector<std::string>& target) {
+    const Json::Value& value = Take(member);
+    if (value.isNull()) return;
+    if (!value.isArray()) Fail(member, "must be a list of texts");
+    for (const Json::Value& entry : value) {
+      if (!entry.isString() || entry.asString().empty()) Fail(member, "must be a list of texts");
+      target.push_back(entry.asString());
+    }
+  }
+
+  ObjectReader Object(const char* member) {
+    const Json::Value& value = Take(member);
+    if (!value.isNull() && !value.isObject()) Fail(member, "must be an object");
+    return {file_, value, prefix_ + member + "."};
+  }
+
+  /// Call last: a member that nobody read is a mistake.
+  void RefuseOthers() const {
+    if (object_.isNull()) return;
+    for (const std::string& member : object_.getMemberNames()) {
+      if (!taken_.contains(member)) Fail(member, "unknown member");
+      if (object_[member].isNull()) Fail(member, "must not be null");
+    }
+  }
+
+ private:
+  const Json::Value& Take(const char* member) {
+    taken_.insert(member);
+    return object_[member];
+  }
+
+  const fs::path& file_;
+  const Json::Value& object_;
+  std::string prefix_;
+  std::set<std::string> taken_;
+};
+
+Json::Value Parse(const fs::path& file) {
+  std::string text;
+  try {
+    text = ReadFile(file);
+  } catch (const std::system_error& error) {
+    throw ConfigError(error.what());
+  }
+  Json::CharReaderBuilder builder;
+  Json::CharReaderBuilder::strictMode(&builder.settings_);
+  const std::unique_ptr<Json::CharReader> reader{builder.newCharReader()};
+  Json::Value root;
+  std::string mistakes;
+  try {
+    if (!reader->parse(text.data(), text.data() + text.size(), &root, &mistakes)) {
+      throw ConfigError(file.string() + ": not JSON:\n" + mistakes);
+    }
+  } catch (const Json::Exception& error) {  // nested too deeply
+    throw ConfigError(file.string() + ": not JSON: " + error.what());
+  }
+  if (!root.isObject()) throw ConfigError(file.string() + ": must hold one JSON object");
+  return root;
+}
+
+/// Mistakes that would otherwise show only when the first camera is asked.
+void CheckFiles(const Config& config, const ObjectReader& reader) {
+  std::error_code ignored;
+  if (!fs::is_directory(config.modelsFolder, ignored)) reader.Fail("modelsFolder", "is no folder");
+  if (!fs::is_regular_file(config.module, ignored)) reader.Fail("module", "is no file");
+  if (!fs::is_directory(config.workFolder, ignored)) reader.Fail("workFolder", "is no folder");
+  if (!fs::is_regular_file(config.workFolder / kDefaultPicture, ignored)) {
+    reader.Fail("workFolder", std::string("there is no ") + kDefaultPicture + " from there");
+  }
+}
+
+}  // namespace
+
+Config LoadConfig(const fs::path& file) {
+  const Json::Value root = Parse(file);
+  ObjectReader reader{file, root, ""};
+  Config config;
+  config.stateFolder = reader.Path("stateFolder");
+  config.modelsFolder = reader.Path("modelsFolder");
+  config.module = reader.Path("module");
+  config.workFolder = reader.Path("workFolder");
+  reader.Read("cmsHost", config.cmsHost);
+  reader.Read("hostNames", config.hostNames);
+  ObjectReader limits = reader.Object("limits");
+  limits.Read("testMs", config.limits.test);
+  limits.Read("pictureMs", config.limits.picture);
+  limits.RefuseOthers();
+  reader.RefuseOthers();
+  CheckFiles(config, reader);
+  return config;
+}
+
+void StartUtility(const Config& config) {
+  currentConfig = config;
+  SetCameraLimits(config.limits);
+  const Records records{config.stateFolder};  // a mistake shows now and not with the first request
+}
+
+const Config& GetConfig() { return currentConfig; }
+
+}  // namespace recorder

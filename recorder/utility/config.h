@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+/// What an administrator decides: one JSON file, described by docs/config.schema.json.
+struct Config {
+  std::filesystem::path stateFolder;   ///< records, keys, users: made with mode 0700 when missing
+  std::filesystem::path modelsFolder;  ///< capability files, one a vendor
+  std::filesystem::path module;        ///< the module's file, cameracap.so
+  std::filesystem::path workFolder;    ///< where processes work; "../images/" is beside it
+  bool cmsHost = false;                ///< this recorder manages a group of recording servers
+  CameraLimits limits;
+  std::vector<std::string> hostNames;  ///< names of this server, besides the loopback ones, that requests may go to
+};
+
+/// A configuration that cannot be used. The text names file, member and mistake.
+class ConfigError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Reads and checks a configuration file. Relative paths in it start at the file's own folder; all paths of the result
+/// are absolute. Throws ConfigError.
+Config LoadConfig(const std::filesystem::path& file);
+
+/// Prepares what the platform functions of this folder need: the state folder with key and records, and the limits.
+/// Call once at start, before the first request and before there are threads. Throws std::exception with a text for the
+/// administrator.
+void StartUtility(const Config& config);
+
+/// The configuration that StartUtility was given; empty before. Any thread.
+const Config& GetConfig();
+
+}  // namespace recorder

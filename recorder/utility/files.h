@@ -1,0 +1,37 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "recorder/utility/handle.h"
+
+namespace recorder {
+
+/// Largest file that is read whole, in bytes.
+inline constexpr std::size_t kLargestFile = std::size_t{32} << 20U;
+
+/// Reads a regular file of at most kLargestFile. Throws std::system_error that names the file. Any thread.
+std::string ReadFile(const std::filesystem::path& path);
+
+/// Puts a file with `content` in the place of `path`, whole or not at all, also when the power fails: what was there
+/// stays until the new file is on the disk. Throws std::system_error that names the file. Any thread and process; the
+/// last of several wins.
+void ReplaceFile(const std::filesystem::path& path, std::string_view content, mode_t mode = 0600);
+
+/// Makes a file with `content` (mode 0600), unless `path` exists: then that stays as it is. Of several that try at once
+/// one wins, and the file is never seen half written. Throws std::system_error that names the file.
+void CreateFileOnce(const std::filesystem::path& path, std::string_view content);
+
+/// Makes the folder with mode 0700, parents included, unless it exists. Throws std::system_error that names the folder,
+/// also when group or others may write to one that exists.
+void MakePrivateFolder(const std::filesystem::path& folder);
+
+/// Waits for the lock on `folder`, which one holder at a time has until the result is destroyed. Throws
+/// std::system_error that names the folder.
+[[nodiscard]] FileDescriptor LockFolder(const std::filesystem::path& folder);
+
+}  // namespace recorder

@@ -1,0 +1,85 @@
+#include "recorder/utility/log.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <string_view>
+
+#include "platform/utility.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+/// Up to this size a write to a pipe is not mixed with others' (POSIX write()).
+constexpr std::size_t kLongestLine = PIPE_BUF;
+
+std::string TimeNow() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  tm utc{};
+  gmtime_r(&now.tv_sec, &utc);
+  std::array<char, 64> text{};
+  const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S", &utc);
+  std::snprintf(text.data() + length, text.size() - length, ".%03ldZ", now.tv_nsec / 1'000'000);
+  return text.data();
+}
+
+/// Cuts `line` to what one write holds, between two characters of UTF-8, and ends it.
+void Finish(std::string& line) {
+  constexpr std::string_view kCut = "...";
+  if (line.size() >= kLongestLine) {
+    std::size_t end = kLongestLine - kCut.size() - 1;
+    while (end > 0 && (static_cast<unsigned char>(line[end]) & 0xc0U) == 0x80U) --end;
+    line.resize(end);
+    line += kCut;
+  }
+  line += '\n';
+}
+
+void WriteOnce(const std::string& line) {
+  while (write(STDERR_FILENO, line.data(), line.size()) < 0 && errno == EINTR) {
+  }
+}
+
+/// The path from the recorder's own folder on, without its extension: "recorder/utility/records".
+std::string SourceName(std::string_view file) {
+  const std::size_t start = file.rfind("recorder/");
+  if (start != std::string_view::npos) file.remove_prefix(start);
+  return std::string(file.substr(0, file.rfind('.')));
+}
+
+}  // namespace
+
+void LogFailure(const std::string& text, const char* file, int line, const char* function) {
+  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, SourceName(file).c_str(), line, function, "%s\n", text.c_str());
+}
+
+}  // namespace recorder
+
+void VTPrintf(LOG_TYPE /*type*/, const char* category1, const char* category2, const char* file, int line,
+              const char* function, const char* format, ...) {
+  const int savedErrno = errno;
+  std::array<char, recorder::kLongestLine> text{};
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  va_end(arguments);
+  std::string_view message = text.data();
+  if (message.ends_with('\n')) message.remove_suffix(1);
+
+  std::string entry = recorder::TimeNow() + ' ' + std::to_string(getpid()) + ' ' + file + ':' + std::to_string(line) +
+                      ' ' + function + ": ";
+  for (const char* category : {category1, category2}) {
+    if (category != nullptr) entry += '[' + recorder::EscapeControls(category) + "] ";
+  }
+  entry += recorder::EscapeControls(message);
+  recorder::Finish(entry);
+  recorder::WriteOnce(entry);
+  errno = savedErrno;
+}

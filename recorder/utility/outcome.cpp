@@ -1,0 +1,31 @@
+#include "recorder/utility/outcome.h"
+
+namespace recorder {
+
+std::string_view Describe(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kOk:
+      return "no failure";
+    case Outcome::kUnreachable:
+      return "not reachable";
+    case Outcome::kTimedOut:
+      return "timed out";
+    case Outcome::kLoginRefused:
+      return "login refused";
+    case Outcome::kLoginUnsupported:
+      return "login method not supported";
+    case Outcome::kNoSuchStream:
+      return "no such stream";
+    case Outcome::kNoVideo:
+      return "no wanted video";
+    case Outcome::kBusy:
+      return "camera busy";
+    case Outcome::kNotThisProtocol:
+      return "another protocol is spoken there";
+    case Outcome::kNotUnderstood:
+      return "answer not understood";
+  }
+  return "unknown outcome";
+}
+
+}  // namespace recorder

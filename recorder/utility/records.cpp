@@ -1,0 +1,311 @@
+#include "recorder/utility/records.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "recorder/utility/files.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr int kBusyTimeoutMs = 5000;
+constexpr std::size_t kLongestText = 1024;  // bytes
+
+// AUTOINCREMENT: a client that still knows a removed camera's id must not be lent another camera's password.
+constexpr auto kSchema = R"(
+CREATE TABLE cameras (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  name TEXT NOT NULL, vendor TEXT NOT NULL, model TEXT NOT NULL,
+  host TEXT NOT NULL, port INTEGER NOT NULL, user TEXT NOT NULL, password BLOB NOT NULL,
+  channel TEXT NOT NULL, sourcePath TEXT NOT NULL, status INTEGER NOT NULL, ownerKdId INTEGER NOT NULL
+) STRICT;
+CREATE TABLE trustedKeys (
+  kind INTEGER NOT NULL, name TEXT NOT NULL, key BLOB NOT NULL, PRIMARY KEY (kind, name)
+) STRICT;
+)";
+
+constexpr auto kCameraColumns = "id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId";
+
+CameraRecord CameraOf(SQLite::Statement& row) {
+  CameraRecord camera;
+  int column = 0;
+  camera.id = row.getColumn(column++).getInt();
+  for (std::string* text : {&camera.name, &camera.vendor, &camera.model, &camera.host}) {
+    *text = row.getColumn(column++).getString();
+  }
+  camera.port = row.getColumn(column++).getInt();
+  for (std::string* text : {&camera.user, &camera.channel, &camera.sourcePath}) {
+    *text = row.getColumn(column++).getString();
+  }
+  camera.status = static_cast<CAM_CONN_STATUS>(row.getColumn(column++).getInt());
+  camera.ownerKdId = row.getColumn(column).getInt();
+  return camera;
+}
+
+std::string PasswordContext(int id, const std::string& host, int port) {
+  return "camera " + std::to_string(id) + ' ' + std::to_string(port) + ' ' + host;
+}
+
+std::string KeyContext(TrustKind kind, const std::string& name) {
+  return (kind == TrustKind::kClient ? "client " : "server group ") + name;
+}
+
+/// SQLite gives its side files the mode of the database file, so that this one mode is enough.
+void MakeDatabaseFile(const fs::path& file) {
+  const FileDescriptor made{open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+  if (!made) throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+int VersionOf(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
+
+void MakeSchema(SQLite::Database& database) {
+  database.exec("PRAGMA journal_mode = WAL");
+  SQLite::Transaction transaction{database};
+  database.exec(kSchema);
+  database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+  transaction.commit();
+}
+
+/// Closing a connection would move the write-ahead log of a newer version's file into it; so that waits for the check.
+void CheckpointOnClose(SQLite::Database& database, bool on) {
+  sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, on ? 0 : 1, nullptr);
+}
+
+void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
+  statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
+}
+
+std::optional<std::string> TextMistake(const std::string& text, bool mayBeEmpty) {
+  if (text.empty()) return mayBeEmpty ? std::nullopt : std::optional<std::string>("missing");
+  if (text.size() > kLongestText) return "longer than " + std::to_string(kLongestText) + " bytes";
+  if (!IsUtf8(text)) return "is not UTF-8";
+  if (HoldsControls(text)) return "holds a control character";
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password) {
+  const struct {
+    const char* member;
+    const std::string& text;
+    bool mayBeEmpty;
+  } texts[] = {
+      {"name", camera.name, false},      {"vendor", camera.vendor, false},
+      {"model", camera.model, false},    {"host", camera.host, false},
+      {"user", camera.user, true},       {"password", password, true},
+      {"channel", camera.channel, true}, {"sourcePath", camera.sourcePath, true},
+  };
+  for (const auto& [member, text, mayBeEmpty] : texts) {
+    if (const auto mistake = TextMistake(text, mayBeEmpty)) return RecordMistake{member, *mistake};
+  }
+  if (camera.vendor.find(' ') != std::string::npos) return RecordMistake{"vendor", "holds a blank"};
+  if (camera.host.find_first_of(" /@?#") != std::string::npos) {
+    return RecordMistake{"host", "is not a host name or address"};
+  }
+  if (camera.port < 1 || camera.port > 65535) return RecordMistake{"port", "is not a port (1 to 65535)"};
+  if (password == gszFakePass) {
+    return RecordMistake{"password", "is the text that stands for a stored password"};
+  }
+  return std::nullopt;
+}
+
+struct Records::Impl {
+  explicit Impl(const fs::path& stateFolder)
+      : file(stateFolder / "recorder.db"),
+        key(LoadOrMakeKey(stateFolder / "secret.key")),
+        database(Open(stateFolder)) {}
+
+  /// Runs `action` and gives SQLite's failures the name of the file.
+  template <class Action>
+  auto Guarded(Action action) const {
+    try {
+      return action();
+    } catch (const SQLite::Exception& error) {
+      throw RecordsError(file.string() + ": " + error.what());
+    }
+  }
+
+  SQLite::Database Open(const fs::path& stateFolder) const {
+    MakeDatabaseFile(file);
+    return Guarded([&] {
+      SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
+      CheckpointOnClose(opened, false);
+      if (VersionOf(opened) == 0) {
+        const FileDescriptor lock = LockFolder(stateFolder);
+        if (VersionOf(opened) == 0) MakeSchema(opened);
+      }
+      if (const int version = VersionOf(opened); version != kSchemaVersion) {
+        throw RecordsError(file.string() + ": has version " + std::to_string(version) +
+                           ", this program knows version " + std::to_string(kSchemaVersion) + "; use a newer program");
+      }
+      CheckpointOnClose(opened, true);
+      opened.exec("PRAGMA synchronous = FULL");
+      return opened;
+    });
+  }
+
+  std::string Sealed(int id, const std::string& host, int port, const std::string& password) const {
+    return Seal(key, PasswordContext(id, host, port), password);
+  }
+
+  void StorePassword(int id, const std::string& host, int port, const std::string& password) {
+    SQLite::Statement update{database, "UPDATE cameras SET password = ? WHERE id = ?"};
+    BindBlob(update, 1, Sealed(id, host, port, password));
+    update.bind(2, id);
+    update.exec();
+  }
+
+  fs::path file;
+  SecretKey key;
+  mutable SQLite::Database database;
+};
+
+Records::Records(const fs::path& stateFolder) {
+  if (stateFolder.empty()) throw RecordsError("no state folder is set");
+  MakePrivateFolder(stateFolder);
+  impl_ = std::make_unique<Impl>(stateFolder);
+}
+
+Records::~Records() = default;
+
+int Records::Add(const CameraRecord& camera, const std::string& password) {
+  if (const auto mistake = FindMistake(camera, password)) throw RecordsError(mistake->member + ": " + mistake->text);
+  return impl_->Guarded([&] {
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    SQLite::Statement insert{impl_->database,
+                             "INSERT INTO cameras (name, vendor, model, host, port, user, password, channel, "
+                             "sourcePath, status, ownerKdId) VALUES (?, ?, ?, ?, ?, ?, zeroblob(0), ?, ?, ?, ?)"};
+    SQLite::bind(insert, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
+                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId);
+    insert.exec();
+    const int id = static_cast<int>(impl_->database.getLastInsertRowid());
+    impl_->StorePassword(id, camera.host, camera.port, password);
+    transaction.commit();
+    return id;
+  });
+}
+
+std::vector<CameraRecord> Records::List() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns + " FROM cameras ORDER BY id"};
+    std::vector<CameraRecord> cameras;
+    while (query.executeStep()) cameras.push_back(CameraOf(query));
+    return cameras;
+  });
+}
+
+std::optional<CameraRecord> Records::Find(int id) const {
+  return impl_->Guarded([&]() -> std::optional<CameraRecord> {
+    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns + " FROM cameras WHERE id = ?"};
+    query.bind(1, id);
+    if (!query.executeStep()) return std::nullopt;
+    return CameraOf(query);
+  });
+}
+
+std::optional<CameraRecord> Records::FindTheOne(const std::string& vendor, const std::string& model,
+                                                const std::string& channel) const {
+  return impl_->Guarded([&]() -> std::optional<CameraRecord> {
+    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns +
+                                                 " FROM cameras WHERE vendor = ? AND model = ? AND channel IN (?, '') "
+                                                 "LIMIT 2"};
+    SQLite::bind(query, vendor, model, channel);
+    if (!query.executeStep()) return std::nullopt;
+    const CameraRecord camera = CameraOf(query);
+    if (query.executeStep()) return std::nullopt;
+    return camera;
+  });
+}
+
+std::string Records::Password(const CameraRecord& camera) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT password FROM cameras WHERE id = ?"};
+    query.bind(1, camera.id);
+    if (!query.executeStep()) throw RecordsError("camera " + std::to_string(camera.id) + " is no longer stored");
+    const std::string sealed = query.getColumn(0).getString();
+    auto password = Unseal(impl_->key, PasswordContext(camera.id, camera.host, camera.port), sealed);
+    if (!password) {
+      throw RecordsError("the password of camera " + std::to_string(camera.id) +
+                         " cannot be decrypted: its record or the key file was changed; set it again");
+    }
+    return std::move(*password);
+  });
+}
+
+bool Records::Remove(int id) {
+  return impl_->Guarded([&] {
+    SQLite::Statement remove{impl_->database, "DELETE FROM cameras WHERE id = ?"};
+    remove.bind(1, id);
+    return remove.exec() == 1;
+  });
+}
+
+bool Records::SetPassword(int id, const std::string& password) {
+  return impl_->Guarded([&] {
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    const auto camera = Find(id);
+    if (!camera) return false;
+    if (const auto mistake = FindMistake(*camera, password)) throw RecordsError(mistake->member + ": " + mistake->text);
+    impl_->StorePassword(id, camera->host, camera->port, password);
+    transaction.commit();
+    return true;
+  });
+}
+
+bool Records::SetStatus(int id, CAM_CONN_STATUS status) {
+  return impl_->Guarded([&] {
+    SQLite::Statement update{impl_->database, "UPDATE cameras SET status = ? WHERE id = ?"};
+    SQLite::bind(update, static_cast<int>(status), id);
+    return update.exec() == 1;
+  });
+}
+
+bool Records::AddKey(TrustKind kind, const std::string& name, const SecretKey& key) {
+  if (const auto mistake = TextMistake(name, false)) throw RecordsError("name: " + *mistake);
+  return impl_->Guarded([&] {
+    SQLite::Statement insert{impl_->database, "INSERT OR IGNORE INTO trustedKeys (kind, name, key) VALUES (?, ?, ?)"};
+    SQLite::bind(insert, static_cast<int>(kind), name);
+    std::string bytes = key.Bytes();
+    const WipeAtEnd wipe{bytes};
+    BindBlob(insert, 3, Seal(impl_->key, KeyContext(kind, name), bytes));
+    return insert.exec() == 1;
+  });
+}
+
+bool Records::RemoveKey(TrustKind kind, const std::string& name) {
+  return impl_->Guarded([&] {
+    SQLite::Statement remove{impl_->database, "DELETE FROM trustedKeys WHERE kind = ? AND name = ?"};
+    SQLite::bind(remove, static_cast<int>(kind), name);
+    return remove.exec() == 1;
+  });
+}
+
+std::vector<TrustedKey> Records::ListKeys(TrustKind kind) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT name, key FROM trustedKeys WHERE kind = ? ORDER BY name"};
+    query.bind(1, static_cast<int>(kind));
+    std::vector<TrustedKey> keys;
+    while (query.executeStep()) {
+      const std::string name = query.getColumn(0).getString();
+      auto bytes = Unseal(impl_->key, KeyContext(kind, name), query.getColumn(1).getString());
+      const auto key = bytes ? SecretKey::FromBytes(*bytes) : std::nullopt;
+      if (!key) throw RecordsError("the key of " + name + " cannot be decrypted: the key file was changed");
+      const WipeAtEnd wipe{*bytes};
+      keys.push_back({name, *key});
+    }
+    return keys;
+  });
+}
+
+}  // namespace recorder

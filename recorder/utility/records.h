@@ -1,0 +1,105 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/utility.h"
+#include "recorder/utility/secrets.h"
+
+namespace recorder {
+
+/// One stored camera. Its password is not part of the record, so that a list of cameras is no list of passwords.
+struct CameraRecord {
+  int id = 0;  ///< given by Records::Add, never given again after a Remove
+  std::string name;
+  std::string vendor;
+  std::string model;
+  std::string host;
+  int port = 0;
+  std::string user;
+  std::string channel;     ///< "": any
+  std::string sourcePath;  ///< for a model whose stream path the user gives
+  CAM_CONN_STATUS status = CAM_CONN_STATUS_NORMAL;
+  int ownerKdId = kLocalOwnerKdId;
+};
+
+/// What is wrong with a record or password.
+struct RecordMistake {
+  std::string member;  ///< JSON key style: "port", "sourcePath", "password"
+  std::string text;    ///< for users, without the value
+};
+
+/// The first mistake that keeps a record from being stored, if there is one.
+std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password);
+
+/// Whom a key is for.
+enum class TrustKind {
+  kClient,       ///< a trusted client
+  kServerGroup,  ///< the recording servers of this recorder's group
+};
+
+struct TrustedKey {
+  std::string name;
+  SecretKey key;
+};
+
+/// A failure of the records, with a text for the administrator that holds no secret.
+class RecordsError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The recorder's records: one SQLite file, recorder.db (mode 0600), and the key file secret.key in the state folder
+/// (mode 0700). Passwords and keys are encrypted at rest and bound to their record: a password whose record's host or
+/// port was changed behind the recorder's back cannot be read.
+///
+/// Owner:   an object holds one database connection. Opening takes well under a millisecond; make one a call.
+/// Thread:  an object belongs to one thread. Objects of any threads and processes work side by side; a writer waits up
+/// to
+///          5 s for another.
+/// Time:    a change is on the disk when the call returns.
+/// Failure: throws RecordsError, or std::system_error for folder and key file; the records are as before then. A file
+/// of a
+///          newer version of this program is refused and left untouched.
+class Records {
+ public:
+  /// Opens the records in `stateFolder` and makes what is missing.
+  explicit Records(const std::filesystem::path& stateFolder);
+  ~Records();
+  Records(const Records&) = delete;
+  Records& operator=(const Records&) = delete;
+
+  /// Stores a camera (`camera.id` is ignored) and returns its id. A record with a mistake is a RecordsError.
+  int Add(const CameraRecord& camera, const std::string& password);
+  /// All cameras by id.
+  std::vector<CameraRecord> List() const;
+  std::optional<CameraRecord> Find(int id) const;
+  /// The one camera of that vendor, model and channel; nothing when there is none or several. A stored channel ""
+  /// matches any.
+  std::optional<CameraRecord> FindTheOne(const std::string& vendor, const std::string& model,
+                                         const std::string& channel) const;
+  /// The stored password of a camera that was found here; the caller wipes it.
+  std::string Password(const CameraRecord& camera) const;
+
+  /// The following are false when there is no such camera.
+  bool Remove(int id);
+  bool SetPassword(int id, const std::string& password);
+  bool SetStatus(int id, CAM_CONN_STATUS status);
+
+  /// Stores a key. False when the name is taken.
+  bool AddKey(TrustKind kind, const std::string& name, const SecretKey& key);
+  /// False when there is no such name.
+  bool RemoveKey(TrustKind kind, const std::string& name);
+  /// All keys by name.
+  std::vector<TrustedKey> ListKeys(TrustKind kind) const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace recorder

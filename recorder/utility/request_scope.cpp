@@ -1,0 +1,101 @@
+#include "recorder/utility/request_scope.h"
+
+#include <sodium.h>
+
+#include <algorithm>
+
+#include "recorder/utility/secrets.h"
+
+namespace recorder {
+namespace {
+
+CameraLimits cameraLimits;
+thread_local RequestScope* currentScope = nullptr;
+
+/// One text for one host: "CAM1.", "cam1" and "[FE80::1]", "fe80::1".
+std::string Normalized(std::string host) {
+  if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
+  if (host.size() > 1 && host.back() == '.') host.pop_back();
+  std::transform(host.begin(), host.end(), host.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return host;
+}
+
+}  // namespace
+
+void SetCameraLimits(const CameraLimits& limits) { cameraLimits = limits; }
+
+const CameraLimits& GetCameraLimits() { return cameraLimits; }
+
+RequestScope& RequestScope::Current() {
+  if (currentScope != nullptr) return *currentScope;
+  thread_local RequestScope scopeOfThread{cameraLimits.test};
+  return scopeOfThread;
+}
+
+RequestScope::RequestScope(std::chrono::milliseconds limit) : limit_(limit), previous_(currentScope) {
+  currentScope = this;
+}
+
+RequestScope::~RequestScope() {
+  currentScope = previous_;
+  sodium_memzero(key_.data(), key_.size());
+}
+
+Clock::time_point RequestScope::Deadline() {
+  if (!deadline_) deadline_ = Clock::now() + limit_;
+  return *deadline_;
+}
+
+void RequestScope::LendPassword(std::string password, std::string host, int port) {
+  if (password.empty()) return;  // no secret, and every camera without a password would be refused
+  if (lent_.empty()) {
+    PrepareSodium();
+    randombytes_buf(key_.data(), key_.size());
+  }
+  lent_.push_back({DigestOf(password), Normalized(std::move(host)), {port}});
+  sodium_memzero(password.data(), password.size());
+}
+
+void RequestScope::AllowPort(const std::string& host, int port) {
+  const std::string wanted = Normalized(host);
+  for (LentPassword& lent : lent_) {
+    if (lent.host == wanted) lent.ports.insert(port);
+  }
+}
+
+std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, const std::string& user,
+                                             const std::string& password) const {
+  if (IsLentElsewhere(host, port, password)) return Outcome::kLoginRefused;
+  const auto failure = failures_.find({Normalized(host), user});
+  if (failure != failures_.end()) return failure->second;
+  if (deadline_ && Clock::now() >= *deadline_) return Outcome::kTimedOut;
+  return std::nullopt;
+}
+
+void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
+  if (outcome != Outcome::kLoginRefused && outcome != Outcome::kTimedOut) return;
+  failures_.try_emplace({Normalized(host), user}, outcome);
+}
+
+RequestScope::Digest RequestScope::DigestOf(const std::string& password) const {
+  Digest digest;
+  crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(password.data()),
+                     password.size(), key_.data(), key_.size());
+  return digest;
+}
+
+bool RequestScope::IsLentElsewhere(const std::string& host, int port, const std::string& password) const {
+  if (lent_.empty()) return false;
+  const Digest digest = DigestOf(password);
+  const std::string wanted = Normalized(host);
+  bool isLent = false;
+  for (const LentPassword& lent : lent_) {  // two cameras may have the same password
+    if (sodium_memcmp(lent.digest.data(), digest.data(), digest.size()) != 0) continue;
+    if (lent.host == wanted && lent.ports.contains(port)) return false;
+    isLent = true;
+  }
+  return isLent;
+}
+
+}  // namespace recorder

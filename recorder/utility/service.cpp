@@ -1,0 +1,48 @@
+#include "recorder/utility/service.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "platform/utility.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/files.h"
+
+namespace recorder {
+namespace {
+
+std::filesystem::path LockFile(const std::filesystem::path& stateFolder) { return stateFolder / "service.lock"; }
+
+/// A lock of the whole file that belongs to the open file, not to the process (fcntl(2), "open file description
+/// locks").
+struct flock WholeFile(short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  return lock;
+}
+
+}  // namespace
+
+ServiceLock::ServiceLock(const std::filesystem::path& stateFolder) {
+  MakePrivateFolder(stateFolder);
+  const auto path = LockFile(stateFolder);
+  file_ = FileDescriptor{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+  auto lock = WholeFile(F_RDLCK);
+  if (!file_ || fcntl(file_.Get(), F_OFD_SETLK, &lock) != 0) {
+    throw std::system_error(errno, std::generic_category(), path.string());
+  }
+}
+
+bool IsServiceRunning(const std::filesystem::path& stateFolder) {
+  const FileDescriptor file{open(LockFile(stateFolder).c_str(), O_RDONLY | O_CLOEXEC)};
+  auto lock = WholeFile(F_WRLCK);
+  return file && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+}  // namespace recorder
+
+bool IsCmsHost() { return recorder::GetConfig().cmsHost; }
+
+bool IsVTRunning() { return recorder::IsServiceRunning(recorder::GetConfig().stateFolder); }

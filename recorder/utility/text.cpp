@@ -1,0 +1,84 @@
+#include "recorder/utility/text.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+namespace recorder {
+namespace {
+
+unsigned char ByteAt(std::string_view text, std::size_t i) {
+  return static_cast<unsigned char>(i < text.size() ? text[i] : '\0');
+}
+
+/// Length in bytes of the control character at `i`, or 0 when there is none.
+std::size_t ControlLength(std::string_view text, std::size_t i) {
+  const unsigned char c = ByteAt(text, i);
+  if (c < 0x20 || c == 0x7f) return 1;
+  const unsigned char next = ByteAt(text, i + 1);
+  return c == 0xc2 && next >= 0x80 && next < 0xa0 ? 2 : 0;
+}
+
+void AppendEscaped(std::string& escaped, unsigned char c) {
+  if (c == '\n') {
+    escaped += "\\n";
+    return;
+  }
+  std::array<char, 5> code{};
+  std::snprintf(code.data(), code.size(), "\\x%02x", static_cast<unsigned>(c));
+  escaped += code.data();
+}
+
+/// Length in bytes of the well-formed character at `i`, or 0.
+std::size_t CharacterLength(std::string_view text, std::size_t i) {
+  const unsigned char lead = ByteAt(text, i);
+  if (lead < 0x80) return 1;
+  const std::size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+  constexpr std::array<std::uint32_t, 5> kSmallest{0, 0, 0x80, 0x800, 0x10000};
+  if (lead < 0xc2 || lead > 0xf4 || i + length > text.size()) return 0;
+  std::uint32_t value = lead & (0xffU >> (length + 1));
+  for (std::size_t k = 1; k < length; ++k) {
+    const unsigned char c = ByteAt(text, i + k);
+    if ((c & 0xc0U) != 0x80) return 0;
+    value = value << 6U | (c & 0x3fU);
+  }
+  const bool isSurrogate = value >= 0xd800 && value < 0xe000;
+  return value < kSmallest[length] || value > 0x10ffff || isSurrogate ? 0 : length;
+}
+
+}  // namespace
+
+bool IsUtf8(std::string_view text) {
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t length = CharacterLength(text, i);
+    if (length == 0) return false;
+    i += length;
+  }
+  return true;
+}
+
+bool HoldsControls(std::string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (ControlLength(text, i) != 0) return true;
+  }
+  return false;
+}
+
+std::string EscapeControls(std::string_view text) {
+  std::string escaped;
+  escaped.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::size_t control = ControlLength(text, i);
+    if (control != 0) {
+      for (std::size_t k = 0; k < control; ++k) AppendEscaped(escaped, ByteAt(text, i + k));
+      i += control - 1;
+    } else if (text[i] == '\\') {
+      escaped += "\\\\";
+    } else {
+      escaped += text[i];
+    }
+  }
+  return escaped;
+}
+
+}  // namespace recorder

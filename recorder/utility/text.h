@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace recorder {
+
+/// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
+bool IsUtf8(std::string_view text);
+
+/// True when `text` holds a control character: U+0000 to U+001F, U+007F to U+009F in UTF-8.
+bool HoldsControls(std::string_view text);
+
+/// `text` with control characters and backslashes written as \n, \x1b, \\ and the like, so that it is one line and
+/// cannot steer a terminal.
+std::string EscapeControls(std::string_view text);
+
+}  // namespace recorder

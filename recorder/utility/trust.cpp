@@ -1,0 +1,82 @@
+#include "recorder/utility/trust.h"
+
+#include <charconv>
+#include <ctime>
+#include <exception>
+
+#include "platform/utility.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/log.h"
+
+namespace recorder {
+namespace {
+
+static_assert(crypto_auth_KEYBYTES == SecretKey::kSize);
+constexpr std::size_t kCodeSize = crypto_auth_BYTES;
+
+std::array<unsigned char, kCodeSize> CodeOf(const std::string& timestamp, const SecretKey& key) {
+  std::array<unsigned char, kCodeSize> code{};
+  crypto_auth(code.data(), reinterpret_cast<const unsigned char*>(timestamp.data()), timestamp.size(), key.Data());
+  return code;
+}
+
+std::string Hex(const std::array<unsigned char, kCodeSize>& code) {
+  std::string hex(2 * kCodeSize + 1, '\0');
+  sodium_bin2hex(hex.data(), hex.size(), code.data(), code.size());
+  hex.pop_back();  // the terminator
+  return hex;
+}
+
+/// True when the text is a decimal number of seconds near `seconds`.
+bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
+  std::int64_t made = 0;
+  const char* end = timestamp.data() + timestamp.size();
+  const auto [stop, error] = std::from_chars(timestamp.data(), end, made);
+  if (error != std::errc() || stop != end) return false;
+  return made >= seconds - kPairLifetime.count() && made <= seconds + kPairSkew.count();
+}
+
+std::vector<TrustedKey> LoadKeys(TrustKind kind) {
+  try {
+    return Records(GetConfig().stateFolder).ListKeys(kind);
+  } catch (const std::exception& error) {
+    LogFailure(error.what());
+    return {};
+  }
+}
+
+}  // namespace
+
+std::int64_t SecondsNow() { return std::time(nullptr); }
+
+TrustPair MakePair(const SecretKey& key, std::int64_t seconds) {
+  const std::string timestamp = std::to_string(seconds);
+  return {Hex(CodeOf(timestamp, key)), timestamp};
+}
+
+bool IsPairValid(const TrustPair& pair, const std::vector<TrustedKey>& keys, std::int64_t seconds) {
+  if (!IsTimely(pair.timestamp, seconds) || pair.cookie.size() != 2 * kCodeSize) return false;
+  bool isMatch = false;
+  for (const TrustedKey& trusted : keys) {  // all of them, so that time does not tell which one matched
+    const std::string wanted = Hex(CodeOf(pair.timestamp, trusted.key));
+    isMatch |= sodium_memcmp(wanted.data(), pair.cookie.data(), wanted.size()) == 0;
+  }
+  return isMatch;
+}
+
+}  // namespace recorder
+
+bool IsAuthPairMatch(const std::string& cookie, const std::string& timestamp) {
+  return recorder::IsPairValid({cookie, timestamp}, recorder::LoadKeys(recorder::TrustKind::kClient));
+}
+
+struct SlaveKdAuthentication::Impl {
+  std::vector<recorder::TrustedKey> keys = recorder::LoadKeys(recorder::TrustKind::kServerGroup);
+};
+
+SlaveKdAuthentication::SlaveKdAuthentication() : impl(std::make_unique<Impl>()) {}
+SlaveKdAuthentication::~SlaveKdAuthentication() = default;
+
+bool SlaveKdAuthentication::IsAuthByPairMatch(const std::string& cookie, const std::string& timestamp) {
+  return recorder::IsPairValid({cookie, timestamp}, impl->keys);
+}

@@ -1,0 +1,105 @@
+#include "recorder/webapi/api_call.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "recorder/utility/request_scope.h"
+#include "recorder/webapi/output_capture.h"
+
+namespace NORV {
+
+struct APIRequest::Impl {
+  const recorder::ApiCall& call;
+  std::string lastParameter;  ///< names the culprit when a value cannot be converted
+};
+
+struct APIResponse::Impl {
+  Json::Value answer;  ///< null: none yet
+};
+
+APIRequest::APIRequest(Impl* requestImpl) : impl(requestImpl) {}
+APIRequest::~APIRequest() = default;
+
+Json::Value APIRequest::GetParam(const std::string& key, const Json::Value& defaultValue) const {
+  impl->lastParameter = key;
+  return impl->call.params.get(key, defaultValue);
+}
+
+std::string APIRequest::GetAPIMethod() const { return impl->call.method->name; }
+
+std::string APIRequest::GetCookie(const std::string& name, const std::string& defaultValue) const {
+  const auto cookie = impl->call.cookies.find(name);
+  return cookie == impl->call.cookies.end() ? defaultValue : cookie->second;
+}
+
+bool APIRequest::IsAuthorized() const { return impl->call.isAuthorized; }
+
+APIResponse::APIResponse(Impl* responseImpl) : impl(responseImpl) {}
+APIResponse::~APIResponse() = default;
+
+void APIResponse::SetSuccess(const Json::Value& data) {
+  impl->answer = Json::Value(Json::objectValue);
+  impl->answer["success"] = true;
+  impl->answer["data"] = data;
+}
+
+void APIResponse::SetError(int code, const Json::Value& data) {
+  impl->answer = Json::Value(Json::objectValue);
+  impl->answer["success"] = false;
+  Json::Value& error = impl->answer["error"];
+  error = data.isObject() ? data : Json::Value(Json::objectValue);
+  error["code"] = code;
+}
+
+}  // namespace NORV
+
+namespace recorder {
+
+namespace {
+
+/// Methods by what the recorder must know of them; all others contact cameras for as long as a test may take.
+constexpr std::string_view kListMethods[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
+constexpr std::string_view kPictureMethod = "GetSnapshot";
+
+std::chrono::milliseconds LimitOf(std::string_view method) {
+  const CameraLimits& limits = GetCameraLimits();
+  return method == kPictureMethod ? limits.picture : limits.test;
+}
+
+}  // namespace
+
+bool IsListMethod(std::string_view method) {
+  return std::find(std::begin(kListMethods), std::end(kListMethods), method) != std::end(kListMethods);
+}
+
+ApiAnswer RunCall(const ApiCall& call) {
+  NORV::APIRequest::Impl requestState{call, {}};
+  NORV::APIResponse::Impl responseState;
+  NORV::APIRequest request(&requestState);
+  NORV::APIResponse response(&responseState);
+
+  const RequestScope scope(LimitOf(call.method->name));
+  OutputCapture output;
+  try {
+    call.method->handler(&request, &response);
+  } catch (const Json::Exception& error) {
+    return {.kind = ApiAnswer::Kind::kBadParameter,
+            .json = {},
+            .raw = {},
+            .parameter = requestState.lastParameter,
+            .reason = error.what()};
+  } catch (const std::exception& error) {
+    return {.kind = ApiAnswer::Kind::kException, .json = {}, .raw = {}, .parameter = {}, .reason = error.what()};
+  }
+  ApiAnswer answer;
+  answer.raw = output.Take();
+  answer.json = std::move(responseState.answer);
+  if (!answer.raw.empty()) {
+    answer.kind = ApiAnswer::Kind::kRaw;
+  } else if (!answer.json.isNull()) {
+    answer.kind = ApiAnswer::Kind::kJson;
+  }
+  return answer;
+}
+
+}  // namespace recorder

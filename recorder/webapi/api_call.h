@@ -1,0 +1,46 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/webapi.h"
+#include "recorder/webapi/module_library.h"
+
+namespace recorder {
+
+/// A request as the module gets it.
+struct ApiCall {
+  const ModuleMethod* method = nullptr;
+  Json::Value params{Json::objectValue};
+  std::map<std::string, std::string> cookies;
+  bool isAuthorized = false;
+};
+
+/// What became of a call.
+struct ApiAnswer {
+  enum class Kind {
+    kJson,          ///< `json` is the answer: success or error
+    kRaw,           ///< `raw` is a CGI answer that the module wrote to standard output, header lines first
+    kBadParameter,  ///< the parameter `parameter` could not be converted; `reason` says why
+    kException,     ///< another exception came out of the module; `reason` is its text
+    kNone,          ///< the module answered nothing
+  };
+  Kind kind = Kind::kNone;
+  Json::Value json;
+  std::string raw;
+  std::string parameter;
+  std::string reason;
+};
+
+/// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard
+/// output is a memory file, so no other thread may write there. Throws std::runtime_error when the memory file cannot
+/// be had.
+ApiAnswer RunCall(const ApiCall& call);
+
+/// True for the methods that touch no camera.
+bool IsListMethod(std::string_view method);
+
+}  // namespace recorder

@@ -1,0 +1,163 @@
+#include "recorder/webapi/ctl/camera_command.h"
+
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+#include "recorder/utility/files.h"
+#include "recorder/utility/records.h"
+#include "recorder/utility/text.h"
+#include "recorder/webapi/ctl/camera_csv.h"
+#include "recorder/webapi/ctl/password_input.h"
+#include "recorder/webapi/host.h"
+
+namespace recorder {
+
+namespace {
+
+struct CameraOptions {
+  CameraRecord camera;
+  bool hasNoPassword = false;
+  std::string status;
+  std::string csvFile;
+};
+
+Records OpenRecords(const std::string& configOption) {
+  return Records(LoadConfig(FindConfigFile(configOption)).stateFolder);
+}
+
+std::string CameraPassword(const CameraOptions& options) {
+  if (options.hasNoPassword) return "";
+  std::string password = ReadPassword("Password of the camera");
+  if (password.empty()) throw std::runtime_error("no password on standard input; --no-password stores none");
+  return password;
+}
+
+void Expect(bool isThere, int id) {
+  if (!isThere) throw std::runtime_error("there is no camera " + std::to_string(id));
+}
+
+const char* StatusName(CAM_CONN_STATUS status) { return status == CAM_CONN_STATUS_DISABLED ? "disabled" : "enabled"; }
+
+void Add(CameraOptions& options, Records records) {
+  if (options.camera.name.empty()) options.camera.name = options.camera.host;
+  std::string password = CameraPassword(options);
+  const WipeAtEnd wipe(password);
+  const int id = records.Add(options.camera, password);
+  std::cout << "added camera " << id << "\n";
+}
+
+void List(const Records& records) {
+  std::cout << "id\tstatus\tname\tvendor\tmodel\tchannel\thost\tport\n";
+  for (const CameraRecord& camera : records.List()) {
+    std::cout << camera.id << '\t' << StatusName(camera.status) << '\t' << camera.name << '\t' << camera.vendor << '\t'
+              << camera.model << '\t' << camera.channel << '\t' << camera.host << '\t' << camera.port << '\n';
+  }
+}
+
+void Show(int id, const Records& records) {
+  const auto camera = records.Find(id);
+  Expect(camera.has_value(), id);
+  std::cout << "id: " << camera->id << "\nname: " << camera->name << "\nvendor: " << camera->vendor
+            << "\nmodel: " << camera->model << "\nhost: " << camera->host << "\nport: " << camera->port
+            << "\nuser: " << camera->user << "\nchannel: " << camera->channel << "\nsourcePath: " << camera->sourcePath
+            << "\nstatus: " << StatusName(camera->status) << "\nownerKdId: " << camera->ownerKdId << "\n";
+}
+
+void SetPassword(const CameraOptions& options, Records records) {
+  Expect(records.Find(options.camera.id).has_value(), options.camera.id);  // before the user types
+  std::string password = CameraPassword(options);
+  const WipeAtEnd wipe(password);
+  Expect(records.SetPassword(options.camera.id, password), options.camera.id);
+}
+
+void SetStatus(const CameraOptions& options, Records records) {
+  const CAM_CONN_STATUS status = options.status == "disabled" ? CAM_CONN_STATUS_DISABLED : CAM_CONN_STATUS_NORMAL;
+  Expect(records.SetStatus(options.camera.id, status), options.camera.id);
+}
+
+void Report(const std::string& file, const ListMistake& mistake) {
+  std::cerr << "recorderctl: " << file << ", line " << mistake.line;
+  if (!mistake.column.empty()) std::cerr << ", column " << EscapeControls(mistake.column);
+  std::cerr << ": " << mistake.text << "\n";
+}
+
+void Import(const std::string& file, Records records) {
+  std::string text = ReadFile(file);
+  const WipeAtEnd wipe(text);
+  CameraList list = ReadCameraCsv(text);
+  int imported = 0;
+  for (ListedCamera& listed : list.cameras) {
+    const WipeAtEnd wipePassword(listed.password);
+    try {
+      records.Add(listed.camera, listed.password);
+      ++imported;
+    } catch (const RecordsError& error) {
+      list.mistakes.push_back({listed.line, "", error.what()});
+    }
+  }
+  for (const ListMistake& mistake : list.mistakes) Report(file, mistake);
+  std::cout << "imported " << imported << " cameras\n";
+  if (!list.mistakes.empty()) throw CLI::RuntimeError(1);
+}
+
+void AddRecordOptions(CLI::App& add, CameraOptions& options) {
+  CameraRecord& camera = options.camera;
+  add.add_option("--vendor", camera.vendor, "vendor, as the model list names it")->required();
+  add.add_option("--model", camera.model, "model, as the model list names it")->required();
+  add.add_option("--host", camera.host, "host name or address")->required();
+  add.add_option("--port", camera.port, "port")->required()->check(CLI::Range(1, 65535));
+  add.add_option("--name", camera.name, "name for users (default: the host)");
+  add.add_option("--user", camera.user, "user name at the camera");
+  add.add_option("--channel", camera.channel, "channel (default: any)");
+  add.add_option("--source-path", camera.sourcePath, "path of the stream, for a model that asks for it");
+}
+
+void AddNoPasswordFlag(CLI::App& command, CameraOptions& options) {
+  command.add_flag("--no-password", options.hasNoPassword, "store no password");
+}
+
+}  // namespace
+
+void AddCameraCommands(CLI::App& app, const std::string& configOption) {
+  CLI::App* command = app.add_subcommand("camera", "Manage the stored cameras");
+  command->require_subcommand(1);
+  const auto options = std::make_shared<CameraOptions>();
+  const auto addNumbered = [&](const char* name, const char* description) {
+    CLI::App* numbered = command->add_subcommand(name, description);
+    numbered->add_option("id", options->camera.id, "the camera's id")->required();
+    return numbered;
+  };
+
+  CLI::App* add =
+      command->add_subcommand("add", "Store a camera; its password is read from standard input or a prompt");
+  AddRecordOptions(*add, *options);
+  AddNoPasswordFlag(*add, *options);
+  add->callback([options, &configOption] { Add(*options, OpenRecords(configOption)); });
+
+  command->add_subcommand("list", "List the stored cameras, one a line, with tabs between columns")
+      ->callback([&configOption] { List(OpenRecords(configOption)); });
+  addNumbered("show", "Show one camera, without its password")->callback([options, &configOption] {
+    Show(options->camera.id, OpenRecords(configOption));
+  });
+  addNumbered("remove", "Remove a camera")->callback([options, &configOption] {
+    Expect(OpenRecords(configOption).Remove(options->camera.id), options->camera.id);
+  });
+
+  CLI::App* password = addNumbered("password", "Change a camera's password, read from standard input or a prompt");
+  AddNoPasswordFlag(*password, *options);
+  password->callback([options, &configOption] { SetPassword(*options, OpenRecords(configOption)); });
+
+  CLI::App* status = addNumbered("status", "Enable or disable a camera; a disabled one is not contacted");
+  status->add_option("status", options->status, "enabled or disabled")
+      ->required()
+      ->check(CLI::IsMember({"enabled", "disabled"}));
+  status->callback([options, &configOption] { SetStatus(*options, OpenRecords(configOption)); });
+
+  CLI::App* import = command->add_subcommand("import", "Store the cameras of a CSV file");
+  import->add_option("file", options->csvFile, "CSV file, whose first line names the columns")->required();
+  import->callback([options, &configOption] { Import(options->csvFile, OpenRecords(configOption));
+});
+}  // namespace recorder
+
+}  // namespace recorder

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace recorder {
+
+/// `check-models [FOLDER]`: names every mistake in the model files, by default those of the configuration. Exit status
+/// 1 when there is any. `configOption` is read when the command runs.
+void AddModelsCommand(CLI::App& app, const std::string& configOption);
+
+}  // namespace recorder

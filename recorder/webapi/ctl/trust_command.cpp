@@ -1,0 +1,93 @@
+#include "recorder/webapi/ctl/trust_command.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "recorder/utility/records.h"
+#include "recorder/utility/trust.h"
+#include "recorder/webapi/ctl/password_input.h"
+#include "recorder/webapi/host.h"
+
+namespace recorder {
+
+namespace {
+
+struct TrustOptions {
+  std::string name;
+  bool isGroup = false;
+  bool hasKey = false;
+
+  TrustKind Kind() const { return isGroup ? TrustKind::kServerGroup : TrustKind::kClient; }
+};
+
+Records OpenRecords(const std::string& configOption) {
+  return Records(LoadConfig(FindConfigFile(configOption)).stateFolder);
+}
+
+SecretKey ReadKey() {
+  std::string text = ReadPassword("Key");
+  const WipeAtEnd wipe(text);
+  const std::optional<SecretKey> key = SecretKey::FromHex(text);
+  if (!key) throw std::runtime_error("a key is 64 hexadecimal digits on standard input");
+  return *key;
+}
+
+void Add(const TrustOptions& options, Records records) {
+  const SecretKey key = options.hasKey ? ReadKey() : SecretKey::Random();
+  if (!records.AddKey(options.Kind(), options.name, key)) {
+    throw std::runtime_error("there is a key of " + options.name + " already; remove it first");
+  }
+  if (!options.hasKey) std::cout << key.Hex() << "\n";
+}
+
+void Remove(const TrustOptions& options, Records records) {
+  if (!records.RemoveKey(options.Kind(), options.name)) throw std::runtime_error("there is no key of " + options.name);
+}
+
+void List(const Records& records) {
+  for (const TrustedKey& trusted : records.ListKeys(TrustKind::kClient))
+    std::cout << "client\t" << trusted.name << "\n";
+  for (const TrustedKey& trusted : records.ListKeys(TrustKind::kServerGroup))
+    std::cout << "group\t" << trusted.name << "\n";
+}
+
+void PrintPair(const TrustOptions& options, const Records& records) {
+  const std::vector<TrustedKey> keys = records.ListKeys(options.Kind());
+  const auto trusted =
+      std::find_if(keys.begin(), keys.end(), [&](const TrustedKey& key) { return key.name == options.name; });
+  if (trusted == keys.end()) throw std::runtime_error("there is no key of " + options.name);
+  const TrustPair pair = MakePair(trusted->key);
+  std::cout << "cookie " << pair.cookie << "\ntimestamp " << pair.timestamp << "\n";
+}
+
+}  // namespace
+
+void AddTrustCommands(CLI::App& app, const std::string& configOption) {
+  CLI::App* command = app.add_subcommand("trust", "Manage the keys of trusted clients and of the server group");
+  command->require_subcommand(1);
+  const auto options = std::make_shared<TrustOptions>();
+  const auto addNamed = [&](const char* name, const char* description) {
+    CLI::App* named = command->add_subcommand(name, description);
+    named->add_option("name", options->name, "whom the key is for")->required();
+    named->add_flag("--group", options->isGroup, "a server of this recorder's own group, not a client");
+    return named;
+  };
+
+  CLI::App* add = addNamed("add", "Make a key and print it this once");
+  add->add_flag("--key", options->hasKey, "read the key from standard input or a prompt instead of making one");
+  add->callback([options, &configOption] { Add(*options, OpenRecords(configOption)); });
+  addNamed("remove", "Remove a key")->callback([options, &configOption] {
+    Remove(*options, OpenRecords(configOption));
+  });
+  command->add_subcommand("list", "List whose keys there are")->callback([&configOption] {
+    List(OpenRecords(configOption));
+  });
+  addNamed("pair", "Print a cookie and timestamp that are valid for five minutes")->callback([options, &configOption] {
+    PrintPair(*options, OpenRecords(configOption));
+  });
+}
+
+}  // namespace recorder

@@ -1,0 +1,59 @@
+#include "recorder/webapi/ctl/user_command.h"
+
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+#include "recorder/utility/secrets.h"
+#include "recorder/webapi/ctl/password_input.h"
+#include "recorder/webapi/ctl/users.h"
+#include "recorder/webapi/host.h"
+
+namespace recorder {
+
+namespace {
+
+struct UserOptions {
+  std::string name;
+  bool isRandom = false;
+};
+
+std::filesystem::path StateFolder(const std::string& configOption) {
+  return LoadConfig(FindConfigFile(configOption)).stateFolder;
+}
+
+void Add(const UserOptions& options, const std::filesystem::path& stateFolder) {
+  std::string password = options.isRandom ? RandomPassword() : ReadPassword("Password of " + options.name);
+  const WipeAtEnd wipe(password);
+  if (password.empty()) throw std::runtime_error("no password on standard input; --random makes one");
+  StoreUser(stateFolder, options.name, password);
+  if (options.isRandom) std::cout << password << "\n";
+}
+
+void Remove(const std::string& name, const std::filesystem::path& stateFolder) {
+  if (!RemoveUser(stateFolder, name)) throw std::runtime_error("there is no user " + name);
+}
+
+}  // namespace
+
+void AddUserCommands(CLI::App& app, const std::string& configOption) {
+  CLI::App* command = app.add_subcommand("user", "Manage the users who may log in");
+  command->require_subcommand(1);
+  const auto options = std::make_shared<UserOptions>();
+
+  CLI::App* add =
+      command->add_subcommand("add", "Add a user, or give one a new password, read from standard input or a prompt");
+  add->add_option("name", options->name, "user name")->required();
+  add->add_flag("--random", options->isRandom, "make a random password and print it");
+  add->callback([options, &configOption] { Add(*options, StateFolder(configOption)); });
+
+  CLI::App* remove = command->add_subcommand("remove", "Remove a user");
+  remove->add_option("name", options->name, "user name")->required();
+  remove->callback([options, &configOption] { Remove(options->name, StateFolder(configOption)); });
+
+  command->add_subcommand("list", "List the users, one a line")->callback([&configOption] {
+    for (const std::string& name : ListUsers(StateFolder(configOption))) std::cout << name << "\n";
+  });
+}
+
+}  // namespace recorder

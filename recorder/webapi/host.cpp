@@ -1,0 +1,33 @@
+#include "recorder/webapi/host.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "recorder/device/model_files.h"
+
+namespace recorder {
+
+std::filesystem::path FindConfigFile(const std::string& option) {
+  if (!option.empty()) return std::filesystem::absolute(option);
+  const char* fromEnvironment = std::getenv("RECORDER_CONFIG");
+  if (fromEnvironment == nullptr || *fromEnvironment == '\0') {
+    throw std::runtime_error("no configuration: give --config FILE or set RECORDER_CONFIG");
+  }
+  return std::filesystem::absolute(fromEnvironment);
+}
+
+Config StartPlatform(const std::filesystem::path& configFile) {
+  Config config = LoadConfig(configFile);
+  StartUtility(config);
+  SetModelsFolder(config.modelsFolder);
+  return config;
+}
+
+Host StartHost(const std::filesystem::path& configFile) {
+  Config config = StartPlatform(configFile);
+  std::filesystem::current_path(config.workFolder);
+  ModuleLibrary module(config.module);
+  return {std::move(config), std::move(module)};
+}
+
+}  // namespace recorder

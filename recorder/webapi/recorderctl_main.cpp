@@ -1,0 +1,44 @@
+// recorderctl: the recorder's command line. It hosts the module in its own process, without a server.
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "recorder/webapi/ctl/call_command.h"
+#include "recorder/webapi/ctl/camera_command.h"
+#include "recorder/webapi/ctl/models_command.h"
+#include "recorder/webapi/ctl/serve_command.h"
+#include "recorder/webapi/ctl/trust_command.h"
+#include "recorder/webapi/ctl/user_command.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Runs the recorder and manages its cameras, users and trusted clients.", "recorderctl");
+  app.require_subcommand(1);
+  std::string configOption;
+  app.add_option("--config", configOption, "configuration file (default: $RECORDER_CONFIG)");
+  recorder::AddCallCommand(app, configOption);
+  recorder::AddServeCommand(app, configOption);
+  recorder::AddModelsCommand(app, configOption);
+  recorder::AddCameraCommands(app, configOption);
+  recorder::AddUserCommands(app, configOption);
+  recorder::AddTrustCommands(app, configOption);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::RuntimeError& error) {
+    return error.get_exit_code();
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kWrongUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "recorderctl: " << error.what() << "\n";
+    return kFailed;
+  }
+  return 0;
+}

@@ -1,0 +1,166 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/recorder/end_to_end/support.h"
+
+namespace end_to_end {
+
+namespace {
+
+constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
+constexpr char kForm[] = "application/x-www-form-urlencoded";
+constexpr char kJson[] = "application/json";
+
+struct RequestCase {
+  const char* name;
+  const char* verb;
+  const char* path;  ///< behind the API's prefix, or whole when it starts with a slash
+  httplib::Headers headers;
+  std::string body;
+  const char* contentType;
+  int status;
+  const char* bodyHolds;
+};
+
+void PrintTo(const RequestCase& row, std::ostream* out) { *out << row.verb << ' ' << row.path; }
+
+const RequestCase kRequestCases[] = {
+    {"UnknownApi", "GET", "/api/Nobody.Knows/1/CamCap", {}, "", "", 404, "unknown API"},
+    {"UnknownVersion", "GET", "/api/NORV.Vistrel.CameraCap/2/CamCap", {}, "", "", 404, "unknown version"},
+    {"UnknownMethod", "GET", "Camcap", {}, "", "", 404, "unknown method"},
+    {"ShortAddress", "GET", "/api/CamCap", {}, "", "", 404, "the address must be"},
+    {"GetOfACameraMethod", "GET", "CameraTest?camIP=127.0.0.1", {}, "", "", 405, "only POST"},
+    {"Put", "PUT", "CamCap", {}, "{}", kJson, 405, "only GET and POST"},
+    {"ListByGet", "GET", "CamCap?vendor=User", {}, "", "", 200, "User Define"},
+    {"ListByForm", "POST", "CamCap", {}, "vendor=User&model=a%20b+c", kForm, 200, "User Define"},
+    {"ListByJson", "POST", "CamCap", {}, R"({"vendor": "User"})", kJson, 200, "User Define"},
+    {"MalformedJson", "POST", "CamCap", {}, R"({"vendor": )", kJson, 400, "must be a JSON object"},
+    {"JsonTooDeep", "POST", "CamCap", {}, std::string(5000, '['), kJson, 400, "must be a JSON object"},
+    {"JsonIsNoObject", "POST", "CamCap", {}, "[]", kJson, 400, "must be a JSON object"},
+    {"KeyTwice", "POST", "CamCap", {}, "vendor=User&vendor=x", kForm, 400, "vendor"},
+    {"BrokenPercent", "POST", "CamCap", {}, "vendor=%4", kForm, 400, "percent"},
+    {"WrongType", "POST", "CamCap", {}, "vendor", "text/plain", 415, "application/json"},
+    {"BodyTooLarge", "POST", "CamCap", {}, std::string(1100 * 1024, ' '), kJson, 413, "1 MiB"},
+    {"ValueOfWrongType", "POST", "CamCap", {}, R"({"model": {}})", kJson, 400, R"("parameter":"model")"},
+    {"PortMissing", "POST", "CamCapRemote", {}, R"({"camCapCmd": 1})", kJson, 400, R"("parameter":"camPort")"},
+    {"PortTooLarge", "POST", "CameraTest", {}, "camPort=99999999999", kForm, 400, R"("parameter":"camPort")"},
+    {"PortWithZero", "POST", "CameraTest", {}, "camPort=080", kForm, 400, R"("parameter":"camPort")"},
+    {"ModelUnknown", "GET", "CamCap?vendor=Nobody&model=x", {}, "", "", 200, R"("code":400)"},
+    {"ForeignOrigin", "GET", "CamCap", {{"Origin", "http://elsewhere.example"}}, "", "", 403, "Origin"},
+    {"ForeignFetch", "GET", "CamCap", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
+    {"ForeignHost", "GET", "CamCap", {{"Host", "elsewhere.example"}}, "", "", 403, "Host"},
+};
+
+class Requests : public testing::TestWithParam<RequestCase> {};
+
+TEST_P(Requests, GetTheirStatusAndSayWhy) {
+  const RequestCase& row = GetParam();
+  static const TestRecorder recorder;
+  httplib::Headers headers = recorder.Login();
+  headers.insert(row.headers.begin(), row.headers.end());
+  const std::string path = row.path[0] == '/' ? row.path : std::string(kApi) + row.path;
+  const Answer answer = recorder.Send(row.verb, path, headers, row.body, row.contentType);
+  EXPECT_EQ(answer.status, row.status) << answer.body;
+  EXPECT_EQ(answer.contentType, "application/json");
+  EXPECT_THAT(answer.body, testing::HasSubstr(row.bodyHolds));
+}
+
+INSTANTIATE_TEST_SUITE_P(Request, Requests, testing::ValuesIn(kRequestCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+}  // namespace
+
+TEST(Logins, AreAskedFor) {
+  const TestRecorder recorder;
+  const std::string address = std::string(kApi) + "CamCap?vendor=User";
+  EXPECT_EQ(recorder.Send("GET", address, {}).status, 401);
+  EXPECT_EQ(recorder.Send("GET", address, {httplib::make_basic_authentication_header("tester", "wrong")}).status, 401);
+  EXPECT_EQ(recorder.Control({"user", "add", "second"}, "another login\n").status, 0);
+  const httplib::Headers second = {httplib::make_basic_authentication_header("second", "another login")};
+  EXPECT_EQ(recorder.Send("GET", address, second).status, 200);
+  EXPECT_EQ(recorder.Control({"user", "remove", "second"}).status, 0);
+  EXPECT_EQ(recorder.Send("GET", address, second).status, 401);
+}
+
+TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
+  const TempFolder models;
+  std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),
+                        std::filesystem::copy_options::recursive);
+  models.Write("broken.json", R"({"vendor": "Broken", "models": [{"name": 5}]})");
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .modelsFolder = models.Path()});
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-H264").Code(), 0);
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=Broken&model=x").Code(), 400);
+  EXPECT_THAT(recorder.Log(), testing::HasSubstr("broken.json"));
+
+  const Finished check = recorder.Control({"check-models"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_THAT(check.output, testing::HasSubstr("broken.json"));
+}
+
+struct CallCase {
+  const char* name;
+  std::vector<std::string> arguments;
+  std::string input;
+  int status;
+  const char* outputHolds;
+};
+
+void PrintTo(const CallCase& row, std::ostream* out) { *out << row.name; }
+
+const CallCase kCallCases[] = {
+    {"Success", {"CamCap", "vendor=User"}, "", 0, "User Define"},
+    {"ErrorAnswer", {"CamCap", "vendor=Nobody"}, "", 1, "400"},
+    {"SecretOnTheCommandLine", {"CameraTest", "camPassWord=x"}, "", 2, "--json"},
+    {"SecretByInput",
+     {"CamBatAddVerify", "--json", "-"},
+     R"({"camList": [{"isAuth": true, "tmpId": "a"}]})",
+     0,
+     "tmpId"},
+    {"NoPair", {"CamCap", "vendor"}, "", 2, "key=value"},
+    {"UnknownMethod", {"Nothing"}, "", 2, "no method"},
+    {"UnconvertedValue", {"CameraTest", "camPort=x"}, "", 2, "camPort"},
+    {"NoMethod", {}, "", 2, "method"},
+};
+
+class CommandLineCalls : public testing::TestWithParam<CallCase> {};
+
+TEST_P(CommandLineCalls, ExitWithTheirStatus) {
+  static const TestRecorder recorder;
+  std::vector<std::string> arguments = {"call"};
+  arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+  const Finished call = recorder.Control(arguments, GetParam().input);
+  EXPECT_EQ(call.status, GetParam().status) << call.output;
+  EXPECT_THAT(call.output, testing::HasSubstr(GetParam().outputHolds));
+}
+
+INSTANTIATE_TEST_SUITE_P(Call, CommandLineCalls, testing::ValuesIn(kCallCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(CommandLineCalls, WriteARawPictureToAFile) {
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .modelsFolder = {}});
+  const TempFolder folder;
+  const std::string file = (folder.Path() / "picture").string();
+  EXPECT_EQ(recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", "-o", file}).status, 0);
+  EXPECT_EQ(ReadText(file), ReadText(std::filesystem::path(SOURCE_FOLDER) / "images/add_camera_default.png"));
+}
+
+TEST(Modules, ThatLackSomethingAreRefusedByName) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"/no/module.so", "module: is no file"},
+      {SOURCE_FOLDER "/README.md", "cannot load the module"},
+      {MODULE_WITHOUT_TABLE, "lacks the symbol GetAPITable"},
+      {MODULE_WITHOUT_END, "lacks the row of zeros"},
+  };
+  for (const auto& [module, mistake] : cases) {
+    const TempFolder folder;
+    Json::Value config;
+    config["stateFolder"] = "state";
+    config["modelsFolder"] = config["workFolder"] = SOURCE_FOLDER "/models";
+    config["module"] = module;
+    const Finished serve = end_to_end::Run("recorderctl", {"serve"}, "", folder.Write("config.json", ToText(config)));
+    EXPECT_EQ(serve.status, 1);
+    EXPECT_THAT(serve.output, testing::HasSubstr(mistake));
+  }
+}
+
+}  // namespace end_to_end

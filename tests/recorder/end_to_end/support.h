@@ -1,0 +1,134 @@
+#pragma once
+
+#include <httplib.h>
+#include <json/json.h>
+#include <sys/types.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The real thing, end to end: web server, workers, module file and simulated cameras, all on 127.0.0.1, asked over
+// HTTP.
+
+namespace end_to_end {
+
+/// A folder that ends with this object.
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  std::filesystem::path Write(const std::string& name, const std::string& content) const;
+  const std::filesystem::path& Path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::string ReadText(const std::filesystem::path& file);
+Json::Value ParseJson(const std::string& text);
+std::string ToText(const Json::Value& json);
+
+/// A child process whose standard error goes to a file; it is told to end with this object.
+class Process {
+ public:
+  Process(std::vector<std::string> command, const std::filesystem::path& errorFile);
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  /// The first line that the child prints; throws when it ends without one.
+  std::string ReadLine();
+
+ private:
+  pid_t id_ = -1;
+  int output_ = -1;
+};
+
+struct Finished {
+  int status = -1;
+  std::string output;  ///< standard output and error
+};
+
+/// Runs a command of this build's to its end, with `input` on its standard input.
+Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = {},
+             const std::filesystem::path& configFile = {});
+
+/// Simulated cameras, by name.
+class SimCameras {
+ public:
+  explicit SimCameras(const Json::Value& cameras);
+
+  int Port(const std::string& name) const { return ports_.at(name); }
+  /// What the camera has seen: connections, login attempts, paths.
+  Json::Value Log(const std::string& name) const;
+  Json::Value Log(int port) const;
+
+ private:
+  TempFolder folder_;
+  std::unique_ptr<Process> process_;
+  std::map<std::string, int> ports_;
+};
+
+struct Answer {
+  int status = 0;
+  Json::Value json;
+  std::string body;
+  std::string contentType;
+
+  /// Code of an error answer; 0 for a success; -1 when there was no such answer.
+  int Code() const;
+};
+
+/// A recorder of its own, with one user. Limits are in milliseconds.
+class TestRecorder {
+ public:
+  struct Options {
+    int testMs = 5000;
+    int pictureMs = 5000;
+    std::filesystem::path modelsFolder;  ///< empty: the models of this repository
+  };
+  TestRecorder();
+  explicit TestRecorder(const Options& options);
+
+  Answer Post(const std::string& method, const Json::Value& params) const;
+  Answer Get(const std::string& method, const std::string& query = {}) const;
+  /// Any request, without the usual login unless `headers` carry one.
+  Answer Send(const std::string& verb, const std::string& path, const httplib::Headers& headers,
+              const std::string& body = {}, const std::string& contentType = "application/json") const;
+  httplib::Headers Login() const;
+
+  /// recorderctl with this recorder's configuration.
+  Finished Control(const std::vector<std::string>& arguments, const std::string& input = {}) const;
+  /// Stores a camera at 127.0.0.1 and returns its id.
+  int AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
+                const std::string& password, const std::string& channel = "1") const;
+
+  std::string Log() const { return ReadText(folder_.Path() / "log"); }
+  std::filesystem::path StateFolder() const { return folder_.Path() / "state"; }
+  int Port() const { return port_; }
+
+ private:
+  TempFolder folder_;
+  std::filesystem::path configFile_;
+  std::unique_ptr<Process> server_;
+  int port_ = 0;
+};
+
+/// Parameters with the names that each camera method has for them.
+Json::Value TestParams(int port, const std::string& user, const std::string& password,
+                       const std::string& cameraModel = "Simcam RTSP-H264");
+Json::Value PictureParams(int port, const std::string& user, const std::string& password,
+                          const std::string& cameraModel = "Simcam RTSP-H264");
+Json::Value SizeParams(int port, const std::string& user, const std::string& password,
+                       const std::string& vendor = "Simcam", const std::string& model = "RTSP-H264");
+
+std::string DecodeBase64(const std::string& text);
+
+}  // namespace end_to_end

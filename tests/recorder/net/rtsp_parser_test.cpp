@@ -1,0 +1,100 @@
+#include "recorder/net/rtsp_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace recorder {
+namespace {
+
+using namespace std::string_literals;
+
+/// What comes out, one mark an item: "<status>" or "<method>" with "+body size", "p"/"c" and size for RTP and RTCP,
+/// "foreign", "malformed". Bytes arrive `piece` at a time.
+std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece) {
+  RtspParser parser;
+  if (expectsPackets) parser.ExpectPackets(4, 5);
+  std::string items;
+  while (true) {
+    switch (parser.Next()) {
+      case RtspParser::Item::kNone: {
+        if (bytes.empty()) return items;
+        const std::string_view taken = bytes.substr(0, piece);
+        std::copy(taken.begin(), taken.end(), parser.Space().begin());
+        parser.Filled(taken.size());
+        bytes.remove_prefix(taken.size());
+        break;
+      }
+      case RtspParser::Item::kMessage: {
+        const RtspMessage& message = parser.Message();
+        items += (message.status != 0 ? std::to_string(message.status) : message.method) + ' ';
+        if (!message.body.empty()) items += '+' + std::to_string(message.body.size()) + ' ';
+        break;
+      }
+      case RtspParser::Item::kPacket:
+        items += (parser.Packet().isControl ? "c" : "p") + std::to_string(parser.Packet().bytes.size()) + ' ';
+        break;
+      case RtspParser::Item::kForeign:
+        return items + "foreign";
+      case RtspParser::Item::kMalformed:
+        return items + "malformed";
+    }
+  }
+}
+
+const std::string kRtp = "$\x04\x00\x0c\x80\x60\x00\x01"s + std::string(8, '\x11');
+const std::string kRtcp = "$\x05\x00\x08\x80\xc8"s + std::string(6, '\0');
+const std::string kAnswer = "RTSP/1.0 200 OK\r\nCSeq: 1\r\n\r\n";
+
+struct ParserCase {
+  const char* name;
+  std::string bytes;
+  bool expectsPackets;
+  const char* items;
+};
+
+const ParserCase kParserCases[] = {
+    {"AnswerWithBody", "RTSP/1.0 200 OK\r\ncontent-length: 4\r\n\r\nv=0\n" + kAnswer, false, "200 +4 200 "},
+    {"LineFeedsAlone", "RTSP/1.0 404 Not Found\nCSeq: 1\n\n", false, "404 "},
+    {"PacketsGluedToAnswer", kRtp + kAnswer + kRtp + kRtcp, true, "p12 200 p12 c8 "},
+    {"RequestInStream", kRtp + "OPTIONS rtsp://h/ RTSP/1.0\r\nCSeq: 9\r\n\r\n" + kRtp, true, "p12 OPTIONS p12 "},
+    {"StrayZeros", kRtp + std::string(7, '\0') + kRtp, true, "p12 p12 "},
+    {"StrayDollars", kRtp + "$$$\x07" + kRtp, true, "p12 p12 "},
+    {"StrayForeignChannel", kRtp + "$\x02\x00\x04\x80\x60\x00\x00"s + kRtp, true, "p12 p12 "},
+    {"StrayWrongVersion", kRtp + "$\x04\x00\x04\x40\x60\x00\x00"s + kRtp, true, "p12 p12 "},
+    {"StrayTextBeforeAnswer", kRtp + "RTXP" + kAnswer + kRtp, true, "p12 200 p12 "},
+    {"AnswerTooLargeInStream", "RTSP/1.0 200 OK\r\nContent-Length: 70000\r\n\r\n" + kRtp, true, "p12 "},
+    {"StrayBytesBeforePlay", "\x01" + kAnswer, false, "foreign"},
+    {"HttpServer", "HTTP/1.1 400 Bad Request\r\n\r\n", false, "foreign"},
+    {"HugeBody", "RTSP/1.0 200 OK\r\nContent-Length: 2147483647\r\n\r\nv=0", false, "malformed"},
+    {"NegativeBody", "RTSP/1.0 200 OK\r\nContent-Length: -1\r\n\r\n", false, "malformed"},
+    {"EndlessHeader", "RTSP/1.0 200 OK\r\nX: " + std::string(20'000, 'x'), false, "malformed"},
+    {"StatusMissing", "RTSP/1.0 OK\r\n\r\n", false, "malformed"},
+};
+
+class ParserTest : public testing::TestWithParam<ParserCase> {};
+
+TEST_P(ParserTest, CutsTheSameHoweverBytesArrive) {
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{5}, std::size_t{60'000}}) {
+    EXPECT_EQ(Parse(GetParam().bytes, GetParam().expectsPackets, piece), GetParam().items) << piece << " at a time";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rtsp, ParserTest, testing::ValuesIn(kParserCases),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(RtspMessageTest, HeadersOfOneNameStayApartAndContinuationsJoin) {
+  RtspParser parser;
+  const std::string bytes = "RTSP/1.0 401 No\r\nWWW-Authenticate: Basic\r\nwww-authenticate: Digest\r\n a=b\r\n\r\n";
+  std::copy(bytes.begin(), bytes.end(), parser.Space().begin());
+  parser.Filled(bytes.size());
+  ASSERT_EQ(parser.Next(), RtspParser::Item::kMessage);
+  const auto values = parser.Message().Headers("WWW-Authenticate");
+  ASSERT_EQ(values.size(), 2U);
+  EXPECT_EQ(values[1], "Digest a=b");
+}
+
+}  // namespace
+}  // namespace recorder
