@@ -1,6 +1,8 @@
 #include "cameracap/cameracap.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string>
 #include <string_view>
 
 #include "cameracap/parameters.h"
@@ -69,9 +71,6 @@ void HandleProcess(NORV::APIRequest* request, NORV::APIResponse* response) {
   CameraCapHandler handler(request, response);
   handler.HandleProcess();
 }
-
-CameraCapHandler::CameraCapHandler(NORV::APIRequest* apiRequest, NORV::APIResponse* apiResponse)
-    : CameraCapHandlerBase(apiRequest, apiResponse) {}
 
 void CameraCapHandler::HandleProcess() {
   if (!IsAdmitted(*request)) {

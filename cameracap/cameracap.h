@@ -26,6 +26,7 @@ extern "C" APIEntry* GetAPITable();
 void HandleProcess(NORV::APIRequest* request, NORV::APIResponse* response);
 
 class CameraCapHandler;
+// Named in the types of the relay hooks alone: this module has no such hook.
 class CmsRelayParams;
 class CmsRelayTarget;
 
@@ -34,11 +35,10 @@ using CameraCapHandlerBase =
                     int (CameraCapHandler::*)(CmsRelayParams&),
                     int (CameraCapHandler::*)(CmsRelayParams&, CmsRelayTarget&, bool)>;
 
-/// Serves one request of the API. Every Handle method reads its parameters, works through the recorder's libraries and
-/// answers once.
+/// Serves one request of the API. Each Handle method is one API method: from its parameters to its one answer.
 class CameraCapHandler : public CameraCapHandlerBase {
  public:
-  CameraCapHandler(NORV::APIRequest* apiRequest, NORV::APIResponse* apiResponse);
+  using CameraCapHandlerBase::CameraCapHandlerBase;
 
   /// Admits the caller or answers error 105, then runs the method that the request names.
   void HandleProcess();
@@ -52,7 +52,7 @@ class CameraCapHandler : public CameraCapHandlerBase {
   // Checking cameras (verification.cpp).
   void HandleCameraTest();
   void HandleCamBatchAddVerify();
-  /// Thread body: checks the camera of the CamBatAddVerifyInfo that `argument` points to; returns null.
+  /// Thread body: checks the camera whose record `argument` points to, leaves the result there and returns null.
   static void* CamBatAddVerifyThread(void* argument);
 
   // Pictures (snapshot.cpp).

@@ -1,4 +1,3 @@
-#include <iterator>
 #include <string>
 #include <utility>
 
@@ -76,7 +75,7 @@ Json::Value ReadCapability(const std::string& vendor, const std::string& model, 
   return capability;
 }
 
-VT_WEBAPI_ERR_CODE ToErrorCode(int fetchResult) {
+VT_WEBAPI_ERR_CODE FetchErrorCode(int fetchResult) {
   constexpr std::pair<int, VT_WEBAPI_ERR_CODE> kErrorCodes[] = {
       {CAMCAP_FILE_SUBSTITUTED, WEBAPI_ERR_CAMCAP_SUBSTITUTED},
       {CAMCAP_FILE_UNREACHABLE, WEBAPI_ERR_CAMCAP_UNREACHABLE},
@@ -90,19 +89,19 @@ VT_WEBAPI_ERR_CODE ToErrorCode(int fetchResult) {
 }
 
 /// A "PSIA" camera lists its own channels; one that it does not have is replaced by its default one, with another load.
-bool LoadDefaultUnlessListed(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath) {
+bool ReplaceUnknownChannel(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath) {
   if (HasChannel(handler.GetChannelList(), profile.channel)) return true;
   return handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, profile.vendor, profile.model, handler.GetDefaultChannel(),
                                 capFilePath) == 0;
 }
 
 bool LoadRemoteCapability(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath,
-                          bool justObtained) {
+                          bool checkChannel) {
   if (handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, profile.vendor, profile.model, profile.channel, capFilePath) !=
       0) {
     return false;
   }
-  return !justObtained || profile.vendor != kVendorPsia || LoadDefaultUnlessListed(handler, profile, capFilePath);
+  return !checkChannel || profile.vendor != kVendorPsia || ReplaceUnknownChannel(handler, profile, capFilePath);
 }
 
 }  // namespace
@@ -166,8 +165,9 @@ void CameraCapHandler::HandleCamCapRemote() {
   if (command == REMOTE_CAMCAP_KEPT) {
     capFilePath = GetRealCapFilePath(profile.vendor, profile.ip, profile.port, "");
   } else {
-    const int result = CamCapUtils::GetCamCapFile(profile, capFilePath, command);
-    if (result != CAMCAP_FILE_OBTAINED) SetErrorCode(ToErrorCode(result), "", "");
+    CamProfile asked = profile;  // what the lookup makes of it does not count afterwards
+    const int result = CamCapUtils::GetCamCapFile(asked, capFilePath, command);
+    if (result != CAMCAP_FILE_OBTAINED) SetErrorCode(FetchErrorCode(result), "", "");
     hasFile = result == CAMCAP_FILE_OBTAINED || result == CAMCAP_FILE_SUBSTITUTED;
   }
 

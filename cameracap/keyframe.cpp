@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "cameracap/parameters.h"
 #include "platform/utility.h"
@@ -128,8 +129,7 @@ int GetImgByRTP(const std::string& host, int port, const std::string& user, cons
 }
 
 MediaUnit* DoPacketizeGetIframe(MediaUnit* unit, Packetizer& packetizer, MP4Stream* stream) {
-  MediaUnit* input = unit;
-  MediaUnit** slot = unit != nullptr ? &input : nullptr;
+  MediaUnit** slot = unit != nullptr ? &unit : nullptr;
   std::unique_ptr<MediaUnit> held;
   while (std::unique_ptr<MediaUnit> out{packetizer.Packetize(stream, slot)}) {
     const bool isKeyFrame = (out->GetFrameType() & FRAME_FLAG_KEY) != 0;

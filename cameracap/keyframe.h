@@ -24,12 +24,12 @@ class PtsSmoother {
   std::int32_t meanBackwardStep = 0;  ///< negative or 0
 };
 
-/// Opens a camera's RTP stream and decodes its first key frame to JPEG. Both output slots must be non-null; they start
-/// as null and 0. On success returns 0 and `*jpeg` is malloc memory that the caller frees; on failure -1 or the
+/// Opens a camera's RTP stream and decodes its first key frame to JPEG. Neither output slot may be null; they are
+/// cleared first. On success returns 0 and `*jpeg` is malloc memory that the caller frees; on failure -1 or the
 /// decoder's code, and the slots hold what the decoder left. One connection, which lives as long as the call.
 int GetImgByRTP(const std::string& host, int port, const std::string& user, const std::string& password,
                 const std::string& path, unsigned char** jpeg, int* jpegSize, int videoType, int camId);
 
-/// Feeds `unit` (may be null; the packetizer takes it over) and returns the first key frame that comes out, which the
-/// caller destroys, or null. All other output units are destroyed.
+/// Hands `unit` (may be null) over to the packetizer and drains it: what comes out first as a key frame is returned,
+/// for the caller to destroy, and all else is destroyed here. Null when no key frame came out.
 MediaUnit* DoPacketizeGetIframe(MediaUnit* unit, Packetizer& packetizer, MP4Stream* stream);

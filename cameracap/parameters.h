@@ -30,16 +30,18 @@ class ParameterReader {
   const NORV::APIRequest& request;
 };
 
+/// What a camera model is known by; both empty when the caller named none.
 struct VendorAndModel {
   std::string vendor;
   std::string model;
 };
 
-/// Splits "vendor model" at its first blank; without a blank both are empty.
+/// Takes "vendor model" apart at its first blank.
 VendorAndModel SplitCameraModel(const std::string& cameraModel);
 
 /// The password to use: the stored one of that camera when `password` is the placeholder, else `password` itself.
 std::string ResolvePassword(const std::string& password, int camId, const std::string& vendor, const std::string& model,
                             const std::string& channel);
 
+/// True when `channels` lists `channel`.
 bool HasChannel(const std::list<std::string>& channels, const std::string& channel);

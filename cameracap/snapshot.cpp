@@ -1,6 +1,9 @@
 #include "cameracap/snapshot.h"
 
+#include <cstddef>
 #include <cstdio>
+#include <list>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -123,6 +126,7 @@ bool GetDefaultSnapshot(Picture& picture) {
     return false;
   }
   picture.size = size;
+  if (picture.IsEmpty()) picture.Reset();
   return true;
 }
 

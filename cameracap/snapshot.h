@@ -12,7 +12,9 @@ struct Picture {
   Picture(const Picture&) = delete;
   Picture& operator=(const Picture&) = delete;
 
+  /// True when there is nothing to send: no block, or none of its bytes.
   bool IsEmpty() const { return bytes == nullptr || size <= 0; }
+  /// Frees the block.
   void Reset() {
     size = 0;
     std::free(bytes);

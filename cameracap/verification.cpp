@@ -3,8 +3,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
-#include <list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -19,7 +17,7 @@ namespace {
 
 // --- What the test of one camera and of a list share ---
 
-VT_WEBAPI_ERR_CODE ToErrorCode(int verifyResult) {
+VT_WEBAPI_ERR_CODE VerifyErrorCode(int verifyResult) {
   constexpr std::pair<int, VT_WEBAPI_ERR_CODE> kErrorCodes[] = {
       {CAMERA_VERIFY_UNREACHABLE, WEBAPI_ERR_CAMERA_UNREACHABLE},
       {CAMERA_VERIFY_TIMED_OUT, WEBAPI_ERR_CAMERA_TIMED_OUT},
@@ -35,7 +33,7 @@ VT_WEBAPI_ERR_CODE ToErrorCode(int verifyResult) {
 }
 
 /// Obtains the capability file of a camera that is being added. The result is a CAMERA_VERIFY_RESULT.
-int FetchCapabilityFile(CamProfile profile, std::string& capFilePath) {
+int FetchCapabilityFile(CamProfile& profile, std::string& capFilePath) {
   switch (CamCapUtils::GetCamCapFile(profile, capFilePath, REMOTE_CAMCAP_AS_NEEDED)) {
     case CAMCAP_FILE_OBTAINED:
     case CAMCAP_FILE_SUBSTITUTED:
@@ -77,13 +75,13 @@ struct CameraTestRequest {
 /// Asks a camera of a generic protocol what it can do, and replaces a channel that a "PSIA" camera does not have. The
 /// result is a CAMERA_VERIFY_RESULT.
 int PrepareGenericCamera(CameraTestRequest& test, const VendorAndModel& camera, CamCapHandler& capability) {
-  const CamProfile profile{.ip = test.address,
-                           .user = test.user,
-                           .pass = test.password,
-                           .channel = test.channel,
-                           .vendor = camera.vendor,
-                           .model = camera.model,
-                           .port = test.port};
+  CamProfile profile{.ip = test.address,
+                     .user = test.user,
+                     .pass = test.password,
+                     .channel = test.channel,
+                     .vendor = camera.vendor,
+                     .model = camera.model,
+                     .port = test.port};
   std::string capFilePath;
   const int result = FetchCapabilityFile(profile, capFilePath);
   if (result != CAMERA_VERIFY_PASSED || camera.vendor != kVendorPsia) return result;
@@ -101,8 +99,7 @@ int PrepareGenericCamera(CameraTestRequest& test, const VendorAndModel& camera, 
 /// Checks a camera whose device API is loaded in the first of three ways that fits: by the path that the user gave, by
 /// the path that the device API names, by the device API's own check.
 int CheckCamera(DeviceAPIHandler& api, CameraTestRequest& test, int videoType, int streamingType) {
-  const bool userGivesPath = api.NeedsSourcePath();
-  if (!userGivesPath) {
+  if (!api.NeedsSourcePath()) {
     if (!api.HasStreamPath()) return RetDevApiToRetCV(api.VerifyConnection());
     if (api.GetStreamPath(test.sourcePath, test.port) != 0) return CAMERA_VERIFY_NOT_PREPARED;
   }
@@ -129,8 +126,7 @@ int TestCamera(CameraTestRequest& test, DeviceAPIHandler& api, CamCapHandler& ca
 
 // --- A list of cameras ---
 
-/// One camera of a list. The request thread creates it and hands it to the worker at thread start; from then until the
-/// join only the worker touches it.
+/// One camera of a list. While its worker runs, the record is the worker's alone.
 struct CamBatAddVerifyInfo {
   pthread_t threadId = {};
   bool skip = false;  ///< passes untested
@@ -147,11 +143,19 @@ struct CamBatAddVerifyInfo {
 
 /// A row of the list on its way from request to answer.
 struct BatchRow {
+  enum class State {
+    kUnreadable,  ///< failed without a worker
+    kReady,       ///< to be checked
+    kRunning,     ///< its worker was started and not joined
+    kDone,        ///< checked
+    kDropped,     ///< no worker could be started or joined: gets no entry
+  };
   std::unique_ptr<CamBatAddVerifyInfo> info;
-  bool hasWorker = false;  ///< false: a row that could not be read, which failed without a worker
+  State state = State::kUnreadable;
 };
 
 constexpr std::size_t kMaxWorkers = 10;
+constexpr int kUnnamedCamera = 0;  // a row names no stored camera
 
 std::string TextOrEmpty(const Json::Value& value) {
   return value.isConvertibleTo(Json::stringValue) ? value.asString() : std::string();
@@ -174,7 +178,7 @@ BatchRow ReadRow(const Json::Value& item) {
     info.result = CAMERA_VERIFY_NOT_PREPARED;
     return row;
   }
-  row.hasWorker = true;
+  row.state = BatchRow::State::kReady;
   info.tmpId = item["tmpId"].asString();
   info.name = item["name"].asString();
   info.port = item["port"].asInt();
@@ -195,22 +199,26 @@ std::vector<BatchRow> ReadRows(const Json::Value& camList) {
   return rows;
 }
 
-/// Starts the worker of a row; false, with a log line, when no thread can be had.
-bool StartWorker(BatchRow& row) {
+void StartWorker(BatchRow& row) {
   if (pthread_create(&row.info->threadId, nullptr, CameraCapHandler::CamBatAddVerifyThread, row.info.get()) == 0) {
-    return true;
+    row.state = BatchRow::State::kRunning;
+    return;
   }
   VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, kLogSource, 855, "HandleCamBatchAddVerify", "Failed to create thread\n");
-  return false;
+  row.info.reset();
+  row.state = BatchRow::State::kDropped;
 }
 
-/// Waits for the worker of a row. When that fails the worker may still be running, so its record is kept for ever.
-bool JoinWorker(BatchRow& row) {
-  if (pthread_join(row.info->threadId, nullptr) == 0) return true;
+/// Waits for a worker. When that fails the worker may still be running, so its record is kept for ever.
+void JoinWorker(BatchRow& row) {
+  if (pthread_join(row.info->threadId, nullptr) == 0) {
+    row.state = BatchRow::State::kDone;
+    return;
+  }
   VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, kLogSource, 872, "HandleCamBatchAddVerify",
            "Failed to join thread %d. (errno=%d)\n", static_cast<int>(row.info->threadId), errno);
-  [[maybe_unused]] CamBatAddVerifyInfo* keptForEver = row.info.release();
-  return false;
+  static_cast<void>(row.info.release());
+  row.state = BatchRow::State::kDropped;
 }
 
 Json::Value ResultEntry(const CamBatAddVerifyInfo& info) {
@@ -218,31 +226,50 @@ Json::Value ResultEntry(const CamBatAddVerifyInfo& info) {
   entry["tmpId"] = info.tmpId;
   entry["name"] = info.name;
   entry["result"] = info.result;
-  if (info.result != CAMERA_VERIFY_PASSED) entry["errinfo"]["code"] = ToErrorCode(info.result);
+  if (info.result != CAMERA_VERIFY_PASSED) entry["errinfo"]["code"] = VerifyErrorCode(info.result);
   return entry;
 }
 
-/// Rows that were taken up and not yet reported, in list order: at most kMaxWorkers of them with a running worker.
-class RunningGroup {
+/// The rows of a list. Workers run in groups of at most kMaxWorkers; an exception waits for those that run.
+class Batch {
  public:
-  void Add(BatchRow row) {
-    workers_ += row.hasWorker ? 1 : 0;
-    rows_.push_back(std::move(row));
-  }
-  bool IsFull() const { return workers_ == kMaxWorkers; }
+  explicit Batch(std::vector<BatchRow> allRows) : rows(std::move(allRows)) {}
+  ~Batch() { JoinGroup(); }
+  Batch(const Batch&) = delete;
+  Batch& operator=(const Batch&) = delete;
 
-  /// Joins all workers in start order and appends the results to `resultList`.
-  void Join(Json::Value& resultList) {
-    for (BatchRow& row : rows_) {
-      if (!row.hasWorker || JoinWorker(row)) resultList.append(ResultEntry(*row.info));
+  /// Checks all rows and appends their entries to `resultList`, in list order.
+  void Run(Json::Value& resultList) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      groupEnd = i + 1;
+      if (rows[i].state == BatchRow::State::kReady) StartWorker(rows[i]);
+      groupSize += rows[i].state == BatchRow::State::kRunning ? 1 : 0;
+      if (groupSize == kMaxWorkers || groupEnd == rows.size()) ReportGroup(resultList);
     }
-    rows_.clear();
-    workers_ = 0;
   }
 
  private:
-  std::list<BatchRow> rows_;
-  std::size_t workers_ = 0;
+  /// Joins the group's workers in start order.
+  void JoinGroup() {
+    for (std::size_t i = groupBegin; i < groupEnd; ++i) {
+      if (rows[i].state == BatchRow::State::kRunning) JoinWorker(rows[i]);
+    }
+  }
+
+  void ReportGroup(Json::Value& resultList) {
+    JoinGroup();
+    for (; groupBegin < groupEnd; ++groupBegin) {
+      BatchRow& row = rows[groupBegin];
+      if (row.state != BatchRow::State::kDropped) resultList.append(ResultEntry(*row.info));
+      row.info.reset();
+    }
+    groupSize = 0;
+  }
+
+  std::vector<BatchRow> rows;
+  std::size_t groupBegin = 0;  // the group is [groupBegin, groupEnd), unreadable rows among them included
+  std::size_t groupEnd = 0;
+  std::size_t groupSize = 0;  // workers of the group
 };
 
 /// The check of one camera of a list: like the test of one camera, with channel and types from the model's capability.
@@ -252,16 +279,16 @@ int VerifyListedCamera(CamBatAddVerifyInfo& info, DeviceAPIHandler& api, CamCapH
     return CAMERA_VERIFY_NOT_PREPARED;
   }
   const std::string channel = capability.GetDefaultChannel();
-  info.password = ResolvePassword(info.password, 0, info.vendor, info.model, channel);
+  info.password = ResolvePassword(info.password, kUnnamedCamera, info.vendor, info.model, channel);
 
   if (info.vendor == kVendorOnvif) {
-    const CamProfile profile{.ip = info.address,
-                             .user = info.user,
-                             .pass = info.password,
-                             .channel = channel,
-                             .vendor = info.vendor,
-                             .model = info.model,
-                             .port = info.port};
+    CamProfile profile{.ip = info.address,
+                       .user = info.user,
+                       .pass = info.password,
+                       .channel = channel,
+                       .vendor = info.vendor,
+                       .model = info.model,
+                       .port = info.port};
     std::string capFilePath;
     const int result = FetchCapabilityFile(profile, capFilePath);
     if (result != CAMERA_VERIFY_PASSED) return result;
@@ -292,7 +319,7 @@ void CameraCapHandler::HandleCameraTest() {
   const int result = TestCamera(test, api, capability);
   Json::Value data;
   data["result"] = result;
-  if (result != CAMERA_VERIFY_PASSED) SetErrorCode(ToErrorCode(result), "", "");
+  if (result != CAMERA_VERIFY_PASSED) SetErrorCode(VerifyErrorCode(result), "", "");
   SetResponse(data);
 }
 
@@ -308,12 +335,7 @@ void CameraCapHandler::HandleCamBatchAddVerify() {
   }
 
   Json::Value resultList(Json::arrayValue);
-  RunningGroup group;
-  for (BatchRow& row : rows) {
-    if (!row.hasWorker || StartWorker(row)) group.Add(std::move(row));
-    if (group.IsFull()) group.Join(resultList);
-  }
-  group.Join(resultList);
+  Batch(std::move(rows)).Run(resultList);
   data["resultList"] = resultList;
   SetResponse(data);
 }

@@ -13,12 +13,13 @@ constexpr int CountArguments() {
   return (0 + ... + (std::is_same_v<Types, NoneT> ? 0 : 1));
 }
 
-/// A typed, checked call to a member function that the recorder registered for a device-support object.
+/// Calls a member function that the recorder registered, provided that object and signature are right.
 ///
-/// The recorder fills the three fields; both pointers stay its own and may be null. A call that cannot be made logs one
-/// line and yields a value-initialised R (false, 0, an empty string or list), which the caller goes on with: for an int
-/// whose callers read 0 as success, the log line is the only trace. Exceptions of the called function pass through.
-/// Thread: the functors of one object are used by one thread at a time.
+/// Owner:   the recorder fills the three fields; what they point to stays its own and may be null.
+/// Failure: one log line, and false, 0, an empty string or an empty list as the result. Beware of 0: most callers take
+/// it
+///          for success. Exceptions of the called function pass through.
+/// Thread:  that of the object.
 template <class R, class A1 = NoneT, class A2 = NoneT, class A3 = NoneT, class A4 = NoneT, class A5 = NoneT,
           class A6 = NoneT, class A7 = NoneT>
 struct Functor {
@@ -28,7 +29,7 @@ struct Functor {
 
   static constexpr int kArity = CountArguments<A1, A2, A3, A4, A5, A6, A7>();
 
-  // One overload an arity. The numbers are the lines that its two messages report.
+  // An overload for each arity, with the line numbers under which its two failures are logged.
   R operator()() const requires(kArity == 0) { return Call<514, 517>(); }
   R operator()(A1 a1) const requires(kArity == 1) { return Call<495, 498>(std::forward<A1>(a1)); }
   R operator()(A1 a1, A2 a2) const requires(kArity == 2) {

@@ -107,16 +107,17 @@ bool GetCamModelEnumInfo(Json::Value& models);
 /// not be read.
 bool EnumExistedCameraCap(Json::Value& capabilities);
 
-/// True when the model is served by a generic protocol, so that the camera itself is asked what it can do.
+/// True for models that only name a protocol, such as "ONVIF": no model file tells what they can do, the camera is
+/// asked.
 bool IsGenericApi(const std::string& vendor, const std::string& model);
 
-/// Path of the capability file kept for the camera at `ip` and `port`, or "" when there is none. `variant` tells files
-/// of one camera apart; "" is the camera's own.
+/// Where the last answer of the camera at `ip` and `port` about itself is stored, or "" when nothing is stored.
+/// `variant` tells files of one camera apart; "" is the camera's own.
 std::string GetRealCapFilePath(std::string vendor, std::string ip, int port, std::string variant);
 
 // --- Capability of a model ------------------------------------------------------------------------------------------
 
-/// Connection record of one camera, handed to the capability-file lookup.
+/// Where one camera is, who we are there, and what it is: all that obtaining its capability file takes.
 struct CamProfile {
   std::string ip;
   std::string user;
@@ -200,7 +201,7 @@ class DeviceAPIHandler : public VTHandlerBase {
                    const std::string& password, const std::string& vendor, const std::string& model,
                    const std::string& channel, const std::string& sourcePath);
 
-  /// True: the camera is reached through a source path that the user gives.
+  /// True for cameras whose stream only the user can name, by its path.
   Functor<bool> NeedsSourcePath;
   /// True: the camera is checked by the stream that GetStreamPath names.
   Functor<bool> HasStreamPath;

@@ -41,9 +41,9 @@ struct ESFormat {
   ESFormat& operator=(const ESFormat& other);
 };
 
+/// What RtpFetch::GetVideoFormat fills in.
 enum ES_FORMAT_DETAIL : int {
-  ES_FORMAT_BRIEF = 0,               ///< type and codec
-  ES_FORMAT_WITH_CONFIGURATION = 1,  ///< the codec configuration too
+  ES_FORMAT_WITH_CONFIGURATION = 1,  ///< type, codec and codec configuration; any other value leaves the last out
 };
 
 /// One RTP connection to a camera, opened by the first NextPartInfo and closed by the destructor. A part is one access
@@ -51,12 +51,11 @@ enum ES_FORMAT_DETAIL : int {
 class RtpFetch {
  public:
   struct Impl;
-  /// `audioPath` is used only `withAudio`; `timeoutSeconds` 0 leaves it to the request's deadline; `localAddress` and
-  /// `userAgent` may be empty.
+  /// `streamingType` is a STREAMING_TYPE, `rtspProtocol` an RTSP_PROTOCOL. `audioPath` is used only `withAudio`;
+  /// `timeoutSeconds` 0 leaves it to the request's deadline; `localAddress` and `userAgent` may be empty.
   RtpFetch(const std::string& host, int port, const std::string& path, const std::string& user,
-           const std::string& password, bool withAudio, const std::string& audioPath, STREAMING_TYPE streamingType,
-           RTSP_PROTOCOL rtspProtocol, int timeoutSeconds, const std::string& localAddress,
-           const std::string& userAgent);
+           const std::string& password, bool withAudio, const std::string& audioPath, int streamingType,
+           int rtspProtocol, int timeoutSeconds, const std::string& localAddress, const std::string& userAgent);
   ~RtpFetch();
   RtpFetch(const RtpFetch&) = delete;
   RtpFetch& operator=(const RtpFetch&) = delete;
@@ -66,8 +65,8 @@ class RtpFetch {
   /// Contacts the camera.
   int NextPartInfo(unsigned int& partNumber, char* header, unsigned int headerSize, int& headerLength);
 
-  /// Format of the video, known from the first part on.
-  int GetVideoFormat(ESFormat& format, ES_FORMAT_DETAIL detail);
+  /// Format of the video, known from the first part on. `detail` is an ES_FORMAT_DETAIL.
+  int GetVideoFormat(ESFormat& format, int detail);
 
   /// Size and capture time of the current part.
   int GetImgContentInfo(int& size, timeval& captureTime);
@@ -131,11 +130,11 @@ enum MP4_STREAM_KIND : int {
   MP4_STREAM_VIDEO = 1,
 };
 
-/// One stream that is being packetized.
+/// One stream that is being packetized. `kind` is an MP4_STREAM_KIND.
 class MP4Stream {
  public:
   struct Impl;
-  MP4Stream(MP4_STREAM_KIND kind, int camId);
+  MP4Stream(int kind, int camId);
   virtual ~MP4Stream();
   /// Creates `packetizer` for `format`; it stays null when that cannot be done.
   virtual int Init();

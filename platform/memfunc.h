@@ -1,7 +1,7 @@
 #pragma once
 
-// The wrapper types behind a typed, checked call into a device-support object. The recorder derives concrete wrappers
-// from MemFuncInterface and registers them; the module only ever calls through interface/handlerutils.h.
+// Wrappers around member functions of device-support objects. The recorder derives concrete ones from MemFuncInterface
+// and registers them; the module only ever calls through interface/handlerutils.h, which checks them.
 
 /// Fills the argument places that a signature does not use.
 struct NoneT {};
@@ -18,7 +18,7 @@ class MemFuncBase {
   virtual ~MemFuncBase() = default;
 };
 
-/// A member function of signature `R (A1, ..., A7)`, unused places being NoneT. One specialisation an arity in use.
+/// A member function that takes A1 to A7 and returns R. NoneT marks a place without an argument.
 template <class R, class A1 = NoneT, class A2 = NoneT, class A3 = NoneT, class A4 = NoneT, class A5 = NoneT,
           class A6 = NoneT, class A7 = NoneT>
 class MemFuncInterface;

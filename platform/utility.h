@@ -23,10 +23,10 @@ enum LOG_TYPE {
 /// Current time in microseconds since 1970-01-01 00:00 UTC.
 std::int64_t GetCurTimestamp();
 
-/// True when this recorder is the central management (CMS) host of a group of recording servers.
+/// True when other recorders are managed through this one (it is the CMS host of its group).
 bool IsCmsHost();
 
-/// True while the recorder service is running.
+/// True while the recorder serves requests.
 bool IsVTRunning();
 
 /// True when `cookie` and `timestamp` form a valid pair of a trusted client.
@@ -64,9 +64,11 @@ int GetCamConnStatus(int camId);
 /// What a client sends instead of a stored password.
 extern const char gszFakePass[];
 
-/// The stored password of camera `camId`, or "" when there is none. Camera id 0 means "a camera not named": the one
-/// stored camera of that vendor, model and channel, if exactly one exists. The password is lent for the request that
-/// the calling thread works on: connections to an address other than the record's own get no login.
+/// The stored password of camera `camId`, if it is of that vendor and model. Camera id 0 means "a camera not named":
+/// the one stored camera of that vendor, model and channel, if exactly one exists. The password is lent for the request
+/// that the calling thread works on: at an address other than the record's own it counts as a refused login, and
+/// nothing is sent. Without such a camera the result is "" and all further camera work of the request is a refused
+/// login.
 std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel);
 
 /// Reads a whole file of at most 32 MiB. `required`: a missing file is an error and logged as such. On success

@@ -14,17 +14,16 @@ class APIRequest {
  public:
   struct Impl;
   explicit APIRequest(Impl* impl);  ///< `impl` stays the framework's own and outlives this object
-  ~APIRequest();
   APIRequest(const APIRequest&) = delete;
   APIRequest& operator=(const APIRequest&) = delete;
 
-  /// The parameter `key`, or `defaultValue` when the request has none. A JSON null that was sent is a parameter.
+  /// What the caller sent as `key`; without one, `defaultValue`. A JSON null that was sent is a parameter.
   Json::Value GetParam(const std::string& key, const Json::Value& defaultValue) const;
   /// Name of the API method that the request is for.
   std::string GetAPIMethod() const;
-  /// The HTTP cookie `name`, or `defaultValue` when the request has none.
+  /// Value of the HTTP cookie `name`; without one, `defaultValue`.
   std::string GetCookie(const std::string& name, const std::string& defaultValue) const;
-  /// True when the framework has authorised the caller as a logged-in user.
+  /// True for a caller with a login of this recorder.
   bool IsAuthorized() const;
 
  private:
@@ -36,7 +35,6 @@ class APIResponse {
  public:
   struct Impl;
   explicit APIResponse(Impl* impl);  ///< `impl` stays the framework's own and outlives this object
-  ~APIResponse();
   APIResponse(const APIResponse&) = delete;
   APIResponse& operator=(const APIResponse&) = delete;
 

@@ -16,7 +16,8 @@ enum VT_WEBAPI_ERR_CODE : std::int32_t {
   WEBAPI_ERR_NO_PERMISSION = 105,
   WEBAPI_ERR_OPERATION_FAILED = 400,
 
-  WEBAPI_ERR_CAMCAP_FAILED = 457,  ///< no capability file or no picture size, for another reason than below
+  WEBAPI_ERR_CAMCAP_FAILED =
+      457,  ///< no capability file or no picture size, another reason than the four that follow, or no picture size
   WEBAPI_ERR_CAMCAP_UNREACHABLE = 458,
   WEBAPI_ERR_CAMCAP_SUBSTITUTED = 459,  ///< only an older or built-in capability file was to be had
   WEBAPI_ERR_CAMCAP_NO_SERVICE = 460,
@@ -57,7 +58,7 @@ class VTWebAPIHandler {
     return false;
   }
 
-  /// Records the error to answer with; a later call replaces an earlier one.
+  /// Makes `code` the answer to be, in the place of any that was set before.
   void SetErrorCode(VT_WEBAPI_ERR_CODE code, std::string param1, std::string param2) {
     errorCode = code;
     errorParams[1] = std::move(param1);

@@ -3,11 +3,10 @@
 #include <json/json.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <optional>
 #include <set>
 #include <sstream>
+#include <system_error>
 #include <utility>
 #include <valijson/adapters/jsoncpp_adapter.hpp>
 #include <valijson/schema.hpp>
@@ -17,11 +16,12 @@
 
 #include "platform/device.h"
 #include "recorder/device/path_template.h"
+#include "recorder/utility/files.h"
+#include "recorder/utility/json_text.h"
+#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
-
-constexpr std::uintmax_t kMaxModelFile = std::uintmax_t{4} << 20;
 
 struct Mistake {
   std::string place;
@@ -31,46 +31,27 @@ using Mistakes = std::vector<Mistake>;
 
 // --- Text to JSON ---------------------------------------------------------------------------------------------------
 
-std::string ReadText(const std::string& path, Mistakes& mistakes) {
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (!error && size > kMaxModelFile) {
-    mistakes.push_back({"", "The file is longer than 4 MiB."});
-    return "";
-  }
-  std::ifstream file(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (error || !file.good()) mistakes.push_back({"", "The file cannot be read."});
-  return text;
-}
-
-/// JsonCpp reports "* Line 3, Column 5\n  What is wrong\n", a pair of lines for each mistake.
-void AppendSyntaxMistakes(const std::string& report, Mistakes& mistakes) {
+/// A pair of lines of the report is a mistake; a report of another kind is one as a whole.
+Mistakes SyntaxMistakes(const std::string& report) {
+  Mistakes mistakes;
   std::istringstream lines(report);
   for (std::string place, text; std::getline(lines, place) && std::getline(lines, text);) {
     mistakes.push_back({place.substr(std::min<std::size_t>(2, place.size())),
                         text.substr(std::min(text.size(), text.find_first_not_of(' ')))});
   }
+  if (mistakes.empty()) mistakes.push_back({"", report});
+  return mistakes;
 }
 
-Json::Value ParseJson(const std::string& text, Mistakes& mistakes) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  builder["stackLimit"] = 50;
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
+/// Nothing, and at least one mistake, when the file at `path` holds no JSON.
+std::optional<Json::Value> ReadJson(const std::string& path, Mistakes& mistakes) try {
   std::string report;
-  try {
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, &report)) AppendSyntaxMistakes(report, mistakes);
-  } catch (const Json::Exception& error) {
-    mistakes.push_back({"", error.what()});
-  }
-  return value;
-}
-
-Json::Value ReadJson(const std::string& path, Mistakes& mistakes) {
-  const std::string text = ReadText(path, mistakes);
-  return mistakes.empty() ? ParseJson(text, mistakes) : Json::Value();
+  std::optional<Json::Value> json = ParseStrictJson(ReadFile(path), report);
+  if (!json) mistakes = SyntaxMistakes(report);
+  return json;
+} catch (const std::system_error& error) {
+  mistakes = {{"", "The file cannot be read: " + error.code().message() + "."}};
+  return std::nullopt;
 }
 
 // --- Schema ---------------------------------------------------------------------------------------------------------
@@ -119,16 +100,12 @@ ModelPath ReadPath(const Json::Value& json) {
   return path;
 }
 
-constexpr std::pair<const char*, RTSP_PROTOCOL> kRtspProtocols[] = {
+constexpr std::pair<std::string_view, RTSP_PROTOCOL> kRtspProtocols[] = {
     {"udp", RTSP_PROTOCOL_UDP},   {"tcp", RTSP_PROTOCOL_TCP},   {"multicast", RTSP_PROTOCOL_MULTICAST},
     {"http", RTSP_PROTOCOL_HTTP}, {"auto", RTSP_PROTOCOL_AUTO},
 };
 
-RTSP_PROTOCOL RtspProtocol(const std::string& name) {
-  return std::find_if(std::begin(kRtspProtocols), std::end(kRtspProtocols),
-                      [&](const auto& row) { return name == row.first; })
-      ->second;
-}
+RTSP_PROTOCOL RtspProtocol(const std::string& name) { return Translate(kRtspProtocols, name, RTSP_PROTOCOL_AUTO); }
 
 void ReadRtsp(const Json::Value& json, Model& model) {
   model.presetRtspProtocol = RtspProtocol(json.get("default", "auto").asString());
@@ -319,14 +296,14 @@ struct ModelReader::Schema {
 
 ModelReader::ModelReader(const std::string& schemaFile) {
   Mistakes mistakes;
-  const Json::Value json = ReadJson(schemaFile, mistakes);
-  if (!mistakes.empty()) {
+  const std::optional<Json::Value> json = ReadJson(schemaFile, mistakes);
+  if (!json) {
     schemaMistake_ = "No usable schema at " + schemaFile + ": " + mistakes.front().text;
     return;
   }
   auto schema = std::make_unique<Schema>();
   try {
-    valijson::SchemaParser().populateSchema(valijson::adapters::JsonCppAdapter(json), schema->schema);
+    valijson::SchemaParser().populateSchema(valijson::adapters::JsonCppAdapter(*json), schema->schema);
     schema_ = std::move(schema);
   } catch (const std::runtime_error& error) {
     schemaMistake_ = "No usable schema at " + schemaFile + ": " + error.what();
@@ -339,12 +316,12 @@ std::unique_ptr<VendorModels> ModelReader::Read(const std::string& path, std::ve
   auto vendor = std::make_unique<VendorModels>();
   Mistakes own;
   if (!schema_) own.push_back({"", schemaMistake_});
-  const Json::Value json = own.empty() ? ReadJson(path, own) : Json::Value();
-  if (own.empty()) own = CheckSchema(schema_->schema, json);
+  const std::optional<Json::Value> json = schema_ ? ReadJson(path, own) : std::nullopt;
+  if (json) own = CheckSchema(schema_->schema, *json);
   if (own.empty()) {
-    vendor->vendor = json["vendor"].asString();
+    vendor->vendor = (*json)["vendor"].asString();
     vendor->file = path;
-    ReadModels(json, *vendor, own);
+    ReadModels(*json, *vendor, own);
   }
   for (Mistake& mistake : own) mistakes.push_back({path, std::move(mistake.place), std::move(mistake.text)});
   return own.empty() ? std::move(vendor) : nullptr;

@@ -1,10 +1,9 @@
-#include <algorithm>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/device.h"
+#include "recorder/utility/translate.h"
 
 namespace {
 
@@ -21,14 +20,10 @@ constexpr Name kStreamingTypes[] = {
     {"RTSP", STREAMING_TYPE_RTSP},
 };
 
-template <std::size_t kRows>
-int NumberOf(const Name (&names)[kRows], const std::string& name, int unknown) {
-  const Name* row = std::find_if(std::begin(names), std::end(names), [&](const Name& n) { return n.first == name; });
-  return row == std::end(names) ? unknown : row->second;
-}
-
 }  // namespace
 
-int GetVideoType(const std::string& name) { return NumberOf(kVideoTypes, name, VIDEO_TYPE_UNKNOWN); }
+int GetVideoType(const std::string& name) { return recorder::Translate(kVideoTypes, name, VIDEO_TYPE_UNKNOWN); }
 
-int GetStreamingType(const std::string& name) { return NumberOf(kStreamingTypes, name, STREAMING_TYPE_UNKNOWN); }
+int GetStreamingType(const std::string& name) {
+  return recorder::Translate(kStreamingTypes, name, STREAMING_TYPE_UNKNOWN);
+}

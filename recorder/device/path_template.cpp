@@ -2,24 +2,10 @@
 
 #include <algorithm>
 
+#include "recorder/net/text.h"
+
 namespace recorder {
 namespace {
-
-std::string Encode(std::string_view value) {
-  constexpr std::string_view kHex = "0123456789ABCDEF";
-  std::string encoded;
-  for (const char c : value) {
-    const bool isUnreserved = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
-                              c == '.' || c == '_' || c == '~';
-    const auto byte = static_cast<unsigned char>(c);
-    if (isUnreserved) {
-      encoded += c;
-    } else {
-      encoded += {'%', kHex[byte >> 4], kHex[byte & 0x0F]};
-    }
-  }
-  return encoded;
-}
 
 /// Calls `text` for each stretch of plain text and `placeholder` for each name between braces. False when a brace has
 /// no partner.
@@ -63,7 +49,7 @@ std::string FillPath(std::string_view path,
       path, [&](std::string_view text) { filled += text; },
       [&](std::string_view name) {
         for (const auto& [key, value] : values) {
-          if (key == name) filled += Encode(value);
+          if (key == name) filled += PercentEncoded(value, kUnreservedSigns);
         }
       });
   return filled;

@@ -1,8 +1,8 @@
 #include "recorder/device/verify_result.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
+
+#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -23,9 +23,7 @@ constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
 }  // namespace
 
 CAMERA_VERIFY_RESULT ToVerifyResult(Outcome outcome) {
-  const auto* row = std::find_if(std::begin(kResults), std::end(kResults),
-                                 [outcome](const auto& entry) { return entry.first == outcome; });
-  return row == std::end(kResults) ? CAMERA_VERIFY_NOT_UNDERSTOOD : row->second;
+  return Translate(kResults, outcome, CAMERA_VERIFY_NOT_UNDERSTOOD);
 }
 
 }  // namespace recorder

@@ -93,12 +93,12 @@ Packetizer::Packetizer() = default;
 Packetizer::~Packetizer() = default;
 
 struct MP4Stream::Impl {
-  MP4_STREAM_KIND kind;
+  int kind;  // an MP4_STREAM_KIND
   int camId;
   std::unique_ptr<Packetizer> packetizer;
 };
 
-MP4Stream::MP4Stream(MP4_STREAM_KIND kind, int camId) : impl(std::make_unique<Impl>(Impl{kind, camId, nullptr})) {}
+MP4Stream::MP4Stream(int kind, int camId) : impl(std::make_unique<Impl>(Impl{kind, camId, nullptr})) {}
 
 MP4Stream::~MP4Stream() = default;
 

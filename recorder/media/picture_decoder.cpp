@@ -1,13 +1,12 @@
 #include "recorder/media/picture_decoder.h"
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <new>
 #include <utility>
 
 #include "platform/media.h"
 #include "recorder/media/jpeg_check.h"
+#include "recorder/utility/translate.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -24,18 +23,12 @@ constexpr std::pair<std::uint32_t, AVCodecID> kDecoders[] = {
     {kCodecMpeg4, AV_CODEC_ID_MPEG4},
 };
 
-constexpr std::int64_t kMaxPixels = std::int64_t{1}
-                                    << 26;  // twice 8K: a camera's claim must not cost any memory it likes
-
-const AVCodec* FindDecoder(std::uint32_t codec) {
-  const auto* row = std::find_if(std::begin(kDecoders), std::end(kDecoders),
-                                 [codec](const auto& entry) { return entry.first == codec; });
-  return row == std::end(kDecoders) ? nullptr : avcodec_find_decoder(row->second);
-}
+/// 8K and no more: a camera's claim must not cost any memory it likes.
+constexpr std::int64_t kMaxPixels = std::int64_t{1} << 25;
 
 CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
   SilenceLibav();
-  const AVCodec* decoder = FindDecoder(codec);
+  const AVCodec* decoder = avcodec_find_decoder(Translate(kDecoders, codec, AV_CODEC_ID_NONE));
   if (decoder == nullptr) return nullptr;
   CodecContext context(avcodec_alloc_context3(decoder));
   if (!context) throw std::bad_alloc();

@@ -16,6 +16,7 @@
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp_client.h"
+#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -31,12 +32,6 @@ constexpr std::pair<AVCodecID, std::uint32_t> kCodecs[] = {
     {AV_CODEC_ID_MPEG4, kCodecMpeg4},
     {AV_CODEC_ID_MJPEG, kCodecJpeg},
 };
-
-std::uint32_t FourCharacterCode(AVCodecID codec) {
-  const auto* row =
-      std::find_if(std::begin(kCodecs), std::end(kCodecs), [codec](const auto& entry) { return entry.first == codec; });
-  return row == std::end(kCodecs) ? 0 : row->second;
-}
 
 Bytes WithoutStartCode(Bytes unit) {
   const auto firstSet = std::find_if(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte != 0; });
@@ -105,7 +100,7 @@ recorder::Outcome RtpFetch::Impl::Open() {
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
   depacketizer = recorder::Depacketizer::Open(
       client->Video().description, [this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
-  codec = depacketizer ? recorder::FourCharacterCode(depacketizer->Codec()) : 0;
+  codec = depacketizer ? recorder::Translate(recorder::kCodecs, depacketizer->Codec(), 0) : 0;
   if (codec == 0) return Outcome::kNoVideo;
   assembler.emplace(codec);
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
@@ -165,9 +160,8 @@ void RtpFetch::Impl::AskForKeyFrame() {
 }
 
 RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, const std::string& user,
-                   const std::string& password, bool withAudio, const std::string& /*audioPath*/,
-                   STREAMING_TYPE streamingType, RTSP_PROTOCOL rtspProtocol, int timeoutSeconds,
-                   const std::string& localAddress, const std::string& userAgent)
+                   const std::string& password, bool withAudio, const std::string& /*audioPath*/, int streamingType,
+                   int rtspProtocol, int timeoutSeconds, const std::string& localAddress, const std::string& userAgent)
     : impl(std::make_unique<Impl>()) {
   impl->address = {host, port, user, password};
   impl->path = path;
@@ -193,7 +187,7 @@ int RtpFetch::NextPartInfo(unsigned int& partNumber, char* /*header*/, unsigned 
   return 0;
 }
 
-int RtpFetch::GetVideoFormat(ESFormat& format, ES_FORMAT_DETAIL detail) {
+int RtpFetch::GetVideoFormat(ESFormat& format, int detail) {
   if (impl->codec == 0) return -1;
   ESFormat known;
   known.type = ES_CLOCK_LOCAL;

@@ -13,6 +13,9 @@ struct CameraAddress {
   std::string password;
 };
 
+/// False when there is nothing to log in with.
+inline bool HasLogin(const CameraAddress& address) { return !address.user.empty() || !address.password.empty(); }
+
 /// "host:port" for log lines. What stands before an '@' is left out, since some paste "user:password@host" as an
 /// address.
 inline std::string PlaceOf(const CameraAddress& address) {

@@ -17,6 +17,8 @@
 #include "recorder/utility/handle.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/request_scope.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -29,7 +31,7 @@ using UrlHandle = std::unique_ptr<CURLU, Deleter<curl_url_cleanup>>;
 constexpr int kHttpsPort = 443;
 constexpr int kMaxRedirects = 3;
 constexpr std::size_t kMaxHeaders = std::size_t{64} << 10;     // bytes of all header lines of one answer
-constexpr std::size_t kMaxUnusedBody = std::size_t{64} << 10;  // read past, so that the connection can go on
+constexpr std::size_t kMaxUnusedBody = std::size_t{64} << 10;  // read past: libcurl tells of a redirect at the end
 
 constexpr std::pair<CURLcode, Outcome> kCurlOutcomes[] = {
     {CURLE_OK, Outcome::kOk},
@@ -51,29 +53,20 @@ constexpr std::pair<long, Outcome> kStatusOutcomes[] = {
     {503, Outcome::kBusy},
 };
 
-template <class Code, std::size_t kRows>
-Outcome Translate(const std::pair<Code, Outcome> (&table)[kRows], Code code) {
-  const auto* row = std::find_if(std::begin(table), std::end(table), [&](const auto& r) { return r.first == code; });
-  return row == std::end(table) ? Outcome::kNotUnderstood : row->second;
-}
-
 bool IsRedirect(long status) {
   constexpr std::array<long, 5> kRedirects{301, 302, 303, 307, 308};
   return std::find(kRedirects.begin(), kRedirects.end(), status) != kRedirects.end();
 }
 
+/// Where to connect to, and what a relative redirect starts from.
 UrlHandle MakeUrl(const HttpPlace& place) {
   UrlHandle url(curl_url());
   if (!url) throw std::bad_alloc();
-  const bool isBareIpv6 = place.host.find(':') != std::string::npos && !place.host.starts_with('[');
-  const std::string host = isBareIpv6 ? "[" + place.host + "]" : place.host;
   const std::string path = place.path.substr(0, place.path.find('?'));
   const bool isValid = curl_url_set(url.get(), CURLUPART_SCHEME, place.isTls ? "https" : "http", 0) == CURLUE_OK &&
-                       curl_url_set(url.get(), CURLUPART_HOST, host.c_str(), 0) == CURLUE_OK &&
+                       curl_url_set(url.get(), CURLUPART_HOST, WithBrackets(place.host).c_str(), 0) == CURLUE_OK &&
                        curl_url_set(url.get(), CURLUPART_PORT, std::to_string(place.port).c_str(), 0) == CURLUE_OK &&
-                       curl_url_set(url.get(), CURLUPART_PATH, path.c_str(), 0) == CURLUE_OK &&
-                       (path.size() == place.path.size() ||
-                        curl_url_set(url.get(), CURLUPART_QUERY, place.path.c_str() + path.size() + 1, 0) == CURLUE_OK);
+                       curl_url_set(url.get(), CURLUPART_PATH, path.c_str(), 0) == CURLUE_OK;
   if (!isValid) return nullptr;
   return url;
 }
@@ -84,7 +77,8 @@ std::string UrlPart(CURLU* url, CURLUPart part, unsigned int flags = 0) {
   return CurlText(text).get();
 }
 
-/// Requests to one place, over one connection if the camera keeps it.
+/// Requests to one place, each over a connection of its own: on one that was used before, libcurl would by itself send
+/// a login again that the camera answered by closing.
 class Conversation {
  public:
   Conversation(const HttpPlace& place, BodyReader& reader)
@@ -107,7 +101,8 @@ class Conversation {
     const CURLcode code = curl_easy_perform(curl_.get());
     Set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
     if (place_.isTls && authorization.empty()) ReportCertificate();
-    return OutcomeOf(code);
+    const bool isUnanswered = (code == CURLE_GOT_NOTHING || code == CURLE_RECV_ERROR) && answer_.headerBytes == 0;
+    return isUnanswered && !authorization.empty() ? Outcome::kLoginRefused : OutcomeOf(code);  // some refuse by closing
   }
 
   bool IsLoginWanted() const { return answer_.isWhole && Status() == kUnauthorized; }
@@ -141,11 +136,12 @@ class Conversation {
 
   void SetLimits() {
     Set(CURLOPT_CURLU, url_.get());
-    Set(CURLOPT_PATH_AS_IS, 1L);
+    Set(CURLOPT_REQUEST_TARGET, place_.path.c_str());  // to the letter: a Digest login answers for it
     Set(CURLOPT_PROTOCOLS_STR, "http,https");
     Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     Set(CURLOPT_PROXY, "");
     Set(CURLOPT_NOSIGNAL, 1L);
+    Set(CURLOPT_FORBID_REUSE, 1L);
     Set(CURLOPT_QUICK_EXIT, 1L);  // a name lookup that hangs must not hold up the answer
     Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(kMaxHttpBody));
     // Cameras sign their own certificates: an encrypted picture beats none, and the log says so.
@@ -168,9 +164,9 @@ class Conversation {
 
   Outcome OutcomeOf(CURLcode code) {
     const bool isStoppedByUs = code == CURLE_WRITE_ERROR && answer_.isEnough;
-    const Outcome outcome = isStoppedByUs ? Outcome::kOk : Translate(kCurlOutcomes, code);
+    const Outcome outcome = isStoppedByUs ? Outcome::kOk : Translate(kCurlOutcomes, code, Outcome::kNotUnderstood);
     answer_.isWhole = outcome == Outcome::kOk;
-    return answer_.isWhole ? Translate(kStatusOutcomes, Status()) : outcome;
+    return answer_.isWhole ? Translate(kStatusOutcomes, Status(), Outcome::kNotUnderstood) : outcome;
   }
 
   void ReportCertificate() const {
@@ -257,38 +253,18 @@ Outcome Contact(const HttpPlace& place, const CameraAddress& camera, BodyReader&
   const Clock::time_point deadline = scope.Deadline();
   Conversation conversation(place, reader);
   Outcome outcome = conversation.Request("", deadline);
-  const bool hasLogin = !camera.user.empty() || !camera.password.empty();
-  if (hasLogin && conversation.IsLoginWanted()) outcome = LogIn(conversation, place, camera, deadline);
+  if (HasLogin(camera) && conversation.IsLoginWanted()) outcome = LogIn(conversation, place, camera, deadline);
   scope.Remember(place.host, camera.user, outcome);
   next = conversation.Location();
   return outcome;
 }
 
-std::string_view WithoutBrackets(std::string_view host) {
-  return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
-}
-
-bool IsUriCharacter(char c) {  // RFC 3986 sections 2.2 and 2.3, and the percent sign of what is encoded already
-  constexpr std::string_view kSigns = "-._~:/?[]@!$&'()*+,;=%";
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-         kSigns.find(c) != std::string_view::npos;
-}
-
 }  // namespace
 
 std::optional<std::string> RequestPath(std::string_view path) {
-  constexpr std::string_view kHex = "0123456789ABCDEF";
-  std::string request = path.starts_with('/') ? "" : "/";
-  for (const char c : path) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) return std::nullopt;
-    if (IsUriCharacter(c)) {
-      request += c;
-    } else {
-      request += {'%', kHex[byte >> 4], kHex[byte & 0x0F]};
-    }
-  }
-  return request;
+  const auto isControl = [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; };
+  if (std::any_of(path.begin(), path.end(), isControl)) return std::nullopt;
+  return (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns);
 }
 
 std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string& location) {

@@ -13,8 +13,8 @@
 // Time:    ends at the deadline of the calling thread's RequestScope, name lookup included.
 // Thread:  any; calls share nothing.
 // Login:   Basic and Digest (RFC 7617, RFC 7616 with MD5 and SHA-256), sent only when the camera asks for one, and
-// once: a
-//          refused login is remembered in the RequestScope. It goes to the host that the caller names and to no other.
+//          once: a refused login is remembered in the RequestScope. It goes to the host that the caller names and to no
+//          other.
 // Secrets: user and password go into an Authorization header and nowhere else, never into an address.
 
 namespace recorder {

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/translate.h"
 
 extern "C" {
 #include <libavutil/base64.h>
@@ -67,9 +67,7 @@ void SetAlgorithm(LoginChallenge& challenge, std::string algorithm) {
   std::string name = LowerCase(algorithm);
   challenge.isSession = name.ends_with(kSessionSuffix);
   if (challenge.isSession) name.resize(name.size() - kSessionSuffix.size());
-  const auto* row = std::find_if(std::begin(kDigestAlgorithms), std::end(kDigestAlgorithms),
-                                 [&name](const auto& entry) { return entry.first == name; });
-  challenge.method = row == std::end(kDigestAlgorithms) ? LoginMethod::kUnknown : row->second;
+  challenge.method = Translate(kDigestAlgorithms, name, LoginMethod::kUnknown);
   challenge.algorithm = std::move(algorithm);
 }
 

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
-#include <iterator>
 #include <utility>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -17,12 +18,12 @@ constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
 constexpr int kDefaultPort = 554;
 constexpr int kUnauthorized = 401;
 
-// Any other status of 300 or more is kNotUnderstood. So is 461 (unsupported transport): a camera that grants no
-// interleaved video will not do so later either, which is what "busy" would promise.
+// With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
+// (unsupported transport): a camera that grants no interleaved video will not do so later either, which is what "busy"
+// would promise.
 constexpr std::pair<int, Outcome> kStatusOutcomes[] = {
     {kUnauthorized, Outcome::kLoginRefused},
-    {403, Outcome::kLoginRefused},  // the user is known, but not allowed:
-                                    // again a matter of the login
+    {403, Outcome::kLoginRefused},
     {404, Outcome::kNoSuchStream},
     {410, Outcome::kNoSuchStream},
     {453, Outcome::kBusy},
@@ -34,39 +35,14 @@ bool IsSuccess(int status) { return status >= 200 && status < 300; }
 bool IsRedirect(int status) { return status >= 300 && status < 400; }
 
 Outcome OutcomeOf(int status) {
-  if (IsSuccess(status)) return Outcome::kOk;
-  const auto* row = std::find_if(std::begin(kStatusOutcomes), std::end(kStatusOutcomes),
-                                 [status](const auto& entry) { return entry.first == status; });
-  return row == std::end(kStatusOutcomes) ? Outcome::kNotUnderstood : row->second;
-}
-
-/// `path` with what cannot stand in a request line percent-encoded. A percent sign stays: paths come encoded.
-std::string Encoded(std::string_view path) {
-  constexpr std::string_view kHex = "0123456789ABCDEF";
-  constexpr std::string_view kUnsafe = "\"<>\\^`{|}";
-  std::string encoded;
-  for (const char c : path) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte > ' ' && byte < 0x7f && kUnsafe.find(c) == std::string_view::npos) {
-      encoded += c;
-    } else {
-      encoded.append({'%', kHex[byte >> 4], kHex[byte & 15]});
-    }
-  }
-  return encoded;
+  return IsSuccess(status) ? Outcome::kOk : Translate(kStatusOutcomes, status, Outcome::kNotUnderstood);
 }
 
 std::string MakeUri(const CameraAddress& address, std::string_view path) {
-  std::string host = address.host;
-  if (host.find(':') != std::string::npos && host.front() != '[') {
-    host = '[' + host.substr(0, host.find('%')) + ']';  // the zone of a link-local address is our affair
-  }
-  return "rtsp://" + host + ':' + std::to_string(address.port) + (path.starts_with('/') ? "" : "/") + Encoded(path);
-}
-
-std::string_view WithoutBrackets(std::string_view host) {
-  const bool isBracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
-  return isBracketed ? host.substr(1, host.size() - 2) : host;
+  const std::string_view host = WithoutBrackets(address.host);
+  const std::string_view withoutZone = host.substr(0, host.find('%'));  // of a link-local address: our own affair
+  return "rtsp://" + WithBrackets(withoutZone) + ':' + std::to_string(address.port) +
+         (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns);
 }
 
 struct Location {
@@ -147,8 +123,7 @@ void RtspClient::SendControl(std::span<const std::uint8_t> packet) {
 }
 
 Outcome RtspClient::Remembered(Outcome outcome) const {
-  const bool answersLaterContacts = outcome == Outcome::kLoginRefused || outcome == Outcome::kTimedOut;
-  if (answersLaterContacts) RequestScope::Current().Remember(address_.host, address_.user, outcome);
+  RequestScope::Current().Remember(address_.host, address_.user, outcome);
   return outcome;
 }
 
@@ -167,7 +142,8 @@ Outcome RtspClient::DescribeHere() {
   return Request("DESCRIBE", uri_, "Accept: application/sdp\r\n");
 }
 
-/// Turns to where the camera points. Another host would be another camera, which must not be given this one's login.
+/// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a
+/// login of its own is what another port may ask for.
 Outcome RtspClient::FollowRedirect() {
   const auto location = ParseLocation(parser_.Message().Header("Location"));
   if (!location || !EqualsIgnoreCase(WithoutBrackets(location->host), WithoutBrackets(address_.host))) {
@@ -175,6 +151,8 @@ Outcome RtspClient::FollowRedirect() {
   }
   address_.port = location->port;
   uri_ = MakeUri(address_, location->path);
+  challenge_.reset();
+  loginIsProven_ = false;
   RequestScope::Current().AllowPort(address_.host, address_.port);
   return Outcome::kOk;
 }
@@ -195,24 +173,29 @@ Outcome RtspClient::ReadDescription() {
 /// One request until it is answered by something else than a challenge that can be met. On kOk and on refusals the
 /// answer is the parser's message.
 Outcome RtspClient::Request(std::string_view method, const std::string& uri, const std::string& headers) {
-  bool mayReconnect = false;
-  for (int challenges = 0;;) {
+  for (int challenges = 0;; ++challenges) {
     const bool loginIsSent = challenge_.has_value();
     Outcome outcome = Exchange(method, uri, headers);
-    if (isClosed_ && std::exchange(mayReconnect, false)) {
-      if (outcome = Connect(); outcome != Outcome::kOk) return outcome;
-      continue;
-    }
+    if (isClosed_ && loginIsSent && !loginIsProven_) return Outcome::kLoginRefused;  // the camera's way to say so
     if (outcome != Outcome::kOk) return outcome;
     const int status = parser_.Message().status;
     if (status != kUnauthorized) {
       loginIsProven_ = loginIsProven_ || (loginIsSent && IsSuccess(status));
       return OutcomeOf(status);
     }
-    if (challenges++ == kMaxChallenges) return Outcome::kLoginRefused;
-    if (outcome = TakeChallenge(loginIsSent); outcome != Outcome::kOk) return outcome;
-    mayReconnect = session_.empty();  // some cameras close the connection with their challenge
+    if (!HasLogin(address_) || challenges == kMaxChallenges) return Outcome::kLoginRefused;
+    outcome = TakeChallenge(loginIsSent);
+    if (outcome == Outcome::kOk && session_.empty() && ClosesAfterAnswer()) outcome = Connect();
+    if (outcome != Outcome::kOk) return outcome;
   }
+}
+
+/// Some cameras close the connection with their challenge. That must show before the login is sent: one that got no
+/// answer may have been read, and is not sent again.
+bool RtspClient::ClosesAfterAnswer() {
+  constexpr std::chrono::milliseconds kPatience{20};  // what is to come comes right behind the answer
+  return EqualsIgnoreCase(parser_.Message().Header("Connection"), "close") ||
+         socket_.IsClosedBy(std::min(deadline_, Clock::now() + kPatience));
 }
 
 Outcome RtspClient::Exchange(std::string_view method, const std::string& uri, const std::string& headers) {

@@ -17,6 +17,8 @@
 #include <thread>
 #include <utility>
 
+#include "recorder/utility/text.h"
+
 namespace recorder {
 namespace {
 
@@ -59,8 +61,7 @@ Outcome LookUpName(const std::string& host, int port, Clock::time_point deadline
 
 Outcome Resolve(const std::string& host, int port, Clock::time_point deadline, AddressList& addresses) {
   if (host.empty() || port < 0 || port > std::numeric_limits<std::uint16_t>::max()) return Outcome::kUnreachable;
-  const bool isBracketed = host.front() == '[' && host.back() == ']';
-  const std::string name = isBracketed ? host.substr(1, host.size() - 2) : host;
+  const std::string name(WithoutBrackets(host));
   addresses = GetAddresses(name, port, AI_NUMERICHOST);
   return addresses ? Outcome::kOk : LookUpName(name, port, deadline, addresses);
 }
@@ -139,6 +140,13 @@ Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, 
     return Outcome::kOk;
   }
   return Outcome::kTimedOut;
+}
+
+bool Socket::IsClosedBy(Clock::time_point time) {
+  if (!WaitFor(descriptor_.Get(), POLLIN, time)) return false;
+  std::uint8_t next = 0;
+  const ssize_t size = recv(descriptor_.Get(), &next, 1, MSG_PEEK);
+  return size == 0 || (size < 0 && !WouldBlock(errno));
 }
 
 }  // namespace recorder

@@ -26,6 +26,9 @@ class Socket {
   /// connection.
   [[nodiscard]] Outcome Read(std::span<std::uint8_t> space, Clock::time_point deadline, std::size_t& received);
 
+  /// True when the camera has closed the connection, or does so until `time` without having sent anything before.
+  [[nodiscard]] bool IsClosedBy(Clock::time_point time);
+
  private:
   FileDescriptor descriptor_;
 };

@@ -31,6 +31,21 @@ bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix) {
   return EqualsIgnoreCase(text.substr(0, prefix.size()), prefix);
 }
 
+std::string PercentEncoded(std::string_view text, std::string_view signs) {
+  constexpr std::string_view kHex = "0123456789ABCDEF";
+  std::string encoded;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isAlphanumeric = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    if (isAlphanumeric || signs.find(c) != std::string_view::npos) {
+      encoded += c;
+    } else {
+      encoded += {'%', kHex[byte >> 4], kHex[byte & 0x0F]};
+    }
+  }
+  return encoded;
+}
+
 std::string_view TakeUntil(std::string_view& rest, char separator) {
   const std::size_t end = rest.find(separator);
   const std::string_view taken = rest.substr(0, end);

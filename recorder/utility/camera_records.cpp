@@ -42,12 +42,16 @@ std::string GetCamRealPass(int camId, std::string vendor, std::string model, std
   try {
     const recorder::Records records{recorder::GetConfig().stateFolder};
     const auto camera = camId == 0 ? records.FindTheOne(vendor, model, channel) : records.Find(camId);
-    if (!camera) return {};
+    if (!camera || camera->vendor != vendor || camera->model != model) {
+      throw recorder::RecordsError("camera " + std::to_string(camId) +
+                                   ": no password is lent, since no one record fits it with that vendor and model");
+    }
     std::string password = records.Password(*camera);
     recorder::RequestScope::Current().LendPassword(password, camera->host, camera->port);
     return password;
   } catch (const std::exception& error) {
     recorder::LogFailure(error.what());
+    recorder::RequestScope::Current().RefuseLogins();
     return {};
   }
 }

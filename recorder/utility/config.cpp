@@ -2,12 +2,13 @@
 
 #include <json/json.h>
 
-#include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
 
 #include "recorder/utility/files.h"
+#include "recorder/utility/json_text.h"
 #include "recorder/utility/records.h"
 
 namespace recorder {
@@ -98,20 +99,11 @@ Json::Value Parse(const fs::path& file) {
   } catch (const std::system_error& error) {
     throw ConfigError(error.what());
   }
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader{builder.newCharReader()};
-  Json::Value root;
   std::string mistakes;
-  try {
-    if (!reader->parse(text.data(), text.data() + text.size(), &root, &mistakes)) {
-      throw ConfigError(file.string() + ": not JSON:\n" + mistakes);
-    }
-  } catch (const Json::Exception& error) {  // nested too deeply
-    throw ConfigError(file.string() + ": not JSON: " + error.what());
-  }
-  if (!root.isObject()) throw ConfigError(file.string() + ": must hold one JSON object");
-  return root;
+  const std::optional<Json::Value> root = ParseStrictJson(text, mistakes);
+  if (!root) throw ConfigError(file.string() + ": not JSON:\n" + mistakes);
+  if (!root->isObject()) throw ConfigError(file.string() + ": must hold one JSON object");
+  return *root;
 }
 
 /// Mistakes that would otherwise show only when the first camera is asked.
@@ -147,6 +139,7 @@ Config LoadConfig(const fs::path& file) {
 }
 
 void StartUtility(const Config& config) {
+  PrepareSodium();
   currentConfig = config;
   SetCameraLimits(config.limits);
   const Records records{config.stateFolder};  // a mistake shows now and not with the first request

@@ -30,9 +30,9 @@ class ConfigError : public std::runtime_error {
 /// are absolute. Throws ConfigError.
 Config LoadConfig(const std::filesystem::path& file);
 
-/// Prepares what the platform functions of this folder need: the state folder with key and records, and the limits.
-/// Call once at start, before the first request and before there are threads. Throws std::exception with a text for the
-/// administrator.
+/// Prepares what the platform functions of this folder need: libsodium, the state folder with key and records, and the
+/// limits. Call once at start, before the first request and before there are threads. Throws std::exception with a text
+/// for the administrator.
 void StartUtility(const Config& config);
 
 /// The configuration that StartUtility was given; empty before. Any thread.

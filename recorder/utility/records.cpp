@@ -2,12 +2,9 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
-#include <fcntl.h>
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <system_error>
 #include <utility>
 
 #include "recorder/utility/files.h"
@@ -60,10 +57,11 @@ std::string KeyContext(TrustKind kind, const std::string& name) {
   return (kind == TrustKind::kClient ? "client " : "server group ") + name;
 }
 
-/// SQLite gives its side files the mode of the database file, so that this one mode is enough.
+/// SQLite gives its side files the mode of the database file, so that this one mode is enough. A file that is there is
+/// for SQLite alone to open: closing any descriptor of it drops the locks that other connections of this process hold
+/// (fcntl(2), "record locks").
 void MakeDatabaseFile(const fs::path& file) {
-  const FileDescriptor made{open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
-  if (!made) throw std::system_error(errno, std::generic_category(), file.string());
+  if (!fs::exists(file)) CreateFileOnce(file, "");
 }
 
 int VersionOf(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
@@ -102,7 +100,7 @@ std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::
     bool mayBeEmpty;
   } texts[] = {
       {"name", camera.name, false},      {"vendor", camera.vendor, false},
-      {"model", camera.model, false},    {"host", camera.host, false},
+      {"model", camera.model, true},     {"host", camera.host, false},
       {"user", camera.user, true},       {"password", password, true},
       {"channel", camera.channel, true}, {"sourcePath", camera.sourcePath, true},
   };
@@ -141,7 +139,9 @@ struct Records::Impl {
     return Guarded([&] {
       SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
       CheckpointOnClose(opened, false);
-      if (VersionOf(opened) == 0) {
+      {
+        // Somebody may have died while making the schema: whoever comes next repairs that alone, as SQLite does not wait
+        // for another process there.
         const FileDescriptor lock = LockFolder(stateFolder);
         if (VersionOf(opened) == 0) MakeSchema(opened);
       }

@@ -17,7 +17,7 @@ struct CameraRecord {
   int id = 0;  ///< given by Records::Add, never given again after a Remove
   std::string name;
   std::string vendor;
-  std::string model;
+  std::string model;  ///< "" for vendor "User"
   std::string host;
   int port = 0;
   std::string user;
@@ -59,12 +59,10 @@ class RecordsError : public std::runtime_error {
 ///
 /// Owner:   an object holds one database connection. Opening takes well under a millisecond; make one a call.
 /// Thread:  an object belongs to one thread. Objects of any threads and processes work side by side; a writer waits up
-/// to
-///          5 s for another.
+///          to 5 s for another.
 /// Time:    a change is on the disk when the call returns.
 /// Failure: throws RecordsError, or std::system_error for folder and key file; the records are as before then. A file
-/// of a
-///          newer version of this program is refused and left untouched.
+///          of a newer version of this program is refused and left untouched.
 class Records {
  public:
   /// Opens the records in `stateFolder` and makes what is missing.

@@ -1,10 +1,6 @@
 #include "recorder/utility/request_scope.h"
 
-#include <sodium.h>
-
 #include <algorithm>
-
-#include "recorder/utility/secrets.h"
 
 namespace recorder {
 namespace {
@@ -37,10 +33,7 @@ RequestScope::RequestScope(std::chrono::milliseconds limit) : limit_(limit), pre
   currentScope = this;
 }
 
-RequestScope::~RequestScope() {
-  currentScope = previous_;
-  sodium_memzero(key_.data(), key_.size());
-}
+RequestScope::~RequestScope() { currentScope = previous_; }
 
 Clock::time_point RequestScope::Deadline() {
   if (!deadline_) deadline_ = Clock::now() + limit_;
@@ -49,10 +42,7 @@ Clock::time_point RequestScope::Deadline() {
 
 void RequestScope::LendPassword(std::string password, std::string host, int port) {
   if (password.empty()) return;  // no secret, and every camera without a password would be refused
-  if (lent_.empty()) {
-    PrepareSodium();
-    randombytes_buf(key_.data(), key_.size());
-  }
+  if (!key_) key_ = SecretKey::Random();
   lent_.push_back({DigestOf(password), Normalized(std::move(host)), {port}});
   sodium_memzero(password.data(), password.size());
 }
@@ -66,7 +56,7 @@ void RequestScope::AllowPort(const std::string& host, int port) {
 
 std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, const std::string& user,
                                              const std::string& password) const {
-  if (IsLentElsewhere(host, port, password)) return Outcome::kLoginRefused;
+  if (refusesLogins_ || IsLentElsewhere(host, port, password)) return Outcome::kLoginRefused;
   const auto failure = failures_.find({Normalized(host), user});
   if (failure != failures_.end()) return failure->second;
   if (deadline_ && Clock::now() >= *deadline_) return Outcome::kTimedOut;
@@ -81,7 +71,7 @@ void RequestScope::Remember(const std::string& host, const std::string& user, Ou
 RequestScope::Digest RequestScope::DigestOf(const std::string& password) const {
   Digest digest;
   crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(password.data()),
-                     password.size(), key_.data(), key_.size());
+                     password.size(), key_->Data(), SecretKey::kSize);
   return digest;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "recorder/utility/outcome.h"
+#include "recorder/utility/secrets.h"
 
 namespace recorder {
 
@@ -30,8 +31,7 @@ const CameraLimits& GetCameraLimits();
 /// password that was lent to it. `net/` asks it before every connection and every login.
 ///
 /// Owner:   the request process opens one for each request; any other thread (a batch worker) gets one of its own at
-/// first
-///          use, which ends with the thread.
+///          first use, which ends with the thread.
 /// Thread:  a scope belongs to one thread.
 /// Time:    steady clock.
 /// Secrets: holds no password, only digests under a random key of its own.
@@ -49,17 +49,21 @@ class RequestScope {
   /// When camera work must end. The first call starts the clock.
   Clock::time_point Deadline();
 
-  /// Lends the stored password of the camera at `host` and `port` to this request. A request may borrow several;
-  /// an empty one is ignored.
+  /// Lends the stored password of the camera at `host` and `port` to this request, which must have named the record's
+  /// vendor and model: by AllowPort the model adds ports. A request may borrow several; an empty one is ignored.
   void LendPassword(std::string password, std::string host, int port);
+
+  /// Refuses every contact from now on: the request counts on a stored password that it was not lent, and a contact
+  /// without it would be a wrong login, of which cameras allow few.
+  void RefuseLogins() { refusesLogins_ = true; }
 
   /// Adds a port of a lent password's camera that the camera itself or its own model named; ignored for another host.
   void AllowPort(const std::string& host, int port);
 
   /// Asked before contacting `host`: the failure to report without a contact, if there is one. That is a spent
-  /// deadline, an earlier refused login of `user` or time-out at this host, or a lent password that is not for this
-  /// address (a refused login). Host names and addresses are compared as text, without regard to letter case, brackets
-  /// or a final dot.
+  /// deadline, an earlier refused login of `user` or time-out at this host, or RefuseLogins or a lent password that is
+  /// not for this address (a refused login). Host names and addresses are compared as text, without regard to letter
+  /// case, brackets or a final dot.
   std::optional<Outcome> Refusal(const std::string& host, int port, const std::string& user,
                                  const std::string& password) const;
 
@@ -79,7 +83,8 @@ class RequestScope {
 
   std::chrono::milliseconds limit_;
   std::optional<Clock::time_point> deadline_;
-  Digest key_{};  // made with the first lent password
+  std::optional<SecretKey> key_;  // made with the first lent password
+  bool refusesLogins_ = false;
   std::vector<LentPassword> lent_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   RequestScope* previous_;

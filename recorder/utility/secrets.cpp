@@ -24,8 +24,14 @@ void PrepareSodium() {
   if (sodium_init() < 0) throw std::runtime_error("libsodium cannot be prepared");
 }
 
+std::string HexText(std::span<const unsigned char> bytes) {
+  std::string text(2 * bytes.size() + 1, '\0');
+  sodium_bin2hex(text.data(), text.size(), bytes.data(), bytes.size());
+  text.pop_back();  // the terminator
+  return text;
+}
+
 SecretKey SecretKey::Random() {
-  PrepareSodium();
   SecretKey key;
   randombytes_buf(key.bytes_.data(), key.bytes_.size());
   return key;
@@ -46,13 +52,6 @@ std::optional<SecretKey> SecretKey::FromHex(std::string_view hex) {
   return key;
 }
 
-std::string SecretKey::Hex() const {
-  std::string hex(2 * kSize + 1, '\0');
-  sodium_bin2hex(hex.data(), hex.size(), bytes_.data(), kSize);
-  hex.pop_back();  // the terminator
-  return hex;
-}
-
 SecretKey LoadOrMakeKey(const std::filesystem::path& file) {
   if (!std::filesystem::exists(file)) {
     std::string fresh = SecretKey::Random().Bytes();
@@ -68,7 +67,6 @@ SecretKey LoadOrMakeKey(const std::filesystem::path& file) {
 }
 
 std::string Seal(const SecretKey& key, std::string_view context, std::string_view text) {
-  PrepareSodium();
   std::string sealed(crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES + text.size(), '\0');
   unsigned char* nonce = AsBytes(sealed);
   randombytes_buf(nonce, crypto_secretbox_NONCEBYTES);

@@ -5,13 +5,18 @@
 #include <array>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace recorder {
 
-/// Prepares libsodium; throws std::runtime_error when that fails. Every function below does it by itself.
+/// Prepares libsodium, which is safe for threads from then on; throws std::runtime_error when that fails. StartUtility
+/// calls it for the whole process; without that, making a SecretKey or a random password does. [any thread, any number]
 void PrepareSodium();
+
+/// Two lower-case hexadecimal digits a byte.
+std::string HexText(std::span<const unsigned char> bytes);
 
 /// 32 secret bytes that are wiped when they end.
 class SecretKey {
@@ -30,10 +35,10 @@ class SecretKey {
 
   const unsigned char* Data() const { return bytes_.data(); }
   std::string Bytes() const { return {bytes_.begin(), bytes_.end()}; }
-  std::string Hex() const;
+  std::string Hex() const { return HexText(bytes_); }
 
  private:
-  SecretKey() = default;
+  SecretKey() { PrepareSodium(); }
   std::array<unsigned char, kSize> bytes_{};
 };
 

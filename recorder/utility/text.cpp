@@ -57,6 +57,16 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+std::string_view WithoutBrackets(std::string_view host) {
+  const bool isBracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+  return isBracketed ? host.substr(1, host.size() - 2) : host;
+}
+
+std::string WithBrackets(std::string_view host) {
+  const std::string bare(WithoutBrackets(host));
+  return bare.find(':') == std::string::npos ? bare : '[' + bare + ']';
+}
+
 bool HoldsControls(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (ControlLength(text, i) != 0) return true;

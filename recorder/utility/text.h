@@ -8,6 +8,12 @@ namespace recorder {
 /// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
 bool IsUtf8(std::string_view text);
 
+/// `host` without the brackets in which an address holds an IPv6 one (RFC 3986 section 3.2.2).
+std::string_view WithoutBrackets(std::string_view host);
+
+/// `host` as an address holds it: with brackets around an IPv6 one.
+std::string WithBrackets(std::string_view host);
+
 /// True when `text` holds a control character: U+0000 to U+001F, U+007F to U+009F in UTF-8.
 bool HoldsControls(std::string_view text);
 

@@ -20,13 +20,6 @@ std::array<unsigned char, kCodeSize> CodeOf(const std::string& timestamp, const 
   return code;
 }
 
-std::string Hex(const std::array<unsigned char, kCodeSize>& code) {
-  std::string hex(2 * kCodeSize + 1, '\0');
-  sodium_bin2hex(hex.data(), hex.size(), code.data(), code.size());
-  hex.pop_back();  // the terminator
-  return hex;
-}
-
 /// True when the text is a decimal number of seconds near `seconds`.
 bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
   std::int64_t made = 0;
@@ -51,14 +44,14 @@ std::int64_t SecondsNow() { return std::time(nullptr); }
 
 TrustPair MakePair(const SecretKey& key, std::int64_t seconds) {
   const std::string timestamp = std::to_string(seconds);
-  return {Hex(CodeOf(timestamp, key)), timestamp};
+  return {HexText(CodeOf(timestamp, key)), timestamp};
 }
 
 bool IsPairValid(const TrustPair& pair, const std::vector<TrustedKey>& keys, std::int64_t seconds) {
   if (!IsTimely(pair.timestamp, seconds) || pair.cookie.size() != 2 * kCodeSize) return false;
   bool isMatch = false;
   for (const TrustedKey& trusted : keys) {  // all of them, so that time does not tell which one matched
-    const std::string wanted = Hex(CodeOf(pair.timestamp, trusted.key));
+    const std::string wanted = HexText(CodeOf(pair.timestamp, trusted.key));
     isMatch |= sodium_memcmp(wanted.data(), pair.cookie.data(), wanted.size()) == 0;
   }
   return isMatch;

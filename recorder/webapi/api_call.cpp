@@ -1,6 +1,5 @@
 #include "recorder/webapi/api_call.h"
 
-#include <algorithm>
 #include <exception>
 
 #include "recorder/utility/request_scope.h"
@@ -18,7 +17,6 @@ struct APIResponse::Impl {
 };
 
 APIRequest::APIRequest(Impl* requestImpl) : impl(requestImpl) {}
-APIRequest::~APIRequest() = default;
 
 Json::Value APIRequest::GetParam(const std::string& key, const Json::Value& defaultValue) const {
   impl->lastParameter = key;
@@ -35,7 +33,6 @@ std::string APIRequest::GetCookie(const std::string& name, const std::string& de
 bool APIRequest::IsAuthorized() const { return impl->call.isAuthorized; }
 
 APIResponse::APIResponse(Impl* responseImpl) : impl(responseImpl) {}
-APIResponse::~APIResponse() = default;
 
 void APIResponse::SetSuccess(const Json::Value& data) {
   impl->answer = Json::Value(Json::objectValue);
@@ -68,9 +65,7 @@ std::chrono::milliseconds LimitOf(std::string_view method) {
 
 }  // namespace
 
-bool IsListMethod(std::string_view method) {
-  return std::find(std::begin(kListMethods), std::end(kListMethods), method) != std::end(kListMethods);
-}
+std::span<const std::string_view> ListMethods() { return kListMethods; }
 
 ApiAnswer RunCall(const ApiCall& call) {
   NORV::APIRequest::Impl requestState{call, {}};

@@ -3,8 +3,9 @@
 #include <json/json.h>
 
 #include <map>
-#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/webapi.h"
 #include "recorder/webapi/module_library.h"
@@ -40,7 +41,7 @@ struct ApiAnswer {
 /// be had.
 ApiAnswer RunCall(const ApiCall& call);
 
-/// True for the methods that touch no camera.
-bool IsListMethod(std::string_view method);
+/// The methods that touch no camera.
+std::span<const std::string_view> ListMethods();
 
 }  // namespace recorder

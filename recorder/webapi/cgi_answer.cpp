@@ -54,6 +54,9 @@ std::string ToCgi(const ApiAnswer& answer) {
   return FailureAnswer(502, "the module wrote no answer");
 }
 
-std::string ToCgi(const HttpError& error) { return FailureAnswer(error.Status(), error.what()); }
+std::string ToCgi(const HttpError& error) {
+  const std::string allow = error.Allow().empty() ? "" : "Allow: " + error.Allow() + "\r\n";
+  return allow + FailureAnswer(error.Status(), error.what());
+}
 
 }  // namespace recorder

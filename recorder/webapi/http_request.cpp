@@ -1,17 +1,19 @@
 #include "recorder/webapi/http_request.h"
 
 #include <arpa/inet.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <charconv>
 #include <memory>
 
+#include "recorder/net/text.h"
+
 namespace recorder {
 
 namespace {
 
-constexpr std::string_view kPrefix = "/api/";
+constexpr std::string_view kUserPrefix = "/api/";
+constexpr std::string_view kTrustedPrefix = "/trusted/";  // no login: the module admits the caller or not
 constexpr std::size_t kMostParameters = 1000;
 
 std::optional<std::int64_t> ParseInteger(std::string_view text) {
@@ -29,12 +31,6 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
     if (end == std::string_view::npos) return parts;
     text.remove_prefix(end + 1);
   }
-}
-
-std::string_view Trim(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 std::string DecodeFormText(std::string_view text) {
@@ -75,11 +71,9 @@ bool IsNumericAddress(std::string_view name) {
 /// Refuses what a browser sends on behalf of another site, and names that an attacker could point at this server.
 void CheckSameSite(const HttpRequest& request, const std::vector<std::string>& hostNames) {
   const std::string_view name = HostName(request.host);
-  const bool knownHost =
-      name == "localhost" || IsNumericAddress(name) ||
-      std::any_of(hostNames.begin(), hostNames.end(), [&](const std::string& known) {
-        return known.size() == name.size() && strncasecmp(known.data(), name.data(), name.size()) == 0;
-      });
+  const bool knownHost = name == "localhost" || IsNumericAddress(name) ||
+                         std::any_of(hostNames.begin(), hostNames.end(),
+                                     [&](const std::string& known) { return EqualsIgnoreCase(known, name); });
   if (!knownHost) throw HttpError(403, "this server does not go by the name in the Host header");
   if (!request.origin.empty() && request.origin != "http://" + request.host &&
       request.origin != "https://" + request.host) {
@@ -91,8 +85,8 @@ void CheckSameSite(const HttpRequest& request, const std::vector<std::string>& h
 }
 
 const ModuleMethod& FindMethod(std::string_view path, const ModuleLibrary& module) {
-  if (!path.starts_with(kPrefix)) throw HttpError(404, "no such address");
-  path.remove_prefix(kPrefix.size());
+  if (!path.starts_with(kUserPrefix) && !path.starts_with(kTrustedPrefix)) throw HttpError(404, "no such address");
+  path.remove_prefix(path.find('/', 1) + 1);
   const std::vector<std::string_view> parts = Split(path, '/');
   if (parts.size() != 3) throw HttpError(404, "the address must be /api/<API name>/<version>/<method>");
 
@@ -109,15 +103,23 @@ const ModuleMethod& FindMethod(std::string_view path, const ModuleLibrary& modul
   return *method;
 }
 
+/// An address ends up in logs and histories, so only what carries no secret may stand in it.
+bool MayBeGet(const HttpRequest& request, const ModuleMethod& method) {
+  const auto lists = ListMethods();
+  return request.path.starts_with(kUserPrefix) && std::find(lists.begin(), lists.end(), method.name) != lists.end();
+}
+
 Json::Value ReadParameters(const HttpRequest& request, const ModuleMethod& method) {
-  if (request.method == "GET" && IsListMethod(method.name)) return ParseForm(request.query);
-  if (request.method != "POST") {
-    throw HttpError(405, IsListMethod(method.name) ? "only GET and POST" : "only POST: this method contacts a camera");
+  if (MayBeGet(request, method)) {
+    if (request.method == "GET") return ParseForm(request.query);
+    if (request.method != "POST") throw HttpError(405, "only GET and POST", "GET, POST");
+  } else if (request.method != "POST") {
+    throw HttpError(405, "only POST: the parameters may hold a secret", "POST");
   }
   if (!request.query.empty()) throw HttpError(400, "POST carries its parameters in the body, not in the address");
-  const std::string_view type = Trim(std::string_view(request.contentType).substr(0, request.contentType.find(';')));
-  if (type == "application/json") return ParseJsonObject(request.body);
-  if (type == "application/x-www-form-urlencoded") return ParseForm(request.body);
+  const std::string_view type = Trimmed(std::string_view(request.contentType).substr(0, request.contentType.find(';')));
+  if (EqualsIgnoreCase(type, "application/json")) return ParseJsonObject(request.body);
+  if (EqualsIgnoreCase(type, "application/x-www-form-urlencoded")) return ParseForm(request.body);
   if (type.empty() && request.body.empty()) return Json::Value(Json::objectValue);
   throw HttpError(415, "the body must be application/json or application/x-www-form-urlencoded");
 }
@@ -125,7 +127,7 @@ Json::Value ReadParameters(const HttpRequest& request, const ModuleMethod& metho
 std::map<std::string, std::string> ParseCookies(std::string_view header) {
   std::map<std::string, std::string> cookies;
   for (const std::string_view part : Split(header, ';')) {
-    const std::string_view pair = Trim(part);
+    const std::string_view pair = Trimmed(part);
     const std::size_t equals = pair.find('=');
     if (equals == std::string_view::npos) continue;
     cookies.emplace(pair.substr(0, equals), pair.substr(equals + 1));
@@ -168,7 +170,7 @@ ApiCall ToApiCall(const HttpRequest& request, const ModuleLibrary& module, const
   call.method = &FindMethod(request.path, module);
   call.params = ReadParameters(request, *call.method);
   call.cookies = ParseCookies(request.cookies);
-  call.isAuthorized = !request.remoteUser.empty();
+  call.isAuthorized = request.path.starts_with(kUserPrefix) && !request.remoteUser.empty();
   return call;
 }
 

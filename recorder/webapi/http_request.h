@@ -15,11 +15,15 @@ namespace recorder {
 /// A request that the module does not get to see, with the HTTP status and the reason to answer.
 class HttpError : public std::runtime_error {
  public:
-  HttpError(int status, const std::string& reason) : std::runtime_error(reason), status_(status) {}
+  /// `allow`: for status 405, the verbs that are allowed.
+  HttpError(int status, const std::string& reason, std::string allow = {})
+      : std::runtime_error(reason), status_(status), allow_(std::move(allow)) {}
   int Status() const { return status_; }
+  const std::string& Allow() const { return allow_; }
 
  private:
   int status_;
+  std::string allow_;
 };
 
 /// One request as a web server hands it to a CGI or FastCGI program (RFC 3875).
@@ -44,9 +48,10 @@ inline constexpr std::size_t kLargestBody = std::size_t{1} << 20U;
 HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& variable,
                             const std::function<std::string(std::size_t)>& readBody);
 
-/// The call that an address `/api/<API name>/<version>/<method>` asks for. POST carries a JSON object or a form; GET,
-/// for methods that touch no camera, a query. Refuses requests of other sites: `hostNames` are the names that this
-/// server goes by, besides "localhost" and numeric addresses. Throws HttpError.
+/// The call that an address `/api/<API name>/<version>/<method>` asks for, or `/trusted/...` for callers without a
+/// login, whom the module itself admits. POST carries a JSON object or a form; GET, below /api/ and for methods that
+/// touch no camera, a query. Refuses requests of other sites: `hostNames` are the names that this server goes by,
+/// besides "localhost" and numeric addresses. Throws HttpError.
 ApiCall ToApiCall(const HttpRequest& request, const ModuleLibrary& module, const std::vector<std::string>& hostNames);
 
 /// Parameters of a form or query (application/x-www-form-urlencoded). A value that is an integer in 64 bits, `true` or

@@ -66,8 +66,8 @@ void ServeCgi(const Host& host) {
 
 /// A FastCGI server may start its workers without standard output and error; nothing else may get these descriptors.
 void OpenStandardDescriptors() {
-  for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
-    if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_WRONLY) < 0) std::abort();
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) std::abort();
   }
 }
 

@@ -1,226 +1,101 @@
 #include "platform/utility.h"
 #include "tests/cameracap/request.h"
 
-using scripted::kNoObject;
-using scripted::kNoWrapper;
-using scripted::kThrow;
-
 namespace {
 
 // --- Model list and existing capabilities ---------------------------------------------------------------------------
 
-TEST_F(ModuleTest, ModelListIsAlwaysASuccess) {
-  Script("GetCamModelEnumInfo", List(true), List(false, "half a list"));
-  Send("CameraModelEnum");
-  Send("CameraModelEnum");
-  EXPECT_EQ(Transcript(), Lines(R"(
-    GetCamModelEnumInfo([]); SetSuccess({"cameraModel":[],"success":true}); GetCamModelEnumInfo([])
-    SetSuccess({"cameraModel":["half a list"],"success":false})
-  )"));
-}
+const std::vector<Row> kModelRows = {
+    Row("List", {}, R"(GetCamModelEnumInfo([]); SetSuccess({"cameraModel":["X100"],"success":true}))"),
+    Row("Failure", {{"GetCamModelEnumInfo", List(false, List("half"))}}, R"(GetCamModelEnumInfo([])
+        SetSuccess({"cameraModel":["half"],"success":false}))"),
+};
+INSTANTIATE_TEST_SUITE_P(CameraModelEnum, MethodTest, Rows("CameraModelEnum", kAdmitted, kModelRows), kByName);
 
-TEST_F(ModuleTest, ExistingCapabilitiesAreAllOrAnError) {
-  Script("EnumExistedCameraCap", List(true, "a", "b"), List(false, "half a list"));
-  Send("EnumExistedCamCap");
-  Send("EnumExistedCamCap");
-  EXPECT_EQ(Transcript(), Lines(R"(
-    EnumExistedCameraCap([]); SetSuccess({"camCap":["a","b"]}); EnumExistedCameraCap([])
-    )" + Error(400)));
-  EXPECT_EQ(Reads(), "");
-}
+const std::vector<Row> kExistingRows = {
+    Row("All", {}, R"(EnumExistedCameraCap([]); SetSuccess({"camCap":["a","b"]}))"),
+    Row("OrAnError", {{"EnumExistedCameraCap", List(false, List("half"))}}, "EnumExistedCameraCap([]); " + Error(400)),
+};
+INSTANTIATE_TEST_SUITE_P(EnumExistedCamCap, MethodTest, Rows("EnumExistedCamCap", kAdmitted, kExistingRows), kByName);
 
 // --- Capability of a model ------------------------------------------------------------------------------------------
 
-struct CamCapTest : ModuleTest {
-  void SetUp() override {
-    ModuleTest::SetUp();
-    Script("LoadCapability", 0);
-    Script("GetCamCap", List(-1, Parse(R"({"id":"X100"})")));  // its result is nobody's business
-  }
+const std::string kAskModel = kAdmitted + R"(GetParam("vendor",""); GetParam("model",""); GetParam("channel","0"); )";
+const std::string kLoadModel = R"(LoadCapability(1,"Acme","X100","0",""); )";
+const std::string kGetModel = R"(GetCamCap("Acme","X100",{}); SetSuccess({"camCap":["document"]}))";
+const std::vector<Row> kCamCapRows = {
+    Row("Defaults", {}, kLoadModel + kGetModel),
+    Row("Given", {{"vendor", "user"}, {"model", "X1"}, {"channel", "2"}}, R"(
+        LoadCapability(1,"user","X1","2",""); GetCamCap("user","X1",{}); SetSuccess({"camCap":["document"]}))"),
+    Row("LoadFails", {{"LoadCapability", -3}},
+        kLoadModel + R"(log("cameracap:395","HandleCamCap","Failed to get camera cap.\n"); )" + Error(400)),
+    Row("CallThatCannotBeMade", {{"LoadCapability", kNoObject}},
+        BadCall(416, "LoadCapability", kNullObject) + kGetModel),
+    Row("Exception", {{"GetCamCap", kThrow}}, kLoadModel + R"(GetCamCap("Acme","X100",{}); thrown)"),
+    Row("UserDefined", {{"vendor", "User"}, {"model", "any"}, {"channel", "9"}},
+        R"(SetSuccess({"camCap":[{)"
+        R"("AudioCHList":[],"ChanlList":[],"DINum":0,"FPSList":[],"MDCap":false,"MDList":[],"QualList":[],)"
+        R"("ResoList":[],"VideoSvr":false,"audioCap":false,"cntChanl":1,"cntFPS":0,"cntQual":0,"cntRes":0,)"
+        R"("codecOptimizationCap":0,"defChanl":"1","defCodecOptimization":1,"defFPS":"","defPass":"","defQual":"",)"
+        R"("defReso":"","defRtspKeepAlive":1,"defRtspProtocol":4,"defUser":"","fisheyeType":0,"fpsIndCap":false,)"
+        R"("hasEdgeStg":false,"id":"User Define","multiDI":false,"qualIndCap":false,"resIndCap":false,)"
+        R"("rtspProtocolCap":11,"setDICap":false,"singleStream":true,"stmFisheyeType":0,"streamCnt":0,"videoCap":1,)"
+        R"("videoCapList":[{"stList":["HTTP"],"vt":"MJPEG"},{"stList":["RTSP"],"vt":"H.264"},)"
+        R"({"stList":["RTSP"],"vt":"MPEG4"}]}]}))"),
 };
-
-TEST_F(CamCapTest, AsksTheLibrary) {
-  Send("CamCap");
-  Send("CamCap", {{"vendor", "user"}, {"model", "X100"}, {"channel", "2"}});
-  EXPECT_EQ(Transcript(), Lines(R"(
-    LoadCapability(1, "", "", "0", ""); GetCamCap("", ""); SetSuccess({"camCap":[{"id":"X100"}]})
-    LoadCapability(1, "user", "X100", "2", ""); GetCamCap("user", "X100"); SetSuccess({"camCap":[{"id":"X100"}]})
-  )"));
-}
-
-TEST_F(CamCapTest, ReadsInOrder) {
-  Send("CamCap", {{"vendor", "User"}});
-  EXPECT_EQ(Reads(), Lines(R"(
-    GetParam("vendor", ""); GetParam("model", ""); GetParam("channel", "0")
-  )"));
-}
-
-TEST_F(CamCapTest, FailedLoadIsAnError) {
-  Script("LoadCapability", -3);
-  Send("CamCap");
-  EXPECT_EQ(Transcript(), Lines(R"(
-    LoadCapability(1, "", "", "0", "")
-    log cameracap:395 HandleCamCap "Failed to get camera cap.\n"
-    )" + Error(400)));
-}
-
-TEST_F(CamCapTest, CallThatCannotBeMadeIsNoError) {
-  Script("LoadCapability", kNoObject);
-  Send("CamCap");
-  EXPECT_EQ(Transcript(), Lines(R"(
-    )" + NullObject(416, "LoadCapability") +
-                                R"(
-    GetCamCap("", ""); SetSuccess({"camCap":[{"id":"X100"}]})
-  )"));
-}
-
-TEST_F(CamCapTest, ExceptionPassesThrough) {
-  Script("GetCamCap", kThrow);
-  EXPECT_THROW(Send("CamCap"), std::runtime_error);
-  EXPECT_EQ(scripted::Made("CamCapHandler"), 1);
-}
-
-TEST_F(CamCapTest, UserDefinedCameraHasAFixedDocument) {
-  Json::Value capability = Parse(R"({
-    "id": "User Define", "VideoSvr": false, "ChanlList": [], "defChanl": "1", "cntChanl": 1, "MDCap": false, "DINum": 0,
-    "multiDI": false, "setDICap": false, "resIndCap": false, "fpsIndCap": false, "qualIndCap": false, "defFPS": "",
-    "defReso": "", "defQual": "", "cntFPS": 0, "cntRes": 0, "cntQual": 0, "videoCap": 1, "FPSList": [], "ResoList": [],
-    "QualList": [], "audioCap": false, "AudioCHList": [], "MDList": [], "singleStream": true, "defUser": "",
-    "defPass": "", "fisheyeType": 0, "stmFisheyeType": 0, "defRtspProtocol": 4, "defCodecOptimization": 1,
-    "defRtspKeepAlive": 1, "streamCnt": 0, "hasEdgeStg": false,
-    "videoCapList": [{"vt": "MJPEG", "stList": ["HTTP"]}, {"vt": "H.264", "stList": ["RTSP"]},
-                     {"vt": "MPEG4", "stList": ["RTSP"]}]})");
-  capability["rtspProtocolCap"] = 11U;
-  capability["codecOptimizationCap"] = 0U;
-  Json::Value expected;
-  expected["camCap"].append(capability);
-  EXPECT_EQ(Send("CamCap", {{"vendor", "User"}, {"model", "any"}, {"channel", "9"}}), expected);  // types count
-  EXPECT_EQ(Transcript(), "SetSuccess(" + scripted::Compact(expected) + ")\n");
-  EXPECT_EQ(scripted::Made("CamCapHandler"), 1);
-}
+INSTANTIATE_TEST_SUITE_P(CamCap, MethodTest, Rows("CamCap", kAskModel, kCamCapRows), kByName);
 
 // --- Capability of a camera whose file comes first ------------------------------------------------------------------
 
-const Params kCamera{{"camId", 7},        {"camPort", 80},     {"camIP", "10.0.0.9"},
-                     {"camUser", "root"}, {"camPass", "pw"},   {"vendor", "Acme"},
-                     {"model", "X100"},   {"camChannel", "9"}, {"camCapCmd", 0}};
-
-struct RemoteRow {
-  const char* name;
-  Params params;
-  Params answers;
-  std::string expected;
+const std::string kAskCamera = kAdmitted + R"(
+  GetParam("camId",0); GetParam("camPort",""); GetParam("camIP",""); GetParam("camUser",""); GetParam("camPass","")
+  GetParam("vendor",""); GetParam("model",""); GetParam("camChannel",""); GetParam("camCapCmd",""); )";
+const std::string kObtained = R"(GetCamCapFile("10.0.0.9","root","pw","9","Acme","X100",80,0,0,"",0)
+  LoadCapability(1,"Acme","X100","9","/cap"); GetCamCap("Acme","X100",{}); SetSuccess({"camCap":["document"]}))";
+const std::string kPsia = Swap(kObtained, "Acme", "PSIA");
+const std::string kReplaced = Until("LoadCapability", kPsia) + R"(GetChannelList(); GetDefaultChannel()
+  LoadCapability(1,"PSIA","X100","3","/cap"); GetCamCap("PSIA","X100",{}); SetSuccess({"camCap":["document"]}))";
+const std::vector<Row> kRemoteRows = {
+    Row("Obtained", {{"camCapCmd", 6}}, Swap(kObtained, "\"\",0)", "\"\",6)")),
+    Row("StoredPassword", {{"camPass", gszFakePass}}, R"(GetCamRealPass(7,"Acme","X100","9")
+        )" + Swap(kObtained, "pw", "secret")),
+    Row("NotQuiteThePlaceholder", {{"camPass", "*********"}}, Swap(kObtained, "pw", "*********")),
+    Row("LoadFails", {{"LoadCapability", 2}}, Until("LoadCapability", kObtained) + Error(400)),
+    Row("SubstitutedButRead", {{"GetCamCapFile", List(1, "/cap")}}, Until("GetCamCap", kObtained) + Error(459)),
+    Row("KeptFileWithoutChannelCheck", {{"camCapCmd", 2}, {"vendor", "PSIA"}},
+        R"(GetRealCapFilePath("PSIA","10.0.0.9",80,""); LoadCapability(1,"PSIA","X100","9","/kept")
+        GetCamCap("PSIA","X100",{}); SetSuccess({"camCap":["document"]}))"),
+    Row("ChannelListed", {{"vendor", "PSIA"}}, Swap(kPsia, "GetCamCap(", "GetChannelList(); GetCamCap(")),
+    Row("ChannelNotListed", {{"vendor", "PSIA"}, {"GetChannelList", List(List("1"))}}, kReplaced),
+    Row("ChannelListMissing", {{"vendor", "PSIA"}, {"GetChannelList", kNoWrapper}},
+        Swap(Lines(kReplaced), "GetChannelList()\n", BadCall(517, "GetChannelList", kNotRegistered))),
+    Row("NoChannelCheckForOtherCase", {{"vendor", "psia"}}, Swap(kObtained, "Acme", "psia")),
+    Row("NeedsACommand", {{"camCapCmd", "none"}}, "thrown"),
 };
-const RemoteRow kRemoteRows[] = {
-    {"Obtained", {{"camCapCmd", 6}}, {}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "Acme", "X100", 80, 0, 0, "", 6)
-        LoadCapability(1, "Acme", "X100", "9", "/cap"); GetCamCap("Acme", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-    {"StoredPassword", {{"camPass", gszFakePass}}, {{"GetCamCapFile", 9}}, R"(
-        GetCamRealPass(7, "Acme", "X100", "9")
-        GetCamCapFile("10.0.0.9", "root", "secret", "9", "Acme", "X100", 80, 0, 0, "", 0)
-        )" + Error(457)},
-    {"NotQuiteThePlaceholder", {{"camPass", std::string(gszFakePass) + "*"}}, {{"GetCamCapFile", -1}}, R"(
-        GetCamCapFile("10.0.0.9", "root", "*********", "9", "Acme", "X100", 80, 0, 0, "", 0)
-        )" + Error(457)},
-    {"LoadFails", {}, {{"LoadCapability", 2}}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "Acme", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "Acme", "X100", "9", "/cap")
-        )" + Error(400)},
-    {"SubstitutedButRead", {}, {{"GetCamCapFile", List(1, "/old")}}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "Acme", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "Acme", "X100", "9", "/old"); GetCamCap("Acme", "X100")
-        )" + Error(459)},
-    {"SubstitutedAndLoadFails", {}, {{"GetCamCapFile", 1}, {"LoadCapability", -1}}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "Acme", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "Acme", "X100", "9", "")
-        )" + Error(400)},
-    {"KeptFileWithoutChannelCheck", {{"camCapCmd", 2}, {"vendor", "PSIA"}, {"camPass", gszFakePass}}, {}, R"(
-        GetCamRealPass(7, "PSIA", "X100", "9"); GetRealCapFilePath("PSIA", "10.0.0.9", 80, "")
-        LoadCapability(1, "PSIA", "X100", "9", "/kept"); GetCamCap("PSIA", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-    {"KeptFileDoesNotLoad", {{"camCapCmd", 2}}, {{"LoadCapability", 1}}, R"(
-        GetRealCapFilePath("Acme", "10.0.0.9", 80, ""); LoadCapability(1, "Acme", "X100", "9", "/kept")
-        )" + Error(400)},
-    {"ChannelListed", {{"vendor", "PSIA"}, {"camChannel", "2"}}, {}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "2", "PSIA", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "PSIA", "X100", "2", "/cap"); GetChannelList(); GetCamCap("PSIA", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-    {"ChannelNotListed", {{"vendor", "PSIA"}}, {}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "PSIA", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "PSIA", "X100", "9", "/cap"); GetChannelList(); GetDefaultChannel()
-        LoadCapability(1, "PSIA", "X100", "1", "/cap"); GetCamCap("PSIA", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-    {"ChannelListMissing", {{"vendor", "PSIA"}, {"camChannel", "2"}}, {{"GetChannelList", kNoWrapper}}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "2", "PSIA", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "PSIA", "X100", "2", "/cap")
-        )" + NotRegistered(517, "GetChannelList") + R"(
-        GetDefaultChannel(); LoadCapability(1, "PSIA", "X100", "1", "/cap"); GetCamCap("PSIA", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-    {"NoChannelCheckForOtherCase", {{"vendor", "psia"}}, {}, R"(
-        GetCamCapFile("10.0.0.9", "root", "pw", "9", "psia", "X100", 80, 0, 0, "", 0)
-        LoadCapability(1, "psia", "X100", "9", "/cap"); GetCamCap("psia", "X100")
-        SetSuccess({"camCap":[{"id":"X100"}]}))"},
-};
+INSTANTIATE_TEST_SUITE_P(CamCapRemote, MethodTest, Rows("CamCapRemote", kAskCamera, kRemoteRows), kByName);
 
-struct CamCapRemoteTest : RowTest<RemoteRow> {
-  void SetUp() override {
-    ModuleTest::SetUp();
-    Script("GetCamRealPass", "secret");
-    Script("GetRealCapFilePath", "/kept");
-    Script("GetCamCapFile", List(0, "/cap"));
-    Script("LoadCapability", 0);
-    Script("GetChannelList", List("1", "2"));
-    Script("GetDefaultChannel", "1");
-    Script("GetCamCap", List(0, Parse(R"({"id":"X100"})")));
-  }
-};
-
-TEST_P(CamCapRemoteTest, Goes) {
-  for (const auto& [function, answer] : GetParam().answers) Script(function, answer);
-  Send("CamCapRemote", With(kCamera, GetParam().params));
-  EXPECT_EQ(Transcript(), Lines(GetParam().expected));
-}
-INSTANTIATE_TEST_SUITE_P(Way, CamCapRemoteTest, testing::ValuesIn(kRemoteRows), ByName());
-
-TEST_F(CamCapRemoteTest, FailedFetchNamesItsCause) {
+TEST_F(ModuleTest, FailedFetchNamesItsCause) {
   for (const auto& [result, code] : {std::pair{2, 458}, {3, 460}, {4, 461}, {5, 457}, {7, 457}, {-1, 457}, {-4, 457}}) {
-    scripted::Reset();
-    Script("GetCamCapFile", List(result, "/cap"));
+    Reset();
+    Script("GetCamCapFile", {List(result, "/cap")});
     Send("CamCapRemote", kCamera);
-    EXPECT_EQ(
-        Transcript(),
-        "GetCamCapFile(\"10.0.0.9\", \"root\", \"pw\", \"9\", \"Acme\", \"X100\", 80, 0, 0, \"\", 0)\n" + Error(code))
-        << result;
+    EXPECT_EQ(Transcript(), Lines(kAskCamera) + Until("GetCamCapFile", kObtained) + Lines(Error(code))) << result;
   }
 }
 
-TEST_F(CamCapRemoteTest, SecondLoadMayFail) {
-  Script("LoadCapability", 0, 5);
+TEST_F(ModuleTest, SecondLoadMayFail) {
+  Script("GetChannelList", {List(List("1"))});
+  Script("LoadCapability", {0, 5});
   Send("CamCapRemote", With(kCamera, {{"vendor", "PSIA"}}));
-  EXPECT_EQ(Transcript(), Lines(R"(
-    GetCamCapFile("10.0.0.9", "root", "pw", "9", "PSIA", "X100", 80, 0, 0, "", 0)
-    LoadCapability(1, "PSIA", "X100", "9", "/cap"); GetChannelList(); GetDefaultChannel()
-    LoadCapability(1, "PSIA", "X100", "1", "/cap")
-    )" + Error(400)));
+  EXPECT_EQ(Transcript(), Lines(kAskCamera + kReplaced.substr(0, kReplaced.find("GetCamCap(")) + Error(400)));
 }
 
-TEST_F(CamCapRemoteTest, ReadsInOrder) {
-  Send("CamCapRemote", {{"camPort", 80}, {"camCapCmd", 1}});
-  EXPECT_EQ(Reads(), Lines(R"(
-    GetParam("camId", 0); GetParam("camPort", ""); GetParam("camIP", ""); GetParam("camUser", "")
-    GetParam("camPass", ""); GetParam("vendor", ""); GetParam("model", ""); GetParam("camChannel", "")
-    GetParam("camCapCmd", "")
-  )"));
-}
-
-TEST_F(CamCapRemoteTest, NeedsPortAndCommandBeforeAnythingElse) {
-  for (const char* missing : {"camPort", "camCapCmd"}) {
-    Params params = With(kCamera, {{"camPass", gszFakePass}});
-    params.erase(missing);
-    EXPECT_THROW(Send("CamCapRemote", params), Json::Exception) << missing;
+TEST_F(ModuleTest, PortMayNotBeMissing) {
+  for (const char* method : {"CamCapRemote", "CamCapUserDefineReso"}) {
+    Reset();
+    EXPECT_THROW(Send(method), Json::Exception);
+    EXPECT_EQ(Transcript(), Lines(kAdmitted + R"(GetParam("camId",0); GetParam("camPort",""))"));
   }
-  EXPECT_EQ(Transcript(), "");
 }
 
 }  // namespace

@@ -1,96 +1,35 @@
-#include <functional>
-#include <list>
-
-#include "interface/handlerutils.h"
+#include "platform/device.h"
 #include "tests/cameracap/request.h"
 
 namespace {
 
-template <class R, class... Args>
-struct Registered : MemFuncInterface<R, Args...> {
-  explicit Registered(std::function<R(Args...)> body) : function(std::move(body)) {}
-  R Invoke(DPObjectBase* object, Args... args) override {
-    calledOn = object;
-    return function(std::forward<Args>(args)...);
-  }
-
-  std::function<R(Args...)> function;
-  DPObjectBase* calledOn = nullptr;
-};
-
-struct FunctorTest : ModuleTest {
-  template <class R, class... Args>
-  void ExpectNeutral(int nullObjectLine, int notRegisteredLine, Args... args) {
-    scripted::Reset();
-    Registered<R, Args...> right{[](Args...) { return ADD_FAILURE() << "called", R{}; }};
-    Registered<unsigned> other{[] { return ADD_FAILURE() << "called", 1U; }};
-    DPObjectBase object;
-    const auto call = [&](MemFuncBase* wrapper, DPObjectBase* target) {
-      Functor<R, Args...> functor;
-      functor.wrapper = wrapper;
-      functor.object = target;
-      functor.name = "Name";
-      EXPECT_EQ(functor(args...), R{});
-    };
-    call(nullptr, nullptr);
-    call(&right, nullptr);
-    call(&other, nullptr);
-    call(nullptr, &object);
-    call(&other, &object);
-    const std::string nullObject = NullObject(nullObjectLine, "Name");
-    const std::string notRegistered = NotRegistered(notRegisteredLine, "Name");
-    EXPECT_EQ(Transcript(), nullObject + nullObject + nullObject + notRegistered + notRegistered);
-  }
-};
-
-TEST_F(FunctorTest, LogsACallThatCannotBeMade) {
-  using std::string;
-  using Strings = std::list<string>;
-  string text;
-  int number = 0;
-  ExpectNeutral<bool>(514, 517);
-  ExpectNeutral<int>(514, 517);
-  ExpectNeutral<string>(514, 517);
-  ExpectNeutral<Strings>(514, 517);
-  ExpectNeutral<Strings, int>(495, 498, 1);
-  ExpectNeutral<int, int>(495, 498, 1);
-  ExpectNeutral<int, int, int>(476, 479, 1, 2);
-  ExpectNeutral<int, string&, int&>(476, 479, text, number);
-  ExpectNeutral<int, string&, int&, int&>(456, 459, text, number, number);
-  ExpectNeutral<int, int, string, string, string, string>(416, 419, 1, "a", "b", "c", "d");
+/// Makes calls that cannot be made: with no function, with one of another signature, with no object.
+template <class R, class... Types>
+void ExpectNeutral(const Functor<R, Types...>& functor, int line, MemFuncBase* other, auto... args) {
+  Reset();
+  const auto call = [&](MemFuncBase* wrapper, DPObjectBase* object) {
+    EXPECT_EQ((Functor<R, Types...>{wrapper, object, functor.name}(args...)), R{});
+  };
+  call(nullptr, functor.object);
+  call(other, functor.object);
+  call(other, nullptr);
+  call(functor.wrapper, nullptr);
+  const std::string nullObject = BadCall(line, functor.name, kNullObject);
+  const std::string notRegistered = BadCall(line + 3, functor.name, kNotRegistered);
+  EXPECT_EQ(Transcript(), Lines(notRegistered + notRegistered + nullObject + nullObject));
 }
 
-TEST_F(FunctorTest, PassesReferencesThroughAndCopiesValues) {
-  DPObjectBase object;
-  Registered<int, std::string&, int&> fill{[](std::string& path, int& port) {
-    path += "/live";
-    return port++;
-  }};
-  Functor<int, std::string&, int&> filling{&fill, &object, "Fill"};
-  std::string path = "a";
-  int port = 80;
-  EXPECT_EQ(filling(path, port), 80);
-  EXPECT_EQ(path, "a/live");
-  EXPECT_EQ(port, 81);
-  EXPECT_EQ(fill.calledOn, &object);
-
-  Registered<int, int, std::string, std::string, std::string, std::string> load{
-      [](int source, std::string vendor, const std::string& model, const std::string& channel,
-         const std::string& file) {
-        vendor += model + channel + file;
-        return vendor == "vmcf" ? -source : 0;
-      }};
-  Functor<int, int, std::string, std::string, std::string, std::string> loading{&load, &object, "Load"};
-  const std::string vendor = "v";
-  EXPECT_EQ(loading(1, vendor, "m", "c", "f"), -1);
-  EXPECT_EQ(vendor, "v");
-  EXPECT_EQ(Transcript(), "");
-}
-
-TEST_F(FunctorTest, LetsExceptionsThrough) {
-  DPObjectBase object;
-  Registered<int> failing{[]() -> int { throw std::out_of_range("device"); }};
-  EXPECT_THROW((Functor<int>{&failing, &object, "Fail"}()), std::out_of_range);
+TEST_F(ModuleTest, CallThatCannotBeMadeIsLogged) {
+  const CamCapHandler cap;
+  const DeviceAPIHandler api;
+  ExpectNeutral(api.HasStreamPath, 514, api.VerifyConnection.wrapper);
+  ExpectNeutral(api.VerifyConnection, 514, api.HasStreamPath.wrapper);
+  ExpectNeutral(cap.GetDefaultChannel, 514, cap.GetChannelList.wrapper);
+  ExpectNeutral(cap.GetChannelList, 514, cap.GetDefaultChannel.wrapper);
+  ExpectNeutral(cap.GetListForCodec, 495, cap.GetStreamingTypeFor.wrapper, 1);
+  ExpectNeutral(api.GetStreamPath, 476, api.SelectVideoType.wrapper, std::string(), 1);
+  ExpectNeutral(api.GetSnapshotPath, 456, api.GetStreamPath.wrapper, std::string(), 1, 1);
+  ExpectNeutral(cap.LoadCapability, 416, cap.GetDefaultChannel.wrapper, 1, "a", "b", "c", "d");
 }
 
 }  // namespace

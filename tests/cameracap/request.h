@@ -3,19 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <sstream>
 #include <string>
+#include <vector>
 
 #include "cameracap/cameracap.h"
 #include "tests/double/script.h"
 
 // One request to the module, against the scripted recorder.
 
-using scripted::Lines;
-using scripted::List;
-using scripted::Parse;
-using scripted::Script;
-using scripted::Transcript;
+using namespace scripted;
 
 using Params = std::map<std::string, Json::Value>;
 
@@ -25,58 +21,90 @@ inline Params With(Params params, const Params& replaced) {
   return params;
 }
 
+/// What a request says of its camera, in the words of every method.
+inline const Params kCamera = Members(R"({
+  "camId": 7, "camPort": 80, "camIP": "10.0.0.9", "camUser": "root", "camUserName": "root", "camPass": "pw",
+  "camPassword": "pw", "camPassWord": "pw", "vendor": "Acme", "model": "X100", "camModel": "Acme X100",
+  "camChannel": "9", "camSourcePath": "/src", "camVideoType": "H.264", "camStreamingType": "RTSP", "camCapCmd": 0,
+  "jsonResponse": true})");
+
 /// Runs one request and returns the data of its answer.
 inline Json::Value Send(const std::string& method, const Params& params = {}) {
-  NORV::APIRequest::Impl requestImpl{method, params};
-  NORV::APIResponse::Impl responseImpl;
-  NORV::APIRequest request{&requestImpl};
-  NORV::APIResponse response{&responseImpl};
-  HandleProcess(&request, &response);
-  return responseImpl.data;
+  Exchange exchange{{method, params}};
+  HandleProcess(&exchange.request, &exchange.response);
+  return exchange.responseImpl.data;
 }
+
+// --- Pieces of transcripts ------------------------------------------------------------------------------------------
+
+/// What every request of a logged-in user begins with.
+inline const std::string kAdmitted = "GetParam(\"relayedCmd\",false); IsCmsHost(); IsAuthorized(); GetAPIMethod(); ";
 
 /// The line of an error answer.
-inline std::string Error(int code) {
-  return "SetError(" + std::to_string(code) + R"(, {"param1":"","param2":""}))" + "\n";
+inline std::string Error(int code) { return "SetError(" + std::to_string(code) + R"(,{"param1":"","param2":""}))"; }
+
+/// The line of a checked call that could not be made.
+inline std::string BadCall(int line, const std::string& name, const std::string& cause) {
+  return "log(\"interface/handlerutils:" + std::to_string(line) + "\",\"operator()\",\"[" + name + "] Error: " + cause +
+         "\\n\"); ";
+}
+inline const std::string kNullObject = "Failed to run functor with DPObjectBase as NULL.";
+inline const std::string kNotRegistered =
+    "Some Functor is not registered properly. Check the template argument list and Function ID.";
+
+/// `text` with `from` replaced by `to` wherever it is.
+inline std::string Swap(std::string text, const std::string& from, const std::string& to) {
+  for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+    text.replace(at, from.size(), to);
+  return text;
 }
 
-/// The line of a checked call that had no object, or no function of its signature.
-inline std::string NullObject(int line, const std::string& name) {
-  return "log interface/handlerutils:" + std::to_string(line) + " operator() \"[" + name +
-         "] Error: Failed to run functor with DPObjectBase as NULL.\\n\"\n";
-}
-inline std::string NotRegistered(int line, const std::string& name) {
-  return "log interface/handlerutils:" + std::to_string(line) + " operator() \"[" + name +
-         "] Error: Some Functor is not registered properly. Check the template argument list and Function ID.\\n\"\n";
+/// The lines of a transcript up to the first call of a function, inclusive.
+inline std::string Until(const std::string& function, const std::string& transcript) {
+  const std::string lines = Lines(transcript);
+  const size_t start = ("\n" + lines).find("\n" + function + "(");
+  return lines.substr(0, lines.find('\n', start) + 1);
 }
 
-/// The handlers' own parameter reads.
-inline std::string Reads() {
-  std::istringstream lines{scripted::FullTranscript()};
-  std::string reads;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.rfind("GetParam(", 0) == 0 && line.find("relayedCmd") == std::string::npos) reads += line + "\n";
-  }
-  return reads;
-}
+// --- Cases ----------------------------------------------------------------------------------------------------------
 
-class ModuleTest : public testing::Test {
- protected:
-  void SetUp() override { scripted::Reset(); }
+struct ModuleTest : testing::Test {
+  void SetUp() override { Reset(); }
   void TearDown() override {
-    for (const std::string& fault : scripted::Finish()) ADD_FAILURE() << fault;
+    for (const std::string& fault : Finish()) ADD_FAILURE() << fault;
   }
 };
 
-template <class Base, class Row>
-class RowTestOf : public Base, public testing::WithParamInterface<Row> {};
-template <class Row>
-using RowTest = RowTestOf<ModuleTest, Row>;
+/// One case. What is `given` in place of the usual: parameters (lower case) and answers (upper case).
+struct Row {
+  Row(const char* nameOf, Params givenOf, std::string lines)
+      : name(nameOf), given(std::move(givenOf)), expected(std::move(lines)) {}
+  std::string name;
+  Params given;
+  std::string expected;  ///< transcript
+  std::string method;
+};
+
+struct RowTest : ModuleTest, testing::WithParamInterface<Row> {
+  void SetUp() override {
+    ModuleTest::SetUp();
+    for (const auto& [name, value] : GetParam().given) Script(name, {value});
+  }
+};
+
+/// Sends a row's request. The transcript ends with the raw answer on standard output, or with "thrown", if any.
+struct MethodTest : RowTest {};
+
+/// Rows of one method about the usual camera, with more that is given to all and lines that all begin with.
+inline auto Rows(const std::string& method, const std::string& opening, std::vector<Row> rows,
+                 const Params& given = {}) {
+  for (Row& row : rows) {
+    row.method = method;
+    row.given = With(With(kCamera, given), row.given);
+    row.expected.insert(0, opening);
+  }
+  return testing::ValuesIn(rows);
+}
 
 /// Names a row's test after its member `name`.
-struct ByName {
-  template <class Row>
-  std::string operator()(const testing::TestParamInfo<Row>& info) const {
-    return info.param.name;
-  }
-};
+inline const auto kByName = [](const auto& info) { return std::string(info.param.name); };

@@ -3,321 +3,109 @@
 #include "platform/utility.h"
 #include "tests/cameracap/request.h"
 
-using scripted::kNoObject;
-using scripted::kThrow;
-
 namespace {
-
-struct PictureTest : ModuleTest {
-  void SetUp() override {
-    ModuleTest::SetUp();
-    for (const char* flag : {"IsGenericApi", "NeedsSourcePath"}) Script(flag, false);
-    for (const char* success : {"LoadCapability", "SelectVideoType"}) Script(success, 0);
-    Script("GetCamConnStatus", 1);
-    Script("GetCamRealPass", "secret");
-    Script("GetRealCapFilePath", "/kept");
-    Script("GetChannelList", List("1", "2"));
-    Script("GetDefaultChannel", "1");
-    Script("IsValid", true);
-    Script("GetListForCodec", List("640x480", "320x240"));
-    Script("GetVideoType", 3);
-    Script("GetSnapshotPath", List(0, "/shot", 8080, 1));
-    Script("SnapshotGetFromAPI", List(0, "jpg"));
-    Script("ReadContentFromFileToBuf", List(0, "png"));
-    Script("HttpBase64EncodeUnsigned", "base64");
-    Script("GetJpegReso", List(1280, 720));
-  }
-};
-
-// --- Acquisition ----------------------------------------------------------------------------------------------------
-
-struct AcquisitionRow {
-  const char* name;
-  Params answers;
-  int result;
-  std::string expected;
-};
-const AcquisitionRow kAcquisitionRows[] = {
-    {"Interface", {}, 0, R"(
-        NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "640x480", 3))"},
-    {"InterfaceFails", {{"SnapshotGetFromAPI", 9}}, 9, R"(
-        NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "640x480", 3))"},
-    {"SelectsTheCodec",
-     {{"NeedsSourcePath", true}, {"SelectVideoType", -1}, {"GetSnapshotPath", List(0, "/", 81, 5)}},
-     0,
-     R"(
-        NeedsSourcePath(); SelectVideoType(3, 0); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 81, "root", "pw", "640x480", 3))"},
-    {"Stream", {{"GetSnapshotPath", List(0, "/live", 554, 4)}, {"NextPartInfo", 1}}, -1, R"(
-        NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        RtpFetch("10.0.0.9", 554, "/live", "root", "pw", false, "", 2, 4, 0, "", ""); MP4Stream(1, 7)
-        NextPartInfo(null, 0)
-        log cameracap:221 GetImgByRTP "Get rtp header failed.\n"
-        ~MP4Stream; ~RtpFetch)"},
-    {"NoPath", {{"GetSnapshotPath", List(-2, "/live", 554, 4)}}, -1, R"(
-        NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        log cameracap:275 GetSnapshot "Failed to get snapshot path.\n")"},
-    {"CallsThatCannotBeMade", {{"NeedsSourcePath", kNoObject}, {"GetSnapshotPath", kNoObject}}, 0, R"(
-        )" + NullObject(514, "NeedsSourcePath") + R"(
-        )" + NullObject(456, "GetSnapshotPath") + R"(
-        SnapshotGetFromAPI("10.0.0.9", 80, "root", "pw", "640x480", 3))"},
-};
-struct AcquisitionTest : RowTestOf<PictureTest, AcquisitionRow> {};
-TEST_P(AcquisitionTest, Goes) {
-  for (const auto& [function, answer] : GetParam().answers) Script(function, answer);
-  DeviceAPIHandler api;
-  unsigned char* jpeg = nullptr;
-  int jpegSize = 77;
-  EXPECT_EQ(GetSnapshot("10.0.0.9", 80, "root", "pw", api, "640x480", &jpeg, &jpegSize, "H.264", 7), GetParam().result);
-  EXPECT_EQ(Transcript(), "GetVideoType(\"H.264\")\n" + Lines(GetParam().expected));
-  EXPECT_EQ(jpegSize, GetParam().result == 0 ? 3 : std::string(GetParam().name) == "Stream" ? 0 : 77);
-  std::free(jpeg);
-}
-INSTANTIATE_TEST_SUITE_P(Way, AcquisitionTest, testing::ValuesIn(kAcquisitionRows), ByName());
-
-TEST_F(PictureTest, OnlyKindFourIsTheStream) {
-  for (const int kind : {-1, 0, 1, 2, 3, 5, 8}) {
-    Script("GetSnapshotPath", List(0, "/shot", 8080, kind));
-    Send("GetSnapshot", {{"jsonResponse", true}});
-  }
-  EXPECT_EQ(scripted::Made("RtpFetch"), 0);
-}
 
 // --- The snapshot request -------------------------------------------------------------------------------------------
 
-const Params kCamera{{"camId", 7},
-                     {"camPort", 80},
-                     {"jsonResponse", true},
-                     {"camIP", "10.0.0.9"},
-                     {"camUserName", "root"},
-                     {"camPassword", "pw"},
-                     {"camSourcePath", "/src"},
-                     {"camModel", "Acme X100"},
-                     {"camChannel", "2"},
-                     {"camVideoType", "H.264"}};
-const char kDefaultPicture[] = R"(
-        ReadContentFromFileToBuf("../images/add_camera_default.png", true); HttpBase64EncodeUnsigned("png")
-        SetSuccess({"contentType":"jpeg","img":"base64"}))";
-const char kUntilSnapshot[] = R"(
-        GetCamConnStatus(7); IsGenericApi("Acme", "X100"); LoadCapability(1, "Acme", "X100", "2", "")
-        GetChannelList(); LoadByParam(1, "10.0.0.9", 80, "root", "pw", "Acme", "X100", "2", "/src"); IsValid()
-        NeedsSourcePath(); GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath()
-        GetSnapshotPath("", 80, 0)
-        )";
-const char kThroughInterface[] = R"(SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "640x480", 3)
-        )";
-const char kSnapshotFailed[] = R"(log cameracap:792 HandleCameraSnapshot "Failed to get camera snapshot.\n")";
+const std::string kAsk = kAdmitted + R"(
+  GetParam("camId",null); GetParam("camPort",null); GetParam("jsonResponse",null); GetParam("camIP",null)
+  GetParam("camUserName",null); GetParam("camPassword",null); GetParam("camSourcePath",null); GetParam("camModel",null)
+  GetParam("camChannel",null); GetParam("camVideoType",null); )";
+const std::string kTake = R"(
+  GetCamConnStatus(7); IsGenericApi("Acme","X100"); LoadCapability(1,"Acme","X100","9",""); GetChannelList()
+  LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid(); NeedsSourcePath(); GetListForCodec(3)
+  GetVideoType("H.264"); NeedsSourcePath(); GetSnapshotPath("",80,0)
+  SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )";
+const std::string kAnswer = R"(HttpBase64EncodeUnsigned("jpg"); SetSuccess({"contentType":"jpeg","img":"base64"}))";
+const std::string kRead = R"(ReadContentFromFileToBuf("../images/add_camera_default.png",true); )";
+const std::string kDefault = kRead + Swap(kAnswer, "jpg", "png");
+const std::string kFailed =
+    R"(log("cameracap:792","HandleCameraSnapshot","Failed to get camera snapshot.\n"); )" + kDefault;
+const std::string kNoModel = R"(log("cameracap:746","HandleCameraSnapshot","Get camera capability failed.\n"); )";
+const std::string kNoPath = R"(log("cameracap:275","GetSnapshot","Failed to get snapshot path.\n"); )";
+const std::string kNoCodec = Swap(Swap(kTake, "GetListForCodec(3)\n", ""), "640x480", "");
+const std::string kStream = Swap(Until("GetSnapshotPath", kNoCodec), "H.264", "MPEG2") + R"(
+  RtpFetch("10.0.0.9",554,"/live","root","pw",false,"",2,4,0,"",""); MP4Stream(1,7); NextPartInfo(false,0)
+  )";
+const std::vector<Row> kSnapshotRows = {
+    Row("Picture", {}, kTake + kAnswer),
+    Row("Disabled", {{"GetCamConnStatus", 6}}, "GetCamConnStatus(7); " + kDefault),
+    Row("CapabilityFails", {{"LoadCapability", 1}}, Until("LoadCapability", kTake) + kNoModel + kDefault),
+    Row("GenericWithOtherChannel", {{"camChannel", "2"}, {"IsGenericApi", true}, {"IsValid", false}}, R"(
+        GetCamConnStatus(7); IsGenericApi("Acme","X100"); GetRealCapFilePath("Acme","10.0.0.9",80,"")
+        LoadCapability(1,"Acme","X100","2","/kept"); GetChannelList(); GetDefaultChannel()
+        LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","3","/src"); IsValid()
+        log("cameracap:770","HandleCameraSnapshot","Failed to get camera API.\n"); )" + kDefault),
+    Row("UserDefinedBySourcePath",
+        {{"camModel", "User Define"}, {"camId", 0}, {"camPassword", gszFakePass}, {"NeedsSourcePath", true}},
+        R"(GetCamRealPass(0,"User","Define","9")
+        LoadByParam(1,"10.0.0.9",80,"root","secret","User","Define","9","/src"); IsValid(); NeedsSourcePath()
+        GetVideoType("H.264"); NeedsSourcePath(); SelectVideoType(3,0); GetSnapshotPath("",80,0)
+        SnapshotGetFromAPI("10.0.0.9",8080,"root","secret","",3); )" +
+            kAnswer),
+    Row("OtherKinds", {{"GetSnapshotPath", List(0, "/shot", 8080, 5)}}, kTake + kAnswer),
+    Row("FailsButLeavesAPicture", {{"SnapshotGetFromAPI", List(4, "half")}}, kTake + kFailed),
+    Row("SuccessWithoutAPicture", {{"SnapshotGetFromAPI", 0}}, kTake + kFailed),
+    Row("PictureOfNoBytes", {{"SnapshotGetFromAPI", List(0, "")}}, kTake + kFailed),
+    Row("NoPath", {{"GetSnapshotPath", 1}}, Until("GetSnapshotPath", kTake) + kNoPath + kFailed),
+    Row("CallThatCannotBeMade", {{"GetSnapshotPath", kNoObject}},
+        Swap(Swap(Lines(kTake), "GetSnapshotPath(\"\",80,0)\n", BadCall(456, "GetSnapshotPath", kNullObject)), "8080",
+             "80") +
+            kAnswer),
+    Row("NoSetting", {{"GetListForCodec", List(List())}}, Swap(kTake, "640x480", "") + kAnswer),
+    Row("NoDefaultPicture", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}},
+        "GetCamConnStatus(7); " + kRead +
+            R"(log("cameracap:685","GetDefaultSnapshot","Failed to read img[../images/add_camera_default.png]!\n"))"),
+    Row("StreamDecodes", {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}}, kStream + R"(
+        GetVideoFormat(1); Init(0,1748121140,"cfg"); GetImgContentInfo(); GetCurTimestamp(); MediaUnit #1(7)
+        #1.SetPTS(5000000); #1.SetDTS(5000000); #1.SetTimestamp(5000000); FetchContent(3)
+        Packetize("\u0000\u0000\u0000\u0001abc"); ~MediaUnit #1; MediaUnit #2(3); Packetize("")
+        DoFFMpegGetJpeg(3,"cfg","key"); ~MediaUnit #2; ~MP4Stream; ~RtpFetch; )" + Swap(kAnswer, "jpg", "decoded")),
+    Row("StreamFails", {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}, {"NextPartInfo", 1}},
+        kStream + R"(log("cameracap:221","GetImgByRTP","Get rtp header failed.\n"); ~MP4Stream; ~RtpFetch; )" +
+            kFailed),
+    Row("Raw", {{"jsonResponse", false}, {"SnapshotGetFromAPI", List(0, std::string("j\0p\ng", 5))}},
+        kTake + R"(stdout("Content-type: image/jpeg\r\nContent-length: 5\r\n\r\nj\u0000p\ng"))"),
+    Row("RawDefault", {{"jsonResponse", false}, {"GetCamConnStatus", 6}},
+        "GetCamConnStatus(7); " + kRead + R"(stdout("Content-type: image/jpeg\r\nContent-length: 3\r\n\r\npng"))"),
+    Row("Exception", {{"HttpBase64EncodeUnsigned", kThrow}},
+        Until("HttpBase64EncodeUnsigned", kTake + kAnswer) + "thrown"),
+    Row("ExceptionOfDefault", {{"SnapshotGetFromAPI", List(1, "half")}, {"ReadContentFromFileToBuf", kThrow}},
+        kTake + Until("ReadContentFromFileToBuf", kFailed) + "thrown"),
+};
+INSTANTIATE_TEST_SUITE_P(GetSnapshot, MethodTest, Rows("GetSnapshot", kAsk, kSnapshotRows), kByName);
 
-struct SnapshotRow {
-  const char* name;
-  Params params;
-  Params answers;
-  std::string expected;
-};
-const SnapshotRow kSnapshotRows[] = {
-    {"Picture", {}, {}, std::string(kUntilSnapshot) + kThroughInterface + R"(
-        HttpBase64EncodeUnsigned("jpg"); SetSuccess({"contentType":"jpeg","img":"base64"}))"},
-    {"Disabled", {}, {{"GetCamConnStatus", 6}}, std::string("GetCamConnStatus(7)") + kDefaultPicture},
-    {"CapabilityFails", {{"camPassword", gszFakePass}}, {{"LoadCapability", 1}}, std::string(R"(
-        GetCamConnStatus(7); GetCamRealPass(7, "Acme", "X100", "2"); IsGenericApi("Acme", "X100")
-        LoadCapability(1, "Acme", "X100", "2", "")
-        log cameracap:746 HandleCameraSnapshot "Get camera capability failed.\n")") + kDefaultPicture},
-    {"GenericWithOtherChannel",
-     {{"camChannel", "9"}, {"camPassword", gszFakePass}},
-     {{"IsGenericApi", true}, {"IsValid", false}},
-     std::string(R"(
-        GetCamConnStatus(7); GetCamRealPass(7, "Acme", "X100", "9"); IsGenericApi("Acme", "X100")
-        GetRealCapFilePath("Acme", "10.0.0.9", 80, ""); LoadCapability(1, "Acme", "X100", "9", "/kept")
-        GetChannelList(); GetDefaultChannel()
-        LoadByParam(1, "10.0.0.9", 80, "root", "secret", "Acme", "X100", "1", "/src"); IsValid()
-        log cameracap:770 HandleCameraSnapshot "Failed to get camera API.\n")") +
-         kDefaultPicture},
-    {"UserDefinedBySourcePath", {{"camModel", "User Define"}, {"camId", 0}}, {{"NeedsSourcePath", true}}, R"(
-        LoadByParam(1, "10.0.0.9", 80, "root", "pw", "User", "Define", "2", "/src"); IsValid(); NeedsSourcePath()
-        GetVideoType("H.264"); NeedsSourcePath(); SelectVideoType(3, 0); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "", 3); HttpBase64EncodeUnsigned("jpg")
-        SetSuccess({"contentType":"jpeg","img":"base64"}))"},
-    {"SnapshotFails",
-     {},
-     {{"SnapshotGetFromAPI", 4}},
-     std::string(kUntilSnapshot) + kThroughInterface + kSnapshotFailed + kDefaultPicture},
-    {"SnapshotFailsButLeavesAPicture",
-     {},
-     {{"SnapshotGetFromAPI", List(4, "half")}},
-     std::string(kUntilSnapshot) + kThroughInterface + kSnapshotFailed + kDefaultPicture},
-    {"SuccessWithoutAPicture",
-     {},
-     {{"SnapshotGetFromAPI", 0}},
-     std::string(kUntilSnapshot) + kThroughInterface + kSnapshotFailed + kDefaultPicture},
-    {"SuccessWithAPictureOfNoBytes",
-     {},
-     {{"SnapshotGetFromAPI", List(0, "")}},
-     std::string(kUntilSnapshot) + kThroughInterface + kSnapshotFailed + kDefaultPicture},
-    {"NoPath", {}, {{"GetSnapshotPath", 1}}, std::string(kUntilSnapshot) + R"(
-        log cameracap:275 GetSnapshot "Failed to get snapshot path.\n"
-        )" + kSnapshotFailed + kDefaultPicture},
-    {"NoDefaultPicture", {}, {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}}, R"(
-        GetCamConnStatus(7); ReadContentFromFileToBuf("../images/add_camera_default.png", true)
-        log cameracap:685 GetDefaultSnapshot "Failed to read img[../images/add_camera_default.png]!\n")"},
-    {"StreamDecodes", {{"camVideoType", "MPEG2"}}, {{"GetSnapshotPath", List(0, "/live", 554, 4)}}, R"(
-        GetCamConnStatus(7); IsGenericApi("Acme", "X100"); LoadCapability(1, "Acme", "X100", "2", "")
-        GetChannelList(); LoadByParam(1, "10.0.0.9", 80, "root", "pw", "Acme", "X100", "2", "/src"); IsValid()
-        NeedsSourcePath(); GetVideoType("MPEG2"); NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        RtpFetch("10.0.0.9", 554, "/live", "root", "pw", false, "", 2, 4, 0, "", ""); MP4Stream(1, 7)
-        NextPartInfo(null, 0); GetVideoFormat(1); Init(1, 1785750887, null); GetImgContentInfo()
-        GetCurTimestamp(); MediaUnit #1(2); #1.SetPTS(9); #1.SetDTS(9); #1.SetTimestamp(9); FetchContent(2)
-        Packetize #1("jj"); Packetize(); DoFFMpegGetJpeg(3, null, "key"); ~MediaUnit #2; ~MP4Stream; ~RtpFetch
-        HttpBase64EncodeUnsigned("decoded"); SetSuccess({"contentType":"jpeg","img":"base64"}))"},
-};
-
-struct SnapshotTest : RowTestOf<PictureTest, SnapshotRow> {
-  void SetUp() override {
-    PictureTest::SetUp();
-    Script("NextPartInfo", 0);
-    Script("GetVideoFormat", List(0, 1, 0x6a706567, ""));
-    Script("Init", List(0, true));
-    Script("GetImgContentInfo", List(2, 0, 9));
-    Script("GetCurTimestamp", 9);
-    Script("FetchContent", List(0, "jj"));
-    Script("Packetize", List(2, "key"), Json::Value());
-    Script("DoFFMpegGetJpeg", List(0, "decoded"));
-  }
-};
-TEST_P(SnapshotTest, AnswersInJson) {
-  for (const auto& [function, answer] : GetParam().answers) Script(function, answer);
-  testing::internal::CaptureStdout();
-  Send("GetSnapshot", With(kCamera, GetParam().params));
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(Transcript(), Lines(GetParam().expected));
-}
-INSTANTIATE_TEST_SUITE_P(Way, SnapshotTest, testing::ValuesIn(kSnapshotRows), ByName());
-
-struct RawRow {
-  const char* name;
-  Params answers;
-  std::string expected;  ///< on standard output
-};
-const RawRow kRawRows[] = {
-    {"Picture",
-     {{"SnapshotGetFromAPI", List(0, std::string("j\0p\ng", 5))}},
-     "Content-type: image/jpeg\r\nContent-length: 5\r\n\r\n" + std::string("j\0p\ng", 5)},
-    {"Default", {{"SnapshotGetFromAPI", 1}}, "Content-type: image/jpeg\r\nContent-length: 3\r\n\r\npng"},
-    {"NoDefault", {{"SnapshotGetFromAPI", 1}, {"ReadContentFromFileToBuf", 1}}, ""},
-};
-struct RawSnapshotTest : RowTestOf<PictureTest, RawRow> {};
-TEST_P(RawSnapshotTest, AnswersOnStandardOutput) {
-  for (const auto& [function, answer] : GetParam().answers) Script(function, answer);
-  Params params = kCamera;
-  params.erase("jsonResponse");
-  testing::internal::CaptureStdout();
-  Send("GetSnapshot", params);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), GetParam().expected);
-  EXPECT_EQ(Transcript().find("Set"), std::string::npos);
-  EXPECT_EQ(Transcript().find("Base64"), std::string::npos);
-}
-INSTANTIATE_TEST_SUITE_P(Way, RawSnapshotTest, testing::ValuesIn(kRawRows), ByName());
-
-TEST_F(PictureTest, SettingIsTheFirstOfTheCodecs) {
-  for (const auto& [name, number] :
-       {std::pair{"MJPEG", 1}, {"MPEG4", 2}, {"H.264", 3}, {"MXPEG", 5}, {"MPEG2", 0}, {"mjpeg", 0}, {"", 0}}) {
-    scripted::Reset();
-    SetUp();
+TEST_F(ModuleTest, SettingIsOfTheCodec) {
+  for (const auto& [name, number] : {std::pair{"MJPEG", 1}, {"MPEG4", 2}, {"H.264", 3}, {"MXPEG", 5}, {"mjpeg", 0}}) {
+    Reset();
     Send("GetSnapshot", With(kCamera, {{"camVideoType", name}}));
-    EXPECT_EQ(Transcript().find("GetListForCodec(" + std::to_string(number) + ")") != std::string::npos, number != 0);
-    EXPECT_EQ(Transcript().find("GetListForCodec(") != std::string::npos, number != 0) << name;
-    EXPECT_EQ(Transcript().find("\"pw\", \"640x480\", 3)") != std::string::npos, number != 0) << name;
+    const std::string taken = number == 0 ? kNoCodec : Swap(kTake, "Codec(3)", "Codec(" + std::to_string(number) + ")");
+    EXPECT_EQ(Transcript(), Lines(kAsk + Swap(taken, "H.264", name) + kAnswer));
   }
-  Script("GetListForCodec", List());
-  Send("GetSnapshot", kCamera);
-  EXPECT_NE(Transcript().find("\"pw\", \"\", 3)"), std::string::npos);
-}
-
-TEST_F(PictureTest, SnapshotReadsInOrder) {
-  Script("GetListForCodec", List());
-  testing::internal::CaptureStdout();
-  Send("GetSnapshot");
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(Reads(), Lines(R"(
-    GetParam("camId", null); GetParam("camPort", null); GetParam("jsonResponse", null); GetParam("camIP", null)
-    GetParam("camUserName", null); GetParam("camPassword", null); GetParam("camSourcePath", null)
-    GetParam("camModel", null); GetParam("camChannel", null); GetParam("camVideoType", null)
-  )"));
-  EXPECT_EQ(Transcript().find("GetCamConnStatus"), std::string::npos);
-}
-
-TEST_F(PictureTest, ExceptionsFreeThePicture) {
-  Script("HttpBase64EncodeUnsigned", kThrow);
-  EXPECT_THROW(Send("GetSnapshot", kCamera), std::runtime_error);
-  Script("GetJpegReso", kThrow);
-  EXPECT_THROW(Send("CamCapUserDefineReso", {{"camPort", 80}}), std::runtime_error);
-  Script("SnapshotGetFromAPI", List(1, "half"));
-  Script("ReadContentFromFileToBuf", kThrow);
-  EXPECT_THROW(Send("GetSnapshot", kCamera), std::runtime_error);
 }
 
 // --- The size probe -------------------------------------------------------------------------------------------------
 
-const Params kProbed{{"camId", 7},        {"camPort", 80},     {"camIP", "10.0.0.9"},
-                     {"camUser", "root"}, {"camPass", "pw"},   {"vendor", "Acme"},
-                     {"model", "X100"},   {"camChannel", "9"}, {"camSourcePath", "/src"}};
-
-struct ProbeRow {
-  const char* name;
-  Params params;
-  Params answers;
-  std::string expected;  ///< from the load on
+const std::string kAskProbe = kAdmitted + R"(
+  GetParam("camId",0); GetParam("camPort",""); GetParam("camIP",""); GetParam("camUser",""); GetParam("camPass","")
+  GetParam("vendor",""); GetParam("model",""); GetParam("camChannel",""); GetParam("camSourcePath","")
+  GetParam("camVdoType","MJPEG"); )";
+const std::string kMeasure = R"(LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid()
+  GetVideoType("MJPEG"); NeedsSourcePath(); GetSnapshotPath("",80,0)
+  SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","",3); GetJpegReso("jpg"); )";
+const std::vector<Row> kProbeRows = {
+    Row("Measured", {}, kMeasure + R"(SetSuccess({"userDefineReso":"1280x720"}))"),
+    Row("NoPicture", {{"GetSnapshotPath", 1}, {"GetJpegReso", List(0, 0)}},
+        Until("GetSnapshotPath", kMeasure) + kNoPath + "GetJpegReso(null); " + Error(457)),
+    Row("NoWidth", {{"camVdoType", "H.264"}, {"SnapshotGetFromAPI", List(3, "half")}, {"GetJpegReso", List(0, 480)}},
+        Swap(Swap(kMeasure, "MJPEG", "H.264"), "\"jpg", "\"half") + Error(457)),
+    Row("NoHeight", {{"camPass", gszFakePass}, {"GetJpegReso", List(640, 0)}},
+        R"(GetCamRealPass(7,"Acme","X100","9"); )" + Swap(kMeasure, "\"pw", "\"secret") + Error(457)),
+    Row("NotValid", {{"IsValid", false}}, Until("IsValid", kMeasure) + R"(
+        log("cameracap:534","HandleCamUserDefineReso","Failed to get camera API.\n"); SetSuccess(null))"),
+    Row("Exception", {{"GetJpegReso", kThrow}}, kMeasure + "thrown"),
 };
-const ProbeRow kProbeRows[] = {
-    {"Measured", {}, {}, R"(
-        IsValid(); GetVideoType("MJPEG"); NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "", 3); GetJpegReso("jpg")
-        SetSuccess({"userDefineReso":"1280x720"}))"},
-    {"NoPicture", {}, {{"GetSnapshotPath", 1}, {"GetJpegReso", List(0, 0)}}, R"(
-        IsValid(); GetVideoType("MJPEG"); NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        log cameracap:275 GetSnapshot "Failed to get snapshot path.\n"
-        GetJpegReso(null)
-        )" + Error(457)},
-    {"NoWidth", {{"camVdoType", "H.264"}}, {{"SnapshotGetFromAPI", List(3, "half")}, {"GetJpegReso", List(0, 480)}}, R"(
-        IsValid(); GetVideoType("H.264"); NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "", 3); GetJpegReso("half")
-        )" + Error(457)},
-    {"NoHeight", {}, {{"GetJpegReso", List(640, 0)}}, R"(
-        IsValid(); GetVideoType("MJPEG"); NeedsSourcePath(); GetSnapshotPath("", 80, 0)
-        SnapshotGetFromAPI("10.0.0.9", 8080, "root", "pw", "", 3); GetJpegReso("jpg")
-        )" + Error(457)},
-    {"NotValid", {}, {{"IsValid", false}}, R"(
-        IsValid()
-        log cameracap:534 HandleCamUserDefineReso "Failed to get camera API.\n"
-        SetSuccess(null))"},
-};
-struct ProbeTest : RowTestOf<PictureTest, ProbeRow> {};
-TEST_P(ProbeTest, Goes) {
-  for (const auto& [function, answer] : GetParam().answers) Script(function, answer);
-  Send("CamCapUserDefineReso", With(kProbed, GetParam().params));
-  EXPECT_EQ(Transcript(), Lines(R"(
-    LoadByParam(1, "10.0.0.9", 80, "root", "pw", "Acme", "X100", "9", "/src")
-    )" + GetParam().expected));
-}
-INSTANTIATE_TEST_SUITE_P(Way, ProbeTest, testing::ValuesIn(kProbeRows), ByName());
-
-TEST_F(PictureTest, ProbeReadsInOrderAndUsesTheStoredPassword) {
-  Script("IsValid", false);
-  Send("CamCapUserDefineReso", {{"camId", 3}, {"camPort", 8000}, {"camPass", gszFakePass}});
-  EXPECT_EQ(Reads(), Lines(R"(
-    GetParam("camId", 0); GetParam("camPort", ""); GetParam("camIP", ""); GetParam("camUser", "")
-    GetParam("camPass", ""); GetParam("vendor", ""); GetParam("model", ""); GetParam("camChannel", "")
-    GetParam("camSourcePath", ""); GetParam("camVdoType", "MJPEG")
-  )"));
-  EXPECT_EQ(Transcript().substr(0, Transcript().find("IsValid")), Lines(R"(
-    GetCamRealPass(3, "", "", ""); LoadByParam(1, "", 8000, "", "secret", "", "", "", "")
-  )"));
-}
-
-TEST_F(PictureTest, ProbeNeedsAPortBeforeAnythingElse) {
-  EXPECT_THROW(Send("CamCapUserDefineReso", {{"camPass", gszFakePass}}), Json::Exception);
-  EXPECT_EQ(Transcript(), "");
-}
+INSTANTIATE_TEST_SUITE_P(CamCapUserDefineReso, MethodTest, Rows("CamCapUserDefineReso", kAskProbe, kProbeRows),
+                         kByName);
 
 }  // namespace

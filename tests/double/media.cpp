@@ -2,66 +2,52 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "tests/double/script.h"
 
-using scripted::Bytes;
-using scripted::Call;
-using scripted::Result;
-using scripted::WriteCall;
+using namespace scripted;
+using std::string;
 
 namespace {
 
 // A grab is single-threaded.
-int lastUnit = 0;                   // number of the unit made last
-bool packetizerMakesUnits = false;  // making those is not a call of the module's
-const ESFormat* streamFormat = nullptr;
+int lastUnit = 0;  // number of the unit made last
 
-unsigned char* CopyBlock(const void* block, int size) {
-  if (block == nullptr || size == 0) return nullptr;
-  void* copy = std::malloc(size_t(size));
-  return static_cast<unsigned char*>(std::memcpy(copy, block, size_t(size)));
+void SetConfiguration(ESFormat& format, const string& bytes) {
+  std::free(format.extradata);
+  format.extradata = bytes.empty() ? nullptr : reinterpret_cast<unsigned char*>(strndup(bytes.c_str(), bytes.size()));
+  format.extradataSize = static_cast<int>(bytes.size());
 }
 
 }  // namespace
 
 ESFormat::ESFormat() = default;
 ESFormat::~ESFormat() { std::free(extradata); }
-ESFormat::ESFormat(const ESFormat& other) { *this = other; }
 ESFormat& ESFormat::operator=(const ESFormat& other) {
-  if (this == &other) return *this;
-  std::free(extradata);
   type = other.type;
   codec = other.codec;
-  extradata = CopyBlock(other.extradata, other.extradataSize);
-  extradataSize = other.extradataSize;
+  SetConfiguration(*this, Bytes(other.extradata, other.extradataSize).asString());
   return *this;
 }
 
-struct RtpFetch::Impl {
-  scripted::Life life{"RtpFetch"};
-};
-RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, const std::string& user,
-                   const std::string& password, bool withAudio, const std::string& audioPath,
-                   STREAMING_TYPE streamingType, RTSP_PROTOCOL rtspProtocol, int timeoutSeconds,
-                   const std::string& localAddress, const std::string& userAgent)
+struct RtpFetch::Impl : Life {};
+RtpFetch::RtpFetch(const string& host, int port, const string& path, const string& user, const string& pass, bool audio,
+                   const string& audioPath, int type, int protocol, int timeout, const string& local,
+                   const string& name)
     : impl(std::make_unique<Impl>()) {
   lastUnit = 0;
-  WriteCall("RtpFetch", host, port, path, user, password, withAudio, audioPath, streamingType, rtspProtocol,
-            timeoutSeconds, localAddress, userAgent);
+  WriteCall("RtpFetch", host, port, path, user, pass, audio, audioPath, type, protocol, timeout, local, name);
 }
-RtpFetch::~RtpFetch() { scripted::Write("~RtpFetch"); }
+RtpFetch::~RtpFetch() { Write("~RtpFetch"); }
 int RtpFetch::NextPartInfo(unsigned int& /*partNumber*/, char* header, unsigned int headerSize, int& /*headerLength*/) {
-  return Call("NextPartInfo", Bytes{reinterpret_cast<unsigned char*>(header), 0}, headerSize).asInt();
+  return Call<int>("NextPartInfo", header != nullptr, headerSize);
 }
-int RtpFetch::GetVideoFormat(ESFormat& format, ES_FORMAT_DETAIL detail) {
+int RtpFetch::GetVideoFormat(ESFormat& format, int detail) {
   const Json::Value answer = Call("GetVideoFormat", detail);  // [result, type, codec, configuration]
-  const std::string configuration = answer[3].asString();
   format.type = answer[1].asInt();
   format.codec = answer[2].asUInt();
-  std::free(format.extradata);
-  format.extradata = CopyBlock(configuration.data(), static_cast<int>(configuration.size()));
-  format.extradataSize = static_cast<int>(configuration.size());
+  SetConfiguration(format, answer[3].asString());
   return answer[0].asInt();
 }
 int RtpFetch::GetImgContentInfo(int& size, timeval& captureTime) {
@@ -73,35 +59,29 @@ int RtpFetch::GetImgContentInfo(int& size, timeval& captureTime) {
 }
 int RtpFetch::FetchContent(unsigned char* destination, unsigned int size) {
   const Json::Value answer = Call("FetchContent", size);
-  if (answer.isArray()) answer[1].asString().copy(reinterpret_cast<char*>(destination), size);
-  return Result(answer).asInt();
+  if (!answer.isArray()) return answer.asInt();
+  answer[1].asString().copy(reinterpret_cast<char*>(destination), size);
+  return answer[0].asInt();
 }
 
-struct MediaUnit::Impl {
-  scripted::Life life{"MediaUnit"};
-  int number = ++lastUnit;
-  std::string buffer;
+/// A frame of "<null>" is one without data but with a size.
+struct MediaUnit::Impl : Life {
+  string name = "#" + std::to_string(++lastUnit);
+  string buffer;
   unsigned int flags = 0;
-  bool hasFrame = true;
-  bool endIsQuiet = false;
-
-  static Impl& Of(MediaUnit& unit) { return *unit.impl; }
-  std::string Name() const { return "#" + std::to_string(number); }
 };
 MediaUnit::MediaUnit(int size) : impl(std::make_unique<Impl>()) {
   impl->buffer.resize(size_t(size));
-  if (!packetizerMakesUnits) WriteCall("MediaUnit " + impl->Name(), size);
+  WriteCall("MediaUnit " + impl->name, size);
 }
-MediaUnit::~MediaUnit() {
-  if (!impl->endIsQuiet) scripted::Write("~MediaUnit " + impl->Name());
-}
+MediaUnit::~MediaUnit() { Write("~MediaUnit " + impl->name); }
 unsigned char* MediaUnit::GetBuffer() { return reinterpret_cast<unsigned char*>(impl->buffer.data()); }
-void MediaUnit::SetPTS(std::int64_t presentationTime) { WriteCall(impl->Name() + ".SetPTS", presentationTime); }
-void MediaUnit::SetDTS(std::int64_t decodingTime) { WriteCall(impl->Name() + ".SetDTS", decodingTime); }
-void MediaUnit::SetTimestamp(std::int64_t arrivalTime) { WriteCall(impl->Name() + ".SetTimestamp", arrivalTime); }
+void MediaUnit::SetPTS(std::int64_t time) { WriteCall(impl->name + ".SetPTS", time); }
+void MediaUnit::SetDTS(std::int64_t time) { WriteCall(impl->name + ".SetDTS", time); }
+void MediaUnit::SetTimestamp(std::int64_t time) { WriteCall(impl->name + ".SetTimestamp", time); }
 unsigned int MediaUnit::GetFrameType() const { return impl->flags; }
 const unsigned char* MediaUnit::GetFrame() const {
-  return impl->hasFrame ? reinterpret_cast<const unsigned char*>(impl->buffer.data()) : nullptr;
+  return impl->buffer == "<null>" ? nullptr : reinterpret_cast<const unsigned char*>(impl->buffer.data());
 }
 int MediaUnit::GetFrameSize() const { return static_cast<int>(impl->buffer.size()); }
 void MediaUnit::SetFrameType(unsigned int flags) { impl->flags = flags; }
@@ -109,78 +89,49 @@ void MediaUnit::SetFrameType(unsigned int flags) { impl->flags = flags; }
 Packetizer::Packetizer() = default;
 Packetizer::~Packetizer() = default;
 
-namespace {
-
-class ScriptedPacketizer : public Packetizer {
- public:
+struct ScriptedPacketizer : Packetizer, Life {
   int Open(const ESFormat& /*format*/) override { return 0; }
   void Close() override {}
-  MediaUnit* Packetize(MP4Stream* stream, MediaUnit** input) override {
-    const char* place = stream != nullptr && &stream->format == streamFormat ? "Packetize" : "Packetize of no stream";
-    if (input == nullptr) {
-      WriteCall(place, nullptr);
-    } else if (*input == nullptr) {
-      WriteCall(place);
-    } else {
-      TakeOver(place, *input);
-      *input = nullptr;
-    }
-    return MakeUnit(scripted::Answer("Packetize"));
-  }
-
- private:
-  static void TakeOver(const char* place, MediaUnit* unit) {
-    MediaUnit::Impl& content = MediaUnit::Impl::Of(*unit);
-    WriteCall(place + (" " + content.Name()), content.buffer);
-    content.endIsQuiet = true;
+  MediaUnit* Packetize(MP4Stream* /*stream*/, MediaUnit** input) override {
+    MediaUnit* const unit = input != nullptr ? std::exchange(*input, nullptr) : nullptr;
+    WriteCall("Packetize", unit != nullptr    ? Bytes(unit->GetBuffer(), unit->GetFrameSize())
+                           : input != nullptr ? ""
+                                              : "no slot");
     delete unit;
+    if (unit != nullptr) output = Answer("Packetize");
+    if (output.empty()) return nullptr;
+
+    Json::Value answer;  // [flags, frame]
+    output.removeIndex(0, &answer);
+    const string frame = answer[1].asString();
+    auto* made = new MediaUnit(static_cast<int>(frame.size()));
+    frame.copy(reinterpret_cast<char*>(made->GetBuffer()), frame.size());
+    made->SetFrameType(answer[0].asUInt());
+    return made;
   }
 
-  /// From [flags, frame], where a null frame is one without data but with a size; null: none is ready.
-  static MediaUnit* MakeUnit(const Json::Value& answer) {
-    if (answer.isNull()) return nullptr;
-    packetizerMakesUnits = true;
-    auto* unit = new MediaUnit(0);
-    packetizerMakesUnits = false;
-    MediaUnit::Impl& content = MediaUnit::Impl::Of(*unit);
-    content.hasFrame = answer[1].isString();
-    content.buffer = content.hasFrame ? answer[1].asString() : "no data";
-    unit->SetFrameType(answer[0].asUInt());
-    return unit;
-  }
-
-  scripted::Life life_{"Packetizer"};
+  Json::Value output;  // what is left of the last unit's
 };
 
-}  // namespace
-
-struct MP4Stream::Impl {
-  scripted::Life life{"MP4Stream"};
-};
-MP4Stream::MP4Stream(MP4_STREAM_KIND kind, int camId) : impl(std::make_unique<Impl>()) {
-  WriteCall("MP4Stream", kind, camId);
-  streamFormat = &format;
-}
+struct MP4Stream::Impl : Life {};
+MP4Stream::MP4Stream(int kind, int camId) : impl(std::make_unique<Impl>()) { WriteCall("MP4Stream", kind, camId); }
 MP4Stream::~MP4Stream() {
-  scripted::Write("~MP4Stream");
+  Write("~MP4Stream");
   delete packetizer;
 }
 int MP4Stream::Init() {
-  const Json::Value answer = Call("Init", format.type, format.codec, Bytes{format.extradata, format.extradataSize});
+  const Json::Value answer = Call("Init", format.type, format.codec, Bytes(format.extradata, format.extradataSize));
   if (answer[1].asBool()) packetizer = new ScriptedPacketizer;
   return answer[0].asInt();
 }
 
-int DoFFMpegGetJpeg(int videoType, const unsigned char* extradata, int extradataSize, const unsigned char* frame,
-                    int frameSize, unsigned char** jpeg, int* jpegSize) {
-  const bool ofStream = streamFormat != nullptr && extradata == streamFormat->extradata;
-  const Json::Value answer = Call(ofStream ? "DoFFMpegGetJpeg" : "DoFFMpegGetJpeg of another format", videoType,
-                                  Bytes{extradata, extradataSize}, Bytes{frame, frameSize});
-  return scripted::TakePicture(answer, jpeg, jpegSize);
+int DoFFMpegGetJpeg(int type, const unsigned char* extradata, int extradataSize, const unsigned char* frame, int size,
+                    unsigned char** jpeg, int* jpegSize) {
+  const Json::Value configuration = Bytes(extradata, extradataSize);
+  return TakePicture(Call("DoFFMpegGetJpeg", type, configuration, Bytes(frame, size)), jpeg, jpegSize);
 }
-
 void GetJpegReso(const unsigned char* jpeg, int jpegSize, int* width, int* height) {
-  const Json::Value answer = Call("GetJpegReso", Bytes{jpeg, jpegSize});
+  const Json::Value answer = Call("GetJpegReso", Bytes(jpeg, jpegSize));
   *width = answer[0].asInt();
   *height = answer[1].asInt();
 }

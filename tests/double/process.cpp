@@ -3,8 +3,8 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <cstdlib>
 #include <deque>
 #include <mutex>
@@ -13,81 +13,60 @@
 #include "tests/double/script.h"
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
-extern "C" {
-void __real_free(void* block);
-int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument);
-int __real_pthread_join(pthread_t thread, void** result);
-}
+using ThreadBody = void*(void*);
+extern "C" void __real_free(void* block);
+extern "C" int __real_pthread_create(pthread_t* id, const pthread_attr_t* attributes, ThreadBody* body, void* argument);
+extern "C" int __real_pthread_join(pthread_t id, void** result);
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace scripted {
 namespace {
 
+constexpr pthread_t kFirstId = 101;  // what the code under test knows worker 1 by
+
 struct Worker {
-  int number;
-  void* (*body)(void*);
+  size_t number;
+  ThreadBody* body;
   void* argument;
-  bool joinFails;
   pthread_t id{};
   bool running = false;
+
+  std::string Create() const { return "pthread_create #" + std::to_string(number); }
+  std::string Join() const { return "pthread_join #" + std::to_string(number); }
 };
 
 struct Process {
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool caseEnds = false;
-  std::deque<Worker> workers;  // of this case, by number from 1
-  std::set<int> failingStarts;
-  std::map<int, int> failingJoins;   // worker to errno
+  std::deque<Worker> workers;  // of this case; only the test's own thread starts and joins
+  std::atomic<bool> caseEnds = false;
   std::vector<void*> keptArguments;  // what the module gave up for ever, here for the leak checker's sake
+  std::mutex pictureMutex;
   std::set<void*> pictures;
 };
-
-Process& TheProcess() {
-  static auto* process = new Process;
-  return *process;
-}
+Process& process = *new Process;
 
 void* RunWorker(void* argument) {
-  auto& worker = *static_cast<Worker*>(argument);
-  CurrentWorker() = worker.number;
-  if (worker.joinFails) {
-    Process& process = TheProcess();
-    std::unique_lock lock{process.mutex};
-    process.changed.wait(lock, [&] { return process.caseEnds; });
-  }
+  const auto& worker = *static_cast<Worker*>(argument);
+  currentWorker = static_cast<int>(worker.number);
+  if (IsScripted(worker.Join(), kFails)) process.caseEnds.wait(false);
   if (worker.body(worker.argument) != nullptr) Fault("a worker returned something");
   return nullptr;
 }
 
 }  // namespace
 
-void FailStart(int worker) { TheProcess().failingStarts.insert(worker); }
-void FailJoin(int worker, int errorNumber) { TheProcess().failingJoins[worker] = errorNumber; }
-
-std::string ThreadId(int worker) {
-  Process& process = TheProcess();
-  const std::lock_guard lock{process.mutex};
-  return std::to_string(static_cast<int>(process.workers.at(size_t(worker) - 1).id));
-}
-
-void FinishWorkers() {
-  Process& process = TheProcess();
-  {
-    const std::lock_guard lock{process.mutex};
-    process.caseEnds = true;
-  }
-  process.changed.notify_all();
+void FinishProcess() {
+  process.caseEnds = true;
+  process.caseEnds.notify_all();
   for (const Worker& worker : process.workers) {
     if (!worker.running) continue;
-    if (!worker.joinFails) Fault("worker " + std::to_string(worker.number) + " was not joined");
+    if (!IsScripted(worker.Join(), kFails)) Fault("worker " + std::to_string(worker.number) + " was not joined");
     __real_pthread_join(worker.id, nullptr);
     process.keptArguments.push_back(worker.argument);
   }
   process.workers.clear();
-  process.failingStarts.clear();
-  process.failingJoins.clear();
   process.caseEnds = false;
+  if (!process.pictures.empty()) Fault("a picture was never freed");
+  process.pictures.clear();
 }
 
 int TakePicture(const Json::Value& answer, unsigned char** picture, int* size) {
@@ -95,71 +74,39 @@ int TakePicture(const Json::Value& answer, unsigned char** picture, int* size) {
   const std::string bytes = answer[1].asString();
   *picture = static_cast<unsigned char*>(std::malloc(bytes.size() + 1));
   *size = static_cast<int>(bytes.copy(reinterpret_cast<char*>(*picture), bytes.size()));
-  Process& process = TheProcess();
-  const std::lock_guard lock{process.mutex};
+  const std::lock_guard lock{process.pictureMutex};
   process.pictures.insert(*picture);
   return answer[0].asInt();
 }
 
-void FinishPictures() {
-  Process& process = TheProcess();
-  const std::lock_guard lock{process.mutex};
-  if (!process.pictures.empty()) Fault(std::to_string(process.pictures.size()) + " pictures were never freed");
-  process.pictures.clear();
-}
-
 }  // namespace scripted
 
-using scripted::TheProcess;
+using namespace scripted;
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
-extern "C" {
-
-void __wrap_free(void* block) {
+extern "C" void __wrap_free(void* block) {
   {
-    const std::lock_guard lock{TheProcess().mutex};
-    TheProcess().pictures.erase(block);
+    const std::lock_guard lock{process.pictureMutex};
+    process.pictures.erase(block);
   }
   __real_free(block);
 }
 
-int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument) {
-  auto& process = TheProcess();
-  const std::lock_guard lock{process.mutex};
-  const int number = static_cast<int>(process.workers.size()) + 1;
-  auto& worker =
-      process.workers.emplace_back(scripted::Worker{number, body, argument, process.failingJoins.count(number) != 0});
-  const bool fails = process.failingStarts.count(number) != 0;
-  scripted::Write("pthread_create #" + std::to_string(number) + (attributes != nullptr ? " with attributes" : "") +
-                  (fails ? " fails" : ""));
-  if (fails) return EAGAIN;
-  worker.running = __real_pthread_create(&worker.id, attributes, scripted::RunWorker, &worker) == 0;
-  *thread = worker.id;
-  return worker.running ? 0 : EAGAIN;
+extern "C" int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes, ThreadBody* body,
+                                     void* argument) {
+  auto& worker = process.workers.emplace_back(Worker{process.workers.size() + 1, body, argument});
+  Write(worker.Create());
+  if (IsScripted(worker.Create(), kFails)) return EAGAIN;
+  *id = kFirstId + worker.number - 1;
+  worker.running = true;
+  return __real_pthread_create(&worker.id, attributes, RunWorker, &worker);
 }
 
-int __wrap_pthread_join(pthread_t thread, void** result) {
-  scripted::Worker* worker = nullptr;
-  auto& process = TheProcess();
-  {
-    const std::lock_guard lock{process.mutex};
-    for (auto& candidate : process.workers) {
-      if (candidate.running && pthread_equal(candidate.id, thread) != 0) worker = &candidate;
-    }
-  }
-  if (worker == nullptr) {
-    scripted::Fault("a join of a thread that is not running");
-    return ESRCH;
-  }
-  scripted::Write("pthread_join #" + std::to_string(worker->number) + (result != nullptr ? " with result" : ""));
-  if (worker->joinFails) {
-    errno = process.failingJoins[worker->number];
-    return EINVAL;
-  }
-  const int status = __real_pthread_join(thread, result);
-  worker->running = false;
-  return status;
+extern "C" int __wrap_pthread_join(pthread_t id, void** result) {
+  auto& worker = process.workers.at(id - kFirstId);
+  Write(worker.Join());
+  if (IsScripted(worker.Join(), kFails)) return errno = EDEADLK, EINVAL;
+  worker.running = false;
+  return __real_pthread_join(worker.id, result);
 }
-
-}  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)

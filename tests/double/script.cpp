@@ -1,102 +1,81 @@
 #include "tests/double/script.h"
 
-#include <cstdio>
+#include <deque>
 #include <mutex>
-#include <set>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace scripted {
 namespace {
 
-struct Answers {
-  std::vector<Json::Value> values;
-  size_t next = 0;
-};
+// The codec is H.264. Packetize: the [flags, frame] of each unit that comes out.
+const char kUsualAnswers[] = R"({
+  "IsCmsHost": false, "IsAuthorized": true, "IsVTRunning": true, "IsAuthPairMatch": true, "IsAuthByPairMatch": true,
+  "GetCookie": "12:34", "GetCamModelEnumInfo": [true, ["X100"]], "EnumExistedCameraCap": [true, ["a", "b"]],
+  "GetVideoType": 3, "GetStreamingType": 2, "IsGenericApi": false, "GetRealCapFilePath": "/kept",
+  "GetCamRealPass": "secret", "GetCamCapFile": [0, "/cap"], "LoadCapability": 0, "GetChannelList": [["8", "9"]],
+  "GetDefaultChannel": "3", "GetListForCodec": [["640x480", "320x240"]], "GetDefaultVideoType": 5,
+  "GetStreamingTypeFor": 1, "GetCamCap": [-1, "document"], "IsValid": true, "NeedsSourcePath": false,
+  "HasStreamPath": false, "GetStreamPath": [0, "/live", 8554], "VerifyConnection": 0, "RetDevApiToRetCV": 0,
+  "Verify": 0, "GetCamConnStatus": 1, "SelectVideoType": -1, "GetSnapshotPath": [0, "/shot", 8080, 1],
+  "SnapshotGetFromAPI": [0, "jpg"], "ReadContentFromFileToBuf": [0, "png"], "HttpBase64EncodeUnsigned": "base64",
+  "GetJpegReso": [1280, 720], "NextPartInfo": 0, "GetVideoFormat": [-1, 0, 1748121140, "cfg"], "Init": [-1, true],
+  "GetImgContentInfo": [3, 1000, 0], "GetCurTimestamp": 5000000, "FetchContent": [0, "abc"],
+  "Packetize": [[2, "key"]], "DoFFMpegGetJpeg": [0, "decoded"]})";
 
 struct State {
-  std::mutex mutex;
-  std::map<int, std::vector<std::string>> lines;           // by worker
-  std::map<std::pair<int, std::string>, Answers> answers;  // by worker (0: any) and function
-  std::map<std::string, int> made;
-  std::map<std::string, int> alive;
+  std::map<int, std::string> lines;  // by worker
+  std::map<std::string, std::deque<Json::Value>> answers;
   std::vector<std::string> faults;
+  std::shared_ptr<void> life = std::make_shared<int>();  // each object of the double holds it too
 };
 
-State& TheState() {
-  static auto* state = new State;  // outlives every thread
-  return *state;
-}
+/// The state, for one thread at a time.
+struct Locked {
+  State* operator->() const { return state; }
+  static inline State* const state = new State;
+  static inline std::mutex mutex;
+  std::unique_lock<std::mutex> lock{mutex};
+};
 
-Answers* FindAnswers(State& state, const std::string& function) {
-  for (const int worker : {CurrentWorker(), 0}) {
-    const auto found = state.answers.find({worker, function});
-    if (found != state.answers.end()) return &found->second;
+std::deque<Json::Value>* FindAnswers(const Locked& state, const std::string& function) {
+  for (const std::string& name : {function + "@" + std::to_string(currentWorker), function}) {
+    const auto found = state->answers.find(name);
+    if (found != state->answers.end()) return &found->second;
   }
   return nullptr;
 }
 
-bool IsEverywhere(const std::string& line) {
-  static const std::set<std::string> kFunctions{"GetParam", "IsCmsHost", "IsAuthorized", "GetAPIMethod"};
-  return kFunctions.count(line.substr(0, line.find('('))) != 0;
-}
-
-std::string Join(int worker, bool all) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  std::string text;
-  for (const std::string& line : state.lines[worker]) {
-    if (all || !IsEverywhere(line)) text += line + "\n";
-  }
-  return text;
-}
-
 }  // namespace
 
-Json::Value Parse(const std::string& text) {
-  Json::Value value;
-  std::istringstream{text} >> value;
-  return value;
+std::map<std::string, Json::Value> Members(const std::string& json) {
+  Json::Value object;
+  std::istringstream{json} >> object;
+  std::map<std::string, Json::Value> members;
+  for (const std::string& name : object.getMemberNames()) members[name] = object[name];
+  return members;
 }
 
 void Reset() {
-  State& state = TheState();
-  {
-    const std::lock_guard lock{state.mutex};
-    state.lines.clear();
-    state.answers.clear();
-    state.made.clear();
-    state.alive.clear();
-    state.faults.clear();
-  }
-  Script("IsCmsHost", false);
-  Script("IsAuthorized", true);
+  const auto usual = Members(kUsualAnswers);
+  const Locked state;
+  state->lines.clear();
+  state->answers.clear();
+  for (const auto& [name, answer] : usual) state->answers[name] = {answer};
 }
 
-void SetAnswers(int worker, const std::string& function, std::vector<Json::Value> answers) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  state.answers[{worker, function}] = {std::move(answers), 0};
+void Script(const std::string& function, const std::vector<Json::Value>& answers) {
+  Locked()->answers[function] = {answers.begin(), answers.end()};
 }
 
-std::string Transcript(int worker) { return Join(worker, false); }
-std::string FullTranscript() { return Join(0, true); }
-
-int Made(const std::string& type) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  return state.made[type];
-}
+std::string Transcript(int worker) { return Locked()->lines[worker]; }
 
 std::vector<std::string> Finish() {
-  FinishWorkers();
-  FinishPictures();
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  for (const auto& [type, count] : state.alive) {
-    if (count != 0) state.faults.push_back(std::to_string(count) + " of " + type + " left alive");
-  }
-  return std::move(state.faults);
+  FinishProcess();
+  const Locked state;
+  if (state->life.use_count() != 1) state->faults.emplace_back("an object is still alive");
+  return std::exchange(state->faults, {});
 }
 
 std::string Lines(const std::string& text) {
@@ -104,70 +83,35 @@ std::string Lines(const std::string& text) {
   for (size_t at = 0; (at = lines.find("; ", at)) != std::string::npos;) lines[at] = '\n';
   std::istringstream stream{lines};
   std::string result;
-  for (std::string line; std::getline(stream, line);) {
-    const size_t start = line.find_first_not_of(' ');
-    if (start != std::string::npos) result += line.substr(start) + "\n";
-  }
+  for (std::string line; std::getline(stream >> std::ws, line);) result += line + "\n";
   return result;
 }
 
-void Write(const std::string& line) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  state.lines[CurrentWorker()].push_back(line);
+void Write(const std::string& line) { Locked()->lines[currentWorker] += line + "\n"; }
+void WriteLine(const std::string& function, const Json::Value& arguments) {
+  const std::string list = Compact(arguments);
+  Write(function + "(" + list.substr(1, list.size() - 2) + ")");
 }
-
-void Fault(const std::string& what) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  state.faults.push_back(what);
-}
+void Fault(const std::string& what) { Locked()->faults.push_back(what); }
 
 Json::Value Answer(const std::string& function) {
-  Json::Value answer;
-  {
-    State& state = TheState();
-    const std::lock_guard lock{state.mutex};
-    Answers* answers = FindAnswers(state, function);
-    if (answers == nullptr) {
-      state.faults.push_back("nobody scripted " + function);
-      return answer;
-    }
-    answer = answers->values[answers->next];
-    if (answers->next + 1 < answers->values.size()) ++answers->next;
-  }
+  const Locked state;
+  auto* answers = FindAnswers(state, function);
+  if (answers == nullptr) return state->faults.push_back("nobody scripted " + function), Json::Value();
+  const Json::Value answer = answers->front();
+  if (answers->size() > 1) answers->pop_front();
   if (answer == Json::Value(kThrow)) throw std::runtime_error(function);
   return answer;
 }
 
 bool IsScripted(const std::string& function, const char* marker) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  const Answers* answers = FindAnswers(state, function);
-  return answers != nullptr && answers->values[answers->next] == Json::Value(marker);
+  const Locked state;
+  const auto* answers = FindAnswers(state, function);
+  return answers != nullptr && answers->front() == Json::Value(marker);
 }
 
-void CountObject(const std::string& type, int change) {
-  State& state = TheState();
-  const std::lock_guard lock{state.mutex};
-  state.alive[type] += change;
-  if (change > 0) ++state.made[type];
-}
-
-int& CurrentWorker() {
-  thread_local int worker = 0;
-  return worker;
-}
-
-std::string Quote(const char* text, size_t length) {
-  std::string quoted = "\"";
-  for (const char byte : std::string{text, length}) {
-    const auto code = static_cast<unsigned char>(byte);
-    char shown[8];
-    std::snprintf(shown, sizeof shown, byte == '\n' ? "\\n" : code < 32 || code > 126 ? "\\%02x" : "%c", code);
-    quoted += shown;
-  }
-  return quoted + "\"";
+Json::Value Bytes(const unsigned char* data, int length) {
+  return data == nullptr ? Json::Value() : std::string{reinterpret_cast<const char*>(data), size_t(length)};
 }
 
 std::string Compact(const Json::Value& value) {
@@ -175,5 +119,7 @@ std::string Compact(const Json::Value& value) {
   builder["indentation"] = "";
   return Json::writeString(builder, value);
 }
+
+std::shared_ptr<void> NewLife() { return Locked()->life; }
 
 }  // namespace scripted

@@ -2,9 +2,10 @@
 
 #include <json/json.h>
 
+#include <list>
 #include <map>
+#include <memory>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -12,18 +13,30 @@
 
 // The language of the module's tests: what the recorder's libraries answer, and what they were asked.
 //
-// Every call into the double is one line of its thread's transcript. Worker n is the n-th thread that the code under
-// test started in this case; worker 0 is the test's own thread. Any thread may call anything here.
+// Every call into the double is one line of its thread's transcript: the function's name and its arguments as JSON.
+// Worker n is the n-th thread that the code under test started in this case; worker 0 is the test's own thread. Any
+// thread may call anything here.
+
+struct NORV::APIRequest::Impl {
+  std::string method;
+  std::map<std::string, Json::Value> params;
+};
+struct NORV::APIResponse::Impl {
+  Json::Value data;  ///< of a success
+};
 
 namespace scripted {
 
 // Answers that are not values.
-inline constexpr char kThrow[] = "<throw>";                     ///< the call throws std::runtime_error
-inline constexpr char kNoObject[] = "<no object>";              ///< the Functor of that name has no object
-inline constexpr char kNoWrapper[] = "<no wrapper>";            ///< ... no registered function
-inline constexpr char kWrongSignature[] = "<other signature>";  ///< ... a function of another signature
+inline constexpr char kThrow[] = "<throw>";           ///< the call throws std::runtime_error
+inline constexpr char kFails[] = "<fails>";           ///< "pthread_create #n" or "pthread_join #n" fails
+inline constexpr char kNoObject[] = "<no object>";    ///< the Functor of that name has no object
+inline constexpr char kNoWrapper[] = "<no wrapper>";  ///< ... no registered function
 
-/// An array: a list of strings, or a result followed by the call's outputs.
+/// The members of a JSON object.
+std::map<std::string, Json::Value> Members(const std::string& json);
+
+/// An array. As an answer: a result followed by the call's outputs.
 template <class... Items>
 Json::Value List(const Items&... items) {
   Json::Value list{Json::arrayValue};
@@ -31,40 +44,17 @@ Json::Value List(const Items&... items) {
   return list;
 }
 
-/// JSON text as a value.
-Json::Value Parse(const std::string& text);
-
-/// Forgets the last case: no line, no fault, a logged-in caller, a recorder that is not the CMS host.
+/// Forgets the last case. Everything now answers as in a healthy recorder with a healthy camera, to a logged-in caller.
 void Reset();
 
-/// Sets a function's answers, in order; the last one goes on for ever.
-void SetAnswers(int worker, const std::string& function, std::vector<Json::Value> answers);
-template <class... Answers>
-void Script(const std::string& function, const Answers&... answers) {
-  SetAnswers(0, function, {Json::Value(answers)...});
-}
-/// As Script, for the calls of one worker only.
-template <class... Answers>
-void ScriptWorker(int worker, const std::string& function, const Answers&... answers) {
-  SetAnswers(worker, function, {Json::Value(answers)...});
-}
+/// Sets a function's answers, in order; the last one goes on for ever. "name@n": for calls of worker n only.
+void Script(const std::string& function, const std::vector<Json::Value>& answers);
 
-/// Makes the n-th thread start or the join of worker n fail. A worker whose join fails runs only when the case ends.
-void FailStart(int worker);
-void FailJoin(int worker, int errorNumber);
-/// Thread id of a started worker as "%d" shows it.
-std::string ThreadId(int worker);
-
-/// A worker's lines, each with its newline, without those that nearly every request has: parameter reads, login, method
-/// name, CMS host.
+/// A worker's lines, each with its newline.
 std::string Transcript(int worker = 0);
-/// All lines of worker 0.
-std::string FullTranscript();
-/// Number of objects of a class, such as "CamCapHandler", made in this case.
-int Made(const std::string& type);
 
-/// Ends the case: lets workers whose join failed finish and names what went wrong: calls that nobody scripted, objects
-/// still alive, pictures never freed.
+/// Ends the case: lets workers whose join failed finish (they run only now) and names what went wrong: calls that
+/// nobody scripted, objects still alive, pictures never freed.
 std::vector<std::string> Finish();
 
 /// A raw string as a transcript: one call a line or several with "; " between, without indentation and empty lines.
@@ -73,80 +63,71 @@ std::string Lines(const std::string& text);
 // --- For the double itself ------------------------------------------------------------------------------------------
 
 void Write(const std::string& line);
+void WriteLine(const std::string& function, const Json::Value& arguments);
 void Fault(const std::string& what);
 Json::Value Answer(const std::string& function);
 /// True when the answer scripted for `function` is `marker`; consumes nothing.
 bool IsScripted(const std::string& function, const char* marker);
-void CountObject(const std::string& type, int change);
+/// Number of the worker that calls.
+inline thread_local int currentWorker = 0;
+/// Joins the workers whose join failed, and checks that every worker was joined and every picture freed.
+void FinishProcess();
+
 /// Hands out the picture of an answer [result, bytes], which the code under test has to free, and returns the result.
 /// An answer that is a result alone leaves both slots untouched.
 int TakePicture(const Json::Value& answer, unsigned char** picture, int* size);
-/// Number of the worker that calls.
-int& CurrentWorker();
-void FinishWorkers();
-void FinishPictures();
 
-std::string Quote(const char* text, size_t length);
+/// `length` bytes as a text, or null.
+Json::Value Bytes(const unsigned char* data, int length);
 std::string Compact(const Json::Value& value);
-/// `length` bytes as text; a null pointer stays visible.
-struct Bytes {
-  const unsigned char* data;
-  int length;
+
+/// Part of every object that has to be gone when a case ends.
+std::shared_ptr<void> NewLife();
+struct Life {
+  std::shared_ptr<void> life = NewLife();
 };
 
+template <class... Args>
+void WriteCall(const std::string& function, const Args&... args) {
+  WriteLine(function, List(args...));
+}
+
 template <class T>
-std::string Show(const T& value) {
-  if constexpr (std::is_same_v<T, bool>) {
-    return value ? "true" : "false";
-  } else if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-    return std::to_string(static_cast<long long>(value));
-  } else if constexpr (std::is_same_v<T, Json::Value>) {
-    return Compact(value);
-  } else if constexpr (std::is_same_v<T, Bytes>) {
-    return value.data == nullptr ? "null" : Quote(reinterpret_cast<const char*>(value.data), size_t(value.length));
-  } else if constexpr (std::is_same_v<T, std::nullptr_t>) {
-    return "null";
-  } else {
-    const std::string_view text{value};
-    return Quote(text.data(), text.size());
+void Convert(const Json::Value& from, T& to) {
+  to = from.as<T>();
+}
+inline void Convert(const Json::Value& from, Json::Value& to) { to = from; }
+inline void Convert(const Json::Value& from, std::list<std::string>& to) {
+  for (const Json::Value& item : from) to.push_back(item.asString());
+}
+
+/// Takes the next output of an answer into an argument that is a reference to something variable.
+template <class Arg>
+void Fill(Arg&& argument, const Json::Value& answer, Json::ArrayIndex& next) {
+  if constexpr (std::is_lvalue_reference_v<Arg> && !std::is_const_v<std::remove_reference_t<Arg>>) {
+    if (answer.isArray() && next < answer.size()) Convert(answer[next++], argument);
   }
 }
 
-/// Writes "function(arguments)".
-template <class... Args>
-void WriteCall(const std::string& function, const Args&... args) {
-  std::string line;
-  ((line += (line.empty() ? "" : ", ") + Show(args)), ...);
-  Write(function + "(" + line + ")");
-}
-
-template <class... Args>
-Json::Value Call(const std::string& function, const Args&... args) {
+/// Records a call and answers it: with the answer's result, and its outputs in variable arguments. As a JSON value the
+/// whole answer is the result.
+template <class R = Json::Value, class... Args>
+R Call(const std::string& function, Args&&... args) {
+  constexpr bool kWhole = std::is_same_v<R, Json::Value>;
   WriteCall(function, args...);
-  return Answer(function);
+  const Json::Value answer = Answer(function);
+  [[maybe_unused]] Json::ArrayIndex next = 1;
+  if constexpr (!kWhole) (Fill<Args>(std::forward<Args>(args), answer, next), ...);
+  R result{};
+  Convert(answer.isArray() && !kWhole ? answer[0] : answer, result);
+  return result;
 }
 
-/// Result of an answer that is either the result or a list of result and outputs.
-inline Json::Value Result(const Json::Value& answer) { return answer.isArray() ? answer[0] : answer; }
-
-/// Lives as a member for as long as the object that it counts.
-class Life {
- public:
-  explicit Life(std::string type) : type_(std::move(type)) { CountObject(type_, 1); }
-  ~Life() { CountObject(type_, -1); }
-  Life(const Life&) = delete;
-  Life& operator=(const Life&) = delete;
-
- private:
-  std::string type_;
+/// One request and its response.
+struct Exchange {
+  NORV::APIRequest::Impl requestImpl = {};
+  NORV::APIResponse::Impl responseImpl = {};
+  NORV::APIRequest request{&requestImpl};
+  NORV::APIResponse response{&responseImpl};
 };
-
 }  // namespace scripted
-
-struct NORV::APIRequest::Impl {
-  std::string method;
-  std::map<std::string, Json::Value> params;
-};
-struct NORV::APIResponse::Impl {
-  Json::Value data;  ///< of the last answer
-};

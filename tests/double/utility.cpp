@@ -5,9 +5,8 @@
 
 #include "tests/double/script.h"
 
-using scripted::Bytes;
-using scripted::Call;
-using scripted::WriteCall;
+using namespace scripted;
+using std::string;
 
 const char gszFakePass[] = "********";
 
@@ -16,42 +15,35 @@ void VTPrintf(LOG_TYPE type, const char* category1, const char* category2, const
   char text[512];
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text, sizeof text, format, arguments);
+  std::vsnprintf(text, sizeof text, format, arguments);  // NOLINT(clang-analyzer-valist.Uninitialized): it is started
   va_end(arguments);
   const bool usual = type == 0 && category1 == nullptr && category2 == nullptr;
-  scripted::Write(std::string(usual ? "log " : "log of another type or category ") + file + ":" + std::to_string(line) +
-                  " " + function + " " + scripted::Show(text));
+  WriteCall(usual ? "log" : "log of another kind", string(file) + ":" + std::to_string(line), function, text);
 }
 
-std::int64_t GetCurTimestamp() { return Call("GetCurTimestamp").asInt64(); }
-bool IsCmsHost() { return Call("IsCmsHost").asBool(); }
-bool IsVTRunning() { return Call("IsVTRunning").asBool(); }
-bool IsAuthPairMatch(const std::string& cookie, const std::string& timestamp) {
-  return Call("IsAuthPairMatch", cookie, timestamp).asBool();
+std::int64_t GetCurTimestamp() { return Call<std::int64_t>("GetCurTimestamp"); }
+bool IsCmsHost() { return Call<bool>("IsCmsHost"); }
+bool IsVTRunning() { return Call<bool>("IsVTRunning"); }
+bool IsAuthPairMatch(const string& cookie, const string& time) { return Call<bool>("IsAuthPairMatch", cookie, time); }
+
+struct SlaveKdAuthentication::Impl : Life {};
+SlaveKdAuthentication::SlaveKdAuthentication() : impl(std::make_unique<Impl>()) {}
+SlaveKdAuthentication::~SlaveKdAuthentication() = default;
+bool SlaveKdAuthentication::IsAuthByPairMatch(const string& cookie, const string& timestamp) {
+  return Call<bool>("IsAuthByPairMatch", cookie, timestamp);
 }
 
-struct SlaveKdAuthentication::Impl {
-  scripted::Life life{"SlaveKdAuthentication"};
-};
-SlaveKdAuthentication::SlaveKdAuthentication() : impl(std::make_unique<Impl>()) { WriteCall("SlaveKdAuthentication"); }
-SlaveKdAuthentication::~SlaveKdAuthentication() { scripted::Write("~SlaveKdAuthentication"); }
-bool SlaveKdAuthentication::IsAuthByPairMatch(const std::string& cookie, const std::string& timestamp) {
-  return Call("IsAuthByPairMatch", cookie, timestamp).asBool();
-}
-
-int GetCamOwnerKdId(int camId) { return Call("GetCamOwnerKdId", camId).asInt(); }
-int GetCamConnStatus(int camId) { return Call("GetCamConnStatus", camId).asInt(); }
+int GetCamOwnerKdId(int camId) { return Call<int>("GetCamOwnerKdId", camId); }
+int GetCamConnStatus(int camId) { return Call<int>("GetCamConnStatus", camId); }
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform declares it so
-std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel) {
-  return Call("GetCamRealPass", camId, vendor, model, channel).asString();
+string GetCamRealPass(int camId, const string vendor, const string model, const string channel) {
+  return Call<string>("GetCamRealPass", camId, vendor, model, channel);
 }
-
 int ReadContentFromFileToBuf(const char* path, bool required, unsigned char** buffer, int* size) {
-  return scripted::TakePicture(Call("ReadContentFromFileToBuf", path, required), buffer, size);
+  return TakePicture(Call("ReadContentFromFileToBuf", path, required), buffer, size);
 }
-
-std::string HttpBase64EncodeUnsigned(const unsigned char* bytes, int length) {
-  return Call("HttpBase64EncodeUnsigned", Bytes{bytes, length}).asString();
+string HttpBase64EncodeUnsigned(const unsigned char* bytes, int length) {
+  return Call<string>("HttpBase64EncodeUnsigned", Bytes(bytes, length));
 }
 
 // --- webapi.h -------------------------------------------------------------------------------------------------------
@@ -59,30 +51,19 @@ std::string HttpBase64EncodeUnsigned(const unsigned char* bytes, int length) {
 namespace NORV {
 
 APIRequest::APIRequest(Impl* request) : impl(request) {}
-APIRequest::~APIRequest() {}
-Json::Value APIRequest::GetParam(const std::string& key, const Json::Value& defaultValue) const {
+Json::Value APIRequest::GetParam(const string& key, const Json::Value& defaultValue) const {
   WriteCall("GetParam", key, defaultValue);
   const auto found = impl->params.find(key);
   return found == impl->params.end() ? defaultValue : found->second;
 }
-std::string APIRequest::GetAPIMethod() const {
-  WriteCall("GetAPIMethod");
-  return impl->method;
+string APIRequest::GetAPIMethod() const { return WriteCall("GetAPIMethod"), impl->method; }
+string APIRequest::GetCookie(const string& key, const string& none) const {
+  return Call<string>("GetCookie", key, none);
 }
-std::string APIRequest::GetCookie(const std::string& name, const std::string& defaultValue) const {
-  return Call("GetCookie", name, defaultValue).asString();
-}
-bool APIRequest::IsAuthorized() const { return Call("IsAuthorized").asBool(); }
+bool APIRequest::IsAuthorized() const { return Call<bool>("IsAuthorized"); }
 
 APIResponse::APIResponse(Impl* response) : impl(response) {}
-APIResponse::~APIResponse() {}
-void APIResponse::SetSuccess(const Json::Value& data) {
-  impl->data = data;
-  WriteCall("SetSuccess", data);
-}
-void APIResponse::SetError(int code, const Json::Value& data) {
-  impl->data = data;
-  WriteCall("SetError", code, data);
-}
+void APIResponse::SetSuccess(const Json::Value& data) { WriteCall("SetSuccess", impl->data = data); }
+void APIResponse::SetError(int code, const Json::Value& data) { WriteCall("SetError", code, data); }
 
 }  // namespace NORV

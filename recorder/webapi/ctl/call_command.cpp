@@ -39,7 +39,11 @@ Json::Value ReadJson(const std::string& file) {
     if (!stream) FailUsage("cannot read " + file);
   }
   std::istream& input = file == "-" ? std::cin : stream;
-  return ParseJsonObject(std::string(std::istreambuf_iterator<char>(input), {}));
+  try {
+    return ParseJsonObject(std::string(std::istreambuf_iterator<char>(input), {}));
+  } catch (const HttpError& error) {
+    FailUsage(error.what());
+  }
 }
 
 void AddPair(Json::Value& params, const std::string& pair) {

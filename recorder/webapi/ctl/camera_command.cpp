@@ -9,7 +9,7 @@
 #include "recorder/utility/text.h"
 #include "recorder/webapi/ctl/camera_csv.h"
 #include "recorder/webapi/ctl/password_input.h"
-#include "recorder/webapi/host.h"
+#include "recorder/webapi/ctl/state_folder.h"
 
 namespace recorder {
 
@@ -21,10 +21,6 @@ struct CameraOptions {
   std::string status;
   std::string csvFile;
 };
-
-Records OpenRecords(const std::string& configOption) {
-  return Records(LoadConfig(FindConfigFile(configOption)).stateFolder);
-}
 
 std::string CameraPassword(const CameraOptions& options) {
   if (options.hasNoPassword) return "";
@@ -133,31 +129,30 @@ void AddCameraCommands(CLI::App& app, const std::string& configOption) {
       command->add_subcommand("add", "Store a camera; its password is read from standard input or a prompt");
   AddRecordOptions(*add, *options);
   AddNoPasswordFlag(*add, *options);
-  add->callback([options, &configOption] { Add(*options, OpenRecords(configOption)); });
+  add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
 
   command->add_subcommand("list", "List the stored cameras, one a line, with tabs between columns")
-      ->callback([&configOption] { List(OpenRecords(configOption)); });
+      ->callback([&configOption] { List(Records(StateFolder(configOption))); });
   addNumbered("show", "Show one camera, without its password")->callback([options, &configOption] {
-    Show(options->camera.id, OpenRecords(configOption));
+    Show(options->camera.id, Records(StateFolder(configOption)));
   });
   addNumbered("remove", "Remove a camera")->callback([options, &configOption] {
-    Expect(OpenRecords(configOption).Remove(options->camera.id), options->camera.id);
+    Expect(Records(StateFolder(configOption)).Remove(options->camera.id), options->camera.id);
   });
 
   CLI::App* password = addNumbered("password", "Change a camera's password, read from standard input or a prompt");
   AddNoPasswordFlag(*password, *options);
-  password->callback([options, &configOption] { SetPassword(*options, OpenRecords(configOption)); });
+  password->callback([options, &configOption] { SetPassword(*options, Records(StateFolder(configOption))); });
 
-  CLI::App* status = addNumbered("status", "Enable or disable a camera; a disabled one is not contacted");
+  CLI::App* status = addNumbered("status", "Enable or disable a camera; a disabled one gets the default picture");
   status->add_option("status", options->status, "enabled or disabled")
       ->required()
       ->check(CLI::IsMember({"enabled", "disabled"}));
-  status->callback([options, &configOption] { SetStatus(*options, OpenRecords(configOption)); });
+  status->callback([options, &configOption] { SetStatus(*options, Records(StateFolder(configOption))); });
 
-  CLI::App* import = command->add_subcommand("import", "Store the cameras of a CSV file");
-  import->add_option("file", options->csvFile, "CSV file, whose first line names the columns")->required();
-  import->callback([options, &configOption] { Import(options->csvFile, OpenRecords(configOption));
-});
-}  // namespace recorder
+  CLI::App* importing = command->add_subcommand("import", "Store the cameras of a CSV file");
+  importing->add_option("file", options->csvFile, "CSV file, whose first line names the columns")->required();
+  importing->callback([options, &configOption] { Import(options->csvFile, Records(StateFolder(configOption))); });
+}
 
 }  // namespace recorder

@@ -3,6 +3,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <iostream>
@@ -15,6 +16,7 @@ namespace recorder {
 namespace {
 
 constexpr std::size_t kLongestLine = 1024;
+constexpr std::array kEndingSignals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
 /// A terminal that does not show what is typed, until this object ends. A signal that would end the program ends the
 /// reading instead, so that the terminal is not left silent.
@@ -23,8 +25,9 @@ class QuietTerminal {
   QuietTerminal() {
     struct sigaction interrupt = {};
     interrupt.sa_handler = [](int) {};  // read() returns EINTR
-    sigaction(SIGINT, &interrupt, &interruptBefore_);
-    sigaction(SIGTERM, &interrupt, &endBefore_);
+    for (std::size_t i = 0; i < kEndingSignals.size(); ++i) {
+      sigaction(kEndingSignals[i], &interrupt, &actionsBefore_[i]);
+    }
     tcgetattr(STDIN_FILENO, &before_);
     termios quiet = before_;
     quiet.c_lflag = (quiet.c_lflag & ~static_cast<tcflag_t>(ECHO)) | ECHONL;
@@ -32,26 +35,26 @@ class QuietTerminal {
   }
   ~QuietTerminal() {
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-    sigaction(SIGINT, &interruptBefore_, nullptr);
-    sigaction(SIGTERM, &endBefore_, nullptr);
+    for (std::size_t i = 0; i < kEndingSignals.size(); ++i) sigaction(kEndingSignals[i], &actionsBefore_[i], nullptr);
   }
   QuietTerminal(const QuietTerminal&) = delete;
   QuietTerminal& operator=(const QuietTerminal&) = delete;
 
  private:
   termios before_ = {};
-  struct sigaction interruptBefore_ = {};
-  struct sigaction endBefore_ = {};
+  std::array<struct sigaction, kEndingSignals.size()> actionsBefore_ = {};
 };
 
-/// Not through a stream, whose buffer would keep the secret.
+/// A line without its end, which is LF or CR LF. Not through a stream, whose buffer would keep the secret.
 std::string ReadLine() {
   std::string line;
-  line.reserve(kLongestLine);
-  for (char c = 0; line.size() < kLongestLine; line += c) {
+  line.reserve(kLongestLine + 1);
+  for (char c = 0; line.size() <= kLongestLine; line += c) {
     const ssize_t count = read(STDIN_FILENO, &c, 1);
     if (count < 0) throw std::runtime_error(errno == EINTR ? "interrupted" : "cannot read standard input");
-    if (count == 0 || c == '\n') return line;
+    if (count != 0 && c != '\n') continue;
+    if (line.ends_with('\r')) line.pop_back();
+    return line;
   }
   throw std::runtime_error("the first line of standard input is too long");
 }

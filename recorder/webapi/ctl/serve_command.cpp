@@ -15,10 +15,14 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/handle.h"
+#include "recorder/webapi/api_call.h"
+#include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/users.h"
 #include "recorder/webapi/host.h"
 
@@ -33,34 +37,21 @@ constexpr std::chrono::seconds kStartLimit{15};
 
 struct ServeOptions {
   int port = 0;
-  int workers = 4;
+  int cameraWorkers = 4;  // for methods that wait for cameras
+  int listWorkers = 2;    // for methods that do not, so that silent cameras keep nobody from the lists
 };
 
-sockaddr_in LoopbackAddress(int port) {
+int FindFreePort() {
+  const FileDescriptor probe(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
-
-FileDescriptor MakeSocket() { return FileDescriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
-
-int FindFreePort() {
-  const FileDescriptor probe = MakeSocket();
-  sockaddr_in address = LoopbackAddress(0);
   socklen_t length = sizeof(address);
   if (bind(probe.Get(), reinterpret_cast<sockaddr*>(&address), length) != 0 ||
       getsockname(probe.Get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
     throw std::runtime_error("no free port");
   }
   return ntohs(address.sin_port);
-}
-
-bool IsListening(int port) {
-  const FileDescriptor probe = MakeSocket();
-  const sockaddr_in address = LoopbackAddress(port);
-  return connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 /// The server's own folder: mode 0700, since whoever can write to the workers' socket can claim a login. Its short path
@@ -85,44 +76,78 @@ class RunFolder {
   path folder_;
 };
 
-std::string Quoted(const path& file) { return '"' + file.string() + '"'; }
+/// What the web server itself refuses, with the reason that it gives in the shape of all answers.
+constexpr std::pair<int, const char*> kServerErrors[] = {
+    {400, "the request is malformed"},
+    {401, "log in as a user of this recorder"},
+    {403, "this address is not served"},
+    {404, "no such address"},
+    {408, "the request did not arrive in time"},
+    {411, "the length of the body is missing"},
+    {413, "the body is larger than 1 MiB"},
+    {414, "the address is too long"},
+    {431, "the header is too long"},
+    {500, "the worker that had this request ended; its log says why"},
+    {503, "all workers are busy or ended; try again"},
+};
 
-/// Configuration of lighttpd: it brings logins, limits and the restart of a dead worker. Bodies too large for the
-/// workers are let through up to a limit, so that the workers can answer why they are refused.
+void WriteServerErrors(const RunFolder& run) {
+  for (const auto& [status, reason] : kServerErrors) {
+    Json::Value json(Json::objectValue);
+    json["success"] = false;
+    json["error"]["code"] = status;
+    json["error"]["message"] = reason;
+    ReplaceFile(run / ("error-" + std::to_string(status) + ".html").c_str(), ToText(json));
+  }
+}
+
+/// Configuration of lighttpd: it brings logins, limits and the restart of a dead worker. Bodies a little too large are
+/// let through to the workers, which refuse them at less cost than a closed connection. The type of its error files
+/// comes from their name, which always ends in ".html".
+constexpr char kServerConfiguration[] = R"(
+server.bind = "127.0.0.1"
+server.port = var.port
+server.pid-file = var.run + "/lighttpd.pid"
+server.document-root = var.run + "/www"
+server.modules = ( "mod_auth", "mod_authn_file", "mod_fastcgi" )
+server.errorfile-prefix = var.run + "/error-"
+mimetype.assign = ( ".html" => "application/json" )
+server.max-request-size = 4096
+server.max-read-idle = 10
+server.max-connections = 256
+auth.backend = "htpasswd"
+auth.backend.htpasswd.userfile = var.run + "/users"
+auth.require = ( "/api/" => ( "method" => "basic", "realm" => "recorder", "require" => "valid-user" ) )
+fastcgi.server = ( "/" => ( (
+  "socket" => var.run + "/cameras.sock", "bin-path" => var.run + "/worker",
+  "max-procs" => var.cameraWorkers, "check-local" => "disable" ) ) )
+$HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
+  fastcgi.server = ( "/" => ( (
+    "socket" => var.run + "/lists.sock", "bin-path" => var.run + "/worker",
+    "max-procs" => var.listWorkers, "check-local" => "disable" ) ) )
+}
+)";
+
 std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptions& options) {
-  return "server.bind = \"127.0.0.1\"\n"
-         "server.port = " +
-         std::to_string(port) +
-         "\n"
-         "server.document-root = " +
-         Quoted(run / "www") +
-         "\n"
-         "server.modules = ( \"mod_auth\", \"mod_authn_file\", \"mod_fastcgi\" )\n"
-         "server.max-request-size = 4096\n"
-         "server.max-read-idle = 10\n"
-         "server.max-connections = 256\n"
-         "auth.backend = \"htpasswd\"\n"
-         "auth.backend.htpasswd.userfile = " +
-         Quoted(run / "users") +
-         "\n"
-         "auth.require = ( \"/api/\" => ( \"method\" => \"basic\", \"realm\" => \"recorder\", "
-         "\"require\" => \"valid-user\" ) )\n"
-         "fastcgi.server = ( \"/api/\" => ( ( \"socket\" => " +
-         Quoted(run / "api.sock") +
-         ", "
-         "\"bin-path\" => " +
-         Quoted(run / "worker") +
-         ", "
-         "\"max-procs\" => " +
-         std::to_string(options.workers) + ", \"check-local\" => \"disable\" ) ) )\n";
+  std::string listMethods;
+  for (const std::string_view method : ListMethods())
+    listMethods += (listMethods.empty() ? "" : "|") + std::string(method);
+  std::string text = kServerConfiguration;
+  constexpr std::string_view kPlace = "LIST_METHODS";
+  text.replace(text.find(kPlace), kPlace.size(), listMethods);
+  return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) +
+         "\nvar.cameraWorkers = " + std::to_string(options.cameraWorkers) +
+         "\nvar.listWorkers = " + std::to_string(options.listWorkers) + text;
 }
 
 /// A running lighttpd with its workers, which end with this object and with this process.
 class WebServer {
  public:
-  explicit WebServer(const path& configuration) : process_(fork()) {
+  explicit WebServer(const path& configuration) {
+    const pid_t parent = getpid();
+    process_ = fork();
     if (process_ < 0) throw std::runtime_error("cannot start the web server");
-    if (process_ == 0) Execute(configuration);
+    if (process_ == 0) Execute(configuration, parent);
   }
   ~WebServer() {
     if (process_ > 0) {
@@ -140,8 +165,9 @@ class WebServer {
   }
 
  private:
-  [[noreturn]] static void Execute(const path& configuration) {
+  [[noreturn]] static void Execute(const path& configuration, pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) _exit(1);  // it ended before that
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -152,7 +178,7 @@ class WebServer {
     _exit(127);
   }
 
-  pid_t process_;
+  pid_t process_ = -1;
 };
 
 /// Starts the server on the wanted port, or on a free one, and waits until it listens. Another program may take a free
@@ -164,7 +190,8 @@ std::unique_ptr<WebServer> StartServer(const RunFolder& run, const ServeOptions&
     ReplaceFile(configuration, ServerConfiguration(run, port, options));
     auto server = std::make_unique<WebServer>(configuration);
     for (const auto end = Clock::now() + kStartLimit; Clock::now() < end && !server->HasEnded();) {
-      if (IsListening(port)) return server;
+      std::error_code noFileYet;  // it is written when the server listens
+      if (std::filesystem::file_size(run / "lighttpd.pid", noFileYet) > 0 && !noFileYet) return server;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
   }
@@ -188,6 +215,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
 
   const RunFolder run;
   std::filesystem::create_directory(run / "www");
+  WriteServerErrors(run);
   std::filesystem::create_symlink(UsersFile(config.stateFolder), run / "users");
   std::filesystem::create_symlink(std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-webapi",
                                   run / "worker");
@@ -209,7 +237,10 @@ void AddServeCommand(CLI::App& app, const std::string& configOption) {
   CLI::App* command = app.add_subcommand("serve", "Run the recorder's web server on 127.0.0.1 until it is told to end");
   const auto options = std::make_shared<ServeOptions>();
   command->add_option("--port", options->port, "port to listen on (default: a free one)")->check(CLI::Range(0, 65535));
-  command->add_option("--workers", options->workers, "worker processes")
+  command->add_option("--workers", options->cameraWorkers, "worker processes for methods that wait for cameras")
+      ->check(CLI::Range(1, 64))
+      ->capture_default_str();
+  command->add_option("--list-workers", options->listWorkers, "worker processes for all other methods")
       ->check(CLI::Range(1, 64))
       ->capture_default_str();
   command->callback([options, &configOption] { Serve(*options, configOption); });

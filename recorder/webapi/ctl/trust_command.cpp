@@ -9,7 +9,7 @@
 #include "recorder/utility/records.h"
 #include "recorder/utility/trust.h"
 #include "recorder/webapi/ctl/password_input.h"
-#include "recorder/webapi/host.h"
+#include "recorder/webapi/ctl/state_folder.h"
 
 namespace recorder {
 
@@ -22,10 +22,6 @@ struct TrustOptions {
 
   TrustKind Kind() const { return isGroup ? TrustKind::kServerGroup : TrustKind::kClient; }
 };
-
-Records OpenRecords(const std::string& configOption) {
-  return Records(LoadConfig(FindConfigFile(configOption)).stateFolder);
-}
 
 SecretKey ReadKey() {
   std::string text = ReadPassword("Key");
@@ -78,15 +74,15 @@ void AddTrustCommands(CLI::App& app, const std::string& configOption) {
 
   CLI::App* add = addNamed("add", "Make a key and print it this once");
   add->add_flag("--key", options->hasKey, "read the key from standard input or a prompt instead of making one");
-  add->callback([options, &configOption] { Add(*options, OpenRecords(configOption)); });
+  add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
   addNamed("remove", "Remove a key")->callback([options, &configOption] {
-    Remove(*options, OpenRecords(configOption));
+    Remove(*options, Records(StateFolder(configOption)));
   });
   command->add_subcommand("list", "List whose keys there are")->callback([&configOption] {
-    List(OpenRecords(configOption));
+    List(Records(StateFolder(configOption)));
   });
   addNamed("pair", "Print a cookie and timestamp that are valid for five minutes")->callback([options, &configOption] {
-    PrintPair(*options, OpenRecords(configOption));
+    PrintPair(*options, Records(StateFolder(configOption)));
   });
 }
 

@@ -6,8 +6,8 @@
 
 #include "recorder/utility/secrets.h"
 #include "recorder/webapi/ctl/password_input.h"
+#include "recorder/webapi/ctl/state_folder.h"
 #include "recorder/webapi/ctl/users.h"
-#include "recorder/webapi/host.h"
 
 namespace recorder {
 
@@ -17,10 +17,6 @@ struct UserOptions {
   std::string name;
   bool isRandom = false;
 };
-
-std::filesystem::path StateFolder(const std::string& configOption) {
-  return LoadConfig(FindConfigFile(configOption)).stateFolder;
-}
 
 void Add(const UserOptions& options, const std::filesystem::path& stateFolder) {
   std::string password = options.isRandom ? RandomPassword() : ReadPassword("Password of " + options.name);

@@ -1,149 +1,84 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
-
-#include "recorder/device/http_probe.h"
+#include "recorder/device/multipart.h"
 #include "recorder/media/jpeg_check.h"
 #include "recorder/net/http_client.h"
-#include "recorder/utility/request_scope.h"
-#include "tests/recorder/device/canned_server.h"
+#include "tests/recorder/rows.h"
 
 namespace recorder {
 namespace {
 
-using namespace std::chrono_literals;
-using Answers = std::vector<std::string>;
+using namespace std::string_literals;
 
-std::string Picture(const std::string& body) {
-  return "HTTP/1.1 200 OK\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
-         body;
+TEST(HttpTest, RedirectsStayAtTheCamera) {
+  const HttpPlace camera{false, "cam", 80, "/"};
+  EXPECT_EQ(RedirectTarget(camera, "http://CAM/x?y=1"), (HttpPlace{false, "cam", 80, "/x?y=1"}));
+  EXPECT_EQ(RedirectTarget(camera, "http://cam:81/"), (HttpPlace{false, "cam", 81, "/"}));
+  EXPECT_EQ(RedirectTarget(camera, "https://cam/"), (HttpPlace{true, "cam", 443, "/"}));
+  EXPECT_EQ(RedirectTarget({false, "::1", 80, "/"}, "http://[::1]/a"), (HttpPlace{false, "::1", 80, "/a"}));
+  EXPECT_EQ(RedirectTarget({true, "cam", 443, "/"}, "http://cam/"), std::nullopt) << "https is not left";
+  EXPECT_EQ(RedirectTarget(camera, "http://cam.example/"), std::nullopt);
+  EXPECT_EQ(RedirectTarget(camera, "http://cam@example/"), std::nullopt);
+  EXPECT_EQ(RedirectTarget(camera, "file://cam/etc/passwd"), std::nullopt);
 }
 
-std::string Status(const std::string& status, const std::string& header = "") {
-  return "HTTP/1.1 " + status + "\r\n" + header + "Content-Length: 0\r\n\r\n";
+TEST(HttpTest, PathCannotAddToTheRequest) {
+  EXPECT_EQ(RequestPath("a/../b c?d=http://x@y#z"), "/a/../b%20c?d=http://x@y%23z");
+  EXPECT_EQ(RequestPath("/a\r\nX: y"), std::nullopt);
 }
 
-std::string Wanted(const std::string& challenge) {
-  return Status("401 Unauthorized", "WWW-Authenticate: " + challenge + "\r\n");
-}
-
-struct AnswerCase {
-  const char* name;
-  Answers answers;
-  Outcome outcome;
-  std::size_t requests;
-};
-
-const std::string kDigest = R"(Digest realm="r", nonce="n", qop="auth")";
-
-const AnswerCase kAnswerCases[] = {
-    {"Jpeg", {Picture(TinyJpeg())}, Outcome::kOk, 1},
-    {"HalfJpeg", {Picture(TinyJpeg().substr(0, 20))}, Outcome::kNotUnderstood, 1},
-    {"BodyCutShort", {Picture(TinyJpeg()).substr(0, 90)}, Outcome::kNotUnderstood, 1},
-    {"HtmlPage", {"HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n<html>"}, Outcome::kNotUnderstood, 1},
-    {"HugeLength",
-     {"HTTP/1.1 200 OK\r\nContent-Type: image/jpeg\r\nContent-Length: 99999999999\r\n\r\n"},
-     Outcome::kNotUnderstood,
-     1},
-    {"Rtsp", {"RTSP/1.0 400 Bad Request\r\nCSeq: 0\r\n\r\n"}, Outcome::kNotThisProtocol, 1},
-    {"Garbage", {std::string(200, '\x01')}, Outcome::kNotThisProtocol, 1},
-    {"NotFound", {Status("404 Not Found")}, Outcome::kNoSuchStream, 1},
-    {"Busy", {Status("503 Service Unavailable")}, Outcome::kBusy, 1},
-    {"LoginTaken", {Wanted(kDigest), Picture(TinyJpeg())}, Outcome::kOk, 2},
-    {"WrongPasswordIsOneTry", {Wanted(kDigest)}, Outcome::kLoginRefused, 2},
-    {"StaleNonceIsTriedAgain",
-     {Wanted(kDigest), Wanted(kDigest + ", stale=true"), Picture(TinyJpeg())},
-     Outcome::kOk,
-     3},
-    {"StaleForEver", {Wanted(kDigest + ", stale=true")}, Outcome::kLoginRefused, 3},
-    {"UnknownLoginIsNotTried", {Wanted("Bearer")}, Outcome::kLoginUnsupported, 1},
-    {"UnknownDigestIsNotTried", {Wanted(kDigest + ", algorithm=SHA-512-256")}, Outcome::kLoginUnsupported, 1},
-    {"RedirectHere", {Status("302 Found", "Location: /other\r\n"), Picture(TinyJpeg())}, Outcome::kOk, 2},
-    {"RedirectElsewhere", {Status("302 Found", "Location: http://127.0.0.2/x\r\n")}, Outcome::kNotUnderstood, 1},
-    {"RedirectForEver", {Status("302 Found", "Location: /loop\r\n")}, Outcome::kNotUnderstood, 4},
-    {"FirstPartOfMany",
-     {"HTTP/1.1 200 OK\r\nContent-Type: multipart/x-mixed-replace; boundary=b\r\n\r\n--b\r\n\r\n" + TinyJpeg() +
-      "\r\n--b\r\n"},
-     Outcome::kOk,
-     1},
-};
-
-class AnswerTest : public testing::TestWithParam<AnswerCase> {};
-
-TEST_P(AnswerTest, GivesTheOutcome) {
-  const RequestScope scope(5s);
-  CannedServer server(GetParam().answers);
-  std::string jpeg;
-  EXPECT_EQ(FetchPicture({"127.0.0.1", server.Port(), "user", "secret"}, "/p", jpeg), GetParam().outcome);
-  EXPECT_EQ(jpeg, GetParam().outcome == Outcome::kOk ? TinyJpeg() : "");
-  EXPECT_EQ(server.Requests().size(), GetParam().requests);
-}
-
-INSTANTIATE_TEST_SUITE_P(Answer, AnswerTest, testing::ValuesIn(kAnswerCases),
-                         [](const auto& row) { return std::string(row.param.name); });
-
-TEST(HttpTest, SilentServerEndsAtTheDeadlineAndIsNotAskedAgain) {
-  const RequestScope scope(300ms);
-  const CannedServer server({"HTTP/1.1 200 OK\r\nContent-Type: multipart/x; boundary=b\r\n\r\n"});
-  const FileDescriptor silent(socket(AF_INET, SOCK_STREAM, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  ASSERT_EQ(bind(silent.Get(), reinterpret_cast<sockaddr*>(&address), length), 0);
-  ASSERT_EQ(listen(silent.Get(), 1), 0);
-  ASSERT_EQ(getsockname(silent.Get(), reinterpret_cast<sockaddr*>(&address), &length), 0);
-  const CameraAddress camera{"127.0.0.1", ntohs(address.sin_port), "", ""};
-  const auto start = Clock::now();
-  EXPECT_EQ(ProbeHttpStream(camera, "/"), Outcome::kTimedOut);
-  EXPECT_EQ(ProbeHttpStream(camera, "/"), Outcome::kTimedOut);
-  EXPECT_LT(Clock::now() - start, 900ms);
-}
-
-TEST(HttpTest, PathAndHostCannotAddToTheRequest) {
-  const RequestScope scope(5s);
-  CannedServer server({Picture(TinyJpeg())});
-  EXPECT_EQ(ProbeHttpStream({"127.0.0.1", server.Port(), "", ""}, "a/../b c?d=http://x@y#z"), Outcome::kOk);
-  EXPECT_EQ(ProbeHttpStream({"127.0.0.1", server.Port(), "", ""}, "/a\r\nX: y"), Outcome::kNoSuchStream);
-  EXPECT_EQ(ProbeHttpStream({"127.0.0.2:80/@127.0.0.1", server.Port(), "", ""}, "/"), Outcome::kUnreachable);
-  const auto requests = server.Requests();
-  ASSERT_EQ(requests.size(), 1U);
-  EXPECT_TRUE(requests[0].starts_with("GET /a/../b%20c?d=http://x@y%23z HTTP/1.1\r\n")) << requests[0];
-}
-
-struct RedirectCase {
-  const char* name;
-  HttpPlace from;
-  const char* location;
-  std::optional<HttpPlace> target;
-};
-
-const RedirectCase kRedirectCases[] = {
-    {"SameHost", {false, "cam", 80, "/"}, "http://CAM/x?y=1", HttpPlace{false, "cam", 80, "/x?y=1"}},
-    {"OtherPort", {false, "cam", 80, "/"}, "http://cam:81/", HttpPlace{false, "cam", 81, "/"}},
-    {"ToTls", {false, "cam", 80, "/"}, "https://cam/", HttpPlace{true, "cam", 443, "/"}},
-    {"Ipv6", {false, "::1", 80, "/"}, "http://[::1]/a", HttpPlace{false, "::1", 80, "/a"}},
-    {"FromTls", {true, "cam", 443, "/"}, "http://cam/", std::nullopt},
-    {"OtherHost", {false, "cam", 80, "/"}, "http://cam.example/", std::nullopt},
-    {"HostAsUser", {false, "cam", 80, "/"}, "http://cam@example/", std::nullopt},
-    {"File", {false, "cam", 80, "/"}, "file://cam/etc/passwd", std::nullopt},
-};
-
-class RedirectTest : public testing::TestWithParam<RedirectCase> {};
-
-TEST_P(RedirectTest, StaysAtTheCamera) {
-  EXPECT_EQ(RedirectTarget(GetParam().from, GetParam().location), GetParam().target);
-}
-
-INSTANTIATE_TEST_SUITE_P(Redirect, RedirectTest, testing::ValuesIn(kRedirectCases),
-                         [](const auto& row) { return std::string(row.param.name); });
+/// The markers of a JPEG of 16 x 8 pixels, with a few bytes for its scan.
+const std::string kJpeg =
+    "\xFF\xD8"
+    "\xFF\xC0\x00\x0B\x08\x00\x08\x00\x10\x01\x01\x11\x00"
+    "\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00"
+    "abc\xFF\x00\xFF\xD0xyz\xFF\xD9"s;
 
 TEST(JpegCheckTest, EveryCutIsNoticed) {
-  const std::string jpeg = TinyJpeg();
-  EXPECT_TRUE(IsWholeJpeg(jpeg));
-  EXPECT_TRUE(IsWholeJpeg(jpeg + "padding"));
-  for (std::size_t length = 0; length < jpeg.size(); ++length) EXPECT_FALSE(IsWholeJpeg(jpeg.substr(0, length)));
+  EXPECT_TRUE(IsWholeJpeg(kJpeg + "padding"));
+  EXPECT_FALSE(IsWholeJpeg("\xFF\xD8\xFF\xD9")) << "neither a size nor a scan";
+  for (std::size_t length = 0; length < kJpeg.size(); ++length) EXPECT_FALSE(IsWholeJpeg(kJpeg.substr(0, length)));
 }
+
+struct PartCase {
+  const char* name;
+  const char* parameter;  // of the content type
+  std::string body;
+  MultipartReader::State state;
+};
+
+using enum MultipartReader::State;
+
+const std::string kLength = "Content-Length: " + std::to_string(kJpeg.size()) + "\r\n\r\n";
+
+const PartCase kPartCases[] = {
+    {"WithoutLength", "boundary=b", "\r\n--b\r\n\r\n" + kJpeg + "\r\n--b\r\n", kPicture},
+    {"NoEndYet", "boundary=b", "--b\r\n\r\n" + kJpeg, kMore},
+    {"DashesInTheBoundary", "boundary=\"--b\"", "--b\n" + kLength + kJpeg, kPicture},
+    {"NoDashesOnTheLine", "boundary=b", "b\r\n\r\n" + kJpeg + "\r\nb\r\n", kPicture},
+    {"NoBoundaryNamed", "", "--any\r\n\r\n" + kJpeg + "\r\n--any", kPicture},
+    {"TextFirst", "boundary=b", "--b\r\n\r\nhello\r\n--b\r\n" + kLength + kJpeg, kPicture},
+    {"LengthTooBig", "boundary=b", "--b\r\nContent-Length: 1001\r\n\r\n", kMalformed},
+    {"LengthIsNoNumber", "boundary=b", "--b\r\nContent-Length: -1\r\n\r\n", kMalformed},
+    {"PartTooBig", "boundary=b", "--b\r\n\r\n" + std::string(1100, 'x'), kMalformed},
+    {"NeverADelimiter", "boundary=b", std::string(9000, 'x'), kMalformed},
+    {"EndlessHeaders", "boundary=b", "--b\r\n" + std::string(9000, 'x'), kMalformed},
+};
+
+class PartTest : public testing::TestWithParam<PartCase> {};
+
+TEST_P(PartTest, TakesTheFirstPictureHoweverItArrives) {
+  const std::string& body = GetParam().body;
+  for (const std::size_t step : {std::size_t{1}, std::size_t{7}, body.size()}) {
+    MultipartReader reader("multipart/mixed; "s + GetParam().parameter, 1000);
+    auto state = kMore;
+    for (std::size_t at = 0; at < body.size() && state == kMore; at += step) state = reader.Feed(body.substr(at, step));
+    EXPECT_EQ(state, GetParam().state) << step;
+    EXPECT_EQ(reader.TakePicture(), state == kPicture ? kJpeg : "") << step;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Part, PartTest, testing::ValuesIn(kPartCases), kByName);
 
 }  // namespace
 }  // namespace recorder

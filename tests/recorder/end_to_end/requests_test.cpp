@@ -87,7 +87,7 @@ TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
   std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),
                         std::filesystem::copy_options::recursive);
   models.Write("broken.json", R"({"vendor": "Broken", "models": [{"name": 5}]})");
-  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .modelsFolder = models.Path()});
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2, .modelsFolder = models.Path()});
   EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-H264").Code(), 0);
   EXPECT_EQ(recorder.Get("CamCap", "vendor=Broken&model=x").Code(), 400);
   EXPECT_THAT(recorder.Log(), testing::HasSubstr("broken.json"));
@@ -137,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(Call, CommandLineCalls, testing::ValuesIn(kCallCases),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(CommandLineCalls, WriteARawPictureToAFile) {
-  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .modelsFolder = {}});
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2, .modelsFolder = {}});
   const TempFolder folder;
   const std::string file = (folder.Path() / "picture").string();
   EXPECT_EQ(recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", "-o", file}).status, 0);

@@ -45,22 +45,6 @@ Answer ToAnswer(const httplib::Result& result) {
 
 }  // namespace
 
-TempFolder::TempFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "recorder-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder");
-  path_ = name;
-}
-
-TempFolder::~TempFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::filesystem::path TempFolder::Write(const std::string& name, const std::string& content) const {
-  std::ofstream(path_ / name, std::ios::binary) << content;
-  return path_ / name;
-}
-
 std::string ReadText(const std::filesystem::path& file) {
   std::ostringstream text;
   text << std::ifstream(file, std::ios::binary).rdbuf();
@@ -171,9 +155,10 @@ TestRecorder::TestRecorder(const Options& options) {
   const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + "\n");
   if (user.status != 0) throw std::runtime_error(user.output);
 
-  server_ = std::make_unique<Process>(std::vector<std::string>{(kPrograms / "recorderctl").string(), "--config",
-                                                               configFile_.string(), "serve", "--workers", "2"},
-                                      folder_.Path() / "log");
+  server_ = std::make_unique<Process>(
+      std::vector<std::string>{(kPrograms / "recorderctl").string(), "--config", configFile_.string(), "serve",
+                               "--workers", std::to_string(options.workers)},
+      folder_.Path() / "log");
   const std::string address = server_->ReadLine();  // http://127.0.0.1:PORT/
   port_ = std::stoi(address.substr(address.rfind(':') + 1));
 }
@@ -212,39 +197,6 @@ int TestRecorder::AddCamera(const std::string& vendor, const std::string& model,
                                  password + "\n");
   if (added.status != 0) throw std::runtime_error(added.output);
   return std::stoi(added.output.substr(added.output.find_first_of("0123456789")));
-}
-
-Json::Value TestParams(int port, const std::string& user, const std::string& password, const std::string& cameraModel) {
-  Json::Value params;
-  params["camIP"] = "127.0.0.1";
-  params["camPort"] = port;
-  params["camUserName"] = user;
-  params["camPassWord"] = password;
-  params["camModel"] = cameraModel;
-  params["camChannel"] = "1";
-  return params;
-}
-
-Json::Value PictureParams(int port, const std::string& user, const std::string& password,
-                          const std::string& cameraModel) {
-  Json::Value params = TestParams(port, user, "", cameraModel);
-  params.removeMember("camPassWord");
-  params["camPassword"] = password;
-  params["jsonResponse"] = true;
-  return params;
-}
-
-Json::Value SizeParams(int port, const std::string& user, const std::string& password, const std::string& vendor,
-                       const std::string& model) {
-  Json::Value params;
-  params["camIP"] = "127.0.0.1";
-  params["camPort"] = port;
-  params["camUser"] = user;
-  params["camPass"] = password;
-  params["vendor"] = vendor;
-  params["model"] = model;
-  params["camChannel"] = "1";
-  return params;
 }
 
 std::string DecodeBase64(const std::string& text) {

@@ -11,25 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "tests/recorder/temp_folder.h"
+
 // The real thing, end to end: web server, workers, module file and simulated cameras, all on 127.0.0.1, asked over
 // HTTP.
 
 namespace end_to_end {
-
-/// A folder that ends with this object.
-class TempFolder {
- public:
-  TempFolder();
-  ~TempFolder();
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-
-  std::filesystem::path Write(const std::string& name, const std::string& content) const;
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 std::string ReadText(const std::filesystem::path& file);
 Json::Value ParseJson(const std::string& text);
@@ -92,6 +79,7 @@ class TestRecorder {
   struct Options {
     int testMs = 5000;
     int pictureMs = 5000;
+    int workers = 2;
     std::filesystem::path modelsFolder;  ///< empty: the models of this repository
   };
   TestRecorder();
@@ -120,14 +108,6 @@ class TestRecorder {
   std::unique_ptr<Process> server_;
   int port_ = 0;
 };
-
-/// Parameters with the names that each camera method has for them.
-Json::Value TestParams(int port, const std::string& user, const std::string& password,
-                       const std::string& cameraModel = "Simcam RTSP-H264");
-Json::Value PictureParams(int port, const std::string& user, const std::string& password,
-                          const std::string& cameraModel = "Simcam RTSP-H264");
-Json::Value SizeParams(int port, const std::string& user, const std::string& password,
-                       const std::string& vendor = "Simcam", const std::string& model = "RTSP-H264");
 
 std::string DecodeBase64(const std::string& text);
 

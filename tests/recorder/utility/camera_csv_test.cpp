@@ -2,15 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/recorder/rows.h"
+
 namespace recorder {
 namespace {
 
-/// The mistakes as "line:column", one blank between them.
+/// The mistakes as "line:column", a blank behind each.
 std::string Places(const CameraList& list) {
   std::string places;
-  for (const ListMistake& mistake : list.mistakes) {
-    places += (places.empty() ? "" : " ") + std::to_string(mistake.line) + ':' + mistake.column;
-  }
+  for (const ListMistake& mistake : list.mistakes) places += std::to_string(mistake.line) + ':' + mistake.column + ' ';
   return places;
 }
 
@@ -24,55 +24,52 @@ TEST(CameraCsvTest, ReadsQuotedCellsInAnyOrder) {
   ASSERT_EQ(list.cameras.size(), 2U);
   EXPECT_EQ(list.cameras[0].password, "a,\"b\"");
   EXPECT_EQ(list.cameras[0].camera.name, "Gate, north");
-  EXPECT_EQ(list.cameras[0].camera.port, 80);
+  EXPECT_EQ(list.cameras[1].camera.port, 554);
   EXPECT_EQ(list.cameras[1].line, 4);
   EXPECT_EQ(list.cameras[1].password, " c ") << "blanks belong to the cell";
   EXPECT_EQ(list.cameras[1].camera.name, "cam2");
+  EXPECT_EQ(Places(ReadCameraCsv("")), "1: ");
 }
 
 struct CsvCase {
   const char* name;
-  const char* heading;
-  const char* lines;  // the first good line is cam1's, the last cam9's
+  std::string lines;  // behind the one of cam1, before that of cam9
   const char* places;
-  std::size_t imported;
+  const char* heading = "vendor,model,host,port,name";
 };
 
-constexpr auto kHeading = "vendor,model,host,port,name\n";
-
 const CsvCase kCsvCases[] = {
-    {"PortIsText", kHeading, "Acme,X,cam2,http,n\n", "3:port", 2},
-    {"PortWithTail", kHeading, "Acme,X,cam2,80 ,n\n", "3:port", 2},
-    {"PortTooLarge", kHeading, "Acme,X,cam2,65536,n\n", "3:port", 2},
-    {"HostMissing", kHeading, "Acme,X,,80,\n", "3:host", 2},
-    {"TooFewCells", kHeading, "Acme,X,cam2\n", "3:", 2},
-    {"TooManyCells", kHeading, "Acme,X,cam2,80,n,\n", "3:", 2},
-    {"TwoMistakes", kHeading, "Ac me,X,cam2,80,n\nAcme,X,c@m,80,n\n", "3:vendor 4:host", 2},
-    {"TextAfterQuote", kHeading, "Acme,X,\"cam\"2,80,n\n", "3:host", 2},
-    {"QuoteInside", kHeading, "Acme,X\"1\",cam2,80,n\n", "3:model", 2},
-    {"QuoteNeverClosed", kHeading, "Acme,X,cam2,80,\"n\n", "3:name", 2},
-    {"LineBreakInCell", kHeading, "Acme,X,cam2,80,\"n\nm\"\nAcme,X,cam3,0,n\n", "3:name 5:port", 2},
-    {"UnknownColumn", "vendor,model,host,port,nmae\n", "", "1:nmae", 0},
-    {"ColumnTwice", "vendor,model,host,port,host\n", "", "1:host", 0},
-    {"ColumnMissing", "vendor,model,host,name,user\n", "", "1:port", 0},
-    {"NoHeading", "", "", "1:", 0},
+    {"PortWithTail", "Acme,X,cam2,80 ,n\n", "3:port "},
+    {"PortTooLarge", "Acme,X,cam2,65536,n\n", "3:port "},
+    {"HostMissing", "Acme,X,,80,\n", "3:host "},
+    {"LoginInHost", "Acme,X,a@evil.example,80,n\n", "3:host "},
+    {"BlankInVendor", "Ac me,X,cam2,80,n\n", "3:vendor "},
+    {"Latin1Name", "Acme,X,cam2,80,T\xfcr\n", "3:name "},
+    {"LineBreakInName", "Acme,X,cam2,80,\"n\nm\"\nAcme,X,cam3,http,n\n", "3:name 5:port "},
+    {"PlaceholderAsPassword", std::string("Acme,X,cam2,80,") + gszFakePass + "\n", "3:password ",
+     "vendor,model,host,port,password"},
+    {"TooFewCells", "Acme,X,cam2\n", "3: "},
+    {"TooManyCells", "Acme,X,cam2,80,n,\n", "3: "},
+    {"TextAfterQuote", "Acme,X,\"cam\"2,80,n\n", "3:host "},
+    {"QuoteInside", "Acme,X\"1\",cam2,80,n\n", "3:model "},
+    {"QuoteNeverClosed", "Acme,X,cam2,80,\"n\n", "3:name "},
+    {"UnknownColumn", "", "1:nmae ", "vendor,model,host,port,nmae"},
+    {"ColumnTwice", "", "1:host ", "vendor,model,host,port,host"},
+    {"ColumnMissing", "", "1:port ", "vendor,model,host,name,user"},
 };
 
 class CsvMistakeTest : public testing::TestWithParam<CsvCase> {};
 
 TEST_P(CsvMistakeTest, NamesLineAndColumnAndKeepsTheRest) {
-  std::string text = GetParam().heading;
-  if (!text.empty()) text += std::string("Acme,X,cam1,80,n\n") + GetParam().lines + "Acme,X,cam9,80,n\n";
-  const CameraList list = ReadCameraCsv(text);
-  EXPECT_EQ(Places(list), GetParam().places);
-  ASSERT_EQ(list.cameras.size(), GetParam().imported);
-  if (GetParam().imported == 2) {
-    EXPECT_EQ(list.cameras[1].camera.host, "cam9");
-  }
+  const CsvCase& row = GetParam();
+  const CameraList list =
+      ReadCameraCsv(std::string(row.heading) + "\nAcme,X,cam1,80,n\n" + row.lines + "Acme,X,cam9,80,n\n");
+  EXPECT_EQ(Places(list), row.places);
+  ASSERT_EQ(list.cameras.size(), row.lines.empty() ? 0U : 2U);
+  EXPECT_TRUE(list.cameras.empty() || list.cameras[1].camera.host == "cam9");
 }
 
-INSTANTIATE_TEST_SUITE_P(List, CsvMistakeTest, testing::ValuesIn(kCsvCases),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(List, CsvMistakeTest, testing::ValuesIn(kCsvCases), kByName);
 
 }  // namespace
 }  // namespace recorder

@@ -3,13 +3,22 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
+#include <system_error>
 
 /// A folder of its own for one test, gone with it.
 class TempFolder {
  public:
-  TempFolder() : path_(mkdtemp(name_.data())) {}
-  ~TempFolder() { std::filesystem::remove_all(path_); }
+  TempFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "recorder-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder");
+    path_ = name;
+  }
+  ~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
 
@@ -23,6 +32,5 @@ class TempFolder {
   }
 
  private:
-  std::string name_ = (std::filesystem::temp_directory_path() / "recorder-test-XXXXXX").string();
   std::filesystem::path path_;
 };

@@ -1,0 +1,24 @@
+#include "recorder/utility/json_text.h"
+
+#include <json/reader.h>
+
+#include <memory>
+
+namespace recorder {
+
+std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& mistakes) {
+  constexpr int kDeepest = 64;
+  Json::CharReaderBuilder builder;
+  Json::CharReaderBuilder::strictMode(&builder.settings_);
+  builder["stackLimit"] = kDeepest;
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  Json::Value value;
+  try {
+    if (reader->parse(text.data(), text.data() + text.size(), &value, &mistakes)) return value;
+  } catch (const Json::Exception& error) {  // nested too deeply
+    mistakes = error.what();
+  }
+  return std::nullopt;
+}
+
+}  // namespace recorder

@@ -1,0 +1,100 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace end_to_end {
+
+namespace {
+
+/// A kind of camera, and how it is asked for.
+struct Kind {
+  const char* name;
+  const char* stream;  ///< of the simulated camera
+  const char* model;   ///< "vendor model"
+  const char* path;    ///< that the user gives
+  const char* codec;   ///< that the user names
+  const char* size;
+};
+
+const Kind kKinds[] = {
+    {"H264", R"({"codec": "h264"})", "Simcam RTSP-H264", "", "", "640x480"},
+    {"H265", R"({"codec": "h265"})", "Simcam RTSP-H265", "", "H.265", "640x480"},
+    {"Mpeg4", R"({"codec": "mpeg4"})", "Simcam RTSP-MPEG4", "", "MPEG4", "640x480"},
+    {"HttpMjpeg", R"({"codec": "h264"})", "Simcam HTTP-MJPEG", "", "MJPEG", "640x480"},
+    {"HttpJpegSetting", R"({"codec": "h264"})", "Simcam HTTP-Snapshot-Sizes", "", "MJPEG", "320x240"},
+    {"FourthChannel", R"({"codec": "h264", "path": "/ch4/stream1"})", "Simcam VideoServer-4", "", "", "640x480"},
+    {"PathOfTheUser", R"({"codec": "h264", "path": "/own%20path"})", "Simcam RTSP-Path", "/own path", "H.264",
+     "640x480"},
+    {"UserH265", R"({"codec": "h265"})", "User ", "stream1", "", "640x480"},
+    {"UserJpegOverRtsp", R"({"codec": "jpeg"})", "User ", "/stream1", "", "640x480"},
+    {"UserMjpegOverHttp", R"({"codec": "h264"})", "User ", "/video.mjpg", "MJPEG", "640x480"},
+    {"UserPathOverHttp", R"({"codec": "h264"})", "User ", "/snapshot.jpg", "", "640x480"},
+};
+
+const char* const kLogins[] = {"none", "basic", "digest-md5", "digest-sha256"};
+
+std::string NameOf(const Kind& kind, const std::string& login) { return std::string(kind.name) + " " + login; }
+
+Json::Value AllCameras() {
+  Json::Value cameras(Json::arrayValue);
+  for (const Kind& kind : kKinds) {
+    for (const char* login : kLogins) {
+      Json::Value camera;
+      camera["login"] = login;
+      camera["stream"] = ParseJson(kind.stream);
+      camera["snapshot"]["sizes"].append("320x240");
+      cameras.append(Camera(NameOf(kind, login), camera));
+    }
+  }
+  return cameras;
+}
+
+/// Width and height from the frame header of a JPEG (ITU-T T.81 B.2.2).
+std::string SizeOf(const std::string& jpeg) {
+  const auto number = [&](std::size_t at) {
+    return std::to_string(static_cast<unsigned char>(jpeg[at]) * 256 + static_cast<unsigned char>(jpeg[at + 1]));
+  };
+  for (std::size_t at = 2; at + 9 < jpeg.size() && jpeg[at] == '\xFF';) {
+    const auto marker = static_cast<unsigned char>(jpeg[at + 1]);
+    if (marker >= 0xC0 && marker <= 0xC2) return number(at + 7) + "x" + number(at + 5);
+    at += 2 + std::stoul(number(at + 2));
+  }
+  return "no picture";
+}
+
+}  // namespace
+
+TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
+  const SimCameras cameras(AllCameras());
+  const TestRecorder recorder;
+  for (const Kind& kind : kKinds) {
+    for (const char* login : kLogins) {
+      SCOPED_TRACE(NameOf(kind, login));
+      const int port = cameras.Port(NameOf(kind, login));
+      Json::Value test = TestParams(port, kSecret, kind.model);
+      Json::Value picture = PictureParams(port, kSecret, kind.model);
+      for (Json::Value* params : {&test, &picture}) {
+        (*params)["camChannel"] = std::string(kind.name) == "FourthChannel" ? "4" : "1";
+        (*params)["camSourcePath"] = kind.path;
+        (*params)["camVideoType"] = kind.codec;
+      }
+      EXPECT_EQ(recorder.Post("CameraTest", test).Code(), 0);
+      const Answer snapshot = recorder.Post("GetSnapshot", picture);
+      EXPECT_EQ(SizeOf(DecodeBase64(snapshot.json["data"]["img"].asString())), kind.size);
+
+      // The size method says MJPEG by default, whatever the camera sends; of a user's own camera that is a promise.
+      const std::string cameraModel = kind.model;
+      Json::Value size = SizeParams(port, kSecret, cameraModel.substr(cameraModel.find(' ') + 1));
+      size["vendor"] = cameraModel.substr(0, cameraModel.find(' '));
+      size["camChannel"] = test["camChannel"];
+      size["camSourcePath"] = kind.path;
+      if (cameraModel == "User ") size["camVdoType"] = kind.codec;
+      EXPECT_EQ(recorder.Post("CamCapUserDefineReso", size).json["data"]["userDefineReso"], "640x480");
+    }
+  }
+  EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
+}
+
+}  // namespace end_to_end

@@ -1,0 +1,97 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <sstream>
+
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace end_to_end {
+
+namespace {
+
+constexpr char kTrusted[] = "/trusted/NORV.Vistrel.CameraCap/1/CamCap";
+
+/// What `trust pair` prints: lines "cookie ..." and "timestamp ...".
+struct Pair {
+  std::string cookie;
+  std::string timestamp;
+};
+
+Pair MakePair(const TestRecorder& recorder, const std::vector<std::string>& arguments) {
+  std::vector<std::string> command = {"trust", "pair"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  Pair pair;
+  std::string label;
+  std::istringstream(recorder.Control(command).output) >> label >> pair.cookie >> label >> pair.timestamp;
+  return pair;
+}
+
+Answer Ask(const TestRecorder& recorder, const Pair& pair, const std::string& client, int isCrossSite = 0) {
+  Json::Value params;
+  params["vendor"] = "User";
+  params["client"] = client;
+  params["cookie"] = pair.cookie;
+  params["isCrossSite"] = isCrossSite;
+  return recorder.Send("POST", kTrusted, {{"Cookie", "timestamp=" + pair.timestamp}}, ToText(params));
+}
+
+}  // namespace
+
+TEST(TrustedRecorders, AreAdmittedByTheirPairAlone) {
+  const TestRecorder recorder;
+  ASSERT_EQ(recorder.Control({"trust", "add", "north"}).status, 0);
+  ASSERT_EQ(recorder.Control({"trust", "add", "site", "--group"}).status, 0);
+  const Pair client = MakePair(recorder, {"north"});
+  const Pair group = MakePair(recorder, {"site", "--group"});
+
+  EXPECT_EQ(Ask(recorder, client, "NVR").Code(), 0);
+  EXPECT_EQ(Ask(recorder, group, "NVR", 1).Code(), 0);
+  EXPECT_EQ(Ask(recorder, client, "NVR", 1).Code(), 105) << "a client is no server of the group";
+  EXPECT_EQ(Ask(recorder, group, "NVR").Code(), 105);
+  EXPECT_EQ(Ask(recorder, client, "nvr").Code(), 105);
+  EXPECT_EQ(Ask(recorder, {client.cookie, "1"}, "NVR").Code(), 105);
+  EXPECT_EQ(recorder.Send("POST", kTrusted, recorder.Login(), R"({"vendor": "User"})").Code(), 105)
+      << "a login does not count there";
+  EXPECT_EQ(recorder.Send("GET", std::string(kTrusted) + "?vendor=User", {}).status, 405);
+
+  ASSERT_EQ(recorder.Control({"trust", "remove", "north"}).status, 0);
+  EXPECT_EQ(Ask(recorder, client, "NVR").Code(), 105);
+}
+
+TEST(Pools, SilentCamerasKeepNobodyFromTheLists) {
+  const SimCameras cameras(List({Faulty("silent", "silentAfterConnect")}));
+  const TestRecorder recorder({.testMs = 4000, .pictureMs = 4000, .workers = 1, .modelsFolder = {}});
+  auto test = std::async(std::launch::async,
+                         [&] { return recorder.Post("CameraTest", TestParams(cameras.Port("silent"), "")).Code(); });
+  while (cameras.Log("silent")["connections"].asInt() == 0) usleep(10'000);
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=User").Code(), 0);
+  EXPECT_EQ(test.wait_for(std::chrono::seconds(0)), std::future_status::timeout) << "the list came first";
+  EXPECT_EQ(test.get(), 463);
+}
+
+TEST(Records, SwitchedOffCameraGivesTheDefaultPicture) {
+  const SimCameras cameras(List({Camera("camera")}));
+  const int port = cameras.Port("camera");
+  const TestRecorder recorder;
+  const int id = recorder.AddCamera("Simcam", "RTSP-H264", port, "admin", kSecret);
+  Json::Value params = PictureParams(port, kFakePass);
+  params["camId"] = id;
+  const auto isPicture = [&] {
+    return IsJpeg(DecodeBase64(recorder.Post("GetSnapshot", params).json["data"]["img"].asString()));
+  };
+  EXPECT_TRUE(isPicture());
+  ASSERT_EQ(recorder.Control({"camera", "status", std::to_string(id), "disabled"}).status, 0);
+  const int before = cameras.Log("camera")["connections"].asInt();
+  EXPECT_FALSE(isPicture());
+  EXPECT_EQ(cameras.Log("camera")["connections"].asInt(), before);
+
+  ASSERT_EQ(recorder.Control({"camera", "status", std::to_string(id), "enabled"}).status, 0);
+  ASSERT_EQ(recorder.Control({"camera", "password", std::to_string(id)}, "changed\n").status, 0);
+  EXPECT_FALSE(isPicture()) << "the stored password is wrong now";
+  ASSERT_EQ(recorder.Control({"camera", "remove", std::to_string(id)}).status, 0);
+  EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"].size(), 0U);
+}
+
+}  // namespace end_to_end
