@@ -140,8 +140,8 @@ struct Records::Impl {
       SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
       CheckpointOnClose(opened, false);
       {
-        // Somebody may have died while making the schema: whoever comes next repairs that alone, as SQLite does not wait
-        // for another process there.
+        // Somebody may have died while making the schema: whoever comes next repairs that alone, as SQLite does not
+        // wait for another process there.
         const FileDescriptor lock = LockFolder(stateFolder);
         if (VersionOf(opened) == 0) MakeSchema(opened);
       }
