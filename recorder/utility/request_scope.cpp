@@ -1,6 +1,9 @@
 #include "recorder/utility/request_scope.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -9,8 +12,8 @@ CameraLimits cameraLimits;
 thread_local RequestScope* currentScope = nullptr;
 
 /// One text for one host: "CAM1.", "cam1" and "[FE80::1]", "fe80::1".
-std::string Normalized(std::string host) {
-  if (host.size() > 2 && host.front() == '[' && host.back() == ']') host = host.substr(1, host.size() - 2);
+std::string Normalized(std::string_view given) {
+  std::string host(WithoutBrackets(given));
   if (host.size() > 1 && host.back() == '.') host.pop_back();
   std::transform(host.begin(), host.end(), host.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -43,7 +46,7 @@ Clock::time_point RequestScope::Deadline() {
 void RequestScope::LendPassword(std::string password, std::string host, int port) {
   if (password.empty()) return;  // no secret, and every camera without a password would be refused
   if (!key_) key_ = SecretKey::Random();
-  lent_.push_back({DigestOf(password), Normalized(std::move(host)), {port}});
+  lent_.push_back({DigestOf(password), Normalized(host), {port}});
   sodium_memzero(password.data(), password.size());
 }
 

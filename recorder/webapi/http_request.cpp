@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <memory>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -62,10 +63,8 @@ std::string_view HostName(std::string_view host) {
 
 bool IsNumericAddress(std::string_view name) {
   unsigned char address[sizeof(in6_addr)];
-  if (!name.empty() && name.front() == '[' && name.back() == ']') {
-    return inet_pton(AF_INET6, std::string(name.substr(1, name.size() - 2)).c_str(), address) == 1;
-  }
-  return inet_pton(AF_INET, std::string(name).c_str(), address) == 1;
+  const int family = name.starts_with('[') ? AF_INET6 : AF_INET;
+  return inet_pton(family, std::string(WithoutBrackets(name)).c_str(), address) == 1;
 }
 
 /// Refuses what a browser sends on behalf of another site, and names that an attacker could point at this server.
@@ -197,22 +196,12 @@ Json::Value FormValue(const std::string& text) {
 }
 
 Json::Value ParseJsonObject(const std::string& text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  builder["stackLimit"] = 64;
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value params;
-  std::string errors;
-  bool parsed = false;
-  try {
-    parsed = reader->parse(text.data(), text.data() + text.size(), &params, &errors);
-  } catch (const Json::Exception& error) {  // nested deeper than stackLimit
-    errors = error.what();
+  std::string mistakes;
+  std::optional<Json::Value> params = ParseStrictJson(text, mistakes);
+  if (!params || !params->isObject()) {
+    throw HttpError(400, "the body must be a JSON object" + (mistakes.empty() ? "" : ": " + mistakes));
   }
-  if (!parsed || !params.isObject()) {
-    throw HttpError(400, "the body must be a JSON object" + (errors.empty() ? "" : ": " + errors));
-  }
-  return params;
+  return *std::move(params);
 }
 
 }  // namespace recorder
