@@ -107,6 +107,8 @@ void AddRecordOptions(CLI::App& add, CameraOptions& options) {
   add.add_option("--user", camera.user, "user name at the camera");
   add.add_option("--channel", camera.channel, "channel (default: any)");
   add.add_option("--source-path", camera.sourcePath, "path of the stream, for a model that asks for it");
+  add.add_option("--owner", camera.ownerKdId, "id of the recording server that owns the camera (default: 0, this one)")
+      ->check(CLI::NonNegativeNumber);
 }
 
 void AddNoPasswordFlag(CLI::App& command, CameraOptions& options) {
