@@ -94,4 +94,49 @@ TEST(Records, SwitchedOffCameraGivesTheDefaultPicture) {
   EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"].size(), 0U);
 }
 
+namespace {
+
+/// The command lines of all processes.
+std::string ProcessList() {
+  std::string list;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) list += ReadText(entry.path() / "cmdline");
+  return list;
+}
+
+}  // namespace
+
+TEST(Secrets, AreNowhereButInTheirRecord) {
+  const SimCameras cameras(List({Camera("good"), Faulty("silent", "silentAfterPlay"), Faulty("html", "htmlPage")}));
+  const TestRecorder recorder({.testMs = 1500, .pictureMs = 1500, .workers = 2, .modelsFolder = {}});
+  const int id = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
+  std::string seen = recorder.Control({"camera", "show", std::to_string(id)}).output;
+  auto slow = std::async(std::launch::async, [&] {
+    return recorder.Post("GetSnapshot", PictureParams(cameras.Port("silent"), kSecret)).body;
+  });
+  while (cameras.Log("silent")["sessions"].asInt() == 0) usleep(10'000);
+  seen += ProcessList() + slow.get();
+
+  for (const char* camera : {"good", "html"}) {
+    const int port = cameras.Port(camera);
+    for (const char* password : {kSecret, kFakePass}) {
+      for (const char* model : {"RTSP-H264", "HTTP-Snapshot-Sizes"}) {
+        Json::Value test = TestParams(port, password, std::string("Simcam ") + model);
+        test["camId"] = id;
+        test["camIP"] = "admin:" + std::string(kSecret) + "@127.0.0.1";  // as some paste it
+        seen += recorder.Post("CameraTest", test).body;
+        seen += recorder.Post("CamBatAddVerify", Batch(List({BatchRow("1", port, password, model)}))).body;
+        seen += recorder.Post("GetSnapshot", PictureParams(port, password, std::string("Simcam ") + model)).body;
+        seen += recorder.Post("CamCapUserDefineReso", SizeParams(port, password, model)).body;
+        seen += recorder.Post("CamCapRemote", RemoteParams(port, password, model)).body;
+      }
+    }
+  }
+  seen += recorder.Log();
+  for (const auto& file : std::filesystem::recursive_directory_iterator(recorder.StateFolder())) {
+    if (file.is_regular_file()) seen += ReadText(file.path());
+  }
+  EXPECT_THAT(seen, testing::HasSubstr("SQLite format 3")) << "the database was searched";
+  EXPECT_EQ(seen.find(kSecret), std::string::npos);
+}
+
 }  // namespace end_to_end
