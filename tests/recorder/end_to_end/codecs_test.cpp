@@ -97,4 +97,24 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
   EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
 }
 
+/// A session that starts six seconds before a key frame.
+Json::Value LateKeyFrame(const std::string& name, const char* more) {
+  Json::Value camera = ParseJson(more);
+  camera["stream"]["gop"] = 250;
+  camera["stream"]["start"] = 6;
+  return Camera(name, camera);
+}
+
+TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
+  const SimCameras cameras(List({LateKeyFrame("short session", R"({"fault": "sessionTimeout"})"),
+                                 LateKeyFrame("asked", R"({"stream": {"pli": true}})")}));
+  const auto hasPicture = [&](const char* camera, int limitMs) {
+    const TestRecorder recorder({.testMs = 1000, .pictureMs = limitMs, .workers = 1, .modelsFolder = {}});
+    const Answer answer = recorder.Post("GetSnapshot", PictureParams(cameras.Port(camera), kSecret));
+    return SizeOf(DecodeBase64(answer.json["data"]["img"].asString())) == "640x480";
+  };
+  EXPECT_TRUE(hasPicture("short session", 12'000)) << "it ends after 5 s without a request";
+  EXPECT_TRUE(hasPicture("asked", 4'000)) << "a picture loss indication brings a key frame";
+}
+
 }  // namespace end_to_end
