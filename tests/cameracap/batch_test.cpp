@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <sstream>
 
 #include "platform/utility.h"
 #include "tests/cameracap/request.h"
@@ -86,14 +87,13 @@ TEST_P(BatchTest, WorkerGoes) {
 INSTANTIATE_TEST_SUITE_P(Way, BatchTest, testing::ValuesIn(kRows), kByName);
 
 TEST_F(ModuleTest, RunsTenAtATimeAndAnswersInListOrder) {
-  std::string expected;
+  std::ostringstream expected;
   for (int worker = 1; worker <= 25; ++worker) {
-    const std::string number = std::to_string(worker);
-    Script("RetDevApiToRetCV@" + number, {worker});
+    Script("RetDevApiToRetCV@" + std::to_string(worker), {worker});
     const int code = worker >= 4 && worker <= 8 ? 458 + worker : worker == 15 ? 467 : 468;
-    expected += "t" + number + ":" + number + "/" + std::to_string(code) + " ";
+    expected << "t" << worker << ":" << worker << "/" << code << " ";
   }
-  EXPECT_EQ(ResultsOf(Cameras(25)), expected);
+  EXPECT_EQ(ResultsOf(Cameras(25)), expected.str());
   EXPECT_EQ(Threads(), Group(1, 10) + Group(11, 20) + Group(21, 25));
 }
 
@@ -109,11 +109,13 @@ TEST_F(ModuleTest, BatchAnswerHasNoOtherMembersAndMissingOnesAreEmpty) {
 }
 
 TEST_F(ModuleTest, BatchNeedsAListWithRows) {
-  const std::string log = R"(log("cameracap:832","HandleCamBatchAddVerify","Failed to parse cam list.\n"); )";
+  const std::string expected = kAsk + Lines(R"(
+    log("cameracap:832","HandleCamBatchAddVerify","Failed to parse cam list.\n"); )" +
+                                            Error(400));
   for (const Json::Value& camList : {Json::Value(), List(), Json::Value("list"), Camera(1)}) {
     Reset();
     Send("CamBatAddVerify", {{"camList", camList}});
-    EXPECT_EQ(Transcript(), kAsk + Lines(log + Error(400)));
+    EXPECT_EQ(Transcript(), expected);
   }
 }
 

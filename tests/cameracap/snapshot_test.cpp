@@ -80,7 +80,7 @@ TEST_F(ModuleTest, SettingIsOfTheCodec) {
     Reset();
     Send("GetSnapshot", With(kCamera, {{"camVideoType", name}}));
     const std::string taken = number == 0 ? kNoCodec : Swap(kTake, "Codec(3)", "Codec(" + std::to_string(number) + ")");
-    EXPECT_EQ(Transcript(), Lines(kAsk + Swap(taken, "H.264", name) + kAnswer));
+    EXPECT_EQ(Transcript(), Lines(kAsk + Swap(taken + kAnswer, "H.264", name)));
   }
 }
 

@@ -24,6 +24,7 @@ void SetConfiguration(ESFormat& format, const string& bytes) {
 
 ESFormat::ESFormat() = default;
 ESFormat::~ESFormat() { std::free(extradata); }
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the configuration is copied before it is freed
 ESFormat& ESFormat::operator=(const ESFormat& other) {
   type = other.type;
   codec = other.codec;

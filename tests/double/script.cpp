@@ -98,7 +98,7 @@ Json::Value Answer(const std::string& function) {
   const Locked state;
   auto* answers = FindAnswers(state, function);
   if (answers == nullptr) return state->faults.push_back("nobody scripted " + function), Json::Value();
-  const Json::Value answer = answers->front();
+  Json::Value answer = answers->front();
   if (answers->size() > 1) answers->pop_front();
   if (answer == Json::Value(kThrow)) throw std::runtime_error(function);
   return answer;

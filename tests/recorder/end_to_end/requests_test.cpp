@@ -40,7 +40,7 @@ const RequestCase kRequestCases[] = {
     {"KeyTwice", "POST", "CamCap", {}, "vendor=User&vendor=x", kForm, 400, "vendor"},
     {"BrokenPercent", "POST", "CamCap", {}, "vendor=%4", kForm, 400, "percent"},
     {"WrongType", "POST", "CamCap", {}, "vendor", "text/plain", 415, "application/json"},
-    {"BodyTooLarge", "POST", "CamCap", {}, std::string(1100 * 1024, ' '), kJson, 413, "1 MiB"},
+    {"BodyTooLarge", "POST", "CamCap", {}, std::string(1'100'000, ' '), kJson, 413, "1 MiB"},
     {"ValueOfWrongType", "POST", "CamCap", {}, R"({"model": {}})", kJson, 400, R"("parameter":"model")"},
     {"PortMissing", "POST", "CamCapRemote", {}, R"({"camCapCmd": 1})", kJson, 400, R"("parameter":"camPort")"},
     {"PortTooLarge", "POST", "CameraTest", {}, "camPort=99999999999", kForm, 400, R"("parameter":"camPort")"},

@@ -22,6 +22,7 @@ constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
 
 std::vector<char*> Pointers(std::vector<std::string>& words) {
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   return pointers;
