@@ -43,7 +43,7 @@ Clock::time_point RequestScope::Deadline() {
   return *deadline_;
 }
 
-void RequestScope::LendPassword(std::string password, std::string host, int port) {
+void RequestScope::LendPassword(std::string password, const std::string& host, int port) {
   if (password.empty()) return;  // no secret, and every camera without a password would be refused
   if (!key_) key_ = SecretKey::Random();
   lent_.push_back({DigestOf(password), Normalized(host), {port}});

@@ -51,7 +51,7 @@ class RequestScope {
 
   /// Lends the stored password of the camera at `host` and `port` to this request, which must have named the record's
   /// vendor and model: by AllowPort the model adds ports. A request may borrow several; an empty one is ignored.
-  void LendPassword(std::string password, std::string host, int port);
+  void LendPassword(std::string password, const std::string& host, int port);
 
   /// Refuses every contact from now on: the request counts on a stored password that it was not lent, and a contact
   /// without it would be a wrong login, of which cameras allow few.
