@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "recorder/device/http_probe.h"
+
 namespace recorder {
 
 UserDevice::UserDevice(DeviceParameters parameters) : parameters_(std::move(parameters)) {}
@@ -34,7 +36,7 @@ std::string UserDevice::HttpSnapshotPath(const std::string& /*setting*/) { retur
 SNAPSHOT_KIND UserDevice::SnapshotKind() const {
   switch (videoType_) {
     case VIDEO_TYPE_MJPEG:
-      return SNAPSHOT_KIND_HTTP_MJPEG;
+      return AskWhetherHttp();
     case VIDEO_TYPE_MPEG4:
     case VIDEO_TYPE_H264:
     case VIDEO_TYPE_H265:
@@ -52,6 +54,13 @@ SNAPSHOT_KIND UserDevice::AskForKind() const {
   CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
                      STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
   return check.Verify() == CAMERA_VERIFY_PASSED ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
+}
+
+/// HTTP, unless the address is none of HTTP's: callers say MJPEG also when they do not know.
+SNAPSHOT_KIND UserDevice::AskWhetherHttp() const {
+  const Outcome outcome = ProbeHttpStream(parameters_.address, parameters_.sourcePath);
+  const bool isElsewhere = outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream;
+  return isElsewhere ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
 }
 
 }  // namespace recorder

@@ -23,6 +23,7 @@ class UserDevice : public Device {
  private:
   SNAPSHOT_KIND SnapshotKind() const;
   SNAPSHOT_KIND AskForKind() const;
+  SNAPSHOT_KIND AskWhetherHttp() const;
 
   const DeviceParameters parameters_;
   int videoType_ = VIDEO_TYPE_ANY;

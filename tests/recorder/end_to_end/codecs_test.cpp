@@ -84,13 +84,12 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
       const Answer snapshot = recorder.Post("GetSnapshot", picture);
       EXPECT_EQ(SizeOf(DecodeBase64(snapshot.json["data"]["img"].asString())), kind.size);
 
-      // The size method says MJPEG by default, whatever the camera sends; of a user's own camera that is a promise.
+      // The size method says MJPEG by default, whatever the camera sends.
       const std::string cameraModel = kind.model;
       Json::Value size = SizeParams(port, kSecret, cameraModel.substr(cameraModel.find(' ') + 1));
       size["vendor"] = cameraModel.substr(0, cameraModel.find(' '));
       size["camChannel"] = test["camChannel"];
       size["camSourcePath"] = kind.path;
-      if (cameraModel == "User ") size["camVdoType"] = kind.codec;
       EXPECT_EQ(recorder.Post("CamCapUserDefineReso", size).json["data"]["userDefineReso"], "640x480");
     }
   }
