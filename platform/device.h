@@ -211,7 +211,8 @@ class DeviceAPIHandler : public VTHandlerBase {
   Functor<int> VerifyConnection;
   /// (VIDEO_TYPE, 0): the codec that following calls are about. The second argument numbers the stream, from 0.
   Functor<int, int, int> SelectVideoType;
-  /// (path, port, SNAPSHOT_KIND): fills in how a snapshot is taken; `port` comes in with the request's own.
+  /// (path, port, SNAPSHOT_KIND): fills in how a snapshot is taken; `port` comes in with the request's own. May contact
+  /// the camera, where the user names no codec.
   Functor<int, std::string&, int&, int&> GetSnapshotPath;
 
  private:
