@@ -6,6 +6,7 @@
 
 #include "platform/device.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/utility/outcome.h"
 
 namespace recorder {
 
@@ -13,7 +14,8 @@ namespace recorder {
 inline constexpr int kDeviceHasNoCheck = -1;
 
 /// The device-support object of one camera: what the functors of a DeviceAPIHandler call.
-/// Thread: one. Contacts the camera in VerifyConnection, and in GetSnapshotPath where a declaration says so.
+/// Thread: one. Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a declaration
+/// says so.
 class Device : public DPObjectBase {
  public:
   virtual bool NeedsSourcePath() = 0;
@@ -23,8 +25,8 @@ class Device : public DPObjectBase {
   virtual int SelectVideoType(int videoType, int streamNumber) = 0;
   virtual int GetSnapshotPath(std::string& path, int& port, int& kind) = 0;
 
-  /// Path of the snapshot over HTTP, taken with `setting` ("" for the camera's preferred one).
-  virtual std::string HttpSnapshotPath(const std::string& setting) = 0;
+  /// Takes a picture over HTTP with `setting` ("" for the camera's preferred one). kOk: `jpeg` holds a whole JPEG.
+  virtual Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) = 0;
 };
 
 /// What a DeviceAPIHandler is loaded with, but for vendor and model.

@@ -69,7 +69,11 @@ int ModelDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
   return 0;
 }
 
-std::string ModelDevice::HttpSnapshotPath(const std::string& setting) {
+Outcome ModelDevice::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
+  return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
+}
+
+std::string ModelDevice::HttpSnapshotPath(const std::string& setting) const {
   return FillPath(model_->snapshot.from.path,
                   {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
 }

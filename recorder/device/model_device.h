@@ -19,9 +19,10 @@ class ModelDevice : public Device {
   int VerifyConnection() override;
   int SelectVideoType(int videoType, int streamNumber) override;
   int GetSnapshotPath(std::string& path, int& port, int& kind) override;
-  std::string HttpSnapshotPath(const std::string& setting) override;
+  Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
+  std::string HttpSnapshotPath(const std::string& setting) const;
   void UsePort(const ModelPath& path, int& port) const;
   std::string PreferredSetting() const;
 

@@ -4,7 +4,6 @@
 
 #include "platform/device.h"
 #include "recorder/device/device_api.h"
-#include "recorder/device/http_probe.h"
 #include "recorder/utility/handle.h"
 
 int SnapshotGetFromAPI(const std::string& host, int port, const std::string& user, const std::string& password,
@@ -12,8 +11,8 @@ int SnapshotGetFromAPI(const std::string& host, int port, const std::string& use
                        int /*videoType*/) {
   if (!api.impl->device) return -1;
   std::string picture;
-  const std::string path = api.impl->device->HttpSnapshotPath(setting);
-  if (recorder::FetchPicture({host, port, user, password}, path, picture) != recorder::Outcome::kOk) return -1;
+  const recorder::Outcome outcome = api.impl->device->TakeSnapshot({host, port, user, password}, setting, picture);
+  if (outcome != recorder::Outcome::kOk) return -1;
   recorder::MallocBytes bytes(static_cast<unsigned char*>(std::malloc(picture.size())));
   if (!bytes) return -1;
   std::copy(picture.begin(), picture.end(), bytes.get());

@@ -31,9 +31,13 @@ int UserDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
   return kind == SNAPSHOT_KIND_NONE ? -1 : 0;
 }
 
-std::string UserDevice::HttpSnapshotPath(const std::string& /*setting*/) { return parameters_.sourcePath; }
+Outcome UserDevice::TakeSnapshot(const CameraAddress& address, const std::string& /*setting*/, std::string& jpeg) {
+  if (!asked_) return FetchPicture(address, parameters_.sourcePath, jpeg);
+  jpeg = std::move(asked_->jpeg);
+  return std::exchange(asked_, std::nullopt)->outcome;
+}
 
-SNAPSHOT_KIND UserDevice::SnapshotKind() const {
+SNAPSHOT_KIND UserDevice::SnapshotKind() {
   switch (videoType_) {
     case VIDEO_TYPE_MJPEG:
       return AskWhetherHttp();
@@ -42,14 +46,14 @@ SNAPSHOT_KIND UserDevice::SnapshotKind() const {
     case VIDEO_TYPE_H265:
       return SNAPSHOT_KIND_STREAM;
     case VIDEO_TYPE_ANY:
-      return AskForKind();
+      return AskWhetherRtsp();
     default:
       return SNAPSHOT_KIND_NONE;
   }
 }
 
 /// RTSP first, then HTTP: whoever takes the picture tries one of them only.
-SNAPSHOT_KIND UserDevice::AskForKind() const {
+SNAPSHOT_KIND UserDevice::AskWhetherRtsp() const {
   const CameraAddress& address = parameters_.address;
   CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
                      STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
@@ -57,8 +61,10 @@ SNAPSHOT_KIND UserDevice::AskForKind() const {
 }
 
 /// HTTP, unless the address is none of HTTP's: callers say MJPEG also when they do not know.
-SNAPSHOT_KIND UserDevice::AskWhetherHttp() const {
-  const Outcome outcome = ProbeHttpStream(parameters_.address, parameters_.sourcePath);
+SNAPSHOT_KIND UserDevice::AskWhetherHttp() {
+  std::string jpeg;
+  const Outcome outcome = FetchPicture(parameters_.address, parameters_.sourcePath, jpeg);
+  asked_ = Asked{outcome, std::move(jpeg)};
   const bool isElsewhere = outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream;
   return isElsewhere ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "recorder/device/device_api.h"
@@ -7,7 +8,7 @@
 namespace recorder {
 
 /// A camera of any make, reached by a path that the user gives: RTSP, or JPEG or MJPEG over HTTP, as its codec says.
-/// Without a codec, GetSnapshotPath asks the camera whether the path is an RTSP stream.
+/// Without a codec, and where MJPEG is named, GetSnapshotPath asks the camera which of them the path is.
 class UserDevice : public Device {
  public:
   explicit UserDevice(DeviceParameters parameters);
@@ -18,15 +19,22 @@ class UserDevice : public Device {
   int VerifyConnection() override;
   int SelectVideoType(int videoType, int streamNumber) override;
   int GetSnapshotPath(std::string& path, int& port, int& kind) override;
-  std::string HttpSnapshotPath(const std::string& setting) override;
+  Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
-  SNAPSHOT_KIND SnapshotKind() const;
-  SNAPSHOT_KIND AskForKind() const;
-  SNAPSHOT_KIND AskWhetherHttp() const;
+  /// What came of asking for a picture over HTTP: whoever takes the picture next need not ask again.
+  struct Asked {
+    Outcome outcome;
+    std::string jpeg;
+  };
+
+  SNAPSHOT_KIND SnapshotKind();
+  SNAPSHOT_KIND AskWhetherRtsp() const;
+  SNAPSHOT_KIND AskWhetherHttp();
 
   const DeviceParameters parameters_;
   int videoType_ = VIDEO_TYPE_ANY;
+  std::optional<Asked> asked_;
 };
 
 }  // namespace recorder

@@ -96,6 +96,15 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
   EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
 }
 
+TEST(Codecs, APictureOfAUsersOwnMjpegCameraIsOneRequest) {
+  const SimCameras cameras(List({Camera("camera", ParseJson(R"({"login": "none"})"))}));
+  Json::Value params = PictureParams(cameras.Port("camera"), "", "User ");
+  params["camSourcePath"] = "/video.mjpg";
+  params["camVideoType"] = "MJPEG";
+  EXPECT_EQ(SizeOf(DecodeBase64(TestRecorder().Post("GetSnapshot", params).json["data"]["img"].asString())), "640x480");
+  EXPECT_EQ(cameras.Log("camera")["requestCount"].asInt(), 1);
+}
+
 /// A session that starts six seconds before a key frame.
 Json::Value LateKeyFrame(const std::string& name, const char* more) {
   Json::Value camera = ParseJson(more);
