@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -40,24 +39,5 @@ class BodyReader {
 /// Fetches `path` (with its query; a leading slash may lack) into `reader`. https on port 443, else http. Redirects are
 /// followed within the host. kOk means that a 200 answer ended as it should, or that `reader` has enough of it.
 Outcome HttpGet(const CameraAddress& address, const std::string& path, BodyReader& reader);
-
-/// `path` as it may stand in a request line: with a leading slash, and with percent-encoding for blanks and for
-/// whatever has no place in an address (RFC 3986). Nothing for a path with control characters, which could add header
-/// lines.
-std::optional<std::string> RequestPath(std::string_view path);
-
-/// Where a request goes.
-struct HttpPlace {
-  bool isTls = false;
-  std::string host;
-  int port = 0;
-  std::string path;  ///< with the query
-
-  bool operator==(const HttpPlace&) const = default;
-};
-
-/// The place that a redirect from `from` to the absolute address `location` leads to. Nothing when it must not be
-/// followed: another host, another protocol than http and https, or https left for http.
-std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string& location);
 
 }  // namespace recorder

@@ -2,7 +2,7 @@
 
 #include "recorder/device/multipart.h"
 #include "recorder/media/jpeg_check.h"
-#include "recorder/net/http_client.h"
+#include "recorder/net/http_place.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder {

@@ -1,0 +1,83 @@
+#include "recorder/net/http_conversation.h"
+
+#include <utility>
+
+#include "recorder/net/http_status.h"
+
+namespace recorder {
+
+HttpConversation::HttpConversation(HttpPlace place, const CameraAddress& camera, AnswerReader& reader,
+                                   std::size_t maxBody)
+    : place_(std::move(place)), camera_(camera), transfer_(place_, reader, maxBody) {}
+
+Outcome HttpConversation::Send(const OutgoingRequest& request) {
+  RequestScope& scope = RequestScope::Current();
+  if (const auto refusal = scope.Refusal(place_.host, place_.port, camera_.user, camera_.password)) return *refusal;
+  const Outcome outcome = Exchange(request, scope.Deadline());
+  if (!isAccepted_) challenge_.reset();
+  scope.Remember(place_.host, camera_.user, outcome);
+  return outcome;
+}
+
+Outcome HttpConversation::Exchange(const OutgoingRequest& request, Clock::time_point deadline) {
+  Outcome outcome = Transfer(request, deadline);
+  int logins = challenge_ ? 1 : 0;
+  for (; outcome == Outcome::kOk && transfer_.Status() == kHttpUnauthorized; ++logins) {
+    const std::vector<LoginChallenge> challenges = transfer_.Challenges();
+    const LoginChallenge* challenge = StrongestChallenge(challenges);
+    if (challenge == nullptr || !IsToBeAnswered(*challenge, logins)) return MeaningOfUnauthorized(challenges);
+    challenge_ = *challenge;
+    nonce_ = {MakeClientNonce(), 0};
+    outcome = Transfer(request, deadline);
+  }
+  return outcome;
+}
+
+/// `logins`: how often the request was sent with a login.
+bool HttpConversation::IsToBeAnswered(const LoginChallenge& challenge, int logins) const {
+  constexpr int kMaxLogins = 2;
+  if (logins == 0) return HasLogin(camera_) && !isAccepted_;
+  return logins < kMaxLogins && challenge.isStale;
+}
+
+/// What a 401 means that is not answered with a login.
+Outcome HttpConversation::MeaningOfUnauthorized(const std::vector<LoginChallenge>& challenges) const {
+  if (isAccepted_) return Outcome::kOk;
+  if (challenge_) return Outcome::kLoginRefused;
+  if (challenges.empty()) return Outcome::kOk;
+  return HasLogin(camera_) ? Outcome::kLoginUnsupported : Outcome::kLoginRefused;
+}
+
+/// Until a login was accepted, each request has a connection of its own: a login on one that was used before would be
+/// sent again when the camera answers it by closing, and so would one that the caller put into the body.
+Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_point deadline) {
+  using enum HttpTransfer::Connection;
+  const auto connection = isAccepted_ || !HasLogin(camera_) ? kKeep : kClose;
+  const Outcome outcome = transfer_.Perform(request, Authorization(request), connection, deadline);
+  if (isAccepted_ || !challenge_) return outcome;
+  if (transfer_.IsUnanswered()) return Outcome::kLoginRefused;  // some refuse by closing
+  isAccepted_ = outcome == Outcome::kOk && OutcomeOfStatus(transfer_.Status()) != Outcome::kLoginRefused;
+  return outcome;
+}
+
+std::string HttpConversation::Authorization(const OutgoingRequest& request) {
+  if (!challenge_) return "";
+  ++nonce_.count;
+  return AuthorizationValue(*challenge_, camera_.user, camera_.password, request.isPost ? "POST" : "GET", request.path,
+                            nonce_);
+}
+
+Outcome FollowRedirects(HttpPlace place, const std::function<Contact(const HttpPlace& place)>& contact) {
+  constexpr int kMaxRedirects = 3;
+  for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
+    const auto [outcome, location] = contact(place);
+    if (location.empty()) return outcome;
+    const auto target = RedirectTarget(place, location);
+    if (!target) return Outcome::kNotUnderstood;
+    RequestScope::Current().AllowPort(target->host, target->port);
+    place = *target;
+  }
+  return Outcome::kNotUnderstood;
+}
+
+}  // namespace recorder

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/net/http_place.h"
+#include "recorder/net/http_transfer.h"
+#include "recorder/net/login.h"
+#include "recorder/utility/outcome.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+/// Requests to one host and port of a camera, as far as the thread's RequestScope allows them, with the login that the
+/// camera asks for.
+class HttpConversation {
+ public:
+  /// `camera` and `reader` must outlive the conversation. The path of `place` does not matter.
+  HttpConversation(HttpPlace place, const CameraAddress& camera, AnswerReader& reader, std::size_t maxBody);
+
+  /// One request and its answer. kOk: an answer came, whatever its status. A 401 that asks for a login is answered,
+  /// once, and once more only when the camera says that its nonce was too old. Handed back is a 401 that offers no
+  /// login, or that comes although a login was accepted.
+  Outcome Send(const OutgoingRequest& request);
+
+  /// The last answer.
+  const HttpTransfer& Answer() const { return transfer_; }
+
+  const HttpPlace& Place() const { return place_; }
+
+  /// Says that the camera accepted a login that the caller sent in a body.
+  void LoginAccepted() { isAccepted_ = true; }
+  bool IsLoggedIn() const { return isAccepted_; }
+
+ private:
+  Outcome Exchange(const OutgoingRequest& request, Clock::time_point deadline);
+  Outcome Transfer(const OutgoingRequest& request, Clock::time_point deadline);
+  std::string Authorization(const OutgoingRequest& request);
+  bool IsToBeAnswered(const LoginChallenge& challenge, int logins) const;
+  Outcome MeaningOfUnauthorized(const std::vector<LoginChallenge>& challenges) const;
+
+  const HttpPlace place_;
+  const CameraAddress& camera_;
+  HttpTransfer transfer_;
+  bool isAccepted_ = false;
+  std::optional<LoginChallenge> challenge_;  // what our Authorization headers answer
+  ClientNonce nonce_;
+};
+
+struct Contact {
+  Outcome outcome;
+  std::string location;  ///< absolute address that the answer redirects to, or ""
+};
+
+/// Makes a contact at `place`, then at each that a redirect leads to, and gives the outcome of the last. Neither the
+/// host nor https is left; kNotUnderstood when a redirect would, or when there are too many.
+Outcome FollowRedirects(HttpPlace place, const std::function<Contact(const HttpPlace& place)>& contact);
+
+}  // namespace recorder

@@ -1,0 +1,55 @@
+#include "recorder/net/http_place.h"
+
+#include <algorithm>
+#include <charconv>
+#include <new>
+#include <utility>
+
+#include "recorder/net/http_handles.h"
+#include "recorder/net/text.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+std::string UrlPart(CURLU* url, CURLUPart part, unsigned int flags = 0) {
+  char* text = nullptr;
+  if (curl_url_get(url, part, &text, flags) != CURLUE_OK) return "";
+  return CurlText(text).get();
+}
+
+}  // namespace
+
+HttpPlace PlaceAt(const CameraAddress& camera, std::string path) {
+  constexpr int kHttpsPort = 443;
+  return {camera.port == kHttpsPort, camera.host, camera.port, std::move(path)};
+}
+
+std::optional<std::string> RequestPath(std::string_view path) {
+  const auto isControl = [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; };
+  if (std::any_of(path.begin(), path.end(), isControl)) return std::nullopt;
+  return (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns);
+}
+
+std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string& location) {
+  const UrlHandle url(curl_url());
+  if (!url) throw std::bad_alloc();
+  if (curl_url_set(url.get(), CURLUPART_URL, location.c_str(), 0) != CURLUE_OK) return std::nullopt;
+  const std::string scheme = UrlPart(url.get(), CURLUPART_SCHEME);
+  if (scheme != "http" && scheme != "https") return std::nullopt;
+
+  HttpPlace target{scheme == "https", UrlPart(url.get(), CURLUPART_HOST), 0, ""};
+  const bool isSameHost = EqualsIgnoreCase(WithoutBrackets(target.host), WithoutBrackets(from.host));
+  if (!isSameHost || (from.isTls && !target.isTls)) return std::nullopt;
+  target.host = from.host;
+
+  const std::string port = UrlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
+  std::from_chars(port.data(), port.data() + port.size(), target.port);
+  const std::string query = UrlPart(url.get(), CURLUPART_QUERY);
+  const auto path = RequestPath(UrlPart(url.get(), CURLUPART_PATH) + (query.empty() ? "" : "?" + query));
+  if (!path) return std::nullopt;
+  target.path = *path;
+  return target;
+}
+
+}  // namespace recorder

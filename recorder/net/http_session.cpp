@@ -1,0 +1,74 @@
+#include "recorder/net/http_session.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "recorder/net/http_conversation.h"
+#include "recorder/net/http_place.h"
+#include "recorder/net/http_transfer.h"
+
+namespace recorder {
+
+struct HttpSession::Impl : AnswerReader {
+  explicit Impl(const CameraAddress& address) : camera(address) { MoveTo(PlaceAt(camera, "/")); }
+
+  HttpAnswer Send(OutgoingRequest request) {
+    const auto path = RequestPath(request.path);
+    if (!path) return {Outcome::kNoSuchStream, 0, "", ""};
+    HttpPlace first = conversation->Place();
+    first.path = *path;
+    const Outcome outcome = FollowRedirects(std::move(first), [&](const HttpPlace& place) -> Contact {
+      MoveTo(place);
+      request.path = place.path;
+      const Outcome answered = conversation->Send(request);
+      return {answered, answered == Outcome::kOk ? conversation->Answer().Location() : ""};
+    });
+    return outcome == Outcome::kOk ? TakeAnswer() : HttpAnswer{outcome, 0, "", ""};
+  }
+
+  /// Another port or protocol is another conversation, with a connection and a login of its own.
+  void MoveTo(const HttpPlace& place) {
+    const bool isThere =
+        conversation && conversation->Place().isTls == place.isTls && conversation->Place().port == place.port;
+    if (!isThere) conversation.emplace(place, camera, *this, kMaxHttpAnswer);  // first closes the connection before
+  }
+
+  HttpAnswer TakeAnswer() {
+    const HttpTransfer& answer = conversation->Answer();
+    return {Outcome::kOk, answer.Status(), answer.ContentType(), answer.HasBody() ? std::move(body) : ""};
+  }
+
+  BodyReader::Step Begin(long, const std::string&) override {
+    body.clear();
+    return BodyReader::Step::kMore;
+  }
+
+  BodyReader::Step Read(std::string_view bytes) override {
+    if (bytes.size() > kMaxHttpAnswer - body.size()) return BodyReader::Step::kMalformed;
+    body += bytes;
+    return BodyReader::Step::kMore;
+  }
+
+  const CameraAddress camera;
+  std::string body;
+  std::optional<HttpConversation> conversation;
+};
+
+HttpSession::HttpSession(const CameraAddress& camera) : impl_(std::make_unique<Impl>(camera)) {}
+
+HttpSession::~HttpSession() = default;
+
+HttpAnswer HttpSession::Get(const std::string& path) { return impl_->Send({path, false, "", ""}); }
+
+HttpAnswer HttpSession::Post(const std::string& path, const std::string& contentType, const std::string& body) {
+  return impl_->Send({path, true, contentType, body});
+}
+
+void HttpSession::LoginAccepted() { impl_->conversation->LoginAccepted(); }
+
+bool HttpSession::IsLoggedIn() const { return impl_->conversation->IsLoggedIn(); }
+
+bool HttpSession::IsTls() const { return impl_->conversation->Place().isTls; }
+
+}  // namespace recorder

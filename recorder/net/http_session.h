@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/net/http_status.h"
+#include "recorder/utility/outcome.h"
+
+namespace recorder {
+
+/// Longest answer that a session takes, in bytes.
+inline constexpr std::size_t kMaxHttpAnswer = std::size_t{4} << 20;
+
+struct HttpAnswer {
+  /// kOk: an answer came whole, whatever its status (OutcomeOfStatus tells more). kLoginRefused: the camera refused the
+  /// login, or wants one and we have none.
+  Outcome outcome = Outcome::kNotUnderstood;
+  long status = 0;
+  std::string contentType;
+  std::string body;
+};
+
+/// A conversation of several requests with the web service of one camera, one after the other, over one connection
+/// that is kept alive where that is safe. https on port 443 and after a redirect to it, else http.
+///
+/// Thread:  one thread at a time, that of the request, whose RequestScope is asked before each request.
+/// Time:    no call outlasts the deadline of the RequestScope, name lookup included.
+/// Login:   as for HttpGet. Once a login was accepted it goes along with every request, and a later 401 is handed back
+///          as an answer: it is about that one request. A 401 without a challenge is handed back as well.
+/// Secrets: user and password go into an Authorization header and nowhere else, never into an address.
+class HttpSession {
+ public:
+  explicit HttpSession(const CameraAddress& camera);
+  ~HttpSession();
+  HttpSession(const HttpSession&) = delete;
+  HttpSession& operator=(const HttpSession&) = delete;
+
+  /// Redirects within the host are followed, and stay for the requests that follow when they change port or protocol.
+  HttpAnswer Get(const std::string& path);
+  HttpAnswer Post(const std::string& path, const std::string& contentType, const std::string& body);
+
+  /// Says that the camera accepted a login that the caller sent in a body, so that the connection can be kept.
+  void LoginAccepted();
+
+  /// True once the camera accepted a login, until a redirect leads to another port.
+  bool IsLoggedIn() const;
+
+  /// True when requests go over TLS.
+  bool IsTls() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace recorder

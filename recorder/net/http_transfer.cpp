@@ -1,0 +1,194 @@
+#include "recorder/net/http_transfer.h"
+
+#include <new>
+#include <utility>
+
+#include "recorder/net/http_status.h"
+#include "recorder/net/text.h"
+#include "recorder/utility/log.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
+
+namespace recorder {
+namespace {
+
+constexpr std::size_t kMaxHeaders = std::size_t{64} << 10;  // bytes of all header lines of one answer
+
+constexpr std::pair<CURLcode, Outcome> kCurlOutcomes[] = {
+    {CURLE_OK, Outcome::kOk},
+    {CURLE_URL_MALFORMAT, Outcome::kUnreachable},  // a host name or port that cannot exist
+    {CURLE_COULDNT_RESOLVE_HOST, Outcome::kUnreachable},
+    {CURLE_COULDNT_CONNECT, Outcome::kUnreachable},
+    {CURLE_OPERATION_TIMEDOUT, Outcome::kTimedOut},           // connected or not: the user's remedy is the same
+    {CURLE_UNSUPPORTED_PROTOCOL, Outcome::kNotThisProtocol},  // the answer has no HTTP status line
+    {CURLE_WEIRD_SERVER_REPLY, Outcome::kNotThisProtocol},
+    {CURLE_SSL_CONNECT_ERROR, Outcome::kNotThisProtocol},
+};
+
+CurlHandle MakeCurl() {
+  static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+  CurlHandle curl(started == CURLE_OK ? curl_easy_init() : nullptr);
+  if (!curl) throw std::bad_alloc();
+  return curl;
+}
+
+/// Where to connect to; nothing when there can be no such place.
+UrlHandle MakeUrl(const HttpPlace& place) {
+  UrlHandle url(curl_url());
+  if (!url) throw std::bad_alloc();
+  const bool isValid = curl_url_set(url.get(), CURLUPART_SCHEME, place.isTls ? "https" : "http", 0) == CURLUE_OK &&
+                       curl_url_set(url.get(), CURLUPART_HOST, WithBrackets(place.host).c_str(), 0) == CURLUE_OK &&
+                       curl_url_set(url.get(), CURLUPART_PORT, std::to_string(place.port).c_str(), 0) == CURLUE_OK;
+  if (!isValid) return nullptr;
+  return url;
+}
+
+void Append(CurlList& lines, const std::string& line) {
+  curl_slist* longer = curl_slist_append(lines.get(), line.c_str());
+  if (longer == nullptr) throw std::bad_alloc();
+  static_cast<void>(lines.release());
+  lines.reset(longer);
+}
+
+CurlList MakeHeaders(const OutgoingRequest& request, const std::string& authorization) {
+  CurlList lines;
+  if (!authorization.empty()) Append(lines, "Authorization: " + authorization);
+  if (request.isPost) {
+    Append(lines, "Content-Type: " + request.contentType);
+    Append(lines, "Expect:");  // libcurl would ask first whether to send a long body: many cameras never answer that
+  }
+  return lines;
+}
+
+}  // namespace
+
+HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody)
+    : place_(place), reader_(reader), url_(MakeUrl(place)), curl_(MakeCurl()) {
+  SetLimits(maxBody);
+  SetCallbacks();
+}
+
+Outcome HttpTransfer::Perform(const OutgoingRequest& request, const std::string& authorization, Connection connection,
+                              Clock::time_point deadline) {
+  answer_ = {};
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  if (left <= 0) return Outcome::kTimedOut;
+  if (!url_) return Outcome::kUnreachable;
+  SetTarget(request.path);
+  SetBody(request);
+  Set(CURLOPT_FORBID_REUSE, connection == Connection::kClose ? 1L : 0L);
+  Set(CURLOPT_TIMEOUT_MS, static_cast<long>(left));  // 0 would mean no limit
+  const CurlList headers = MakeHeaders(request, authorization);
+  Set(CURLOPT_HTTPHEADER, headers.get());
+  const CURLcode code = curl_easy_perform(curl_.get());
+  Set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+  if (place_.isTls) ReportCertificate();
+  return OutcomeOf(code);
+}
+
+long HttpTransfer::Status() const {
+  long status = 0;
+  curl_easy_getinfo(curl_.get(), CURLINFO_RESPONSE_CODE, &status);
+  return status;
+}
+
+std::string HttpTransfer::ContentType() const {
+  const char* contentType = nullptr;
+  curl_easy_getinfo(curl_.get(), CURLINFO_CONTENT_TYPE, &contentType);
+  return contentType == nullptr ? "" : contentType;
+}
+
+std::vector<LoginChallenge> HttpTransfer::Challenges() const {
+  return ParseChallenges({answer_.challenges.begin(), answer_.challenges.end()});
+}
+
+std::string HttpTransfer::Location() const {
+  const char* location = nullptr;
+  if (answer_.isWhole && IsRedirect(Status())) curl_easy_getinfo(curl_.get(), CURLINFO_REDIRECT_URL, &location);
+  return location == nullptr ? "" : location;
+}
+
+void HttpTransfer::SetLimits(std::size_t maxBody) {
+  Set(CURLOPT_PROTOCOLS_STR, "http,https");
+  Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  Set(CURLOPT_PROXY, "");
+  Set(CURLOPT_NOSIGNAL, 1L);
+  Set(CURLOPT_QUICK_EXIT, 1L);  // a name lookup that hangs must not hold up the answer
+  Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBody));
+  // Cameras sign their own certificates: an encrypted picture beats none, and the log says so.
+  Set(CURLOPT_SSL_VERIFYPEER, 0L);
+  Set(CURLOPT_SSL_VERIFYHOST, 0L);
+}
+
+void HttpTransfer::SetCallbacks() {
+  Set(CURLOPT_HEADERFUNCTION, &HttpTransfer::OnHeader);
+  Set(CURLOPT_HEADERDATA, this);
+  Set(CURLOPT_WRITEFUNCTION, &HttpTransfer::OnBody);
+  Set(CURLOPT_WRITEDATA, this);
+}
+
+void HttpTransfer::SetTarget(const std::string& path) {
+  const std::string withoutQuery = path.substr(0, path.find('?'));
+  curl_url_set(url_.get(), CURLUPART_PATH, withoutQuery.c_str(), 0);  // what a relative redirect starts from
+  Set(CURLOPT_CURLU, url_.get());
+  Set(CURLOPT_REQUEST_TARGET, path.c_str());  // to the letter: a Digest login answers for it
+}
+
+void HttpTransfer::SetBody(const OutgoingRequest& request) {
+  if (!request.isPost) {
+    Set(CURLOPT_HTTPGET, 1L);
+    return;
+  }
+  Set(CURLOPT_POST, 1L);
+  Set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+  Set(CURLOPT_COPYPOSTFIELDS, request.body.c_str());
+}
+
+Outcome HttpTransfer::OutcomeOf(CURLcode code) {
+  const bool isStoppedByUs = code == CURLE_WRITE_ERROR && answer_.isEnough;
+  const Outcome outcome = isStoppedByUs ? Outcome::kOk : Translate(kCurlOutcomes, code, Outcome::kNotUnderstood);
+  answer_.isWhole = outcome == Outcome::kOk;
+  answer_.isUnanswered = (code == CURLE_GOT_NOTHING || code == CURLE_RECV_ERROR) && answer_.headerBytes == 0;
+  return outcome;
+}
+
+/// Once is enough for one place.
+void HttpTransfer::ReportCertificate() {
+  long result = 0;
+  curl_easy_getinfo(curl_.get(), CURLINFO_SSL_VERIFYRESULT, &result);
+  if (result == 0 || std::exchange(isCertificateReported_, true)) return;
+  LogFailure("Certificate of " + place_.host + ":" + std::to_string(place_.port) +
+             " is from no known authority; going on.");
+}
+
+// libcurl is C: nothing may be thrown through it.
+
+std::size_t HttpTransfer::OnHeader(const char* line, std::size_t, std::size_t length, void* self) try {
+  return static_cast<HttpTransfer*>(self)->TakeHeader(std::string_view(line, length)) ? length : 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}
+
+std::size_t HttpTransfer::OnBody(const char* bytes, std::size_t, std::size_t length, void* self) try {
+  return static_cast<HttpTransfer*>(self)->TakeBody(std::string_view(bytes, length)) ? length : 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}
+
+bool HttpTransfer::TakeHeader(std::string_view line) {
+  constexpr std::string_view kName = "WWW-Authenticate:";
+  answer_.headerBytes += line.size();
+  if (StartsWithIgnoreCase(line, kName)) answer_.challenges.emplace_back(Trimmed(line.substr(kName.size())));
+  return answer_.headerBytes <= kMaxHeaders;
+}
+
+bool HttpTransfer::TakeBody(std::string_view bytes) {
+  using Step = BodyReader::Step;
+  const bool isFirst = !std::exchange(answer_.hasBody, true);
+  Step step = isFirst ? reader_.Begin(Status(), ContentType()) : Step::kMore;
+  if (step == Step::kMore) step = reader_.Read(bytes);
+  answer_.isEnough = step == Step::kEnough;
+  return step == Step::kMore;
+}
+
+}  // namespace recorder

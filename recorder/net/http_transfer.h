@@ -1,0 +1,102 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorder/net/http_client.h"
+#include "recorder/net/http_handles.h"
+#include "recorder/net/http_place.h"
+#include "recorder/net/login.h"
+#include "recorder/utility/outcome.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+struct OutgoingRequest {
+  std::string path;  ///< as RequestPath gives it
+  bool isPost = false;
+  std::string contentType;  ///< of the body
+  std::string body;         ///< of a POST
+};
+
+/// Receives the bodies of all answers, whatever their status.
+class AnswerReader {
+ public:
+  virtual ~AnswerReader() = default;
+  /// Called before the first byte of an answer's body; not at all when it has none.
+  virtual BodyReader::Step Begin(long status, const std::string& contentType) = 0;
+  virtual BodyReader::Step Read(std::string_view bytes) = 0;
+};
+
+/// libcurl's part: one request after the other to one host and port, over at most one connection at a time. Knows
+/// nothing of logins but that their header must not be repeated by accident.
+class HttpTransfer {
+ public:
+  enum class Connection {
+    kKeep,   ///< may be one that was used before, and may be used again
+    kClose,  ///< ends with the answer
+  };
+
+  /// `place` and `reader` must outlive the transfer. An answer that announces more than `maxBody` bytes is refused.
+  HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody);
+  HttpTransfer(const HttpTransfer&) = delete;  // libcurl holds its address
+  HttpTransfer& operator=(const HttpTransfer&) = delete;
+
+  /// Sends the request, with an Authorization header unless `authorization` is "". kOk: an answer came as far as the
+  /// reader wanted it, whatever its status. Ends at `deadline` at the latest. On a connection that was used before,
+  /// libcurl by itself sends a request again that the camera answered by closing.
+  Outcome Perform(const OutgoingRequest& request, const std::string& authorization, Connection connection,
+                  Clock::time_point deadline);
+
+  // Of the last answer:
+
+  long Status() const;
+  std::string ContentType() const;
+  bool HasBody() const { return answer_.hasBody; }
+  /// The camera took the request and closed, without a byte of an answer.
+  bool IsUnanswered() const { return answer_.isUnanswered; }
+  /// What it wants as a login.
+  std::vector<LoginChallenge> Challenges() const;
+  /// Where it redirects to, as an absolute address, or "".
+  std::string Location() const;
+
+ private:
+  struct Answer {
+    std::size_t headerBytes = 0;
+    std::vector<std::string> challenges;
+    bool hasBody = false;
+    bool isEnough = false;  ///< we ended the transfer, content with what has come
+    bool isWhole = false;   ///< came as far as we wanted it
+    bool isUnanswered = false;
+  };
+
+  template <class Value>
+  void Set(CURLoption option, Value value) {
+    curl_easy_setopt(curl_.get(), option, value);
+  }
+
+  void SetLimits(std::size_t maxBody);
+  void SetCallbacks();
+  void SetTarget(const std::string& path);
+  void SetBody(const OutgoingRequest& request);
+  Outcome OutcomeOf(CURLcode code);
+  void ReportCertificate();
+
+  // Called by libcurl. They return the number of bytes taken; any other number ends the transfer.
+  static std::size_t OnHeader(const char* line, std::size_t, std::size_t length, void* self);
+  static std::size_t OnBody(const char* bytes, std::size_t, std::size_t length, void* self);
+  bool TakeHeader(std::string_view line);
+  bool TakeBody(std::string_view bytes);
+
+  const HttpPlace& place_;
+  AnswerReader& reader_;
+  UrlHandle url_;  // libcurl reads it during a request
+  CurlHandle curl_;
+  Answer answer_;
+  bool isCertificateReported_ = false;
+};
+
+}  // namespace recorder
