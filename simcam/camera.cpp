@@ -1,5 +1,6 @@
 #include "simcam/camera.h"
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 #include <utility>
@@ -38,6 +39,11 @@ void WaitForEnd(const Socket& socket) {
   while (socket.Receive(ignored)) ignored.clear();
 }
 
+bool LeadsToTls(const CameraConfig& config) {
+  return (config.onvif && config.onvif->trouble == Trouble::kRedirectTls) ||
+         (config.psia && config.psia->trouble == Trouble::kRedirectTls);
+}
+
 }  // namespace
 
 Camera::Camera(CameraConfig config, ClipStore& clips)
@@ -58,6 +64,11 @@ Camera::~Camera() {
 
 void Camera::Start() {
   if (config_.fault.fault == Fault::kRefused) return;
+  if (LeadsToTls(config_)) {
+    tls_ = std::make_unique<TlsFront>([this](const Socket& socket) { http_.Serve(socket, {}, true); });
+    http_.SetTlsPort(tls_->Port());
+  }
+  if (config_.discovery) discovery_ = std::make_unique<Discovery>(config_, Port());
   listener_.Listen();
   acceptor_ = std::jthread([this] { AcceptAll(); });
 }
@@ -70,8 +81,9 @@ void Camera::AcceptAll() {
     ForgetFinished();
     Connection& connection = connections_.emplace_back();
     connection.socket = std::move(socket);
+    connection.openThen = CountOpen();
     connection.thread = std::jthread([this, &connection] {
-      Serve(connection.socket);
+      Serve(connection);
       connection.socket.Shutdown();
       connection.over = true;
     });
@@ -82,16 +94,24 @@ void Camera::ForgetFinished() {
   connections_.remove_if([](const Connection& connection) { return connection.over.load(); });
 }
 
-void Camera::Serve(Socket& socket) {
+/// What GStreamer's server has taken over is no socket of ours any more.
+int Camera::CountOpen() const {
+  const auto open = std::count_if(connections_.begin(), connections_.end(),
+                                  [](const Connection& connection) { return connection.socket.IsEstablished(); });
+  return static_cast<int>(open) + (stock_ ? stock_->CountOpen() : 0);
+}
+
+void Camera::Serve(Connection& connection) {
+  Socket& socket = connection.socket;
   std::string received;
   std::optional<Request> first;
-  while (!(first = FirstLine(received))) {
-    if (!socket.Receive(received)) return;
-  }
-  if (first->target == kLogPath) {
+  while (!(first = FirstLine(received)) && socket.Receive(received)) continue;
+  if (first && first->target == kLogPath) {
     log_.CountConnection(-1);
     return SendLog(socket, log_);
   }
+  log_.CountOpen(connection.openThen);
+  if (!first) return;
   if (MisbehavesAtOnce(socket, *first)) return;
   if (!first->IsRtsp()) return http_.Serve(socket, std::move(received));
   if (scripted_) return scripted_->Serve(socket, std::move(received));

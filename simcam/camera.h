@@ -9,11 +9,13 @@
 #include "simcam/camera_log.h"
 #include "simcam/clip.h"
 #include "simcam/config.h"
+#include "simcam/discovery.h"
 #include "simcam/http_camera.h"
 #include "simcam/login.h"
 #include "simcam/scripted_rtsp.h"
 #include "simcam/socket.h"
 #include "simcam/stock_rtsp.h"
+#include "simcam/tls_front.h"
 
 namespace simcam {
 
@@ -35,13 +37,15 @@ class Camera {
  private:
   struct Connection {
     Socket socket;
+    int openThen = 0;  ///< connections that were open when this one came, itself included
     std::atomic<bool> over = false;
     std::jthread thread;
   };
 
   void AcceptAll();
   void ForgetFinished();
-  void Serve(Socket& socket);
+  [[nodiscard]] int CountOpen() const;
+  void Serve(Connection& connection);
   /// Says what a broken front says to any request; false if the fault lies deeper.
   bool MisbehavesAtOnce(const Socket& socket, const Request& firstLine);
 
@@ -49,9 +53,11 @@ class Camera {
   const Socket listener_;
   CameraLog log_;
   Login login_{config_, log_};
-  HttpCamera http_{config_, login_, log_};
+  HttpCamera http_{config_, listener_.Port(), login_, log_};
   std::unique_ptr<StockRtsp> stock_;
   std::unique_ptr<ScriptedRtsp> scripted_;
+  std::unique_ptr<TlsFront> tls_;
+  std::unique_ptr<Discovery> discovery_;
   std::list<Connection> connections_;  ///< the acceptor's, and the destructor's after it
   std::jthread acceptor_;
 };

@@ -2,6 +2,8 @@
 
 #include <json/json.h>
 
+#include <algorithm>
+
 namespace simcam {
 namespace {
 
@@ -14,16 +16,21 @@ void CameraLog::CountConnection(int change) {
   connections_ += change;
 }
 
+void CameraLog::CountOpen(int connections) {
+  const std::scoped_lock lock(mutex_);
+  mostConnections_ = std::max(mostConnections_, connections);
+}
+
 void CameraLog::CountRequest(const Request& request) {
   CountRequest(request.version.substr(0, request.version.find('/')), request.method, request.Path(),
                !request.Header("Authorization").empty());
 }
 
 void CameraLog::CountRequest(const std::string& protocol, const std::string& method, const std::string& path,
-                             bool withLogin) {
+                             bool withLogin, const std::string& action) {
   const std::scoped_lock lock(mutex_);
   ++requestCount_;
-  lines_.push_back({protocol, method, path, withLogin});
+  lines_.push_back({protocol, method, path, withLogin, action});
   if (lines_.size() > kLinesKept) lines_.pop_front();
 }
 
@@ -47,6 +54,7 @@ std::string CameraLog::ToJson() const {
   const std::scoped_lock lock(mutex_);
   Json::Value json;
   json["connections"] = connections_;
+  json["mostConnections"] = mostConnections_;
   json["logins"] = logins_;
   json["refusedLogins"] = refusedLogins_;
   json["sessions"] = sessions_;
@@ -59,6 +67,7 @@ std::string CameraLog::ToJson() const {
     item["method"] = line.method;
     item["path"] = line.path;
     item["login"] = line.withLogin;
+    if (!line.action.empty()) item["action"] = line.action;
   }
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";

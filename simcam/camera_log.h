@@ -13,12 +13,17 @@ class CameraLog {
  public:
   void CountConnection(int change = 1);
   void CountRequest(const Request& request);
-  void CountRequest(const std::string& protocol, const std::string& method, const std::string& path, bool withLogin);
+  /// `action`: what a SOAP request asks for.
+  void CountRequest(const std::string& protocol, const std::string& method, const std::string& path, bool withLogin,
+                    const std::string& action = {});
+  /// So many connections are open at once.
+  void CountOpen(int connections);
   void CountLogin(bool accepted);
   void CountSession();
   void CountPli();
 
-  /// {"connections", "logins", "refusedLogins", "sessions", "pli", "requestCount", "requests": the last 200}.
+  /// {"connections", "mostConnections", "logins", "refusedLogins", "sessions", "pli", "requestCount", "requests": the
+  /// last 200}.
   [[nodiscard]] std::string ToJson() const;
 
  private:
@@ -27,10 +32,12 @@ class CameraLog {
     std::string method;
     std::string path;
     bool withLogin;
+    std::string action;
   };
 
   mutable std::mutex mutex_;
   int connections_ = 0;
+  int mostConnections_ = 0;
   int logins_ = 0;
   int refusedLogins_ = 0;
   int sessions_ = 0;

@@ -8,14 +8,11 @@
 #include <set>
 #include <utility>
 
+#include "simcam/config_members.h"
+#include "simcam/service_config.h"
+
 namespace simcam {
 namespace {
-
-template <class T>
-struct Named {
-  const char* name;
-  T value;
-};
 
 constexpr Named<Codec> kCodecs[] = {
     {"h264", Codec::kH264}, {"h265", Codec::kH265}, {"mpeg4", Codec::kMpeg4}, {"jpeg", Codec::kJpeg}};
@@ -27,77 +24,6 @@ constexpr Named<Scheme> kSchemes[] = {{"basic", Scheme::kBasic},
                                       {"digest-sha256", Scheme::kDigestSha256},
                                       {"digest-unknown", Scheme::kDigestUnknown},
                                       {"bearer", Scheme::kBearer}};
-
-/// Reads the members of one object; each is asked for once, and what nobody asked for is a mistake.
-class Members {
- public:
-  Members(const Json::Value& object, std::string where) : object_(object), where_(std::move(where)) {
-    if (!object.isObject()) Fail("must be an object");
-  }
-
-  [[noreturn]] void Fail(const std::string& what) const { throw ConfigError(where_ + ": " + what); }
-
-  bool Has(const char* key) {
-    asked_.insert(key);
-    return object_.isMember(key);
-  }
-
-  const Json::Value& At(const char* key) const { return object_[key]; }
-
-  const std::string& Where() const { return where_; }
-
-  void Read(const char* key, std::string& value) {
-    if (!Has(key)) return;
-    if (!At(key).isString()) Fail(std::string(key) + " must be a text");
-    value = At(key).asString();
-  }
-
-  void Read(const char* key, bool& value) {
-    if (!Has(key)) return;
-    if (!At(key).isBool()) Fail(std::string(key) + " must be true or false");
-    value = At(key).asBool();
-  }
-
-  void Read(const char* key, int& value, int least, int most) {
-    if (!Has(key)) return;
-    if (!At(key).isInt() || At(key).asInt() < least || At(key).asInt() > most) {
-      Fail(std::string(key) + " must be a whole number from " + std::to_string(least) + " to " + std::to_string(most));
-    }
-    value = At(key).asInt();
-  }
-
-  template <class T, size_t N>
-  void Read(const char* key, T& value, const Named<T> (&names)[N]) {
-    std::string text;
-    Read(key, text);
-    if (Has(key)) value = Choose(key, text, names);
-  }
-
-  template <class T, size_t N>
-  T Choose(const char* key, const std::string& text, const Named<T> (&names)[N]) const {
-    std::string known;
-    for (const Named<T>& row : names) {
-      if (text == row.name) return row.value;
-      known += std::string(known.empty() ? "" : ", ") + row.name;
-    }
-    Fail(std::string(key) + " \"" + text + "\" is none of " + known);
-  }
-
-  void Finish() const {
-    for (const std::string& key : object_.getMemberNames()) {
-      if (!asked_.contains(key)) Fail("unknown member " + key);
-    }
-  }
-
- private:
-  const Json::Value& object_;
-  std::string where_;
-  std::set<std::string> asked_;
-};
-
-void CheckPath(const Members& members, const std::string& path) {
-  if (!path.starts_with('/')) members.Fail("path \"" + path + "\" must start with a slash");
-}
 
 void ReadStart(Members& members, StreamConfig& stream) {
   if (!members.Has("start")) return;
@@ -242,6 +168,13 @@ void ChooseServer(Members& members, CameraConfig& camera) {
   }
 }
 
+void CheckStreamPaths(const Members& members, const CameraConfig& camera) {
+  std::set<std::string> paths;
+  for (const StreamConfig& stream : camera.RtspStreams()) {
+    if (!paths.insert(stream.path).second) members.Fail("two streams have the path " + stream.path);
+  }
+}
+
 CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
   Members members(value, where);
   CameraConfig camera;
@@ -262,14 +195,28 @@ CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
   if (members.Has("pages")) {
     for (const Json::Value& page : members.At("pages")) camera.pages.push_back(ReadPage(page, where + ".pages"));
   }
+  if (members.Has("onvif")) ReadOnvif(members.At("onvif"), where + ".onvif", camera);
   ReadFault(members, camera);
   ChooseServer(members, camera);
+  if (members.Has("psia")) ReadPsia(members.At("psia"), where + ".psia", camera);
+  members.Read("discovery", camera.discovery);
   members.Finish();
+  CheckStreamPaths(members, camera);
+  if (camera.discovery && !camera.onvif) members.Fail("discovery tells of an ONVIF service; onvif is missing");
   if (camera.name.empty()) members.Fail("name is missing");
   return camera;
 }
 
 }  // namespace
+
+std::vector<StreamConfig> CameraConfig::RtspStreams() const {
+  std::vector<StreamConfig> all = streams;
+  if (!psia) return all;
+  for (const PsiaChannel& channel : psia->channels) {
+    if (channel.enabled) all.push_back(channel.stream);
+  }
+  return all;
+}
 
 std::vector<CameraConfig> ReadConfig(const std::string& path) {
   std::ifstream file(path);

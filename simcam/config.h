@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,10 +13,19 @@ enum class Codec { kH264, kH265, kMpeg4, kJpeg };
 enum class Audio { kNone, kFirst, kOnly };
 enum class Server { kStock, kScripted };
 enum class Scheme { kBasic, kDigestMd5, kDigestSha256, kDigestUnknown, kBearer };
+enum class OnvifLogin { kHttp, kToken, kEither };
+enum class Prefixes { kUsual, kStrange };
+enum class SnapshotUri { kHttp, kRtsp, kNone, kWithLogin };
+enum class Motion { kAnalytics, kEvents, kNone };
+
+/// What is wrong with the answers of a camera's ONVIF or PSIA service.
+enum class Trouble { kNone, kEndless, kHuge, kEntities, kBrokenXml, kHtmlPage, kNoService, kSlow, kRedirectTls };
 
 struct Size {
   int width = 640;
   int height = 480;
+
+  bool operator==(const Size&) const = default;
 };
 
 struct StreamConfig {
@@ -48,6 +58,43 @@ struct PageConfig {
   bool login = true;
 };
 
+/// ONVIF services. The streams are dealt to the channels in their order, to each as many; a profile is a stream.
+struct OnvifConfig {
+  bool media1 = true;
+  bool media2 = true;
+  OnvifLogin login = OnvifLogin::kHttp;
+  int clockHours = 0;     ///< how much the camera's clock is fast
+  int faultStatus = 400;  ///< the HTTP status of "not authorized" where the login is a token
+  Prefixes prefixes = Prefixes::kUsual;
+  bool badAmpersand = false;  ///< addresses with a query, its ampersand not escaped
+  std::string innerAddress;   ///< what answers name instead of 127.0.0.1; with a port, that of the services
+  SnapshotUri snapshotUri = SnapshotUri::kHttp;
+  bool services = true;  ///< knows GetServices
+  bool deviceIo = true;
+  int inputs = 1;  ///< digital inputs
+  bool audio = true;
+  Motion motion = Motion::kAnalytics;
+  int channels = 1;  ///< video sources
+  Trouble trouble = Trouble::kNone;
+};
+
+struct PsiaChannel {
+  std::string id;
+  bool enabled;
+  StreamConfig stream;  ///< behind it, at PSIA's path
+};
+
+constexpr const char* kPsiaChannelsPath = "/PSIA/Streaming/channels";
+
+/// The PSIA service, version 1.0.
+struct PsiaConfig {
+  std::vector<PsiaChannel> channels;
+  int inputs = 1;  ///< digital inputs
+  bool motion = true;
+  bool picture = true;
+  Trouble trouble = Trouble::kNone;
+};
+
 struct CameraConfig {
   std::string name;
   int port = 0;
@@ -60,8 +107,14 @@ struct CameraConfig {
   std::vector<Size> snapshotSizes;  ///< what ?size=WxH may ask for besides the first stream's size
   std::string mjpegPath = "/video.mjpg";
   std::vector<PageConfig> pages;
+  std::optional<OnvifConfig> onvif;
+  std::optional<PsiaConfig> psia;
+  bool discovery = false;  ///< answers WS-Discovery probes
   FaultConfig fault;
   std::string redirectTo;
+
+  /// The streams and those of the enabled PSIA channels.
+  [[nodiscard]] std::vector<StreamConfig> RtspStreams() const;
 };
 
 /// A mistake in the configuration, in words for its author.

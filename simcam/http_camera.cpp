@@ -1,7 +1,9 @@
 #include "simcam/http_camera.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
+#include <vector>
 
 #include "simcam/picture.h"
 
@@ -9,7 +11,6 @@ namespace simcam {
 namespace {
 
 constexpr const char* kMovedPath = "/moved";
-constexpr const char* kJpegType = "image/jpeg";
 
 const char* Reason(int status) {
   switch (status) {
@@ -27,6 +28,8 @@ const char* Reason(int status) {
       return "Not Found";
     case 405:
       return "Method Not Allowed";
+    case 500:
+      return "Internal Server Error";
     case 503:
       return "Service Unavailable";
     default:
@@ -47,12 +50,20 @@ std::optional<Size> TakeSize(std::string& path) {
   return size;
 }
 
+/// How much of a claimed 2 GB is sent.
+constexpr size_t kHugePart = 5 << 20;
+
+}  // namespace
+
 /// One HTTP connection. Single-threaded.
-class HttpConversation {
+class HttpCamera::Conversation {
  public:
-  HttpConversation(const CameraConfig& camera, Login& login, CameraLog& log, const std::string& redirect,
-                   const Socket& socket)
-      : camera_(camera), fault_(camera.fault.fault), login_(login), log_(log), redirect_(redirect), socket_(socket) {}
+  Conversation(HttpCamera& server, const Socket& socket, bool overTls)
+      : server_(server),
+        camera_(server.camera_),
+        fault_(server.camera_.fault.fault),
+        socket_(socket),
+        overTls_(overTls) {}
 
   void Run(std::string received) {
     while (open_) {
@@ -66,10 +77,12 @@ class HttpConversation {
 
  private:
   void Handle(const Request& request) {
-    log_.CountRequest(request);
     if (request.version == "HTTP/1.0" || EqualNoCase(request.Header("Connection"), "close")) keepsAlive_ = false;
-    if (request.method.empty()) return Answer(400, "text/plain", "bad request\n");
     std::string path = request.Path();
+    if (server_.onvif_ && Onvif::Serves(path)) return Give(server_.onvif_->Answer(request, overTls_, server_.tlsPort_));
+    if (server_.psia_ && Psia::Serves(path)) return GivePsia(request);
+    server_.log_.CountRequest(request);
+    if (request.method.empty()) return Answer(400, "text/plain", "bad request\n");
     for (const PageConfig& page : camera_.pages) {
       if (path == page.path) return ShowPage(request, page);
     }
@@ -94,22 +107,18 @@ class HttpConversation {
   }
 
   bool LoggedIn(const Request& request) {
-    const Verdict verdict = login_.Check(request.method, request.target, request.Header("Authorization"));
+    const Verdict verdict = server_.login_.Check(request.method, request.target, request.Header("Authorization"));
     if (verdict.status == 200) return true;
-    std::string headers;
-    for (const std::string& challenge : verdict.challenges) headers += "WWW-Authenticate: " + challenge + "\r\n";
-    if (fault_ == Fault::kCloseWith401 && verdict.status == 401) keepsAlive_ = false;
-    Answer(verdict.status, "text/plain", "login\n", headers);
+    Answer(verdict.status, "text/plain", "login\n", verdict.Headers());
     return false;
   }
 
   [[nodiscard]] bool Known(Size size) const {
-    const auto equals = [size](Size other) { return other.width == size.width && other.height == size.height; };
-    if (equals(camera_.streams[0].size)) return true;
-    for (const Size& other : camera_.snapshotSizes) {
-      if (equals(other)) return true;
+    for (const StreamConfig& stream : camera_.streams) {
+      if (stream.size == size) return true;
     }
-    return false;
+    const std::vector<Size>& sizes = camera_.snapshotSizes;
+    return std::find(sizes.begin(), sizes.end(), size) != sizes.end();
   }
 
   /// Faults that need no picture; false if there is none.
@@ -129,7 +138,7 @@ class HttpConversation {
         Answer(302, "text/plain", "", std::string("Location: ") + kMovedPath + "\r\n");
         return true;
       case Fault::kRedirectOther:
-        Answer(302, "text/plain", "", "Location: " + redirect_ + "\r\n");
+        Answer(302, "text/plain", "", "Location: " + server_.redirect_ + "\r\n");
         return true;
       case Fault::kRedirectLoop:
         Answer(302, "text/plain", "", "Location: " + request.target + "\r\n");
@@ -190,8 +199,30 @@ class HttpConversation {
   }
 
   void Answer(int status, const std::string& type, const std::string& body, const std::string& headers = {}) {
+    if (fault_ == Fault::kCloseWith401 && status == 401) keepsAlive_ = false;
     Send(Head(status, type, body.size(), headers) + body);
     if (!keepsAlive_) open_ = false;
+  }
+
+  /// Sends a service's answer, its troubles included.
+  void Give(const HttpAnswer& answer) {
+    switch (answer.sending) {
+      case HttpAnswer::Body::kWhole:
+        return Answer(answer.status, answer.type, answer.body, answer.headers);
+      case HttpAnswer::Body::kEndless:
+        return SendForEver("HTTP/1.1 200 OK\r\nContent-Type: " + answer.type + "\r\nConnection: close\r\n\r\n" +
+                               answer.body.substr(0, answer.body.size() / 2),
+                           std::string(1000, ' '));
+      case HttpAnswer::Body::kHuge:
+        return Send(Head(200, answer.type, 2147483647) + answer.body + std::string(kHugePart, ' '));
+    }
+  }
+
+  /// A PSIA picture has the same faults as any other.
+  void GivePsia(const Request& request) {
+    const HttpAnswer answer = server_.psia_->Answer(request, overTls_, server_.tlsPort_);
+    if (answer.type != kJpegType) return Give(answer);
+    if (!MisbehavesInstead(request)) SendPicture(answer.body);
   }
 
   void SendForEver(const std::string& first, const std::string& again) {
@@ -201,20 +232,23 @@ class HttpConversation {
 
   void Send(const std::string& bytes) { open_ = open_ && socket_.Send(bytes); }
 
+  HttpCamera& server_;
   const CameraConfig& camera_;
   const Fault fault_;
-  Login& login_;
-  CameraLog& log_;
-  const std::string& redirect_;
   const Socket& socket_;
+  const bool overTls_;
   bool open_ = true;
   bool keepsAlive_ = true;
 };
 
-}  // namespace
+HttpCamera::HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log)
+    : camera_(camera), login_(login), log_(log) {
+  if (camera.onvif) onvif_.emplace(camera, port, login, log);
+  if (camera.psia) psia_.emplace(camera, port, login, log);
+}
 
-void HttpCamera::Serve(const Socket& connection, std::string received) {
-  HttpConversation(camera_, login_, log_, redirect_, connection).Run(std::move(received));
+void HttpCamera::Serve(const Socket& connection, std::string received, bool overTls) {
+  Conversation(*this, connection, overTls).Run(std::move(received));
 }
 
 }  // namespace simcam

@@ -1,30 +1,43 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "simcam/camera_log.h"
 #include "simcam/config.h"
 #include "simcam/login.h"
+#include "simcam/onvif.h"
+#include "simcam/psia.h"
 #include "simcam/socket.h"
 
 namespace simcam {
 
-/// A camera's HTTP/1.1: snapshots, motion JPEG, fixed pages, and /sim/log for tests. Any thread.
+/// A camera's HTTP/1.1: snapshots, motion JPEG, fixed pages, ONVIF, PSIA. Any thread.
 class HttpCamera {
  public:
-  HttpCamera(const CameraConfig& camera, Login& login, CameraLog& log) : camera_(camera), login_(login), log_(log) {}
+  /// `port` is where the camera listens.
+  HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log);
 
-  /// Answers requests until either side ends the connection; `received` has been read already.
-  void Serve(const Socket& connection, std::string received);
+  /// Answers requests until either side ends the connection; `received` has been read already. `overTls`: it came
+  /// through the TLS port.
+  void Serve(const Socket& connection, std::string received, bool overTls = false);
 
   /// Where the fault redirectOther leads: an address. To be called before Serve.
   void SetRedirect(std::string address) { redirect_ = std::move(address); }
+  /// Where the same pages are to be had over TLS. To be called before Serve.
+  void SetTlsPort(int port) { tlsPort_ = port; }
 
  private:
+  class Conversation;
+
   const CameraConfig& camera_;
   Login& login_;
   CameraLog& log_;
+  std::optional<Onvif> onvif_;
+  std::optional<Psia> psia_;
   std::string redirect_;
+  int tlsPort_ = 0;
 };
 
 }  // namespace simcam

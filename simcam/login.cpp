@@ -3,8 +3,9 @@
 #include <glib.h>
 
 #include <cstdlib>
-#include <memory>
 #include <random>
+
+#include "simcam/glib_handle.h"
 
 namespace simcam {
 namespace {
@@ -12,21 +13,10 @@ namespace {
 constexpr const char* kRealm = "simulated camera";
 constexpr int kWrongLoginsBeforeLockOut = 3;
 
-struct FreeByGlib {
-  void operator()(void* memory) const { g_free(memory); }
-};
-using GlibText = std::unique_ptr<char, FreeByGlib>;
-
 std::string Hash(Scheme scheme, const std::string& text) {
   const GChecksumType type = scheme == Scheme::kDigestSha256 ? G_CHECKSUM_SHA256 : G_CHECKSUM_MD5;
   const GlibText hash(g_compute_checksum_for_string(type, text.data(), static_cast<gssize>(text.size())));
   return hash.get();
-}
-
-std::string DecodeBase64(const std::string& text) {
-  gsize size = 0;
-  const std::unique_ptr<guchar, FreeByGlib> bytes(g_base64_decode(text.c_str(), &size));
-  return std::string(bytes.get(), bytes.get() + size);
 }
 
 std::string NewNonce() {
@@ -63,6 +53,12 @@ std::map<std::string, std::string> ReadParameters(const std::string& text) {
 }
 
 }  // namespace
+
+std::string Verdict::Headers() const {
+  std::string headers;
+  for (const std::string& challenge : challenges) headers += "WWW-Authenticate: " + challenge + "\r\n";
+  return headers;
+}
 
 bool Login::Offers(Scheme scheme) const {
   for (const Scheme offered : camera_.login.offer) {
@@ -144,12 +140,7 @@ std::vector<std::string> Login::Challenges(bool stale) {
   return {line};
 }
 
-Verdict Login::Check(const std::string& method, const std::string& target, const std::string& authorization) {
-  const std::scoped_lock lock(mutex_);
-  const bool wanted = !camera_.login.offer.empty();
-  if (authorization.empty()) return wanted ? Verdict{401, Challenges(false)} : Verdict{};
-
-  Answer answer = wanted ? Judge(method, target, authorization) : Answer::kRight;
+Verdict Login::Conclude(Answer answer) {
   const bool locked = camera_.fault.fault == Fault::kLockOut && wrongLogins_ >= kWrongLoginsBeforeLockOut;
   if (locked) answer = Answer::kWrong;
   log_.CountLogin(answer == Answer::kRight);
@@ -157,6 +148,19 @@ Verdict Login::Check(const std::string& method, const std::string& target, const
   if (answer == Answer::kWrong) ++wrongLogins_;
   if (locked) return {403, {}};
   return {401, Challenges(answer == Answer::kStale)};
+}
+
+Verdict Login::Check(const std::string& method, const std::string& target, const std::string& authorization) {
+  const std::scoped_lock lock(mutex_);
+  const bool wanted = !camera_.login.offer.empty();
+  if (authorization.empty()) return wanted ? Verdict{401, Challenges(false)} : Verdict{};
+
+  return Conclude(wanted ? Judge(method, target, authorization) : Answer::kRight);
+}
+
+Verdict Login::Settle(bool right) {
+  const std::scoped_lock lock(mutex_);
+  return Conclude(right ? Answer::kRight : Answer::kWrong);
 }
 
 }  // namespace simcam

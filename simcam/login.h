@@ -14,6 +14,9 @@ namespace simcam {
 struct Verdict {
   int status = 200;                     ///< 200, 401 or 403
   std::vector<std::string> challenges;  ///< for 401: the values of WWW-Authenticate, a header line each
+
+  /// The challenges as header lines, each with its line end.
+  [[nodiscard]] std::string Headers() const;
 };
 
 /// A camera's logins: Basic (RFC 7617) and Digest (RFC 7616; without qop as in RFC 2069), the same for RTSP and HTTP.
@@ -24,6 +27,8 @@ class Login {
 
   /// Judges one request by its method, target as sent, and Authorization header (empty: none), and counts it.
   Verdict Check(const std::string& method, const std::string& target, const std::string& authorization);
+  /// Counts a login that was judged by a scheme of the caller's; refuses a right one too if the user is locked out.
+  Verdict Settle(bool right);
 
  private:
   enum class Answer { kRight, kWrong, kStale };
@@ -33,6 +38,7 @@ class Login {
   Answer JudgeDigest(const std::string& method, const std::string& target, const std::string& parameters);
   Answer JudgeNonce(const std::string& nonce, const std::string& count);
   Answer Judge(const std::string& method, const std::string& target, const std::string& authorization);
+  Verdict Conclude(Answer answer);
   std::vector<std::string> Challenges(bool stale);
   [[nodiscard]] std::string Challenge(Scheme scheme, const std::string& nonce, bool stale) const;
 

@@ -156,6 +156,7 @@ void Run(const Options& options, int signals) {
 
 int main(int argc, char** argv) {
   const int signals = BlockedSignals();
+  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes to connections that the other side has ended
   try {
     const Options options = ReadOptions({argv + 1, argv + argc});
     if (options.help) {

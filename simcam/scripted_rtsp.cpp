@@ -98,9 +98,15 @@ std::string StrayBytes(Fault fault, size_t turn) {
 /// One RTSP connection. Single-threaded.
 class Conversation {
  public:
-  Conversation(const CameraConfig& camera, Login& login, CameraLog& log,
+  Conversation(const CameraConfig& camera, Login& login, CameraLog& log, const std::vector<StreamConfig>& streams,
                const std::vector<std::shared_ptr<const RtpClip>>& clips, const Socket& socket)
-      : camera_(camera), fault_(camera.fault.fault), login_(login), log_(log), clips_(clips), socket_(socket) {}
+      : camera_(camera),
+        fault_(camera.fault.fault),
+        login_(login),
+        log_(log),
+        streams_(streams),
+        clips_(clips),
+        socket_(socket) {}
 
   void Run(std::string received) {
     received_ = std::move(received);
@@ -211,8 +217,8 @@ class Conversation {
   }
 
   bool ChooseStream(const std::string& path, bool control) {
-    for (size_t i = 0; i < camera_.streams.size(); ++i) {
-      const StreamConfig& stream = camera_.streams[i];
+    for (size_t i = 0; i < streams_.size(); ++i) {
+      const StreamConfig& stream = streams_[i];
       if (path != (control ? ControlPath(stream) : stream.path)) continue;
       stream_ = &stream;
       clip_ = clips_[i].get();
@@ -417,7 +423,8 @@ class Conversation {
   const Fault fault_;
   Login& login_;
   CameraLog& log_;
-  const std::vector<std::shared_ptr<const RtpClip>>& clips_;
+  const std::vector<StreamConfig>& streams_;
+  const std::vector<std::shared_ptr<const RtpClip>>& clips_;  ///< one for each of streams_
   const Socket& socket_;
 
   bool open_ = true;
@@ -444,12 +451,12 @@ class Conversation {
 }  // namespace
 
 ScriptedRtsp::ScriptedRtsp(const CameraConfig& camera, Login& login, CameraLog& log, ClipStore& clips)
-    : camera_(camera), login_(login), log_(log) {
-  for (const StreamConfig& stream : camera.streams) clips_.push_back(clips.GetRtp(stream, camera.fault.fault));
+    : camera_(camera), login_(login), log_(log), streams_(camera.RtspStreams()) {
+  for (const StreamConfig& stream : streams_) clips_.push_back(clips.GetRtp(stream, camera.fault.fault));
 }
 
 void ScriptedRtsp::Serve(const Socket& connection, std::string received) {
-  Conversation(camera_, login_, log_, clips_, connection).Run(std::move(received));
+  Conversation(camera_, login_, log_, streams_, clips_, connection).Run(std::move(received));
 }
 
 }  // namespace simcam

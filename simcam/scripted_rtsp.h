@@ -25,7 +25,8 @@ class ScriptedRtsp {
   const CameraConfig& camera_;
   Login& login_;
   CameraLog& log_;
-  std::vector<std::shared_ptr<const RtpClip>> clips_;  ///< one for each stream of the camera
+  const std::vector<StreamConfig> streams_;
+  std::vector<std::shared_ptr<const RtpClip>> clips_;  ///< one for each of streams_
 };
 
 }  // namespace simcam

@@ -80,6 +80,8 @@ bool Socket::Drip(std::string_view bytes) const {
   return true;
 }
 
+bool Socket::IsEstablished() const { return simcam::IsEstablished(descriptor_); }
+
 bool Socket::WaitReadable(std::chrono::milliseconds limit) const {
   pollfd entry{descriptor_, POLLIN, 0};
   return poll(&entry, 1, static_cast<int>(limit.count())) > 0;
@@ -97,6 +99,12 @@ bool Socket::Receive(std::string& buffer) const {
 }
 
 void Socket::Shutdown() const { shutdown(descriptor_, SHUT_RDWR); }
+
+bool IsEstablished(int descriptor) {
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  return getsockopt(descriptor, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && info.tcpi_state == TCP_ESTABLISHED;
+}
 
 int Socket::Release() { return descriptor_.exchange(-1); }
 

@@ -25,12 +25,16 @@ class Socket {
   /// Waits for the next connection; an empty socket once closed.
   [[nodiscard]] Socket Accept() const;
 
+  [[nodiscard]] int Descriptor() const { return descriptor_; }
   [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
 
   /// Sends all; false when the connection is gone.
   [[nodiscard]] bool Send(std::string_view bytes) const;
   /// Sends a byte a second; false when the connection is gone.
   [[nodiscard]] bool Drip(std::string_view bytes) const;
+
+  /// True while neither side has ended the connection.
+  [[nodiscard]] bool IsEstablished() const;
 
   /// True when Receive would not wait, within `limit`.
   [[nodiscard]] bool WaitReadable(std::chrono::milliseconds limit) const;
@@ -45,5 +49,8 @@ class Socket {
  private:
   std::atomic<int> descriptor_ = -1;
 };
+
+/// The same for any descriptor of a TCP connection; false for one that is none.
+bool IsEstablished(int descriptor);
 
 }  // namespace simcam

@@ -3,7 +3,10 @@
 #include <gst/app/gstappsrc.h>
 #include <gst/rtsp-server/rtsp-server.h>
 
+#include <mutex>
 #include <vector>
+
+#include "simcam/glib_handle.h"
 
 namespace simcam {
 namespace {
@@ -120,16 +123,16 @@ void OnClient(GstRTSPServer*, GstRTSPClient* client, gpointer log) {
                    log);
 }
 
-struct UnrefServer {
-  void operator()(GstRTSPServer* server) const noexcept { g_object_unref(server); }
-};
+using GlibSocket = std::unique_ptr<GSocket, UnrefGlib>;
 
 }  // namespace
 
 struct StockRtsp::Impl {
   LoginHook hook;
   std::vector<std::unique_ptr<Mount>> mounts;
-  std::unique_ptr<GstRTSPServer, UnrefServer> server{gst_rtsp_server_new()};
+  std::unique_ptr<GstRTSPServer, UnrefGlib> server{gst_rtsp_server_new()};
+  std::mutex mutex{};
+  std::vector<GlibSocket> sockets{};  ///< taken over; under the mutex
 };
 
 StockRtsp::StockRtsp(const CameraConfig& camera, Login& login, CameraLog& log, ClipStore& clips)
@@ -141,7 +144,7 @@ StockRtsp::StockRtsp(const CameraConfig& camera, Login& login, CameraLog& log, C
   g_object_unref(auth);
 
   GstRTSPMountPoints* points = gst_rtsp_server_get_mount_points(server);
-  for (const StreamConfig& stream : camera.streams) {
+  for (const StreamConfig& stream : camera.RtspStreams()) {
     impl_->mounts.push_back(std::make_unique<Mount>(Mount{stream, stream.live ? nullptr : clips.Get(stream)}));
     GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
     gst_rtsp_media_factory_set_launch(factory, Launch(stream).c_str());
@@ -170,7 +173,17 @@ void StockRtsp::Adopt(Socket connection, const std::string& received) {
     g_error_free(error);
     return;
   }
+  {
+    const std::scoped_lock lock(impl_->mutex);
+    impl_->sockets.emplace_back(G_SOCKET(g_object_ref(socket)));
+  }
   gst_rtsp_server_transfer_connection(impl_->server.get(), socket, "127.0.0.1", 0, received.c_str());
+}
+
+int StockRtsp::CountOpen() {
+  const std::scoped_lock lock(impl_->mutex);
+  std::erase_if(impl_->sockets, [](const GlibSocket& socket) { return !IsEstablished(g_socket_get_fd(socket.get())); });
+  return static_cast<int>(impl_->sockets.size());
 }
 
 }  // namespace simcam

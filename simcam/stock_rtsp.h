@@ -22,6 +22,8 @@ class StockRtsp {
 
   /// Takes over a connection of which `received` has been read already.
   void Adopt(Socket connection, const std::string& received);
+  /// The connections taken over that neither side has ended.
+  [[nodiscard]] int CountOpen();
 
  private:
   struct Impl;
