@@ -132,7 +132,8 @@ struct CamProfile {
 
 namespace CamCapUtils {
 /// Obtains the capability file of the camera that `profile` describes and stores its path in `capFilePath`. Result: a
-/// CAMCAP_FILE_RESULT; `capFilePath` is set for CAMCAP_FILE_OBTAINED and CAMCAP_FILE_SUBSTITUTED, else untouched.
+/// CAMCAP_FILE_RESULT; `capFilePath` is set for CAMCAP_FILE_OBTAINED and CAMCAP_FILE_SUBSTITUTED, else untouched; ""
+/// stands for the built-in values of a model that only names a protocol.
 /// Contacts the camera.
 int GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd);
 }  // namespace CamCapUtils

@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "platform/device.h"
+#include "recorder/device/built_in_models.h"
+#include "recorder/device/camera_file.h"
 #include "recorder/device/device_api.h"
 #include "recorder/device/model_files.h"
 #include "recorder/device/stream_probe.h"
@@ -31,7 +34,7 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, Device& devi
 }
 
 /// Asks the camera as a camera test does, for the stream that the model sends unless told otherwise.
-Outcome AskCamera(const CamProfile& profile, const Model& model) {
+Outcome TestCamera(const CamProfile& profile, const Model& model) {
   const std::unique_ptr<Device> device = MakeDevice(
       profile.vendor, profile.model, {{profile.ip, profile.port, profile.user, profile.pass}, profile.channel, ""});
   if (!device || device->NeedsSourcePath()) return Outcome::kNotUnderstood;
@@ -39,24 +42,49 @@ Outcome AskCamera(const CamProfile& profile, const Model& model) {
                                  : static_cast<Outcome>(device->VerifyConnection());
 }
 
+/// What is known of a camera, and how asking it went. `file` is "" where the built-in values must do.
+struct FileAnswer {
+  Outcome outcome;
+  std::string file;
+};
+
+FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
+  KnownCamera camera =
+      LearnCamera(profile.vendor, {profile.ip, profile.port, profile.user, profile.pass}, profile.channel, freshness);
+  return {camera.outcome, std::move(camera.file)};
+}
+
+CAMCAP_FILE_RESULT ToFileResult(const FileAnswer& answer, __tag_REMOTE_CAMCAP_CMD cmd, bool mustBeKept) {
+  const CAMCAP_FILE_RESULT result = Translate(kFileResults, answer.outcome, CAMCAP_FILE_NOT_UNDERSTOOD);
+  if (result == CAMCAP_FILE_OBTAINED) return mustBeKept && answer.file.empty() ? CAMCAP_FILE_SUBSTITUTED : result;
+  const bool isFailure = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED;
+  return isFailure ? result : CAMCAP_FILE_SUBSTITUTED;
+}
+
+/// Asks the camera; nothing for a model that is not known.
+std::optional<FileAnswer> AskForFile(const CamProfile& profile, __tag_REMOTE_CAMCAP_CMD cmd) {
+  if (IsGenericVendor(profile.vendor)) {
+    return AskGenericCamera(profile, cmd == REMOTE_CAMCAP_ASK_NOW ? Freshness::kNow : Freshness::kRecent);
+  }
+  const FoundModel found = FindModel(profile.vendor, profile.model);
+  if (found.file.empty()) return std::nullopt;
+  return FileAnswer{TestCamera(profile, *found.model), found.file};
+}
+
 }  // namespace
 }  // namespace recorder
 
 int CamCapUtils::GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd) {
-  const recorder::FoundModel found = recorder::FindModel(profile.vendor, profile.model);
-  if (found.file.empty()) return CAMCAP_FILE_NOT_UNDERSTOOD;
-  const recorder::Outcome outcome = recorder::AskCamera(profile, *found.model);
-  CAMCAP_FILE_RESULT result = recorder::Translate(recorder::kFileResults, outcome, CAMCAP_FILE_NOT_UNDERSTOOD);
-  const bool mustAsk = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED;
-  if (result != CAMCAP_FILE_OBTAINED && !mustAsk) result = CAMCAP_FILE_SUBSTITUTED;
-  if (result <= CAMCAP_FILE_SUBSTITUTED) capFilePath = found.file;
+  const std::optional<recorder::FileAnswer> answer = recorder::AskForFile(profile, cmd);
+  if (!answer) return CAMCAP_FILE_NOT_UNDERSTOOD;
+  const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd, recorder::IsGenericVendor(profile.vendor));
+  if (result <= CAMCAP_FILE_SUBSTITUTED) capFilePath = answer->file;
   return result;
 }
 
-// No capability file is kept for a camera: all that is known of one stands in its model's file.
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature has values
-std::string GetRealCapFilePath(std::string /*vendor*/, std::string /*ip*/, int /*port*/, std::string /*variant*/) {
-  return "";
+std::string GetRealCapFilePath(std::string vendor, std::string ip, int port, std::string variant) {
+  return recorder::KeptFile(vendor, ip, port, variant);
 }
 
-bool IsGenericApi(const std::string& /*vendor*/, const std::string& /*model*/) { return false; }
+bool IsGenericApi(const std::string& vendor, const std::string& /*model*/) { return recorder::IsGenericVendor(vendor); }

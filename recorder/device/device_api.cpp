@@ -2,9 +2,12 @@
 
 #include <utility>
 
+#include "recorder/device/built_in_models.h"
+#include "recorder/device/camera_file.h"
 #include "recorder/device/member_function.h"
 #include "recorder/device/model_device.h"
 #include "recorder/device/model_files.h"
+#include "recorder/device/unanswered_device.h"
 #include "recorder/device/user_device.h"
 #include "recorder/device/verify_result.h"
 
@@ -12,9 +15,20 @@ using recorder::Device;
 using recorder::Register;
 
 namespace recorder {
+namespace {
+
+std::unique_ptr<Device> MakeGenericDevice(const std::string& vendor, DeviceParameters parameters) {
+  KnownCamera camera = LearnCamera(vendor, parameters.address, parameters.channel, Freshness::kRecent);
+  if (!camera.model) return std::make_unique<UnansweredDevice>(camera.outcome);
+  parameters.channel = std::move(camera.channel);
+  return std::make_unique<ModelDevice>(std::move(camera.model), std::move(parameters));
+}
+
+}  // namespace
 
 std::unique_ptr<Device> MakeDevice(const std::string& vendor, const std::string& model, DeviceParameters parameters) {
   if (vendor == kUserVendor) return std::make_unique<UserDevice>(std::move(parameters));
+  if (IsGenericVendor(vendor)) return MakeGenericDevice(vendor, std::move(parameters));
   FoundModel found = FindModel(vendor, model);
   if (!found.model) return nullptr;
   return std::make_unique<ModelDevice>(std::move(found.model), std::move(parameters));

@@ -36,7 +36,8 @@ struct DeviceParameters {
   std::string sourcePath;
 };
 
-/// The device object of a camera; null for an unknown model.
+/// The device object of a camera; null for an unknown model. Contacts a camera of a generic protocol of which no recent
+/// capability file is kept.
 std::unique_ptr<Device> MakeDevice(const std::string& vendor, const std::string& model, DeviceParameters parameters);
 
 }  // namespace recorder

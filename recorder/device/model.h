@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +26,20 @@ struct ModelCodec {
 struct ModelPath {
   std::string path;
   std::optional<int> port;
+  std::int64_t readAt = 0;  ///< when the camera named it, in seconds since 1970; 0: it stands in a model file
+};
+
+/// A path for all channels, or one of its own for each channel that the camera was asked about.
+struct ModelPaths {
+  ModelPath common;
+  std::map<std::string, ModelPath> ofChannel;
+
+  /// The path for `channel`; null when it is not known.
+  const ModelPath* For(const std::string& channel) const {
+    if (!common.path.empty()) return &common;
+    const auto own = ofChannel.find(channel);
+    return own == ofChannel.end() ? nullptr : &own->second;
+  }
 };
 
 enum class ModelSnapshotKind { kStream, kHttpJpeg, kHttpMjpeg };
@@ -36,7 +52,7 @@ struct SnapshotSettings {
 
 struct ModelSnapshot {
   ModelSnapshotKind kind = ModelSnapshotKind::kStream;
-  ModelPath from;  ///< unused for kStream
+  ModelPaths from;  ///< unused for kStream
   std::vector<SnapshotSettings> settings;
 };
 
@@ -54,7 +70,7 @@ struct Model {
   bool isVideoServer = false;
   Choices channels;
   std::vector<ModelCodec> codecs;
-  std::string presetCodec;
+  std::string presetCodec;  ///< "": whatever the camera sends
   Choices frameRates;
   Choices resolutions;
   Choices qualities;
@@ -78,7 +94,7 @@ struct Model {
   int streamFisheyeType = 0;  ///< 0: the stream is not dewarped by the camera
   bool hasEdgeStorage = false;
 
-  std::optional<ModelPath> stream;  ///< none: the user gives the path
+  std::optional<ModelPaths> stream;  ///< none: the user gives the path
   ModelSnapshot snapshot;
   ModelCheck check = ModelCheck::kStream;
 };

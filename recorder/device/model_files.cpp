@@ -7,8 +7,8 @@
 #include <tuple>
 #include <utility>
 
-#include "platform/device.h"
 #include "platform/utility.h"
+#include "recorder/device/built_in_models.h"
 
 namespace recorder {
 namespace {
@@ -45,6 +45,10 @@ ModelCatalog ReadFiles(const std::string& folder, const std::vector<FileState>& 
     if (fs::path(file.path).filename() == kSchemaName) continue;
     auto vendor = reader.Read(file.path, catalog.mistakes);
     if (!vendor) continue;
+    if (BuiltInModel(vendor->vendor)) {
+      catalog.mistakes.push_back({file.path, "/vendor", "This vendor name is built in."});
+      continue;
+    }
     const auto same = std::find_if(catalog.vendors.begin(), catalog.vendors.end(),
                                    [&](const VendorModels& other) { return other.vendor == vendor->vendor; });
     if (same != catalog.vendors.end()) {
@@ -116,16 +120,11 @@ FoundModel FindInFile(const std::string& vendor, const std::string& name, const 
   return found && found->vendor == vendor ? FindIn(found, *found, name) : FoundModel{};
 }
 
-Model MakeUserModel() {
-  Model model;
-  model.vendor = kUserVendor;
-  model.id = "User Define";
-  model.channels.preset = "1";
-  model.codecs = {{"MJPEG", {"HTTP"}}, {"H.264", {"RTSP"}}, {"MPEG4", {"RTSP"}}};
-  model.streamCount = 0;
-  model.rtspProtocols = 1U << RTSP_PROTOCOL_UDP | 1U << RTSP_PROTOCOL_TCP | 1U << RTSP_PROTOCOL_HTTP;
-  model.presetRtspProtocol = RTSP_PROTOCOL_AUTO;
-  return model;
+/// Of a generic protocol the file of one camera says more than the built-in model, when it can be read.
+FoundModel FindBuiltIn(const std::shared_ptr<const Model>& builtIn, const std::string& file) {
+  FoundModel found;
+  if (!file.empty()) found = FindInFile(builtIn->vendor, builtIn->name, file);
+  return found.model ? found : FoundModel{builtIn, ""};
 }
 
 }  // namespace
@@ -136,18 +135,21 @@ std::shared_ptr<const ModelCatalog> Models() { return Current().Get(); }
 
 ModelCatalog ReadModels(const std::string& folder) { return ReadFiles(folder, ListFolder(folder)); }
 
-const Model& UserModel() {
-  static const Model model = MakeUserModel();
-  return model;
-}
-
 FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile) {
-  if (vendor == kUserVendor) return {std::shared_ptr<const Model>(std::shared_ptr<void>(), &UserModel()), ""};
+  if (const auto builtIn = BuiltInModel(vendor)) return FindBuiltIn(builtIn, modelFile);
   if (!modelFile.empty()) return FindInFile(vendor, model, modelFile);
   const auto catalog = Models();
   const auto found = std::find_if(catalog->vendors.begin(), catalog->vendors.end(),
                                   [&](const VendorModels& candidate) { return candidate.vendor == vendor; });
   return found == catalog->vendors.end() ? FoundModel{} : FindIn(catalog, *found, model);
+}
+
+std::shared_ptr<const Model> ReadFutureFile(const std::string& path, const std::string& content) {
+  std::vector<ModelMistake> mistakes;
+  const std::shared_ptr<const VendorModels> read =
+      ModelReader(Current().SchemaFile()).ReadText(content, path, mistakes);
+  for (const ModelMistake& mistake : mistakes) LogMistake(mistake);
+  return read ? std::shared_ptr<const Model>(read, &read->models.front()) : nullptr;
 }
 
 }  // namespace recorder

@@ -16,7 +16,7 @@ namespace recorder {
 /// Sets the folder of the model files. Call once, before the first request.
 void SetModelsFolder(std::string folder);
 
-/// All models, by vendor; the vendor "User" is built in and not among them.
+/// All models of the files, by vendor; the built-in ones are not among them.
 struct ModelCatalog {
   std::vector<VendorModels> vendors;   ///< sorted by vendor
   std::vector<ModelMistake> mistakes;  ///< of the files that were passed over
@@ -28,17 +28,18 @@ std::shared_ptr<const ModelCatalog> Models();
 /// Reads all model files of `folder`, without keeping or logging anything.
 ModelCatalog ReadModels(const std::string& folder);
 
-/// The model, and the file it was found in ("" for the vendor "User").
+/// The model, and the file it was found in ("" for a built-in one).
 struct FoundModel {
   std::shared_ptr<const Model> model;  ///< null: not known
   std::string file;
 };
 
-/// Finds a model; of vendor "User" any model is known. A non-empty `modelFile` names the file to look into, which need
-/// not be in the folder.
+/// Finds a model; of a built-in vendor every name is one of its only model. A non-empty `modelFile` names the file to
+/// look into, which need not be in the folder: a vendor's, or for a generic protocol that of one camera.
 FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile = "");
 
-/// The built-in model of vendor "User".
-const Model& UserModel();
+/// The first model of a file that is still to be written: `content` is its text, `path` its future place. Null, and the
+/// mistakes logged, when it is no model file.
+std::shared_ptr<const Model> ReadFutureFile(const std::string& path, const std::string& content);
 
 }  // namespace recorder

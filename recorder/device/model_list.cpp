@@ -2,6 +2,8 @@
 #include <string>
 
 #include "platform/device.h"
+#include "recorder/device/built_in_models.h"
+#include "recorder/device/camera_file.h"
 #include "recorder/device/capability_document.h"
 #include "recorder/device/model_files.h"
 #include "recorder/utility/config.h"
@@ -23,7 +25,8 @@ Json::Value ModelEntry(const Model& model) {
 
 /// Names the camera and what it can do; where it is and who logs in there is not for a list.
 Json::Value CameraEntry(const CameraRecord& camera) {
-  const recorder::FoundModel found = recorder::FindModel(camera.vendor, camera.model);
+  const std::string file = recorder::KeptFile(camera.vendor, camera.host, camera.port);
+  const recorder::FoundModel found = recorder::FindModel(camera.vendor, camera.model, file);
   Json::Value entry(Json::objectValue);
   entry["camId"] = camera.id;
   entry["name"] = camera.name;
@@ -41,7 +44,7 @@ bool GetCamModelEnumInfo(Json::Value& models) {
   for (const recorder::VendorModels& vendor : catalog->vendors) {
     for (const Model& model : vendor.models) models.append(ModelEntry(model));
   }
-  models.append(ModelEntry(recorder::UserModel()));
+  for (const auto& model : recorder::BuiltInModels()) models.append(ModelEntry(*model));
   return !catalog->vendors.empty();
 }
 

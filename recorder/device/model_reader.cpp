@@ -43,12 +43,17 @@ Mistakes SyntaxMistakes(const std::string& report) {
   return mistakes;
 }
 
-/// Nothing, and at least one mistake, when the file at `path` holds no JSON.
-std::optional<Json::Value> ReadJson(const std::string& path, Mistakes& mistakes) try {
+/// Nothing, and at least one mistake, when `text` is no JSON.
+std::optional<Json::Value> ReadJson(const std::string& text, Mistakes& mistakes) {
   std::string report;
-  std::optional<Json::Value> json = ParseStrictJson(ReadFile(path), report);
+  std::optional<Json::Value> json = ParseStrictJson(text, report);
   if (!json) mistakes = SyntaxMistakes(report);
   return json;
+}
+
+/// Nothing, and a mistake, when the file at `path` cannot be read.
+std::optional<std::string> ReadWholeFile(const std::string& path, Mistakes& mistakes) try {
+  return ReadFile(path);
 } catch (const std::system_error& error) {
   mistakes = {{"", "The file cannot be read: " + error.code().message() + "."}};
   return std::nullopt;
@@ -95,9 +100,17 @@ std::vector<std::string> Texts(const Json::Value& json) {
 Choices ReadChoices(const Json::Value& json) { return {Texts(json["values"]), json["default"].asString()}; }
 
 ModelPath ReadPath(const Json::Value& json) {
-  ModelPath path{json["path"].asString(), std::nullopt};
+  ModelPath path{json["path"].asString(), std::nullopt, json["time"].asInt64()};
   if (json.isMember("port")) path.port = json["port"].asInt();
   return path;
+}
+
+ModelPaths ReadPaths(const Json::Value& json) {
+  ModelPaths paths{ReadPath(json), {}};
+  for (const std::string& channel : json["ofChannel"].getMemberNames()) {
+    paths.ofChannel[channel] = ReadPath(json["ofChannel"][channel]);
+  }
+  return paths;
 }
 
 constexpr std::pair<std::string_view, RTSP_PROTOCOL> kRtspProtocols[] = {
@@ -131,7 +144,7 @@ ModelSnapshot ReadSnapshot(const Json::Value& json) {
   snapshot.kind = kind == "stream"      ? ModelSnapshotKind::kStream
                   : kind == "http-jpeg" ? ModelSnapshotKind::kHttpJpeg
                                         : ModelSnapshotKind::kHttpMjpeg;
-  snapshot.from = ReadPath(json);
+  snapshot.from = ReadPaths(json);
   for (const std::string& codec : json["settings"].getMemberNames()) {
     snapshot.settings.push_back({codec, Texts(json["settings"][codec])});
   }
@@ -164,7 +177,7 @@ Model ReadModel(const std::string& vendor, const Json::Value& json) {
   model.fisheyeType = json["fisheye"]["lens"].asInt();
   model.streamFisheyeType = json["fisheye"]["stream"].asInt();
   model.hasEdgeStorage = json["edgeStorage"].asBool();
-  if (!json["stream"]["fromUser"].asBool()) model.stream = ReadPath(json["stream"]);
+  if (!json["stream"]["fromUser"].asBool()) model.stream = ReadPaths(json["stream"]);
   model.snapshot = ReadSnapshot(json["snapshot"]);
   model.check = json["check"].asString() == "device" ? ModelCheck::kDevice : ModelCheck::kStream;
   return model;
@@ -222,22 +235,29 @@ class ModelChecker {
     }
   }
 
-  void CheckPath(const std::string& place, const ModelPath& path, std::initializer_list<std::string_view> allowed) {
-    if (const auto mistake = FindPathMistake(path.path, allowed)) Report(place + "/path", *mistake);
+  void CheckPaths(const std::string& place, const ModelPaths& paths, std::initializer_list<std::string_view> allowed) {
+    if (paths.ofChannel.empty()) {
+      if (const auto mistake = FindPathMistake(paths.common.path, allowed)) Report(place + "/path", *mistake);
+    } else if (!paths.common.path.empty()) {
+      Report(place + "/ofChannel", "Paths of single channels leave no room for one of all.");
+    }
+    for (const auto& [channel, path] : paths.ofChannel) {
+      if (const auto mistake = FindPathMistake(path.path, {})) Report(place + "/ofChannel/" + channel, *mistake);
+    }
   }
 
   void CheckStream() {
     const Json::Value& stream = json_["stream"];
-    if (!stream["fromUser"].asBool()) return CheckPath("/stream", *model_.stream, {"channel", "stream"});
-    if (stream.isMember("path") || stream.isMember("port")) {
+    if (!stream["fromUser"].asBool()) return CheckPaths("/stream", *model_.stream, {"channel", "stream"});
+    if (stream.isMember("path") || stream.isMember("port") || stream.isMember("ofChannel")) {
       Report("/stream", "A path that the user gives leaves no room for a path or port of the model.");
     }
   }
 
   void CheckSnapshot() {
     if (model_.snapshot.kind == ModelSnapshotKind::kStream) return CheckStreamSnapshot();
-    CheckPath("/snapshot", model_.snapshot.from, {"channel", "setting"});
-    const bool takesSetting = model_.snapshot.from.path.find("{setting}") != std::string::npos;
+    CheckPaths("/snapshot", model_.snapshot.from, {"channel", "setting"});
+    const bool takesSetting = model_.snapshot.from.common.path.find("{setting}") != std::string::npos;
     if (takesSetting == model_.snapshot.settings.empty()) {
       Report("/snapshot/settings", "Settings and the placeholder {setting} need each other.");
     }
@@ -272,7 +292,6 @@ void CheckVendor(const std::string& vendor, Mistakes& mistakes) {
   if (vendor.find(' ') != std::string::npos) {
     mistakes.push_back({"/vendor", "A vendor name holds no blank: clients send vendor and model as one text."});
   }
-  if (vendor == kUserVendor) mistakes.push_back({"/vendor", "This vendor name is built in."});
 }
 
 void ReadModels(const Json::Value& json, VendorModels& vendor, Mistakes& mistakes) {
@@ -296,7 +315,8 @@ struct ModelReader::Schema {
 
 ModelReader::ModelReader(const std::string& schemaFile) {
   Mistakes mistakes;
-  const std::optional<Json::Value> json = ReadJson(schemaFile, mistakes);
+  const std::optional<std::string> text = ReadWholeFile(schemaFile, mistakes);
+  const std::optional<Json::Value> json = text ? ReadJson(*text, mistakes) : std::nullopt;
   if (!json) {
     schemaMistake_ = "No usable schema at " + schemaFile + ": " + mistakes.front().text;
     return;
@@ -313,10 +333,19 @@ ModelReader::ModelReader(const std::string& schemaFile) {
 ModelReader::~ModelReader() = default;
 
 std::unique_ptr<VendorModels> ModelReader::Read(const std::string& path, std::vector<ModelMistake>& mistakes) const {
+  Mistakes own;
+  const std::optional<std::string> text = ReadWholeFile(path, own);
+  if (text) return ReadText(*text, path, mistakes);
+  for (Mistake& mistake : own) mistakes.push_back({path, std::move(mistake.place), std::move(mistake.text)});
+  return nullptr;
+}
+
+std::unique_ptr<VendorModels> ModelReader::ReadText(const std::string& text, const std::string& path,
+                                                    std::vector<ModelMistake>& mistakes) const {
   auto vendor = std::make_unique<VendorModels>();
   Mistakes own;
   if (!schema_) own.push_back({"", schemaMistake_});
-  const std::optional<Json::Value> json = schema_ ? ReadJson(path, own) : std::nullopt;
+  const std::optional<Json::Value> json = schema_ ? ReadJson(text, own) : std::nullopt;
   if (json) own = CheckSchema(schema_->schema, *json);
   if (own.empty()) {
     vendor->vendor = (*json)["vendor"].asString();

@@ -33,6 +33,10 @@ class ModelReader {
   /// Reads the file at `path`. When there are mistakes, they are appended to `mistakes` and the result is null.
   std::unique_ptr<VendorModels> Read(const std::string& path, std::vector<ModelMistake>& mistakes) const;
 
+  /// The same for the text of a file that stands, or is going to stand, at `path`.
+  std::unique_ptr<VendorModels> ReadText(const std::string& text, const std::string& path,
+                                         std::vector<ModelMistake>& mistakes) const;
+
  private:
   struct Schema;
   std::unique_ptr<const Schema> schema_;

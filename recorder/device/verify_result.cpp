@@ -12,6 +12,7 @@ constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
     {Outcome::kUnreachable, CAMERA_VERIFY_UNREACHABLE},
     {Outcome::kTimedOut, CAMERA_VERIFY_TIMED_OUT},
     {Outcome::kLoginRefused, CAMERA_VERIFY_LOGIN_REFUSED},
+    {Outcome::kClockUnknown, CAMERA_VERIFY_NOT_UNDERSTOOD},      // the password may be right
     {Outcome::kLoginUnsupported, CAMERA_VERIFY_NOT_UNDERSTOOD},  // another password would not help
     {Outcome::kNoSuchStream, CAMERA_VERIFY_NO_SUCH_STREAM},
     {Outcome::kNoVideo, CAMERA_VERIFY_NO_VIDEO},

@@ -12,6 +12,8 @@ std::string_view Describe(Outcome outcome) {
       return "timed out";
     case Outcome::kLoginRefused:
       return "login refused";
+    case Outcome::kClockUnknown:
+      return "login refused, and the camera does not tell the time that the login depends on";
     case Outcome::kLoginUnsupported:
       return "login method not supported";
     case Outcome::kNoSuchStream:

@@ -10,6 +10,7 @@ enum class Outcome {
   kUnreachable,       ///< host not found, no route, connection refused
   kTimedOut,          ///< connected or not, no answer before the deadline
   kLoginRefused,      ///< user or password refused
+  kClockUnknown,      ///< login refused, but the camera's clock, which the login depends on, could not be read
   kLoginUnsupported,  ///< the camera asks for a login method that the recorder does not know
   kNoSuchStream,      ///< the path or stream does not exist there
   kNoVideo,           ///< no video, or not in the wanted codec or stream type

@@ -1,6 +1,7 @@
 #include "recorder/utility/request_scope.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "recorder/utility/text.h"
@@ -67,8 +68,14 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
 }
 
 void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
-  if (outcome != Outcome::kLoginRefused && outcome != Outcome::kTimedOut) return;
+  constexpr std::array kLasting{Outcome::kLoginRefused, Outcome::kClockUnknown, Outcome::kTimedOut};
+  if (std::find(kLasting.begin(), kLasting.end(), outcome) == kLasting.end()) return;
   failures_.try_emplace({Normalized(host), user}, outcome);
+}
+
+std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
+  const auto failure = failedAskings_.find(key);
+  return failure == failedAskings_.end() ? std::nullopt : std::optional(failure->second);
 }
 
 RequestScope::Digest RequestScope::DigestOf(const std::string& password) const {

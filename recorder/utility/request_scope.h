@@ -67,8 +67,12 @@ class RequestScope {
   std::optional<Outcome> Refusal(const std::string& host, int port, const std::string& user,
                                  const std::string& password) const;
 
-  /// Remembers how a contact failed, if that answers later contacts too (Outcome::kLoginRefused, Outcome::kTimedOut).
+  /// Remembers how a contact failed, if that answers later contacts too (kLoginRefused, kClockUnknown, kTimedOut).
   void Remember(const std::string& host, const std::string& user, Outcome outcome);
+
+  /// How asking the camera that `key` stands for failed in this request, if it did.
+  std::optional<Outcome> FailedAsking(const std::string& key) const;
+  void RememberFailedAsking(const std::string& key, Outcome outcome) { failedAskings_.try_emplace(key, outcome); }
 
  private:
   using Digest = std::array<unsigned char, 32>;
@@ -87,6 +91,7 @@ class RequestScope {
   bool refusesLogins_ = false;
   std::vector<LentPassword> lent_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
+  std::map<std::string, Outcome> failedAskings_;
   RequestScope* previous_;
 };
 

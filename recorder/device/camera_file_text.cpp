@@ -1,0 +1,175 @@
+#include "recorder/device/camera_file_text.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "platform/device.h"
+#include "recorder/device/built_in_models.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+// Bounds of a model file, and of what any client can make use of.
+constexpr std::size_t kMaxText = 64;
+constexpr std::size_t kMaxValues = 128;
+constexpr int kMaxInputs = 256;
+constexpr int kMaxStreams = 16;
+
+bool IsUsable(const std::string& text) {
+  return !text.empty() && text.size() <= kMaxText && IsUtf8(text) && !HoldsControls(text);
+}
+
+/// The usable ones of `texts`, each once.
+Json::Value TextList(const std::vector<std::string>& texts) {
+  Json::Value list(Json::arrayValue);
+  std::vector<std::string> taken;
+  for (const std::string& text : texts) {
+    const bool isNew = std::find(taken.begin(), taken.end(), text) == taken.end();
+    if (!IsUsable(text) || !isNew || taken.size() == kMaxValues) continue;
+    taken.push_back(text);
+    list.append(text);
+  }
+  return list;
+}
+
+/// Null when nothing usable can be chosen.
+Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string& preset) {
+  Json::Value json;
+  const Json::Value list = TextList(values);
+  if (list.empty()) return json;
+  json["values"] = list;
+  const bool hasPreset = std::find(list.begin(), list.end(), Json::Value(preset)) != list.end();
+  json["default"] = hasPreset ? Json::Value(preset) : list[0];
+  return json;
+}
+
+/// Writes the model of one camera, member by member, and notes for each where it comes from.
+class ModelWriter {
+ public:
+  ModelWriter(const CameraFacts& facts, std::int64_t time, const Model* earlier)
+      : facts_(facts), time_(time), earlier_(earlier) {}
+
+  Json::Value Write() {
+    model_["name"] = kGenericName;
+    if (IsUsable(facts_.device)) model_["source"] = facts_.device;
+    Set("channels", ChoicesOf(facts_.channels, facts_.channels.empty() ? "" : facts_.channels.front()), true);
+    WriteVideo();
+    WriteSensors();
+    Set("rtsp", Rtsp(), facts_.rtspProtocols.has_value());
+    WriteStream();
+    WriteSnapshot();
+    model_["check"] = "stream";
+    return model_;
+  }
+
+ private:
+  void Set(const char* member, const Json::Value& value, bool isFromCamera) {
+    if (!value.isNull()) model_[member] = value;
+    Json::Value& reading = model_["readings"][member];
+    reading["source"] = isFromCamera ? "camera" : "assumed";
+    reading["time"] = Json::Int64(time_);
+  }
+
+  void SetChoices(const char* member, const std::optional<Choices>& choices) {
+    Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), choices.has_value());
+  }
+
+  void WriteVideo() {
+    Json::Value codecs(Json::arrayValue);
+    for (const ModelCodec& codec : facts_.codecs) {
+      Json::Value& entry = codecs.append(Json::Value(Json::objectValue));
+      entry["name"] = codec.name;
+      entry["streamTypes"] = TextList(codec.streamTypes);
+    }
+    Set("codecs", codecs, true);
+    const bool isOffered = std::any_of(facts_.codecs.begin(), facts_.codecs.end(),
+                                       [&](const ModelCodec& codec) { return codec.name == facts_.codec; });
+    if (isOffered) Set("defaultCodec", facts_.codec, true);
+    SetChoices("frameRates", facts_.frameRates);
+    SetChoices("resolutions", facts_.resolutions);
+    SetChoices("qualities", facts_.qualities);
+    Set("streams", std::clamp(facts_.streamCount.value_or(1), 1, kMaxStreams), facts_.streamCount.has_value());
+  }
+
+  void WriteSensors() {
+    using Channels = std::vector<std::string>;
+    Set("audioChannels", TextList(facts_.audioChannels.value_or(Channels())), facts_.audioChannels.has_value());
+    Set("motionChannels", TextList(facts_.motionChannels.value_or(Channels())), facts_.motionChannels.has_value());
+    const int count = std::clamp(facts_.digitalInputs.value_or(0), 0, kMaxInputs);
+    Json::Value inputs;
+    inputs["count"] = count;
+    inputs["separate"] = count > 1;  // each input has its own state in both protocols
+    Set("digitalInputs", inputs, facts_.digitalInputs.has_value());
+  }
+
+  Json::Value Rtsp() const {
+    constexpr std::pair<RTSP_PROTOCOL, const char*> kNames[] = {{RTSP_PROTOCOL_UDP, "udp"},
+                                                                {RTSP_PROTOCOL_TCP, "tcp"},
+                                                                {RTSP_PROTOCOL_MULTICAST, "multicast"},
+                                                                {RTSP_PROTOCOL_HTTP, "http"}};
+    constexpr unsigned int kUsual = 1U << RTSP_PROTOCOL_UDP | 1U << RTSP_PROTOCOL_TCP;
+    Json::Value rtsp;
+    rtsp["protocols"] = Json::Value(Json::arrayValue);
+    for (const auto& [protocol, name] : kNames) {
+      if (((facts_.rtspProtocols.value_or(kUsual) >> protocol) & 1U) != 0) rtsp["protocols"].append(name);
+    }
+    return rtsp;
+  }
+
+  static Json::Value PathOf(const ModelPath& path) {
+    Json::Value json;
+    json["path"] = path.path;
+    if (path.port) json["port"] = *path.port;
+    json["time"] = Json::Int64(path.readAt);
+    return json;
+  }
+
+  /// The asked channel's path, and those that other channels of the camera had before.
+  Json::Value ChannelPaths(ModelPath path, const ModelPaths* earlier) const {
+    Json::Value paths;
+    for (const std::string& channel : facts_.channels) {
+      const ModelPath* known = earlier == nullptr ? nullptr : earlier->For(channel);
+      if (known != nullptr) paths[channel] = PathOf(*known);
+    }
+    path.readAt = time_;
+    paths[facts_.channel] = PathOf(path);
+    return paths;
+  }
+
+  void WriteStream() {
+    Json::Value stream;
+    stream["ofChannel"] = ChannelPaths(facts_.stream, earlier_ && earlier_->stream ? &*earlier_->stream : nullptr);
+    Set("stream", stream, true);
+  }
+
+  void WriteSnapshot() {
+    Json::Value snapshot;
+    snapshot["kind"] = facts_.snapshot ? "http-jpeg" : "stream";
+    if (facts_.snapshot) {
+      snapshot["ofChannel"] = ChannelPaths(*facts_.snapshot, earlier_ ? &earlier_->snapshot.from : nullptr);
+    }
+    Set("snapshot", snapshot, facts_.snapshot.has_value());
+  }
+
+  const CameraFacts& facts_;
+  const std::int64_t time_;
+  const Model* const earlier_;  // or null
+  Json::Value model_;
+};
+
+}  // namespace
+
+std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraFacts& facts,
+                           std::int64_t time, const Model* earlier) {
+  Json::Value file;
+  file["vendor"] = vendor;
+  file["source"] = "the camera at " + place;
+  file["models"].append(ModelWriter(facts, time, earlier).Write());
+  return Json::writeString(Json::StreamWriterBuilder(), file);
+}
+
+}  // namespace recorder

@@ -1,0 +1,177 @@
+#include "recorder/device/xml.h"
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "recorder/net/text.h"
+#include "recorder/utility/handle.h"
+
+namespace recorder {
+namespace {
+
+using ParserHandle = std::unique_ptr<xmlParserCtxt, Deleter<xmlFreeParserCtxt>>;
+using XmlText = std::unique_ptr<xmlChar, Deleter<[](xmlChar* text) { xmlFree(text); }>>;
+
+std::string_view View(const xmlChar* text) {
+  return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
+}
+
+const xmlChar* Chars(const std::string& text) { return reinterpret_cast<const xmlChar*>(text.c_str()); }
+
+bool Matches(const xmlNode* node, std::string_view nameSpace, std::string_view name) {
+  if (node->type != XML_ELEMENT_NODE || View(node->name) != name) return false;
+  return nameSpace == kAnyNamespace || nameSpace == (node->ns == nullptr ? "" : View(node->ns->href));
+}
+
+/// Ends the parsing before anything of a document type is looked at: whoever declares entities means no good.
+void RefuseDocumentType(void* parser, const xmlChar* /*name*/, const xmlChar* /*externalId*/,
+                        const xmlChar* /*systemId*/) {
+  xmlStopParser(static_cast<xmlParserCtxtPtr>(parser));
+}
+
+/// True when `text`, which begins with '&', begins a reference that needs no document type (XML 1.0 section 4.1).
+bool BeginsReference(std::string_view text) {
+  constexpr std::array<std::string_view, 5> kNamed{"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
+  if (std::any_of(kNamed.begin(), kNamed.end(), [&](auto name) { return text.starts_with(name); })) return true;
+  if (!text.starts_with("&#")) return false;
+  const std::size_t digits = text.starts_with("&#x") ? 3 : 2;
+  const std::size_t end = text.find_first_not_of(digits == 3 ? "0123456789abcdefABCDEF" : "0123456789", digits);
+  return end != std::string_view::npos && end > digits && text[end] == ';';
+}
+
+constexpr std::string_view kComment = "<!--";
+
+/// Length of the CDATA section, comment or tag that `text` begins with, as far as `text` goes; quoted values may hold
+/// whatever they like.
+std::size_t MarkupLength(std::string_view text) {
+  constexpr std::pair<std::string_view, std::string_view> kOpaque[] = {{"<![CDATA[", "]]>"}, {kComment, "-->"}};
+  for (const auto& [start, end] : kOpaque) {
+    if (text.starts_with(start)) return std::min(text.find(end, start.size()), text.size() - end.size()) + end.size();
+  }
+  char quote = '\0';
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quote == '\0' && (c == '>' || c == '<')) return i;
+    if (quote == '\0' && (c == '"' || c == '\'')) {
+      quote = c;
+    } else if (c == quote) {
+      quote = '\0';
+    }
+  }
+  return text.size();
+}
+
+/// `text` as the parser is to read it: without comments, and with each '&' that begins no reference written as one,
+/// since cameras put addresses with a query into their answers as they are. Nothing when a tag is longer than any
+/// camera's. The parser's time grows with the square of a tag's attributes, and of comments that do not end.
+std::optional<std::string> Tidied(std::string_view text) {
+  constexpr std::size_t kLongestTag = std::size_t{8} << 10;
+  std::string tidied;
+  tidied.reserve(text.size() + text.size() / 16);
+  while (!text.empty()) {
+    std::size_t length = std::min(text.find_first_of("&<"), text.size());
+    tidied += text.substr(0, length);
+    text.remove_prefix(length);
+    if (text.starts_with('&')) {
+      tidied += BeginsReference(text) ? "&" : "&amp;";
+      text.remove_prefix(1);
+      continue;
+    }
+    length = MarkupLength(text);
+    if (!text.starts_with("<!") && length > kLongestTag) return std::nullopt;
+    if (!text.starts_with(kComment)) tidied += text.substr(0, length);
+    text.remove_prefix(length);
+  }
+  return tidied;
+}
+
+}  // namespace
+
+std::string XmlElement::Name() const { return node_ == nullptr ? "" : std::string(View(node_->name)); }
+
+std::string XmlElement::Namespace() const {
+  return node_ == nullptr || node_->ns == nullptr ? "" : std::string(View(node_->ns->href));
+}
+
+XmlElement XmlElement::Child(std::string_view nameSpace, std::string_view name) const {
+  const xmlNode* child = node_ == nullptr ? nullptr : node_->children;
+  while (child != nullptr && !Matches(child, nameSpace, name)) child = child->next;
+  return XmlElement(child);
+}
+
+std::vector<XmlElement> XmlElement::Children(std::string_view nameSpace, std::string_view name) const {
+  std::vector<XmlElement> found;
+  for (const xmlNode* child = node_ == nullptr ? nullptr : node_->children; child != nullptr; child = child->next) {
+    if (Matches(child, nameSpace, name)) found.emplace_back(child);
+  }
+  return found;
+}
+
+std::vector<XmlElement> XmlElement::Children() const {
+  std::vector<XmlElement> found;
+  for (const xmlNode* child = node_ == nullptr ? nullptr : node_->children; child != nullptr; child = child->next) {
+    if (child->type == XML_ELEMENT_NODE) found.emplace_back(child);
+  }
+  return found;
+}
+
+std::string XmlElement::Text() const {
+  if (node_ == nullptr) return "";
+  const XmlText text(xmlNodeGetContent(node_));
+  return std::string(Trimmed(View(text.get())));
+}
+
+std::string XmlElement::Attribute(std::string_view name) const {
+  if (node_ == nullptr) return "";
+  const XmlText text(xmlGetNoNsProp(node_, Chars(std::string(name))));
+  return std::string(Trimmed(View(text.get())));
+}
+
+void XmlDocument::Free::operator()(_xmlDoc* document) const { xmlFreeDoc(document); }
+
+XmlDocument::XmlDocument(std::string_view text) {
+  static std::once_flag isPrepared;  // before the first use by several threads
+  std::call_once(isPrepared, xmlInitParser);
+  const std::optional<std::string> whole = Tidied(text);
+  if (!whole) return;
+  const ParserHandle parser(xmlNewParserCtxt());
+  if (!parser) throw std::bad_alloc();
+  parser->sax->internalSubset = &RefuseDocumentType;
+  constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+  document_.reset(
+      xmlCtxtReadMemory(parser.get(), whole->data(), static_cast<int>(whole->size()), nullptr, nullptr, kOptions));
+}
+
+XmlElement XmlDocument::Root() const { return XmlElement(document_ ? xmlDocGetRootElement(document_.get()) : nullptr); }
+
+std::string XmlEscaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace recorder

@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "recorder/device/onvif/answers.h"
+#include "recorder/device/onvif/motion.h"
+#include "recorder/device/onvif/profiles.h"
+#include "recorder/device/onvif/soap.h"
+#include "recorder/device/onvif/uri.h"
+#include "recorder/device/onvif/video_facts.h"
+#include "recorder/device/psia/answers.h"
+#include "recorder/device/xml.h"
+
+// One answer of a camera, of any content, through the XML reader and all that reads its documents. Beside what the
+// sanitizers find, what readers promise of their results is checked here.
+
+namespace recorder {
+namespace {
+
+/// Ends the run: what was promised does not hold.
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+void CheckChoices(const std::optional<Choices>& choices, std::size_t most) {
+  if (!choices) return;
+  Require(choices->values.size() <= most);
+  Require(std::find(choices->values.begin(), choices->values.end(), choices->preset) != choices->values.end());
+}
+
+void CheckUri(const std::string& text) {
+  onvif::SnapshotPath(text, 80);
+  const auto uri = onvif::ParseUri(text);
+  if (!uri) return;
+  Require(uri->path.starts_with('/') && uri->port >= 0 && uri->port <= 65535);
+  Require(std::all_of(uri->path.begin(), uri->path.end(), [](char c) { return c > ' ' && c != '{' && c != '}'; }));
+}
+
+void ReadOnvif(XmlElement answer) {
+  onvif::ReadClock(answer);
+  onvif::ReadServices(answer);
+  onvif::ReadCapabilities(answer);
+  onvif::OffersAudio(answer);
+  onvif::CountDigitalInputs(answer);
+  onvif::HasMotionTopic(answer);
+  CheckUri(onvif::ReadUri(answer));
+
+  const auto profiles = onvif::ReadProfiles(answer);
+  const auto encoder = profiles.empty() ? std::nullopt : profiles.front().encoder;
+  CameraFacts facts;
+  onvif::SetVideoFacts(encoder.value_or(onvif::VideoEncoder{}), onvif::ReadVideoOptions(answer), facts);
+  CheckChoices(facts.frameRates, 120);
+  CheckChoices(facts.resolutions, 257);
+  CheckChoices(facts.qualities, 102);
+}
+
+void ReadPsia(const HttpAnswer& answer) {
+  const auto reading = psia::ReadAnswer(answer, {"StreamingChannel", "StreamingChannelList", "DeviceInfo",
+                                                 "IOInputPortList", "MotionDetection", "MotionDetectionList"});
+  const XmlElement root = reading.document.Root();
+  psia::ReadDevice(root);
+  psia::CountInputs(root);
+  const auto channels = psia::ReadChannels(root);
+  psia::ReadMotionChannels(root, channels, "1");
+  CameraFacts facts;
+  psia::FillIn(channels.empty() ? psia::ReadChannel(root) : channels.front(), facts);
+}
+
+}  // namespace
+}  // namespace recorder
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  using namespace recorder;
+  const HttpAnswer answer{Outcome::kOk, 200, "application/xml", {reinterpret_cast<const char*>(bytes), size}};
+  ReadPsia(answer);
+  CheckUri(answer.body);
+
+  const XmlDocument document(answer.body);
+  ReadOnvif(document.Root());
+  for (const XmlElement part : document.Root().Children()) {
+    for (const XmlElement content : part.Children()) {
+      ReadOnvif(content);
+      onvif::ReadReply(answer, content.Namespace(), content.Name());
+    }
+  }
+  return 0;
+}

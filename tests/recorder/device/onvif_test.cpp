@@ -1,0 +1,309 @@
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <thread>
+
+#include "recorder/device/onvif/ask.h"
+#include "recorder/device/onvif/soap.h"
+#include "recorder/device/onvif/uri.h"
+#include "recorder/device/onvif/username_token.h"
+#include "recorder/utility/request_scope.h"
+#include "tests/recorder/rows.h"
+
+namespace recorder::onvif {
+namespace {
+
+using namespace std::string_literals;
+
+std::string Read(const std::string& file) {
+  std::ifstream stream(DATA_FOLDER "/onvif/" + file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+constexpr char kUnknown[] = "no such file";  ///< stands for a request that the camera does not know
+
+/// A camera that answers each request with the file of that name, or that it does not know it.
+class Camera {
+ public:
+  struct Script {
+    std::string folder;
+    std::map<std::string, std::string> files = {};  ///< that stand in for the folder's own, by request
+    std::string loginFault = "";                    ///< the answer to a request without a login, where one is needed
+    int faultStatus = 500;
+    bool refusesLogin = false;
+  };
+
+  explicit Camera(Script script) : script_(std::move(script)) {
+    server_.Post(
+        ".*", [this](const httplib::Request& request, httplib::Response& response) { Answer(request.body, response); });
+    port_ = server_.bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_.listen_after_bind(); });
+  }
+  ~Camera() {
+    server_.stop();
+    thread_.join();
+  }
+  Camera(const Camera&) = delete;
+  Camera& operator=(const Camera&) = delete;
+
+  Outcome Ask(const std::string& channel, const std::string& user, CameraFacts& facts) {
+    RequestScope scope(std::chrono::seconds(5));
+    return onvif::Ask({"127.0.0.1", port_, user, user.empty() ? "" : "secret"}, channel, facts);
+  }
+
+  const std::vector<std::string>& Bodies() const { return bodies_; }
+
+  int Logins() const {
+    return static_cast<int>(std::count_if(bodies_.begin(), bodies_.end(), [](const std::string& body) {
+      return body.find("#PasswordDigest") != std::string::npos;
+    }));
+  }
+
+ private:
+  void Answer(const std::string& body, httplib::Response& response) {
+    bodies_.push_back(body);
+    const std::size_t begin = body.find("<s:Body><") + 9;
+    const std::string name = body.substr(begin, body.find(' ', begin) - begin);
+    const bool hasLogin = body.find("<UsernameToken>") != std::string::npos && !script_.refusesLogin;
+    const bool isOpen = script_.loginFault.empty() || name == "GetSystemDateAndTime";
+    const auto other = script_.files.find(name);
+    std::string text = Read(other == script_.files.end() ? script_.folder + "/" + name + ".xml" : other->second);
+    if (!isOpen && !hasLogin) text = Read(script_.loginFault);
+    if (text.empty()) text = script_.folder.empty() ? "nothing here" : Read("odd/notSupported.xml");
+    if (script_.folder.empty()) response.status = 404;
+    if (text.find("Fault>") != std::string::npos) response.status = script_.faultStatus;
+    response.set_content(text, "application/soap+xml");
+    if (text.find("<html>") != std::string::npos || script_.folder.empty())
+      response.set_header("Content-Type", "text/html");
+  }
+
+  const Script script_;
+  httplib::Server server_;
+  int port_ = 0;
+  std::vector<std::string> bodies_;  // written by the server's thread while Ask waits for it
+  std::thread thread_;
+};
+
+std::string Joined(const std::vector<std::string>& values) {
+  std::string text;
+  for (const std::string& value : values) text += (text.empty() ? "" : ",") + value;
+  return text;
+}
+
+std::string Summary(const std::optional<Choices>& choices) {
+  return choices ? Joined(choices->values) + " now " + choices->preset : "unknown";
+}
+
+std::string Summary(const ModelPath& path) {
+  return path.path + (path.port ? " at " + std::to_string(*path.port) : "");
+}
+
+std::string Summary(const std::optional<std::vector<std::string>>& channels) {
+  return channels ? "[" + Joined(*channels) + "]" : "unknown";
+}
+
+/// Lines that say all of `facts`.
+std::string Summary(const CameraFacts& facts) {
+  std::vector<std::string> codecs;
+  for (const ModelCodec& codec : facts.codecs) codecs.push_back(codec.name + "/" + Joined(codec.streamTypes));
+  return facts.channel + " of " + Joined(facts.channels) + ", streams " +
+         std::to_string(facts.streamCount.value_or(0)) + "\ncodecs " + Joined(codecs) + " now " + facts.codec +
+         "\nrates " + Summary(facts.frameRates) + "\nsizes " + Summary(facts.resolutions) + "\nqualities " +
+         Summary(facts.qualities) + "\naudio " + Summary(facts.audioChannels) + ", motion " +
+         Summary(facts.motionChannels) + ", inputs " + std::to_string(facts.digitalInputs.value_or(-1)) + ", rtsp " +
+         std::to_string(facts.rtspProtocols.value_or(0)) + "\n" + Summary(facts.stream) + "\n" +
+         (facts.snapshot ? Summary(*facts.snapshot) : "no snapshot");
+}
+
+/// 0, 10, 20 up to 1000.
+std::string Tens() {
+  std::string text = "0";
+  for (int i = 1; i <= 100; ++i) text += "," + std::to_string(10 * i);
+  return text;
+}
+
+struct FactsCase {
+  const char* name;
+  Camera::Script script;
+  const char* channel;
+  std::string facts;
+};
+
+const FactsCase kFactsCases[] = {
+    {"Media1",
+     {"media1", {}, "", 400},
+     "",
+     "1 of 1,2, streams 2\ncodecs MJPEG/RTSP,H.264/RTSP now H.264\nrates 1,2,3,4,5,6,25 now 25\n"
+     "sizes 1280x720,704x576,352x288,176x144 now 704x576\nqualities 1,2,3,4,5 now 3\n"
+     "audio [], motion [1], inputs 4, rtsp 3\n/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
+    {"Media1WithoutOptions",
+     {"media1", {{"GetVideoEncoderConfigurationOptions", kUnknown}, {"GetEventProperties", kUnknown}}, "", 200},
+     "2",
+     "2 of 1,2, streams 1\ncodecs MPEG4/RTSP now MPEG4\nrates 60 now 60\nsizes 720x576 now 720x576\n"
+     "qualities 40 now 40\naudio [2], motion unknown, inputs 4, rtsp 3\n"
+     "/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
+    {"Media2",
+     {"media2"},
+     "any",
+     "1 of 1, streams 1\ncodecs H.265/RTSP,H.264/RTSP,MJPEG/RTSP now H.265\nrates 10,13,25,30 now 13\n"
+     "sizes 3840x2160,2560x1440,1920x1080,1280x720 now 3840x2160\nqualities " +
+         Tens() +
+         " now 80\n"
+         "audio [1], motion [1], inputs 2, rtsp 0\n/ at 554\n/snap%20shot.jpg?ch=1"},
+    {"Media2IsEmpty",
+     {"media1", {{"GetServices", "media2/GetServices.xml"}, {"GetAudioEncoderConfigurationOptions", "odd/cut.xml"}}},
+     "2",
+     "2 of 1,2, streams 1\ncodecs MJPEG/RTSP,H.264/RTSP,MPEG4/RTSP now MPEG4\nrates 1,2,3,4,5,6,60 now 60\n"
+     "sizes 1280x720,720x576,704x576,352x288,176x144 now 720x576\nqualities 1,2,3,4,5,40 now 40\n"
+     "audio [2], motion [2], inputs 4, rtsp 3\n/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
+};
+
+class FactsTest : public testing::TestWithParam<FactsCase> {};
+
+TEST_P(FactsTest, AreThoseOfTheCamera) {
+  Camera camera(GetParam().script);
+  CameraFacts facts;
+  EXPECT_EQ(camera.Ask(GetParam().channel, "admin", facts), Outcome::kOk);
+  EXPECT_EQ(Summary(facts), GetParam().facts);
+  EXPECT_LE(camera.Bodies().size(), 12U);
+  EXPECT_EQ(camera.Logins(), 0) << "nobody asked for one";
+}
+
+INSTANTIATE_TEST_SUITE_P(Onvif, FactsTest, testing::ValuesIn(kFactsCases), kByName);
+
+struct OutcomeCase {
+  const char* name;
+  Camera::Script script;
+  const char* channel;
+  Outcome outcome;
+};
+
+const OutcomeCase kOutcomeCases[] = {
+    {"NothingThere", {""}, "", Outcome::kNoSuchStream},
+    {"WebPage", {"media2", {{"GetSystemDateAndTime", "odd/page.html"}}}, "", Outcome::kNotThisProtocol},
+    {"CutAnswer", {"media2", {{"GetSystemDateAndTime", "odd/cut.xml"}}}, "", Outcome::kNotUnderstood},
+    {"CutProfiles", {"media1", {{"GetProfiles", "odd/cut.xml"}}}, "", Outcome::kNotUnderstood},
+    {"Entities", {"media1", {{"GetSystemDateAndTime", "odd/entities.xml"}}}, "", Outcome::kNotUnderstood},
+    {"NoServices", {"media1", {{"GetCapabilities", kUnknown}}}, "", Outcome::kNotUnderstood},
+    {"NoSuchChannel", {"media1"}, "3", Outcome::kNoSuchStream},
+    {"NoStream", {"media2", {{"GetStreamUri", kUnknown}}}, "", Outcome::kNoVideo},
+    {"StreamOverTlsAlone", {"media2", {{"GetStreamUri", "odd/rtsps.xml"}}}, "", Outcome::kNoVideo},
+};
+
+class OutcomeTest : public testing::TestWithParam<OutcomeCase> {};
+
+TEST_P(OutcomeTest, NamesTheCause) {
+  Camera camera(GetParam().script);
+  CameraFacts facts;
+  EXPECT_EQ(camera.Ask(GetParam().channel, "admin", facts), GetParam().outcome);
+  EXPECT_TRUE(facts.channels.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Onvif, OutcomeTest, testing::ValuesIn(kOutcomeCases), kByName);
+
+struct LoginCase {
+  const char* name;
+  Camera::Script script;
+  const char* user;
+  Outcome outcome;
+  int logins;
+};
+
+const LoginCase kLoginCases[] = {
+    {"Right", {"media2", {}, "odd/notAuthorized.xml", 400}, "admin", Outcome::kOk, 7},
+    {"UnauthorizedWithoutChallenge", {"media2", {}, "odd/notAuthorized.xml", 401}, "admin", Outcome::kOk, 7},
+    {"Wrong", {"media2", {}, "odd/notAuthorized.xml", 400, true}, "admin", Outcome::kLoginRefused, 1},
+    {"WrongInSoap11", {"media2", {}, "odd/soap11Fault.xml", 500, true}, "admin", Outcome::kLoginRefused, 1},
+    {"ClockUnknown",
+     {"media2", {{"GetSystemDateAndTime", "odd/noSuchDay.xml"}}, "odd/notAuthorized.xml", 400, true},
+     "admin",
+     Outcome::kClockUnknown,
+     1},
+    {"NoWordOnTheLogin",
+     {"media2", {{"GetServices", "odd/page.html"}}, "odd/notAuthorized.xml", 400},
+     "admin",
+     Outcome::kNotThisProtocol,
+     1},
+    {"None", {"media2", {}, "odd/notAuthorized.xml", 400}, "", Outcome::kLoginRefused, 0},
+    {"NotForAllQuestions",
+     {"media2", {{"GetSnapshotUri", "odd/notAuthorized.xml"}}, "odd/notAuthorized.xml", 400},
+     "admin",
+     Outcome::kOk,
+     7},
+    {"NotForProfiles",
+     {"media2", {{"GetProfiles", "odd/notAuthorized.xml"}}, "odd/notAuthorized.xml", 400},
+     "admin",
+     Outcome::kLoginRefused,
+     2},
+};
+
+class LoginTest : public testing::TestWithParam<LoginCase> {};
+
+TEST_P(LoginTest, OneWrongPasswordIsOneAttempt) {
+  Camera camera(GetParam().script);
+  CameraFacts facts;
+  EXPECT_EQ(camera.Ask("", GetParam().user, facts), GetParam().outcome);
+  EXPECT_EQ(camera.Logins(), GetParam().logins);
+  for (const std::string& body : camera.Bodies()) EXPECT_EQ(body.find("secret"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Onvif, LoginTest, testing::ValuesIn(kLoginCases), kByName);
+
+TEST(UsernameTokenTest, IsDatedByTheCamerasClock) {
+  Camera camera({"media1", {}, "odd/notAuthorized.xml"});
+  CameraFacts facts;
+  EXPECT_EQ(camera.Ask("", "a&b", facts), Outcome::kOk);
+  EXPECT_NE(camera.Bodies().back().find(">2001-02-03T04:05:"), std::string::npos) << camera.Bodies().back();
+  EXPECT_NE(camera.Bodies().back().find("<Username>a&amp;b<"), std::string::npos);
+}
+
+TEST(UsernameTokenTest, DigestIsThatOfOnvifsProgrammersGuide) {
+  const std::string nonce = "\x2c\xaa\x88\xe8\x6f\xc0\x8a\x42\x82\x42\xb3\x74\xce\xa6\x45\x96"s;
+  EXPECT_EQ(PasswordDigest(nonce, "2010-09-16T07:50:45Z", "userpassword"), "tuOSpGlFlIXsozq4HFNeeGeFLEI=");
+}
+
+struct UriCase {
+  const char* name;
+  const char* text;
+  const char* path;  // null: it is no address
+  int port;
+};
+
+const UriCase kUriCases[] = {
+    {"Plain", "http://cam/a?b=/c", "/a?b=/c", 80},
+    {"QueryAlone", "https://cam?x@y:1", "/?x@y:1", 443},
+    {"AddressInBrackets", "rtsp://[fe80::1]:8554/a", "/a", 8554},
+    {"ColonInThePassword", "rtsp://u:p@ss:1@cam/\xC3\xA4 {0}", "/%C3%A4%20%7B0%7D", 554},
+    {"PortTooLarge", "http://cam:65536/", nullptr, 0},
+    {"PortIsNoNumber", "http://cam:8o/", nullptr, 0},
+    {"NoHost", "http:///a", nullptr, 0},
+    {"PathAlone", "/onvif", nullptr, 0},
+};
+
+class UriTest : public testing::TestWithParam<UriCase> {};
+
+TEST_P(UriTest, KeepsWhatIsOfUse) {
+  const auto uri = ParseUri(GetParam().text);
+  ASSERT_EQ(uri.has_value(), GetParam().path != nullptr);
+  if (!uri) return;
+  EXPECT_EQ(uri->path, GetParam().path);
+  EXPECT_EQ(uri->port, GetParam().port);
+}
+
+INSTANTIATE_TEST_SUITE_P(Onvif, UriTest, testing::ValuesIn(kUriCases), kByName);
+
+TEST(SnapshotPathTest, PortIsTheUsersWhereServicesAre) {
+  const auto port = [](const char* address) { return SnapshotPath(address, 80).value_or(ModelPath{"", -1}).port; };
+  EXPECT_EQ(port("http://10.0.0.1/a"), std::nullopt);
+  EXPECT_EQ(port("http://10.0.0.1:8080/a"), 8080);
+  EXPECT_EQ(port("https://10.0.0.1/a"), 443);
+  EXPECT_EQ(port("https://10.0.0.1:8443/a"), -1) << "nobody would know that it is TLS";
+  EXPECT_EQ(port("rtsp://10.0.0.1/a"), -1);
+  EXPECT_EQ(port(""), -1);
+}
+
+}  // namespace
+}  // namespace recorder::onvif

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "recorder/device/psia/answers.h"
+#include "recorder/utility/files.h"
+#include "tests/recorder/rows.h"
+
+namespace recorder::psia {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string Data(const std::string& name) { return ReadFile(std::filesystem::path(DATA_FOLDER) / "psia" / name); }
+
+struct AnswerCase {
+  const char* name;
+  const char* file;
+  Outcome outcome;
+  long status = 200;
+};
+
+const AnswerCase kAnswerCases[] = {
+    {"Right", "device.xml", Outcome::kOk},
+    {"Page", "page.html", Outcome::kNotThisProtocol},
+    {"EntitiesAreRefused", "entities.xml", Outcome::kNotUnderstood},
+    {"CutShort", "cut.xml", Outcome::kNotUnderstood},
+    {"AnotherDocument", "inputs.xml", Outcome::kNotUnderstood},
+    {"BusyInsteadOfDocument", "busy.xml", Outcome::kBusy},
+    {"BusyUnderAnyStatus", "busy.xml", Outcome::kBusy, 500},
+    {"InvalidOperation", "invalid.xml", Outcome::kNotUnderstood},
+    {"StatusBeforeContent", "device.xml", Outcome::kNoSuchStream, 404},
+};
+
+class AnswerTest : public testing::TestWithParam<AnswerCase> {};
+
+TEST_P(AnswerTest, HasItsOutcome) {
+  const HttpAnswer answer{Outcome::kOk, GetParam().status, "application/xml", Data(GetParam().file)};
+  EXPECT_EQ(ReadAnswer(answer, {"DeviceInfo"}).outcome, GetParam().outcome);
+}
+
+INSTANTIATE_TEST_SUITE_P(Psia, AnswerTest, testing::ValuesIn(kAnswerCases), kByName);
+
+CameraFacts FactsOf(const std::string& file) {
+  const XmlDocument document(Data(file));
+  CameraFacts facts;
+  EXPECT_TRUE(FillIn(ReadChannel(document.Root()), facts));
+  return facts;
+}
+
+std::vector<std::string> NamesOf(const std::vector<ModelCodec>& codecs) {
+  std::vector<std::string> names;
+  names.reserve(codecs.size());
+  for (const ModelCodec& codec : codecs) names.push_back(codec.name);
+  return names;
+}
+
+TEST(PsiaChannelTest, SaysWhatCanBeChosen) {
+  const CameraFacts facts = FactsOf("capabilities.xml");
+  EXPECT_EQ(NamesOf(facts.codecs), (Texts{"MPEG4", "MJPEG", "H.264"}));
+  EXPECT_EQ(facts.codecs[1].streamTypes, (Texts{"RTSP", "HTTP"}));
+  EXPECT_EQ(facts.codec, "H.264");
+  EXPECT_EQ(facts.resolutions->values, (Texts{"640x480", "1280x720", "1920x1080"}));
+  EXPECT_EQ(facts.resolutions->preset, "1280x720");
+  EXPECT_EQ(facts.frameRates->values, (Texts{"30", "25", "12", "1"}));
+  EXPECT_EQ(facts.frameRates->preset, "25");
+  EXPECT_EQ(facts.qualities->values.size(), 100U);
+  EXPECT_EQ(facts.qualities->preset, "60");
+  EXPECT_EQ(facts.stream.path, "/PSIA/Streaming/channels/101");
+  EXPECT_EQ(facts.stream.port, 10554);
+}
+
+TEST(PsiaChannelTest, OfAnotherMakerMakesSenseToo) {
+  const CameraFacts facts = FactsOf("odd-channel.xml");
+  EXPECT_EQ(NamesOf(facts.codecs), (Texts{"H.265", "H.264"}));
+  EXPECT_EQ(facts.resolutions->values, (Texts{"720x576"})) << "the lists do not belong together";
+  EXPECT_EQ(facts.qualities->values, (Texts{"20", "40", "60", "50"}));
+  EXPECT_EQ(facts.qualities->preset, "50");
+  EXPECT_EQ(facts.frameRates->values, (Texts{"1", "2", "3", "4"}));
+  EXPECT_EQ(facts.stream.port, 554) << "what the camera says is no port";
+}
+
+TEST(PsiaChannelTest, ListHoldsThoseThatAPathCanName) {
+  const XmlDocument list(Data("channels.xml"));
+  const std::vector<StreamingChannel> channels = ReadChannels(list.Root());
+  ASSERT_EQ(channels.size(), 2U);
+  EXPECT_EQ(channels[0].id, "101");
+  EXPECT_FALSE(channels[0].isEnabled);
+  EXPECT_FALSE(channels[0].hasAudio);
+  EXPECT_TRUE(channels[1].hasAudio);
+  CameraFacts facts;
+  EXPECT_FALSE(FillIn(channels[0], facts)) << "no codec";
+  ASSERT_TRUE(FillIn(channels[1], facts));
+  EXPECT_EQ(facts.snapshot->path, "/PSIA/Streaming/channels/yard%202/picture?snapShotImageType=JPEG");
+
+  const XmlDocument motion(Data("motion.xml"));
+  EXPECT_EQ(ReadMotionChannels(motion.Root(), channels, "101"), (Texts{"yard 2"})) << "by its video input";
+  EXPECT_EQ(ReadMotionChannels(motion.Root(), {}, "101"), (Texts{"101"}));
+}
+
+TEST(PsiaChannelTest, EndlessListsAreCut) {
+  std::string many;
+  for (int i = 0; i < 1'000; ++i) many += std::to_string(i) + ",";
+  const XmlDocument document("<StreamingChannel><Video><fixedQuality opt=\"" + many +
+                             "\"/></Video></StreamingChannel>");
+  EXPECT_EQ(ReadChannel(document.Root()).quality.values.size(), kMaxListed);
+}
+
+}  // namespace
+}  // namespace recorder::psia

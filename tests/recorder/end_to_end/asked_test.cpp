@@ -1,0 +1,252 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+// Cameras of the generic protocols, ONVIF and PSIA, which are asked what they can do.
+
+namespace end_to_end {
+
+namespace {
+
+/// A camera from the text of its configuration.
+Json::Value Configured(const std::string& name, const std::string& json) { return Camera(name, ParseJson(json)); }
+
+/// The parameters of all camera methods at once: each takes those it knows.
+Json::Value AnyParams(const std::string& vendor, int port, const std::string& password) {
+  Json::Value params;
+  params["camIP"] = "127.0.0.1";
+  params["camPort"] = port;
+  for (const char* user : {"camUser", "camUserName"}) params[user] = "admin";
+  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = password;
+  params["vendor"] = vendor;
+  params["model"] = "Generic";
+  params["camModel"] = vendor + " Generic";
+  params["camChannel"] = "1";
+  params["camCapCmd"] = 1;
+  params["jsonResponse"] = true;
+  Json::Value row = BatchRow("1", port, password, "Generic");
+  row["vendor"] = vendor;
+  params["camList"] = List({row});
+  return params;
+}
+
+/// The error code that `method` answers with; -1 for the default picture.
+int Ask(const TestRecorder& recorder, const std::string& method, const Json::Value& params) {
+  const Answer answer = recorder.Post(method, params);
+  if (method == "GetSnapshot") return IsJpeg(DecodeBase64(answer.json["data"]["img"].asString())) ? 0 : -1;
+  if (method != "CamBatAddVerify") return answer.Code();
+  return answer.json["data"]["resultList"][0].get("errinfo", Json::Value())["code"].asInt();
+}
+
+void ForgetCameras(const TestRecorder& recorder) {
+  std::filesystem::remove_all(recorder.StateFolder() / "capabilities");
+}
+
+int Refused(const SimCameras& cameras, const std::string& name) { return cameras.Log(name)["refusedLogins"].asInt(); }
+
+Json::Value Document(const TestRecorder& recorder, const Json::Value& params) {
+  return recorder.Post("CamCapRemote", params).json["data"]["camCap"][0];
+}
+
+struct AskedCamera {
+  const char* name;
+  const char* vendor;
+  const char* config;
+  const char* codec;
+  const char* channel;
+};
+
+const AskedCamera kCameras[] = {
+    {"media2", "ONVIF",
+     R"({"onvif": {"media": ["2"], "login": "http", "inputs": 2, "motion": "analytics"},
+         "stream": {"codec": "h265"}})",
+     "H.265", "1"},
+    {"media1", "ONVIF", R"({"onvif": {"media": ["1"], "login": "token", "inputs": 2, "services": false,
+         "deviceIo": false, "motion": "events"}})",
+     "H.264", "1"},
+    {"psia", "PSIA", R"({"psia": {"channels": ["101", "102"], "inputs": 2}, "stream": {"audio": "first"}})", "H.264",
+     "101"},
+};
+
+Json::Value AllCameras() {
+  Json::Value cameras(Json::arrayValue);
+  for (const AskedCamera& camera : kCameras) cameras.append(Configured(camera.name, camera.config));
+  return cameras;
+}
+
+bool Contains(const Json::Value& list, const Json::Value& value) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+/// Requests that carried a question, challenges not counted.
+int Questions(const Json::Value& log, const std::string& path) {
+  int count = 0;
+  for (const Json::Value& request : log["requests"]) {
+    count += request["path"].asString().starts_with(path) && request["login"].asBool() ? 1 : 0;
+  }
+  return count;
+}
+
+}  // namespace
+
+TEST(AskedCameras, FillTheirDocument) {
+  const SimCameras cameras(AllCameras());
+  const TestRecorder recorder;
+  const Json::Value known = recorder.Get("CamCap", "vendor=User").json["data"]["camCap"][0];
+  for (const AskedCamera& camera : kCameras) {
+    SCOPED_TRACE(camera.name);
+    const Json::Value document = Document(recorder, AnyParams(camera.vendor, cameras.Port(camera.name), kSecret));
+    EXPECT_EQ(document.getMemberNames(), known.getMemberNames());
+    for (const std::string& member : known.getMemberNames()) {
+      EXPECT_EQ(document[member].type(), known[member].type()) << member;
+    }
+    EXPECT_EQ(document["defChanl"], camera.channel);
+    EXPECT_TRUE(Contains(document["ResoList"], "640x480")) << document;
+    EXPECT_EQ(document["defReso"], "640x480");
+    EXPECT_EQ(document["defFPS"], "25");
+    EXPECT_GT(document["cntQual"].asInt(), 1);
+    EXPECT_EQ(document["DINum"], 2);
+    EXPECT_TRUE(document["audioCap"].asBool());
+    EXPECT_TRUE(Contains(document["MDList"], camera.channel)) << document;
+    std::set<std::string> codecs;
+    for (const Json::Value& codec : document["videoCapList"]) codecs.insert(codec["vt"].asString());
+    EXPECT_TRUE(codecs.contains(camera.codec)) << document;
+
+    const Json::Value log = cameras.Log(camera.name);
+    EXPECT_LE(Questions(log, std::string(camera.vendor) == "PSIA" ? "/PSIA" : "/onvif"), 12) << log;
+    EXPECT_EQ(log["mostConnections"], 1) << log;
+  }
+}
+
+TEST(AskedCameras, AnyMethodMayBeTheFirstCall) {
+  struct FirstCall {
+    const char* method;
+    int codeOfWrongPassword;
+  };
+  constexpr FirstCall kCalls[] = {{"CameraTest", 464},
+                                  {"CamBatAddVerify", 464},
+                                  {"CamCapRemote", 461},
+                                  {"GetSnapshot", -1},
+                                  {"CamCapUserDefineReso", 457}};
+  const SimCameras cameras(AllCameras());
+  const TestRecorder recorder;
+  for (const AskedCamera& camera : kCameras) {
+    EXPECT_EQ(recorder.Get("CamCap", std::string("model=Generic&vendor=") + camera.vendor).Code(), 0);
+    for (const FirstCall& call : kCalls) {
+      SCOPED_TRACE(std::string(camera.name) + " " + call.method);
+      const int port = cameras.Port(camera.name);
+      ForgetCameras(recorder);
+      const int refused = Refused(cameras, camera.name);
+      EXPECT_EQ(Ask(recorder, call.method, AnyParams(camera.vendor, port, "wrong")), call.codeOfWrongPassword);
+      EXPECT_EQ(Refused(cameras, camera.name), refused + 1) << "one wrong password is one attempt";
+      ForgetCameras(recorder);
+      EXPECT_EQ(Ask(recorder, call.method, AnyParams(camera.vendor, port, kSecret)), 0) << recorder.Log();
+      EXPECT_EQ(Refused(cameras, camera.name), refused + 1);
+    }
+  }
+  EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
+}
+
+TEST(AskedCameras, TroubleHasItsCode) {
+  struct Trouble {
+    const char* name;
+    const char* config;
+    int testCode;
+    int remoteCode;
+  };
+  const Trouble kTroubles[] = {
+      {"refused", R"({"onvif": {}, "fault": "refused"})", 462, 458},
+      {"silent", R"({"onvif": {}, "fault": "silentAfterConnect"})", 463, 458},
+      {"noService", R"({"onvif": {"trouble": "noService"}})", 465, 460},
+      {"htmlPage", R"({"onvif": {"trouble": "htmlPage"}})", 468, 460},
+      {"notHttp", R"({"onvif": {}, "fault": "notHttp"})", 468, 460},
+      {"brokenXml", R"({"onvif": {"trouble": "brokenXml"}})", 468, 457},
+      {"entities", R"({"onvif": {"trouble": "entities"}})", 468, 457},
+      {"huge", R"({"onvif": {"trouble": "huge"}})", 468, 457},
+      {"endless", R"({"onvif": {"trouble": "endless"}})", 468, 457},
+      {"unknownLogin", R"({"onvif": {}, "login": "bearer"})", 468, 457},
+      {"clock", R"({"onvif": {"login": "token", "clockHours": 3}})", 0, 0},
+      {"fault401", R"({"onvif": {"login": "token", "faultStatus": 401}})", 0, 0},
+      {"fault500", R"({"onvif": {"login": "token", "faultStatus": 500}})", 0, 0},
+      {"either", R"({"onvif": {"login": "either"}})", 0, 0},
+      {"innerAddress", R"({"onvif": {"innerAddress": "192.0.2.7"}})", 0, 0},
+      {"strangeXml", R"({"onvif": {"prefixes": "strange", "badAmpersand": true}})", 0, 0},
+      {"sha256", R"({"onvif": {}, "login": "digest-sha256"})", 0, 0},
+      {"noLogin", R"({"onvif": {}, "login": "none"})", 0, 0},
+      {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
+      {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
+      {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
+  };
+  Json::Value configs(Json::arrayValue);
+  for (const Trouble& trouble : kTroubles) configs.append(Configured(trouble.name, trouble.config));
+  const SimCameras cameras(configs);
+  const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1, .modelsFolder = {}});
+  for (const Trouble& trouble : kTroubles) {
+    SCOPED_TRACE(trouble.name);
+    Json::Value params = AnyParams("ONVIF", cameras.Port(trouble.name), kSecret);
+    EXPECT_EQ(Ask(recorder, "CameraTest", params), trouble.testCode) << recorder.Log();
+    EXPECT_EQ(Ask(recorder, "CamBatAddVerify", params), trouble.testCode);
+    EXPECT_EQ(Ask(recorder, "CamCapRemote", params), trouble.remoteCode);
+    EXPECT_EQ(Ask(recorder, "GetSnapshot", params), trouble.testCode == 0 ? 0 : -1);
+    params["camCapCmd"] = 0;
+    EXPECT_EQ(Ask(recorder, "CamCapRemote", params), trouble.testCode == 0 ? 0 : 459);
+  }
+}
+
+TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
+  const SimCameras cameras(
+      List({Configured("kept", R"({"onvif": {"channels": 2}, "stream": [{"path": "/one"}, {"path": "/two"}]})")}));
+  const int port = cameras.Port("kept");
+  const TestRecorder recorder;
+  const auto asked = [&] { return Questions(cameras.Log("kept"), "/onvif"); };
+  Json::Value params = AnyParams("ONVIF", port, kSecret);
+
+  params["camCapCmd"] = 2;
+  EXPECT_EQ(Document(recorder, params)["ResoList"].size(), 0U) << "nothing is kept yet";
+  EXPECT_EQ(asked(), 0);
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  const int once = asked();
+  EXPECT_GT(once, 0);
+  EXPECT_EQ(Document(recorder, params)["ChanlList"], List({"1", "2"}));
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  EXPECT_EQ(asked(), once);
+
+  params["camChannel"] = "2";
+  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0);
+  const int twice = asked();
+  EXPECT_GT(twice, once) << "what is kept is about channel 1";
+  params["camChannel"] = "1";
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0) << "channel 1 is kept still";
+  EXPECT_EQ(asked(), twice);
+  params["camChannel"] = "3";
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 465);
+
+  const auto files = std::filesystem::directory_iterator(recorder.StateFolder() / "capabilities");
+  const std::filesystem::path file = files->path();
+  Json::Value json = ParseJson(ReadText(file));
+  Json::Value& channel = json["models"][0]["stream"]["ofChannel"]["1"];
+  channel["time"] = channel["time"].asInt64() - 25 * 60 * 60;
+  std::ofstream(file) << json;
+  params["camChannel"] = "1";
+  const int before = asked();
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  EXPECT_GT(asked(), before) << "a day is over";
+
+  std::ofstream(file) << "{ half a fi";
+  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0) << "what cannot be read counts as none";
+
+  const int id = recorder.AddCamera("ONVIF", "Generic", port, "admin", kSecret);
+  EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"][0]["camCap"]["defReso"], "640x480");
+  params["camId"] = id;
+  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = kFakePass;
+  ForgetCameras(recorder);
+  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0) << "the stored password goes to the ports that the camera names";
+}
+
+}  // namespace end_to_end
