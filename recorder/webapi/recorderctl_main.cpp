@@ -7,6 +7,7 @@
 
 #include "recorder/webapi/ctl/call_command.h"
 #include "recorder/webapi/ctl/camera_command.h"
+#include "recorder/webapi/ctl/discover_command.h"
 #include "recorder/webapi/ctl/models_command.h"
 #include "recorder/webapi/ctl/serve_command.h"
 #include "recorder/webapi/ctl/trust_command.h"
@@ -28,6 +29,7 @@ int main(int argc, char** argv) {
   recorder::AddServeCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
+  recorder::AddDiscoverCommand(app);
   recorder::AddUserCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
   try {

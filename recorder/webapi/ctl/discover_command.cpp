@@ -1,0 +1,91 @@
+#include "recorder/webapi/ctl/discover_command.h"
+
+#include <json/json.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorder/device/built_in_models.h"
+#include "recorder/device/onvif/discovery.h"
+#include "recorder/webapi/cgi_answer.h"
+
+namespace recorder {
+
+namespace {
+
+struct DiscoverOptions {
+  std::optional<std::string> interface;
+  int seconds = 3;
+  bool isJson = false;
+};
+
+/// The cell of a CSV file (RFC 4180) for `text`, which a camera may have chosen: a spreadsheet must not take it for a
+/// formula.
+std::string Cell(const std::string& text) {
+  const std::size_t begin = text.find_first_not_of("=+-@");
+  std::string quoted = "\"";
+  for (const char c : text.substr(std::min(begin, text.size()))) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+/// What users may tell a camera by.
+const std::string& NameOf(const onvif::FoundCamera& camera) {
+  if (!camera.name.empty()) return camera.name;
+  return camera.hardware.empty() ? camera.host : camera.hardware;
+}
+
+void PrintCsv(const std::vector<onvif::FoundCamera>& cameras) {
+  std::cout << "vendor,model,host,port,name\n";
+  for (const onvif::FoundCamera& camera : cameras) {
+    std::cout << kOnvifVendor << ',' << kGenericName << ',' << camera.host << ',' << camera.port << ','
+              << Cell(NameOf(camera)) << '\n';
+  }
+}
+
+void PrintJson(const std::vector<onvif::FoundCamera>& cameras) {
+  Json::Value list(Json::arrayValue);
+  for (const onvif::FoundCamera& camera : cameras) {
+    Json::Value& entry = list.append(Json::Value(Json::objectValue));
+    entry["vendor"] = kOnvifVendor;
+    entry["model"] = kGenericName;
+    entry["host"] = camera.host;
+    entry["port"] = camera.port;
+    entry["name"] = camera.name;
+    entry["hardware"] = camera.hardware;
+    entry["endpoint"] = camera.endpoint;
+  }
+  std::cout << ToText(list) << '\n';
+}
+
+void RunDiscover(const DiscoverOptions& options) {
+  const std::vector<onvif::FoundCamera> cameras =
+      onvif::Discover(options.interface, std::chrono::seconds(options.seconds));
+  options.isJson ? PrintJson(cameras) : PrintCsv(cameras);
+  std::cout.flush();
+  if (cameras.empty()) {
+    std::cerr << "recorderctl: no camera answered\n";
+  } else if (isatty(STDOUT_FILENO) != 0) {
+    std::cerr << "recorderctl: found " << cameras.size() << (cameras.size() == 1 ? " camera\n" : " cameras\n");
+  }
+}
+
+}  // namespace
+
+void AddDiscoverCommand(CLI::App& app) {
+  CLI::App* command = app.add_subcommand("discover", "Find the ONVIF cameras on the local network");
+  const auto options = std::make_shared<DiscoverOptions>();
+  command->add_option("--interface", options->interface,
+                      "network interface to ask from (default: all but the loopback)");
+  command->add_option("--seconds", options->seconds, "how long to wait for answers (default: 3)")
+      ->check(CLI::Range(1, 60));
+  command->add_flag("--json", options->isJson, "print JSON instead of a list for \"camera import\"");
+  command->callback([options] { RunDiscover(*options); });
+}
+
+}  // namespace recorder
