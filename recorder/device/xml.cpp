@@ -47,11 +47,12 @@ bool BeginsReference(std::string_view text) {
 }
 
 constexpr std::string_view kComment = "<!--";
+constexpr std::string_view kCdata = "<![CDATA[";
 
 /// Length of the CDATA section, comment or tag that `text` begins with, as far as `text` goes; quoted values may hold
 /// whatever they like.
 std::size_t MarkupLength(std::string_view text) {
-  constexpr std::pair<std::string_view, std::string_view> kOpaque[] = {{"<![CDATA[", "]]>"}, {kComment, "-->"}};
+  constexpr std::pair<std::string_view, std::string_view> kOpaque[] = {{kCdata, "]]>"}, {kComment, "-->"}};
   for (const auto& [start, end] : kOpaque) {
     if (text.starts_with(start)) return std::min(text.find(end, start.size()), text.size() - end.size()) + end.size();
   }
@@ -68,11 +69,40 @@ std::size_t MarkupLength(std::string_view text) {
   return text.size();
 }
 
+/// Notices what no camera sends, and what would keep the parser busy for minutes: it compares each attribute of a tag
+/// with all others, and the name of each element with all namespaces that are declared around it.
+class TagLimits {
+ public:
+  /// `tag` is the next one of the document, closing tags included.
+  bool Admit(std::string_view tag) {
+    constexpr std::size_t kMostTags = 100'000;
+    constexpr std::size_t kLongestTag = std::size_t{8} << 10;
+    constexpr std::size_t kLongestOpenTags = std::size_t{16} << 10;  // of all elements around one
+    if (tag.starts_with("</")) {
+      Close();
+    } else if (!tag.starts_with("<!") && !tag.starts_with("<?") && !tag.ends_with('/')) {
+      open_.push_back(tag.size());
+      openLength_ += tag.size();
+    }
+    return ++count_ <= kMostTags && tag.size() <= kLongestTag && openLength_ <= kLongestOpenTags;
+  }
+
+ private:
+  void Close() {
+    if (open_.empty()) return;
+    openLength_ -= open_.back();
+    open_.pop_back();
+  }
+
+  std::size_t count_ = 0;
+  std::size_t openLength_ = 0;
+  std::vector<std::size_t> open_;  // length of the tag of each element that is not closed
+};
+
 /// `text` as the parser is to read it: without comments, and with each '&' that begins no reference written as one,
-/// since cameras put addresses with a query into their answers as they are. Nothing when a tag is longer than any
-/// camera's. The parser's time grows with the square of a tag's attributes, and of comments that do not end.
+/// since cameras put addresses with a query into their answers as they are. Nothing for what no camera sends.
 std::optional<std::string> Tidied(std::string_view text) {
-  constexpr std::size_t kLongestTag = std::size_t{8} << 10;
+  TagLimits limits;
   std::string tidied;
   tidied.reserve(text.size() + text.size() / 16);
   while (!text.empty()) {
@@ -85,7 +115,8 @@ std::optional<std::string> Tidied(std::string_view text) {
       continue;
     }
     length = MarkupLength(text);
-    if (!text.starts_with("<!") && length > kLongestTag) return std::nullopt;
+    const bool isText = text.starts_with(kCdata);
+    if (!isText && !text.starts_with(kComment) && !limits.Admit(text.substr(0, length))) return std::nullopt;
     if (!text.starts_with(kComment)) tidied += text.substr(0, length);
     text.remove_prefix(length);
   }
@@ -144,9 +175,10 @@ XmlDocument::XmlDocument(std::string_view text) {
   const ParserHandle parser(xmlNewParserCtxt());
   if (!parser) throw std::bad_alloc();
   parser->sax->internalSubset = &RefuseDocumentType;
-  constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+  constexpr int kOptions = XML_PARSE_RECOVER | XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                           XML_PARSE_IGNORE_ENC;  // another encoding could hide tags from our limits
   document_.reset(
-      xmlCtxtReadMemory(parser.get(), whole->data(), static_cast<int>(whole->size()), nullptr, nullptr, kOptions));
+      xmlCtxtReadMemory(parser.get(), whole->data(), static_cast<int>(whole->size()), nullptr, "UTF-8", kOptions));
 }
 
 XmlElement XmlDocument::Root() const { return XmlElement(document_ ? xmlDocGetRootElement(document_.get()) : nullptr); }
