@@ -34,13 +34,6 @@ class PageReader : public AnswerReader {
   std::size_t unusedBytes_ = 0;
 };
 
-/// What an answer means to one who wants a page.
-Outcome OutcomeOfPage(long status, const CameraAddress& camera) {
-  // A 401 comes this far only when it offers no login.
-  if (status == kHttpUnauthorized && HasLogin(camera)) return Outcome::kLoginUnsupported;
-  return OutcomeOfStatus(status);
-}
-
 /// Each place is asked anew, without a login at first.
 Contact GetAt(const HttpPlace& place, const CameraAddress& camera, BodyReader& reader) {
   PageReader page(reader);
@@ -48,7 +41,7 @@ Contact GetAt(const HttpPlace& place, const CameraAddress& camera, BodyReader& r
   const OutgoingRequest request{place.path, false, "", ""};
   const Outcome answered = conversation.Send(request);
   if (answered != Outcome::kOk) return {answered, ""};
-  const Outcome outcome = OutcomeOfPage(conversation.Answer().Status(), camera);
+  const Outcome outcome = OutcomeOfStatus(conversation.Answer().Status());
   RequestScope::Current().Remember(place.host, camera.user, outcome);
   return {outcome, conversation.Answer().Location()};
 }

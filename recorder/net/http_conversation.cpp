@@ -1,5 +1,6 @@
 #include "recorder/net/http_conversation.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "recorder/net/http_status.h"
@@ -10,12 +11,12 @@ HttpConversation::HttpConversation(HttpPlace place, const CameraAddress& camera,
                                    std::size_t maxBody)
     : place_(std::move(place)), camera_(camera), transfer_(place_, reader, maxBody) {}
 
-Outcome HttpConversation::Send(const OutgoingRequest& request) {
+Outcome HttpConversation::Send(const OutgoingRequest& request, Clock::time_point end) {
   RequestScope& scope = RequestScope::Current();
   if (const auto refusal = scope.Refusal(place_.host, place_.port, camera_.user, camera_.password)) return *refusal;
-  const Outcome outcome = Exchange(request, scope.Deadline());
-  if (!isAccepted_) challenge_.reset();
-  scope.Remember(place_.host, camera_.user, outcome);
+  const Outcome outcome = Exchange(request, std::min(end, scope.Deadline()));
+  if (!IsLoggedIn()) challenge_.reset();
+  if (outcome != Outcome::kTimedOut || end >= scope.Deadline()) scope.Remember(place_.host, camera_.user, outcome);
   return outcome;
 }
 
@@ -25,7 +26,9 @@ Outcome HttpConversation::Exchange(const OutgoingRequest& request, Clock::time_p
   for (; outcome == Outcome::kOk && transfer_.Status() == kHttpUnauthorized; ++logins) {
     const std::vector<LoginChallenge> challenges = transfer_.Challenges();
     const LoginChallenge* challenge = StrongestChallenge(challenges);
-    if (challenge == nullptr || !IsToBeAnswered(*challenge, logins)) return MeaningOfUnauthorized(challenges);
+    if (challenge == nullptr || !MayLogIn(request, *challenge, logins)) {
+      return MeaningOfUnauthorized(request, !challenges.empty());
+    }
     challenge_ = *challenge;
     nonce_ = {MakeClientNonce(), 0};
     outcome = Transfer(request, deadline);
@@ -34,29 +37,32 @@ Outcome HttpConversation::Exchange(const OutgoingRequest& request, Clock::time_p
 }
 
 /// `logins`: how often the request was sent with a login.
-bool HttpConversation::IsToBeAnswered(const LoginChallenge& challenge, int logins) const {
+bool HttpConversation::MayLogIn(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const {
   constexpr int kMaxLogins = 2;
-  if (logins == 0) return HasLogin(camera_) && !isAccepted_;
+  if (logins == 0) return login_ == Login::kNone && HasLogin(camera_) && !request.hasLogin;
   return logins < kMaxLogins && challenge.isStale;
 }
 
 /// What a 401 means that is not answered with a login.
-Outcome HttpConversation::MeaningOfUnauthorized(const std::vector<LoginChallenge>& challenges) const {
-  if (isAccepted_) return Outcome::kOk;
-  if (challenge_) return Outcome::kLoginRefused;
-  if (challenges.empty()) return Outcome::kOk;
-  return HasLogin(camera_) ? Outcome::kLoginUnsupported : Outcome::kLoginRefused;
+Outcome HttpConversation::MeaningOfUnauthorized(const OutgoingRequest& request, bool isChallenged) const {
+  if (IsLoggedIn() || request.hasLogin) return Outcome::kOk;
+  if (login_ == Login::kSent || !HasLogin(camera_)) return Outcome::kLoginRefused;
+  return request.isPost && !isChallenged ? Outcome::kOk : Outcome::kLoginUnsupported;
 }
 
 /// Until a login was accepted, each request has a connection of its own: a login on one that was used before would be
 /// sent again when the camera answers it by closing, and so would one that the caller put into the body.
 Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_point deadline) {
   using enum HttpTransfer::Connection;
-  const auto connection = isAccepted_ || !HasLogin(camera_) ? kKeep : kClose;
+  const auto connection = IsLoggedIn() || !HasLogin(camera_) ? kKeep : kClose;
   const Outcome outcome = transfer_.Perform(request, Authorization(request), connection, deadline);
-  if (isAccepted_ || !challenge_) return outcome;
+  if (IsLoggedIn() || !challenge_) return outcome;
+  login_ = Login::kSent;
   if (transfer_.IsUnanswered()) return Outcome::kLoginRefused;  // some refuse by closing
-  isAccepted_ = outcome == Outcome::kOk && OutcomeOfStatus(transfer_.Status()) != Outcome::kLoginRefused;
+  const bool isStalePerhaps = transfer_.Status() == kHttpUnauthorized;
+  if (outcome != Outcome::kOk || isStalePerhaps) return outcome;
+  if (OutcomeOfStatus(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
+  login_ = Login::kAccepted;
   return outcome;
 }
 

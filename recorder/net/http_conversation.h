@@ -22,10 +22,12 @@ class HttpConversation {
   /// `camera` and `reader` must outlive the conversation. The path of `place` does not matter.
   HttpConversation(HttpPlace place, const CameraAddress& camera, AnswerReader& reader, std::size_t maxBody);
 
-  /// One request and its answer. kOk: an answer came, whatever its status. A 401 that asks for a login is answered,
-  /// once, and once more only when the camera says that its nonce was too old. Handed back is a 401 that offers no
-  /// login, or that comes although a login was accepted.
-  Outcome Send(const OutgoingRequest& request);
+  /// One request and its answer, until `end` or the end of the RequestScope. kOk: an answer came, whatever its status.
+  /// A 401 that asks for a login is answered, once, and once more only when the camera says that its nonce was too old.
+  /// Handed back is a 401 that comes although a login was accepted or went along in the body, and one without a
+  /// challenge to a POST: its body may ask for a login of another kind. A time-out at `end` is not remembered, since it
+  /// says nothing of later contacts.
+  Outcome Send(const OutgoingRequest& request, Clock::time_point end = Clock::time_point::max());
 
   /// The last answer.
   const HttpTransfer& Answer() const { return transfer_; }
@@ -33,20 +35,26 @@ class HttpConversation {
   const HttpPlace& Place() const { return place_; }
 
   /// Says that the camera accepted a login that the caller sent in a body.
-  void LoginAccepted() { isAccepted_ = true; }
-  bool IsLoggedIn() const { return isAccepted_; }
+  void LoginAccepted() { login_ = Login::kAccepted; }
+  bool IsLoggedIn() const { return login_ == Login::kAccepted; }
 
  private:
+  enum class Login {
+    kNone,
+    kSent,  ///< and not accepted: it is not sent again
+    kAccepted,
+  };
+
   Outcome Exchange(const OutgoingRequest& request, Clock::time_point deadline);
   Outcome Transfer(const OutgoingRequest& request, Clock::time_point deadline);
   std::string Authorization(const OutgoingRequest& request);
-  bool IsToBeAnswered(const LoginChallenge& challenge, int logins) const;
-  Outcome MeaningOfUnauthorized(const std::vector<LoginChallenge>& challenges) const;
+  bool MayLogIn(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const;
+  Outcome MeaningOfUnauthorized(const OutgoingRequest& request, bool isChallenged) const;
 
   const HttpPlace place_;
   const CameraAddress& camera_;
   HttpTransfer transfer_;
-  bool isAccepted_ = false;
+  Login login_ = Login::kNone;
   std::optional<LoginChallenge> challenge_;  // what our Authorization headers answer
   ClientNonce nonce_;
 };

@@ -1,6 +1,5 @@
 #include "recorder/net/http_place.h"
 
-#include <algorithm>
 #include <charconv>
 #include <new>
 #include <utility>
@@ -21,13 +20,11 @@ std::string UrlPart(CURLU* url, CURLUPart part, unsigned int flags = 0) {
 }  // namespace
 
 HttpPlace PlaceAt(const CameraAddress& camera, std::string path) {
-  constexpr int kHttpsPort = 443;
   return {camera.port == kHttpsPort, camera.host, camera.port, std::move(path)};
 }
 
 std::optional<std::string> RequestPath(std::string_view path) {
-  const auto isControl = [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; };
-  if (std::any_of(path.begin(), path.end(), isControl)) return std::nullopt;
+  if (HoldsControls(path)) return std::nullopt;
   return (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns);
 }
 

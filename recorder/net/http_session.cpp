@@ -7,6 +7,7 @@
 #include "recorder/net/http_conversation.h"
 #include "recorder/net/http_place.h"
 #include "recorder/net/http_transfer.h"
+#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 
@@ -21,7 +22,7 @@ struct HttpSession::Impl : AnswerReader {
     const Outcome outcome = FollowRedirects(std::move(first), [&](const HttpPlace& place) -> Contact {
       MoveTo(place);
       request.path = place.path;
-      const Outcome answered = conversation->Send(request);
+      const Outcome answered = conversation->Send(request, end);
       return {answered, answered == Outcome::kOk ? conversation->Answer().Location() : ""};
     });
     return outcome == Outcome::kOk ? TakeAnswer() : HttpAnswer{outcome, 0, "", ""};
@@ -53,6 +54,7 @@ struct HttpSession::Impl : AnswerReader {
   const CameraAddress camera;
   std::string body;
   std::optional<HttpConversation> conversation;
+  Clock::time_point end = Clock::time_point::max();
 };
 
 HttpSession::HttpSession(const CameraAddress& camera) : impl_(std::make_unique<Impl>(camera)) {}
@@ -61,8 +63,14 @@ HttpSession::~HttpSession() = default;
 
 HttpAnswer HttpSession::Get(const std::string& path) { return impl_->Send({path, false, "", ""}); }
 
-HttpAnswer HttpSession::Post(const std::string& path, const std::string& contentType, const std::string& body) {
-  return impl_->Send({path, true, contentType, body});
+HttpAnswer HttpSession::Post(const std::string& path, const std::string& contentType, const std::string& body,
+                             Login login) {
+  return impl_->Send({path, true, contentType, body, login == Login::kInBody});
+}
+
+void HttpSession::HalveTime() {
+  const Clock::time_point now = Clock::now();
+  impl_->end = now + (RequestScope::Current().Deadline() - now) / 2;
 }
 
 void HttpSession::LoginAccepted() { impl_->conversation->LoginAccepted(); }

@@ -15,7 +15,8 @@ inline constexpr std::size_t kMaxHttpAnswer = std::size_t{4} << 20;
 
 struct HttpAnswer {
   /// kOk: an answer came whole, whatever its status (OutcomeOfStatus tells more). kLoginRefused: the camera refused the
-  /// login, or wants one and we have none.
+  /// login, or wants one and we have none. kLoginUnsupported: none was sent, since the camera names no method that we
+  /// know.
   Outcome outcome = Outcome::kNotUnderstood;
   long status = 0;
   std::string contentType;
@@ -28,7 +29,7 @@ struct HttpAnswer {
 /// Thread:  one thread at a time, that of the request, whose RequestScope is asked before each request.
 /// Time:    no call outlasts the deadline of the RequestScope, name lookup included.
 /// Login:   as for HttpGet. Once a login was accepted it goes along with every request, and a later 401 is handed back
-///          as an answer: it is about that one request. A 401 without a challenge is handed back as well.
+///          as an answer: it is about that one request.
 /// Secrets: user and password go into an Authorization header and nowhere else, never into an address.
 class HttpSession {
  public:
@@ -39,7 +40,17 @@ class HttpSession {
 
   /// Redirects within the host are followed, and stay for the requests that follow when they change port or protocol.
   HttpAnswer Get(const std::string& path);
-  HttpAnswer Post(const std::string& path, const std::string& contentType, const std::string& body);
+
+  enum class Login {
+    kByHttp,  ///< the camera's challenge is answered; a 401 without one is handed back
+    kInBody,  ///< the caller put one into the body: no other goes along, and every 401 is handed back
+  };
+  HttpAnswer Post(const std::string& path, const std::string& contentType, const std::string& body,
+                  Login login = Login::kByHttp);
+
+  /// Gives the requests that follow half of the time that is left for the RequestScope. What is kTimedOut by that
+  /// is not remembered.
+  void HalveTime();
 
   /// Says that the camera accepted a login that the caller sent in a body, so that the connection can be kept.
   void LoginAccepted();

@@ -20,6 +20,7 @@ struct OutgoingRequest {
   bool isPost = false;
   std::string contentType;  ///< of the body
   std::string body;         ///< of a POST
+  bool hasLogin = false;    ///< in its body: the camera's challenge is not answered with another
 };
 
 /// Receives the bodies of all answers, whatever their status.

@@ -5,25 +5,18 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <memory>
-#include <new>
 #include <utility>
 
+#include "recorder/net/hash.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/translate.h"
 
 extern "C" {
 #include <libavutil/base64.h>
-#include <libavutil/hash.h>
 }
 
 namespace recorder {
 namespace {
-
-struct FreeHash {
-  void operator()(AVHashContext* context) const noexcept { av_hash_freep(&context); }
-};
-using HashContext = std::unique_ptr<AVHashContext, FreeHash>;
 
 constexpr std::pair<std::string_view, LoginMethod> kDigestAlgorithms[] = {
     {"", LoginMethod::kMd5},  // RFC 7616 section 3.3: MD5 when none is named
@@ -105,19 +98,13 @@ void ParseElement(std::string_view element, std::vector<LoginChallenge>& challen
 
 /// Lower-case hexadecimal hash of `parts` joined by colons.
 std::string HashOf(LoginMethod method, std::initializer_list<std::string_view> parts) {
-  AVHashContext* raw = nullptr;
-  if (av_hash_alloc(&raw, method == LoginMethod::kSha256 ? "SHA256" : "MD5") < 0) throw std::bad_alloc();
-  const HashContext context(raw);
-  av_hash_init(raw);
+  std::string joined;
   std::string_view separator;
   for (const std::string_view part : parts) {
-    av_hash_update(raw, reinterpret_cast<const uint8_t*>(separator.data()), separator.size());
-    av_hash_update(raw, reinterpret_cast<const uint8_t*>(part.data()), part.size());
+    joined.append(separator).append(part);
     separator = ":";
   }
-  std::array<uint8_t, 2 * AV_HASH_MAX_SIZE + 1> hex{};
-  av_hash_final_hex(raw, hex.data(), static_cast<int>(hex.size()));
-  return reinterpret_cast<const char*>(hex.data());
+  return HexHash(method == LoginMethod::kSha256 ? "SHA256" : "MD5", {joined});
 }
 
 /// `text` inside a quoted string. A control character cannot stand in a header line and is left out.

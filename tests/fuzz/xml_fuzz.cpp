@@ -41,6 +41,7 @@ void ReadOnvif(XmlElement answer) {
   onvif::ReadClock(answer);
   onvif::ReadServices(answer);
   onvif::ReadCapabilities(answer);
+  onvif::ReadDevice(answer);
   onvif::OffersAudio(answer);
   onvif::CountDigitalInputs(answer);
   onvif::HasMotionTopic(answer);

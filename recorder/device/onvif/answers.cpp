@@ -95,6 +95,15 @@ Capabilities ReadCapabilities(XmlElement answer) {
   return capabilities;
 }
 
+std::string ReadDevice(XmlElement answer) {
+  std::string device;
+  for (const char* name : {"Manufacturer", "Model", "FirmwareVersion"}) {
+    const std::string text = answer.Child(kDeviceNamespace, name).Text();
+    if (!text.empty()) device += (device.empty() ? "" : " ") + text;
+  }
+  return device;
+}
+
 bool OffersAudio(XmlElement answer) {
   std::vector<XmlElement> options = answer.Children(kMedia2Namespace, "Options");
   if (options.empty()) options = answer.Child(kMedia1Namespace, "Options").Children(kSchemaNamespace, "Options");

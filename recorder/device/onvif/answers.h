@@ -34,6 +34,9 @@ struct Capabilities {
 };
 Capabilities ReadCapabilities(XmlElement answer);
 
+/// Of GetDeviceInformation: maker, model and firmware, as far as they are there.
+std::string ReadDevice(XmlElement answer);
+
 /// Of GetAudioEncoderConfigurationOptions, of either media service: true when an encoding is offered.
 bool OffersAudio(XmlElement answer);
 

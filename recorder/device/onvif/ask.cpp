@@ -1,6 +1,7 @@
 #include "recorder/device/onvif/ask.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <optional>
 #include <set>
 #include <utility>
@@ -38,27 +39,33 @@ bool IsAboutOneService(Outcome outcome) {
          outcome == Outcome::kNotThisProtocol;
 }
 
-/// The questions to one camera, in steps. A step ends the questioning by another outcome than kOk. What only adds to
-/// the facts may stay unanswered, unless the camera answers nothing any more.
+/// The questions to one camera, in steps: twelve requests at most, beside those that are sent again with a login. A
+/// step ends the questioning by another outcome than kOk.
 class Questioning {
  public:
   Questioning(const CameraAddress& camera, const std::string& channel) : client_(camera), wantedChannel_(channel) {}
 
   Outcome Run() {
-    constexpr Outcome (Questioning::*kSteps[])() = {
-        &Questioning::AskClock,  &Questioning::AskServices, &Questioning::AskProfiles, &Questioning::ChooseChannel,
-        &Questioning::AskStream, &Questioning::AskOptions,  &Questioning::AskSnapshot, &Questioning::AskInputs,
-        &Questioning::AskAudio,  &Questioning::AskMotion,
-    };
-    for (const auto step : kSteps) {
-      if (const Outcome outcome = (this->*step)(); outcome != Outcome::kOk) return outcome;
-    }
-    return Outcome::kOk;
+    const Outcome outcome = Take({&Questioning::AskClock, &Questioning::AskServices, &Questioning::AskProfiles,
+                                  &Questioning::ChooseChannel, &Questioning::AskStream});
+    if (outcome != Outcome::kOk) return outcome;
+    client_.HalveTime();  // a question that a camera never answers leaves time for what was asked for
+    const Outcome more = Take({&Questioning::AskOptions, &Questioning::AskSnapshot, &Questioning::AskInputs,
+                               &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
+    const bool isLoginWrong = more == Outcome::kLoginRefused || more == Outcome::kClockUnknown;
+    return isLoginWrong ? more : Outcome::kOk;
   }
 
   CameraFacts TakeFacts() { return std::move(facts_); }
 
  private:
+  Outcome Take(std::initializer_list<Outcome (Questioning::*)()> steps) {
+    for (const auto step : steps) {
+      if (const Outcome outcome = (this->*step)(); outcome != Outcome::kOk) return outcome;
+    }
+    return Outcome::kOk;
+  }
+
   /// How a step ends whose question may stay unanswered.
   static Outcome Optional(const Reply& reply) { return reply.isLast ? reply.outcome : Outcome::kOk; }
 
@@ -132,6 +139,8 @@ class Questioning {
       encoders.insert(profile.encoder->token);
     }
     facts_.streamCount = static_cast<int>(std::min(encoders.size(), kMostStreams));
+    facts_.audioChannels = ChannelIf(profile_.hasAudio);
+    if (profile_.hasAnalytics) facts_.motionChannels = ChannelIf(profile_.detectsMotion);
     return encoders.empty() ? Outcome::kNoVideo : Outcome::kOk;
   }
 
@@ -185,7 +194,6 @@ class Questioning {
   }
 
   Outcome AskAudio() {
-    facts_.audioChannels = ChannelIf(profile_.hasAudio);
     if (!profile_.hasAudio) return Outcome::kOk;
     const Reply reply = AskEncoderOptions("GetAudioEncoderConfigurationOptions", profile_.audioEncoder);
     if (reply.outcome == Outcome::kOk) facts_.audioChannels = ChannelIf(OffersAudio(reply.content));
@@ -193,10 +201,15 @@ class Questioning {
   }
 
   Outcome AskMotion() {
-    if (profile_.hasAnalytics) facts_.motionChannels = ChannelIf(profile_.detectsMotion);
     if (profile_.detectsMotion || services_.events.empty()) return Outcome::kOk;
     const Reply reply = client_.Call(services_.events, kEvents, "GetEventProperties");
     if (reply.outcome == Outcome::kOk) facts_.motionChannels = ChannelIf(HasMotionTopic(reply.content));
+    return Optional(reply);
+  }
+
+  Outcome AskDevice() {
+    const Reply reply = client_.Call(kDevicePath, kDevice, "GetDeviceInformation");
+    facts_.device = ReadDevice(reply.content);
     return Optional(reply);
   }
 

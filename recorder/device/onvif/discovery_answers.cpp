@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "recorder/device/xml.h"
+#include "recorder/net/http_place.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 
@@ -16,8 +17,6 @@ constexpr std::string_view kSoap = "http://www.w3.org/2003/05/soap-envelope";
 constexpr std::string_view kAddressing = "http://schemas.xmlsoap.org/ws/2004/08/addressing";
 constexpr std::string_view kDiscovery = "http://schemas.xmlsoap.org/ws/2005/04/discovery";
 
-constexpr int kHttpPort = 80;
-constexpr int kHttpsPort = 443;
 constexpr std::size_t kMaxText = 128;  // bytes of a name
 
 std::vector<std::string_view> Words(std::string_view text) {

@@ -91,13 +91,14 @@ void SoapClient::SetClock(std::chrono::sys_seconds cameraTime) {
 
 Reply SoapClient::Call(const std::string& path, const Service& service, const std::string& name,
                        const std::string& arguments) {
+  const bool wasLoggedIn = session_.IsLoggedIn();
   Reply reply = Send(path, service, name, arguments);
   if (reply.isLoginWanted && !session_.IsLoggedIn() && !usesToken_ && HasLogin(camera_)) {
     usesToken_ = true;
     reply = Send(path, service, name, arguments);
   }
-  if (session_.IsLoggedIn()) return reply;
-  if (reply.isLoginWanted) {
+  if (wasLoggedIn) return reply;  // what this one request lacks is not the login
+  if (reply.isLoginWanted || (usesToken_ && reply.outcome == Outcome::kLoginRefused)) {
     EndRefused(reply);
   } else if (usesToken_ && reply.IsSoap()) {
     session_.LoginAccepted();
@@ -110,7 +111,8 @@ Reply SoapClient::Call(const std::string& path, const Service& service, const st
 Reply SoapClient::Send(const std::string& path, const Service& service, const std::string& name,
                        const std::string& arguments) {
   const std::string contentType = "application/soap+xml; charset=utf-8; action=\"" + ActionOf(service, name) + '"';
-  const HttpAnswer answer = session_.Post(path, contentType, Envelope(service, name, arguments));
+  const auto login = usesToken_ ? HttpSession::Login::kInBody : HttpSession::Login::kByHttp;
+  const HttpAnswer answer = session_.Post(path, contentType, Envelope(service, name, arguments), login);
   if (answer.outcome == Outcome::kOk) return ReadReply(answer, service.nameSpace, name + "Response");
   Reply reply;
   reply.outcome = answer.outcome;

@@ -45,6 +45,9 @@ class SoapClient {
   /// Takes the camera's clock, which a UsernameToken must be dated by. Until then our own has to do.
   void SetClock(std::chrono::sys_seconds cameraTime);
 
+  /// As HttpSession has it.
+  void HalveTime() { session_.HalveTime(); }
+
   /// Asks the service at `path` the request `name`; `arguments` is XML in the service's namespace.
   Reply Call(const std::string& path, const Service& service, const std::string& name,
              const std::string& arguments = "");

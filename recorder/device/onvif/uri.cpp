@@ -3,6 +3,7 @@
 #include <charconv>
 #include <utility>
 
+#include "recorder/net/http_place.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/translate.h"
 
@@ -10,7 +11,7 @@ namespace recorder::onvif {
 namespace {
 
 constexpr std::pair<std::string_view, int> kSchemePorts[] = {
-    {"http", 80}, {"https", 443}, {"rtsp", 554}, {"rtsps", 322}};
+    {"http", kHttpPort}, {"https", kHttpsPort}, {"rtsp", 554}, {"rtsps", 322}};
 
 /// The port that `authority` names, `standard` when it names none, nothing when it is not a port.
 std::optional<int> PortOf(std::string_view authority, int standard) {
@@ -45,7 +46,6 @@ std::optional<Uri> ParseUri(std::string_view text) {
 }
 
 std::optional<ModelPath> SnapshotPath(std::string_view text, int servicePort) {
-  constexpr int kHttpsPort = 443;
   const auto uri = ParseUri(text);
   if (!uri || (uri->scheme != "http" && uri->scheme != "https")) return std::nullopt;
   if (uri->port == servicePort) return ModelPath{uri->path, std::nullopt};

@@ -2,31 +2,20 @@
 
 #include <sodium.h>
 
-#include <cstdint>
 #include <cstdio>
-#include <memory>
-#include <new>
 
 #include "recorder/device/xml.h"
-
-extern "C" {
-#include <libavutil/base64.h>
-#include <libavutil/hash.h>
-}
+#include "recorder/net/hash.h"
 
 namespace recorder::onvif {
 namespace {
 
-struct FreeHash {
-  void operator()(AVHashContext* context) const noexcept { av_hash_freep(&context); }
-};
-using HashContext = std::unique_ptr<AVHashContext, FreeHash>;
-
 using Nonce = std::array<unsigned char, 16>;
 
 std::string Base64(const Nonce& nonce) {
-  std::array<char, AV_BASE64_SIZE(sizeof(Nonce))> text{};
-  return av_base64_encode(text.data(), static_cast<int>(text.size()), nonce.data(), static_cast<int>(nonce.size()));
+  constexpr int kVariant = sodium_base64_VARIANT_ORIGINAL;
+  std::array<char, sodium_base64_ENCODED_LEN(sizeof(Nonce), kVariant)> text{};
+  return sodium_bin2base64(text.data(), text.size(), nonce.data(), nonce.size(), kVariant);
 }
 
 /// As xsd:dateTime in UTC, without fractions, which some cameras do not understand.
@@ -45,16 +34,7 @@ std::string TimeText(std::chrono::sys_seconds time) {
 }  // namespace
 
 std::string PasswordDigest(std::string_view nonce, std::string_view created, std::string_view password) {
-  AVHashContext* raw = nullptr;
-  if (av_hash_alloc(&raw, "SHA160") < 0) throw std::bad_alloc();
-  const HashContext context(raw);
-  av_hash_init(raw);
-  for (const std::string_view part : {nonce, created, password}) {
-    av_hash_update(raw, reinterpret_cast<const std::uint8_t*>(part.data()), part.size());
-  }
-  std::array<std::uint8_t, AV_BASE64_SIZE(AV_HASH_MAX_SIZE)> text{};
-  av_hash_final_b64(raw, text.data(), static_cast<int>(text.size()));
-  return reinterpret_cast<const char*>(text.data());
+  return Base64Hash("SHA160", {nonce, created, password});
 }
 
 std::string UsernameToken(const std::string& user, const std::string& password, std::chrono::sys_seconds created) {

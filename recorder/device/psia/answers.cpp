@@ -14,7 +14,6 @@ namespace {
 constexpr int kMaxPort = 65535;
 constexpr int kDefaultRtspPort = 554;
 constexpr int kHundredths = 100;
-constexpr long kStatusOk = 200;
 constexpr int kDeviceBusy = 2;  // statusCode of a ResponseStatus
 
 constexpr std::string_view kChannelsPath = "/PSIA/Streaming/channels/";
@@ -92,14 +91,14 @@ bool IsWhole(std::string_view text, const XmlElement& root) {
 
 Outcome ResponseOutcome(const XmlElement& responseStatus, long status) {
   if (ReadNumber(Child(responseStatus, "statusCode").Text()) == kDeviceBusy) return Outcome::kBusy;
-  return status == kStatusOk ? Outcome::kNotUnderstood : OutcomeOfStatus(status);
+  return status == kHttpOk ? Outcome::kNotUnderstood : OutcomeOfStatus(status);
 }
 
 Outcome AnswerOutcome(const HttpAnswer& answer, const XmlElement& root,
                       std::initializer_list<std::string_view> wanted) {
   if (answer.outcome != Outcome::kOk) return answer.outcome;
   if (root.Name() == "ResponseStatus") return ResponseOutcome(root, answer.status);
-  if (answer.status != kStatusOk) return OutcomeOfStatus(answer.status);
+  if (answer.status != kHttpOk) return OutcomeOfStatus(answer.status);
   const bool isWanted = std::find(wanted.begin(), wanted.end(), root.Name()) != wanted.end();
   if (isWanted) return IsWhole(answer.body, root) ? Outcome::kOk : Outcome::kNotUnderstood;
   return IsPage(answer) ? Outcome::kNotThisProtocol : Outcome::kNotUnderstood;

@@ -26,6 +26,9 @@ class Conversation {
     return ReadAnswer(answer, wanted);
   }
 
+  /// As HttpSession has it.
+  void HalveTime() { session_.HalveTime(); }
+
   bool HasEnded() const { return end_ != Outcome::kOk; }
   Outcome End() const { return end_; }
 
@@ -101,6 +104,7 @@ Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFact
   if (channels.empty()) return Outcome::kNoVideo;
   PutDefaultFirst(channels);
   StreamingChannel& chosen = Choose(channels, channel);
+  camera.HalveTime();  // all that follows may stay unanswered
   AskAboutChannel(camera, chosen);
 
   CameraFacts found;
@@ -113,8 +117,8 @@ Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFact
   }
   AskAboutInputs(camera, found);
   AskAboutMotion(camera, channels, found);
-  if (camera.HasEnded()) return camera.End();
-  if (!FillIn(chosen, found)) return Outcome::kNoVideo;
+  if (camera.End() == Outcome::kLoginRefused) return camera.End();
+  if (!FillIn(chosen, found)) return camera.HasEnded() ? camera.End() : Outcome::kNoVideo;
   facts = std::move(found);
   return Outcome::kOk;
 }

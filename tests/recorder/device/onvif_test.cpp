@@ -24,6 +24,8 @@ std::string Read(const std::string& file) {
 }
 
 constexpr char kUnknown[] = "no such file";  ///< stands for a request that the camera does not know
+constexpr char kSilent[] = "silent";         ///< stands for a request that it answers too late
+constexpr char kChallenge[] = R"(Digest realm="cam", nonce="1", qop="auth")";
 
 /// A camera that answers each request with the file of that name, or that it does not know it.
 class Camera {
@@ -34,11 +36,14 @@ class Camera {
     std::string loginFault = "";                    ///< the answer to a request without a login, where one is needed
     int faultStatus = 500;
     bool refusesLogin = false;
+    int refusal = 0;             ///< status of the answer to a refused login; 0: faultStatus
+    std::string challenge = "";  ///< that goes with every answer of status 401
   };
 
-  explicit Camera(Script script) : script_(std::move(script)) {
-    server_.Post(
-        ".*", [this](const httplib::Request& request, httplib::Response& response) { Answer(request.body, response); });
+  explicit Camera(Script script, std::chrono::milliseconds limit = std::chrono::seconds(5))
+      : script_(std::move(script)), scope_(limit) {
+    server_.Post(".*",
+                 [this](const httplib::Request& request, httplib::Response& response) { Answer(request, response); });
     port_ = server_.bind_to_any_port("127.0.0.1");
     thread_ = std::thread([this] { server_.listen_after_bind(); });
   }
@@ -50,24 +55,26 @@ class Camera {
   Camera& operator=(const Camera&) = delete;
 
   Outcome Ask(const std::string& channel, const std::string& user, CameraFacts& facts) {
-    RequestScope scope(std::chrono::seconds(5));
     return onvif::Ask({"127.0.0.1", port_, user, user.empty() ? "" : "secret"}, channel, facts);
   }
 
   const std::vector<std::string>& Bodies() const { return bodies_; }
 
-  int Logins() const {
-    return static_cast<int>(std::count_if(bodies_.begin(), bodies_.end(), [](const std::string& body) {
-      return body.find("#PasswordDigest") != std::string::npos;
-    }));
-  }
+  int Logins() const { return logins_; }
+
+  /// Of the one request in which the camera is asked.
+  RequestScope& Scope() { return scope_; }
 
  private:
-  void Answer(const std::string& body, httplib::Response& response) {
+  void Answer(const httplib::Request& request, httplib::Response& response) {
+    const std::string& body = request.body;
     bodies_.push_back(body);
+    const int logins = static_cast<int>(request.has_header("Authorization")) +
+                       static_cast<int>(body.find("#PasswordDigest") != std::string::npos);
+    logins_ += logins;
     const std::size_t begin = body.find("<s:Body><") + 9;
     const std::string name = body.substr(begin, body.find(' ', begin) - begin);
-    const bool hasLogin = body.find("<UsernameToken>") != std::string::npos && !script_.refusesLogin;
+    const bool hasLogin = logins > 0 && !script_.refusesLogin;
     const bool isOpen = script_.loginFault.empty() || name == "GetSystemDateAndTime";
     const auto other = script_.files.find(name);
     std::string text = Read(other == script_.files.end() ? script_.folder + "/" + name + ".xml" : other->second);
@@ -75,15 +82,22 @@ class Camera {
     if (text.empty()) text = script_.folder.empty() ? "nothing here" : Read("odd/notSupported.xml");
     if (script_.folder.empty()) response.status = 404;
     if (text.find("Fault>") != std::string::npos) response.status = script_.faultStatus;
+    if (logins > 0 && script_.refusal != 0) response.status = script_.refusal;
+    if (response.status == 401 && !script_.challenge.empty())
+      response.set_header("WWW-Authenticate", script_.challenge);
+    if (other != script_.files.end() && other->second == kSilent)
+      std::this_thread::sleep_for(std::chrono::milliseconds(900));
     response.set_content(text, "application/soap+xml");
     if (text.find("<html>") != std::string::npos || script_.folder.empty())
       response.set_header("Content-Type", "text/html");
   }
 
   const Script script_;
+  RequestScope scope_;
   httplib::Server server_;
   int port_ = 0;
   std::vector<std::string> bodies_;  // written by the server's thread while Ask waits for it
+  int logins_ = 0;                   // as bodies_
   std::thread thread_;
 };
 
@@ -110,9 +124,9 @@ std::string Summary(const CameraFacts& facts) {
   std::vector<std::string> codecs;
   for (const ModelCodec& codec : facts.codecs) codecs.push_back(codec.name + "/" + Joined(codec.streamTypes));
   return facts.channel + " of " + Joined(facts.channels) + ", streams " +
-         std::to_string(facts.streamCount.value_or(0)) + "\ncodecs " + Joined(codecs) + " now " + facts.codec +
-         "\nrates " + Summary(facts.frameRates) + "\nsizes " + Summary(facts.resolutions) + "\nqualities " +
-         Summary(facts.qualities) + "\naudio " + Summary(facts.audioChannels) + ", motion " +
+         std::to_string(facts.streamCount.value_or(0)) + ", " + facts.device + "\ncodecs " + Joined(codecs) + " now " +
+         facts.codec + "\nrates " + Summary(facts.frameRates) + "\nsizes " + Summary(facts.resolutions) +
+         "\nqualities " + Summary(facts.qualities) + "\naudio " + Summary(facts.audioChannels) + ", motion " +
          Summary(facts.motionChannels) + ", inputs " + std::to_string(facts.digitalInputs.value_or(-1)) + ", rtsp " +
          std::to_string(facts.rtspProtocols.value_or(0)) + "\n" + Summary(facts.stream) + "\n" +
          (facts.snapshot ? Summary(*facts.snapshot) : "no snapshot");
@@ -136,19 +150,20 @@ const FactsCase kFactsCases[] = {
     {"Media1",
      {"media1", {}, "", 400},
      "",
-     "1 of 1,2, streams 2\ncodecs MJPEG/RTSP,H.264/RTSP now H.264\nrates 1,2,3,4,5,6,25 now 25\n"
+     "1 of 1,2, streams 2, \ncodecs MJPEG/RTSP,H.264/RTSP now H.264\nrates 1,2,3,4,5,6,25 now 25\n"
      "sizes 1280x720,704x576,352x288,176x144 now 704x576\nqualities 1,2,3,4,5 now 3\n"
      "audio [], motion [1], inputs 4, rtsp 3\n/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
     {"Media1WithoutOptions",
      {"media1", {{"GetVideoEncoderConfigurationOptions", kUnknown}, {"GetEventProperties", kUnknown}}, "", 200},
      "2",
-     "2 of 1,2, streams 1\ncodecs MPEG4/RTSP now MPEG4\nrates 60 now 60\nsizes 720x576 now 720x576\n"
+     "2 of 1,2, streams 1, \ncodecs MPEG4/RTSP now MPEG4\nrates 60 now 60\nsizes 720x576 now 720x576\n"
      "qualities 40 now 40\naudio [2], motion unknown, inputs 4, rtsp 3\n"
      "/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
     {"Media2",
      {"media2"},
      "any",
-     "1 of 1, streams 1\ncodecs H.265/RTSP,H.264/RTSP,MJPEG/RTSP now H.265\nrates 10,13,25,30 now 13\n"
+     "1 of 1, streams 1, Some Maker Dome 5 V2.1 build 7\ncodecs H.265/RTSP,H.264/RTSP,MJPEG/RTSP now H.265\nrates "
+     "10,13,25,30 now 13\n"
      "sizes 3840x2160,2560x1440,1920x1080,1280x720 now 3840x2160\nqualities " +
          Tens() +
          " now 80\n"
@@ -156,7 +171,7 @@ const FactsCase kFactsCases[] = {
     {"Media2IsEmpty",
      {"media1", {{"GetServices", "media2/GetServices.xml"}, {"GetAudioEncoderConfigurationOptions", "odd/cut.xml"}}},
      "2",
-     "2 of 1,2, streams 1\ncodecs MJPEG/RTSP,H.264/RTSP,MPEG4/RTSP now MPEG4\nrates 1,2,3,4,5,6,60 now 60\n"
+     "2 of 1,2, streams 1, \ncodecs MJPEG/RTSP,H.264/RTSP,MPEG4/RTSP now MPEG4\nrates 1,2,3,4,5,6,60 now 60\n"
      "sizes 1280x720,720x576,704x576,352x288,176x144 now 720x576\nqualities 1,2,3,4,5,40 now 40\n"
      "audio [2], motion [2], inputs 4, rtsp 3\n/live.sdp?unicast=true&proto=Onvif&%7Bstream%7D=1 at 8554\nno snapshot"},
 };
@@ -213,8 +228,8 @@ struct LoginCase {
 };
 
 const LoginCase kLoginCases[] = {
-    {"Right", {"media2", {}, "odd/notAuthorized.xml", 400}, "admin", Outcome::kOk, 7},
-    {"UnauthorizedWithoutChallenge", {"media2", {}, "odd/notAuthorized.xml", 401}, "admin", Outcome::kOk, 7},
+    {"Right", {"media2", {}, "odd/notAuthorized.xml", 400}, "admin", Outcome::kOk, 8},
+    {"UnauthorizedWithoutChallenge", {"media2", {}, "odd/notAuthorized.xml", 401}, "admin", Outcome::kOk, 8},
     {"Wrong", {"media2", {}, "odd/notAuthorized.xml", 400, true}, "admin", Outcome::kLoginRefused, 1},
     {"WrongInSoap11", {"media2", {}, "odd/soap11Fault.xml", 500, true}, "admin", Outcome::kLoginRefused, 1},
     {"ClockUnknown",
@@ -227,12 +242,33 @@ const LoginCase kLoginCases[] = {
      "admin",
      Outcome::kNotThisProtocol,
      1},
+    {"DigestRight", {"media2", {}, "odd/notAuthorized.xml", 401, false, 0, kChallenge}, "admin", Outcome::kOk, 8},
+    {"DigestForbidden",
+     {"media2", {}, "odd/notAuthorized.xml", 401, true, 403, kChallenge},
+     "admin",
+     Outcome::kLoginRefused,
+     1},
+    {"DigestRefusedByFault",
+     {"media2", {}, "odd/notAuthorized.xml", 401, true, 400, kChallenge},
+     "admin",
+     Outcome::kLoginRefused,
+     1},
+    {"TokenRefusedWithChallenge",
+     {"media2", {}, "odd/notAuthorized.xml", 400, true, 401, kChallenge},
+     "admin",
+     Outcome::kLoginRefused,
+     1},
+    {"TokenForbiddenByPage",
+     {"media2", {{"GetServices", "odd/page.html"}}, "odd/notAuthorized.xml", 400, false, 403},
+     "admin",
+     Outcome::kLoginRefused,
+     1},
     {"None", {"media2", {}, "odd/notAuthorized.xml", 400}, "", Outcome::kLoginRefused, 0},
     {"NotForAllQuestions",
      {"media2", {{"GetSnapshotUri", "odd/notAuthorized.xml"}}, "odd/notAuthorized.xml", 400},
      "admin",
      Outcome::kOk,
-     7},
+     8},
     {"NotForProfiles",
      {"media2", {{"GetProfiles", "odd/notAuthorized.xml"}}, "odd/notAuthorized.xml", 400},
      "admin",
@@ -247,10 +283,24 @@ TEST_P(LoginTest, OneWrongPasswordIsOneAttempt) {
   CameraFacts facts;
   EXPECT_EQ(camera.Ask("", GetParam().user, facts), GetParam().outcome);
   EXPECT_EQ(camera.Logins(), GetParam().logins);
+  if (GetParam().outcome == Outcome::kLoginRefused && GetParam().logins == 1) {
+    EXPECT_EQ(camera.Ask("", GetParam().user, facts), Outcome::kLoginRefused);
+    EXPECT_EQ(camera.Logins(), 1) << "the refusal is remembered";
+  }
   for (const std::string& body : camera.Bodies()) EXPECT_EQ(body.find("secret"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Onvif, LoginTest, testing::ValuesIn(kLoginCases), kByName);
+
+TEST(SilenceTest, LeavesWhatIsKnownAndTimeForMore) {
+  Camera camera({"media1", {{"GetSnapshotUri", kSilent}}}, std::chrono::milliseconds(800));
+  CameraFacts facts;
+  EXPECT_EQ(camera.Ask("", "", facts), Outcome::kOk);
+  EXPECT_EQ(facts.codecs.size(), 2U);
+  EXPECT_EQ(facts.audioChannels, std::vector<std::string>{}) << "known from the profile";
+  EXPECT_EQ(camera.Scope().Refusal("127.0.0.1", 80, "", ""), std::nullopt);
+  EXPECT_GT(camera.Scope().Deadline() - Clock::now(), std::chrono::milliseconds(200));
+}
 
 TEST(UsernameTokenTest, IsDatedByTheCamerasClock) {
   Camera camera({"media1", {}, "odd/notAuthorized.xml"});

@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <thread>
 
 #include "recorder/device/psia/answers.h"
+#include "recorder/device/psia/ask.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/request_scope.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder::psia {
@@ -10,6 +15,40 @@ namespace {
 using Texts = std::vector<std::string>;
 
 std::string Data(const std::string& name) { return ReadFile(std::filesystem::path(DATA_FOLDER) / "psia" / name); }
+
+/// Asks a camera that answers as `answer` does.
+Outcome AskCameraThat(const httplib::Server::Handler& answer, CameraFacts& facts) {
+  httplib::Server server;
+  server.Get(".*", answer);
+  const int port = server.bind_to_any_port("127.0.0.1");
+  std::thread thread([&server] { server.listen_after_bind(); });
+  const RequestScope scope(std::chrono::milliseconds(800));
+  const Outcome outcome = Ask({"127.0.0.1", port, "admin", "secret"}, "", facts);
+  server.stop();
+  thread.join();
+  return outcome;
+}
+
+TEST(PsiaAskTest, SilenceLeavesWhatIsKnown) {
+  CameraFacts facts;
+  const Outcome outcome = AskCameraThat(
+      [](const httplib::Request& request, httplib::Response& response) {
+        if (request.path == "/PSIA/System/IO/inputs") std::this_thread::sleep_for(std::chrono::milliseconds(900));
+        const bool isOfAll = request.path == "/PSIA/Streaming/channels";
+        const bool isOfOne = request.path.ends_with("/capabilities");
+        response.set_content(Data(isOfAll ? "channels.xml" : isOfOne ? "capabilities.xml" : "device.xml"), "text/xml");
+      },
+      facts);
+  EXPECT_EQ(outcome, Outcome::kOk);
+  EXPECT_EQ(facts.codecs.size(), 3U);
+  EXPECT_EQ(facts.digitalInputs, std::nullopt);
+}
+
+TEST(PsiaAskTest, LoginOfNoKnownKindIsNotRefused) {
+  CameraFacts facts;
+  const auto answer = [](const httplib::Request&, httplib::Response& response) { response.status = 401; };
+  EXPECT_EQ(AskCameraThat(answer, facts), Outcome::kLoginUnsupported);
+}
 
 struct AnswerCase {
   const char* name;
