@@ -12,13 +12,13 @@
 #include "recorder/device/built_in_models.h"
 #include "recorder/device/camera_facts.h"
 #include "recorder/device/camera_file_text.h"
-#include "recorder/device/key_lock.h"
+#include "recorder/device/camera_lock.h"
 #include "recorder/device/model_files.h"
 #include "recorder/device/onvif/ask.h"
 #include "recorder/device/psia/ask.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/json_text.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/request_scope.h"
 #include "recorder/utility/text.h"
@@ -31,24 +31,32 @@ using std::chrono::seconds;
 
 constexpr seconds kRecentAge = std::chrono::hours(24);
 constexpr std::chrono::hours kLongestKept{24 * 90};
-constexpr std::size_t kMostKept = 10'000;
+constexpr std::size_t kMostKept = 20'000;  // a camera has a file and a lock
 
 // --- The folder -----------------------------------------------------------------------------------------------------
 
 fs::path Folder() { return GetConfig().stateFolder / "capabilities"; }
 
-/// Where the file of a camera stands, or would stand.
-fs::path PathOf(const std::string& vendor, const std::string& host, int port, const std::string& variant) {
+std::string HashOf(std::initializer_list<std::string> texts) {
   constexpr std::size_t kDigestSize = 16;
-  const char separator = '\0';
-  const std::string key =
-      vendor + separator + LowerCase(WithoutBrackets(host)) + separator + std::to_string(port) + separator + variant;
+  std::string joined;
+  for (const std::string& text : texts) joined += text + '\0';
   std::array<unsigned char, kDigestSize> digest{};
-  crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(key.data()), key.size(),
+  crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(joined.data()), joined.size(),
                      nullptr, 0);
   std::array<char, 2 * kDigestSize + 1> hex{};
   sodium_bin2hex(hex.data(), hex.size(), digest.data(), digest.size());
-  return Folder() / (std::string(hex.data()) + ".json");
+  return hex.data();
+}
+
+/// Where the file of a camera stands, or would stand.
+fs::path PathOf(const std::string& vendor, const std::string& host, int port, const std::string& variant) {
+  return Folder() / (HashOf({vendor, NormalizedHost(host), std::to_string(port), variant}) + ".json");
+}
+
+/// Of whatever vendor a camera is said to be: it is the same one.
+fs::path LockPathOf(const CameraAddress& address) {
+  return Folder() / (HashOf({NormalizedHost(address.host), std::to_string(address.port)}) + ".lock");
 }
 
 struct KeptFileState {
@@ -78,36 +86,58 @@ std::int64_t Now() {
   return std::chrono::duration_cast<seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
-/// The channel of `model` that `asked` means. A camera with one channel has it under any name.
-std::string ChannelOf(const Model& model, const std::string& asked) {
-  const auto& channels = model.channels.values;
-  const bool isKnown = std::find(channels.begin(), channels.end(), asked) != channels.end();
+/// The channel that `asked` means where there are `channels`. A camera with one channel has it under any name.
+std::string ChannelOf(const std::string& vendor, const Choices& channels, const std::string& asked) {
+  const bool isKnown = std::find(channels.values.begin(), channels.values.end(), asked) != channels.values.end();
   if (isKnown) return asked;
-  const bool isReplaced = asked.empty() || channels.size() == 1 || model.vendor == kPsiaVendor;
-  return isReplaced ? model.channels.preset : asked;
+  const bool isReplaced = asked.empty() || channels.values.size() == 1 || vendor == kPsiaVendor;
+  return isReplaced ? channels.preset : asked;
 }
 
-/// What the file at `path` tells about the channel; no model when it tells nothing.
-KnownCamera ReadKept(const std::string& vendor, const fs::path& path, const std::string& channel) {
+/// What a kept file says: the text as JSON, and the models in it. Both are null when there is no usable file.
+struct FileContent {
+  Json::Value json;
+  std::shared_ptr<const VendorModels> models;
+};
+
+FileContent ReadContent(const std::string& vendor, const fs::path& path) try {
   std::error_code error;
   if (!fs::exists(path, error)) return {};
-  FoundModel found = FindModel(vendor, kGenericName, path.string());
-  if (found.file.empty()) return {};
-  KnownCamera known{Outcome::kOk, std::move(found.model), "", std::move(found.file)};
-  known.channel = ChannelOf(*known.model, channel);
-  if (!known.model->stream || known.model->stream->For(known.channel) == nullptr) return {};
+  const std::string text = ReadFile(path);
+  std::vector<ModelMistake> mistakes;
+  std::shared_ptr<const VendorModels> models = ReadModelText(text, path.string(), mistakes);
+  for (const ModelMistake& mistake : mistakes) {
+    LogFailure("A camera's capability file counts as none: " + path.string() + ": " + mistake.place + ": " +
+               mistake.text);
+  }
+  if (!models || models->vendor != vendor) return {};
+  std::string ignored;
+  return {ParseStrictJson(text, ignored).value_or(Json::Value()), std::move(models)};
+} catch (const std::system_error& error) {
+  LogFailure(std::string("A camera's capability file counts as none: ") + error.what());
+  return {};
+}
+
+/// The channel that is meant, and what the file says about it; no model where it says nothing.
+KnownCamera FindChannel(const std::shared_ptr<const VendorModels>& models, const std::string& asked) {
+  if (!models) return {};
+  KnownCamera known{Outcome::kOk, nullptr, ChannelOf(models->vendor, models->models.front().channels, asked), ""};
+  const auto model = std::find_if(models->models.begin(), models->models.end(),
+                                  [&](const Model& candidate) { return candidate.name == known.channel; });
+  if (model == models->models.end()) return known;
+  known.model = std::shared_ptr<const Model>(models, &*model);
+  known.file = models->file;
   return known;
 }
 
 bool IsRecent(const KnownCamera& known) {
   if (!known.model) return false;
-  const std::int64_t age = Now() - known.model->stream->For(known.channel)->readAt;
+  const std::int64_t age = Now() - known.model->readAt;
   return age >= 0 && age < kRecentAge.count();
 }
 
 /// False, and logged, when the file could not be written.
 bool Keep(const fs::path& path, const std::string& text) try {
-  MakePrivateFolder(path.parent_path());
   ReplaceFile(path, text);
   Prune();
   return true;
@@ -116,18 +146,22 @@ bool Keep(const fs::path& path, const std::string& text) try {
   return false;
 }
 
-/// Asks, keeps the answer, and returns what is to be read in it.
+/// Asks, keeps the answer beside what was kept before, and returns what is to be read in it.
 KnownCamera Ask(const std::string& vendor, const CameraAddress& address, const std::string& channel,
                 const fs::path& path) {
   CameraFacts facts;
   AskCamera& ask = vendor == kPsiaVendor ? psia::Ask : onvif::Ask;
   const Outcome outcome = ask(address, channel, facts);
   if (outcome != Outcome::kOk) return {outcome, nullptr, "", ""};
-  const KnownCamera earlier = ReadKept(vendor, path, "");
-  const std::string text = CameraFileText(vendor, PlaceOf(address), facts, Now(), earlier.model.get());
-  KnownCamera known{Outcome::kOk, ReadFutureFile(path.string(), text), facts.channel, ""};
+  const std::string text = CameraFileText(vendor, PlaceOf(address), facts, Now(), ReadContent(vendor, path).json);
+  std::vector<ModelMistake> mistakes;
+  KnownCamera known = FindChannel(ReadModelText(text, path.string(), mistakes), facts.channel);
+  for (const ModelMistake& mistake : mistakes) {
+    LogFailure("What the camera at " + PlaceOf(address) + " says cannot be kept: " + mistake.place + ": " +
+               mistake.text);
+  }
   if (!known.model) return {Outcome::kNotUnderstood, nullptr, "", ""};
-  if (Keep(path, text)) known.file = path.string();
+  if (!Keep(path, text)) known.file = "";
   return known;
 }
 
@@ -144,6 +178,10 @@ KnownCamera AskOnce(const std::string& vendor, const CameraAddress& address, con
   return known;
 }
 
+/// Not reported: without a folder the answers are not kept, which is.
+void MakeFolder() try { MakePrivateFolder(Folder()); } catch (const std::system_error&) {
+}
+
 }  // namespace
 
 std::string KeptFile(const std::string& vendor, const std::string& host, int port, const std::string& variant) {
@@ -153,13 +191,25 @@ std::string KeptFile(const std::string& vendor, const std::string& host, int por
   return fs::exists(path, error) ? path.string() : "";
 }
 
+std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std::string& file,
+                                            const std::string& channel) {
+  const std::shared_ptr<const VendorModels> models = file.empty() ? nullptr : ReadContent(vendor, file).models;
+  if (!models) return BuiltInModel(vendor);
+  KnownCamera known = FindChannel(models, channel);
+  return known.model ? known.model : std::shared_ptr<const Model>(models, &models->models.front());
+}
+
 KnownCamera LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
                         Freshness freshness) {
+  MakeFolder();
   const fs::path path = PathOf(vendor, address.host, address.port, "");
-  const KeyLock lock(path.string(), RequestScope::Current().Deadline());
-  KnownCamera kept = ReadKept(vendor, path, channel);
+  const CameraLock lock(LockPathOf(address), RequestScope::Current().Deadline());
+  KnownCamera kept = FindChannel(ReadContent(vendor, path).models, channel);
   if (freshness == Freshness::kRecent && IsRecent(kept)) return kept;
-  if (!lock) return {Outcome::kTimedOut, std::move(kept.model), std::move(kept.channel), std::move(kept.file)};
+  if (!lock) {
+    kept.outcome = Outcome::kTimedOut;
+    return kept;
+  }
   KnownCamera asked = AskOnce(vendor, address, channel, path);
   if (asked.model) return asked;
   kept.outcome = asked.outcome;

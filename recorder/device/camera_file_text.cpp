@@ -47,14 +47,15 @@ Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string&
   return json;
 }
 
-/// Writes the model of one camera, member by member, and notes for each where it comes from.
+/// Writes the model of one channel, member by member, and notes for each where it comes from.
 class ModelWriter {
  public:
-  ModelWriter(const CameraFacts& facts, std::int64_t time, const Model* earlier)
-      : facts_(facts), time_(time), earlier_(earlier) {}
+  ModelWriter(const std::string& vendor, const CameraFacts& facts, std::int64_t time)
+      : vendor_(vendor), facts_(facts), time_(time) {}
 
   Json::Value Write() {
-    model_["name"] = kGenericName;
+    model_["name"] = facts_.channel;
+    model_["id"] = vendor_ + " " + kGenericName;
     if (IsUsable(facts_.device)) model_["source"] = facts_.device;
     Set("channels", ChoicesOf(facts_.channels, facts_.channels.empty() ? "" : facts_.channels.front()), true);
     WriteVideo();
@@ -120,55 +121,49 @@ class ModelWriter {
     return rtsp;
   }
 
-  static Json::Value PathOf(const ModelPath& path) {
-    Json::Value json;
-    json["path"] = path.path;
-    if (path.port) json["port"] = *path.port;
-    json["time"] = Json::Int64(path.readAt);
-    return json;
-  }
-
-  /// The asked channel's path, and those that other channels of the camera had before.
-  Json::Value ChannelPaths(ModelPath path, const ModelPaths* earlier) const {
-    Json::Value paths;
-    for (const std::string& channel : facts_.channels) {
-      const ModelPath* known = earlier == nullptr ? nullptr : earlier->For(channel);
-      if (known != nullptr) paths[channel] = PathOf(*known);
-    }
-    path.readAt = time_;
-    paths[facts_.channel] = PathOf(path);
-    return paths;
+  static void AddPath(const ModelPath& path, Json::Value& target) {
+    target["path"] = path.path;
+    if (path.port) target["port"] = *path.port;
   }
 
   void WriteStream() {
     Json::Value stream;
-    stream["ofChannel"] = ChannelPaths(facts_.stream, earlier_ && earlier_->stream ? &*earlier_->stream : nullptr);
+    AddPath(facts_.stream, stream);
     Set("stream", stream, true);
   }
 
   void WriteSnapshot() {
     Json::Value snapshot;
     snapshot["kind"] = facts_.snapshot ? "http-jpeg" : "stream";
-    if (facts_.snapshot) {
-      snapshot["ofChannel"] = ChannelPaths(*facts_.snapshot, earlier_ ? &earlier_->snapshot.from : nullptr);
-    }
+    if (facts_.snapshot) AddPath(*facts_.snapshot, snapshot);
     Set("snapshot", snapshot, facts_.snapshot.has_value());
   }
 
+  const std::string& vendor_;
   const CameraFacts& facts_;
   const std::int64_t time_;
-  const Model* const earlier_;  // or null
   Json::Value model_;
 };
+
+/// True for a model of an earlier file that is about another channel which the camera still has.
+bool IsKept(const Json::Value& model, const CameraFacts& facts) {
+  const std::string channel = model["name"].asString();
+  return channel != facts.channel &&
+         std::find(facts.channels.begin(), facts.channels.end(), channel) != facts.channels.end();
+}
 
 }  // namespace
 
 std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraFacts& facts,
-                           std::int64_t time, const Model* earlier) {
+                           std::int64_t time, const Json::Value& earlier) {
   Json::Value file;
   file["vendor"] = vendor;
   file["source"] = "the camera at " + place;
-  file["models"].append(ModelWriter(facts, time, earlier).Write());
+  Json::Value& models = file["models"];
+  models.append(ModelWriter(vendor, facts, time).Write());
+  for (const Json::Value& model : earlier["models"]) {
+    if (IsKept(model, facts) && models.size() < kMaxValues) models.append(model);
+  }
   return Json::writeString(Json::StreamWriterBuilder(), file);
 }
 

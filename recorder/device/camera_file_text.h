@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/json.h>
+
 #include <cstdint>
 #include <string>
 
@@ -8,10 +10,10 @@
 namespace recorder {
 
 /// Text of the capability file of one camera, in the format of the model files: what the camera said at `time` (seconds
-/// since 1970), what is assumed where it said nothing, and which is which. `earlier` is what the file said before, or
-/// null: paths of other channels that the camera still has are taken over from it. Texts and lists are cut to what a
-/// model file may hold. `place` is the camera's host and port, for people.
+/// since 1970) about one channel, what is assumed where it said nothing, and which is which. `earlier` is the valid
+/// file that is replaced, or null: what it says about other channels that the camera still has is taken over. Texts and
+/// lists are cut to what a model file may hold. `place` is the camera's host and port, for people.
 std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraFacts& facts,
-                           std::int64_t time, const Model* earlier);
+                           std::int64_t time, const Json::Value& earlier);
 
 }  // namespace recorder

@@ -5,12 +5,17 @@
 #include <utility>
 
 #include "platform/device.h"
+#include "recorder/device/built_in_models.h"
+#include "recorder/device/camera_file.h"
 #include "recorder/device/capability_document.h"
 #include "recorder/device/member_function.h"
 #include "recorder/device/model_files.h"
 
+using recorder::FindModel;
+using recorder::IsGenericVendor;
 using recorder::Model;
 using recorder::ModelCodec;
+using recorder::ReadCameraFile;
 using recorder::Register;
 using recorder::SnapshotSettings;
 
@@ -24,21 +29,30 @@ struct CamCapHandler::Impl : DPObjectBase {
   int GetStreamingTypeFor(int videoType);
 
   std::shared_ptr<const Model> model;
+  std::string askedChannel;
 };
 
-// A model is the same for all its channels; callers choose one by GetChannelList.
+// A model of a file is the same for all its channels; callers choose one by GetChannelList.
 // NOLINTBEGIN(performance-unnecessary-value-param): the functor's signature has values
-int CamCapHandler::Impl::LoadCapability(int source, std::string vendor, std::string name, std::string /*channel*/,
+int CamCapHandler::Impl::LoadCapability(int source, std::string vendor, std::string name, std::string channel,
                                         std::string capFilePath) {
   model = nullptr;
-  if (source == DP_LOAD_FROM_MODEL_FILES) model = recorder::FindModel(vendor, name, capFilePath).model;
+  askedChannel = std::move(channel);
+  if (source == DP_LOAD_FROM_MODEL_FILES) {
+    model = IsGenericVendor(vendor) ? ReadCameraFile(vendor, capFilePath, askedChannel)
+                                    : FindModel(vendor, name, capFilePath).model;
+  }
   return model ? 0 : -1;
 }
 // NOLINTEND(performance-unnecessary-value-param)
 
 std::list<std::string> CamCapHandler::Impl::GetChannelList() {
   if (!model) return {};
-  return {model->channels.values.begin(), model->channels.values.end()};
+  std::list<std::string> channels(model->channels.values.begin(), model->channels.values.end());
+  // Nobody has asked this camera yet: whoever replaced the channel now would ask it about another one.
+  const bool isUnasked = IsGenericVendor(model->vendor) && model->readAt == 0;
+  if (isUnasked && !askedChannel.empty() && askedChannel != channels.front()) channels.push_back(askedChannel);
+  return channels;
 }
 
 std::string CamCapHandler::Impl::GetDefaultChannel() { return model ? model->channels.preset : ""; }

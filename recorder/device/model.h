@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,20 +25,6 @@ struct ModelCodec {
 struct ModelPath {
   std::string path;
   std::optional<int> port;
-  std::int64_t readAt = 0;  ///< when the camera named it, in seconds since 1970; 0: it stands in a model file
-};
-
-/// A path for all channels, or one of its own for each channel that the camera was asked about.
-struct ModelPaths {
-  ModelPath common;
-  std::map<std::string, ModelPath> ofChannel;
-
-  /// The path for `channel`; null when it is not known.
-  const ModelPath* For(const std::string& channel) const {
-    if (!common.path.empty()) return &common;
-    const auto own = ofChannel.find(channel);
-    return own == ofChannel.end() ? nullptr : &own->second;
-  }
 };
 
 enum class ModelSnapshotKind { kStream, kHttpJpeg, kHttpMjpeg };
@@ -52,7 +37,7 @@ struct SnapshotSettings {
 
 struct ModelSnapshot {
   ModelSnapshotKind kind = ModelSnapshotKind::kStream;
-  ModelPaths from;  ///< unused for kStream
+  ModelPath from;  ///< unused for kStream
   std::vector<SnapshotSettings> settings;
 };
 
@@ -94,9 +79,11 @@ struct Model {
   int streamFisheyeType = 0;  ///< 0: the stream is not dewarped by the camera
   bool hasEdgeStorage = false;
 
-  std::optional<ModelPaths> stream;  ///< none: the user gives the path
+  std::optional<ModelPath> stream;  ///< none: the user gives the path
   ModelSnapshot snapshot;
   ModelCheck check = ModelCheck::kStream;
+
+  std::int64_t readAt = 0;  ///< when the camera named its stream, in seconds since 1970; 0: a document says so
 };
 
 }  // namespace recorder

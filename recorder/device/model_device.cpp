@@ -44,20 +44,16 @@ int ModelDevice::GetStreamPath(std::string& path, int& port) {
     path = parameters_.sourcePath;
     return 0;
   }
-  const ModelPath* from = model_->stream->For(channel_);
-  if (from == nullptr) return -1;
-  path = FillPath(from->path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
-  UsePort(*from, port);
+  path = FillPath(model_->stream->path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
+  UsePort(*model_->stream, port);
   return 0;
 }
 
 int ModelDevice::VerifyConnection() {
   if (model_->check != ModelCheck::kDevice) return kDeviceHasNoCheck;
-  const ModelPath* from = model_->snapshot.from.For(channel_);
-  if (from == nullptr) return static_cast<int>(Outcome::kNoSuchStream);
   CameraAddress address = parameters_.address;
-  UsePort(*from, address.port);
-  return static_cast<int>(ProbeHttpStream(address, HttpSnapshotPath(*from, "")));
+  UsePort(model_->snapshot.from, address.port);
+  return static_cast<int>(ProbeHttpStream(address, HttpSnapshotPath("")));
 }
 
 int ModelDevice::SelectVideoType(int /*videoType*/, int streamNumber) {
@@ -68,20 +64,18 @@ int ModelDevice::SelectVideoType(int /*videoType*/, int streamNumber) {
 int ModelDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
   kind = PlatformKind(model_->snapshot.kind);
   if (kind == SNAPSHOT_KIND_STREAM) return GetStreamPath(path, port);
-  const ModelPath* from = model_->snapshot.from.For(channel_);
-  if (from == nullptr) return -1;
-  path = HttpSnapshotPath(*from, "");
-  UsePort(*from, port);
+  path = HttpSnapshotPath("");
+  UsePort(model_->snapshot.from, port);
   return 0;
 }
 
 Outcome ModelDevice::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
-  const ModelPath* from = model_->snapshot.from.For(channel_);
-  return from == nullptr ? Outcome::kNoSuchStream : FetchPicture(address, HttpSnapshotPath(*from, setting), jpeg);
+  return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
 }
 
-std::string ModelDevice::HttpSnapshotPath(const ModelPath& from, const std::string& setting) const {
-  return FillPath(from.path, {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
+std::string ModelDevice::HttpSnapshotPath(const std::string& setting) const {
+  return FillPath(model_->snapshot.from.path,
+                  {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
 }
 
 std::string ModelDevice::PreferredSetting() const {

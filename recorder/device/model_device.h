@@ -22,7 +22,7 @@ class ModelDevice : public Device {
   Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
-  std::string HttpSnapshotPath(const ModelPath& from, const std::string& setting) const;
+  std::string HttpSnapshotPath(const std::string& setting) const;
   void UsePort(const ModelPath& path, int& port) const;
   std::string PreferredSetting() const;
 

@@ -25,14 +25,17 @@ struct FileState {
   bool operator==(const FileState&) const = default;
 };
 
+FileState StateOf(const fs::path& path) {
+  std::error_code ignored;  // a file that has just vanished is told by its reader
+  return {path.string(), fs::last_write_time(path, ignored), fs::file_size(path, ignored)};
+}
+
 /// What the folder holds, sorted by path: two equal answers mean that nothing has changed.
 std::vector<FileState> ListFolder(const std::string& folder) {
   std::vector<FileState> files;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (entry->path().extension() != ".json") continue;
-    std::error_code ignored;  // a file that has just vanished is told by its reader
-    files.push_back({entry->path().string(), entry->last_write_time(ignored), entry->file_size(ignored)});
+    if (entry->path().extension() == ".json") files.push_back(StateOf(entry->path()));
   }
   std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
   return files;
@@ -87,9 +90,13 @@ class CurrentCatalog {
     return catalog_;
   }
 
-  std::string SchemaFile() {
+  /// A reader with the folder's schema, read again when that has changed.
+  std::shared_ptr<const ModelReader> Reader() {
     const std::lock_guard lock(mutex_);
-    return (fs::path(folder_) / kSchemaName).string();
+    const FileState schema = StateOf(fs::path(folder_) / kSchemaName);
+    if (!reader_ || schema != schema_) reader_ = std::make_shared<const ModelReader>(schema.path);
+    schema_ = schema;
+    return reader_;
   }
 
  private:
@@ -97,6 +104,8 @@ class CurrentCatalog {
   std::string folder_;
   std::vector<FileState> files_;
   std::shared_ptr<const ModelCatalog> catalog_;
+  FileState schema_;
+  std::shared_ptr<const ModelReader> reader_;  // with that schema
 };
 
 CurrentCatalog& Current() {
@@ -115,16 +124,9 @@ FoundModel FindIn(const std::shared_ptr<const Owner>& owner, const VendorModels&
 
 FoundModel FindInFile(const std::string& vendor, const std::string& name, const std::string& file) {
   std::vector<ModelMistake> mistakes;
-  const std::shared_ptr<const VendorModels> found = ModelReader(Current().SchemaFile()).Read(file, mistakes);
+  const std::shared_ptr<const VendorModels> found = Current().Reader()->Read(file, mistakes);
   for (const ModelMistake& mistake : mistakes) LogMistake(mistake);
   return found && found->vendor == vendor ? FindIn(found, *found, name) : FoundModel{};
-}
-
-/// Of a generic protocol the file of one camera says more than the built-in model, when it can be read.
-FoundModel FindBuiltIn(const std::shared_ptr<const Model>& builtIn, const std::string& file) {
-  FoundModel found;
-  if (!file.empty()) found = FindInFile(builtIn->vendor, builtIn->name, file);
-  return found.model ? found : FoundModel{builtIn, ""};
 }
 
 }  // namespace
@@ -136,7 +138,7 @@ std::shared_ptr<const ModelCatalog> Models() { return Current().Get(); }
 ModelCatalog ReadModels(const std::string& folder) { return ReadFiles(folder, ListFolder(folder)); }
 
 FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile) {
-  if (const auto builtIn = BuiltInModel(vendor)) return FindBuiltIn(builtIn, modelFile);
+  if (auto builtIn = BuiltInModel(vendor)) return {std::move(builtIn), ""};
   if (!modelFile.empty()) return FindInFile(vendor, model, modelFile);
   const auto catalog = Models();
   const auto found = std::find_if(catalog->vendors.begin(), catalog->vendors.end(),
@@ -144,12 +146,9 @@ FoundModel FindModel(const std::string& vendor, const std::string& model, const 
   return found == catalog->vendors.end() ? FoundModel{} : FindIn(catalog, *found, model);
 }
 
-std::shared_ptr<const Model> ReadFutureFile(const std::string& path, const std::string& content) {
-  std::vector<ModelMistake> mistakes;
-  const std::shared_ptr<const VendorModels> read =
-      ModelReader(Current().SchemaFile()).ReadText(content, path, mistakes);
-  for (const ModelMistake& mistake : mistakes) LogMistake(mistake);
-  return read ? std::shared_ptr<const Model>(read, &read->models.front()) : nullptr;
+std::shared_ptr<const VendorModels> ReadModelText(const std::string& text, const std::string& path,
+                                                  std::vector<ModelMistake>& mistakes) {
+  return Current().Reader()->ReadText(text, path, mistakes);
 }
 
 }  // namespace recorder

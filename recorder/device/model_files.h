@@ -35,11 +35,12 @@ struct FoundModel {
 };
 
 /// Finds a model; of a built-in vendor every name is one of its only model. A non-empty `modelFile` names the file to
-/// look into, which need not be in the folder: a vendor's, or for a generic protocol that of one camera.
+/// look into, which need not be in the folder.
 FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile = "");
 
-/// The first model of a file that is still to be written: `content` is its text, `path` its future place. Null, and the
-/// mistakes logged, when it is no model file.
-std::shared_ptr<const Model> ReadFutureFile(const std::string& path, const std::string& content);
+/// Reads `text` as that of a model file at `path`, which need not be there. Null, and what is wrong appended to
+/// `mistakes`, when it is none.
+std::shared_ptr<const VendorModels> ReadModelText(const std::string& text, const std::string& path,
+                                                  std::vector<ModelMistake>& mistakes);
 
 }  // namespace recorder

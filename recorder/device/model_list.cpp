@@ -1,4 +1,5 @@
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "platform/device.h"
@@ -23,17 +24,23 @@ Json::Value ModelEntry(const Model& model) {
   return entry;
 }
 
+/// Null for a model that no file knows.
+std::shared_ptr<const Model> ModelOf(const CameraRecord& camera) {
+  if (!recorder::IsGenericVendor(camera.vendor)) return recorder::FindModel(camera.vendor, camera.model).model;
+  return recorder::ReadCameraFile(camera.vendor, recorder::KeptFile(camera.vendor, camera.host, camera.port),
+                                  camera.channel);
+}
+
 /// Names the camera and what it can do; where it is and who logs in there is not for a list.
 Json::Value CameraEntry(const CameraRecord& camera) {
-  const std::string file = recorder::KeptFile(camera.vendor, camera.host, camera.port);
-  const recorder::FoundModel found = recorder::FindModel(camera.vendor, camera.model, file);
+  const std::shared_ptr<const Model> model = ModelOf(camera);
   Json::Value entry(Json::objectValue);
   entry["camId"] = camera.id;
   entry["name"] = camera.name;
   entry["vendor"] = camera.vendor;
   entry["model"] = camera.model;
   entry["channel"] = camera.channel;
-  entry["camCap"] = found.model ? recorder::CapabilityDocument(*found.model) : Json::Value();
+  entry["camCap"] = model ? recorder::CapabilityDocument(*model) : Json::Value();
   return entry;
 }
 

@@ -73,7 +73,8 @@ std::string JsonPointer(const std::vector<std::string>& context) {
 /// Valijson repeats each mistake for every level above it; only the innermost names the cause.
 bool IsRepetition(const std::string& description) {
   return description.starts_with("Failed to validate against schema associated with") ||
-         description.starts_with("Failed to validate item #");
+         description.starts_with("Failed to validate item #") ||
+         description == "Failed to validate against additional properties schema";
 }
 
 Mistakes CheckSchema(const valijson::Schema& schema, const Json::Value& json) {
@@ -100,17 +101,9 @@ std::vector<std::string> Texts(const Json::Value& json) {
 Choices ReadChoices(const Json::Value& json) { return {Texts(json["values"]), json["default"].asString()}; }
 
 ModelPath ReadPath(const Json::Value& json) {
-  ModelPath path{json["path"].asString(), std::nullopt, json["time"].asInt64()};
+  ModelPath path{json["path"].asString(), std::nullopt};
   if (json.isMember("port")) path.port = json["port"].asInt();
   return path;
-}
-
-ModelPaths ReadPaths(const Json::Value& json) {
-  ModelPaths paths{ReadPath(json), {}};
-  for (const std::string& channel : json["ofChannel"].getMemberNames()) {
-    paths.ofChannel[channel] = ReadPath(json["ofChannel"][channel]);
-  }
-  return paths;
 }
 
 constexpr std::pair<std::string_view, RTSP_PROTOCOL> kRtspProtocols[] = {
@@ -144,7 +137,7 @@ ModelSnapshot ReadSnapshot(const Json::Value& json) {
   snapshot.kind = kind == "stream"      ? ModelSnapshotKind::kStream
                   : kind == "http-jpeg" ? ModelSnapshotKind::kHttpJpeg
                                         : ModelSnapshotKind::kHttpMjpeg;
-  snapshot.from = ReadPaths(json);
+  snapshot.from = ReadPath(json);
   for (const std::string& codec : json["settings"].getMemberNames()) {
     snapshot.settings.push_back({codec, Texts(json["settings"][codec])});
   }
@@ -155,7 +148,7 @@ Model ReadModel(const std::string& vendor, const Json::Value& json) {
   Model model;
   model.vendor = vendor;
   model.name = json["name"].asString();
-  model.id = vendor + " " + model.name;
+  model.id = json.get("id", vendor + " " + model.name).asString();
   model.isVideoServer = json["videoServer"].asBool();
   model.channels = ReadChoices(json["channels"]);
   ReadCodecs(json, model);
@@ -177,9 +170,10 @@ Model ReadModel(const std::string& vendor, const Json::Value& json) {
   model.fisheyeType = json["fisheye"]["lens"].asInt();
   model.streamFisheyeType = json["fisheye"]["stream"].asInt();
   model.hasEdgeStorage = json["edgeStorage"].asBool();
-  if (!json["stream"]["fromUser"].asBool()) model.stream = ReadPaths(json["stream"]);
+  if (!json["stream"]["fromUser"].asBool()) model.stream = ReadPath(json["stream"]);
   model.snapshot = ReadSnapshot(json["snapshot"]);
   model.check = json["check"].asString() == "device" ? ModelCheck::kDevice : ModelCheck::kStream;
+  model.readAt = json["readings"]["stream"]["time"].asInt64();
   return model;
 }
 
@@ -235,29 +229,22 @@ class ModelChecker {
     }
   }
 
-  void CheckPaths(const std::string& place, const ModelPaths& paths, std::initializer_list<std::string_view> allowed) {
-    if (paths.ofChannel.empty()) {
-      if (const auto mistake = FindPathMistake(paths.common.path, allowed)) Report(place + "/path", *mistake);
-    } else if (!paths.common.path.empty()) {
-      Report(place + "/ofChannel", "Paths of single channels leave no room for one of all.");
-    }
-    for (const auto& [channel, path] : paths.ofChannel) {
-      if (const auto mistake = FindPathMistake(path.path, {})) Report(place + "/ofChannel/" + channel, *mistake);
-    }
+  void CheckPath(const std::string& place, const ModelPath& path, std::initializer_list<std::string_view> allowed) {
+    if (const auto mistake = FindPathMistake(path.path, allowed)) Report(place + "/path", *mistake);
   }
 
   void CheckStream() {
     const Json::Value& stream = json_["stream"];
-    if (!stream["fromUser"].asBool()) return CheckPaths("/stream", *model_.stream, {"channel", "stream"});
-    if (stream.isMember("path") || stream.isMember("port") || stream.isMember("ofChannel")) {
+    if (!stream["fromUser"].asBool()) return CheckPath("/stream", *model_.stream, {"channel", "stream"});
+    if (stream.isMember("path") || stream.isMember("port")) {
       Report("/stream", "A path that the user gives leaves no room for a path or port of the model.");
     }
   }
 
   void CheckSnapshot() {
     if (model_.snapshot.kind == ModelSnapshotKind::kStream) return CheckStreamSnapshot();
-    CheckPaths("/snapshot", model_.snapshot.from, {"channel", "setting"});
-    const bool takesSetting = model_.snapshot.from.common.path.find("{setting}") != std::string::npos;
+    CheckPath("/snapshot", model_.snapshot.from, {"channel", "setting"});
+    const bool takesSetting = model_.snapshot.from.path.find("{setting}") != std::string::npos;
     if (takesSetting == model_.snapshot.settings.empty()) {
       Report("/snapshot/settings", "Settings and the placeholder {setting} need each other.");
     }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 #include "recorder/utility/text.h"
 
@@ -11,15 +10,6 @@ namespace {
 
 CameraLimits cameraLimits;
 thread_local RequestScope* currentScope = nullptr;
-
-/// One text for one host: "CAM1.", "cam1" and "[FE80::1]", "fe80::1".
-std::string Normalized(std::string_view given) {
-  std::string host(WithoutBrackets(given));
-  if (host.size() > 1 && host.back() == '.') host.pop_back();
-  std::transform(host.begin(), host.end(), host.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return host;
-}
 
 }  // namespace
 
@@ -47,12 +37,12 @@ Clock::time_point RequestScope::Deadline() {
 void RequestScope::LendPassword(std::string password, const std::string& host, int port) {
   if (password.empty()) return;  // no secret, and every camera without a password would be refused
   if (!key_) key_ = SecretKey::Random();
-  lent_.push_back({DigestOf(password), Normalized(host), {port}});
+  lent_.push_back({DigestOf(password), NormalizedHost(host), {port}});
   sodium_memzero(password.data(), password.size());
 }
 
 void RequestScope::AllowPort(const std::string& host, int port) {
-  const std::string wanted = Normalized(host);
+  const std::string wanted = NormalizedHost(host);
   for (LentPassword& lent : lent_) {
     if (lent.host == wanted) lent.ports.insert(port);
   }
@@ -61,7 +51,7 @@ void RequestScope::AllowPort(const std::string& host, int port) {
 std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, const std::string& user,
                                              const std::string& password) const {
   if (refusesLogins_ || IsLentElsewhere(host, port, password)) return Outcome::kLoginRefused;
-  const auto failure = failures_.find({Normalized(host), user});
+  const auto failure = failures_.find({NormalizedHost(host), user});
   if (failure != failures_.end()) return failure->second;
   if (deadline_ && Clock::now() >= *deadline_) return Outcome::kTimedOut;
   return std::nullopt;
@@ -70,7 +60,7 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
 void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
   constexpr std::array kLasting{Outcome::kLoginRefused, Outcome::kClockUnknown, Outcome::kTimedOut};
   if (std::find(kLasting.begin(), kLasting.end(), outcome) == kLasting.end()) return;
-  failures_.try_emplace({Normalized(host), user}, outcome);
+  failures_.try_emplace({NormalizedHost(host), user}, outcome);
 }
 
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
@@ -88,7 +78,7 @@ RequestScope::Digest RequestScope::DigestOf(const std::string& password) const {
 bool RequestScope::IsLentElsewhere(const std::string& host, int port, const std::string& password) const {
   if (lent_.empty()) return false;
   const Digest digest = DigestOf(password);
-  const std::string wanted = Normalized(host);
+  const std::string wanted = NormalizedHost(host);
   bool isLent = false;
   for (const LentPassword& lent : lent_) {  // two cameras may have the same password
     if (sodium_memcmp(lent.digest.data(), digest.data(), digest.size()) != 0) continue;

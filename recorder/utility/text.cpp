@@ -1,5 +1,6 @@
 #include "recorder/utility/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -65,6 +66,14 @@ std::string_view WithoutBrackets(std::string_view host) {
 std::string WithBrackets(std::string_view host) {
   const std::string bare(WithoutBrackets(host));
   return bare.find(':') == std::string::npos ? bare : '[' + bare + ']';
+}
+
+std::string NormalizedHost(std::string_view host) {
+  std::string normalized(WithoutBrackets(host));
+  if (normalized.size() > 1 && normalized.back() == '.') normalized.pop_back();
+  std::transform(normalized.begin(), normalized.end(), normalized.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return normalized;
 }
 
 bool HoldsControls(std::string_view text) {

@@ -14,6 +14,9 @@ std::string_view WithoutBrackets(std::string_view host);
 /// `host` as an address holds it: with brackets around an IPv6 one.
 std::string WithBrackets(std::string_view host);
 
+/// One text for one host: "CAM1.", "cam1" and "[FE80::1]", "fe80::1".
+std::string NormalizedHost(std::string_view host);
+
 /// True when `text` holds a control character: U+0000 to U+001F, U+007F to U+009F in UTF-8.
 bool HoldsControls(std::string_view text);
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "recorder/device/camera_file_text.h"
 #include "recorder/device/model_files.h"
 
@@ -16,24 +18,33 @@ CameraFacts Facts() {
   return facts;
 }
 
-std::shared_ptr<const Model> Written(const CameraFacts& facts, const Model* earlier = nullptr) {
-  SetModelsFolder(MODELS_FOLDER);
-  return ReadFutureFile("a camera's file", CameraFileText("ONVIF", "cam:80", facts, 1'700'000'000, earlier));
+std::string TextOf(const CameraFacts& facts, const std::string& earlier = "null") {
+  Json::Value json;
+  std::istringstream(earlier) >> json;
+  return CameraFileText("ONVIF", "cam:80", facts, 1'700'000'000, json);
 }
 
-TEST(CameraFileTest, PathsOfOtherChannelsStayAsLongAsTheCameraHasThem) {
+std::shared_ptr<const VendorModels> Read(const std::string& text) {
+  SetModelsFolder(MODELS_FOLDER);
+  std::vector<ModelMistake> mistakes;
+  auto models = ReadModelText(text, "a camera's file", mistakes);
+  for (const ModelMistake& mistake : mistakes) ADD_FAILURE() << mistake.place << ": " << mistake.text;
+  return models;
+}
+
+TEST(CameraFileTest, OtherChannelsStayAsLongAsTheCameraHasThem) {
   CameraFacts facts = Facts();
-  const auto first = Written(facts);
-  ASSERT_TRUE(first);
-  EXPECT_EQ(first->stream->For("1"), nullptr);
-  EXPECT_EQ(first->stream->For("2")->port, 8554);
+  const std::string two = TextOf(facts);
+  EXPECT_EQ(Read(two)->models.at(0).stream->port, 8554);
   facts.channel = "1";
   facts.stream = {"/one", std::nullopt};
-  const auto second = Written(facts, first.get());
-  EXPECT_EQ(second->stream->For("1")->path, "/one");
-  EXPECT_EQ(second->stream->For("2")->path, "/two");
+  const std::string both = TextOf(facts, two);
+  ASSERT_EQ(Read(both)->models.size(), 2U);
+  EXPECT_EQ(Read(both)->models[0].stream->path, "/one");
+  EXPECT_EQ(Read(both)->models[1].stream->path, "/two");
+  EXPECT_EQ(Read(TextOf(facts, both))->models.size(), 2U);
   facts.channels = {"1"};
-  EXPECT_EQ(Written(facts, second.get())->stream->For("2"), nullptr);
+  EXPECT_EQ(Read(TextOf(facts, both))->models.size(), 1U);
 }
 
 TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
@@ -45,8 +56,9 @@ TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
   facts.qualities = Choices{std::vector<std::string>(1000, "q"), "q"};
   facts.digitalInputs = 2'000'000'000;
   facts.streamCount = -5;
-  const auto model = Written(facts);
-  ASSERT_TRUE(model);
+  const auto models = Read(TextOf(facts));
+  ASSERT_TRUE(models);
+  const Model* model = &models->models.front();
   EXPECT_EQ(model->channels.values, std::vector<std::string>{"2"});
   EXPECT_EQ(model->resolutions.values, std::vector<std::string>{"640x480"});
   EXPECT_EQ(model->resolutions.preset, "640x480");

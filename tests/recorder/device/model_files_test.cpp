@@ -40,6 +40,8 @@ const MistakeCase kMistakeCases[] = {
     {"DefaultCodec", "/models/0/defaultCodec", R"("check":)", R"("defaultCodec": "MJPEG", "check":)"},
     {"DefaultProtocol", "/models/0/rtsp/default", R"("check":)",
      R"("rtsp": {"protocols": [], "default": "tcp"}, "check":)"},
+    {"TimeBeyondAll", "/models/0/readings/stream/time", R"("check":)",
+     R"("readings": {"stream": {"source": "camera", "time": 253402300800}}, "check":)"},
     {"PathWithoutSlash", "/models/0/stream/path", "/s", "s"},
     {"PathWithLineEnd", "/models/0/stream/path", "/s", R"(/s\r\nX:)"},
     {"PathMissing", "/models/0/snapshot/path", R"(, "path": "/p")", ""},

@@ -48,6 +48,13 @@ void ForgetCameras(const TestRecorder& recorder) {
   std::filesystem::remove_all(recorder.StateFolder() / "capabilities");
 }
 
+std::filesystem::path CameraFile(const TestRecorder& recorder) {
+  for (const auto& file : std::filesystem::directory_iterator(recorder.StateFolder() / "capabilities")) {
+    if (file.path().extension() == ".json") return file.path();
+  }
+  return {};
+}
+
 int Refused(const SimCameras& cameras, const std::string& name) { return cameras.Log(name)["refusedLogins"].asInt(); }
 
 Json::Value Document(const TestRecorder& recorder, const Json::Value& params) {
@@ -151,6 +158,34 @@ TEST(AskedCameras, AnyMethodMayBeTheFirstCall) {
     }
   }
   EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
+  for (const auto& file : std::filesystem::directory_iterator(recorder.StateFolder() / "capabilities")) {
+    EXPECT_THAT(ReadText(file.path()), testing::Not(testing::HasSubstr(kSecret)));
+  }
+}
+
+TEST(AskedCameras, ShowTheChannelThatIsAskedFor) {
+  constexpr char kOnvif[] =
+      R"({"onvif": {"channels": 2}, "stream": [{"path": "/one"}, {"path": "/two", "width": 320, "height": 240}]})";
+  constexpr char kPsia[] =
+      R"({"psia": {"channels": ["1", "2"]}, "stream": [{"path": "/one"}, {"path": "/two", "width": 320, "height": 240}]})";
+  const SimCameras cameras(List({Configured("ONVIF", kOnvif), Configured("PSIA", kPsia)}));
+  const TestRecorder recorder;
+  for (const char* vendor : {"ONVIF", "PSIA"}) {
+    SCOPED_TRACE(vendor);
+    Json::Value params = AnyParams(vendor, cameras.Port(vendor), kSecret);
+    const auto size = [&](const char* channel) {
+      params["camChannel"] = channel;
+      EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0);
+      return recorder.Post("CamCapUserDefineReso", params).json["data"]["userDefineReso"].asString();
+    };
+    EXPECT_EQ(size("2"), "320x240") << "as the first call ever";
+    EXPECT_EQ(size("1"), "640x480");
+    params["camCapCmd"] = 0;
+    for (const auto& [channel, wanted] : {std::pair("2", "320x240"), std::pair("1", "640x480")}) {
+      params["camChannel"] = channel;
+      EXPECT_EQ(Document(recorder, params)["defReso"], wanted);
+    }
+  }
 }
 
 TEST(AskedCameras, TroubleHasItsCode) {
@@ -171,6 +206,11 @@ TEST(AskedCameras, TroubleHasItsCode) {
       {"huge", R"({"onvif": {"trouble": "huge"}})", 468, 457},
       {"endless", R"({"onvif": {"trouble": "endless"}})", 468, 457},
       {"unknownLogin", R"({"onvif": {}, "login": "bearer"})", 468, 457},
+      {"refusedPsia", R"({"psia": {}, "fault": "refused"})", 462, 458},
+      {"silentPsia", R"({"psia": {}, "fault": "silentAfterConnect"})", 463, 458},
+      {"noServicePsia", R"({"psia": {"trouble": "noService"}})", 465, 460},
+      {"htmlPagePsia", R"({"psia": {"trouble": "htmlPage"}})", 468, 460},
+      {"brokenPsia", R"({"psia": {"trouble": "brokenXml"}})", 468, 457},
       {"clock", R"({"onvif": {"login": "token", "clockHours": 3}})", 0, 0},
       {"fault401", R"({"onvif": {"login": "token", "faultStatus": 401}})", 0, 0},
       {"fault500", R"({"onvif": {"login": "token", "faultStatus": 500}})", 0, 0},
@@ -179,6 +219,7 @@ TEST(AskedCameras, TroubleHasItsCode) {
       {"strangeXml", R"({"onvif": {"prefixes": "strange", "badAmpersand": true}})", 0, 0},
       {"sha256", R"({"onvif": {}, "login": "digest-sha256"})", 0, 0},
       {"noLogin", R"({"onvif": {}, "login": "none"})", 0, 0},
+      {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},
       {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
       {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
       {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
@@ -189,7 +230,8 @@ TEST(AskedCameras, TroubleHasItsCode) {
   const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1, .modelsFolder = {}});
   for (const Trouble& trouble : kTroubles) {
     SCOPED_TRACE(trouble.name);
-    Json::Value params = AnyParams("ONVIF", cameras.Port(trouble.name), kSecret);
+    const char* vendor = std::string(trouble.config).find("psia") == std::string::npos ? "ONVIF" : "PSIA";
+    Json::Value params = AnyParams(vendor, cameras.Port(trouble.name), kSecret);
     EXPECT_EQ(Ask(recorder, "CameraTest", params), trouble.testCode) << recorder.Log();
     EXPECT_EQ(Ask(recorder, "CamBatAddVerify", params), trouble.testCode);
     EXPECT_EQ(Ask(recorder, "CamCapRemote", params), trouble.remoteCode);
@@ -227,12 +269,18 @@ TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
   params["camChannel"] = "3";
   EXPECT_EQ(Ask(recorder, "CameraTest", params), 465);
 
-  const auto files = std::filesystem::directory_iterator(recorder.StateFolder() / "capabilities");
-  const std::filesystem::path file = files->path();
+  const std::filesystem::path file = CameraFile(recorder);
   Json::Value json = ParseJson(ReadText(file));
-  Json::Value& channel = json["models"][0]["stream"]["ofChannel"]["1"];
-  channel["time"] = channel["time"].asInt64() - 25 * 60 * 60;
+  for (Json::Value& model : json["models"]) {
+    Json::Value& time = model["readings"]["stream"]["time"];
+    time = time.asInt64() - 25 * 60 * 60;
+  }
   std::ofstream(file) << json;
+  const int refused = Refused(cameras, "kept");
+  params["camPassWord"] = "wrong";
+  EXPECT_EQ(Ask(recorder, "CameraTest", params), 464) << "an old file does not hide a refused login";
+  EXPECT_EQ(Refused(cameras, "kept"), refused + 1);
+  params["camPassWord"] = kSecret;
   params["camChannel"] = "1";
   const int before = asked();
   EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
