@@ -270,10 +270,11 @@ TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
   EXPECT_EQ(Ask(recorder, "CameraTest", params), 465);
 
   const std::filesystem::path file = CameraFile(recorder);
+  constexpr std::int64_t kMoreThanADay = 90'000;  // in seconds
   Json::Value json = ParseJson(ReadText(file));
   for (Json::Value& model : json["models"]) {
     Json::Value& time = model["readings"]["stream"]["time"];
-    time = time.asInt64() - 25 * 60 * 60;
+    time = time.asInt64() - kMoreThanADay;
   }
   std::ofstream(file) << json;
   const int refused = Refused(cameras, "kept");
