@@ -108,7 +108,10 @@ bool MultipartReader::ReadBody() {
     if (buffer_.size() > maxPart_ + delimiter_.size() + 2) state_ = State::kMalformed;
     return false;
   }
-  FinishPart(end > 0 && buffer_[end - 1] == '\r' ? end - 1 : end, end + 1);
+  const std::size_t length = end > 0 && buffer_[end - 1] == '\r' ? end - 1 : end;
+  if (length > maxPart_) state_ = State::kMalformed;
+  if (state_ == State::kMalformed) return false;
+  FinishPart(length, end + 1);
   return true;
 }
 
@@ -122,7 +125,7 @@ std::size_t MultipartReader::FindEnd() {
 
 void MultipartReader::FinishPart(std::size_t length, std::size_t next) {
   constexpr std::string_view kJpegStart = "\xFF\xD8";
-  if (buffer_.starts_with(kJpegStart)) {
+  if (std::string_view(buffer_).substr(0, length).starts_with(kJpegStart)) {
     buffer_.resize(length);
     picture_ = std::move(buffer_);
     state_ = State::kPicture;

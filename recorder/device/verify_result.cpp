@@ -10,6 +10,7 @@ namespace {
 constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
     {Outcome::kOk, CAMERA_VERIFY_PASSED},
     {Outcome::kUnreachable, CAMERA_VERIFY_UNREACHABLE},
+    {Outcome::kBlocked, CAMERA_VERIFY_NOT_UNDERSTOOD},  // "unreachable" would send users to the camera's network
     {Outcome::kTimedOut, CAMERA_VERIFY_TIMED_OUT},
     {Outcome::kLoginRefused, CAMERA_VERIFY_LOGIN_REFUSED},
     {Outcome::kClockUnknown, CAMERA_VERIFY_NOT_UNDERSTOOD},      // the password may be right

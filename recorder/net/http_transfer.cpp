@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "recorder/net/http_status.h"
+#include "recorder/net/socket.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
@@ -16,9 +17,7 @@ constexpr std::size_t kMaxHeaders = std::size_t{64} << 10;  // bytes of all head
 
 constexpr std::pair<CURLcode, Outcome> kCurlOutcomes[] = {
     {CURLE_OK, Outcome::kOk},
-    {CURLE_URL_MALFORMAT, Outcome::kUnreachable},  // a host name or port that cannot exist
-    {CURLE_COULDNT_RESOLVE_HOST, Outcome::kUnreachable},
-    {CURLE_COULDNT_CONNECT, Outcome::kUnreachable},
+    {CURLE_URL_MALFORMAT, Outcome::kUnreachable},             // a host name or port that cannot exist
     {CURLE_OPERATION_TIMEDOUT, Outcome::kTimedOut},           // connected or not: the user's remedy is the same
     {CURLE_UNSUPPORTED_PROTOCOL, Outcome::kNotThisProtocol},  // the answer has no HTTP status line
     {CURLE_WEIRD_SERVER_REPLY, Outcome::kNotThisProtocol},
@@ -65,12 +64,15 @@ CurlList MakeHeaders(const OutgoingRequest& request, const std::string& authoriz
 HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody)
     : place_(place), reader_(reader), url_(MakeUrl(place)), curl_(MakeCurl()) {
   SetLimits(maxBody);
+  SetConnecting();
   SetCallbacks();
 }
 
 Outcome HttpTransfer::Perform(const OutgoingRequest& request, const std::string& authorization, Connection connection,
                               Clock::time_point deadline) {
   answer_ = {};
+  connected_ = Outcome::kOk;
+  deadline_ = deadline;
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
   if (left <= 0) return Outcome::kTimedOut;
   if (!url_) return Outcome::kUnreachable;
@@ -113,11 +115,19 @@ void HttpTransfer::SetLimits(std::size_t maxBody) {
   Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   Set(CURLOPT_PROXY, "");
   Set(CURLOPT_NOSIGNAL, 1L);
-  Set(CURLOPT_QUICK_EXIT, 1L);  // a name lookup that hangs must not hold up the answer
   Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBody));
   // Cameras sign their own certificates: an encrypted picture beats none, and the log says so.
   Set(CURLOPT_SSL_VERIFYPEER, 0L);
   Set(CURLOPT_SSL_VERIFYHOST, 0L);
+}
+
+/// libcurl gets a connection that is made already. It believes that it goes to an address that needs no lookup.
+void HttpTransfer::SetConnecting() {
+  Append(connectTo_, "::127.0.0.1:");
+  Set(CURLOPT_CONNECT_TO, connectTo_.get());
+  Set(CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::OnOpenSocket);
+  Set(CURLOPT_OPENSOCKETDATA, this);
+  Set(CURLOPT_SOCKOPTFUNCTION, &HttpTransfer::OnSocketOpened);
 }
 
 void HttpTransfer::SetCallbacks() {
@@ -146,7 +156,8 @@ void HttpTransfer::SetBody(const OutgoingRequest& request) {
 
 Outcome HttpTransfer::OutcomeOf(CURLcode code) {
   const bool isStoppedByUs = code == CURLE_WRITE_ERROR && answer_.isEnough;
-  const Outcome outcome = isStoppedByUs ? Outcome::kOk : Translate(kCurlOutcomes, code, Outcome::kNotUnderstood);
+  Outcome outcome = isStoppedByUs ? Outcome::kOk : Translate(kCurlOutcomes, code, Outcome::kNotUnderstood);
+  if (connected_ != Outcome::kOk) outcome = connected_;  // libcurl knows only that there is no connection
   answer_.isWhole = outcome == Outcome::kOk;
   answer_.isUnanswered = (code == CURLE_GOT_NOTHING || code == CURLE_RECV_ERROR) && answer_.headerBytes == 0;
   return outcome;
@@ -162,6 +173,15 @@ void HttpTransfer::ReportCertificate() {
 }
 
 // libcurl is C: nothing may be thrown through it.
+
+curl_socket_t HttpTransfer::OnOpenSocket(void* self, curlsocktype, curl_sockaddr*) try {
+  auto& transfer = *static_cast<HttpTransfer*>(self);
+  FileDescriptor connection;
+  transfer.connected_ = ConnectTo(transfer.place_.host, transfer.place_.port, transfer.deadline_, connection);
+  return connection ? connection.Release() : CURL_SOCKET_BAD;  // libcurl closes it
+} catch (const std::bad_alloc&) {
+  return CURL_SOCKET_BAD;
+}
 
 std::size_t HttpTransfer::OnHeader(const char* line, std::size_t, std::size_t length, void* self) try {
   return static_cast<HttpTransfer*>(self)->TakeHeader(std::string_view(line, length)) ? length : 0;

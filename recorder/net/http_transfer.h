@@ -32,8 +32,8 @@ class AnswerReader {
   virtual BodyReader::Step Read(std::string_view bytes) = 0;
 };
 
-/// libcurl's part: one request after the other to one host and port, over at most one connection at a time. Knows
-/// nothing of logins but that their header must not be repeated by accident.
+/// libcurl's part, but for connecting, which is ConnectTo's: one request after the other to one host and port, over at
+/// most one connection at a time. Knows nothing of logins but that their header must not be repeated by accident.
 class HttpTransfer {
  public:
   enum class Connection {
@@ -80,11 +80,16 @@ class HttpTransfer {
   }
 
   void SetLimits(std::size_t maxBody);
+  void SetConnecting();
   void SetCallbacks();
   void SetTarget(const std::string& path);
   void SetBody(const OutgoingRequest& request);
   Outcome OutcomeOf(CURLcode code);
   void ReportCertificate();
+
+  // Called by libcurl, which neither looks names up nor connects.
+  static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr*);
+  static int OnSocketOpened(void*, curl_socket_t, curlsocktype) { return CURL_SOCKOPT_ALREADY_CONNECTED; }
 
   // Called by libcurl. They return the number of bytes taken; any other number ends the transfer.
   static std::size_t OnHeader(const char* line, std::size_t, std::size_t length, void* self);
@@ -95,7 +100,10 @@ class HttpTransfer {
   const HttpPlace& place_;
   AnswerReader& reader_;
   UrlHandle url_;  // libcurl reads it during a request
+  CurlList connectTo_;
   CurlHandle curl_;
+  Clock::time_point deadline_;
+  Outcome connected_ = Outcome::kOk;  // of the last attempt, if there was one
   Answer answer_;
   bool isCertificateReported_ = false;
 };

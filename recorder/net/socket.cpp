@@ -17,6 +17,7 @@
 #include <thread>
 #include <utility>
 
+#include "recorder/utility/address_policy.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -78,7 +79,8 @@ bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
   }
 }
 
-Outcome ConnectTo(const addrinfo& address, Clock::time_point deadline, FileDescriptor& connection) {
+Outcome ConnectToAddress(const addrinfo& address, Clock::time_point deadline, FileDescriptor& connection) {
+  if (!MayConnectTo(*address.ai_addr)) return Outcome::kBlocked;
   FileDescriptor candidate(socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!candidate) return Outcome::kUnreachable;
   if (connect(candidate.Get(), address.ai_addr, address.ai_addrlen) != 0) {
@@ -99,22 +101,27 @@ bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK || e
 
 }  // namespace
 
-Outcome Socket::Connect(const std::string& host, int port, Clock::time_point deadline) {
-  descriptor_ = FileDescriptor();
+Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline, FileDescriptor& connection) {
   AddressList addresses;
   if (const Outcome outcome = Resolve(host, port, deadline, addresses); outcome != Outcome::kOk) return outcome;
   int left = 0;
   for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) ++left;
 
-  Outcome failure = Outcome::kUnreachable;
+  Outcome failure = Outcome::kBlocked;
   for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next, --left) {
     // A silent address gets its share of the time, so that the next one has a chance.
     const Clock::time_point now = Clock::now();
-    const Outcome outcome = ConnectTo(*address, now + (deadline - now) / left, descriptor_);
+    const Outcome outcome = ConnectToAddress(*address, now + (deadline - now) / left, connection);
     if (outcome == Outcome::kOk) return outcome;
-    if (outcome == Outcome::kTimedOut) failure = outcome;
+    const bool tellsMore = outcome == Outcome::kTimedOut || failure == Outcome::kBlocked;
+    if (tellsMore) failure = outcome;
   }
   return failure;
+}
+
+Outcome Socket::Connect(const std::string& host, int port, Clock::time_point deadline) {
+  descriptor_ = FileDescriptor();
+  return ConnectTo(host, port, deadline, descriptor_);
 }
 
 Outcome Socket::Write(std::span<const std::uint8_t> bytes, Clock::time_point deadline) {

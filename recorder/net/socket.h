@@ -11,12 +11,18 @@
 
 namespace recorder {
 
+/// Connects to the first address of `host` that accepts, as far as the recorder's address policy allows it. All
+/// connections to cameras are made here. The descriptor does not block and is not inherited by child processes; on
+/// failure `connection` is untouched. kUnreachable: no such name, no route, refused everywhere; kBlocked: the policy
+/// allows none of its addresses; kTimedOut: the deadline, or an address's share of it, passed without an answer.
+[[nodiscard]] Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline,
+                                FileDescriptor& connection);
+
 /// One TCP connection to a camera. Never blocks past the deadline that a call is given, the name's lookup included, and
 /// is not inherited by child processes. Used by one thread at a time; closed by the destructor.
 class Socket {
  public:
-  /// Connects to the first address of `host` that accepts. kUnreachable: no such name, no route, refused everywhere;
-  /// kTimedOut: the deadline, or an address's share of it, passed without an answer. An earlier connection is closed.
+  /// As ConnectTo. An earlier connection is closed.
   [[nodiscard]] Outcome Connect(const std::string& host, int port, Clock::time_point deadline);
 
   /// Sends all of `bytes`. kNotUnderstood: the camera closed the connection.

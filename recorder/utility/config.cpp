@@ -15,6 +15,7 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
+constexpr int kVersion = 1;
 constexpr int kShortestLimitMs = 100;
 constexpr int kLongestLimitMs = 300'000;
 constexpr auto kDefaultPicture = "../images/add_camera_default.png";
@@ -36,6 +37,17 @@ class ObjectReader {
     if (value.isNull()) Fail(member, "missing");
     if (!value.isString() || value.asString().empty()) Fail(member, "must be a path");
     return fs::absolute(file_).parent_path() / value.asString();
+  }
+
+  /// Call first: of a newer file's members it is not known what they mean.
+  void RefuseNewerThan(int known) {
+    const Json::Value& value = Take("version");
+    if (value.isNull()) return;
+    if (!value.isInt() || value.asInt() < 1) Fail("version", "must be a whole number from 1");
+    if (value.asInt() > known) {
+      Fail("version", "is " + std::to_string(value.asInt()) + ", this program knows version " + std::to_string(known) +
+                          "; use a newer program");
+    }
   }
 
   void Read(const char* member, bool& target) {
@@ -62,6 +74,16 @@ class ObjectReader {
     for (const Json::Value& entry : value) {
       if (!entry.isString() || entry.asString().empty()) Fail(member, "must be a list of texts");
       target.push_back(entry.asString());
+    }
+  }
+
+  void Read(const char* member, std::vector<AddressRange>& target) {
+    std::vector<std::string> texts;
+    Read(member, texts);
+    for (const std::string& text : texts) {
+      const std::optional<AddressRange> range = ParseAddressRange(text);
+      if (!range) Fail(member, '"' + text + "\" is no range of addresses such as 10.1.0.0/16 or fe80::/10");
+      target.push_back(*range);
     }
   }
 
@@ -122,6 +144,7 @@ void CheckFiles(const Config& config, const ObjectReader& reader) {
 Config LoadConfig(const fs::path& file) {
   const Json::Value root = Parse(file);
   ObjectReader reader{file, root, ""};
+  reader.RefuseNewerThan(kVersion);
   Config config;
   config.stateFolder = reader.Path("stateFolder");
   config.modelsFolder = reader.Path("modelsFolder");
@@ -133,6 +156,10 @@ Config LoadConfig(const fs::path& file) {
   limits.Read("testMs", config.limits.test);
   limits.Read("pictureMs", config.limits.picture);
   limits.RefuseOthers();
+  ObjectReader addressPolicy = reader.Object("addressPolicy");
+  addressPolicy.Read("allow", config.addressPolicy.allow);
+  addressPolicy.Read("deny", config.addressPolicy.deny);
+  addressPolicy.RefuseOthers();
   reader.RefuseOthers();
   CheckFiles(config, reader);
   return config;
@@ -142,6 +169,7 @@ void StartUtility(const Config& config) {
   PrepareSodium();
   currentConfig = config;
   SetCameraLimits(config.limits);
+  SetAddressPolicy(config.addressPolicy);
   const Records records{config.stateFolder};  // a mistake shows now and not with the first request
 }
 

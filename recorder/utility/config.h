@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "recorder/utility/address_policy.h"
 #include "recorder/utility/request_scope.h"
 
 namespace recorder {
@@ -17,6 +18,7 @@ struct Config {
   std::filesystem::path workFolder;    ///< where processes work; "../images/" is beside it
   bool cmsHost = false;                ///< this recorder manages a group of recording servers
   CameraLimits limits;
+  AddressPolicy addressPolicy;
   std::vector<std::string> hostNames;  ///< names of this server, besides the loopback ones, that requests may go to
 };
 
@@ -27,12 +29,12 @@ class ConfigError : public std::runtime_error {
 };
 
 /// Reads and checks a configuration file. Relative paths in it start at the file's own folder; all paths of the result
-/// are absolute. Throws ConfigError.
+/// are absolute. A file of a newer version is refused. Throws ConfigError.
 Config LoadConfig(const std::filesystem::path& file);
 
-/// Prepares what the platform functions of this folder need: libsodium, the state folder with key and records, and the
-/// limits. Call once at start, before the first request and before there are threads. Throws std::exception with a text
-/// for the administrator.
+/// Prepares what the platform functions of this folder need: libsodium, the state folder with key and records, the
+/// limits and the address policy. Call once at start, before the first request and before there are threads. Throws
+/// std::exception with a text for the administrator.
 void StartUtility(const Config& config);
 
 /// The configuration that StartUtility was given; empty before. Any thread.

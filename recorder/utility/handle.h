@@ -40,6 +40,9 @@ class FileDescriptor {
   explicit operator bool() const { return descriptor_ >= 0; }
   int Get() const { return descriptor_; }
 
+  /// Hands the descriptor over to the caller.
+  int Release() { return std::exchange(descriptor_, -1); }
+
  private:
   void Close() {
     if (descriptor_ >= 0) close(descriptor_);

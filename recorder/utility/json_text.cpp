@@ -4,9 +4,15 @@
 
 #include <memory>
 
+#include "recorder/utility/text.h"
+
 namespace recorder {
 
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& mistakes) {
+  if (!IsUtf8(text)) {
+    mistakes = "the text is not UTF-8";
+    return std::nullopt;
+  }
   constexpr int kDeepest = 64;
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);

@@ -8,6 +8,8 @@ std::string_view Describe(Outcome outcome) {
       return "no failure";
     case Outcome::kUnreachable:
       return "not reachable";
+    case Outcome::kBlocked:
+      return "address not allowed by this recorder's policy";
     case Outcome::kTimedOut:
       return "timed out";
     case Outcome::kLoginRefused:

@@ -8,6 +8,7 @@ namespace recorder {
 enum class Outcome {
   kOk,
   kUnreachable,       ///< host not found, no route, connection refused
+  kBlocked,           ///< nothing was sent: the recorder's policy does not let callers have that address contacted
   kTimedOut,          ///< connected or not, no answer before the deadline
   kLoginRefused,      ///< user or password refused
   kClockUnknown,      ///< login refused, but the camera's clock, which the login depends on, could not be read

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "recorder/utility/text.h"
+
 namespace recorder {
 
 namespace {
@@ -33,6 +35,9 @@ std::string ToText(const Json::Value& json) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["emitUTF8"] = true;
+  std::string text = Json::writeString(builder, json);
+  if (IsUtf8(text)) return text;
+  builder["emitUTF8"] = false;  // the writer then escapes, and replaces what is no character
   return Json::writeString(builder, json);
 }
 

@@ -15,7 +15,7 @@ std::string ToCgi(const ApiAnswer& answer);
 /// Why the module did not get to see the request.
 std::string ToCgi(const HttpError& error);
 
-/// `json` on one line, text in UTF-8 as it is.
+/// `json` on one line, in UTF-8: text as it is, but where some of it (a caller's or a camera's) is no UTF-8.
 std::string ToText(const Json::Value& json);
 
 }  // namespace recorder

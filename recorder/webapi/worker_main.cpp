@@ -13,6 +13,7 @@
 #include <exception>
 #include <string>
 
+#include "recorder/utility/address_policy.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/service.h"
 #include "recorder/webapi/cgi_answer.h"
@@ -23,9 +24,15 @@ namespace recorder {
 
 namespace {
 
+/// Requests must not be able to send the recorder to itself. `port` is a variable of CGI (RFC 3875 section 4.1.15).
+void LearnOwnPort(const char* port) {
+  if (port != nullptr) SetOwnPort(std::atoi(port));  // NOLINT(cert-err34-c): the server writes it
+}
+
 std::string Answer(const std::function<const char*(const char*)>& variable,
                    const std::function<std::string(std::size_t)>& readBody, const Host& host) {
   try {
+    LearnOwnPort(variable("SERVER_PORT"));
     const HttpRequest request = ReadHttpRequest(variable, readBody);
     return ToCgi(RunCall(ToApiCall(request, host.module, host.config.hostNames)));
   } catch (const HttpError& error) {

@@ -60,8 +60,9 @@ Outcome OutcomeOfNoSoap(const HttpAnswer& answer) {
 
 /// True for a failure of the conversation and not of one request.
 bool EndsConversation(Outcome outcome) {
-  return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kLoginRefused ||
-         outcome == Outcome::kLoginUnsupported || outcome == Outcome::kClockUnknown;
+  return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
+         outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported ||
+         outcome == Outcome::kClockUnknown;
 }
 
 }  // namespace

@@ -35,8 +35,8 @@ class Conversation {
  private:
   /// Failures after which every other question would fail alike; a mere status is about its own question.
   static bool IsEnd(Outcome outcome) {
-    return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kLoginRefused ||
-           outcome == Outcome::kLoginUnsupported;
+    return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
+           outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported;
   }
 
   HttpSession session_;

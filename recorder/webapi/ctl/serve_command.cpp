@@ -37,8 +37,13 @@ constexpr std::chrono::seconds kStartLimit{15};
 
 struct ServeOptions {
   int port = 0;
-  int cameraWorkers = 4;  // for methods that wait for cameras
-  int listWorkers = 2;    // for methods that do not, so that silent cameras keep nobody from the lists
+  int cameraWorkers = 4;    // for methods that wait for cameras
+  int listWorkers = 2;      // for methods that do not, so that silent cameras keep nobody from the lists
+  std::string certificate;  // PEM file with the certificate chain; "": no TLS
+  std::string key;          // PEM file with its key; "": in the same file
+  std::string worker;       // program; "": recorder-webapi beside this one
+
+  bool HasTls() const { return !certificate.empty(); }
 };
 
 int FindFreePort() {
@@ -128,6 +133,13 @@ $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
 }
 )";
 
+constexpr char kTlsConfiguration[] = R"(
+server.modules += ( "mod_openssl" )
+ssl.engine = "enable"
+ssl.pemfile = var.run + "/certificate"
+ssl.privkey = var.run + "/key"
+)";
+
 std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptions& options) {
   std::string listMethods;
   for (const std::string_view method : ListMethods())
@@ -135,6 +147,7 @@ std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptio
   std::string text = kServerConfiguration;
   constexpr std::string_view kPlace = "LIST_METHODS";
   text.replace(text.find(kPlace), kPlace.size(), listMethods);
+  if (options.HasTls()) text += kTlsConfiguration;
   return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) +
          "\nvar.cameraWorkers = " + std::to_string(options.cameraWorkers) +
          "\nvar.listWorkers = " + std::to_string(options.listWorkers) + text;
@@ -207,6 +220,11 @@ sigset_t BlockEndSignals() {
   return signals;
 }
 
+path WorkerProgram(const ServeOptions& options) {
+  if (!options.worker.empty()) return std::filesystem::absolute(options.worker);
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-webapi";
+}
+
 void Serve(const ServeOptions& options, const std::string& configOption) {
   const sigset_t endSignals = BlockEndSignals();
   const path configFile = FindConfigFile(configOption);
@@ -217,13 +235,17 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   std::filesystem::create_directory(run / "www");
   WriteServerErrors(run);
   std::filesystem::create_symlink(UsersFile(config.stateFolder), run / "users");
-  std::filesystem::create_symlink(std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-webapi",
-                                  run / "worker");
+  std::filesystem::create_symlink(WorkerProgram(options), run / "worker");
+  if (options.HasTls()) {
+    std::filesystem::create_symlink(std::filesystem::absolute(options.certificate), run / "certificate");
+    const std::string& key = options.key.empty() ? options.certificate : options.key;
+    std::filesystem::create_symlink(std::filesystem::absolute(key), run / "key");
+  }
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
 
   int port = 0;
   const std::unique_ptr<WebServer> server = StartServer(run, options, port);
-  std::cout << "http://127.0.0.1:" << port << "/" << std::endl;
+  std::cout << (options.HasTls() ? "https" : "http") << "://127.0.0.1:" << port << "/" << std::endl;
 
   const timespec interval{.tv_sec = 0, .tv_nsec = 200'000'000};
   while (sigtimedwait(&endSignals, nullptr, &interval) < 0) {
@@ -243,6 +265,15 @@ void AddServeCommand(CLI::App& app, const std::string& configOption) {
   command->add_option("--list-workers", options->listWorkers, "worker processes for all other methods")
       ->check(CLI::Range(1, 64))
       ->capture_default_str();
+  CLI::Option* certificate =
+      command->add_option("--tls-certificate", options->certificate, "serve https with this certificate (PEM file)")
+          ->check(CLI::ExistingFile);
+  command->add_option("--tls-key", options->key, "the certificate's key (PEM file; default: it is in the same file)")
+      ->check(CLI::ExistingFile)
+      ->needs(certificate);
+  command->add_option("--worker", options->worker, "program of the workers (default: recorder-webapi beside this one)")
+      ->check(CLI::ExistingFile)
+      ->envname("RECORDER_WORKER");
   command->callback([options, &configOption] { Serve(*options, configOption); });
 }
 

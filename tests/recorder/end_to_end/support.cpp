@@ -14,7 +14,14 @@ namespace end_to_end {
 
 namespace {
 
-const std::filesystem::path kPrograms = PROGRAM_FOLDER;
+/// The environment may name a recorder of another build to be tested: one with a sanitizer, or for another machine.
+std::filesystem::path FromEnvironment(const char* name, const char* usual) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? usual : value;
+}
+
+const std::filesystem::path kPrograms = FromEnvironment("TEST_PROGRAMS", PROGRAM_FOLDER);
+const std::filesystem::path kModule = FromEnvironment("TEST_MODULE", MODULE_FILE);
 const std::filesystem::path kSource = SOURCE_FOLDER;
 constexpr char kUser[] = "tester";
 constexpr char kPassword[] = "login of the tester";
@@ -122,7 +129,7 @@ SimCameras::SimCameras(const Json::Value& cameras) {
   Json::Value config;
   config["cameras"] = cameras;
   const std::filesystem::path file = folder_.Write("cameras.json", ToText(config));
-  process_ = std::make_unique<Process>(std::vector<std::string>{(kPrograms / "simcam").string(), file.string()},
+  process_ = std::make_unique<Process>(std::vector<std::string>{PROGRAM_FOLDER "/simcam", file.string()},
                                        folder_.Path() / "log");
   const Json::Value started = ParseJson(process_->ReadLine());
   for (const Json::Value& camera : started["cameras"]) {
@@ -148,18 +155,21 @@ TestRecorder::TestRecorder(const Options& options) {
   Json::Value config;
   config["stateFolder"] = "state";
   config["modelsFolder"] = (options.modelsFolder.empty() ? kSource / "models" : options.modelsFolder).string();
-  config["module"] = MODULE_FILE;
+  config["module"] = kModule.string();
   config["workFolder"] = (kSource / "models").string();
   config["limits"]["testMs"] = options.testMs;
   config["limits"]["pictureMs"] = options.pictureMs;
+  for (const std::string& range : options.allow) config["addressPolicy"]["allow"].append(range);
+  for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
   configFile_ = folder_.Write("recorder.json", ToText(config));
   const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + "\n");
   if (user.status != 0) throw std::runtime_error(user.output);
 
-  server_ = std::make_unique<Process>(
-      std::vector<std::string>{(kPrograms / "recorderctl").string(), "--config", configFile_.string(), "serve",
-                               "--workers", std::to_string(options.workers)},
-      folder_.Path() / "log");
+  std::vector<std::string> command = {
+      (kPrograms / "recorderctl").string(), "--config", configFile_.string(), "serve", "--workers",
+      std::to_string(options.workers)};
+  command.insert(command.end(), options.serveArguments.begin(), options.serveArguments.end());
+  server_ = std::make_unique<Process>(std::move(command), folder_.Path() / "log");
   const std::string address = server_->ReadLine();  // http://127.0.0.1:PORT/
   port_ = std::stoi(address.substr(address.rfind(':') + 1));
 }

@@ -80,7 +80,10 @@ class TestRecorder {
     int testMs = 5000;
     int pictureMs = 5000;
     int workers = 2;
-    std::filesystem::path modelsFolder;  ///< empty: the models of this repository
+    std::filesystem::path modelsFolder;                       ///< empty: the models of this repository
+    std::vector<std::string> allow = {"127.0.0.0/8", "::1"};  ///< addresses to open; simulated cameras are there
+    std::vector<std::string> deny = {};
+    std::vector<std::string> serveArguments = {};
   };
   TestRecorder();
   explicit TestRecorder(const Options& options);

@@ -12,8 +12,9 @@
 namespace recorder {
 namespace {
 
-constexpr auto kGood = R"({"stateFolder": "state", "modelsFolder": "models", "module": "/etc/passwd",
-  "workFolder": "models", "cmsHost": true, "hostNames": ["nvr.example"], "limits": {"testMs": 2500, "pictureMs": 20000}})";
+constexpr auto kGood = R"({"version": 1, "stateFolder": "state", "modelsFolder": "models", "module": "/etc/passwd",
+  "workFolder": "models", "cmsHost": true, "hostNames": ["nvr.example"],
+  "addressPolicy": {"allow": ["127.0.0.0/8"], "deny": ["10.1.0.0/16"]}, "limits": {"testMs": 2500, "pictureMs": 20000}})";
 
 struct ConfigCase {
   const char* name;
@@ -23,9 +24,14 @@ struct ConfigCase {
 };
 
 const ConfigCase kConfigCases[] = {
-    {"NotJson", "{\"stateFolder\"", "{stateFolder", "Line 1"},
+    {"NotJson", "{\"version\"", "{version", "Line 1"},
     {"NotAnObject", kGood, "[]", "one JSON object"},
     {"MemberMissing", "\"stateFolder\"", "\"module2\"", "stateFolder: missing"},
+    {"VersionIsNewer", R"("version": 1)", R"("later": {}, "version": 2)",
+     "version: is 2, this program knows version 1"},
+    {"VersionIsNoNumber", R"("version": 1)", R"("version": "1")", "version: must be a whole number"},
+    {"RangeIsNone", "10.1.0.0/16", "10.1.0.0/33", "addressPolicy.deny: \"10.1.0.0/33\" is no range"},
+    {"PolicyUnknown", "\"deny\"", "\"forbid\"", "addressPolicy.forbid: unknown member"},
     {"MemberUnknown", "cmsHost", "cmshost", "cmshost: unknown member"},
     {"MemberTwice", "\"cmsHost\": true", "\"cmsHost\": true, \"cmsHost\": false", "Duplicate key"},
     {"FlagIsText", "true", "\"true\"", "cmsHost: must be true or false"},
@@ -43,7 +49,8 @@ TEST_P(ConfigTest, NamesFileMemberAndMistake) {
   folder.Write("images/add_camera_default.png", "picture");
   folder.Write("models/readme", "");
   EXPECT_NO_THROW(LoadConfig(folder.Write("good.json", kGood)));
-  const auto file = folder.Write("recorder.json", Replaced(kGood, GetParam().from, GetParam().to));
+  const std::string mistaken = Replaced(kGood, GetParam().from, GetParam().to);
+  const auto file = folder.Write("recorder.json", mistaken);
   try {
     LoadConfig(file);
     FAIL() << "accepted";
@@ -51,6 +58,7 @@ TEST_P(ConfigTest, NamesFileMemberAndMistake) {
     EXPECT_NE(std::string(error.what()).find(file.string()), std::string::npos) << error.what();
     EXPECT_NE(std::string(error.what()).find(GetParam().says), std::string::npos) << error.what();
   }
+  EXPECT_EQ(ReadFile(file), mistaken);
 }
 
 INSTANTIATE_TEST_SUITE_P(Mistake, ConfigTest, testing::ValuesIn(kConfigCases), kByName);
@@ -58,10 +66,12 @@ INSTANTIATE_TEST_SUITE_P(Mistake, ConfigTest, testing::ValuesIn(kConfigCases), k
 TEST(ConfigSchemaTest, KnowsTheSameMembers) {
   Json::Value schema;
   Json::Value good;
-  std::istringstream(ReadFile(CONFIG_SCHEMA)) >> schema;
+  std::istringstream(ReadFile(SOURCE_FOLDER "/docs/config.schema.json")) >> schema;
   std::istringstream(kGood) >> good;
   EXPECT_EQ(schema["properties"].getMemberNames(), good.getMemberNames());
-  EXPECT_EQ(schema["properties"]["limits"]["properties"].getMemberNames(), good["limits"].getMemberNames());
+  for (const char* member : {"addressPolicy", "limits"}) {
+    EXPECT_EQ(schema["properties"][member]["properties"].getMemberNames(), good[member].getMemberNames());
+  }
 }
 
 }  // namespace
