@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -46,6 +47,8 @@ std::string Answer(const std::function<const char*(const char*)>& variable,
 void ServeFastCgi(const Host& host) {
   FCGX_Request request;
   if (FCGX_Init() != 0 || FCGX_InitRequest(&request, 0, 0) != 0) throw std::runtime_error("cannot start FastCGI");
+  // libfcgi 2.4.2 takes SIGTERM for a wish to stop accepting, and may then poll a closed descriptor for ever.
+  std::signal(SIGTERM, SIG_DFL);
   while (FCGX_Accept_r(&request) == 0) {
     const std::string answer = Answer([&](const char* name) { return FCGX_GetParam(name, request.envp); },
                                       [&](std::size_t size) {

@@ -24,6 +24,7 @@
 #include "recorder/webapi/api_call.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/users.h"
+#include "recorder/webapi/ctl/worker_pool.h"
 #include "recorder/webapi/host.h"
 
 namespace recorder {
@@ -106,7 +107,7 @@ void WriteServerErrors(const RunFolder& run) {
   }
 }
 
-/// Configuration of lighttpd: it brings logins, limits and the restart of a dead worker. Bodies a little too large are
+/// Configuration of lighttpd: it brings logins and limits. Bodies a little too large are
 /// let through to the workers, which refuse them at less cost than a closed connection. The type of its error files
 /// comes from their name, which always ends in ".html".
 constexpr char kServerConfiguration[] = R"(
@@ -124,12 +125,10 @@ auth.backend = "htpasswd"
 auth.backend.htpasswd.userfile = var.run + "/users"
 auth.require = ( "/api/" => ( "method" => "basic", "realm" => "recorder", "require" => "valid-user" ) )
 fastcgi.server = ( "/" => ( (
-  "socket" => var.run + "/cameras.sock", "bin-path" => var.run + "/worker",
-  "max-procs" => var.cameraWorkers, "check-local" => "disable" ) ) )
+  "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
   fastcgi.server = ( "/" => ( (
-    "socket" => var.run + "/lists.sock", "bin-path" => var.run + "/worker",
-    "max-procs" => var.listWorkers, "check-local" => "disable" ) ) )
+    "socket" => var.run + "/lists.sock", "check-local" => "disable" ) ) )
 }
 )";
 
@@ -148,12 +147,10 @@ std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptio
   constexpr std::string_view kPlace = "LIST_METHODS";
   text.replace(text.find(kPlace), kPlace.size(), listMethods);
   if (options.HasTls()) text += kTlsConfiguration;
-  return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) +
-         "\nvar.cameraWorkers = " + std::to_string(options.cameraWorkers) +
-         "\nvar.listWorkers = " + std::to_string(options.listWorkers) + text;
+  return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) + text;
 }
 
-/// A running lighttpd with its workers, which end with this object and with this process.
+/// A running lighttpd, which ends with this object and with this process.
 class WebServer {
  public:
   explicit WebServer(const path& configuration) {
@@ -211,11 +208,11 @@ std::unique_ptr<WebServer> StartServer(const RunFolder& run, const ServeOptions&
   throw std::runtime_error("the web server did not start");
 }
 
-/// Blocks the signals that end the program; call before anything is started.
-sigset_t BlockEndSignals() {
+/// Blocks the signals that end the program, and the one of a child's end; call before anything is started.
+sigset_t BlockSignals() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
   return signals;
 }
@@ -226,7 +223,7 @@ path WorkerProgram(const ServeOptions& options) {
 }
 
 void Serve(const ServeOptions& options, const std::string& configOption) {
-  const sigset_t endSignals = BlockEndSignals();
+  const sigset_t signals = BlockSignals();
   const path configFile = FindConfigFile(configOption);
   const Config config = StartPlatform(configFile);
   const ModuleLibrary module(config.module);  // what is wrong with it is said here, not by a worker that dies
@@ -235,21 +232,24 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   std::filesystem::create_directory(run / "www");
   WriteServerErrors(run);
   std::filesystem::create_symlink(UsersFile(config.stateFolder), run / "users");
-  std::filesystem::create_symlink(WorkerProgram(options), run / "worker");
   if (options.HasTls()) {
     std::filesystem::create_symlink(std::filesystem::absolute(options.certificate), run / "certificate");
     const std::string& key = options.key.empty() ? options.certificate : options.key;
     std::filesystem::create_symlink(std::filesystem::absolute(key), run / "key");
   }
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
+  WorkerPool cameraWorkers(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers);
+  WorkerPool listWorkers(run / "lists.sock", WorkerProgram(options), options.listWorkers);
 
   int port = 0;
   const std::unique_ptr<WebServer> server = StartServer(run, options, port);
   std::cout << (options.HasTls() ? "https" : "http") << "://127.0.0.1:" << port << "/" << std::endl;
 
   const timespec interval{.tv_sec = 0, .tv_nsec = 200'000'000};
-  while (sigtimedwait(&endSignals, nullptr, &interval) < 0) {
+  for (int signal = SIGCHLD; signal < 0 || signal == SIGCHLD; signal = sigtimedwait(&signals, nullptr, &interval)) {
     if (server->HasEnded()) throw std::runtime_error("the web server has ended");
+    cameraWorkers.Replenish();
+    listWorkers.Replenish();
   }
 }
 

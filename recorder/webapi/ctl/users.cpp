@@ -18,7 +18,7 @@ using std::filesystem::path;
 
 /// bcrypt as htpasswd(1) writes it. The cost is the logarithm of the rounds; the server pays it with each login.
 constexpr auto kHashMethod = "$2y$";
-constexpr unsigned long kHashCost = 8;
+constexpr unsigned long kHashCost = 5;
 constexpr std::size_t kLongestPassword = 72;  // bytes; bcrypt does not see more
 
 std::string HashOf(const std::string& password) {
