@@ -176,7 +176,8 @@ Outcome RtspClient::Request(std::string_view method, const std::string& uri, con
   for (int challenges = 0;; ++challenges) {
     const bool loginIsSent = challenge_.has_value();
     Outcome outcome = Exchange(method, uri, headers);
-    if (isClosed_ && loginIsSent && !loginIsProven_) return Outcome::kLoginRefused;  // the camera's way to say so
+    const bool isUnanswered = isClosed_ && !parser_.HasPart();
+    if (isUnanswered && loginIsSent && !loginIsProven_) return Outcome::kLoginRefused;  // the camera's way to say so
     if (outcome != Outcome::kOk) return outcome;
     const int status = parser_.Message().status;
     if (status != kUnauthorized) {

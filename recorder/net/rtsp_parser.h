@@ -55,6 +55,8 @@ class RtspParser {
   Item Next();
   const RtspMessage& Message() const { return message_; }
   const InterleavedPacket& Packet() const { return packet_; }
+  /// True after kNone when a message or packet has begun to come.
+  bool HasPart() const { return begin_ < end_; }
 
  private:
   std::string_view Unread() const;
