@@ -162,7 +162,7 @@ RtspParser::Item RtspParser::NextMessage() {
   return Item::kMessage;
 }
 
-/// Goes on to where a packet or an answer may begin again. False when that is not in sight.
+/// Goes on to where a packet or a message may begin again. False when that is not in sight.
 bool RtspParser::SkipStrayBytes() {
   const std::string_view bytes = Unread();
   std::size_t skipped = 1;
@@ -170,7 +170,7 @@ bool RtspParser::SkipStrayBytes() {
     const std::string_view rest = bytes.substr(skipped);
     const bool isPacket = rest.front() == '$' && (rest.size() < 2 || rest[1] == static_cast<char>(rtpChannel_) ||
                                                   rest[1] == static_cast<char>(rtcpChannel_));
-    if (isPacket || LikenessTo(rest, kAnswerStart) != Likeness::kNo) break;
+    if (isPacket || LikenessToMessage(rest) != Likeness::kNo) break;
   }
   begin_ += skipped;
   return begin_ < end_;

@@ -1,6 +1,7 @@
 #include "recorder/net/sdp.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "recorder/net/text.h"
 
@@ -8,27 +9,41 @@ namespace recorder {
 namespace {
 
 constexpr std::string_view kSessionLines = "v=0\r\no=- 0 0 IN IP4 0.0.0.0\r\ns=-\r\nt=0 0\r\n";
-constexpr std::string_view kStaticJpegType = "26";  // RFC 3551 section 6
+
+// Payload types (RFC 3551 section 6).
+constexpr int kLargestType = 127;
+constexpr int kStaticJpegType = 26;
+constexpr int kFirstStaticVideo = 24;
+constexpr int kLastStaticVideo = 34;
 
 /// What an "m=" line tells.
 struct Media {
   std::string_view kind;
   std::string_view transport;
-  std::string_view payloadType;  // the first, which is the one that will be sent
+  std::optional<int> payloadType;  // the first, which is the one that will be sent
 };
+
+/// The payload type that stands before the first blank of `rest`, and takes it off.
+std::optional<int> TakePayloadType(std::string_view& rest) {
+  const std::string_view text = TakeUntil(rest, ' ');
+  int type = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), type);
+  const bool isWhole = error == std::errc() && end == text.data() + text.size();
+  return isWhole && type >= 0 && type <= kLargestType ? std::optional(type) : std::nullopt;
+}
 
 Media ParseMedia(std::string_view value) {
   Media media;
   media.kind = TakeUntil(value, ' ');
   TakeUntil(value, ' ');  // the port
   media.transport = TakeUntil(value, ' ');
-  media.payloadType = TakeUntil(value, ' ');
+  media.payloadType = TakePayloadType(value);
   return media;
 }
 
 bool IsReadableVideo(const Media& media) {
   const bool isPlainRtp = media.transport.starts_with("RTP/AVP");  // RTP/SAVP is encrypted
-  return media.kind == "video" && isPlainRtp && !media.payloadType.empty();
+  return media.kind == "video" && isPlainRtp && media.payloadType;
 }
 
 /// The value of attribute line `a=name:value`, or nothing when the line is another.
@@ -46,17 +61,33 @@ std::string UpperCase(std::string_view text) {
   return upper;
 }
 
-/// Takes over one line of the video's own section.
+/// Takes over the encoding that an rtpmap names. False when the payload format is chosen without that line.
+bool TakeEncoding(SdpVideo& video, int payloadType, std::string_view map) {
+  if (!video.codec.empty()) return false;
+  video.codec = UpperCase(Trimmed(map.substr(0, map.find('/'))));
+  return payloadType < kFirstStaticVideo || payloadType > kLastStaticVideo;
+}
+
+/// Takes over one line of the video's own section. Into the description goes what payload formats read and no more:
+/// libavformat takes the first rtpmap for this video's, whatever its payload type, loses memory with some later ones,
+/// and opens other formats that further attributes hold.
 void AddLine(SdpVideo& video, const Media& media, std::string_view line) {
-  if (const auto control = Attribute(line, "control")) {
-    video.control = *control;
-    return;
+  if (const auto control = Attribute(line, "control")) video.control = *control;
+  for (const std::string_view name : {"rtpmap", "fmtp", "framesize"}) {
+    auto value = Attribute(line, name);
+    if (!value || TakePayloadType(*value) != media.payloadType) continue;
+    const std::string type = std::to_string(*media.payloadType);
+    const std::string_view rest = Trimmed(*value);
+    if (name == "rtpmap" && !TakeEncoding(video, *media.payloadType, rest)) continue;
+    video.description.append("a=").append(name).append(":").append(type).append(" ").append(rest).append("\r\n");
   }
-  if (auto map = Attribute(line, "rtpmap"); map && TakeUntil(*map, ' ') == media.payloadType) {
-    std::string_view encoding = Trimmed(*map);
-    video.codec = UpperCase(TakeUntil(encoding, '/'));
-  }
-  if (line.starts_with("a=")) video.description.append(line).append("\r\n");
+}
+
+/// Takes one line, whichever of the line ends of libavformat is behind it.
+std::string_view TakeLine(std::string_view& rest) {
+  const std::string_view line = rest.substr(0, rest.find_first_of(std::string_view("\r\n\0", 3)));
+  rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  return Trimmed(line);
 }
 
 }  // namespace
@@ -66,14 +97,15 @@ std::optional<SdpVideo> FindVideo(std::string_view sdp) {
   Media media;
   bool isSession = true;
   while (!sdp.empty()) {
-    const std::string_view line = Trimmed(TakeUntil(sdp, '\n'));
+    const std::string_view line = TakeLine(sdp);
     if (line.starts_with("m=")) {
       if (IsReadableVideo(media)) return video;
       isSession = false;
       media = ParseMedia(line.substr(2));
       if (!IsReadableVideo(media)) continue;
       video.codec = media.payloadType == kStaticJpegType ? "JPEG" : "";
-      video.description.assign(kSessionLines).append("m=video 0 RTP/AVP ").append(media.payloadType).append("\r\n");
+      video.description.assign(kSessionLines).append("m=video 0 RTP/AVP ");
+      video.description.append(std::to_string(*media.payloadType)).append("\r\n");
     } else if (isSession) {
       if (const auto control = Attribute(line, "control")) video.sessionControl = *control;
     } else if (IsReadableVideo(media)) {

@@ -18,6 +18,7 @@ std::string Video(const std::string& media) {
   EXPECT_EQ(video->sessionControl, "*");
   EXPECT_EQ(video->description.find("audio"), std::string::npos);
   EXPECT_EQ(video->description.find("10.0.0.9"), std::string::npos);
+  EXPECT_EQ(video->description.find("H265"), std::string::npos) << "of another payload type";
   return video->codec + ' ' + video->control;
 }
 
