@@ -1,0 +1,62 @@
+#include <algorithm>
+#include <string>
+
+#include "recorder/net/rtsp_parser.h"
+#include "tests/fuzz/fuzz.h"
+
+// What a camera sends over an RTSP connection. The first byte tells whether packets are expected among the messages and
+// how many bytes arrive at a time; what comes out must not depend on the latter.
+
+namespace recorder {
+namespace {
+
+std::string TextOf(const RtspMessage& message) {
+  Require(message.status == 0 || (message.status >= 100 && message.status <= 999));
+  Require(message.body.size() <= RtspParser::kMaxBodySize);
+  std::string text = std::to_string(message.status) + message.method + '\n' + message.body + '\n';
+  for (const auto& [name, value] : message.headers) text.append(name).append(":").append(value).append("\n");
+  return text;
+}
+
+/// All that comes out, the last a mark of how it ended.
+std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece) {
+  RtspParser parser;
+  if (expectsPackets) parser.ExpectPackets(0, 1);
+  std::string items;
+  for (;;) {
+    switch (parser.Next()) {
+      case RtspParser::Item::kNone: {
+        if (bytes.empty()) return items;
+        const std::span<std::uint8_t> space = parser.Space();
+        const std::string_view taken = bytes.substr(0, std::min(piece, space.size()));
+        std::copy(taken.begin(), taken.end(), space.begin());
+        parser.Filled(taken.size());
+        bytes.remove_prefix(taken.size());
+        break;
+      }
+      case RtspParser::Item::kPacket:
+        items += parser.Packet().isControl ? 'c' : 'p';
+        items.append(parser.Packet().bytes.begin(), parser.Packet().bytes.end());
+        break;
+      case RtspParser::Item::kMessage:
+        items += TextOf(parser.Message());
+        break;
+      case RtspParser::Item::kForeign:
+        return items + "foreign";
+      case RtspParser::Item::kMalformed:
+        return items + "malformed";
+    }
+  }
+}
+
+}  // namespace
+
+void RunInput(std::string_view input) {
+  if (input.empty()) return;
+  const auto first = static_cast<unsigned char>(input.front());
+  const bool expectsPackets = first % 2 == 1;
+  input.remove_prefix(1);
+  Require(Parse(input, expectsPackets, first / 2 + 1U) == Parse(input, expectsPackets, input.size()));
+}
+
+}  // namespace recorder
