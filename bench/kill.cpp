@@ -1,0 +1,281 @@
+// bench_kill: kill -9 of workers, recorderctl and the server at random moments, while cameras are stored and asked.
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/callers.h"
+#include "bench/processes.h"
+#include "bench/questions.h"
+#include "bench/record_keeper.h"
+#include "bench/report.h"
+#include "bench/victims.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kCameraWorkers = 4;
+constexpr int kListWorkers = 2;               // the server's default
+constexpr int kCallers = 3 * kCameraWorkers;  // so that requests wait while a worker is killed
+constexpr std::size_t kCallersAfterwards = 3;
+constexpr int kLongestPrelude = 200;  // milliseconds
+constexpr milliseconds kSequel{100};
+constexpr milliseconds kReplacementLimit{5000};
+constexpr milliseconds kEndLimit{5000};
+
+struct Options {
+  int rounds = 200;
+  unsigned int seed = std::random_device()();
+};
+
+/// The recorder, which is started again on the same port whenever it was killed.
+class Recorder {
+ public:
+  explicit Recorder(const std::filesystem::path& modelsFolder)
+      : first_({.testMs = 10'000, .pictureMs = 15'000, .workers = kCameraWorkers, .modelsFolder = modelsFolder}) {}
+
+  const end_to_end::TestRecorder& Asked() const { return first_; }
+
+  /// Throws when it does not come up.
+  void StartAgain() {
+    again_.reset();
+    const std::filesystem::path folder = first_.StateFolder().parent_path();
+    const std::string program = std::filesystem::path(PROGRAM_FOLDER) / "recorderctl";
+    const std::string config = folder / "recorder.json";
+    again_ = std::make_unique<end_to_end::Process>(
+        std::vector<std::string>{program, "--config", config, "serve", "--workers", std::to_string(kCameraWorkers),
+                                 "--port", std::to_string(first_.Port())},
+        folder / "log");
+    again_->ReadLine();
+  }
+
+ private:
+  end_to_end::TestRecorder first_;
+  std::unique_ptr<end_to_end::Process> again_;
+};
+
+/// Stores cameras until it is told to end.
+class Storing {
+ public:
+  explicit Storing(RecordKeeper& keeper)
+      : thread_([this, &keeper] {
+          while (!isStopped_) {
+            keeper.AddOne();
+            if (!isStopped_) keeper.ImportSome();
+          }
+        }) {}
+  ~Storing() {
+    isStopped_ = true;
+    thread_.join();
+  }
+  Storing(const Storing&) = delete;
+  Storing& operator=(const Storing&) = delete;
+
+ private:
+  std::atomic<bool> isStopped_ = false;
+  std::thread thread_;
+};
+
+bool IsServer(Victim victim) { return victim != Victim::kWorker && victim != Victim::kControl; }
+
+class Trial {
+ public:
+  explicit Trial(const Options& options)
+      : options_(options),
+        random_(options.seed),
+        cameras_(CameraConfigs(kCallers)),
+        recorder_(WriteModels(folder_, kCallers)),
+        site_(recorder_.Asked(), cameras_),
+        keeper_(recorder_.Asked()) {
+    for (int i = 0; i < kCallers; ++i) questioners_.emplace_back(site_, i, options.seed);
+  }
+  ~Trial() { EndServers(); }
+  Trial(const Trial&) = delete;
+  Trial& operator=(const Trial&) = delete;
+
+  int Run() {
+    report_.Heading("Kills: " + std::to_string(options_.rounds) + " rounds, seed " + std::to_string(options_.seed));
+    PromiseAllAnswered("before the first kill", questioners_.size());
+    for (int round = 1; round <= options_.rounds; ++round) {
+      round_ = round;
+      random_.seed(options_.seed + static_cast<unsigned int>(round));  // however often the rounds before have asked it
+      Round(ChooseVictim());
+    }
+    Summarize();
+    return report_.ExitStatus();
+  }
+
+ private:
+  const VictimKind& ChooseVictim() {
+    std::vector<int> weights;
+    for (const VictimKind& kind : kVictims) weights.push_back(kind.weight);
+    return kVictims[std::discrete_distribution<std::size_t>(weights.begin(), weights.end())(random_)];
+  }
+
+  /// A broken promise is told at once, a kept one in the summary.
+  void Expect(bool isKept, const std::string& mistake) {
+    if (!isKept) report_.Promise(false, "round " + std::to_string(round_) + " (" + victim_ + "): " + mistake);
+  }
+  void Expect(const std::string& mistake) { Expect(mistake.empty(), mistake); }
+
+  /// So many callers, one after another, ask each kind of question once.
+  void PromiseAllAnswered(const std::string& when, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      Questioner& questioner = questioners_[i];
+      std::vector<Question> questions = {questioner.AskOnvif(), questioner.AskKept(), questioner.RawPicture(),
+                                         questioner.Capability()};
+      const auto next = [&questions, at = std::size_t{0}]() mutable { return questions[at++]; };
+      const Tally tally = Callers(recorder_.Asked().Port(), {next}, static_cast<long>(questions.size())).Wait();
+      Expect(tally.answered == tally.Asked(), when + ": " + (tally.troubles.empty() ? "" : tally.troubles.front()));
+    }
+  }
+
+  std::vector<Callers::Source> Sources() {
+    std::vector<Callers::Source> sources;
+    for (Questioner& questioner : questioners_) {
+      sources.emplace_back([&questioner, at = 0]() mutable {
+        switch (at++ % 3) {
+          case 0:
+            return questioner.AskOnvif();
+          case 1:
+            return questioner.AskKept();
+          default:
+            return questioner.Camera();
+        }
+      });
+    }
+    return sources;
+  }
+
+  void Round(const VictimKind& kind) {
+    victim_ = kind.name;
+    Tally tally;
+    {
+      const Storing storing(keeper_);
+      Callers callers(recorder_.Asked().Port(), Sources());
+      std::this_thread::sleep_for(milliseconds(std::uniform_int_distribution(0, kLongestPrelude)(random_)));
+      const std::vector<ProcessInfo> servers = ServerProcesses();
+      if (Strike(kind.victim, random_)) ++kills_[kind.name];
+      Expect(CapabilityFileMistake(recorder_.Asked().StateFolder()));
+      if (kind.victim == Victim::kWorker) AwaitReplacement();
+      if (IsServer(kind.victim)) StartAgain(servers);
+      std::this_thread::sleep_for(kSequel);
+      tally = callers.Stop();
+    }
+    Judge(kind.victim, tally);
+    Expect(keeper_.Mistake());
+    Expect(CapabilityFileMistake(recorder_.Asked().StateFolder()));
+    PromiseAllAnswered("the next request", kCallersAfterwards);
+  }
+
+  void Judge(Victim victim, const Tally& tally) {
+    all_.Add(tally);
+    const std::string trouble = tally.troubles.empty() ? "" : tally.troubles.front();
+    Expect(tally.wrong + tally.stray == 0, "an answer that is not right: " + trouble);
+    if (IsServer(victim)) return;
+    Expect(tally.unanswered == 0, "a request without an answer: " + trouble);
+    const int mostFailed = victim == Victim::kWorker ? 1 : 0;
+    Expect(tally.failed <= mostFailed, std::to_string(tally.failed) + " failed requests: " + trouble);
+    if (victim == Victim::kWorker) paid_ += tally.failed;
+  }
+
+  void AwaitReplacement() {
+    const auto start = Clock::now();
+    std::size_t workers = 0;
+    for (; workers != kCameraWorkers + kListWorkers; std::this_thread::sleep_for(milliseconds(5))) {
+      workers = Descendants(getpid(), "recorder-webapi").size();
+      if (Clock::now() - start < kReplacementLimit) continue;
+      return Expect(false, "the worker was not replaced, there are " + std::to_string(workers));
+    }
+    slowestReplacement_ = std::max(slowestReplacement_, std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+  }
+
+  void EndServers() {
+    for (auto servers = ServerProcesses(); !servers.empty(); servers = ServerProcesses()) {
+      Strike(Victim::kServerTree, random_);
+      WaitForEnd(servers, kEndLimit);
+    }
+  }
+
+  void StartAgain(const std::vector<ProcessInfo>& servers) {
+    if (!WaitForEnd(servers, kEndLimit)) {
+      for (const ProcessInfo& process : ServerProcesses()) Expect(false, process.program + " outlived its server");
+      EndServers();
+    }
+    const auto start = Clock::now();
+    recorder_.StartAgain();
+    slowestStart_ = std::max(slowestStart_, std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+  }
+
+  void Summarize() {
+    for (const auto& [name, count] : kills_) report_.Note("killed " + std::to_string(count) + " x " + name);
+    report_.Note(std::to_string(all_.Asked()) + " requests meanwhile: " + std::to_string(all_.answered) +
+                 " answered, " + std::to_string(all_.failed) + " with a 5xx (" + std::to_string(paid_) +
+                 " of them for a killed worker), " + std::to_string(all_.unanswered) + " lost with the server");
+    report_.Note("slowest replacement of a worker " + std::to_string(slowestReplacement_.count()) +
+                 " ms, slowest start of the server " + std::to_string(slowestStart_.count()) + " ms");
+    report_.Note(std::to_string(UnfinishedFiles(recorder_.Asked().StateFolder())) +
+                 " unfinished capability files lie beside the whole ones");
+    report_.Promise(report_.ExitStatus() == 0, std::to_string(keeper_.Acknowledged()) + " acknowledged cameras of " +
+                                                   std::to_string(keeper_.Tried()) +
+                                                   " tried are there; no half file, no half answer; a killed worker "
+                                                   "costs one request at most");
+  }
+
+  const Options options_;
+  std::mt19937 random_;
+  const TempFolder folder_;
+  Report report_;
+  const end_to_end::SimCameras cameras_;
+  Recorder recorder_;
+  const Site site_;
+  RecordKeeper keeper_;
+  std::vector<Questioner> questioners_;
+  int round_ = 0;
+  std::string victim_ = "nobody";
+  std::map<std::string, int> kills_;
+  Tally all_;
+  long paid_ = 0;  ///< requests that a killed worker cost
+  milliseconds slowestReplacement_{0};
+  milliseconds slowestStart_{0};
+};
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  bench::Options options;
+  CLI::App app("Kills the processes of a recorder, all on 127.0.0.1, and looks what is left.", "bench_kill");
+  app.add_option("--rounds", options.rounds)->check(CLI::Range(1, 1'000'000))->capture_default_str();
+  app.add_option("--seed", options.seed, "what the choice of victims and moments begins with (default: random)");
+  CLI11_PARSE(app, argc, argv);
+  // A killed process reads no more; a handler, unlike SIG_IGN, is not handed on to the programs that are started.
+  std::signal(SIGPIPE, [](int /*signal*/) {});
+  prctl(PR_SET_CHILD_SUBREAPER, 1);  // processes that outlive their server stay in sight
+  try {
+    const TempFolder folder;  // what a killed server leaves in the folder of temporary files goes with it
+    setenv("TMPDIR", folder.Path().c_str(), 1);
+    return bench::Trial(options).Run();
+  } catch (const std::exception& error) {
+    std::cerr << "bench_kill: " << error.what() << "\n";
+    return 1;
+  }
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bench/callers.h"
+#include "tests/recorder/end_to_end/support.h"
+
+// Requests whose answers carry a mark. Every caller has a camera model and a camera of its own, whose picture has a
+// size of its own; the rows of its lists have names that are used once; and a faulty camera has its error code.
+
+namespace bench {
+
+/// The cameras of `callers` callers, and the faulty ones of all.
+Json::Value CameraConfigs(int callers);
+/// Makes `folder` a models folder: vendor "Bench", for each caller a model "C<number>". Returns its path.
+std::filesystem::path WriteModels(const TempFolder& folder, int callers);
+
+/// What all callers know. The whole answers of the two methods that have no parameter are taken from `recorder` before
+/// the load begins. Throws when the models of this run are not among them.
+struct Site {
+  Site(const end_to_end::TestRecorder& recorder, const end_to_end::SimCameras& cameras);
+
+  const end_to_end::SimCameras& cameras;
+  std::string login;  ///< value of the Authorization header
+  std::string modelList;
+  std::string storedCapabilities;
+};
+
+/// The questions of one caller. One thread.
+class Questioner {
+ public:
+  Questioner(const Site& site, int number, unsigned int seed);
+
+  /// One of the eight methods.
+  Question Any();
+  /// One of the three that contact no camera.
+  Question List();
+  /// A test, a picture or a size of this caller's camera, or what it says of itself over ONVIF.
+  Question Camera();
+  /// A list of cameras that never answer.
+  Question SilentBatch();
+  /// What this caller's camera says over ONVIF, asked now, which writes its capability file.
+  Question AskOnvif();
+  /// The same as it was kept; AskOnvif() must have been answered before.
+  Question AskKept();
+  /// What this caller's model can do.
+  Question Capability();
+  /// A picture as it stands, which is no JSON.
+  Question RawPicture();
+
+ private:
+  /// A camera to test, and the code that the test must give.
+  struct Target {
+    int port;
+    std::string password;
+    int code;
+  };
+  Target AnyTarget();
+  Json::Value Params(const Target& target) const;
+  Question Post(const std::string& method, const Json::Value& params,
+                std::function<std::string(const Json::Value&)> mistake) const;
+  Question Get(const std::string& method, const std::string& query,
+               std::function<std::string(const Reply&)> mistake) const;
+  Question Whole(const std::string& method, const std::string& answer) const;
+  Question Onvif(int command);
+  Question Test();
+  Question Batch(const std::vector<Target>& targets);
+  Question Remote();
+  Question Size();
+  Question Picture();
+  int Random(int below) { return std::uniform_int_distribution(0, below - 1)(random_); }
+
+  const Site& site_;
+  const int number_;
+  const Target own_;
+  const std::string model_;  ///< "C<number>"
+  const std::string size_;   ///< of the own camera's picture, as "320x240"
+  std::mt19937 random_;
+  long rows_ = 0;  ///< of all lists so far
+};
+
+}  // namespace bench

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+/// Stores cameras with recorderctl, which may be killed meanwhile, and remembers what it acknowledged. One thread.
+class RecordKeeper {
+ public:
+  explicit RecordKeeper(const end_to_end::TestRecorder& recorder) : recorder_(recorder) {}
+
+  /// One camera, or a file of some.
+  void AddOne();
+  void ImportSome();
+
+  /// What is wrong with the stored cameras: the database does not open, an acknowledged camera is missing, one is there
+  /// twice or differs from what was to be stored. "" for nothing.
+  std::string Mistake() const;
+
+  std::size_t Acknowledged() const { return acknowledged_.size(); }
+  /// Those that were tried, acknowledged or not.
+  std::size_t Tried() const { return expected_.size(); }
+
+ private:
+  /// A new camera's name; how it must be listed is remembered.
+  std::string NewCamera();
+
+  const end_to_end::TestRecorder& recorder_;
+  std::map<std::string, std::string> expected_;  ///< name and the columns that follow its id
+  std::set<std::string> acknowledged_;
+  int count_ = 0;
+};
+
+/// What is wrong with the files that are kept of asked cameras; "" for nothing.
+std::string CapabilityFileMistake(const std::filesystem::path& stateFolder);
+/// Files beside them that a killed process has left; nobody reads them.
+int UnfinishedFiles(const std::filesystem::path& stateFolder);
+
+}  // namespace bench

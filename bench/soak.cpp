@@ -1,0 +1,259 @@
+// bench_soak: a recorder with four times as many callers as workers, with silent cameras, and with rude clients.
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/callers.h"
+#include "bench/processes.h"
+#include "bench/questions.h"
+#include "bench/report.h"
+#include "bench/rude_clients.h"
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr int kCameraWorkers = 4;
+constexpr int kListWorkers = 2;  // the server's default
+constexpr int kCallers = 4 * (kCameraWorkers + kListWorkers);
+constexpr long kWarmUpRequests = 1000;
+constexpr double kMostGrowth = 0.05;
+constexpr double kMostSlowdown = 2;
+constexpr int kSilentCallers = 2 * kCameraWorkers;
+constexpr int kDrippingClients = 20;
+constexpr int kIdleClients = 400;
+constexpr int kMostConnections = 256;  // the server's limits
+constexpr seconds kLongestIdle{10};    // then the server waits for up to 5 s more whether the client closes
+constexpr int kServersOwnDescriptors = 40;
+
+struct Options {
+  int seconds = 120;
+  unsigned int seed = std::random_device()();
+};
+
+std::string Number(double value, int decimals = 1) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "%.*f", decimals, value);
+  return text;
+}
+
+/// The recorder with its cameras, and the phases of the trial.
+class Soak {
+ public:
+  explicit Soak(const Options& options)
+      : options_(options),
+        cameras_(CameraConfigs(kCallers)),
+        recorder_({.testMs = 5000,
+                   .pictureMs = 15'000,
+                   .workers = kCameraWorkers,
+                   .modelsFolder = WriteModels(folder_, kCallers)}) {
+    for (int i = 0; i < 3; ++i) {
+      recorder_.AddCamera("Bench", "C" + std::to_string(i), cameras_.Port("camera " + std::to_string(i)), "admin",
+                          end_to_end::kSecret);
+    }
+    site_ = std::make_unique<Site>(recorder_, cameras_);
+    for (int i = 0; i < kCallers; ++i) questioners_.emplace_back(*site_, i, options.seed);
+  }
+
+  int Run() {
+    Load();
+    SilentCameras();
+    Drip();
+    Idle();
+    return report_.ExitStatus();
+  }
+
+ private:
+  /// One source of questions a caller.
+  std::vector<Callers::Source> Sources(Question (Questioner::*ask)(), int first, int count) {
+    std::vector<Callers::Source> sources;
+    for (int i = first; i < first + count; ++i) {
+      sources.emplace_back(
+          [ask, &questioner = questioners_.at(static_cast<std::size_t>(i))] { return (questioner.*ask)(); });
+    }
+    return sources;
+  }
+
+  Tally AskFor(Callers& callers, milliseconds time) {
+    std::this_thread::sleep_for(time);
+    return callers.Stop();
+  }
+
+  void PromiseAllAnswered(const std::string& name, const Tally& tally) {
+    const auto promise = [&](long count, const char* fate) {
+      report_.Promise(count == 0, name + ": " + std::to_string(count) + " of " + std::to_string(tally.Asked()) +
+                                      " requests " + fate);
+    };
+    promise(tally.failed + tally.unanswered, "lost");
+    promise(tally.wrong, "answered with what belongs to no such request");
+    promise(tally.stray, "answered twice");
+    for (const std::string& trouble : tally.troubles) report_.Note(trouble);
+  }
+
+  /// What a worker holds while no request is under way.
+  struct Holdings {
+    long kiB = 0;
+    int descriptors = 0;
+  };
+
+  static std::map<pid_t, Holdings> WorkerHoldings() {
+    std::this_thread::sleep_for(milliseconds(500));
+    std::map<pid_t, Holdings> all;
+    for (const ProcessInfo& worker : Descendants(getpid(), "recorder-webapi")) {
+      all[worker.id] = {ResidentKiB(worker.id), OpenDescriptors(worker.id)};
+    }
+    return all;
+  }
+
+  void Compare(const std::map<pid_t, Holdings>& early, const std::map<pid_t, Holdings>& late) {
+    for (const auto& [id, before] : early) {
+      const std::string name = "worker " + std::to_string(id) + ": ";
+      const auto after = late.find(id);
+      report_.Promise(after != late.end(), name + "still the same process");
+      if (after == late.end()) continue;
+      const double growth = static_cast<double>(after->second.kiB) / static_cast<double>(before.kiB) - 1;
+      report_.Promise(growth <= kMostGrowth, name + "memory " + std::to_string(before.kiB) + " KiB, then " +
+                                                 std::to_string(after->second.kiB) + " KiB, " + Number(100 * growth) +
+                                                 " %");
+      report_.Promise(after->second.descriptors <= before.descriptors,
+                      name + "descriptors " + std::to_string(before.descriptors) + ", then " +
+                          std::to_string(after->second.descriptors));
+    }
+  }
+
+  void Load() {
+    report_.Heading("Load: " + std::to_string(kCallers) + " callers, " + std::to_string(kCameraWorkers) + " + " +
+                    std::to_string(kListWorkers) + " workers, all methods, seed " + std::to_string(options_.seed));
+    const auto sources = Sources(&Questioner::Any, 0, kCallers);
+    Tally tally = Callers(recorder_.Port(), sources, kWarmUpRequests).Wait();
+    const auto early = WorkerHoldings();
+    Callers callers(recorder_.Port(), sources);
+    const Tally load = AskFor(callers, seconds(options_.seconds));
+    const auto late = WorkerHoldings();
+
+    report_.Note(Number(static_cast<double>(load.Asked()) / options_.seconds) +
+                 " requests a second; median times in ms:");
+    for (const auto& [method, times] : load.milliseconds) {
+      report_.Note(method + " " + Number(Median(times)) + " (" + std::to_string(times.size()) + ")");
+    }
+    tally.Add(load);
+    PromiseAllAnswered("all methods", tally);
+    report_.Promise(early.size() == kCameraWorkers + kListWorkers, std::to_string(early.size()) + " workers");
+    Compare(early, late);
+  }
+
+  /// Median time of the methods that contact no camera, in ms.
+  double ListTime(Tally& all) {
+    Callers callers(recorder_.Port(), Sources(&Questioner::List, 0, kListWorkers));
+    const Tally tally = AskFor(callers, milliseconds(options_.seconds * 100));
+    all.Add(tally);
+    std::vector<double> times;
+    for (const auto& [method, some] : tally.milliseconds) times.insert(times.end(), some.begin(), some.end());
+    return Median(times);
+  }
+
+  /// The list methods' time beside something else, between two times without it. `end` sees it before it goes.
+  template <class Burden>
+  void CompareListTimes(const std::string& name, const std::function<std::unique_ptr<Burden>()>& start,
+                        const std::function<void(Burden&)>& end) {
+    Tally tally;
+    const double before = ListTime(tally);
+    std::unique_ptr<Burden> burden = start();
+    std::this_thread::sleep_for(seconds(1));
+    const double beside = ListTime(tally);
+    end(*burden);
+    burden.reset();
+    const double alone = (before + ListTime(tally)) / 2;
+    PromiseAllAnswered("lists", tally);
+    report_.Promise(beside <= kMostSlowdown * alone, "lists: median " + Number(alone, 2) + " ms, with " + name + " " +
+                                                         Number(beside, 2) + " ms, ratio " + Number(beside / alone, 2));
+  }
+
+  void SilentCameras() {
+    report_.Heading("Silent cameras: " + std::to_string(kSilentCallers) + " callers with lists of them, beside lists");
+    CompareListTimes<Callers>(
+        "silent cameras",
+        [&] {
+          return std::make_unique<Callers>(recorder_.Port(),
+                                           Sources(&Questioner::SilentBatch, kListWorkers, kSilentCallers));
+        },
+        [&](Callers& callers) { PromiseAllAnswered("silent cameras", callers.Stop()); });
+  }
+
+  void Drip() {
+    report_.Heading("Dripping clients: " + std::to_string(kDrippingClients) + " send a byte a second");
+    CompareListTimes<DrippingClients>(
+        "dripping clients",
+        [&] { return std::make_unique<DrippingClients>(recorder_.Port(), site_->login, kDrippingClients); },
+        [&](DrippingClients& clients) {
+          Callers callers(recorder_.Port(), Sources(&Questioner::Camera, 0, kCameraWorkers));
+          PromiseAllAnswered("cameras", AskFor(callers, milliseconds(options_.seconds * 100)));
+          report_.Note(std::to_string(clients.Connected()) + " of them were connected all the time");
+        });
+  }
+
+  int ServerDescriptors() const {
+    const auto servers = Descendants(getpid(), "lighttpd");
+    return servers.empty() ? 0 : OpenDescriptors(servers.front().id);
+  }
+
+  void Idle() {
+    report_.Heading("Idle clients: " + std::to_string(kIdleClients) + " connect and say nothing");
+    const IdleClients clients(recorder_.Port(), kIdleClients);
+    std::this_thread::sleep_for(seconds(1));
+    const int descriptors = ServerDescriptors();
+    report_.Promise(descriptors <= kMostConnections + kServersOwnDescriptors,
+                    "the web server has " + std::to_string(descriptors) + " descriptors open");
+    const auto start = std::chrono::steady_clock::now();
+    const Tally tally = Callers(recorder_.Port(), Sources(&Questioner::List, 0, 1), 1).Wait();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    PromiseAllAnswered("a caller in earnest", tally);
+    report_.Promise(time < 2 * kLongestIdle, "it is answered after " + Number(time.count()) + " s");
+    report_.Note(std::to_string(clients.Ended()) + " idle clients were cut by then");
+  }
+
+  const Options options_;
+  const TempFolder folder_;
+  Report report_;
+  const end_to_end::SimCameras cameras_;
+  const end_to_end::TestRecorder recorder_;
+  std::unique_ptr<Site> site_;
+  std::vector<Questioner> questioners_;
+};
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  bench::Options options;
+  CLI::App app("Loads a recorder and its simulated cameras, all on 127.0.0.1, and prints what it stands.",
+               "bench_soak");
+  app.add_option("--seconds", options.seconds, "duration of the load; the other phases take as long together")
+      ->check(CLI::Range(1, 86400))
+      ->capture_default_str();
+  app.add_option("--seed", options.seed, "what the callers' choices begin with (default: random)");
+  CLI11_PARSE(app, argc, argv);
+  try {
+    return bench::Soak(options).Run();
+  } catch (const std::exception& error) {
+    std::cerr << "bench_soak: " << error.what() << "\n";
+    return 1;
+  }
+}

@@ -1,0 +1,75 @@
+#include "bench/victims.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <thread>
+
+namespace bench {
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds kLookAgain{1};
+
+bool HasWord(const ProcessInfo& process, const std::string& word) {
+  return std::find(process.words.begin(), process.words.end(), word) != process.words.end();
+}
+
+bool IsControl(const ProcessInfo& process) { return process.program == "recorderctl" && HasWord(process, "camera"); }
+bool IsServe(const ProcessInfo& process) { return process.program == "recorderctl" && HasWord(process, "serve"); }
+
+bool IsVictim(Victim victim, const ProcessInfo& process) {
+  switch (victim) {
+    case Victim::kWorker:
+      return process.program == "recorder-webapi";
+    case Victim::kControl:
+      return IsControl(process);
+    case Victim::kServe:
+      return IsServe(process);
+    case Victim::kWebServer:
+      return process.program == "lighttpd";
+    case Victim::kServerTree:
+      break;
+  }
+  return IsServe(process) || process.program == "lighttpd" || process.program == "recorder-webapi";
+}
+
+std::vector<ProcessInfo> Find(Victim victim) {
+  std::vector<ProcessInfo> found = Descendants(getpid());
+  std::erase_if(found, [&](const ProcessInfo& process) { return !IsVictim(victim, process); });
+  return found;
+}
+
+}  // namespace
+
+std::vector<ProcessInfo> ServerProcesses() { return Find(Victim::kServerTree); }
+
+bool Strike(Victim victim, std::mt19937& random) {
+  constexpr milliseconds kPatience{200};  // one "recorderctl camera" follows another
+  std::vector<ProcessInfo> found;
+  for (const auto end = Clock::now() + kPatience; found.empty() && Clock::now() < end;) {
+    found = Find(victim);
+    if (found.empty()) std::this_thread::sleep_for(kLookAgain);
+  }
+  std::shuffle(found.begin(), found.end(), random);
+  if (victim != Victim::kServerTree && found.size() > 1) found.resize(1);
+  return std::count_if(found.begin(), found.end(), [](const ProcessInfo& process) { return Kill(process); }) > 0;
+}
+
+bool WaitForEnd(const std::vector<ProcessInfo>& processes, milliseconds limit) {
+  const auto end = Clock::now() + limit;
+  for (;;) {
+    const std::vector<ProcessInfo> running = ServerProcesses();
+    for (const ProcessInfo& process : processes) waitpid(process.id, nullptr, WNOHANG);
+    if (running.empty()) return true;
+    if (Clock::now() >= end) return false;
+    std::this_thread::sleep_for(milliseconds(5));
+  }
+}
+
+}  // namespace bench

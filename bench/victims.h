@@ -1,0 +1,38 @@
+#pragma once
+
+#include <chrono>
+#include <random>
+#include <vector>
+
+#include "bench/processes.h"
+
+// Processes of this program's own recorder, and their end.
+
+namespace bench {
+
+enum class Victim { kWorker, kControl, kServerTree, kServe, kWebServer };
+
+struct VictimKind {
+  Victim victim;
+  const char* name;
+  int weight;  ///< how often it is chosen
+};
+
+constexpr VictimKind kVictims[] = {
+    {Victim::kWorker, "worker", 8},
+    {Victim::kControl, "recorderctl camera", 8},
+    {Victim::kServerTree, "server with all its processes", 2},
+    {Victim::kServe, "recorderctl serve alone", 1},
+    {Victim::kWebServer, "lighttpd alone", 1},
+};
+
+/// "recorderctl serve", lighttpd and the workers, whoever their parent is by now.
+std::vector<ProcessInfo> ServerProcesses();
+
+/// Kills such a victim; false when there was none.
+bool Strike(Victim victim, std::mt19937& random);
+
+/// True once no process of `processes` is left; else false after `limit`. Takes notice of those that became ours.
+bool WaitForEnd(const std::vector<ProcessInfo>& processes, std::chrono::milliseconds limit);
+
+}  // namespace bench
