@@ -10,7 +10,6 @@ namespace {
 std::vector<AddressRange> Ranges(const std::vector<std::string>& texts) {
   std::vector<AddressRange> ranges;
   ranges.reserve(texts.size());
-  ranges.reserve(texts.size());
   for (const std::string& text : texts) ranges.push_back(ParseAddressRange(text).value());
   return ranges;
 }
