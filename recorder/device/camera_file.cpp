@@ -1,9 +1,6 @@
 #include "recorder/device/camera_file.h"
 
-#include <sodium.h>
-
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <system_error>
@@ -16,6 +13,7 @@
 #include "recorder/device/model_files.h"
 #include "recorder/device/onvif/ask.h"
 #include "recorder/device/psia/ask.h"
+#include "recorder/net/hash.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
@@ -31,32 +29,31 @@ using std::chrono::seconds;
 
 constexpr seconds kRecentAge = std::chrono::hours(24);
 constexpr std::chrono::hours kLongestKept{24 * 90};
-constexpr std::size_t kMostKept = 20'000;  // a camera has a file and a lock
+constexpr std::chrono::hours kLongestWritten{1};
+constexpr std::size_t kMostKept = 10'000;
 
 // --- The folder -----------------------------------------------------------------------------------------------------
+
+constexpr char kExtension[] = ".json";
 
 fs::path Folder() { return GetConfig().stateFolder / "capabilities"; }
 
 std::string HashOf(std::initializer_list<std::string> texts) {
-  constexpr std::size_t kDigestSize = 16;
   std::string joined;
   for (const std::string& text : texts) joined += text + '\0';
-  std::array<unsigned char, kDigestSize> digest{};
-  crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(joined.data()), joined.size(),
-                     nullptr, 0);
-  std::array<char, 2 * kDigestSize + 1> hex{};
-  sodium_bin2hex(hex.data(), hex.size(), digest.data(), digest.size());
-  return hex.data();
+  return HexHash("SHA256", {joined});
 }
 
 /// Where the file of a camera stands, or would stand.
 fs::path PathOf(const std::string& vendor, const std::string& host, int port, const std::string& variant) {
-  return Folder() / (HashOf({vendor, NormalizedHost(host), std::to_string(port), variant}) + ".json");
+  return Folder() / (HashOf({vendor, NormalizedHost(host), std::to_string(port), variant}) + kExtension);
 }
 
-/// Of whatever vendor a camera is said to be: it is the same one.
-fs::path LockPathOf(const CameraAddress& address) {
-  return Folder() / (HashOf({NormalizedHost(address.host), std::to_string(address.port)}) + ".lock");
+/// Of whatever vendor a camera is said to be: it is the same one. Two cameras that have the same wait for one another.
+off_t LockOf(const CameraAddress& address) {
+  constexpr std::size_t kDigits = 7;  // whose numbers fit into every off_t
+  const std::string hash = HashOf({NormalizedHost(address.host), std::to_string(address.port)});
+  return std::stol(hash.substr(0, kDigits), nullptr, 16);
 }
 
 struct KeptFileState {
@@ -64,8 +61,8 @@ struct KeptFileState {
   fs::file_time_type time;
 };
 
-/// Removes files that nobody has asked for in a long time, and the oldest when there are too many. Other processes may
-/// do the same.
+/// Removes files that nobody has asked for in a long time, the oldest when there are too many, and what a writer left
+/// behind that was ended. Other processes may do the same.
 void Prune() {
   std::vector<KeptFileState> files;
   std::error_code error;
@@ -74,9 +71,10 @@ void Prune() {
     files.push_back({entry->path(), entry->last_write_time(ignored)});
   }
   std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.time > b.time; });
-  const auto oldest = fs::file_time_type::clock::now() - kLongestKept;
+  const auto now = fs::file_time_type::clock::now();
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (i >= kMostKept || files[i].time < oldest) fs::remove(files[i].path, error);
+    const auto longest = files[i].path.extension() == kExtension ? kLongestKept : kLongestWritten;
+    if (i >= kMostKept || files[i].time < now - longest) fs::remove(files[i].path, error);
   }
 }
 
@@ -94,16 +92,16 @@ std::string ChannelOf(const std::string& vendor, const Choices& channels, const 
   return isReplaced ? channels.preset : asked;
 }
 
-/// What a kept file says: the text as JSON, and the models in it. Both are null when there is no usable file.
+/// A kept file and the models in it: "" and null when there is no usable one.
 struct FileContent {
-  Json::Value json;
+  std::string text;
   std::shared_ptr<const VendorModels> models;
 };
 
 FileContent ReadContent(const std::string& vendor, const fs::path& path) try {
   std::error_code error;
   if (!fs::exists(path, error)) return {};
-  const std::string text = ReadFile(path);
+  std::string text = ReadFile(path);
   std::vector<ModelMistake> mistakes;
   std::shared_ptr<const VendorModels> models = ReadModelText(text, path.string(), mistakes);
   for (const ModelMistake& mistake : mistakes) {
@@ -111,8 +109,7 @@ FileContent ReadContent(const std::string& vendor, const fs::path& path) try {
                mistake.text);
   }
   if (!models || models->vendor != vendor) return {};
-  std::string ignored;
-  return {ParseStrictJson(text, ignored).value_or(Json::Value()), std::move(models)};
+  return {std::move(text), std::move(models)};
 } catch (const std::system_error& error) {
   LogFailure(std::string("A camera's capability file counts as none: ") + error.what());
   return {};
@@ -130,30 +127,34 @@ KnownCamera FindChannel(const std::shared_ptr<const VendorModels>& models, const
   return known;
 }
 
-bool IsRecent(const KnownCamera& known) {
-  if (!known.model) return false;
+bool IsEnough(const KnownCamera& known, Freshness freshness) {
+  if (!known.model || freshness == Freshness::kNow) return false;
   const std::int64_t age = Now() - known.model->readAt;
   return age >= 0 && age < kRecentAge.count();
 }
 
 /// False, and logged, when the file could not be written.
 bool Keep(const fs::path& path, const std::string& text) try {
+  std::error_code error;
+  const bool isNew = !fs::exists(path, error);
   ReplaceFile(path, text);
-  Prune();
+  if (isNew) Prune();
   return true;
 } catch (const std::system_error& error) {
   LogFailure(std::string("Failed to keep a camera's capability file: ") + error.what());
   return false;
 }
 
-/// Asks, keeps the answer beside what was kept before, and returns what is to be read in it.
+/// Asks, keeps the answer beside what was kept before, the text `earlier`, and returns what is to be read in it.
 KnownCamera Ask(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                const fs::path& path) {
+                const fs::path& path, const std::string& earlier) {
   CameraFacts facts;
   AskCamera& ask = vendor == kPsiaVendor ? psia::Ask : onvif::Ask;
   const Outcome outcome = ask(address, channel, facts);
   if (outcome != Outcome::kOk) return {outcome, nullptr, "", ""};
-  const std::string text = CameraFileText(vendor, PlaceOf(address), facts, Now(), ReadContent(vendor, path).json);
+  std::string ignored;
+  const Json::Value kept = ParseStrictJson(earlier, ignored).value_or(Json::Value());
+  const std::string text = CameraFileText(vendor, PlaceOf(address), facts, Now(), kept);
   std::vector<ModelMistake> mistakes;
   KnownCamera known = FindChannel(ReadModelText(text, path.string(), mistakes), facts.channel);
   for (const ModelMistake& mistake : mistakes) {
@@ -166,11 +167,11 @@ KnownCamera Ask(const std::string& vendor, const CameraAddress& address, const s
 }
 
 KnownCamera AskOnce(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                    const fs::path& path) {
+                    const fs::path& path, const std::string& earlier) {
   RequestScope& scope = RequestScope::Current();
   const std::string key = path.filename().string() + channel;
   if (const auto failure = scope.FailedAsking(key)) return {*failure, nullptr, "", ""};
-  KnownCamera known = Ask(vendor, address, channel, path);
+  KnownCamera known = Ask(vendor, address, channel, path, earlier);
   if (known.outcome == Outcome::kOk) return known;
   scope.RememberFailedAsking(key, known.outcome);
   LogFailure("The camera at " + PlaceOf(address) + " does not tell over " + vendor +
@@ -201,16 +202,21 @@ std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std
 
 KnownCamera LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
                         Freshness freshness) {
-  MakeFolder();
   const fs::path path = PathOf(vendor, address.host, address.port, "");
-  const CameraLock lock(LockPathOf(address), RequestScope::Current().Deadline());
-  KnownCamera kept = FindChannel(ReadContent(vendor, path).models, channel);
-  if (freshness == Freshness::kRecent && IsRecent(kept)) return kept;
+  if (freshness == Freshness::kRecent) {  // such a file waits for nobody
+    KnownCamera kept = FindChannel(ReadContent(vendor, path).models, channel);
+    if (IsEnough(kept, freshness)) return kept;
+  }
+  MakeFolder();
+  const CameraLock lock(GetConfig().stateFolder / "cameras.lock", LockOf(address), RequestScope::Current().Deadline());
+  const FileContent content = ReadContent(vendor, path);
+  KnownCamera kept = FindChannel(content.models, channel);
+  if (IsEnough(kept, freshness)) return kept;  // since somebody else has asked meanwhile
   if (!lock) {
     kept.outcome = Outcome::kTimedOut;
     return kept;
   }
-  KnownCamera asked = AskOnce(vendor, address, channel, path);
+  KnownCamera asked = AskOnce(vendor, address, channel, path, content.text);
   if (asked.model) return asked;
   kept.outcome = asked.outcome;
   return kept;

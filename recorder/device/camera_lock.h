@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 
 #include "recorder/utility/handle.h"
@@ -11,9 +13,10 @@ namespace recorder {
 /// any.
 class CameraLock {
  public:
-  /// Waits until `deadline` for the lock, which is a file at `path` (flock(2)). Without a folder for that file nobody
-  /// is kept from asking: a full disk must not keep cameras from being tested.
-  CameraLock(const std::filesystem::path& path, Clock::time_point deadline);
+  /// Waits until `deadline` for byte `camera` of the file at `path`, which is made when it lacks and stays empty: one
+  /// file holds the locks of all cameras and need never be removed (fcntl(2), "open file description locks"). Where
+  /// nothing can be locked nobody is kept from asking: a full disk must not keep cameras from being tested.
+  CameraLock(const std::filesystem::path& path, off_t camera, Clock::time_point deadline);
 
   /// False when somebody else held the lock until the deadline.
   explicit operator bool() const { return isHeld_; }

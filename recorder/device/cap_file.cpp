@@ -54,9 +54,9 @@ FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
   return {camera.outcome, std::move(camera.file)};
 }
 
-CAMCAP_FILE_RESULT ToFileResult(const FileAnswer& answer, __tag_REMOTE_CAMCAP_CMD cmd, bool mustBeKept) {
+CAMCAP_FILE_RESULT ToFileResult(const FileAnswer& answer, __tag_REMOTE_CAMCAP_CMD cmd) {
   const CAMCAP_FILE_RESULT result = Translate(kFileResults, answer.outcome, CAMCAP_FILE_NOT_UNDERSTOOD);
-  if (result == CAMCAP_FILE_OBTAINED) return mustBeKept && answer.file.empty() ? CAMCAP_FILE_SUBSTITUTED : result;
+  if (result == CAMCAP_FILE_OBTAINED) return answer.file.empty() ? CAMCAP_FILE_SUBSTITUTED : result;
   const bool isFailure = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED;
   return isFailure ? result : CAMCAP_FILE_SUBSTITUTED;
 }
@@ -77,7 +77,7 @@ std::optional<FileAnswer> AskForFile(const CamProfile& profile, __tag_REMOTE_CAM
 int CamCapUtils::GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd) {
   const std::optional<recorder::FileAnswer> answer = recorder::AskForFile(profile, cmd);
   if (!answer) return CAMCAP_FILE_NOT_UNDERSTOOD;
-  const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd, recorder::IsGenericVendor(profile.vendor));
+  const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd);
   if (result <= CAMCAP_FILE_SUBSTITUTED) capFilePath = answer->file;
   return result;
 }
