@@ -1,10 +1,10 @@
 #include "recorder/device/multipart.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -75,7 +75,7 @@ bool MultipartReader::ReadDelimiter() {
   const bool isDelimiter = boundary_.empty() ? line.starts_with("--") : WithoutDashes(line) == boundary_;
   if (!isDelimiter) return true;
   delimiter_ = line;
-  hasLength_ = false;
+  partLength_.reset();
   stage_ = Stage::kHeaders;
   return true;
 }
@@ -91,16 +91,15 @@ bool MultipartReader::ReadHeader() {
   constexpr std::string_view kName = "Content-Length:";
   if (!StartsWithIgnoreCase(line, kName)) return true;
   const std::string_view value = Trimmed(std::string_view(line).substr(kName.size()));
-  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), partLength_);
-  hasLength_ = error == std::errc() && end == value.data() + value.size();
-  if (!hasLength_ || partLength_ > maxPart_) state_ = State::kMalformed;
+  partLength_ = ParseNumber<std::size_t>(value);
+  if (!partLength_ || *partLength_ > maxPart_) state_ = State::kMalformed;
   return true;
 }
 
 bool MultipartReader::ReadBody() {
-  if (hasLength_) {
-    if (buffer_.size() < partLength_) return false;
-    FinishPart(partLength_, partLength_);
+  if (partLength_) {
+    if (buffer_.size() < *partLength_) return false;
+    FinishPart(*partLength_, *partLength_);
     return true;
   }
   const std::size_t end = FindEnd();
@@ -109,8 +108,10 @@ bool MultipartReader::ReadBody() {
     return false;
   }
   const std::size_t length = end > 0 && buffer_[end - 1] == '\r' ? end - 1 : end;
-  if (length > maxPart_) state_ = State::kMalformed;
-  if (state_ == State::kMalformed) return false;
+  if (length > maxPart_) {
+    state_ = State::kMalformed;
+    return false;
+  }
   FinishPart(length, end + 1);
   return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,12 +42,11 @@ class MultipartReader {
   std::string buffer_;
   std::string delimiter_;  ///< as it stands on its line
   std::string picture_;
-  std::size_t lineBytes_ = 0;   ///< of lines since the last part
-  std::size_t partLength_ = 0;  ///< from Content-Length, when hasLength_
-  std::size_t searched_ = 0;    ///< the part has no end before this place of the buffer
+  std::size_t lineBytes_ = 0;              ///< of lines since the last part
+  std::optional<std::size_t> partLength_;  ///< from Content-Length
+  std::size_t searched_ = 0;               ///< the part has no end before this place of the buffer
   Stage stage_ = Stage::kDelimiter;
   State state_ = State::kMore;
-  bool hasLength_ = false;
 };
 
 }  // namespace recorder

@@ -159,6 +159,15 @@ std::string XmlElement::Text() const {
   return std::string(Trimmed(View(text.get())));
 }
 
+std::string XmlElement::ChildTexts(std::string_view nameSpace, std::initializer_list<std::string_view> names) const {
+  std::string texts;
+  for (const std::string_view name : names) {
+    const std::string text = Child(nameSpace, name).Text();
+    if (!text.empty()) texts += (texts.empty() ? "" : " ") + text;
+  }
+  return texts;
+}
+
 std::string XmlElement::Attribute(std::string_view name) const {
   if (node_ == nullptr) return "";
   const XmlText text(xmlGetNoNsProp(node_, Chars(std::string(name))));

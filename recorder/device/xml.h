@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,6 +35,9 @@ class XmlElement {
   /// All text within the element, without white space at both ends.
   std::string Text() const;
 
+  /// Texts of the first children of these names, those that have one, with a blank between.
+  std::string ChildTexts(std::string_view nameSpace, std::initializer_list<std::string_view> names) const;
+
   /// Value of the attribute of no namespace, without white space at both ends; "" when there is none.
   std::string Attribute(std::string_view name) const;
 
@@ -44,6 +48,8 @@ class XmlElement {
 /// A parsed document. Thread: separate documents share nothing.
 class XmlDocument {
  public:
+  XmlDocument() = default;  ///< without a root element
+
   /// Parses what can be made sense of: an '&' that begins no reference stands for itself, and what is missing at the
   /// end is added. No element at the root when `text` is no XML, holds a document type (entities are refused), or is
   /// nested deeper than any camera's answer. Never reads another file or address.

@@ -6,7 +6,6 @@
 #include <new>
 
 extern "C" {
-#include <libavutil/base64.h>
 #include <libavutil/hash.h>
 }
 

@@ -1,6 +1,5 @@
 #include "recorder/net/http_place.h"
 
-#include <charconv>
 #include <new>
 #include <utility>
 
@@ -40,8 +39,7 @@ std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string
   if (!isSameHost || (from.isTls && !target.isTls)) return std::nullopt;
   target.host = from.host;
 
-  const std::string port = UrlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT);
-  std::from_chars(port.data(), port.data() + port.size(), target.port);
+  target.port = ParseNumber<int>(UrlPart(url.get(), CURLUPART_PORT, CURLU_DEFAULT_PORT)).value_or(0);
   const std::string query = UrlPart(url.get(), CURLUPART_QUERY);
   const auto path = RequestPath(UrlPart(url.get(), CURLUPART_PATH) + (query.empty() ? "" : "?" + query));
   if (!path) return std::nullopt;

@@ -8,9 +8,6 @@
 
 namespace recorder {
 
-inline constexpr int kHttpPort = 80;    ///< where an address names none (RFC 9110 section 4.2)
-inline constexpr int kHttpsPort = 443;  ///< the same for https
-
 /// Where a request goes.
 struct HttpPlace {
   bool isTls = false;

@@ -11,6 +11,12 @@
 
 namespace recorder {
 
+bool EndsConversation(Outcome outcome) {
+  return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
+         outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported ||
+         outcome == Outcome::kClockUnknown;
+}
+
 struct HttpSession::Impl : AnswerReader {
   explicit Impl(const CameraAddress& address) : camera(address) { MoveTo(PlaceAt(camera, "/")); }
 
@@ -76,7 +82,5 @@ void HttpSession::HalveTime() {
 void HttpSession::LoginAccepted() { impl_->conversation->LoginAccepted(); }
 
 bool HttpSession::IsLoggedIn() const { return impl_->conversation->IsLoggedIn(); }
-
-bool HttpSession::IsTls() const { return impl_->conversation->Place().isTls; }
 
 }  // namespace recorder

@@ -23,6 +23,10 @@ struct HttpAnswer {
   std::string body;
 };
 
+/// True for a failure of the whole conversation, after which every other request would fail alike; any other is about
+/// its own request.
+bool EndsConversation(Outcome outcome);
+
 /// A conversation of several requests with the web service of one camera, one after the other, over one connection
 /// that is kept alive where that is safe. https on port 443 and after a redirect to it, else http.
 ///
@@ -57,9 +61,6 @@ class HttpSession {
 
   /// True once the camera accepted a login, until a redirect leads to another port.
   bool IsLoggedIn() const;
-
-  /// True when requests go over TLS.
-  bool IsTls() const;
 
  private:
   struct Impl;

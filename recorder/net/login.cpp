@@ -7,13 +7,10 @@
 #include <cstdio>
 #include <utility>
 
+#include "platform/utility.h"
 #include "recorder/net/hash.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/translate.h"
-
-extern "C" {
-#include <libavutil/base64.h>
-}
 
 namespace recorder {
 namespace {
@@ -119,11 +116,8 @@ std::string Escaped(std::string_view text) {
 
 std::string BasicValue(const std::string& user, const std::string& password) {
   const std::string pair = user + ':' + password;
-  std::string encoded(AV_BASE64_SIZE(pair.size()), '\0');
-  av_base64_encode(encoded.data(), static_cast<int>(encoded.size()), reinterpret_cast<const uint8_t*>(pair.data()),
-                   static_cast<int>(pair.size()));
-  encoded.pop_back();  // the terminating zero
-  return "Basic " + encoded;
+  return "Basic " +
+         HttpBase64EncodeUnsigned(reinterpret_cast<const unsigned char*>(pair.data()), static_cast<int>(pair.size()));
 }
 
 std::string CountText(unsigned int count) {

@@ -15,7 +15,6 @@ constexpr std::chrono::seconds kDefaultSessionTimeout{60};  // RFC 2326 section 
 constexpr int kMaxRedirects = 3;
 constexpr int kMaxChallenges = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
 constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
-constexpr int kDefaultPort = 554;
 constexpr int kUnauthorized = 401;
 
 // With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
@@ -47,7 +46,7 @@ std::string MakeUri(const CameraAddress& address, std::string_view path) {
 
 struct Location {
   std::string_view host;  // with brackets, if it had them
-  int port = kDefaultPort;
+  int port = kRtspPort;
   std::string_view path;
 };
 
@@ -62,9 +61,9 @@ std::optional<Location> ParseLocation(std::string_view text) {
   const std::size_t colon = authority.find(':', authority.starts_with('[') ? authority.find(']') : 0);
   location.host = authority.substr(0, colon);
   if (colon == std::string_view::npos) return location;
-  const std::string_view port = authority.substr(colon + 1);
-  const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), location.port);
-  if (error != std::errc() || end != port.data() + port.size()) return std::nullopt;
+  const auto port = ParseNumber<int>(authority.substr(colon + 1));
+  if (!port) return std::nullopt;
+  location.port = *port;
   return location;
 }
 

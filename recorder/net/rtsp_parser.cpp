@@ -1,10 +1,10 @@
 #include "recorder/net/rtsp_parser.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -38,14 +38,6 @@ std::size_t HeaderBlockSize(std::string_view bytes) {
     if (after.starts_with("\r\n")) return at + 3;
   }
   return std::string_view::npos;
-}
-
-template <class Number>
-std::optional<Number> ParseNumber(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
 }
 
 std::optional<RtspMessage> ParseHeaderBlock(std::string_view block) {

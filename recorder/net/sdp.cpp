@@ -1,9 +1,9 @@
 #include "recorder/net/sdp.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -25,11 +25,8 @@ struct Media {
 
 /// The payload type that stands before the first blank of `rest`, and takes it off.
 std::optional<int> TakePayloadType(std::string_view& rest) {
-  const std::string_view text = TakeUntil(rest, ' ');
-  int type = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), type);
-  const bool isWhole = error == std::errc() && end == text.data() + text.size();
-  return isWhole && type >= 0 && type <= kLargestType ? std::optional(type) : std::nullopt;
+  const auto type = ParseNumber<int>(TakeUntil(rest, ' '));
+  return type && *type >= 0 && *type <= kLargestType ? type : std::nullopt;
 }
 
 Media ParseMedia(std::string_view value) {

@@ -6,15 +6,14 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "recorder/utility/handle.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -128,12 +127,9 @@ std::optional<AddressRange> ParseAddressRange(const std::string& text) {
   }
   if (slash == std::string::npos) return range;
 
-  const std::string_view length = std::string_view(text).substr(slash + 1);
-  int bits = 0;
-  const auto [end, error] = std::from_chars(length.data(), length.data() + length.size(), bits);
-  if (error != std::errc() || end != length.data() + length.size()) return std::nullopt;
-  if (bits < 0 || bits > lengthBits) return std::nullopt;
-  range.bits = kAllBits - lengthBits + bits;
+  const auto bits = ParseNumber<int>(std::string_view(text).substr(slash + 1));
+  if (!bits || *bits < 0 || *bits > lengthBits) return std::nullopt;
+  range.bits = kAllBits - lengthBits + *bits;
   return range;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <charconv>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace recorder {
 
@@ -23,5 +26,15 @@ bool HoldsControls(std::string_view text);
 /// `text` with control characters and backslashes written as \n, \x1b, \\ and the like, so that it is one line and
 /// cannot steer a terminal.
 std::string EscapeControls(std::string_view text);
+
+/// The decimal number that `text` is from its first to its last sign, without a '+'; nothing when it is none, or one
+/// that a Number cannot hold.
+template <class Number>
+std::optional<Number> ParseNumber(std::string_view text) {
+  Number number{};
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
 
 }  // namespace recorder

@@ -1,12 +1,12 @@
 #include "recorder/utility/trust.h"
 
-#include <charconv>
 #include <ctime>
 #include <exception>
 
 #include "platform/utility.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -22,11 +22,8 @@ std::array<unsigned char, kCodeSize> CodeOf(const std::string& timestamp, const 
 
 /// True when the text is a decimal number of seconds near `seconds`.
 bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
-  std::int64_t made = 0;
-  const char* end = timestamp.data() + timestamp.size();
-  const auto [stop, error] = std::from_chars(timestamp.data(), end, made);
-  if (error != std::errc() || stop != end) return false;
-  return made >= seconds - kPairLifetime.count() && made <= seconds + kPairSkew.count();
+  const auto made = ParseNumber<std::int64_t>(timestamp);
+  return made && *made >= seconds - kPairLifetime.count() && *made <= seconds + kPairSkew.count();
 }
 
 std::vector<TrustedKey> LoadKeys(TrustKind kind) {

@@ -17,13 +17,6 @@ constexpr std::string_view kUserPrefix = "/api/";
 constexpr std::string_view kTrustedPrefix = "/trusted/";  // no login: the module admits the caller or not
 constexpr std::size_t kMostParameters = 1000;
 
-std::optional<std::int64_t> ParseInteger(std::string_view text) {
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 std::vector<std::string_view> Split(std::string_view text, char separator) {
   std::vector<std::string_view> parts;
   while (true) {
@@ -93,7 +86,7 @@ const ModuleMethod& FindMethod(std::string_view path, const ModuleLibrary& modul
     return std::any_of(module.Methods().begin(), module.Methods().end(), predicate);
   };
   if (!has([&](const ModuleMethod& row) { return row.apiName == parts[0]; })) throw HttpError(404, "unknown API");
-  const std::optional<std::int64_t> version = ParseInteger(parts[1]);
+  const auto version = ParseNumber<std::int64_t>(parts[1]);
   if (!has([&](const ModuleMethod& row) { return row.apiName == parts[0] && row.version == version; })) {
     throw HttpError(404, "unknown version of this API");
   }
@@ -155,7 +148,7 @@ HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& varia
 
   const std::string length = text("CONTENT_LENGTH");
   if (length.empty()) return request;
-  const std::optional<std::int64_t> size = ParseInteger(length);
+  const auto size = ParseNumber<std::int64_t>(length);
   if (!size || *size < 0) throw HttpError(400, "the Content-Length is not a number");
   if (*size > static_cast<std::int64_t>(kLargestBody)) throw HttpError(413, "the body is larger than 1 MiB");
   request.body = readBody(static_cast<std::size_t>(*size));
@@ -190,7 +183,7 @@ Json::Value ParseForm(std::string_view form) {
 Json::Value FormValue(const std::string& text) {
   if (text == "true") return true;
   if (text == "false") return false;
-  const std::optional<std::int64_t> number = ParseInteger(text);
+  const auto number = ParseNumber<std::int64_t>(text);
   if (number && std::to_string(*number) == text) return Json::Value(static_cast<Json::Int64>(*number));
   return text;
 }

@@ -96,12 +96,7 @@ Capabilities ReadCapabilities(XmlElement answer) {
 }
 
 std::string ReadDevice(XmlElement answer) {
-  std::string device;
-  for (const char* name : {"Manufacturer", "Model", "FirmwareVersion"}) {
-    const std::string text = answer.Child(kDeviceNamespace, name).Text();
-    if (!text.empty()) device += (device.empty() ? "" : " ") + text;
-  }
-  return device;
+  return answer.ChildTexts(kDeviceNamespace, {"Manufacturer", "Model", "FirmwareVersion"});
 }
 
 bool OffersAudio(XmlElement answer) {

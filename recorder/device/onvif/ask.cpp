@@ -131,14 +131,13 @@ class Questioning {
   }
 
   Outcome ChooseProfile(const std::string& source) {
-    constexpr std::size_t kMostStreams = 16;
     std::set<std::string> encoders;
     for (const Profile& profile : profiles_) {
       if (profile.source != source || !profile.encoder) continue;
       if (encoders.empty()) profile_ = profile;
       encoders.insert(profile.encoder->token);
     }
-    facts_.streamCount = static_cast<int>(std::min(encoders.size(), kMostStreams));
+    facts_.streamCount = static_cast<int>(encoders.size());
     facts_.audioChannels = ChannelIf(profile_.hasAudio);
     if (profile_.hasAnalytics) facts_.motionChannels = ChannelIf(profile_.detectsMotion);
     return encoders.empty() ? Outcome::kNoVideo : Outcome::kOk;

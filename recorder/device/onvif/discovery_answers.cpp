@@ -5,8 +5,9 @@
 #include <optional>
 #include <utility>
 
+#include "recorder/device/onvif/uri.h"
 #include "recorder/device/xml.h"
-#include "recorder/net/http_place.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 
@@ -58,31 +59,11 @@ std::string FromScopes(const std::vector<std::string_view>& scopes, std::string_
   return scope == scopes.end() ? "" : Shown(PercentDecoded(scope->substr(prefix.size())));
 }
 
-struct ServiceAddress {
-  std::string_view host;
-  int port = 0;
-};
-
-/// Host and port of "http://host:port/path" or the https one.
-std::optional<ServiceAddress> ReadAddress(std::string_view text) {
-  const bool isTls = StartsWithIgnoreCase(text, "https://");
-  if (!isTls && !StartsWithIgnoreCase(text, "http://")) return std::nullopt;
-  text.remove_prefix(text.find("//") + 2);
-  text = text.substr(0, text.find_first_of("/?#"));
-  const std::size_t colon = text.find(':', text.starts_with('[') ? text.find(']') : 0);
-  ServiceAddress address{text.substr(0, colon), isTls ? kHttpsPort : kHttpPort};
-  if (colon == std::string_view::npos) return address;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, address.port);
-  const bool isPort = error == std::errc() && stop == end && address.port > 0 && address.port <= 65535;
-  return isPort ? std::optional(address) : std::nullopt;
-}
-
 /// The port of the service at `sender`: a camera with several addresses names them all, one behind a router its own.
 int ServicePort(const std::vector<std::string_view>& addresses, std::string_view sender) {
   std::optional<int> first;
   for (const std::string_view text : addresses) {
-    const auto address = ReadAddress(text);
+    const auto address = ParseHttpUri(text);
     if (address && address->host == sender) return address->port;
     if (address && !first) first = address->port;
   }

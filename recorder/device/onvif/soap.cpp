@@ -58,13 +58,6 @@ Outcome OutcomeOfNoSoap(const HttpAnswer& answer) {
   return outcome == Outcome::kOk || outcome == Outcome::kNotUnderstood ? Outcome::kNotThisProtocol : outcome;
 }
 
-/// True for a failure of the conversation and not of one request.
-bool EndsConversation(Outcome outcome) {
-  return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
-         outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported ||
-         outcome == Outcome::kClockUnknown;
-}
-
 }  // namespace
 
 Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name) {

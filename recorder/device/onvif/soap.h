@@ -23,7 +23,7 @@ struct Reply {
   bool isLoginWanted = false;  ///< the camera wants a login, or another one
   bool isLast = false;         ///< whatever else the camera were asked, it would not answer
   XmlElement content;          ///< the answer's own element in the envelope's body; lives as long as `document`
-  XmlDocument document{""};
+  XmlDocument document;
 
   /// True when a camera that speaks SOAP wrote it.
   bool IsSoap() const { return isFault || outcome == Outcome::kOk; }

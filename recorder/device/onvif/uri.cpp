@@ -1,28 +1,24 @@
 #include "recorder/device/onvif/uri.h"
 
-#include <charconv>
+#include <algorithm>
 #include <utility>
 
-#include "recorder/net/http_place.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder::onvif {
 namespace {
 
 constexpr std::pair<std::string_view, int> kSchemePorts[] = {
-    {"http", kHttpPort}, {"https", kHttpsPort}, {"rtsp", 554}, {"rtsps", 322}};
+    {"http", kHttpPort}, {"https", kHttpsPort}, {"rtsp", kRtspPort}, {"rtsps", 322}};
 
-/// The port that `authority` names, `standard` when it names none, nothing when it is not a port.
-std::optional<int> PortOf(std::string_view authority, int standard) {
-  const std::size_t hostEnd = authority.rfind(']') + 1;  // an IPv6 address is full of colons; 0 when there is none
-  const std::size_t colon = authority.find(':', hostEnd);
-  const std::string_view digits = colon == std::string_view::npos ? "" : authority.substr(colon + 1);
+/// The port `digits`, `standard` when there are none, nothing when they are no port.
+std::optional<int> PortOf(std::string_view digits, int standard) {
   if (digits.empty()) return standard;
-  int port = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-  if (error != std::errc() || end != digits.data() + digits.size() || port < 1 || port > 65535) return std::nullopt;
-  return port;
+  const auto port = ParseNumber<int>(digits);
+  return port && *port >= 1 && *port <= 65535 ? port : std::nullopt;
 }
 
 }  // namespace
@@ -38,16 +34,26 @@ std::optional<Uri> ParseUri(std::string_view text) {
   const std::size_t authorityEnd = rest.find_first_of("/?");
   std::string_view authority = rest.substr(0, authorityEnd);
   authority.remove_prefix(authority.rfind('@') + 1);
-  const auto port = PortOf(authority, Translate(kSchemePorts, scheme, 0));
-  if (authority.empty() || !port) return std::nullopt;
+  if (authority.empty()) return std::nullopt;
+  const std::size_t addressEnd = authority.rfind(']') + 1;  // an IPv6 address is full of colons; 0 when there is none
+  const std::string_view host = authority.substr(0, authority.find(':', addressEnd));
+  const std::string_view digits = authority.substr(std::min(host.size() + 1, authority.size()));
+  const auto port = PortOf(digits, Translate(kSchemePorts, scheme, 0));
+  if (!port) return std::nullopt;
 
   const std::string_view path = authorityEnd == std::string_view::npos ? "" : rest.substr(authorityEnd);
-  return Uri{scheme, *port, (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns)};
+  return Uri{scheme, std::string(host), *port,
+             (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns)};
+}
+
+std::optional<Uri> ParseHttpUri(std::string_view text) {
+  auto uri = ParseUri(text);
+  return uri && (uri->scheme == "http" || uri->scheme == "https") ? uri : std::nullopt;
 }
 
 std::optional<ModelPath> SnapshotPath(std::string_view text, int servicePort) {
-  const auto uri = ParseUri(text);
-  if (!uri || (uri->scheme != "http" && uri->scheme != "https")) return std::nullopt;
+  const auto uri = ParseHttpUri(text);
+  if (!uri) return std::nullopt;
   if (uri->port == servicePort) return ModelPath{uri->path, std::nullopt};
   if ((uri->scheme == "https") != (uri->port == kHttpsPort)) return std::nullopt;  // a path tells TLS by its port alone
   return ModelPath{uri->path, uri->port};

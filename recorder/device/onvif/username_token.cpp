@@ -2,8 +2,10 @@
 
 #include <sodium.h>
 
+#include <array>
 #include <cstdio>
 
+#include "platform/utility.h"
 #include "recorder/device/xml.h"
 #include "recorder/net/hash.h"
 
@@ -11,12 +13,6 @@ namespace recorder::onvif {
 namespace {
 
 using Nonce = std::array<unsigned char, 16>;
-
-std::string Base64(const Nonce& nonce) {
-  constexpr int kVariant = sodium_base64_VARIANT_ORIGINAL;
-  std::array<char, sodium_base64_ENCODED_LEN(sizeof(Nonce), kVariant)> text{};
-  return sodium_bin2base64(text.data(), text.size(), nonce.data(), nonce.size(), kVariant);
-}
 
 /// As xsd:dateTime in UTC, without fractions, which some cameras do not understand.
 std::string TimeText(std::chrono::sys_seconds time) {
@@ -51,7 +47,7 @@ std::string UsernameToken(const std::string& user, const std::string& password, 
          digest +
          R"(</Password><Nonce EncodingType="http://docs.oasis-open.org/wss/2004/01/)"
          R"(oasis-200401-wss-soap-message-security-1.0#Base64Binary">)" +
-         Base64(nonce) +
+         HttpBase64EncodeUnsigned(nonce.data(), static_cast<int>(nonce.size())) +
          R"(</Nonce><Created xmlns="http://docs.oasis-open.org/wss/2004/01/)"
          R"(oasis-200401-wss-wssecurity-utility-1.0.xsd">)" +
          time + "</Created></UsernameToken></Security>";

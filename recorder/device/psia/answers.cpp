@@ -1,37 +1,29 @@
 #include "recorder/device/psia/answers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 #include <utility>
 
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
 
 namespace recorder::psia {
 namespace {
 
 constexpr int kMaxPort = 65535;
-constexpr int kDefaultRtspPort = 554;
 constexpr int kHundredths = 100;
 constexpr int kDeviceBusy = 2;  // statusCode of a ResponseStatus
 
 constexpr std::string_view kChannelsPath = "/PSIA/Streaming/channels/";
 
-/// The camera's names of codecs, with and without the point, and the recorder's.
-constexpr std::pair<std::string_view, const char*> kCodecs[] = {
-    {"MJPEG", "MJPEG"}, {"MPEG4", "MPEG4"}, {"MPEG-4", "MPEG4"}, {"H.264", "H.264"},
-    {"H264", "H.264"},  {"H.265", "H.265"}, {"H265", "H.265"},
+/// The camera's names of codecs in lower case, with and without the point, and the recorder's.
+constexpr std::pair<std::string_view, std::string_view> kCodecs[] = {
+    {"mjpeg", "MJPEG"}, {"mpeg4", "MPEG4"}, {"mpeg-4", "MPEG4"}, {"h.264", "H.264"},
+    {"h264", "H.264"},  {"h.265", "H.265"}, {"h265", "H.265"},
 };
 
 XmlElement Child(const XmlElement& element, std::string_view name) { return element.Child(kAnyNamespace, name); }
-
-std::optional<int> ReadNumber(std::string_view text) {
-  int number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
 
 bool IsTrue(std::string_view text) { return EqualsIgnoreCase(text, "true") || text == "1"; }
 
@@ -44,8 +36,7 @@ void AddOnce(std::vector<std::string>& values, std::string value) {
 std::vector<std::string> ReadList(std::string_view list) {
   std::vector<std::string> values;
   while (!list.empty() && values.size() < kMaxListed) {
-    const std::string_view value = Trimmed(TakeUntil(list, ','));
-    if (!HoldsControls(value)) AddOnce(values, std::string(value));
+    AddOnce(values, std::string(Trimmed(TakeUntil(list, ','))));
   }
   return values;
 }
@@ -54,8 +45,8 @@ std::vector<std::string> ReadList(std::string_view list) {
 std::vector<std::string> ReadRange(const XmlElement& element, int step) {
   constexpr std::size_t kMaxValues = 101;
   std::vector<std::string> values;
-  const auto min = ReadNumber(element.Attribute("min"));
-  const auto max = ReadNumber(element.Attribute("max"));
+  const auto min = ParseNumber<int>(element.Attribute("min"));
+  const auto max = ParseNumber<int>(element.Attribute("max"));
   if (!min || !max || *min < 0) return values;
   for (long long value = *min; value <= *max && values.size() < kMaxValues; value += step) {
     values.push_back(std::to_string(value));
@@ -66,7 +57,7 @@ std::vector<std::string> ReadRange(const XmlElement& element, int step) {
 /// `step`: between the values of a range; 0 for a setting whose range does not say what can be chosen.
 Setting ReadSetting(const XmlElement& element, int step = 0) {
   Setting setting;
-  if (const std::string text = element.Text(); !HoldsControls(text)) setting.current = text;
+  setting.current = element.Text();
   setting.values = ReadList(element.Attribute("opt"));
   if (setting.values.empty() && step > 0) setting.values = ReadRange(element, step);
   return setting;
@@ -90,7 +81,7 @@ bool IsWhole(std::string_view text, const XmlElement& root) {
 }
 
 Outcome ResponseOutcome(const XmlElement& responseStatus, long status) {
-  if (ReadNumber(Child(responseStatus, "statusCode").Text()) == kDeviceBusy) return Outcome::kBusy;
+  if (ParseNumber<int>(Child(responseStatus, "statusCode").Text()) == kDeviceBusy) return Outcome::kBusy;
   return status == kHttpOk ? Outcome::kNotUnderstood : OutcomeOfStatus(status);
 }
 
@@ -107,11 +98,7 @@ Outcome AnswerOutcome(const HttpAnswer& answer, const XmlElement& root,
 bool IsPathSegment(std::string_view id) { return !id.empty() && !HoldsControls(id); }
 
 /// The recorder's name of a codec, or "".
-std::string CodecName(std::string_view name) {
-  const auto* codec = std::find_if(std::begin(kCodecs), std::end(kCodecs),
-                                   [&](const auto& row) { return EqualsIgnoreCase(row.first, name); });
-  return codec == std::end(kCodecs) ? "" : codec->second;
-}
+std::string CodecName(std::string_view name) { return std::string(Translate(kCodecs, LowerCase(name), "")); }
 
 /// What can be chosen, the current value included, which is the one to begin with; nothing when there is nothing.
 std::optional<Choices> MakeChoices(std::vector<std::string> values, const std::string& current) {
@@ -124,7 +111,7 @@ std::optional<Choices> MakeChoices(std::vector<std::string> values, const std::s
 
 /// Whole frames a second of a rate in hundredths; "" when it is none.
 std::string WholeFrames(const std::string& hundredths) {
-  const auto rate = ReadNumber(hundredths);
+  const auto rate = ParseNumber<int>(hundredths);
   return rate && *rate > 0 ? std::to_string(std::max(1, *rate / kHundredths)) : "";
 }
 
@@ -136,7 +123,7 @@ std::optional<Choices> FrameRates(const Setting& setting) {
 
 /// "1280x720"; "" when it is no size.
 std::string Size(const std::string& width, const std::string& height) {
-  const bool isSize = ReadNumber(width).value_or(0) > 0 && ReadNumber(height).value_or(0) > 0;
+  const bool isSize = ParseNumber<int>(width).value_or(0) > 0 && ParseNumber<int>(height).value_or(0) > 0;
   return isSize ? width + "x" + height : "";
 }
 
@@ -160,11 +147,7 @@ Reading ReadAnswer(const HttpAnswer& answer, std::initializer_list<std::string_v
 }
 
 std::string ReadDevice(const XmlElement& deviceInfo) {
-  std::string device;
-  for (const char* name : {"manufacturer", "model", "firmwareVersion"}) {
-    const std::string text = Child(deviceInfo, name).Text();
-    if (!text.empty()) device += (device.empty() ? "" : " ") + text;
-  }
+  const std::string device = deviceInfo.ChildTexts(kAnyNamespace, {"manufacturer", "model", "firmwareVersion"});
   return device.empty() ? Child(deviceInfo, "deviceName").Text() : device;
 }
 
@@ -181,7 +164,7 @@ StreamingChannel ReadChannel(const XmlElement& streamingChannel) {
     channel.hasHttp =
         channel.hasHttp || name.Text() == "HTTP" || std::find(options.begin(), options.end(), "HTTP") != options.end();
   }
-  const auto port = ReadNumber(Child(transport, "rtspPortNo").Text());
+  const auto port = ParseNumber<int>(Child(transport, "rtspPortNo").Text());
   if (port && *port >= 1 && *port <= kMaxPort) channel.rtspPort = port;
 
   const XmlElement video = Child(streamingChannel, "Video");
@@ -212,8 +195,7 @@ std::vector<StreamingChannel> ReadChannels(const XmlElement& streamingChannelLis
 }
 
 int CountInputs(const XmlElement& inputPortList) {
-  const std::size_t count = inputPortList.Children(kAnyNamespace, "IOInputPort").size();
-  return static_cast<int>(std::min(count, kMaxListed));
+  return static_cast<int>(inputPortList.Children(kAnyNamespace, "IOInputPort").size());
 }
 
 std::vector<std::string> ReadMotionChannels(const XmlElement& motionDetection,
@@ -254,7 +236,7 @@ bool FillIn(const StreamingChannel& channel, CameraFacts& facts) {
   facts.streamCount = 1;  // a channel of this API is one stream
 
   const std::string path = std::string(kChannelsPath) + PercentEncoded(channel.id, kUnreservedSigns);
-  facts.stream = {path, channel.rtspPort.value_or(kDefaultRtspPort)};
+  facts.stream = {path, channel.rtspPort.value_or(kRtspPort)};
   facts.snapshot = ModelPath{path + "/picture?snapShotImageType=JPEG", std::nullopt};
   return true;
 }

@@ -22,7 +22,7 @@ class Conversation {
     HttpAnswer answer;
     answer.outcome = end_;
     if (!HasEnded()) answer = session_.Get(path);
-    if (IsEnd(answer.outcome)) end_ = answer.outcome;
+    if (EndsConversation(answer.outcome)) end_ = answer.outcome;
     return ReadAnswer(answer, wanted);
   }
 
@@ -33,12 +33,6 @@ class Conversation {
   Outcome End() const { return end_; }
 
  private:
-  /// Failures after which every other question would fail alike; a mere status is about its own question.
-  static bool IsEnd(Outcome outcome) {
-    return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
-           outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported;
-  }
-
   HttpSession session_;
   Outcome end_ = Outcome::kOk;
 };

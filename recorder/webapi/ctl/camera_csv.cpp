@@ -1,9 +1,10 @@
 #include "recorder/webapi/ctl/camera_csv.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <utility>
+
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -108,9 +109,7 @@ bool Store(ListedCamera& listed, const std::string& column, const std::string& c
     return true;
   }
   if (column != "port") return false;
-  const char* end = cell.data() + cell.size();
-  const auto [stop, error] = std::from_chars(cell.data(), end, camera.port);
-  if (error != std::errc() || stop != end) camera.port = 0;
+  camera.port = ParseNumber<int>(cell).value_or(0);
   return true;
 }
 
