@@ -8,8 +8,8 @@
 
 // XML as cameras write it, over libxml2. Names are compared by namespace and local name, never by prefix.
 
-struct _xmlDoc;   // NOLINT(bugprone-reserved-identifier): libxml2's own name
-struct _xmlNode;  // NOLINT(bugprone-reserved-identifier): libxml2's own name
+struct _xmlDoc;   // libxml2's own name
+struct _xmlNode;  // libxml2's own name
 
 namespace recorder {
 

@@ -12,12 +12,11 @@
 
 #include "tests/double/script.h"
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
+// The linker's names of what is wrapped and of what wraps it.
 using ThreadBody = void*(void*);
 extern "C" void __real_free(void* block);
 extern "C" int __real_pthread_create(pthread_t* id, const pthread_attr_t* attributes, ThreadBody* body, void* argument);
 extern "C" int __real_pthread_join(pthread_t id, void** result);
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace scripted {
 namespace {
@@ -83,7 +82,6 @@ int TakePicture(const Json::Value& answer, unsigned char** picture, int* size) {
 
 using namespace scripted;
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names
 extern "C" void __wrap_free(void* block) {
   {
     const std::lock_guard lock{process.pictureMutex};
@@ -109,4 +107,3 @@ extern "C" int __wrap_pthread_join(pthread_t id, void** result) {
   worker.running = false;
   return __real_pthread_join(worker.id, result);
 }
-// NOLINTEND(bugprone-reserved-identifier)
