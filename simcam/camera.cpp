@@ -1,6 +1,5 @@
 #include "simcam/camera.h"
 
-#include <algorithm>
 #include <random>
 #include <sstream>
 #include <utility>
@@ -55,13 +54,6 @@ Camera::Camera(CameraConfig config, ClipStore& clips)
   }
 }
 
-Camera::~Camera() {
-  listener_.Shutdown();
-  if (acceptor_.joinable()) acceptor_.join();
-  for (const Connection& connection : connections_) connection.socket.Shutdown();
-  connections_.clear();
-}
-
 void Camera::Start() {
   if (config_.fault.fault == Fault::kRefused) return;
   if (LeadsToTls(config_)) {
@@ -69,40 +61,15 @@ void Camera::Start() {
     http_.SetTlsPort(tls_->Port());
   }
   if (config_.discovery) discovery_ = std::make_unique<Discovery>(config_, Port());
-  listener_.Listen();
-  acceptor_ = std::jthread([this] { AcceptAll(); });
-}
-
-void Camera::AcceptAll() {
-  while (true) {
-    Socket socket = listener_.Accept();
-    if (!socket.IsOpen()) return;
+  acceptor_.emplace(listener_, [this](int open) {
     log_.CountConnection();
-    ForgetFinished();
-    Connection& connection = connections_.emplace_back();
-    connection.socket = std::move(socket);
-    connection.openThen = CountOpen();
-    connection.thread = std::jthread([this, &connection] {
-      Serve(connection);
-      connection.socket.Shutdown();
-      connection.over = true;
-    });
-  }
+    // What GStreamer's server has taken over is no socket of the acceptor's any more.
+    const int openThen = open + (stock_ ? stock_->CountOpen() : 0);
+    return [this, openThen](Socket& socket) { Serve(socket, openThen); };
+  });
 }
 
-void Camera::ForgetFinished() {
-  connections_.remove_if([](const Connection& connection) { return connection.over.load(); });
-}
-
-/// What GStreamer's server has taken over is no socket of ours any more.
-int Camera::CountOpen() const {
-  const auto open = std::count_if(connections_.begin(), connections_.end(),
-                                  [](const Connection& connection) { return connection.socket.IsEstablished(); });
-  return static_cast<int>(open) + (stock_ ? stock_->CountOpen() : 0);
-}
-
-void Camera::Serve(Connection& connection) {
-  Socket& socket = connection.socket;
+void Camera::Serve(Socket& socket, int openThen) {
   std::string received;
   std::optional<Request> first;
   while (!(first = FirstLine(received)) && socket.Receive(received)) continue;
@@ -110,7 +77,7 @@ void Camera::Serve(Connection& connection) {
     log_.CountConnection(-1);
     return SendLog(socket, log_);
   }
-  log_.CountOpen(connection.openThen);
+  log_.CountOpen(openThen);
   if (!first) return;
   if (MisbehavesAtOnce(socket, *first)) return;
   if (!first->IsRtsp()) return http_.Serve(socket, std::move(received));

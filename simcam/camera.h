@@ -1,17 +1,16 @@
 #pragma once
 
-#include <atomic>
-#include <list>
 #include <memory>
+#include <optional>
 #include <string>
-#include <thread>
 
+#include "simcam/acceptor.h"
 #include "simcam/camera_log.h"
 #include "simcam/clip.h"
 #include "simcam/config.h"
-#include "simcam/discovery.h"
 #include "simcam/http_camera.h"
 #include "simcam/login.h"
+#include "simcam/onvif/discovery.h"
 #include "simcam/scripted_rtsp.h"
 #include "simcam/socket.h"
 #include "simcam/stock_rtsp.h"
@@ -20,14 +19,11 @@
 namespace simcam {
 
 /// One camera: a port of 127.0.0.1 on which RTSP and HTTP are told apart by the first request line. It serves from
-/// Start() to destruction, a thread for each connection.
+/// Start() to destruction.
 class Camera {
  public:
   /// Binds the port and encodes what the streams need beforehand. Throws std::runtime_error.
   Camera(CameraConfig config, ClipStore& clips);
-  ~Camera();
-  Camera(const Camera&) = delete;
-  Camera& operator=(const Camera&) = delete;
 
   [[nodiscard]] const CameraConfig& Config() const { return config_; }
   [[nodiscard]] int Port() const { return listener_.Port(); }
@@ -35,17 +31,8 @@ class Camera {
   void Start();
 
  private:
-  struct Connection {
-    Socket socket;
-    int openThen = 0;  ///< connections that were open when this one came, itself included
-    std::atomic<bool> over = false;
-    std::jthread thread;
-  };
-
-  void AcceptAll();
-  void ForgetFinished();
-  [[nodiscard]] int CountOpen() const;
-  void Serve(Connection& connection);
+  /// `openThen`: connections that were open when this one came, itself included.
+  void Serve(Socket& socket, int openThen);
   /// Says what a broken front says to any request; false if the fault lies deeper.
   bool MisbehavesAtOnce(const Socket& socket, const Request& firstLine);
 
@@ -58,8 +45,7 @@ class Camera {
   std::unique_ptr<ScriptedRtsp> scripted_;
   std::unique_ptr<TlsFront> tls_;
   std::unique_ptr<Discovery> discovery_;
-  std::list<Connection> connections_;  ///< the acceptor's, and the destructor's after it
-  std::jthread acceptor_;
+  std::optional<Acceptor> acceptor_;
 };
 
 }  // namespace simcam

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "simcam/glib_handle.h"
+
 namespace simcam {
 namespace {
 
@@ -25,7 +27,7 @@ int UnitCount(const StreamConfig& stream) {
 }
 
 std::string ClipName(const StreamConfig& stream) {
-  return std::string(CodecName(stream.codec)) + "-" + std::to_string(stream.size.width) + "x" +
+  return stream.file + CodecName(stream.codec) + "-" + std::to_string(stream.size.width) + "x" +
          std::to_string(stream.size.height) + "-" + std::to_string(stream.fps) + "fps-gop" +
          std::to_string(stream.gop) + "-" + std::to_string(stream.bitrate) + "kbps-slices" +
          std::to_string(stream.slices);
@@ -34,6 +36,21 @@ std::string ClipName(const StreamConfig& stream) {
 std::string EncodeDescription(const StreamConfig& stream) {
   return TestPicture(stream.size, stream.fps, "num-buffers=" + std::to_string(UnitCount(stream))) + " ! " +
          Encoder(stream);
+}
+
+/// A file's clip from its first key frame on.
+void StartAtKeyFrame(Clip& clip, const StreamConfig& stream) {
+  const auto first =
+      std::find_if(clip.units.begin(), clip.units.end(), [](const Clip::Unit& unit) { return unit.key; });
+  clip.units.erase(clip.units.begin(), first);
+  if (clip.units.empty()) throw ConfigError(stream.file + " has no key frame");
+  Size size;
+  const GstStructure* facts = gst_caps_get_structure(clip.caps.get(), 0);
+  gst_structure_get(facts, "width", G_TYPE_INT, &size.width, "height", G_TYPE_INT, &size.height, nullptr);
+  if (size != stream.size) {
+    throw ConfigError(stream.file + " is " + std::to_string(size.width) + "x" + std::to_string(size.height) +
+                      ", unlike its stream");
+  }
 }
 
 /// Removes its file, unless that has another name by then.
@@ -92,9 +109,7 @@ std::string MediaSection(const GstCaps* caps) {
   gst_sdp_media_new(&media);
   gst_sdp_media_set_proto(media, "RTP/AVP");
   gst_sdp_media_set_media_from_caps(caps, media);
-  gchar* text = gst_sdp_media_as_text(media);
-  std::string section = text;
-  g_free(text);
+  std::string section = GlibText(gst_sdp_media_as_text(media)).get();
   gst_sdp_media_free(media);
   return section;
 }
@@ -155,7 +170,7 @@ Sample ClipStore::PullUnlessStopped(const Pipeline& pipeline) const {
   return pipeline.Pull();
 }
 
-std::shared_ptr<const Clip> ClipStore::Collect(const std::string& description) const {
+std::shared_ptr<Clip> ClipStore::Collect(const std::string& description) const {
   auto clip = std::make_shared<Clip>();
   const Pipeline pipeline(description + " ! appsink name=out sync=false");
   ShowClock(pipeline.Get(), Clock::kStream);
@@ -166,7 +181,7 @@ std::shared_ptr<const Clip> ClipStore::Collect(const std::string& description) c
     clip->units.push_back(
         {{gst_buffer_ref(buffer), Unref()}, GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DELTA_UNIT) == 0});
   }
-  if (clip->units.empty()) throw std::runtime_error("GStreamer gave no pictures");
+  if (clip->units.empty()) throw std::runtime_error("no pictures from " + description);
   return clip;
 }
 
@@ -188,6 +203,12 @@ std::shared_ptr<const Clip> ClipStore::Get(const StreamConfig& stream) {
   const std::string name = ClipName(stream);
   std::shared_ptr<const Clip>& clip = clips_[name];
   if (clip) return clip;
+  if (!stream.file.empty()) {
+    const auto whole = Collect("filesrc location=\"" + stream.file + "\" ! " + Parser(stream.codec));
+    StartAtKeyFrame(*whole, stream);
+    clip = whole;
+    return clip;
+  }
   if (folder_.empty()) {
     clip = Collect(EncodeDescription(stream));
     return clip;

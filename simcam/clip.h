@@ -11,7 +11,8 @@
 
 namespace simcam {
 
-/// A stream encoded beforehand; it begins with a key frame and can be repeated without end. Constant once made.
+/// A stream encoded beforehand, here or elsewhere; it begins with a key frame and can be repeated without end. Constant
+/// once made.
 struct Clip {
   struct Unit {
     std::shared_ptr<GstBuffer> buffer;  ///< one access unit
@@ -39,14 +40,15 @@ class ClipStore {
  public:
   ClipStore(std::string folder, std::stop_token stop) : folder_(std::move(folder)), stop_(std::move(stop)) {}
 
-  /// Both throw Stopped, or std::runtime_error if GStreamer fails.
+  /// Both throw Stopped, ConfigError if the stream's file is not as configured, or std::runtime_error if GStreamer
+  /// fails.
 
   std::shared_ptr<const Clip> Get(const StreamConfig& stream);
   std::shared_ptr<const RtpClip> GetRtp(const StreamConfig& stream, Fault fault);
 
  private:
   [[nodiscard]] Sample PullUnlessStopped(const Pipeline& pipeline) const;
-  [[nodiscard]] std::shared_ptr<const Clip> Collect(const std::string& description) const;
+  [[nodiscard]] std::shared_ptr<Clip> Collect(const std::string& description) const;
   void EncodeToFile(const StreamConfig& stream, const std::string& path) const;
 
   std::string folder_;  ///< empty: none

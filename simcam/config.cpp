@@ -38,7 +38,7 @@ void ReadStart(Members& members, StreamConfig& stream) {
 }
 
 /// Live encoding is for small pictures; MPEG-4 comes without time stamps out of its encoder, so it is always a clip.
-bool CanBeLive(const StreamConfig& stream) { return stream.codec != Codec::kMpeg4; }
+bool CanBeLive(const StreamConfig& stream) { return stream.codec != Codec::kMpeg4 && stream.file.empty(); }
 
 bool LiveByDefault(const StreamConfig& stream) {
   return CanBeLive(stream) && stream.size.width * stream.size.height <= 1280 * 720;
@@ -62,13 +62,15 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   members.Read("slices", stream.slices, 1, 16);
   members.Read("path", stream.path);
   members.Read("audio", stream.audio, kAudio);
+  members.Read("file", stream.file);
+  if (!stream.file.empty() && !std::ifstream(stream.file)) members.Fail("cannot read " + stream.file);
   stream.live = LiveByDefault(stream);
   members.Read("source", stream.live, kSources);
   members.Read("pli", stream.honoursPli);
   ReadStart(members, stream);
   members.Finish();
   CheckPath(members, stream.path);
-  if (stream.live && !CanBeLive(stream)) members.Fail("MPEG-4 has no live source, only a clip");
+  if (stream.live && !CanBeLive(stream)) members.Fail("MPEG-4 and files have no live source, only a clip");
   if (stream.size.width % 2 != 0 || stream.size.height % 2 != 0) members.Fail("width and height must be even");
   // RFC 2435: 8 bits of 8 pixels each; beyond that the sizes do not fit.
   if (stream.codec == Codec::kJpeg && (stream.size.width > 2040 || stream.size.height > 2040)) {
@@ -150,7 +152,7 @@ void ReadFault(Members& members, CameraConfig& camera) {
 
 bool NeedsScript(const StreamConfig& stream) {
   return stream.randomStart || stream.secondsBeforeKeyFrame > 0 || stream.honoursPli ||
-         stream.path.find('?') != std::string::npos;
+         stream.path.find('?') != std::string::npos || !stream.file.empty();
 }
 
 /// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.

@@ -10,6 +10,12 @@
 namespace simcam {
 
 enum class Codec { kH264, kH265, kMpeg4, kJpeg };
+/// What the codecs are called somewhere, in their order above.
+struct CodecWords {
+  const char* words[4];
+  constexpr const char* operator[](Codec codec) const { return words[static_cast<size_t>(codec)]; }
+};
+
 enum class Audio { kNone, kFirst, kOnly };
 enum class Server { kStock, kScripted };
 enum class Scheme { kBasic, kDigestMd5, kDigestSha256, kDigestUnknown, kBearer };
@@ -37,6 +43,7 @@ struct StreamConfig {
   int slices = 1;   ///< H.264 only
   std::string path = "/stream1";
   Audio audio = Audio::kNone;
+  std::string file;                  ///< a clip encoded elsewhere, as an elementary stream; empty: encoded here
   bool live = true;                  ///< encoded while somebody watches; else a clip, encoded beforehand and looped
   bool randomStart = false;          ///< a session starts anywhere in the clip
   double secondsBeforeKeyFrame = 0;  ///< a session starts so long before a key frame

@@ -18,6 +18,8 @@ struct UnrefGlib {
   void operator()(void* object) const noexcept { g_object_unref(object); }
 };
 
+inline std::string RandomUuid() { return GlibText(g_uuid_string_random()).get(); }
+
 /// The bytes that a base64 text stands for; what is no base64 in it is passed over.
 inline std::string DecodeBase64(const std::string& text) {
   gsize size = 0;

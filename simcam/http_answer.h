@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "simcam/login.h"
+
 namespace simcam {
 
 constexpr const char* kJpegType = "image/jpeg";
@@ -17,5 +19,10 @@ struct HttpAnswer {
   std::string headers{};  ///< more header lines, each with its line end
   Body sending = Body::kWhole;
 };
+
+/// The answer to a request whose login is missing or wrong.
+inline HttpAnswer LoginAnswer(const Verdict& verdict) {
+  return {verdict.status, "text/plain", "login\n", verdict.Headers()};
+}
 
 }  // namespace simcam

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
-#include <vector>
+#include <utility>
 
+#include "simcam/onvif/onvif.h"
 #include "simcam/picture.h"
+#include "simcam/psia.h"
 
 namespace simcam {
 namespace {
@@ -13,28 +15,19 @@ namespace {
 constexpr const char* kMovedPath = "/moved";
 
 const char* Reason(int status) {
-  switch (status) {
-    case 200:
-      return "OK";
-    case 302:
-      return "Found";
-    case 400:
-      return "Bad Request";
-    case 401:
-      return "Unauthorized";
-    case 403:
-      return "Forbidden";
-    case 404:
-      return "Not Found";
-    case 405:
-      return "Method Not Allowed";
-    case 500:
-      return "Internal Server Error";
-    case 503:
-      return "Service Unavailable";
-    default:
-      return "Because";
+  constexpr std::pair<int, const char*> kReasons[] = {{200, "OK"},
+                                                      {302, "Found"},
+                                                      {400, "Bad Request"},
+                                                      {401, "Unauthorized"},
+                                                      {403, "Forbidden"},
+                                                      {404, "Not Found"},
+                                                      {405, "Method Not Allowed"},
+                                                      {500, "Internal Server Error"},
+                                                      {503, "Service Unavailable"}};
+  for (const auto& [code, text] : kReasons) {
+    if (code == status) return text;
   }
+  return "Because";
 }
 
 /// Takes "size=WxH" out of a path's query; the size, or nothing if none was asked for.
@@ -63,7 +56,7 @@ class HttpCamera::Conversation {
         camera_(server.camera_),
         fault_(server.camera_.fault.fault),
         socket_(socket),
-        overTls_(overTls) {}
+        entrance_{server.port_, server.tlsPort_, overTls} {}
 
   void Run(std::string received) {
     while (open_) {
@@ -79,8 +72,9 @@ class HttpCamera::Conversation {
   void Handle(const Request& request) {
     if (request.version == "HTTP/1.0" || EqualNoCase(request.Header("Connection"), "close")) keepsAlive_ = false;
     std::string path = request.Path();
-    if (server_.onvif_ && Onvif::Serves(path)) return Give(server_.onvif_->Answer(request, overTls_, server_.tlsPort_));
-    if (server_.psia_ && Psia::Serves(path)) return GivePsia(request);
+    for (const auto& service : server_.services_) {
+      if (service->Serves(path)) return Give(request, service->Answer(request, entrance_));
+    }
     server_.log_.CountRequest(request);
     if (request.method.empty()) return Answer(400, "text/plain", "bad request\n");
     for (const PageConfig& page : camera_.pages) {
@@ -109,7 +103,7 @@ class HttpCamera::Conversation {
   bool LoggedIn(const Request& request) {
     const Verdict verdict = server_.login_.Check(request.method, request.target, request.Header("Authorization"));
     if (verdict.status == 200) return true;
-    Answer(verdict.status, "text/plain", "login\n", verdict.Headers());
+    Give(request, LoginAnswer(verdict));
     return false;
   }
 
@@ -204,8 +198,12 @@ class HttpCamera::Conversation {
     if (!keepsAlive_) open_ = false;
   }
 
-  /// Sends a service's answer, its troubles included.
-  void Give(const HttpAnswer& answer) {
+  /// Sends a service's answer, its troubles included. A picture has the same faults as any other.
+  void Give(const Request& request, const HttpAnswer& answer) {
+    if (answer.type == kJpegType) {
+      if (!MisbehavesInstead(request)) SendPicture(answer.body);
+      return;
+    }
     switch (answer.sending) {
       case HttpAnswer::Body::kWhole:
         return Answer(answer.status, answer.type, answer.body, answer.headers);
@@ -216,13 +214,6 @@ class HttpCamera::Conversation {
       case HttpAnswer::Body::kHuge:
         return Send(Head(200, answer.type, 2147483647) + answer.body + std::string(kHugePart, ' '));
     }
-  }
-
-  /// A PSIA picture has the same faults as any other.
-  void GivePsia(const Request& request) {
-    const HttpAnswer answer = server_.psia_->Answer(request, overTls_, server_.tlsPort_);
-    if (answer.type != kJpegType) return Give(answer);
-    if (!MisbehavesInstead(request)) SendPicture(answer.body);
   }
 
   void SendForEver(const std::string& first, const std::string& again) {
@@ -236,15 +227,15 @@ class HttpCamera::Conversation {
   const CameraConfig& camera_;
   const Fault fault_;
   const Socket& socket_;
-  const bool overTls_;
+  const Entrance entrance_;
   bool open_ = true;
   bool keepsAlive_ = true;
 };
 
 HttpCamera::HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log)
-    : camera_(camera), login_(login), log_(log) {
-  if (camera.onvif) onvif_.emplace(camera, port, login, log);
-  if (camera.psia) psia_.emplace(camera, port, login, log);
+    : camera_(camera), port_(port), login_(login), log_(log) {
+  if (camera.onvif) services_.push_back(std::make_unique<Onvif>(camera, login, log));
+  if (camera.psia) services_.push_back(std::make_unique<Psia>(camera, login, log));
 }
 
 void HttpCamera::Serve(const Socket& connection, std::string received, bool overTls) {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "simcam/camera_log.h"
 #include "simcam/config.h"
+#include "simcam/http_service.h"
 #include "simcam/login.h"
-#include "simcam/onvif.h"
-#include "simcam/psia.h"
 #include "simcam/socket.h"
 
 namespace simcam {
@@ -32,10 +32,10 @@ class HttpCamera {
   class Conversation;
 
   const CameraConfig& camera_;
+  const int port_;
   Login& login_;
   CameraLog& log_;
-  std::optional<Onvif> onvif_;
-  std::optional<Psia> psia_;
+  std::vector<std::unique_ptr<HttpService>> services_;
   std::string redirect_;
   int tlsPort_ = 0;
 };

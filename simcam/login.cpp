@@ -3,7 +3,6 @@
 #include <glib.h>
 
 #include <cstdlib>
-#include <random>
 
 #include "simcam/glib_handle.h"
 
@@ -15,16 +14,7 @@ constexpr int kWrongLoginsBeforeLockOut = 3;
 
 std::string Hash(Scheme scheme, const std::string& text) {
   const GChecksumType type = scheme == Scheme::kDigestSha256 ? G_CHECKSUM_SHA256 : G_CHECKSUM_MD5;
-  const GlibText hash(g_compute_checksum_for_string(type, text.data(), static_cast<gssize>(text.size())));
-  return hash.get();
-}
-
-std::string NewNonce() {
-  std::random_device random;
-  std::string nonce;
-  constexpr char kHex[] = "0123456789abcdef";
-  for (int i = 0; i < 32; ++i) nonce += kHex[random() % 16];
-  return nonce;
+  return GlibText(g_compute_checksum_for_string(type, text.data(), static_cast<gssize>(text.size()))).get();
 }
 
 /// Reads `name=value, name="quoted value"` (RFC 9110, section 11.2); names in small letters.
@@ -130,7 +120,7 @@ std::string Login::Challenge(Scheme scheme, const std::string& nonce, bool stale
 }
 
 std::vector<std::string> Login::Challenges(bool stale) {
-  const std::string nonce = NewNonce();
+  const std::string nonce = Hash(Scheme::kDigestMd5, RandomUuid());
   nonces_[nonce] = 0;
   std::vector<std::string> challenges;
   for (const Scheme scheme : camera_.login.offer) challenges.push_back(Challenge(scheme, nonce, stale));

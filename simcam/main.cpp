@@ -1,8 +1,7 @@
 // simcam: simulated cameras as seen from the network. README.md shows the configuration.
+#include <glib-unix.h>
 #include <gst/gst.h>
 #include <json/json.h>
-#include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,6 +9,7 @@
 #include <cstdio>
 #include <iostream>
 #include <list>
+#include <semaphore>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -51,10 +51,16 @@ Options ReadOptions(const std::vector<std::string>& words) {
   return options;
 }
 
-/// GStreamer's RTSP server does its housekeeping in the default main loop.
+/// The default main loop, on a thread: GStreamer's RTSP server does its housekeeping in it, and it notices when the
+/// program is to end.
 class MainLoop {
  public:
-  MainLoop() : loop_(g_main_loop_new(nullptr, FALSE)), thread_([this] { g_main_loop_run(loop_); }) {}
+  explicit MainLoop(bool untilStdinCloses) : loop_(g_main_loop_new(nullptr, FALSE)) {
+    g_unix_signal_add(SIGTERM, OnSignal, this);
+    g_unix_signal_add(SIGINT, OnSignal, this);
+    if (untilStdinCloses) g_unix_fd_add(STDIN_FILENO, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), OnStdin, this);
+    thread_ = std::jthread([this] { g_main_loop_run(loop_); });
+  }
   ~MainLoop() {
     while (g_main_loop_is_running(loop_) == 0) std::this_thread::yield();
     g_main_loop_quit(loop_);
@@ -64,8 +70,26 @@ class MainLoop {
   MainLoop(const MainLoop&) = delete;
   MainLoop& operator=(const MainLoop&) = delete;
 
+  [[nodiscard]] std::stop_token End() const { return end_.get_token(); }
+  void WaitForEnd() { ended_.acquire(); }
+
  private:
+  static gboolean OnSignal(gpointer loop) {
+    auto& self = *static_cast<MainLoop*>(loop);
+    if (self.end_.request_stop()) self.ended_.release();
+    return G_SOURCE_CONTINUE;
+  }
+
+  static gboolean OnStdin(gint, GIOCondition, gpointer loop) {
+    std::array<char, 256> ignored{};
+    if (read(STDIN_FILENO, ignored.data(), ignored.size()) > 0) return G_SOURCE_CONTINUE;
+    OnSignal(loop);
+    return G_SOURCE_REMOVE;
+  }
+
   GMainLoop* loop_;
+  std::stop_source end_;
+  std::binary_semaphore ended_{0};
   std::jthread thread_;
 };
 
@@ -92,55 +116,9 @@ std::string RedirectAddress(const std::string& target, const std::list<Camera>& 
   return target;
 }
 
-/// Signals that end us are read from a descriptor; they must be blocked before any thread starts.
-int BlockedSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
-  sigprocmask(SIG_BLOCK, &signals, nullptr);
-  return signalfd(-1, &signals, SFD_CLOEXEC);
-}
-
-bool StdinIsAtEnd() {
-  std::array<char, 256> ignored{};
-  return read(STDIN_FILENO, ignored.data(), ignored.size()) <= 0;
-}
-
-void WaitForEnd(int signals, bool untilStdinCloses) {
-  std::array<pollfd, 2> entries = {{{signals, POLLIN, 0}, {untilStdinCloses ? STDIN_FILENO : -1, POLLIN, 0}}};
-  while (true) {
-    poll(entries.data(), entries.size(), -1);
-    if (entries[0].revents != 0) return;
-    if (entries[1].revents != 0 && StdinIsAtEnd()) return;
-  }
-}
-
-/// Waits for the end beside whatever else is done.
-class EndWatcher {
- public:
-  EndWatcher(int signals, bool untilStdinCloses)
-      : thread_([this, signals, untilStdinCloses] {
-          WaitForEnd(signals, untilStdinCloses);
-          stop_.request_stop();
-        }) {}
-  /// The thread waits for a signal, so it gets one; it is blocked everywhere else.
-  ~EndWatcher() { kill(getpid(), SIGTERM); }
-  EndWatcher(const EndWatcher&) = delete;
-  EndWatcher& operator=(const EndWatcher&) = delete;
-
-  [[nodiscard]] std::stop_token Token() const { return stop_.get_token(); }
-  void Join() { thread_.join(); }
-
- private:
-  std::stop_source stop_;
-  std::jthread thread_;
-};
-
-void Run(const Options& options, int signals) {
-  EndWatcher watcher(signals, options.untilStdinCloses);
-  simcam::ClipStore clips(options.cache, watcher.Token());
-  const MainLoop loop;
+void Run(const Options& options) {
+  MainLoop loop(options.untilStdinCloses);
+  simcam::ClipStore clips(options.cache, loop.End());
   std::list<Camera> cameras;
   for (const auto& config : simcam::ReadConfig(options.config)) cameras.emplace_back(config, clips);
   for (Camera& camera : cameras) {
@@ -149,13 +127,12 @@ void Run(const Options& options, int signals) {
     camera.Start();
   }
   std::cout << PortsAsJson(cameras) << std::endl;
-  watcher.Join();
+  loop.WaitForEnd();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int signals = BlockedSignals();
   std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes to connections that the other side has ended
   try {
     const Options options = ReadOptions({argv + 1, argv + argc});
@@ -164,7 +141,7 @@ int main(int argc, char** argv) {
       return 0;
     }
     gst_init(nullptr, nullptr);
-    Run(options, signals);
+    Run(options);
     return 0;
   } catch (const simcam::Stopped&) {
     return 0;

@@ -119,6 +119,20 @@ std::string Encoder(const StreamConfig& stream) {
   return {};
 }
 
+std::string Parser(Codec codec) {
+  switch (codec) {
+    case Codec::kH264:
+      return "h264parse config-interval=-1 ! video/x-h264,stream-format=byte-stream,alignment=au";
+    case Codec::kH265:
+      return "h265parse config-interval=-1 ! video/x-h265,stream-format=byte-stream,alignment=au";
+    case Codec::kMpeg4:
+      return "mpeg4videoparse config-interval=-1";
+    case Codec::kJpeg:
+      return "jpegparse";
+  }
+  return {};
+}
+
 std::string Payloader(Codec codec, const std::string& payName) {
   const std::string name = " name=" + payName;
   switch (codec) {

@@ -6,13 +6,10 @@
 #include <vector>
 
 #include "simcam/picture.h"
-#include "simcam/trouble.h"
 #include "simcam/xml_text.h"
 
 namespace simcam {
 namespace {
-
-constexpr const char* kSpace = "version=\"1.0\" xmlns=\"urn:psialliance-org\"";
 
 /// A failure by the standard's statusCode and statusString.
 struct Failure {
@@ -24,37 +21,34 @@ constexpr Failure kInvalidOperation = {404, 4, "Invalid Operation"};
 constexpr Failure kWrongMethod = {405, 4, "Invalid Operation"};
 constexpr Failure kInvalidContent = {400, 6, "Invalid XML Content"};
 
-HttpAnswer Document(int status, const std::string& element) {
+/// An element as the standard has them below no other, and some within.
+std::string Element(const std::string& name, const std::string& content) {
+  return "<" + name + " version=\"1.0\" xmlns=\"urn:psialliance-org\">" + content + "</" + name + ">";
+}
+
+HttpAnswer Document(const std::string& name, const std::string& content, int status = 200) {
   return {status, "application/xml; charset=\"UTF-8\"",
-          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + element + "\n"};
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + Element(name, content) + "\n"};
 }
 
 HttpAnswer Refuse(const Request& request, const Failure& failure) {
-  return Document(
-      failure.status,
-      Fill("<ResponseStatus {space}><requestURL>{url}</requestURL><statusCode>{code}"
-           "</statusCode><statusString>{text}</statusString></ResponseStatus>",
-           {{"space", kSpace}, {"url", Escape(request.Path())}, {"code", failure.code}, {"text", failure.text}}));
+  return Document("ResponseStatus",
+                  Fill("<requestURL>{url}</requestURL><statusCode>{code}</statusCode>"
+                       "<statusString>{text}</statusString>",
+                       {{"url", Escape(request.Path())}, {"code", failure.code}, {"text", failure.text}}),
+                  failure.status);
 }
 
-const char* CodecWord(Codec codec) {
-  switch (codec) {
-    case Codec::kMpeg4:
-      return "MPEG4";
-    case Codec::kJpeg:
-      return "MJPEG";
-    default:
-      return "H.264";
-  }
-}
+/// H.265 is not of this standard.
+constexpr CodecWords kCodecTypes = {{"H.264", "", "MPEG4", "MJPEG"}};
 
 std::string DeviceInfo(const CameraConfig& camera) {
   return Fill(
-      "<DeviceInfo {space}><deviceName>{name}</deviceName><deviceID>51AC0DE5</deviceID>"
+      "<deviceName>{name}</deviceName><deviceID>51AC0DE5</deviceID>"
       "<deviceDescription>simulated camera</deviceDescription><model>simcam</model>"
       "<serialNumber>51AC0DE5</serialNumber><macAddress>02:00:51:ac:0d:e5</macAddress>"
-      "<firmwareVersion>1.0</firmwareVersion></DeviceInfo>",
-      {{"space", kSpace}, {"name", Escape(camera.name)}});
+      "<firmwareVersion>1.0</firmwareVersion>",
+      {{"name", Escape(camera.name)}});
 }
 
 std::string Inputs(const PsiaConfig& psia) {
@@ -62,15 +56,13 @@ std::string Inputs(const PsiaConfig& psia) {
   for (int i = 1; i <= psia.inputs; ++i) {
     ports += "<IOInputPort><id>" + std::to_string(i) + "</id><triggering>high</triggering></IOInputPort>";
   }
-  return Fill("<IOInputPortList {space}>{ports}</IOInputPortList>", {{"space", kSpace}, {"ports", ports}});
+  return ports;
 }
 
 std::string MotionDetection() {
-  return Fill(
-      "<MotionDetectionList {space}><MotionDetection {space}><id>1</id><enabled>true</enabled>"
-      "<samplingInterval>2</samplingInterval><startTriggerTime>500</startTriggerTime>"
-      "<endTriggerTime>1000</endTriggerTime></MotionDetection></MotionDetectionList>",
-      {{"space", kSpace}});
+  return Element("MotionDetection",
+                 "<id>1</id><enabled>true</enabled><samplingInterval>2</samplingInterval>"
+                 "<startTriggerTime>500</startTriggerTime><endTriggerTime>1000</endTriggerTime>");
 }
 
 /// What may be chosen, as attributes of a capabilities document: the codecs, sizes and rates that the channels have.
@@ -93,7 +85,7 @@ Choices ChoicesOf(const PsiaConfig& psia) {
     fastest = std::max(fastest, stream.fps);
     if (std::find(codecs.begin(), codecs.end(), stream.codec) == codecs.end()) {
       codecs.push_back(stream.codec);
-      AddWord(choices.codecs, CodecWord(stream.codec));
+      AddWord(choices.codecs, kCodecTypes[stream.codec]);
     }
     if (std::find(sizes.begin(), sizes.end(), stream.size) == sizes.end()) {
       sizes.push_back(stream.size);
@@ -101,10 +93,7 @@ Choices ChoicesOf(const PsiaConfig& psia) {
       AddWord(choices.heights, std::to_string(stream.size.height));
     }
   }
-  choices.rates = std::to_string(fastest * 100);
-  for (const int rate : {30, 25, 20, 15, 10, 5, 1}) {
-    if (rate < fastest) AddWord(choices.rates, std::to_string(rate * 100));
-  }
+  choices.rates = RatesUpTo(fastest, 100, ",");
   return choices;
 }
 
@@ -124,7 +113,7 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
                                                            "</audioInputChannelID><audioCompressionType>G.711alaw"
                                                            "</audioCompressionType></Audio>";
   return Fill(
-      "<StreamingChannel {space}><id>{id}</id><channelName{nameRange}>Channel {id}</channelName>"
+      "<id>{id}</id><channelName{nameRange}>Channel {id}</channelName>"
       "<enabled{enabledOpt}>{enabled}</enabled><Transport><rtspPortNo{portRange}>{port}</rtspPortNo>"
       "<ControlProtocolList><ControlProtocol><streamingTransport{transportOpt}>RTSP</streamingTransport>"
       "</ControlProtocol></ControlProtocolList><Unicast><enabled>true</enabled></Unicast></Transport>"
@@ -136,9 +125,8 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
       "<constantBitRate{bitrateRange}>{bitrate}</constantBitRate><fixedQuality{qualityOpt}>60</fixedQuality>"
       "<maxFrameRate{rateOpt}>{rate}</maxFrameRate>"
       "<keyFrameInterval{gopRange}>{gop}</keyFrameInterval>"
-      "<snapShotImageType{imageOpt}>JPEG</snapShotImageType></Video>{audio}</StreamingChannel>",
-      {{"space", kSpace},
-       {"id", channel.id},
+      "<snapShotImageType{imageOpt}>JPEG</snapShotImageType></Video>{audio}",
+      {{"id", channel.id},
        {"nameRange", range(0, 32)},
        {"enabledOpt", attribute("opt", "true,false")},
        {"enabled", channel.enabled ? "true" : "false"},
@@ -146,7 +134,7 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
        {"port", port},
        {"transportOpt", attribute("opt", "RTSP")},
        {"codecOpt", attribute("opt", all.codecs)},
-       {"codec", CodecWord(stream.codec)},
+       {"codec", kCodecTypes[stream.codec]},
        {"widthOpt", attribute("opt", all.widths)},
        {"width", stream.size.width},
        {"heightOpt", attribute("opt", all.heights)},
@@ -165,9 +153,10 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
 
 std::string Channels(const PsiaConfig& psia, int port) {
   std::string channels;
-  for (const PsiaChannel& channel : psia.channels) channels += Channel(channel, port, nullptr);
-  return Fill("<StreamingChannelList {space}>{channels}</StreamingChannelList>",
-              {{"space", kSpace}, {"channels", channels}});
+  for (const PsiaChannel& channel : psia.channels) {
+    channels += Element("StreamingChannel", Channel(channel, port, nullptr));
+  }
+  return channels;
 }
 
 /// A number of a query; nothing if it is not asked for, 0 if it is none.
@@ -195,36 +184,31 @@ HttpAnswer Picture(const PsiaConfig& psia, const PsiaChannel& channel, const std
 HttpAnswer Page(const CameraConfig& camera, int port, const std::string& path, const std::string& query,
                 const Request& request) {
   const PsiaConfig& psia = *camera.psia;
-  if (path == "/PSIA/System/deviceInfo") return Document(200, DeviceInfo(camera));
-  if (path == "/PSIA/System/IO/inputs") return Document(200, Inputs(psia));
-  if (path == "/PSIA/Custom/MotionDetection" && psia.motion) return Document(200, MotionDetection());
-  if (path == kPsiaChannelsPath) return Document(200, Channels(psia, port));
+  if (path == "/PSIA/System/deviceInfo") return Document("DeviceInfo", DeviceInfo(camera));
+  if (path == "/PSIA/System/IO/inputs") return Document("IOInputPortList", Inputs(psia));
+  if (path == "/PSIA/Custom/MotionDetection" && psia.motion) return Document("MotionDetectionList", MotionDetection());
+  if (path == kPsiaChannelsPath) return Document("StreamingChannelList", Channels(psia, port));
   for (const PsiaChannel& channel : psia.channels) {
     const std::string& own = channel.stream.path;
-    if (path == own) return Document(200, Channel(channel, port, nullptr));
+    if (path == own) return Document("StreamingChannel", Channel(channel, port, nullptr));
     if (path == own + "/picture") return Picture(psia, channel, query, request);
     if (path != own + "/capabilities") continue;
     const Choices choices = ChoicesOf(psia);
-    return Document(200, Channel(channel, port, &choices));
+    return Document("StreamingChannel", Channel(channel, port, &choices));
   }
   return Refuse(request, kInvalidOperation);
 }
 
 }  // namespace
 
-HttpAnswer Psia::Answer(const Request& request, bool overTls, int tlsPort) {
-  const Trouble trouble = camera_.psia->trouble;
-  log_.CountRequest(request);
-  if (auto instead = TroubleInstead(trouble, request.target, tlsPort, overTls)) return *std::move(instead);
+HttpAnswer Psia::AnswerWell(const Request& request, const Entrance& entrance) {
   const Verdict verdict = login_.Check(request.method, request.target, request.Header("Authorization"));
-  if (verdict.status != 200) return {verdict.status, "text/plain", "login\n", verdict.Headers()};
+  if (verdict.status != 200) return LoginAnswer(verdict);
   if (request.method != "GET") return Refuse(request, kWrongMethod);
   const std::string target = request.Path();
   const size_t mark = target.find('?');
   const std::string query = mark == std::string::npos ? "" : target.substr(mark + 1);
-  HttpAnswer answer = Page(camera_, port_, target.substr(0, mark), query, request);
-  if (answer.status == 200 && answer.type != kJpegType) Spoil(trouble, answer);
-  return answer;
+  return Page(camera_, entrance.port, target.substr(0, mark), query, request);
 }
 
 }  // namespace simcam

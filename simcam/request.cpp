@@ -1,18 +1,14 @@
 #include "simcam/request.h"
 
-#include <algorithm>
-#include <cctype>
+#include <glib.h>
+
 #include <charconv>
 #include <sstream>
 
 namespace simcam {
 namespace {
 
-std::string Trim(const std::string& text) {
-  const size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
+std::string Trim(std::string text) { return g_strstrip(text.data()); }
 
 Request ParseHead(const std::string& head) {
   Request request;
@@ -40,12 +36,9 @@ size_t BodySize(const Request& request) {
 
 }  // namespace
 
-bool EqualNoCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](unsigned char x, unsigned char y) { return std::tolower(x) == std::tolower(y); });
-}
+bool EqualNoCase(const std::string& a, const char* b) { return g_ascii_strcasecmp(a.c_str(), b) == 0; }
 
-std::string Request::Header(std::string_view name) const {
+std::string Request::Header(const char* name) const {
   for (const auto& [key, value] : headers) {
     if (EqualNoCase(key, name)) return value;
   }

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,14 +16,14 @@ struct Request {
   std::string body;
 
   /// The first header of that name, in any case of letters; empty if there is none.
-  [[nodiscard]] std::string Header(std::string_view name) const;
+  [[nodiscard]] std::string Header(const char* name) const;
   /// The target without scheme and authority, with its query.
   [[nodiscard]] std::string Path() const;
   [[nodiscard]] bool IsRtsp() const { return version.starts_with("RTSP/"); }
 };
 
 /// True for two texts that differ at most in the case of ASCII letters.
-bool EqualNoCase(std::string_view a, std::string_view b);
+bool EqualNoCase(const std::string& a, const char* b);
 
 /// The path of an address such as "rtsp://host:554/path?query".
 std::string PathOf(const std::string& address);

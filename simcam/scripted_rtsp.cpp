@@ -1,13 +1,13 @@
 #include "simcam/scripted_rtsp.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <optional>
 #include <random>
 #include <string_view>
+
+#include "simcam/rtp_player.h"
 
 namespace simcam {
 namespace {
@@ -15,8 +15,6 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr uint32_t kSsrc = 0x51AC0DE5;
-constexpr int kVideoClock = 90000;  ///< Hz, for all our payload formats
 constexpr int kEnforcedTimeout = 5;
 constexpr int kUsualTimeout = 60;
 
@@ -40,59 +38,21 @@ const char* Reason(int status) {
   return "Because";
 }
 
-std::optional<Phase> SilentPhase(Fault fault) {
-  switch (fault) {
-    case Fault::kSilentAfterDescribe:
-      return Phase::kDescribe;
-    case Fault::kSilentAfterSetup:
-      return Phase::kSetup;
-    case Fault::kSilentAfterPlay:
-      return Phase::kPlay;
-    default:
-      return std::nullopt;
+struct PhaseFault {
+  Phase phase;  ///< reached last
+  Fault silent;
+  Fault closing;
+};
+constexpr PhaseFault kPhaseFaults[] = {{Phase::kDescribe, Fault::kSilentAfterDescribe, Fault::kCloseAfterDescribe},
+                                       {Phase::kSetup, Fault::kSilentAfterSetup, Fault::kCloseAfterSetup},
+                                       {Phase::kPlay, Fault::kSilentAfterPlay, Fault::kCloseAfterPlay}};
+
+/// The phase after which a fault makes a camera silent, or leave.
+std::optional<Phase> PhaseOf(Fault fault, Fault PhaseFault::*column) {
+  for (const PhaseFault& row : kPhaseFaults) {
+    if (row.*column == fault) return row.phase;
   }
-}
-
-std::optional<Phase> ClosingPhase(Fault fault) {
-  switch (fault) {
-    case Fault::kCloseAfterDescribe:
-      return Phase::kDescribe;
-    case Fault::kCloseAfterSetup:
-      return Phase::kSetup;
-    case Fault::kCloseAfterPlay:
-      return Phase::kPlay;
-    default:
-      return std::nullopt;
-  }
-}
-
-unsigned char ByteOf(uint64_t value, int index) { return static_cast<unsigned char>(value >> (8 * index)); }
-
-void Store16(std::string& bytes, size_t at, uint64_t value) {
-  bytes[at] = static_cast<char>(ByteOf(value, 1));
-  bytes[at + 1] = static_cast<char>(ByteOf(value, 0));
-}
-
-void Store32(std::string& bytes, size_t at, uint64_t value) {
-  Store16(bytes, at, value >> 16);
-  Store16(bytes, at + 2, value);
-}
-
-/// RFC 2326, section 10.12: '$', channel, 16 bits of length.
-std::string Interleave(int channel, const std::string& packet) {
-  std::string frame = {'$', static_cast<char>(channel), 0, 0};
-  Store16(frame, 2, packet.size());
-  return frame + packet;
-}
-
-/// Bytes that belong to no frame: such as no client takes for one, or beginnings of frames that are none, on a foreign
-/// channel and on the stream's own.
-std::string StrayBytes(Fault fault, size_t turn) {
-  using std::string_literals::operator""s;
-  static const std::array<std::string, 3> kPlain = {"\0\0\0\0\0"s, "\r\n\r\n"s, "stray"s};
-  static const std::array<std::string, 2> kFrameLike = {"$\x7f\0\x40xyz"s, "$\0\0\x08hello"s};
-  if (fault == Fault::kStrayBytes) return kPlain[turn % kPlain.size()];
-  return fault == Fault::kStrayFrames ? kFrameLike[turn % kFrameLike.size()] : std::string();
+  return std::nullopt;
 }
 
 /// One RTSP connection. Single-threaded.
@@ -158,7 +118,7 @@ class Conversation {
       const auto format = static_cast<unsigned char>(compound[0]) & 0x1f;
       if (type == 206 && (format == 1 || format == 4)) {
         log_.CountPli();
-        if (stream_ != nullptr && stream_->honoursPli) position_ = NextKeyFrame(position_);
+        if (playing_ && stream_->honoursPli) player_.SkipToKeyFrame();
       }
       const size_t words = static_cast<unsigned char>(compound[2]) * 256U + static_cast<unsigned char>(compound[3]) + 1;
       compound.remove_prefix(std::min(compound.size(), words * 4));
@@ -168,7 +128,7 @@ class Conversation {
   void Handle(const Request& request) {
     log_.CountRequest(request);
     lastRequest_ = SteadyClock::now();
-    if (SilentPhase(fault_) == phase_) return;
+    if (PhaseOf(fault_, &PhaseFault::silent) == phase_) return;
     if (request.method.empty()) return Answer(request, 400);
     if (request.method == "OPTIONS") return Answer(request, 200, {"Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN"});
     if (!LoggedIn(request)) return;
@@ -269,18 +229,18 @@ class Conversation {
   void Play(const Request& request) {
     const std::string path = WithoutSlash(request.Path());
     if (path != stream_->path && path != ControlPath(*stream_)) return Answer(request, 404);
-    position_ = FirstPosition();
+    player_.Start(*stream_, *clip_, channel_, SessionHeader());
     nextUnit_ = SteadyClock::now();
-    if (fault_ == Fault::kRtpBeforePlay) held_ = NextUnitBytes();
+    if (fault_ == Fault::kRtpBeforePlay) held_ = player_.NextUnit();
     Answer(request, 200, {SessionHeader(), "Range: npt=now-"});
-    playing_ = SilentPhase(fault_) != Phase::kPlay;
+    playing_ = PhaseOf(fault_, &PhaseFault::silent) != Phase::kPlay;
     Enter(Phase::kPlay);
   }
 
   /// The session has reached a phase; some cameras leave then.
   void Enter(Phase phase) {
     phase_ = phase;
-    if (ClosingPhase(fault_) == phase) open_ = false;
+    if (PhaseOf(fault_, &PhaseFault::closing) == phase) open_ = false;
   }
 
   // -- answers
@@ -330,17 +290,6 @@ class Conversation {
 
   // -- RTP
 
-  [[nodiscard]] size_t NextKeyFrame(size_t from) const {
-    while (!clip_->units[from % clip_->units.size()].key) ++from;
-    return from;
-  }
-
-  [[nodiscard]] size_t FirstPosition() const {
-    if (stream_->randomStart) return std::random_device()() % clip_->units.size();
-    // A clip begins, and begins again, with a key frame.
-    return clip_->units.size() - static_cast<size_t>(stream_->secondsBeforeKeyFrame * stream_->fps);
-  }
-
   [[nodiscard]] milliseconds TimeToNextUnit() const {
     constexpr milliseconds kIdle(200);
     if (!playing_) return kIdle;
@@ -350,8 +299,8 @@ class Conversation {
 
   void SendNextUnit() {
     nextUnit_ += std::chrono::microseconds(1000000 / stream_->fps);
-    const bool key = clip_->units[position_ % clip_->units.size()].key;
-    const std::string bytes = NextUnitBytes();
+    const bool key = player_.IsAtKeyFrame();
+    const std::string bytes = player_.NextUnit();
     if (key && (fault_ == Fault::kSilentInUnit || fault_ == Fault::kCloseInUnit)) {
       playing_ = false;
       Send(bytes.substr(0, bytes.size() / 2));
@@ -359,64 +308,7 @@ class Conversation {
       return;
     }
     Send(bytes);
-    if (unitsSent_ % static_cast<size_t>(stream_->fps * 5) == 1) Send(Interleave(channel_ + 1, SenderReport()));
-  }
-
-  /// The unit at the play position, framed and numbered, with what the fault does to it; moves on.
-  std::string NextUnitBytes() {
-    const RtpClip::Unit& unit = clip_->units[position_++ % clip_->units.size()];
-    const bool firstKey = unit.key && keysSent_ == 0;
-    const size_t middle = unit.packets.size() / 2;
-    std::string bytes;
-    for (size_t i = 0; i < unit.packets.size(); ++i) {
-      std::string packet = Numbered(unit.packets[i]);
-      if (firstKey && fault_ == Fault::kLostPacket && i == middle) continue;
-      if (firstKey && fault_ == Fault::kDamagedKeyFrame && i >= middle) Damage(packet);
-      bytes += StrayBytes(fault_, packetsSent_);
-      if (fault_ == Fault::kRequestInStream && unit.key && i == middle) bytes += OwnRequest();
-      bytes += Interleave(channel_, packet);
-    }
-    if (unit.key) ++keysSent_;
-    ++unitsSent_;
-    return bytes;
-  }
-
-  /// Sets sequence number, time stamp and source of a packet (RFC 3550, section 5.1).
-  std::string Numbered(std::string packet) {
-    Store16(packet, 2, firstSequence_ + packetsSent_++);
-    Store32(packet, 4, TimeStamp());
-    Store32(packet, 8, kSsrc);
-    octetsSent_ += packet.size() - 12;
-    return packet;
-  }
-
-  [[nodiscard]] uint64_t TimeStamp() const {
-    return 1000000 + unitsSent_ * kVideoClock / static_cast<uint64_t>(stream_->fps);
-  }
-
-  /// Flips bytes of the payload, but not of its first ones, so that the packet is still taken for what it was.
-  static void Damage(std::string& packet) {
-    for (size_t i = 40; i < packet.size(); i += 7) packet[i] = static_cast<char>(packet[i] ^ 0x5a);
-  }
-
-  std::string OwnRequest() {
-    return "OPTIONS rtsp://client/ RTSP/1.0\r\nCSeq: " + std::to_string(++ownRequests_) + "\r\n" + SessionHeader() +
-           "\r\n\r\n";
-  }
-
-  /// RFC 3550, section 6.4.1, without report blocks.
-  [[nodiscard]] std::string SenderReport() const {
-    constexpr uint64_t kSecondsTo1970 = 2208988800;  // NTP counts from 1900
-    std::string report(28, '\0');
-    Store16(report, 0, 0x80C8);
-    Store16(report, 2, 6);
-    Store32(report, 4, kSsrc);
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    Store32(report, 8, kSecondsTo1970 + static_cast<uint64_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
-    Store32(report, 16, TimeStamp());
-    Store32(report, 20, packetsSent_);
-    Store32(report, 24, octetsSent_);
-    return report;
+    if (player_.IsReportDue()) Send(player_.Report());
   }
 
   const CameraConfig& camera_;
@@ -436,16 +328,10 @@ class Conversation {
   const RtpClip* clip_ = nullptr;
   std::string session_;
   int channel_ = 0;
-  int ownRequests_ = 0;
 
   bool playing_ = false;
   SteadyClock::time_point nextUnit_;
-  size_t position_ = 0;
-  size_t unitsSent_ = 0;
-  size_t keysSent_ = 0;
-  uint64_t packetsSent_ = 0;
-  uint64_t octetsSent_ = 0;
-  uint64_t firstSequence_ = 65500;  ///< so that the 16 bits overflow early
+  RtpPlayer player_{fault_};
 };
 
 }  // namespace

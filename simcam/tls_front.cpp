@@ -77,32 +77,10 @@ bool ToClient(SSL* tls, const Socket& server) {
 }  // namespace
 
 TlsFront::TlsFront(std::function<void(const Socket&)> serve)
-    : serve_(std::move(serve)), context_(NewContext()), listener_(Socket::Bind(0)) {
-  listener_.Listen();
-  acceptor_ = std::jthread([this] { AcceptAll(); });
-}
-
-TlsFront::~TlsFront() {
-  listener_.Shutdown();
-  acceptor_.join();
-  for (const Connection& connection : connections_) connection.socket.Shutdown();
-  connections_.clear();
-}
-
-void TlsFront::AcceptAll() {
-  while (true) {
-    Socket socket = listener_.Accept();
-    if (!socket.IsOpen()) return;
-    connections_.remove_if([](const Connection& connection) { return connection.over.load(); });
-    Connection& connection = connections_.emplace_back();
-    connection.socket = std::move(socket);
-    connection.thread = std::jthread([this, &connection] {
-      Relay(connection.socket);
-      connection.socket.Shutdown();
-      connection.over = true;
-    });
-  }
-}
+    : serve_(std::move(serve)),
+      context_(NewContext()),
+      listener_(Socket::Bind(0)),
+      acceptor_(listener_, [this](int) { return [this](const Socket& socket) { Relay(socket); }; }) {}
 
 void TlsFront::Relay(const Socket& socket) const {
   const Tls tls(SSL_new(context_.get()));

@@ -27,16 +27,16 @@ std::string WithEntities(std::string xml) {
 
 }  // namespace
 
-std::optional<HttpAnswer> TroubleInstead(Trouble trouble, const std::string& target, int tlsPort, bool overTls) {
+std::optional<HttpAnswer> TroubleInstead(Trouble trouble, const std::string& target, const Entrance& entrance) {
   switch (trouble) {
     case Trouble::kHtmlPage:
       return HttpAnswer{200, "text/html", "<html><body>Please log in</body></html>\n"};
     case Trouble::kNoService:
       return HttpAnswer{404, "text/plain", "no such page\n"};
     case Trouble::kRedirectTls:
-      if (overTls) return std::nullopt;
+      if (entrance.overTls) return std::nullopt;
       return HttpAnswer{302, "text/plain", "",
-                        "Location: https://127.0.0.1:" + std::to_string(tlsPort) + target + "\r\n"};
+                        "Location: https://127.0.0.1:" + std::to_string(entrance.tlsPort) + target + "\r\n"};
     case Trouble::kSlow:
       std::this_thread::sleep_for(std::chrono::seconds(1));
       return std::nullopt;

@@ -2,26 +2,12 @@
 
 #include <algorithm>
 
+#include "simcam/glib_handle.h"
+
 namespace simcam {
 
-std::string Escape(std::string_view text) {
-  std::string xml;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        xml += "&amp;";
-        break;
-      case '<':
-        xml += "&lt;";
-        break;
-      case '"':
-        xml += "&quot;";
-        break;
-      default:
-        xml += c;
-    }
-  }
-  return xml;
+std::string Escape(const std::string& text) {
+  return GlibText(g_markup_escape_text(text.data(), static_cast<gssize>(text.size()))).get();
 }
 
 std::string Fill(std::string_view text, std::initializer_list<Value> values) {

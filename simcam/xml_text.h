@@ -8,7 +8,7 @@
 namespace simcam {
 
 /// A text as XML: what is markup in it, escaped.
-std::string Escape(std::string_view text);
+std::string Escape(const std::string& text);
 
 /// A value for a place in a template. Texts are XML already; numbers are written as such.
 struct Value {

@@ -1,4 +1,4 @@
-#include "simcam/discovery.h"
+#include "simcam/onvif/discovery.h"
 
 #include <netinet/in.h>
 
@@ -6,7 +6,7 @@
 #include <array>
 #include <stdexcept>
 
-#include "simcam/soap.h"
+#include "simcam/onvif/soap.h"
 #include "simcam/xml_text.h"
 
 namespace simcam {
@@ -15,11 +15,6 @@ namespace {
 constexpr const char* kSpace = "http://schemas.xmlsoap.org/ws/2005/04/discovery";
 constexpr const char* kGroup = "239.255.255.250";
 constexpr guint16 kPort = 3702;
-
-std::string RandomUuid() {
-  const GlibText uuid(g_uuid_string_random());
-  return uuid.get();
-}
 
 /// Throws what GLib says.
 void Check(gboolean done, GError* error) {
@@ -94,13 +89,14 @@ std::string Discovery::Matches(const std::string& probe) const {
       "<wsa:To>http://schemas.xmlsoap.org/ws/2004/08/addressing/role/anonymous</wsa:To>"
       "<wsa:Action>{space}/ProbeMatches</wsa:Action>",
       {{"id", RandomUuid()}, {"probe", Escape(soap->messageId)}, {"space", kSpace}});
-  return SoapAnswerWithHeader(
-      header, Fill("<d:ProbeMatches><d:ProbeMatch><wsa:EndpointReference><wsa:Address>urn:uuid:{endpoint}</wsa:Address>"
-                   "</wsa:EndpointReference><d:Types>dn:NetworkVideoTransmitter tds:Device</d:Types><d:Scopes>"
-                   "onvif://www.onvif.org/type/video_encoder onvif://www.onvif.org/hardware/simcam "
-                   "onvif://www.onvif.org/name/{name}</d:Scopes><d:XAddrs>{address}</d:XAddrs>"
-                   "<d:MetadataVersion>1</d:MetadataVersion></d:ProbeMatch></d:ProbeMatches>",
-                   {{"endpoint", endpoint_}, {"name", Segment(camera_.name)}, {"address", address_}}));
+  return SoapAnswer(
+      Fill("<d:ProbeMatches><d:ProbeMatch><wsa:EndpointReference><wsa:Address>urn:uuid:{endpoint}</wsa:Address>"
+           "</wsa:EndpointReference><d:Types>dn:NetworkVideoTransmitter tds:Device</d:Types><d:Scopes>"
+           "onvif://www.onvif.org/type/video_encoder onvif://www.onvif.org/hardware/simcam "
+           "onvif://www.onvif.org/name/{name}</d:Scopes><d:XAddrs>{address}</d:XAddrs>"
+           "<d:MetadataVersion>1</d:MetadataVersion></d:ProbeMatch></d:ProbeMatches>",
+           {{"endpoint", endpoint_}, {"name", Segment(camera_.name)}, {"address", address_}}),
+      Prefixes::kUsual, header);
 }
 
 }  // namespace simcam

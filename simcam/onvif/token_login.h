@@ -6,7 +6,7 @@
 #include <string>
 
 #include "simcam/config.h"
-#include "simcam/soap.h"
+#include "simcam/onvif/soap.h"
 
 namespace simcam {
 

@@ -1,5 +1,5 @@
-#include "simcam/onvif_answers.h"
-#include "simcam/onvif_profiles.h"
+#include "simcam/onvif/operations.h"
+#include "simcam/onvif/profiles.h"
 #include "simcam/xml_text.h"
 
 namespace simcam {
@@ -10,20 +10,8 @@ constexpr const char* kMulticast =
     "<tt:Port>0</tt:Port><tt:TTL>0</tt:TTL><tt:AutoStart>false</tt:AutoStart></tt:Multicast>"
     "<tt:SessionTimeout>PT60S</tt:SessionTimeout>";
 
-/// A codec as media 1 spells it; null for what it does not know.
-const char* EncodingName(Codec codec) {
-  switch (codec) {
-    case Codec::kH264:
-      return "H264";
-    case Codec::kMpeg4:
-      return "MPEG4";
-    case Codec::kJpeg:
-      return "JPEG";
-    case Codec::kH265:
-      break;
-  }
-  return nullptr;
-}
+/// Media 1 knows no H.265.
+constexpr CodecWords kEncodings = {{"H264", "", "MPEG4", "JPEG"}};
 
 std::string CodecSettings(const StreamConfig& stream) {
   const char* settings = "";
@@ -45,7 +33,7 @@ std::string VideoEncoderXml(const OnvifProfile& profile) {
       "</tt:VideoEncoderConfiguration>",
       {{"number", profile.number},
        {"entity", EntityXml("Video encoder " + std::to_string(profile.number), 1)},
-       {"encoding", EncodingName(stream.codec)},
+       {"encoding", kEncodings[stream.codec]},
        {"resolution", ResolutionXml("tt:Resolution", stream.size)},
        {"quality", kUsualQuality},
        {"fps", stream.fps},
@@ -92,18 +80,12 @@ std::string ProfileXml(const OnvifCamera& camera, const OnvifProfile& profile) {
        {"analytics", analytics}});
 }
 
-std::string GetProfiles(const OnvifCamera& camera, const SoapRequest&) {
-  std::string profiles;
-  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia1Service)) profiles += ProfileXml(camera, profile);
-  return "<trt:GetProfilesResponse>" + profiles + "</trt:GetProfilesResponse>";
-}
-
 /// What a codec can be set to; empty if these profiles do not have it.
 std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec, const char* profileNames) {
   const int fastest = FastestOf(profiles, codec);
   if (fastest == 0) return {};
   return Fill("<tt:{codec}>{resolutions}{gop}{fps}{interval}{profiles}</tt:{codec}>",
-              {{"codec", EncodingName(codec)},
+              {{"codec", kEncodings[codec]},
                {"resolutions", ResolutionsXml(profiles, codec)},
                {"gop", codec == Codec::kJpeg ? "" : RangeXml("tt:GovLengthRange", 1, kMostGop)},
                {"fps", RangeXml("tt:FrameRateRange", 1, fastest)},
@@ -111,51 +93,44 @@ std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec,
                {"profiles", profileNames}});
 }
 
-std::string GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
-  const auto profiles = ProfilesAskedFor(camera, request, kMedia1Service);
-  return "<trt:GetVideoEncoderConfigurationOptionsResponse><trt:Options>" +
-         RangeXml("tt:QualityRange", kLeastQuality, kMostQuality) + CodecOptions(profiles, Codec::kJpeg, "") +
-         CodecOptions(profiles, Codec::kMpeg4, "<tt:Mpeg4ProfilesSupported>SP</tt:Mpeg4ProfilesSupported>") +
-         CodecOptions(profiles, Codec::kH264, "<tt:H264ProfilesSupported>Main</tt:H264ProfilesSupported>") +
-         "</trt:Options></trt:GetVideoEncoderConfigurationOptionsResponse>";
-}
-
-std::string GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {
-  const std::string options =
-      "<tt:Options><tt:Encoding>G711</tt:Encoding><tt:BitrateList><tt:Items>64</tt:Items></tt:BitrateList>"
-      "<tt:SampleRateList><tt:Items>8</tt:Items></tt:SampleRateList></tt:Options>";
-  return "<trt:GetAudioEncoderConfigurationOptionsResponse><trt:Options>" + (camera.onvif.audio ? options : "") +
-         "</trt:Options></trt:GetAudioEncoderConfigurationOptionsResponse>";
-}
-
-std::string MediaUri(const char* response, const std::string& address) {
-  return Fill(
-      "<trt:{response}><trt:MediaUri><tt:Uri>{address}</tt:Uri>"
-      "<tt:InvalidAfterConnect>false</tt:InvalidAfterConnect><tt:InvalidAfterReboot>false</tt:InvalidAfterReboot>"
-      "<tt:Timeout>PT0S</tt:Timeout></trt:MediaUri></trt:{response}>",
-      {{"response", response}, {"address", address}});
-}
-
-std::string GetStreamUri(const OnvifCamera& camera, const SoapRequest& request) {
-  request.Need("Stream", kTt);
-  request.Need("Protocol", kTt);
-  return MediaUri("GetStreamUriResponse", StreamAddressXml(camera, ProfileNamed(camera, request)));
-}
-
-std::string GetSnapshotUri(const OnvifCamera& camera, const SoapRequest& request) {
-  return MediaUri("GetSnapshotUriResponse", SnapshotAddressXml(camera, ProfileNamed(camera, request)));
+std::string MediaUri(const std::string& address) {
+  return "<trt:MediaUri><tt:Uri>" + address +
+         "</tt:Uri><tt:InvalidAfterConnect>false</tt:InvalidAfterConnect>"
+         "<tt:InvalidAfterReboot>false</tt:InvalidAfterReboot><tt:Timeout>PT0S</tt:Timeout></trt:MediaUri>";
 }
 
 }  // namespace
 
-const std::vector<OnvifOperation>& Media1Operations() {
-  static const std::vector<OnvifOperation> operations = {
-      {kMedia1Service, "GetProfiles", GetProfiles},
-      {kMedia1Service, "GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
-      {kMedia1Service, "GetAudioEncoderConfigurationOptions", GetAudioEncoderConfigurationOptions},
-      {kMedia1Service, "GetStreamUri", GetStreamUri},
-      {kMedia1Service, "GetSnapshotUri", GetSnapshotUri}};
-  return operations;
+std::string media1::GetProfiles(const OnvifCamera& camera, const SoapRequest&) {
+  std::string profiles;
+  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia1)) profiles += ProfileXml(camera, profile);
+  return profiles;
+}
+
+std::string media1::GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
+  const auto profiles = ProfilesAskedFor(camera, request, kMedia1);
+  return "<trt:Options>" + RangeXml("tt:QualityRange", kLeastQuality, kMostQuality) +
+         CodecOptions(profiles, Codec::kJpeg, "") +
+         CodecOptions(profiles, Codec::kMpeg4, "<tt:Mpeg4ProfilesSupported>SP</tt:Mpeg4ProfilesSupported>") +
+         CodecOptions(profiles, Codec::kH264, "<tt:H264ProfilesSupported>Main</tt:H264ProfilesSupported>") +
+         "</trt:Options>";
+}
+
+std::string media1::GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {
+  const std::string options =
+      "<tt:Options><tt:Encoding>G711</tt:Encoding><tt:BitrateList><tt:Items>64</tt:Items></tt:BitrateList>"
+      "<tt:SampleRateList><tt:Items>8</tt:Items></tt:SampleRateList></tt:Options>";
+  return "<trt:Options>" + (camera.onvif.audio ? options : "") + "</trt:Options>";
+}
+
+std::string media1::GetStreamUri(const OnvifCamera& camera, const SoapRequest& request) {
+  request.Need("Stream", kTt);
+  request.Need("Protocol", kTt);
+  return MediaUri(StreamAddressXml(camera, ProfileNamed(camera, request)));
+}
+
+std::string media1::GetSnapshotUri(const OnvifCamera& camera, const SoapRequest& request) {
+  return MediaUri(SnapshotAddressXml(camera, ProfileNamed(camera, request)));
 }
 
 }  // namespace simcam

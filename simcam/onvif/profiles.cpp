@@ -1,49 +1,21 @@
-#include "simcam/onvif_profiles.h"
+#include "simcam/onvif/profiles.h"
 
 #include <algorithm>
 
 #include "simcam/xml_text.h"
 
 namespace simcam {
-namespace {
-
-/// The content of a tt:Config, from its attributes on.
-constexpr const char* kCellMotionModule =
-    "Name=\"MyCellMotionModule\" Type=\"tt:CellMotionEngine\"><tt:Parameters><tt:SimpleItem Name=\"Sensitivity\" "
-    "Value=\"50\"/></tt:Parameters>";
-constexpr const char* kCellMotionRule =
-    "Name=\"MyMotionDetectorRule\" Type=\"tt:CellMotionDetector\"><tt:Parameters>"
-    "<tt:SimpleItem Name=\"MinCount\" Value=\"5\"/><tt:SimpleItem Name=\"AlarmOnDelay\" Value=\"100\"/>"
-    "<tt:SimpleItem Name=\"AlarmOffDelay\" Value=\"100\"/><tt:SimpleItem Name=\"ActiveCells\" Value=\"0P8A8A==\"/>"
-    "</tt:Parameters>";
-
-std::string ConfigXml(const std::string& element, const char* content) {
-  return "<" + element + " " + content + "</" + element + ">";
-}
 
 int StreamsEach(const OnvifCamera& camera) {
   return static_cast<int>(camera.config.streams.size()) / camera.onvif.channels;
 }
 
-std::string GetAnalyticsModules(const OnvifCamera&, const SoapRequest& request) {
-  request.Need("ConfigurationToken");
-  return "<tan:GetAnalyticsModulesResponse>" + ConfigXml("tan:AnalyticsModule", kCellMotionModule) +
-         "</tan:GetAnalyticsModulesResponse>";
-}
-
-std::string GetRules(const OnvifCamera&, const SoapRequest& request) {
-  request.Need("ConfigurationToken");
-  return "<tan:GetRulesResponse>" + ConfigXml("tan:Rule", kCellMotionRule) + "</tan:GetRulesResponse>";
-}
-
-}  // namespace
-
-std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, const OnvifService& media) {
+std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, OnvifServiceIndex media) {
   std::vector<OnvifProfile> profiles;
   int number = 0;
   for (const StreamConfig& stream : camera.config.streams) {
     const int channel = number++ / StreamsEach(camera) + 1;
-    if (&media == &kMedia1Service && stream.codec == Codec::kH265) continue;
+    if (media == kMedia1 && stream.codec == Codec::kH265) continue;
     profiles.push_back({&stream, number, channel});
   }
   return profiles;
@@ -51,19 +23,19 @@ std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, const OnvifServi
 
 OnvifProfile ProfileNamed(const OnvifCamera& camera, const SoapRequest& request) {
   const std::string token = request.Need("ProfileToken");
-  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia2Service)) {
+  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia2)) {
     if (token == "Profile_" + std::to_string(profile.number)) return profile;
   }
-  throw SoapFault(400, "env:Sender", "ter:InvalidArgVal ter:NoProfile", "there is no such profile");
+  throw InvalidRequest("ter:InvalidArgVal ter:NoProfile", "there is no such profile");
 }
 
 std::vector<OnvifProfile> ProfilesAskedFor(const OnvifCamera& camera, const SoapRequest& request,
-                                           const OnvifService& media) {
+                                           OnvifServiceIndex media) {
   auto all = ProfilesOf(camera, media);
   std::vector<std::string> tokens = request.All("ProfileToken");
   for (const std::string& token : request.All("ConfigurationToken")) tokens.push_back(token);
   if (tokens.empty()) return all;
-  for (const OnvifProfile& named : ProfilesOf(camera, kMedia2Service)) {
+  for (const OnvifProfile& named : ProfilesOf(camera, kMedia2)) {
     const std::string number = std::to_string(named.number);
     if (tokens[0] != "Profile_" + number && tokens[0] != "VideoEncoder_" + number) continue;
     std::vector<OnvifProfile> profiles;
@@ -71,7 +43,7 @@ std::vector<OnvifProfile> ProfilesAskedFor(const OnvifCamera& camera, const Soap
                  [&](const OnvifProfile& profile) { return profile.channel == named.channel; });
     return profiles;
   }
-  throw SoapFault(400, "env:Sender", "ter:InvalidArgVal ter:NoConfig", "there is no such configuration");
+  throw InvalidRequest("ter:InvalidArgVal ter:NoConfig", "there is no such configuration");
 }
 
 std::string EntityXml(const std::string& name, int useCount) {
@@ -94,20 +66,13 @@ std::string AudioSourceXml(const OnvifCamera& camera, const OnvifProfile& profil
          "</tt:SourceToken>";
 }
 
-std::string AnalyticsXml(const OnvifCamera& camera) {
-  return EntityXml("Motion detection", StreamsEach(camera)) + "<tt:AnalyticsEngineConfiguration>" +
-         ConfigXml("tt:AnalyticsModule", kCellMotionModule) +
-         "</tt:AnalyticsEngineConfiguration><tt:RuleEngineConfiguration>" + ConfigXml("tt:Rule", kCellMotionRule) +
-         "</tt:RuleEngineConfiguration>";
-}
-
 std::string StreamAddressXml(const OnvifCamera& camera, const OnvifProfile& profile) {
   return camera.AddressXml(camera.streams + profile.stream->path);
 }
 
 std::string SnapshotAddressXml(const OnvifCamera& camera, const OnvifProfile& profile) {
   if (camera.onvif.snapshotUri == SnapshotUri::kNone) {
-    throw SoapFault(500, "env:Receiver", "ter:ActionNotSupported", "there are no snapshots here");
+    throw NotSupported("there are no snapshots here");
   }
   if (camera.onvif.snapshotUri == SnapshotUri::kRtsp) return StreamAddressXml(camera, profile);
   std::string path = camera.config.snapshotPath;
@@ -147,12 +112,6 @@ int FastestOf(const std::vector<OnvifProfile>& profiles, Codec codec) {
 std::string RangeXml(const char* element, int least, int most) {
   return Fill("<{element}><tt:Min>{least}</tt:Min><tt:Max>{most}</tt:Max></{element}>",
               {{"element", element}, {"least", least}, {"most", most}});
-}
-
-const std::vector<OnvifOperation>& AnalyticsOperations() {
-  static const std::vector<OnvifOperation> operations = {
-      {kAnalyticsService, "GetAnalyticsModules", GetAnalyticsModules}, {kAnalyticsService, "GetRules", GetRules}};
-  return operations;
 }
 
 }  // namespace simcam

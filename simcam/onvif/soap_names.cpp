@@ -1,5 +1,6 @@
-#include "simcam/soap_names.h"
+#include "simcam/onvif/soap_names.h"
 
+#include <algorithm>
 #include <cctype>
 #include <string_view>
 #include <vector>
@@ -34,12 +35,7 @@ constexpr Name kNames[] = {
 
 using NameSet = std::vector<const Name*>;
 
-bool Has(const NameSet& names, const Name* name) {
-  for (const Name* other : names) {
-    if (other == name) return true;
-  }
-  return false;
-}
+bool Has(const NameSet& names, const Name* name) { return std::find(names.begin(), names.end(), name) != names.end(); }
 
 /// The prefix that begins at a place of a document; null if none does. Before it stands markup, a quote or a blank.
 const Name* PrefixAt(std::string_view xml, size_t at) {

@@ -1,28 +1,15 @@
 #include <algorithm>
 
-#include "simcam/onvif_answers.h"
-#include "simcam/onvif_profiles.h"
+#include "simcam/onvif/operations.h"
+#include "simcam/onvif/profiles.h"
 #include "simcam/xml_text.h"
 
 namespace simcam {
 namespace {
 
-/// A codec as media 2 spells it: mostly as a media subtype, but MPEG-4 as it was once misspelt in the standard.
-const char* EncodingName(Codec codec) {
-  switch (codec) {
-    case Codec::kH264:
-      return "H264";
-    case Codec::kH265:
-      return "H265";
-    case Codec::kMpeg4:
-      return "MPV4-ES";
-    case Codec::kJpeg:
-      break;
-  }
-  return "JPEG";
-}
-
-const char* ProfileName(Codec codec) { return codec == Codec::kMpeg4 ? "Simple" : "Main"; }
+/// Media 2 spells codecs mostly as media subtypes, but MPEG-4 as it was once misspelt in the standard.
+constexpr CodecWords kEncodings = {{"H264", "H265", "MPV4-ES", "JPEG"}};
+constexpr CodecWords kCodecProfiles = {{"Main", "Main", "Simple", ""}};
 
 /// Which configurations a profile is to be listed with: none without a wish.
 bool Wanted(const SoapRequest& request, std::string_view type) {
@@ -36,7 +23,7 @@ std::string VideoEncoderXml(const OnvifProfile& profile) {
   const std::string settings = stream.codec == Codec::kJpeg
                                    ? ""
                                    : Fill(" GovLength=\"{gop}\" Profile=\"{profile}\"",
-                                          {{"gop", stream.gop}, {"profile", ProfileName(stream.codec)}});
+                                          {{"gop", stream.gop}, {"profile", kCodecProfiles[stream.codec]}});
   return Fill(
       "<tr2:VideoEncoder token=\"VideoEncoder_{number}\"{settings}>{entity}<tt:Encoding>{encoding}</tt:Encoding>"
       "{resolution}<tt:RateControl><tt:FrameRateLimit>{fps}</tt:FrameRateLimit>"
@@ -45,7 +32,7 @@ std::string VideoEncoderXml(const OnvifProfile& profile) {
       {{"number", profile.number},
        {"settings", settings},
        {"entity", EntityXml("Video encoder " + std::to_string(profile.number), 1)},
-       {"encoding", EncodingName(stream.codec)},
+       {"encoding", kEncodings[stream.codec]},
        {"resolution", ResolutionXml("tt:Resolution", stream.size)},
        {"fps", stream.fps},
        {"bitrate", stream.bitrate},
@@ -82,26 +69,6 @@ std::string ConfigurationsXml(const OnvifCamera& camera, const SoapRequest& requ
   return xml.empty() ? "" : "<tr2:Configurations>" + xml + "</tr2:Configurations>";
 }
 
-std::string GetProfiles(const OnvifCamera& camera, const SoapRequest& request) {
-  std::string profiles;
-  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia2Service)) {
-    profiles += Fill(
-        "<tr2:Profiles token=\"Profile_{number}\" fixed=\"true\"><tr2:Name>Profile {number}</tr2:Name>"
-        "{configurations}</tr2:Profiles>",
-        {{"number", profile.number}, {"configurations", ConfigurationsXml(camera, request, profile)}});
-  }
-  return "<tr2:GetProfilesResponse>" + profiles + "</tr2:GetProfilesResponse>";
-}
-
-/// Usual rates up to the fastest, the highest first.
-std::string FrameRates(int fastest) {
-  std::string rates = std::to_string(fastest);
-  for (const int rate : {30, 25, 20, 15, 10, 5, 1}) {
-    if (rate < fastest) rates += " " + std::to_string(rate);
-  }
-  return rates;
-}
-
 std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec) {
   const int fastest = FastestOf(profiles, codec);
   if (fastest == 0) return {};
@@ -110,60 +77,51 @@ std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec)
   const std::string settings = codec == Codec::kJpeg
                                    ? ""
                                    : Fill(" GovLengthRange=\"1 {gop}\" ProfilesSupported=\"{profile}\"",
-                                          {{"gop", kMostGop}, {"profile", ProfileName(codec)}});
+                                          {{"gop", kMostGop}, {"profile", kCodecProfiles[codec]}});
   return Fill(
       "<tr2:Options{settings} FrameRatesSupported=\"{rates}\"><tt:Encoding>{encoding}</tt:Encoding>{quality}"
       "{resolutions}{bitrate}</tr2:Options>",
       {{"settings", settings},
-       {"rates", FrameRates(fastest)},
-       {"encoding", EncodingName(codec)},
+       {"rates", RatesUpTo(fastest, 1, " ")},
+       {"encoding", kEncodings[codec]},
        {"quality", RangeXml("tt:QualityRange", kLeastQuality, kMostQuality)},
        {"resolutions", ResolutionsXml(profiles, codec)},
        {"bitrate", RangeXml("tt:BitrateRange", 50, bitrate)}});
 }
 
-std::string GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
-  const auto profiles = ProfilesAskedFor(camera, request, kMedia2Service);
-  std::string options;
-  for (const Codec codec : {Codec::kH265, Codec::kH264, Codec::kMpeg4, Codec::kJpeg}) {
-    options += CodecOptions(profiles, codec);
-  }
-  return "<tr2:GetVideoEncoderConfigurationOptionsResponse>" + options +
-         "</tr2:GetVideoEncoderConfigurationOptionsResponse>";
-}
-
-std::string GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {
-  if (!camera.onvif.audio) throw SoapFault(500, "env:Receiver", "ter:ActionNotSupported", "there is no audio here");
-  return "<tr2:GetAudioEncoderConfigurationOptionsResponse><tr2:Options><tt:Encoding>PCMA</tt:Encoding>"
-         "<tt:BitrateList><tt:Items>64</tt:Items></tt:BitrateList>"
-         "<tt:SampleRateList><tt:Items>8</tt:Items></tt:SampleRateList></tr2:Options>"
-         "</tr2:GetAudioEncoderConfigurationOptionsResponse>";
-}
-
-std::string Uri(const char* response, const std::string& address) {
-  return Fill("<tr2:{response}><tr2:Uri>{address}</tr2:Uri></tr2:{response}>",
-              {{"response", response}, {"address", address}});
-}
-
-std::string GetStreamUri(const OnvifCamera& camera, const SoapRequest& request) {
-  request.Need("Protocol");
-  return Uri("GetStreamUriResponse", StreamAddressXml(camera, ProfileNamed(camera, request)));
-}
-
-std::string GetSnapshotUri(const OnvifCamera& camera, const SoapRequest& request) {
-  return Uri("GetSnapshotUriResponse", SnapshotAddressXml(camera, ProfileNamed(camera, request)));
-}
-
 }  // namespace
 
-const std::vector<OnvifOperation>& Media2Operations() {
-  static const std::vector<OnvifOperation> operations = {
-      {kMedia2Service, "GetProfiles", GetProfiles},
-      {kMedia2Service, "GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
-      {kMedia2Service, "GetAudioEncoderConfigurationOptions", GetAudioEncoderConfigurationOptions},
-      {kMedia2Service, "GetStreamUri", GetStreamUri},
-      {kMedia2Service, "GetSnapshotUri", GetSnapshotUri}};
-  return operations;
+std::string media2::GetProfiles(const OnvifCamera& camera, const SoapRequest& request) {
+  std::string profiles;
+  for (const OnvifProfile& profile : ProfilesOf(camera, kMedia2)) {
+    profiles += Fill(
+        "<tr2:Profiles token=\"Profile_{number}\" fixed=\"true\"><tr2:Name>Profile {number}</tr2:Name>"
+        "{configurations}</tr2:Profiles>",
+        {{"number", profile.number}, {"configurations", ConfigurationsXml(camera, request, profile)}});
+  }
+  return profiles;
+}
+
+std::string media2::GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
+  const auto profiles = ProfilesAskedFor(camera, request, kMedia2);
+  return CodecOptions(profiles, Codec::kH265) + CodecOptions(profiles, Codec::kH264) +
+         CodecOptions(profiles, Codec::kMpeg4) + CodecOptions(profiles, Codec::kJpeg);
+}
+
+std::string media2::GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {
+  if (!camera.onvif.audio) throw NotSupported("there is no audio here");
+  return "<tr2:Options><tt:Encoding>PCMA</tt:Encoding>"
+         "<tt:BitrateList><tt:Items>64</tt:Items></tt:BitrateList>"
+         "<tt:SampleRateList><tt:Items>8</tt:Items></tt:SampleRateList></tr2:Options>";
+}
+
+std::string media2::GetStreamUri(const OnvifCamera& camera, const SoapRequest& request) {
+  request.Need("Protocol");
+  return "<tr2:Uri>" + StreamAddressXml(camera, ProfileNamed(camera, request)) + "</tr2:Uri>";
+}
+
+std::string media2::GetSnapshotUri(const OnvifCamera& camera, const SoapRequest& request) {
+  return "<tr2:Uri>" + SnapshotAddressXml(camera, ProfileNamed(camera, request)) + "</tr2:Uri>";
 }
 
 }  // namespace simcam

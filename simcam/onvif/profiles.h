@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "simcam/onvif_answers.h"
+#include "simcam/onvif/operations.h"
 
 namespace simcam {
 
@@ -14,8 +14,11 @@ struct OnvifProfile {
   int channel;  ///< from 1
 };
 
+/// How many streams each channel has.
+int StreamsEach(const OnvifCamera& camera);
+
 /// The camera's profiles that a media service can tell of: media 1 knows no H.265.
-std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, const OnvifService& media);
+std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, OnvifServiceIndex media);
 
 /// The profile that a request's ProfileToken names; throws SoapFault.
 OnvifProfile ProfileNamed(const OnvifCamera& camera, const SoapRequest& request);
@@ -23,7 +26,7 @@ OnvifProfile ProfileNamed(const OnvifCamera& camera, const SoapRequest& request)
 /// The profiles of the channel of which a request names a profile or an encoder; all if it names none. Throws
 /// SoapFault.
 std::vector<OnvifProfile> ProfilesAskedFor(const OnvifCamera& camera, const SoapRequest& request,
-                                           const OnvifService& media);
+                                           OnvifServiceIndex media);
 
 /// Name and UseCount, with which every configuration begins.
 std::string EntityXml(const std::string& name, int useCount);

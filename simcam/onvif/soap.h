@@ -56,14 +56,23 @@ struct SoapFault : std::runtime_error {
   std::string subcode;  ///< one within the other, by blanks: "ter:InvalidArgVal ter:NoProfile"
 };
 
+/// For what the camera does not know or have.
+inline SoapFault NotSupported(const std::string& reason) {
+  return {500, "env:Receiver", "ter:ActionNotSupported", reason};
+}
+
+/// For a request that is not as it should be.
+inline SoapFault InvalidRequest(const char* subcode, const std::string& reason) {
+  return {400, "env:Sender", subcode, reason};
+}
+
 /// Reads a request; nothing for what is no SOAP 1.2 or has a document type.
 std::optional<SoapRequest> ReadSoap(const std::string& xml);
 
 /// Whole documents. What is in them is written with the usual prefixes of SOAP, ONVIF and WS-Notification; they get
 /// their declarations here, and strange names if wanted.
 
-std::string SoapAnswer(const std::string& body, Prefixes prefixes);
+std::string SoapAnswer(const std::string& body, Prefixes prefixes, const std::string& header = {});
 std::string SoapFaultAnswer(const SoapFault& fault, Prefixes prefixes);
-std::string SoapAnswerWithHeader(const std::string& header, const std::string& body);  ///< usual prefixes
 
 }  // namespace simcam

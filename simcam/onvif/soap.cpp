@@ -1,12 +1,13 @@
-#include "simcam/soap.h"
+#include "simcam/onvif/soap.h"
 
+#include <glib.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
 #include <memory>
 #include <sstream>
 
-#include "simcam/soap_names.h"
+#include "simcam/onvif/soap_names.h"
 #include "simcam/xml_text.h"
 
 namespace simcam {
@@ -31,13 +32,9 @@ std::string ToString(const xmlChar* text) { return text == nullptr ? "" : reinte
 std::string NameOf(const xmlNode* node) { return ToString(node->name); }
 std::string SpaceOf(const xmlNode* node) { return node->ns == nullptr ? "" : ToString(node->ns->href); }
 
-std::string Trimmed(const std::string& text) {
-  const size_t first = text.find_first_not_of(" \t\r\n");
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
-
 std::string TextOf(const xmlNode* node) {
-  return node == nullptr ? "" : Trimmed(ToString(XmlText(xmlNodeGetContent(node)).get()));
+  const XmlText text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+  return text == nullptr ? "" : g_strstrip(reinterpret_cast<char*>(text.get()));
 }
 
 xmlNode* Child(xmlNode* parent, const char* space, const char* name) {
@@ -91,11 +88,6 @@ std::string Subcodes(const std::string& names) {
   return "<env:Subcode><env:Value>" + names.substr(0, blank) + "</env:Value>" + inner + "</env:Subcode>";
 }
 
-std::string Document(const std::string& header, const std::string& body, Prefixes prefixes) {
-  const std::string envelope = "<env:Envelope>" + header + "<env:Body>" + body + "</env:Body></env:Envelope>";
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + WithDeclarations(envelope, prefixes) + "\n";
-}
-
 }  // namespace
 
 std::vector<std::string> SoapRequest::All(std::string_view parameter) const {
@@ -110,7 +102,7 @@ std::string SoapRequest::Need(std::string_view parameter, std::string_view param
   for (const Parameter& given : parameters) {
     if (given.name == parameter && given.space == parameterSpace && !given.text.empty()) return given.text;
   }
-  throw SoapFault(400, "env:Sender", "ter:InvalidArgs", std::string(parameter) + " is missing");
+  throw InvalidRequest("ter:InvalidArgs", std::string(parameter) + " is missing");
 }
 
 std::optional<SoapRequest> ReadSoap(const std::string& xml) {
@@ -134,18 +126,18 @@ std::optional<SoapRequest> ReadSoap(const std::string& xml) {
   return request;
 }
 
-std::string SoapAnswer(const std::string& body, Prefixes prefixes) { return Document({}, body, prefixes); }
-
-std::string SoapAnswerWithHeader(const std::string& header, const std::string& body) {
-  return Document("<env:Header>" + header + "</env:Header>", body, Prefixes::kUsual);
+std::string SoapAnswer(const std::string& body, Prefixes prefixes, const std::string& header) {
+  const std::string head = header.empty() ? "" : "<env:Header>" + header + "</env:Header>";
+  const std::string envelope = "<env:Envelope>" + head + "<env:Body>" + body + "</env:Body></env:Envelope>";
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + WithDeclarations(envelope, prefixes) + "\n";
 }
 
 std::string SoapFaultAnswer(const SoapFault& fault, Prefixes prefixes) {
-  return Document({},
-                  Fill("<env:Fault><env:Code><env:Value>{code}</env:Value>{subcodes}</env:Code>"
-                       "<env:Reason><env:Text xml:lang=\"en\">{reason}</env:Text></env:Reason></env:Fault>",
-                       {{"code", fault.code}, {"subcodes", Subcodes(fault.subcode)}, {"reason", Escape(fault.what())}}),
-                  prefixes);
+  return SoapAnswer(
+      Fill("<env:Fault><env:Code><env:Value>{code}</env:Value>{subcodes}</env:Code>"
+           "<env:Reason><env:Text xml:lang=\"en\">{reason}</env:Text></env:Reason></env:Fault>",
+           {{"code", fault.code}, {"subcodes", Subcodes(fault.subcode)}, {"reason", Escape(fault.what())}}),
+      prefixes);
 }
 
 }  // namespace simcam
