@@ -35,7 +35,7 @@ std::optional<HttpPlace> RedirectTarget(const HttpPlace& from, const std::string
   if (scheme != "http" && scheme != "https") return std::nullopt;
 
   HttpPlace target{scheme == "https", UrlPart(url.get(), CURLUPART_HOST), 0, ""};
-  const bool isSameHost = EqualsIgnoreCase(WithoutBrackets(target.host), WithoutBrackets(from.host));
+  const bool isSameHost = NormalizedHost(target.host) == NormalizedHost(from.host);
   if (!isSameHost || (from.isTls && !target.isTls)) return std::nullopt;
   target.host = from.host;
 

@@ -10,6 +10,7 @@
 #include "platform/utility.h"
 #include "recorder/net/hash.h"
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {

@@ -145,7 +145,7 @@ Outcome RtspClient::DescribeHere() {
 /// login of its own is what another port may ask for.
 Outcome RtspClient::FollowRedirect() {
   const auto location = ParseLocation(parser_.Message().Header("Location"));
-  if (!location || !EqualsIgnoreCase(WithoutBrackets(location->host), WithoutBrackets(address_.host))) {
+  if (!location || NormalizedHost(location->host) != NormalizedHost(address_.host)) {
     return Outcome::kNotUnderstood;
   }
   address_.port = location->port;

@@ -61,7 +61,9 @@ Outcome LookUpName(const std::string& host, int port, Clock::time_point deadline
 }
 
 Outcome Resolve(const std::string& host, int port, Clock::time_point deadline, AddressList& addresses) {
-  if (host.empty() || port < 0 || port > std::numeric_limits<std::uint16_t>::max()) return Outcome::kUnreachable;
+  // A control character would end the name for the lookup alone, and go on where the host becomes part of a request.
+  if (host.empty() || HoldsControls(host)) return Outcome::kUnreachable;
+  if (port < 0 || port > std::numeric_limits<std::uint16_t>::max()) return Outcome::kUnreachable;
   const std::string name(WithoutBrackets(host));
   addresses = GetAddresses(name, port, AI_NUMERICHOST);
   return addresses ? Outcome::kOk : LookUpName(name, port, deadline, addresses);

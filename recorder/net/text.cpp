@@ -1,13 +1,8 @@
 #include "recorder/net/text.h"
 
-#include <algorithm>
+#include "recorder/utility/text.h"
 
 namespace recorder {
-namespace {
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-}  // namespace
 
 std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
@@ -16,16 +11,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), Lower);
-  return lower;
-}
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return Lower(a) == Lower(b); });
-}
+bool EqualsIgnoreCase(std::string_view left, std::string_view right) { return LowerCase(left) == LowerCase(right); }
 
 bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix) {
   return EqualsIgnoreCase(text.substr(0, prefix.size()), prefix);

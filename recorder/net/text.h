@@ -10,8 +10,6 @@ namespace recorder {
 /// `text` without blanks, tabs and line ends at both ends.
 std::string_view Trimmed(std::string_view text);
 
-std::string LowerCase(std::string_view text);
-
 bool EqualsIgnoreCase(std::string_view left, std::string_view right);
 
 bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix);

@@ -23,6 +23,7 @@ using InterfaceList = std::unique_ptr<ifaddrs, Deleter<freeifaddrs>>;
 constexpr int kAllBits = 128;
 constexpr std::size_t kIpv4Size = 4;
 constexpr std::size_t kIpv4At = 12;  // where it stands in its mapped form
+constexpr int kMappedBits = 96;      // what all mapped ones begin with
 
 AddressPolicy currentPolicy;
 std::atomic<int> ownPort = -1;
@@ -33,6 +34,8 @@ IpAddress Mapped(const void* ipv4) {
   std::memcpy(&address[kIpv4At], ipv4, kIpv4Size);
   return address;
 }
+
+bool IsMapped(const IpAddress& address) { return address == Mapped(&address[kIpv4At]); }
 
 AddressRange Range(const char* text) { return ParseAddressRange(text).value(); }
 
@@ -107,6 +110,7 @@ std::optional<IpAddress> AddressOf(const sockaddr& address) {
 }
 
 bool AddressRange::Contains(const IpAddress& address) const {
+  if (bits < kMappedBits && IsMapped(address)) return false;
   const auto whole = static_cast<std::ptrdiff_t>(bits / 8);
   if (!std::equal(start.begin(), start.begin() + whole, address.begin())) return false;
   if (bits % 8 == 0) return true;

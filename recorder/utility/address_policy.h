@@ -17,7 +17,8 @@ using IpAddress = std::array<std::uint8_t, 16>;
 /// The address in an IPv4 or IPv6 socket address; nothing for another family.
 std::optional<IpAddress> AddressOf(const sockaddr& address);
 
-/// All addresses whose first `bits` bits are those of `start`.
+/// All addresses whose first `bits` bits are those of `start`; but "::/0" and the like hold no IPv4 address, in its
+/// mapped form, which is a matter of ranges of IPv4.
 struct AddressRange {
   IpAddress start{};
   int bits = 128;  ///< of 128, also for IPv4

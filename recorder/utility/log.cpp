@@ -54,10 +54,22 @@ std::string SourceName(std::string_view file) {
   return std::string(file.substr(0, file.rfind('.')));
 }
 
+/// Where an entry comes from: "recorder/utility/records:12 Open".
+std::string Place(const std::string& file, int line, const char* function) {
+  return file + ':' + std::to_string(line) + ' ' + function;
+}
+
+void WriteEntry(const std::string& place, const std::string& categories, std::string_view message) {
+  std::string entry =
+      TimeNow() + ' ' + std::to_string(getpid()) + ' ' + place + ": " + categories + EscapeControls(message);
+  Finish(entry);
+  WriteOnce(entry);
+}
+
 }  // namespace
 
 void LogFailure(const std::string& text, const char* file, int line, const char* function) {
-  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, SourceName(file).c_str(), line, function, "%s\n", text.c_str());
+  WriteEntry(Place(SourceName(file), line, function), "", text);
 }
 
 }  // namespace recorder
@@ -73,13 +85,10 @@ void VTPrintf(LOG_TYPE /*type*/, const char* category1, const char* category2, c
   std::string_view message = text.data();
   if (message.ends_with('\n')) message.remove_suffix(1);
 
-  std::string entry = recorder::TimeNow() + ' ' + std::to_string(getpid()) + ' ' + file + ':' + std::to_string(line) +
-                      ' ' + function + ": ";
+  std::string categories;
   for (const char* category : {category1, category2}) {
-    if (category != nullptr) entry += '[' + recorder::EscapeControls(category) + "] ";
+    if (category != nullptr) categories += '[' + recorder::EscapeControls(category) + "] ";
   }
-  entry += recorder::EscapeControls(message);
-  recorder::Finish(entry);
-  recorder::WriteOnce(entry);
+  recorder::WriteEntry(recorder::Place(file, line, function), categories, message);
   errno = savedErrno;
 }

@@ -71,9 +71,14 @@ std::string WithBrackets(std::string_view host) {
 std::string NormalizedHost(std::string_view host) {
   std::string normalized(WithoutBrackets(host));
   if (normalized.size() > 1 && normalized.back() == '.') normalized.pop_back();
-  std::transform(normalized.begin(), normalized.end(), normalized.begin(),
+  return LowerCase(normalized);
+}
+
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return normalized;
+  return lower;
 }
 
 bool HoldsControls(std::string_view text) {

@@ -8,6 +8,9 @@
 
 namespace recorder {
 
+/// `text` with the letters of ASCII in lower case, in no locale.
+std::string LowerCase(std::string_view text);
+
 /// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
 bool IsUtf8(std::string_view text);
 

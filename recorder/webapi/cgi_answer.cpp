@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -27,7 +28,15 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
   return JsonAnswer(status, json);
 }
 
-bool HasHeaderBlock(const std::string& raw) { return raw.find("\r\n\r\n") != std::string::npos; }
+/// A module's own header lines and body. The length is what tells a client that a worker ended in the middle of it.
+std::string RawAnswer(const std::string& raw) {
+  constexpr std::string_view kHeaderEnd = "\r\n\r\n";
+  const std::size_t headerEnd = raw.find(kHeaderEnd);
+  if (headerEnd == std::string::npos) return FailureAnswer(502, "the module's answer has no header lines");
+  const bool hasLength = LowerCase("\r\n" + raw.substr(0, headerEnd)).find("\r\ncontent-length:") != std::string::npos;
+  const std::size_t size = raw.size() - headerEnd - kHeaderEnd.size();
+  return std::string(kCommonHeaders) + (hasLength ? "" : "Content-Length: " + std::to_string(size) + "\r\n") + raw;
+}
 
 }  // namespace
 
@@ -46,13 +55,13 @@ std::string ToCgi(const ApiAnswer& answer) {
     case ApiAnswer::Kind::kJson:
       return JsonAnswer(200, answer.json);
     case ApiAnswer::Kind::kRaw:
-      if (HasHeaderBlock(answer.raw)) return std::string(kCommonHeaders) + answer.raw;
-      return FailureAnswer(502, "the module's answer has no header lines");
+      return RawAnswer(answer.raw);
     case ApiAnswer::Kind::kBadParameter:
       return FailureAnswer(400, "the parameter \"" + answer.parameter + "\" has a wrong type or is missing",
                            answer.parameter);
     case ApiAnswer::Kind::kException:
-      return FailureAnswer(500, "the module failed: " + answer.reason);
+      LogFailure("The module failed: " + answer.reason);
+      return FailureAnswer(500, "the module failed; the recorder's log says why");
     case ApiAnswer::Kind::kNone:
       break;
   }

@@ -17,6 +17,7 @@
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/service.h"
+#include "recorder/utility/text.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/host.h"
 #include "recorder/webapi/http_request.h"
@@ -27,7 +28,7 @@ namespace {
 
 /// Requests must not be able to send the recorder to itself. `port` is a variable of CGI (RFC 3875 section 4.1.15).
 void LearnOwnPort(const char* port) {
-  if (port != nullptr) SetOwnPort(std::atoi(port));  // NOLINT(cert-err34-c): the server writes it
+  if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
 }
 
 std::string Answer(const std::function<const char*(const char*)>& variable,
@@ -90,7 +91,8 @@ int main(int argc, char** argv) {
   OpenStandardDescriptors();
   CLI::App app("Serves web-API calls behind a web server, as a FastCGI responder or a CGI program.", "recorder-webapi");
   std::string configFile;
-  app.add_option("--config", configFile, "configuration file (default: $RECORDER_CONFIG)");
+  app.add_option("--config", configFile,
+                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
   CLI11_PARSE(app, argc, argv);
   try {
     const Host host = StartHost(FindConfigFile(configFile));

@@ -8,6 +8,7 @@
 #include "recorder/device/onvif/names.h"
 #include "recorder/device/onvif/numbers.h"
 #include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder::onvif {

@@ -21,6 +21,12 @@ TEST(LogTest, ACallerCannotForgeALine) {
                                   "\n");
 }
 
+TEST(LogTest, NoTextEndsBeforeItsEnd) {
+  testing::internal::CaptureStderr();
+  LogFailure(std::string("no\0host", 7));
+  EXPECT_TRUE(testing::internal::GetCapturedStderr().ends_with("no\\x00host\n"));
+}
+
 TEST(LogTest, ALongLineIsCut) {
   testing::internal::CaptureStderr();
   LogFailure("é" + std::string(6000, 'x'));
