@@ -68,9 +68,9 @@ enum CAMERA_VERIFY_RESULT : int {
 
 /// How the capability file of a camera is to be obtained. Any other value acts as REMOTE_CAMCAP_AS_NEEDED.
 enum __tag_REMOTE_CAMCAP_CMD : int {
-  REMOTE_CAMCAP_AS_NEEDED = 0,        ///< while a camera is being added: a recent file will do
-  REMOTE_CAMCAP_ASK_NOW = 1,          ///< ask the camera
-  REMOTE_CAMCAP_KEPT = 2,             ///< the file kept for the camera; callers ask GetRealCapFilePath for it
+  REMOTE_CAMCAP_AS_NEEDED = 0,  ///< while a camera is being added: a recent file will do
+  REMOTE_CAMCAP_ASK_NOW = 1,    ///< ask the camera
+  REMOTE_CAMCAP_KEPT = 2,       ///< the file kept for the camera; callers ask GetRealCapFilePath for it
 };
 
 /// Outcome of obtaining a capability file. Any other value is a failure too.

@@ -1,14 +1,15 @@
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include "platform/media.h"
 #include "recorder/media/access_unit.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
-#include "recorder/net/rtsp_parser.h"
 #include "recorder/net/sdp.h"
 #include "recorder/utility/translate.h"
 #include "tests/fuzz/fuzz.h"
+#include "tests/recorder/net/feed.h"
 
 // A session description, an empty line, and what a camera then sends: interleaved packets on the channels 0 and 1.
 
@@ -35,24 +36,29 @@ void ReadPacket(const InterleavedPacket& packet, Depacketizer& depacketizer, Acc
   }
 }
 
+/// The payload format that libavformat chooses for the video of a description; null for none.
+std::unique_ptr<Depacketizer> Describe(std::string_view description) {
+  const auto video = FindVideo(description);
+  if (!video) return nullptr;
+  ResolveControl("rtsp://127.0.0.1:554/live", video->control);
+  const auto again = FindVideo(video->description);
+  Require(again && (again->codec == video->codec || again->codec.empty()) && again->control.empty());
+  return Depacketizer::Open(video->description, [](auto) {});
+}
+
 }  // namespace
 
 void RunInput(std::string_view input) {
   const std::size_t gap = std::min(input.find(kGap), input.size());
-  const auto video = FindVideo(input.substr(0, gap));
-  const auto depacketizer = video ? Depacketizer::Open(video->description, [](auto) {}) : nullptr;
+  const auto depacketizer = Describe(input.substr(0, gap));
   if (!depacketizer) return;
+  depacketizer->Configuration();
   AccessUnitAssembler assembler(Translate(kCodecs, depacketizer->Codec(), 0));
-
   RtspParser parser;
   parser.ExpectPackets(0, 1);
-  const std::span<std::uint8_t> space = parser.Space();
-  const std::string_view stream = input.substr(std::min(gap + kGap.size(), input.size())).substr(0, space.size());
-  std::copy(stream.begin(), stream.end(), space.begin());
-  parser.Filled(stream.size());
-  for (RtspParser::Item item{}; (item = parser.Next()) != RtspParser::Item::kNone;) {
+  Feed(parser, input.substr(std::min(gap + kGap.size(), input.size())), input.size(), [&](RtspParser::Item item) {
     if (item == RtspParser::Item::kPacket) ReadPacket(parser.Packet(), *depacketizer, assembler);
-  }
+  });
 }
 
 }  // namespace recorder

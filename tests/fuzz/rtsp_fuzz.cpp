@@ -1,8 +1,7 @@
-#include <algorithm>
 #include <string>
 
-#include "recorder/net/rtsp_parser.h"
 #include "tests/fuzz/fuzz.h"
+#include "tests/recorder/net/feed.h"
 
 // What a camera sends over an RTSP connection. The first byte tells whether packets are expected among the messages and
 // how many bytes arrive at a time; what comes out must not depend on the latter.
@@ -23,30 +22,15 @@ std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece
   RtspParser parser;
   if (expectsPackets) parser.ExpectPackets(0, 1);
   std::string items;
-  for (;;) {
-    switch (parser.Next()) {
-      case RtspParser::Item::kNone: {
-        if (bytes.empty()) return items;
-        const std::span<std::uint8_t> space = parser.Space();
-        const std::string_view taken = bytes.substr(0, std::min(piece, space.size()));
-        std::copy(taken.begin(), taken.end(), space.begin());
-        parser.Filled(taken.size());
-        bytes.remove_prefix(taken.size());
-        break;
-      }
-      case RtspParser::Item::kPacket:
-        items += parser.Packet().isControl ? 'c' : 'p';
-        items.append(parser.Packet().bytes.begin(), parser.Packet().bytes.end());
-        break;
-      case RtspParser::Item::kMessage:
-        items += TextOf(parser.Message());
-        break;
-      case RtspParser::Item::kForeign:
-        return items + "foreign";
-      case RtspParser::Item::kMalformed:
-        return items + "malformed";
+  const RtspParser::Item end = Feed(parser, bytes, piece, [&](RtspParser::Item item) {
+    if (item == RtspParser::Item::kMessage) {
+      items += TextOf(parser.Message());
+      return;
     }
-  }
+    items += parser.Packet().isControl ? 'c' : 'p';
+    items.append(parser.Packet().bytes.begin(), parser.Packet().bytes.end());
+  });
+  return items + std::to_string(static_cast<int>(end));
 }
 
 }  // namespace

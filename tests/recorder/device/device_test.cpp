@@ -27,13 +27,10 @@ TEST(SnapshotPathTest, SaysWhereThePictureIs) {
   using Found = std::pair<int, std::string>;
   EXPECT_EQ(Picture("Simcam", "HTTP-Snapshot-Sizes", "", 0),
             Found(SNAPSHOT_KIND_HTTP_JPEG, "/snapshot.jpg?size=640x480"));
-  EXPECT_EQ(Picture("Simcam", "HTTP-MJPEG", "", 0), Found(SNAPSHOT_KIND_HTTP_MJPEG, "/video.mjpg"));
   EXPECT_EQ(Picture("Simcam", "VideoServer-4", "", 0, "3/../x ?&~"),
             Found(SNAPSHOT_KIND_STREAM, "/ch3%2F..%2Fx%20%3F%26~/stream1"));
-  EXPECT_EQ(Picture("Simcam", "RTSP-Path", "live", VIDEO_TYPE_H264), Found(SNAPSHOT_KIND_STREAM, "live"));
   EXPECT_EQ(Picture("Simcam", "RTSP-Path", "", VIDEO_TYPE_H264), Found());
   EXPECT_EQ(Picture("User", "", "/live", VIDEO_TYPE_H265), Found(SNAPSHOT_KIND_STREAM, "/live"));
-  EXPECT_EQ(Picture("User", "", "/live", VIDEO_TYPE_MJPEG), Found(SNAPSHOT_KIND_HTTP_MJPEG, "/live"));
   EXPECT_EQ(Picture("User", "", "/live", VIDEO_TYPE_UNKNOWN), Found());
   EXPECT_EQ(Picture("User", "", "", VIDEO_TYPE_H264), Found());
 }

@@ -3,10 +3,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <thread>
+#include <set>
 
 #include "tests/recorder/end_to_end/cameras.h"
-#include "tests/recorder/end_to_end/support.h"
 
 // Cameras of the generic protocols, ONVIF and PSIA, which are asked what they can do.
 
@@ -17,35 +16,8 @@ namespace {
 /// A camera from the text of its configuration.
 Json::Value Configured(const std::string& name, const std::string& json) { return Camera(name, ParseJson(json)); }
 
-/// The parameters of all camera methods at once: each takes those it knows.
-Json::Value AnyParams(const std::string& vendor, int port, const std::string& password) {
-  Json::Value params;
-  params["camIP"] = "127.0.0.1";
-  params["camPort"] = port;
-  for (const char* user : {"camUser", "camUserName"}) params[user] = "admin";
-  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = password;
-  params["vendor"] = vendor;
-  params["model"] = "Generic";
-  params["camModel"] = vendor + " Generic";
-  params["camChannel"] = "1";
-  params["camCapCmd"] = 1;
-  params["jsonResponse"] = true;
-  Json::Value row = BatchRow("1", port, password, "Generic");
-  row["vendor"] = vendor;
-  params["camList"] = List({row});
-  return params;
-}
-
-/// The error code that `method` answers with; -1 for the default picture.
-int Ask(const TestRecorder& recorder, const std::string& method, const Json::Value& params) {
-  const Answer answer = recorder.Post(method, params);
-  if (method == "GetSnapshot") return IsJpeg(DecodeBase64(answer.json["data"]["img"].asString())) ? 0 : -1;
-  if (method != "CamBatAddVerify") return answer.Code();
-  return answer.json["data"]["resultList"][0].get("errinfo", Json::Value())["code"].asInt();
-}
-
-void ForgetCameras(const TestRecorder& recorder) {
-  std::filesystem::remove_all(recorder.StateFolder() / "capabilities");
+Json::Value GenericParams(const std::string& vendor, int port, const std::string& password) {
+  return CameraParams(port, password, vendor + " Generic");
 }
 
 std::filesystem::path CameraFile(const TestRecorder& recorder) {
@@ -87,10 +59,6 @@ Json::Value AllCameras() {
   return cameras;
 }
 
-bool Contains(const Json::Value& list, const Json::Value& value) {
-  return std::find(list.begin(), list.end(), value) != list.end();
-}
-
 /// Requests that carried a question, challenges not counted.
 int Questions(const Json::Value& log, const std::string& path) {
   int count = 0;
@@ -108,19 +76,19 @@ TEST(AskedCameras, FillTheirDocument) {
   const Json::Value known = recorder.Get("CamCap", "vendor=User").json["data"]["camCap"][0];
   for (const AskedCamera& camera : kCameras) {
     SCOPED_TRACE(camera.name);
-    const Json::Value document = Document(recorder, AnyParams(camera.vendor, cameras.Port(camera.name), kSecret));
+    const Json::Value document = Document(recorder, GenericParams(camera.vendor, cameras.Port(camera.name), kSecret));
     EXPECT_EQ(document.getMemberNames(), known.getMemberNames());
     for (const std::string& member : known.getMemberNames()) {
       EXPECT_EQ(document[member].type(), known[member].type()) << member;
     }
     EXPECT_EQ(document["defChanl"], camera.channel);
-    EXPECT_TRUE(Contains(document["ResoList"], "640x480")) << document;
+    EXPECT_THAT(ToText(document["ResoList"]), testing::HasSubstr(R"("640x480")"));
     EXPECT_EQ(document["defReso"], "640x480");
     EXPECT_EQ(document["defFPS"], "25");
     EXPECT_GT(document["cntQual"].asInt(), 1);
     EXPECT_EQ(document["DINum"], 2);
     EXPECT_TRUE(document["audioCap"].asBool());
-    EXPECT_TRUE(Contains(document["MDList"], camera.channel)) << document;
+    EXPECT_THAT(ToText(document["MDList"]), testing::HasSubstr(R"(")" + std::string(camera.channel) + R"(")"));
     std::set<std::string> codecs;
     for (const Json::Value& codec : document["videoCapList"]) codecs.insert(codec["vt"].asString());
     EXPECT_TRUE(codecs.contains(camera.codec)) << document;
@@ -132,28 +100,24 @@ TEST(AskedCameras, FillTheirDocument) {
 }
 
 TEST(AskedCameras, AnyMethodMayBeTheFirstCall) {
-  struct FirstCall {
-    const char* method;
-    int codeOfWrongPassword;
-  };
-  constexpr FirstCall kCalls[] = {{"CameraTest", 464},
-                                  {"CamBatAddVerify", 464},
-                                  {"CamCapRemote", 461},
-                                  {"GetSnapshot", -1},
-                                  {"CamCapUserDefineReso", 457}};
+  const std::map<std::string, int> codesOfWrongPassword = {{"CameraTest", 464},
+                                                           {"CamBatAddVerify", 464},
+                                                           {"CamCapRemote", 461},
+                                                           {"GetSnapshot", -1},
+                                                           {"CamCapUserDefineReso", 457}};
   const SimCameras cameras(AllCameras());
   const TestRecorder recorder;
   for (const AskedCamera& camera : kCameras) {
     EXPECT_EQ(recorder.Get("CamCap", std::string("model=Generic&vendor=") + camera.vendor).Code(), 0);
-    for (const FirstCall& call : kCalls) {
-      SCOPED_TRACE(std::string(camera.name) + " " + call.method);
+    for (const auto& [method, code] : codesOfWrongPassword) {
+      SCOPED_TRACE(std::string(camera.name) + " " + method);
       const int port = cameras.Port(camera.name);
-      ForgetCameras(recorder);
+      recorder.ForgetCameras();
       const int refused = Refused(cameras, camera.name);
-      EXPECT_EQ(Ask(recorder, call.method, AnyParams(camera.vendor, port, "wrong")), call.codeOfWrongPassword);
+      EXPECT_EQ(CodeOf(recorder, method, GenericParams(camera.vendor, port, "wrong")), code);
       EXPECT_EQ(Refused(cameras, camera.name), refused + 1) << "one wrong password is one attempt";
-      ForgetCameras(recorder);
-      EXPECT_EQ(Ask(recorder, call.method, AnyParams(camera.vendor, port, kSecret)), 0) << recorder.Log();
+      recorder.ForgetCameras();
+      EXPECT_EQ(CodeOf(recorder, method, GenericParams(camera.vendor, port, kSecret)), 0) << recorder.Log();
       EXPECT_EQ(Refused(cameras, camera.name), refused + 1);
     }
   }
@@ -172,10 +136,10 @@ TEST(AskedCameras, ShowTheChannelThatIsAskedFor) {
   const TestRecorder recorder;
   for (const char* vendor : {"ONVIF", "PSIA"}) {
     SCOPED_TRACE(vendor);
-    Json::Value params = AnyParams(vendor, cameras.Port(vendor), kSecret);
+    Json::Value params = GenericParams(vendor, cameras.Port(vendor), kSecret);
     const auto size = [&](const char* channel) {
       params["camChannel"] = channel;
-      EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0);
+      EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0);
       return recorder.Post("CamCapUserDefineReso", params).json["data"]["userDefineReso"].asString();
     };
     EXPECT_EQ(size("2"), "320x240") << "as the first call ever";
@@ -227,17 +191,17 @@ TEST(AskedCameras, TroubleHasItsCode) {
   Json::Value configs(Json::arrayValue);
   for (const Trouble& trouble : kTroubles) configs.append(Configured(trouble.name, trouble.config));
   const SimCameras cameras(configs);
-  const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1, .modelsFolder = {}});
+  const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1});
   for (const Trouble& trouble : kTroubles) {
     SCOPED_TRACE(trouble.name);
     const char* vendor = std::string(trouble.config).find("psia") == std::string::npos ? "ONVIF" : "PSIA";
-    Json::Value params = AnyParams(vendor, cameras.Port(trouble.name), kSecret);
-    EXPECT_EQ(Ask(recorder, "CameraTest", params), trouble.testCode) << recorder.Log();
-    EXPECT_EQ(Ask(recorder, "CamBatAddVerify", params), trouble.testCode);
-    EXPECT_EQ(Ask(recorder, "CamCapRemote", params), trouble.remoteCode);
-    EXPECT_EQ(Ask(recorder, "GetSnapshot", params), trouble.testCode == 0 ? 0 : -1);
+    Json::Value params = GenericParams(vendor, cameras.Port(trouble.name), kSecret);
+    EXPECT_EQ(CodeOf(recorder, "CameraTest", params), trouble.testCode) << recorder.Log();
+    EXPECT_EQ(CodeOf(recorder, "CamBatAddVerify", params), trouble.testCode);
+    EXPECT_EQ(CodeOf(recorder, "CamCapRemote", params), trouble.remoteCode);
+    EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), trouble.testCode == 0 ? 0 : -1);
     params["camCapCmd"] = 0;
-    EXPECT_EQ(Ask(recorder, "CamCapRemote", params), trouble.testCode == 0 ? 0 : 459);
+    EXPECT_EQ(CodeOf(recorder, "CamCapRemote", params), trouble.testCode == 0 ? 0 : 459);
   }
 }
 
@@ -247,27 +211,27 @@ TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
   const int port = cameras.Port("kept");
   const TestRecorder recorder;
   const auto asked = [&] { return Questions(cameras.Log("kept"), "/onvif"); };
-  Json::Value params = AnyParams("ONVIF", port, kSecret);
+  Json::Value params = GenericParams("ONVIF", port, kSecret);
 
   params["camCapCmd"] = 2;
   EXPECT_EQ(Document(recorder, params)["ResoList"].size(), 0U) << "nothing is kept yet";
   EXPECT_EQ(asked(), 0);
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
   const int once = asked();
   EXPECT_GT(once, 0);
   EXPECT_EQ(Document(recorder, params)["ChanlList"], List({"1", "2"}));
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
   EXPECT_EQ(asked(), once);
 
   params["camChannel"] = "2";
-  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0);
+  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0);
   const int twice = asked();
   EXPECT_GT(twice, once) << "what is kept is about channel 1";
   params["camChannel"] = "1";
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0) << "channel 1 is kept still";
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0) << "channel 1 is kept still";
   EXPECT_EQ(asked(), twice);
   params["camChannel"] = "3";
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 465);
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 465);
 
   const std::filesystem::path file = CameraFile(recorder);
   constexpr std::int64_t kMoreThanADay = 90'000;  // in seconds
@@ -279,23 +243,24 @@ TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
   std::ofstream(file) << json;
   const int refused = Refused(cameras, "kept");
   params["camPassWord"] = "wrong";
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 464) << "an old file does not hide a refused login";
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 464) << "an old file does not hide a refused login";
   EXPECT_EQ(Refused(cameras, "kept"), refused + 1);
   params["camPassWord"] = kSecret;
   params["camChannel"] = "1";
   const int before = asked();
-  EXPECT_EQ(Ask(recorder, "CameraTest", params), 0);
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
   EXPECT_GT(asked(), before) << "a day is over";
 
   std::ofstream(file) << "{ half a fi";
-  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0) << "what cannot be read counts as none";
+  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0) << "what cannot be read counts as none";
 
   const int id = recorder.AddCamera("ONVIF", "Generic", port, "admin", kSecret);
   EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"][0]["camCap"]["defReso"], "640x480");
+  params = GenericParams("ONVIF", port, kFakePass);
   params["camId"] = id;
-  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = kFakePass;
-  ForgetCameras(recorder);
-  EXPECT_EQ(Ask(recorder, "GetSnapshot", params), 0) << "the stored password goes to the ports that the camera names";
+  recorder.ForgetCameras();
+  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0)
+      << "the stored password goes to the ports that the camera names";
 }
 
 }  // namespace end_to_end

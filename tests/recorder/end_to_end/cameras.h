@@ -2,7 +2,10 @@
 
 #include <json/json.h>
 
+#include <array>
 #include <string>
+
+#include "tests/recorder/end_to_end/support.h"
 
 // Configurations of simulated cameras, requests for them, and what their answers hold.
 
@@ -32,9 +35,9 @@ inline Json::Value List(std::initializer_list<Json::Value> items) {
   return list;
 }
 
-/// One row of a list of cameras, and the list.
+/// One row of a list of cameras.
 inline Json::Value BatchRow(const std::string& id, int port, const std::string& password,
-                            const std::string& model = "RTSP-H264") {
+                            const std::string& cameraModel = "Simcam RTSP-H264") {
   Json::Value row;
   row["tmpId"] = id;
   row["name"] = "camera " + id;
@@ -42,8 +45,8 @@ inline Json::Value BatchRow(const std::string& id, int port, const std::string& 
   row["port"] = port;
   row["username"] = "admin";
   row["password"] = password;
-  row["vendor"] = "Simcam";
-  row["model"] = model;
+  row["vendor"] = cameraModel.substr(0, cameraModel.find(' '));
+  row["model"] = cameraModel.substr(cameraModel.find(' ') + 1);
   return row;
 }
 
@@ -53,48 +56,45 @@ inline Json::Value Batch(const Json::Value& rows) {
   return params;
 }
 
-/// Parameters of the camera methods, with the names that each has for them.
-inline Json::Value TestParams(int port, const std::string& password,
-                              const std::string& cameraModel = "Simcam RTSP-H264") {
+/// The methods that contact a camera.
+inline constexpr std::array kCameraMethods = {"CameraTest", "CamBatAddVerify", "CamCapRemote", "GetSnapshot",
+                                              "CamCapUserDefineReso"};
+
+/// The parameters of all these methods at once, a list of that one camera included: each method takes those it knows.
+inline Json::Value CameraParams(int port, const std::string& password,
+                                const std::string& cameraModel = "Simcam RTSP-H264") {
+  const Json::Value row = BatchRow("1", port, password, cameraModel);
   Json::Value params;
-  params["camIP"] = "127.0.0.1";
+  params["camIP"] = row["ip"];
   params["camPort"] = port;
-  params["camUserName"] = "admin";
-  params["camPassWord"] = password;
+  for (const char* user : {"camUser", "camUserName"}) params[user] = row["username"];
+  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = password;
+  for (const char* name : {"vendor", "model"}) params[name] = row[name];
   params["camModel"] = cameraModel;
   params["camChannel"] = "1";
-  return params;
-}
-
-inline Json::Value PictureParams(int port, const std::string& password,
-                                 const std::string& cameraModel = "Simcam RTSP-H264") {
-  Json::Value params = TestParams(port, "", cameraModel);
-  params.removeMember("camPassWord");
-  params["camPassword"] = password;
-  params["jsonResponse"] = true;
-  return params;
-}
-
-inline Json::Value SizeParams(int port, const std::string& password, const std::string& model = "RTSP-H264") {
-  Json::Value params;
-  params["camIP"] = "127.0.0.1";
-  params["camPort"] = port;
-  params["camUser"] = "admin";
-  params["camPass"] = password;
-  params["vendor"] = "Simcam";
-  params["model"] = model;
-  params["camChannel"] = "1";
-  return params;
-}
-
-inline Json::Value RemoteParams(int port, const std::string& password, const std::string& model = "RTSP-H264") {
-  Json::Value params = SizeParams(port, password, model);
   params["camCapCmd"] = 1;
+  params["jsonResponse"] = true;
+  params["camList"] = List({row});
   return params;
 }
 
 inline bool IsJpeg(const std::string& bytes) {
   return bytes.starts_with("\xFF\xD8\xFF") && bytes.ends_with("\xFF\xD9");
+}
+
+/// The picture of an answer in JSON; "" when it is the default one.
+inline std::string PictureOf(const Answer& answer) {
+  const std::string picture = DecodeBase64(answer.json["data"]["img"].asString());
+  return IsJpeg(picture) ? picture : "";
+}
+
+/// The error code that `method` answers with, for the first camera of a list; -1 for the default picture.
+inline int CodeOf(const TestRecorder& recorder, const std::string& method, const Json::Value& params) {
+  const Answer answer = recorder.Post(method, params);
+  if (method == "GetSnapshot") return PictureOf(answer).empty() ? -1 : 0;
+  if (method != "CamBatAddVerify") return answer.Code();
+  const Json::Value row = answer.json["data"]["resultList"][0];
+  return row["result"] == 0 ? 0 : row["errinfo"].get("code", -1).asInt();
 }
 
 }  // namespace end_to_end

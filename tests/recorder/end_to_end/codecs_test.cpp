@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/recorder/end_to_end/cameras.h"
-#include "tests/recorder/end_to_end/support.h"
 
 namespace end_to_end {
 
@@ -73,24 +72,14 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
     for (const char* login : kLogins) {
       SCOPED_TRACE(NameOf(kind, login));
       const int port = cameras.Port(NameOf(kind, login));
-      Json::Value test = TestParams(port, kSecret, kind.model);
-      Json::Value picture = PictureParams(port, kSecret, kind.model);
-      for (Json::Value* params : {&test, &picture}) {
-        (*params)["camChannel"] = std::string(kind.name) == "FourthChannel" ? "4" : "1";
-        (*params)["camSourcePath"] = kind.path;
-        (*params)["camVideoType"] = kind.codec;
-      }
-      EXPECT_EQ(recorder.Post("CameraTest", test).Code(), 0);
-      const Answer snapshot = recorder.Post("GetSnapshot", picture);
-      EXPECT_EQ(SizeOf(DecodeBase64(snapshot.json["data"]["img"].asString())), kind.size);
-
-      // The size method says MJPEG by default, whatever the camera sends.
-      const std::string cameraModel = kind.model;
-      Json::Value size = SizeParams(port, kSecret, cameraModel.substr(cameraModel.find(' ') + 1));
-      size["vendor"] = cameraModel.substr(0, cameraModel.find(' '));
-      size["camChannel"] = test["camChannel"];
-      size["camSourcePath"] = kind.path;
-      EXPECT_EQ(recorder.Post("CamCapUserDefineReso", size).json["data"]["userDefineReso"], "640x480");
+      Json::Value params = CameraParams(port, kSecret, kind.model);
+      params["camChannel"] = std::string(kind.name) == "FourthChannel" ? "4" : "1";
+      params["camSourcePath"] = kind.path;
+      params["camVideoType"] = kind.codec;
+      EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
+      EXPECT_EQ(SizeOf(PictureOf(recorder.Post("GetSnapshot", params))), kind.size);
+      // This method has another name for the codec, and says MJPEG by default, whatever the camera sends.
+      EXPECT_EQ(recorder.Post("CamCapUserDefineReso", params).json["data"]["userDefineReso"], "640x480");
     }
   }
   EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
@@ -98,10 +87,10 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
 
 TEST(Codecs, APictureOfAUsersOwnMjpegCameraIsOneRequest) {
   const SimCameras cameras(List({Camera("camera", ParseJson(R"({"login": "none"})"))}));
-  Json::Value params = PictureParams(cameras.Port("camera"), "", "User ");
+  Json::Value params = CameraParams(cameras.Port("camera"), "", "User ");
   params["camSourcePath"] = "/video.mjpg";
   params["camVideoType"] = "MJPEG";
-  EXPECT_EQ(SizeOf(DecodeBase64(TestRecorder().Post("GetSnapshot", params).json["data"]["img"].asString())), "640x480");
+  EXPECT_EQ(SizeOf(PictureOf(TestRecorder().Post("GetSnapshot", params))), "640x480");
   EXPECT_EQ(cameras.Log("camera")["requestCount"].asInt(), 1);
 }
 
@@ -117,9 +106,9 @@ TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
   const SimCameras cameras(List({LateKeyFrame("short session", R"({"fault": "sessionTimeout"})"),
                                  LateKeyFrame("asked", R"({"stream": {"pli": true}})")}));
   const auto hasPicture = [&](const char* camera, int limitMs) {
-    const TestRecorder recorder({.testMs = 1000, .pictureMs = limitMs, .workers = 1, .modelsFolder = {}});
-    const Answer answer = recorder.Post("GetSnapshot", PictureParams(cameras.Port(camera), kSecret));
-    return SizeOf(DecodeBase64(answer.json["data"]["img"].asString())) == "640x480";
+    const TestRecorder recorder({.testMs = 1000, .pictureMs = limitMs, .workers = 1});
+    const Answer answer = recorder.Post("GetSnapshot", CameraParams(cameras.Port(camera), kSecret));
+    return SizeOf(PictureOf(answer)) == "640x480";
   };
   EXPECT_TRUE(hasPicture("short session", 12'000)) << "it ends after 5 s without a request";
   EXPECT_TRUE(hasPicture("asked", 4'000)) << "a picture loss indication brings a key frame";

@@ -1,11 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <memory>
-
-#include "tests/recorder/end_to_end/cameras.h"
 #include "tests/recorder/end_to_end/support.h"
+#include "tests/recorder/rows.h"
 
 // Probes are sent in a network namespace of the test's own, so that no real network hears them.
 
@@ -13,86 +10,45 @@ namespace end_to_end {
 
 namespace {
 
-const std::filesystem::path kPrograms = PROGRAM_FOLDER;
+/// The first camera tells of itself when it is asked, the second does not.
+constexpr char kCameras[] = R"({"cameras": [
+    {"name": "yard", "port": 8080, "onvif": {"media": ["1"]}, "discovery": true},
+    {"name": "shy", "port": 8081, "onvif": {"media": ["1"]}}]})";
 
-/// Whoever is not root needs a user namespace, too, to be allowed a network namespace.
-const char* NamespaceFlags() { return geteuid() == 0 ? "-n" : "-rn"; }
-
-bool CanMakeNamespace() { return Run("/usr/bin/unshare", {NamespaceFlags(), "ip", "link"}).status == 0; }
-
-/// Simulated cameras in a namespace with nothing but a loopback interface that takes multicasts.
-class LonelyCameras {
- public:
-  explicit LonelyCameras(const Json::Value& cameras) {
-    Json::Value config;
-    config["cameras"] = cameras;
-    const auto file = folder_.Write("cameras.json", ToText(config));
-    const std::string script =
-        "ip link set lo up && ip link set lo multicast on && ip route add 224.0.0.0/4 dev lo && echo $$ && exec \"$0\" "
-        "\"$1\"";
-    process_ =
-        std::make_unique<Process>(std::vector<std::string>{"/usr/bin/unshare", NamespaceFlags(), "/bin/sh", "-c",
-                                                           script, (kPrograms / "simcam").string(), file.string()},
-                                  folder_.Path() / "log");
-    id_ = process_->ReadLine();
-    started_ = ParseJson(process_->ReadLine());
-  }
-
-  int Port(int index) const { return started_["cameras"][index]["port"].asInt(); }
-
-  /// `recorderctl discover` in the namespace.
-  Finished Discover(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command = {"-t", id_, "-n"};
-    if (geteuid() != 0) command.insert(command.end(), {"-U", "--preserve-credentials"});
-    command.insert(command.end(), {(kPrograms / "recorderctl").string(), "discover", "--seconds", "1"});
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return Run("/usr/bin/nsenter", command);
-  }
-
- private:
-  TempFolder folder_;
-  std::unique_ptr<Process> process_;
-  std::string id_;
-  Json::Value started_;
-};
-
-Json::Value Discoverable(const std::string& name, bool isDiscoverable) {
-  Json::Value camera;
-  camera["onvif"]["media"] = List({"1"});
-  camera["discovery"] = isDiscoverable;
-  return Camera(name, camera);
+Finished Discover(const std::string& cameras, std::vector<std::string> arguments) {
+  const TempFolder folder;
+  folder.Write("cameras.json", cameras);
+  arguments.insert(arguments.begin(), {"discover", "--seconds", "1"});
+  return RunAlone(folder, arguments);
 }
 
 }  // namespace
 
 TEST(Discover, FindsCamerasReadyForImport) {
-  if (!CanMakeNamespace()) GTEST_SKIP() << "no network namespace can be made here";
-  const LonelyCameras cameras(List({Discoverable("yard", true), Discoverable("shy", false)}));
-
-  const Finished json = cameras.Discover({"--interface", "lo", "--json"});
+  if (!CanRunAlone()) GTEST_SKIP() << "no namespaces can be made here";
+  const Finished json = Discover(kCameras, {"--interface", "lo", "--json"});
   ASSERT_EQ(json.status, 0) << json.output;
   const Json::Value found = ParseJson(json.output);
   ASSERT_EQ(found.size(), 1U) << json.output;
   EXPECT_EQ(found[0]["host"].asString(), "127.0.0.1");
-  EXPECT_EQ(found[0]["port"].asInt(), cameras.Port(0));
+  EXPECT_EQ(found[0]["port"].asInt(), 8080);
 
   const TempFolder folder;
-  const auto list = folder.Write("found.csv", cameras.Discover({"--interface", "lo"}).output);
+  const auto list = folder.Write("found.csv", Discover(kCameras, {"--interface", "lo"}).output);
   const TestRecorder recorder;
   const Finished imported = recorder.Control({"camera", "import", list.string()});
   EXPECT_EQ(imported.status, 0) << imported.output;
-  EXPECT_THAT(recorder.Control({"camera", "list"}).output,
-              testing::HasSubstr("ONVIF\tGeneric\t\t127.0.0.1\t" + std::to_string(cameras.Port(0)) + "\n"));
+  EXPECT_THAT(recorder.Control({"camera", "list"}).output, testing::HasSubstr("ONVIF\tGeneric\t\t127.0.0.1\t8080\n"));
 }
 
 TEST(Discover, SaysWhyNothingIsFound) {
-  if (!CanMakeNamespace()) GTEST_SKIP() << "no network namespace can be made here";
-  const LonelyCameras cameras(List({Discoverable("shy", false)}));
-  const Finished nobody = cameras.Discover({"--interface", "lo"});
+  if (!CanRunAlone()) GTEST_SKIP() << "no namespaces can be made here";
+  const std::string shy = Replaced(kCameras, R"("discovery": true)", R"("discovery": false)");
+  const Finished nobody = Discover(shy, {"--interface", "lo"});
   EXPECT_EQ(nobody.status, 0);
   EXPECT_THAT(nobody.output, testing::HasSubstr("no camera answered"));
   for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--interface", "absent"}, {}}) {
-    const Finished refused = cameras.Discover(arguments);
+    const Finished refused = Discover(shy, arguments);
     EXPECT_EQ(refused.status, 1) << "the loopback alone is no network to ask";
     EXPECT_THAT(refused.output, testing::HasSubstr("network interface"));
   }

@@ -16,7 +16,6 @@
 #include <string_view>
 #include <thread>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "recorder/utility/handle.h"
@@ -25,21 +24,18 @@ namespace end_to_end {
 
 /// What goes wrong on the way to a camera, or with the bytes that come from it, counted over all connections.
 struct NetworkFault {
-  enum class Verb {
-    kNone,
-    kRefuse,   ///< nothing listens
-    kFull,     ///< the queue of connections is full, and none is accepted
-    kDelay,    ///< each piece comes `amount` milliseconds late
-    kCut,      ///< `amount` bytes come; this connection and every later one is closed where the next byte would come
-    kSlice,    ///< in segments of `amount` bytes
-    kDrip,     ///< `amount` bytes a second
-    kCorrupt,  ///< byte number `amount` comes with all its bits flipped
-  };
-  Verb verb = Verb::kNone;
-  std::size_t amount = 0;
+  static constexpr std::size_t kNever = std::string::npos;
+
+  bool isRefusing = false;           ///< nothing listens
+  bool isFull = false;               ///< the queue of connections is full, and none is accepted
+  std::size_t delayMs = 0;           ///< each piece comes so late
+  std::size_t sliceSize = kNever;    ///< of each piece, in bytes
+  std::size_t cutAfter = kNever;     ///< this connection and every later one is closed where the next byte would come
+  std::size_t corruptByte = kNever;  ///< comes with all its bits flipped
 };
 
-/// The network before a camera: TCP connections to a free port lead to a camera at 127.0.0.1.
+/// The network before a camera: TCP connections to a free port lead to a camera at 127.0.0.1, one after the other, as
+/// the recorder has them.
 class Proxy {
  public:
   /// At `host`, a numeric address; throws when it is none of this machine's. Refuses connections for now.
@@ -61,11 +57,10 @@ class Proxy {
     cameraPort_ = cameraPort;
     fault_ = fault;
     passed_.clear();
-    if (fault.verb == Verb::kRefuse) return;
+    if (fault.isRefusing) return;
     listener_ = Bind();
-    if (listen(listener_.Get(), fault.verb == Verb::kFull ? 0 : SOMAXCONN) != 0)
-      throw std::runtime_error("no listener");
-    if (fault.verb == Verb::kFull) return Fill();
+    if (listen(listener_.Get(), fault.isFull ? 0 : SOMAXCONN) != 0) throw std::runtime_error("no listener");
+    if (fault.isFull) return Fill();
     acceptor_ = std::jthread([this](const std::stop_token& stop) { Accept(stop); });
   }
 
@@ -76,7 +71,6 @@ class Proxy {
   }
 
  private:
-  using Verb = NetworkFault::Verb;
   using Descriptor = recorder::FileDescriptor;
   using Address = std::unique_ptr<addrinfo, recorder::Deleter<freeaddrinfo>>;
   using Stopping = const std::stop_token&;
@@ -116,7 +110,7 @@ class Proxy {
   }
 
   void Stop() {
-    acceptor_ = std::jthread();  // joins, after all connections
+    acceptor_ = std::jthread();  // joins
     listener_ = Descriptor();
     waiting_.clear();
   }
@@ -140,60 +134,44 @@ class Proxy {
   }
 
   void Accept(Stopping stop) {
-    std::vector<std::jthread> connections;
     for (pollfd entry{listener_.Get(), POLLIN, 0}; !stop.stop_requested();) {
-      if (poll(&entry, 1, kGlanceMs) <= 0) continue;
-      Descriptor client(accept4(entry.fd, nullptr, nullptr, SOCK_CLOEXEC));
-      connections.emplace_back([this, client = std::move(client)](Stopping end) { Carry(end, client.Get()); });
+      if (poll(&entry, 1, kGlanceMs) > 0) Carry(stop, Descriptor(accept4(entry.fd, nullptr, nullptr, SOCK_CLOEXEC)));
     }
   }
 
-  void Carry(Stopping stop, int client) {
+  void Carry(Stopping stop, const Descriptor& client) {
     const int on = 1;
-    setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(client.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     const Address address = AddressOf("127.0.0.1", cameraPort_);
     const Descriptor camera = MakeSocket(address);
     if (connect(camera.Get(), address->ai_addr, address->ai_addrlen) != 0) return;
     while (!stop.stop_requested()) {
-      pollfd ends[] = {{client, POLLIN, 0}, {camera.Get(), POLLIN, 0}};
+      pollfd ends[] = {{client.Get(), POLLIN, 0}, {camera.Get(), POLLIN, 0}};
       poll(ends, std::size(ends), kGlanceMs);
       if (ends[0].revents != 0) {
-        const std::string asked = Receive(client);
+        const std::string asked = Receive(client.Get());
         if (asked.empty() || !Send(camera.Get(), asked)) return;
       }
       if (ends[1].revents != 0) {
         const std::string answered = Receive(camera.Get());
-        if (answered.empty() || !HandOn(stop, client, answered)) return;
+        if (answered.empty() || !HandOn(stop, client.Get(), answered)) return;
       }
     }
   }
 
   /// False when the connection is over.
   bool HandOn(Stopping stop, int client, std::string bytes) {
-    const std::size_t left = fault_.amount - Passed().size();  // wraps around once a byte to corrupt has passed
-    switch (fault_.verb) {
-      case Verb::kDelay:
-        return Sleep(stop, fault_.amount) && Pass(client, bytes);
-      case Verb::kSlice:
-        return PassPieces(stop, client, bytes, 0);
-      case Verb::kDrip:
-        return PassPieces(stop, client, bytes, 1000);
-      case Verb::kCut:
-        return Pass(client, bytes.substr(0, left)) && bytes.size() <= left;
-      case Verb::kCorrupt:
-        if (left < bytes.size()) bytes[left] = static_cast<char>(~bytes[left]);
-        return Pass(client, bytes);
-      default:
-        return Pass(client, bytes);
-    }
-  }
-
-  bool PassPieces(Stopping stop, int client, std::string_view bytes, std::size_t pauseMs) {
-    for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), fault_.amount))) {
-      if (!Pass(client, bytes.substr(0, fault_.amount)) || !Sleep(stop, pauseMs)) return false;
+    const std::size_t passed = Passed().size();
+    const std::size_t left = fault_.cutAfter - passed;
+    const std::size_t corrupt = fault_.corruptByte - passed;  // wraps around once that byte has passed
+    if (corrupt < bytes.size()) bytes[corrupt] = static_cast<char>(~bytes[corrupt]);
+    for (std::string_view rest = std::string_view(bytes).substr(0, left); !rest.empty();) {
+      const std::string_view piece = rest.substr(0, fault_.sliceSize);
+      if (!Sleep(stop, fault_.delayMs) || !Pass(client, piece)) return false;
+      rest.remove_prefix(piece.size());
       std::this_thread::sleep_for(std::chrono::microseconds(50));  // so that it is a segment of its own
     }
-    return true;
+    return bytes.size() <= left;
   }
 
   bool Pass(int client, std::string_view bytes) {

@@ -22,8 +22,6 @@ struct RequestCase {
   const char* bodyHolds;
 };
 
-void PrintTo(const RequestCase& row, std::ostream* out) { *out << row.verb << ' ' << row.path; }
-
 const RequestCase kRequestCases[] = {
     {"UnknownApi", "GET", "/api/Nobody.Knows/1/CamCap", {}, "", "", 404, "unknown API"},
     {"UnknownVersion", "GET", "/api/NORV.Vistrel.CameraCap/2/CamCap", {}, "", "", 404, "unknown version"},
@@ -51,24 +49,44 @@ const RequestCase kRequestCases[] = {
     {"ForeignHost", "GET", "CamCap", {{"Host", "elsewhere.example"}}, "", "", 403, "Host"},
 };
 
-class Requests : public testing::TestWithParam<RequestCase> {};
+struct CallCase {
+  const char* name;
+  std::vector<std::string> arguments;
+  std::string input;
+  int status;
+  const char* outputHolds;
+};
 
-TEST_P(Requests, GetTheirStatusAndSayWhy) {
-  const RequestCase& row = GetParam();
-  static const TestRecorder recorder;
-  httplib::Headers headers = recorder.Login();
-  headers.insert(row.headers.begin(), row.headers.end());
-  const std::string path = row.path[0] == '/' ? row.path : std::string(kApi) + row.path;
-  const Answer answer = recorder.Send(row.verb, path, headers, row.body, row.contentType);
-  EXPECT_EQ(answer.status, row.status) << answer.body;
-  EXPECT_EQ(answer.contentType, "application/json");
-  EXPECT_THAT(answer.body, testing::HasSubstr(row.bodyHolds));
-}
-
-INSTANTIATE_TEST_SUITE_P(Request, Requests, testing::ValuesIn(kRequestCases),
-                         [](const auto& row) { return std::string(row.param.name); });
+const CallCase kCallCases[] = {
+    {"Success", {"CamCap", "vendor=User"}, "", 0, "User Define"},
+    {"ErrorAnswer", {"CamCap", "vendor=Nobody"}, "", 1, "400"},
+    {"SecretOnTheCommandLine", {"CameraTest", "camPassWord=x"}, "", 2, "--json"},
+    {"SecretByInput",
+     {"CamBatAddVerify", "--json", "-"},
+     R"({"camList": [{"isAuth": true, "tmpId": "a"}]})",
+     0,
+     "tmpId"},
+    {"NoPair", {"CamCap", "vendor"}, "", 2, "key=value"},
+    {"UnknownMethod", {"Nothing"}, "", 2, "no method"},
+    {"UnconvertedValue", {"CameraTest", "camPort=x"}, "", 2, "camPort"},
+    {"NoMethod", {}, "", 2, "method"},
+};
 
 }  // namespace
+
+TEST(Requests, GetTheirStatusAndSayWhy) {
+  const TestRecorder recorder;
+  for (const RequestCase& row : kRequestCases) {
+    SCOPED_TRACE(row.name);
+    httplib::Headers headers = recorder.Login();
+    headers.insert(row.headers.begin(), row.headers.end());
+    const std::string path = row.path[0] == '/' ? row.path : std::string(kApi) + row.path;
+    const Answer answer = recorder.Send(row.verb, path, headers, row.body, row.contentType);
+    EXPECT_EQ(answer.status, row.status) << answer.body;
+    EXPECT_EQ(answer.contentType, "application/json");
+    EXPECT_THAT(answer.body, testing::HasSubstr(row.bodyHolds));
+  }
+}
 
 TEST(Logins, AreAskedFor) {
   const TestRecorder recorder;
@@ -97,47 +115,20 @@ TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
   EXPECT_THAT(check.output, testing::HasSubstr("broken.json"));
 }
 
-struct CallCase {
-  const char* name;
-  std::vector<std::string> arguments;
-  std::string input;
-  int status;
-  const char* outputHolds;
-};
-
-void PrintTo(const CallCase& row, std::ostream* out) { *out << row.name; }
-
-const CallCase kCallCases[] = {
-    {"Success", {"CamCap", "vendor=User"}, "", 0, "User Define"},
-    {"ErrorAnswer", {"CamCap", "vendor=Nobody"}, "", 1, "400"},
-    {"SecretOnTheCommandLine", {"CameraTest", "camPassWord=x"}, "", 2, "--json"},
-    {"SecretByInput",
-     {"CamBatAddVerify", "--json", "-"},
-     R"({"camList": [{"isAuth": true, "tmpId": "a"}]})",
-     0,
-     "tmpId"},
-    {"NoPair", {"CamCap", "vendor"}, "", 2, "key=value"},
-    {"UnknownMethod", {"Nothing"}, "", 2, "no method"},
-    {"UnconvertedValue", {"CameraTest", "camPort=x"}, "", 2, "camPort"},
-    {"NoMethod", {}, "", 2, "method"},
-};
-
-class CommandLineCalls : public testing::TestWithParam<CallCase> {};
-
-TEST_P(CommandLineCalls, ExitWithTheirStatus) {
-  static const TestRecorder recorder;
-  std::vector<std::string> arguments = {"call"};
-  arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
-  const Finished call = recorder.Control(arguments, GetParam().input);
-  EXPECT_EQ(call.status, GetParam().status) << call.output;
-  EXPECT_THAT(call.output, testing::HasSubstr(GetParam().outputHolds));
+TEST(CommandLineCalls, ExitWithTheirStatus) {
+  const TestRecorder recorder;
+  for (const CallCase& row : kCallCases) {
+    SCOPED_TRACE(row.name);
+    std::vector<std::string> arguments = row.arguments;
+    arguments.insert(arguments.begin(), "call");
+    const Finished call = recorder.Control(arguments, row.input);
+    EXPECT_EQ(call.status, row.status) << call.output;
+    EXPECT_THAT(call.output, testing::HasSubstr(row.outputHolds));
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(Call, CommandLineCalls, testing::ValuesIn(kCallCases),
-                         [](const auto& row) { return std::string(row.param.name); });
-
 TEST(CommandLineCalls, WriteARawPictureToAFile) {
-  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2, .modelsFolder = {}});
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2});
   const TempFolder folder;
   const std::string file = (folder.Path() / "picture").string();
   EXPECT_EQ(recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", "-o", file}).status, 0);
@@ -157,7 +148,8 @@ TEST(Modules, ThatLackSomethingAreRefusedByName) {
     config["stateFolder"] = "state";
     config["modelsFolder"] = config["workFolder"] = SOURCE_FOLDER "/models";
     config["module"] = module;
-    const Finished serve = end_to_end::Run("recorderctl", {"serve"}, "", folder.Write("config.json", ToText(config)));
+    const Finished serve =
+        end_to_end::Run("recorderctl", {"--config", folder.Write("config.json", ToText(config)), "serve"});
     EXPECT_EQ(serve.status, 1);
     EXPECT_THAT(serve.output, testing::HasSubstr(mistake));
   }

@@ -1,14 +1,23 @@
 #include "tests/recorder/end_to_end/support.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+extern "C" {
+#include <libavutil/base64.h>
+}
+
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
+
+#include "recorder/utility/handle.h"
 
 namespace end_to_end {
 
@@ -22,34 +31,12 @@ std::filesystem::path FromEnvironment(const char* name, const char* usual) {
 
 const std::filesystem::path kPrograms = FromEnvironment("TEST_PROGRAMS", PROGRAM_FOLDER);
 const std::filesystem::path kModule = FromEnvironment("TEST_MODULE", MODULE_FILE);
-const std::filesystem::path kSource = SOURCE_FOLDER;
 constexpr char kUser[] = "tester";
 constexpr char kPassword[] = "login of the tester";
 constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
 
-std::vector<char*> Pointers(std::vector<std::string>& words) {
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (std::string& word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-std::string ReadAll(int descriptor) {
-  std::string text;
-  char buffer[4096];
-  for (ssize_t count = 0; (count = read(descriptor, buffer, sizeof(buffer))) > 0;) {
-    text.append(buffer, static_cast<std::size_t>(count));
-  }
-  return text;
-}
-
-Answer ToAnswer(const httplib::Result& result) {
-  if (!result) throw std::runtime_error("no answer: " + httplib::to_string(result.error()));
-  Answer answer{result->status, {}, result->body, result->get_header_value("Content-Type")};
-  if (answer.contentType == "application/json") answer.json = ParseJson(answer.body);
-  return answer;
-}
+/// Whoever is not root needs a user namespace, too. In a process namespace everything ends with the first process.
+const char* NamespaceFlags() { return geteuid() == 0 ? "-nmpf" : "-rnmpf"; }
 
 }  // namespace
 
@@ -67,62 +54,71 @@ Json::Value ParseJson(const std::string& text) {
 
 std::string ToText(const Json::Value& json) { return Json::writeString(Json::StreamWriterBuilder(), json); }
 
-Process::Process(std::vector<std::string> command, const std::filesystem::path& errorFile) {
-  int pipeEnds[2];
-  if (pipe2(pipeEnds, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+Process::Process(std::vector<std::string> command, const std::filesystem::path& errorFile, const std::string& input) {
+  std::vector<char*> words;
+  for (std::string& word : command) words.push_back(word.data());
+  words.push_back(nullptr);
+  const recorder::FileDescriptor inputFile(memfd_create("input", MFD_CLOEXEC));
+  int ends[2];
+  if (pwrite(inputFile.Get(), input.data(), input.size(), 0) < 0 || pipe2(ends, O_CLOEXEC) != 0) {
+    throw std::runtime_error("no input and output");
+  }
+  const recorder::FileDescriptor ours(ends[0]);
+  const recorder::FileDescriptor childs(ends[1]);
   id_ = fork();
   if (id_ == 0) {
-    dup2(pipeEnds[1], STDOUT_FILENO);
-    dup2(open(errorFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600), STDERR_FILENO);
-    execv(command[0].c_str(), Pointers(command).data());
+    dup2(inputFile.Get(), STDIN_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    dup2(errorFile.empty() ? ends[1] : open(errorFile.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600), STDERR_FILENO);
+    execv(words[0], words.data());
     _exit(127);
   }
-  close(pipeEnds[1]);
-  output_ = pipeEnds[0];
+  output_.open("/dev/fd/" + std::to_string(ours.Get()));
 }
 
 Process::~Process() {
+  if (id_ == 0) return;
   kill(id_, SIGTERM);
-  waitpid(id_, nullptr, 0);
-  close(output_);
+  Wait();
 }
 
 std::string Process::ReadLine() {
   std::string line;
-  for (char letter = 0; read(output_, &letter, 1) == 1;) {
-    if (letter == '\n') return line;
-    line += letter;
-  }
-  throw std::runtime_error("the process ended without a line");
+  if (!std::getline(output_, line)) throw std::runtime_error("the process ended without a line");
+  return line;
 }
 
-Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input,
-             const std::filesystem::path& configFile) {
-  int in[2];
-  int out[2];
-  if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+std::string Process::ReadAll() { return std::string(std::istreambuf_iterator(output_), {}); }
+
+int Process::Wait() {
+  int status = 0;
+  waitpid(std::exchange(id_, 0), &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input) {
   std::vector<std::string> command = {(kPrograms / program).string()};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  const pid_t id = fork();
-  if (id == 0) {
-    dup2(in[0], STDIN_FILENO);
-    dup2(out[1], STDOUT_FILENO);
-    dup2(out[1], STDERR_FILENO);
-    if (!configFile.empty()) setenv("RECORDER_CONFIG", configFile.c_str(), 1);
-    execv(command[0].c_str(), Pointers(command).data());
-    _exit(127);
-  }
-  close(in[0]);
-  close(out[1]);
-  if (write(in[1], input.data(), input.size()) < 0) throw std::runtime_error("the program reads no input");
-  close(in[1]);
-  Finished finished;
-  finished.output = ReadAll(out[0]);
-  close(out[0]);
-  int status = 0;
-  waitpid(id, &status, 0);
-  finished.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return finished;
+  Process process(std::move(command), {}, input);
+  const std::string output = process.ReadAll();
+  return {process.Wait(), output};
+}
+
+bool CanRunAlone() { return Run("/usr/bin/unshare", {NamespaceFlags(), "ip", "link"}).status == 0; }
+
+Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input) {
+  constexpr char kScript[] = R"(
+    ip link set lo up multicast on
+    ip route add 224.0.0.0/4 dev lo
+    for file in $(find . -name '*.conf'); do mount --bind $file /etc/$file; done
+    rm -f started
+    "$0/simcam" cameras.json > started &
+    while [ ! -s started ]; do sleep 0.02; done
+    exec timeout 5 "$0/recorderctl" "$@")";
+  std::vector<std::string> command = {"-C", folder.Path(), "unshare", NamespaceFlags(), "sh",
+                                      "-e", "-c",          kScript,   PROGRAM_FOLDER};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return Run("/usr/bin/env", command, input);
 }
 
 SimCameras::SimCameras(const Json::Value& cameras) {
@@ -137,10 +133,8 @@ SimCameras::SimCameras(const Json::Value& cameras) {
   }
 }
 
-Json::Value SimCameras::Log(const std::string& name) const { return Log(Port(name)); }
-
-Json::Value SimCameras::Log(int port) const {
-  httplib::Client client("127.0.0.1", port);
+Json::Value SimCameras::Log(const std::string& name) const {
+  httplib::Client client("127.0.0.1", Port(name));
   return ParseJson(client.Get("/sim/log")->body);
 }
 
@@ -154,20 +148,26 @@ TestRecorder::TestRecorder() : TestRecorder(Options{}) {}
 TestRecorder::TestRecorder(const Options& options) {
   Json::Value config;
   config["stateFolder"] = "state";
-  config["modelsFolder"] = (options.modelsFolder.empty() ? kSource / "models" : options.modelsFolder).string();
+  config["modelsFolder"] = options.modelsFolder.string();
   config["module"] = kModule.string();
-  config["workFolder"] = (kSource / "models").string();
+  config["workFolder"] = SOURCE_FOLDER "/models";
   config["limits"]["testMs"] = options.testMs;
   config["limits"]["pictureMs"] = options.pictureMs;
   for (const std::string& range : options.allow) config["addressPolicy"]["allow"].append(range);
   for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
-  configFile_ = folder_.Write("recorder.json", ToText(config));
+  folder_.Write("recorder.json", ToText(config));
   const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + "\n");
   if (user.status != 0) throw std::runtime_error(user.output);
 
-  std::vector<std::string> command = {
-      (kPrograms / "recorderctl").string(), "--config", configFile_.string(), "serve", "--workers",
-      std::to_string(options.workers)};
+  // A proxy that does not exist would take part in every request to a camera, if any were asked.
+  std::vector<std::string> command = {"/usr/bin/env",
+                                      "all_proxy=socks5://127.0.0.1:9",
+                                      (kPrograms / "recorderctl").string(),
+                                      "--config",
+                                      ConfigFile().string(),
+                                      "serve",
+                                      "--workers",
+                                      std::to_string(options.workers)};
   command.insert(command.end(), options.serveArguments.begin(), options.serveArguments.end());
   server_ = std::make_unique<Process>(std::move(command), folder_.Path() / "log");
   const std::string address = server_->ReadLine();  // http://127.0.0.1:PORT/
@@ -194,11 +194,17 @@ Answer TestRecorder::Send(const std::string& verb, const std::string& path, cons
   request.headers = headers;
   request.body = body;
   if (!body.empty()) request.set_header("Content-Type", contentType);
-  return ToAnswer(client.send(request));
+  const httplib::Result result = client.send(request);
+  if (!result) throw std::runtime_error("no answer: " + httplib::to_string(result.error()));
+  Answer answer{result->status, {}, result->body, result->get_header_value("Content-Type")};
+  if (answer.contentType == "application/json") answer.json = ParseJson(answer.body);
+  return answer;
 }
 
 Finished TestRecorder::Control(const std::vector<std::string>& arguments, const std::string& input) const {
-  return Run("recorderctl", arguments, input, configFile_);
+  std::vector<std::string> all = {"--config", ConfigFile()};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return Run("recorderctl", all, input);
 }
 
 int TestRecorder::AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
@@ -211,21 +217,10 @@ int TestRecorder::AddCamera(const std::string& vendor, const std::string& model,
 }
 
 std::string DecodeBase64(const std::string& text) {
-  std::string bytes;
-  unsigned int bits = 0;
-  int count = 0;
-  for (const char letter : text) {
-    static const std::string kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::size_t value = kAlphabet.find(letter);
-    if (value == std::string::npos) break;
-    bits = bits << 6U | static_cast<unsigned int>(value);
-    count += 6;
-    if (count >= 8) {
-      count -= 8;
-      bytes += static_cast<char>(bits >> static_cast<unsigned int>(count) & 0xFFU);
-    }
-  }
-  return bytes;
+  std::string bytes(text.size(), '\0');
+  const int size =
+      av_base64_decode(reinterpret_cast<std::uint8_t*>(bytes.data()), text.c_str(), static_cast<int>(bytes.size()));
+  return bytes.substr(0, static_cast<std::size_t>(std::max(size, 0)));
 }
 
 }  // namespace end_to_end

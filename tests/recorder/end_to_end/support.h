@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,20 +23,26 @@ std::string ReadText(const std::filesystem::path& file);
 Json::Value ParseJson(const std::string& text);
 std::string ToText(const Json::Value& json);
 
-/// A child process whose standard error goes to a file; it is told to end with this object.
+/// A child process; it is told to end with this object.
 class Process {
  public:
-  Process(std::vector<std::string> command, const std::filesystem::path& errorFile);
+  /// Its standard error goes to `errorFile`, or where its output goes when that is empty.
+  explicit Process(std::vector<std::string> command, const std::filesystem::path& errorFile = {},
+                   const std::string& input = {});
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
   /// The first line that the child prints; throws when it ends without one.
   std::string ReadLine();
+  /// All that the child prints until it ends by itself.
+  std::string ReadAll();
+  /// The exit status of a child that ends by itself.
+  int Wait();
 
  private:
-  pid_t id_ = -1;
-  int output_ = -1;
+  pid_t id_ = 0;
+  std::ifstream output_;
 };
 
 struct Finished {
@@ -44,8 +51,15 @@ struct Finished {
 };
 
 /// Runs a command of this build's to its end, with `input` on its standard input.
-Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = {},
-             const std::filesystem::path& configFile = {});
+Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = {});
+
+/// False when RunAlone() needs more than this user may do.
+bool CanRunAlone();
+
+/// Runs recorderctl for five seconds at most, on a machine of its own: with the simulated cameras of cameras.json in
+/// `folder`, a network of nothing but a loopback interface that takes multicasts, and those of resolv.conf(5) and
+/// nsswitch.conf(5) that are in `folder`.
+Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input = {});
 
 /// Simulated cameras, by name.
 class SimCameras {
@@ -55,7 +69,6 @@ class SimCameras {
   int Port(const std::string& name) const { return ports_.at(name); }
   /// What the camera has seen: connections, login attempts, paths.
   Json::Value Log(const std::string& name) const;
-  Json::Value Log(int port) const;
 
  private:
   TempFolder folder_;
@@ -80,7 +93,7 @@ class TestRecorder {
     int testMs = 5000;
     int pictureMs = 5000;
     int workers = 2;
-    std::filesystem::path modelsFolder;                       ///< empty: the models of this repository
+    std::filesystem::path modelsFolder = SOURCE_FOLDER "/models";
     std::vector<std::string> allow = {"127.0.0.0/8", "::1"};  ///< addresses to open; simulated cameras are there
     std::vector<std::string> deny = {};
     std::vector<std::string> serveArguments = {};
@@ -103,11 +116,13 @@ class TestRecorder {
 
   std::string Log() const { return ReadText(folder_.Path() / "log"); }
   std::filesystem::path StateFolder() const { return folder_.Path() / "state"; }
+  std::filesystem::path ConfigFile() const { return folder_.Path() / "recorder.json"; }
+  /// Forgets what cameras have said about themselves.
+  void ForgetCameras() const { std::filesystem::remove_all(StateFolder() / "capabilities"); }
   int Port() const { return port_; }
 
  private:
   TempFolder folder_;
-  std::filesystem::path configFile_;
   std::unique_ptr<Process> server_;
   int port_ = 0;
 };

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
+#include "tests/recorder/net/feed.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder {
@@ -16,34 +16,20 @@ using namespace std::string_literals;
 /// What comes out, one mark an item: "<status>" or "<method>" with "+body size", "p"/"c" and size for RTP and RTCP,
 /// "foreign", "malformed". Bytes arrive `piece` at a time.
 std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece) {
+  using enum RtspParser::Item;
   RtspParser parser;
   if (expectsPackets) parser.ExpectPackets(4, 5);
   std::string items;
-  while (true) {
-    switch (parser.Next()) {
-      case RtspParser::Item::kNone: {
-        if (bytes.empty()) return items;
-        const std::string_view taken = bytes.substr(0, piece);
-        std::copy(taken.begin(), taken.end(), parser.Space().begin());
-        parser.Filled(taken.size());
-        bytes.remove_prefix(taken.size());
-        break;
-      }
-      case RtspParser::Item::kMessage: {
-        const RtspMessage& message = parser.Message();
-        items += (message.status != 0 ? std::to_string(message.status) : message.method) + ' ';
-        if (!message.body.empty()) items += '+' + std::to_string(message.body.size()) + ' ';
-        break;
-      }
-      case RtspParser::Item::kPacket:
-        items += (parser.Packet().isControl ? "c" : "p") + std::to_string(parser.Packet().bytes.size()) + ' ';
-        break;
-      case RtspParser::Item::kForeign:
-        return items + "foreign";
-      case RtspParser::Item::kMalformed:
-        return items + "malformed";
+  const RtspParser::Item end = Feed(parser, bytes, piece, [&](RtspParser::Item item) {
+    if (item == kPacket) {
+      items += (parser.Packet().isControl ? "c" : "p") + std::to_string(parser.Packet().bytes.size()) + ' ';
+      return;
     }
-  }
+    const RtspMessage& message = parser.Message();
+    items += (message.status != 0 ? std::to_string(message.status) : message.method) + ' ';
+    if (!message.body.empty()) items += '+' + std::to_string(message.body.size()) + ' ';
+  });
+  return items + (end == kForeign ? "foreign" : end == kMalformed ? "malformed" : "");
 }
 
 const std::string kRtp = "$\x04\x00\x0c\x80\x60\x00\x01"s + std::string(8, '\x11');

@@ -12,7 +12,8 @@
 namespace recorder {
 namespace {
 
-constexpr auto kGood = R"({"version": 1, "stateFolder": "state", "modelsFolder": "models", "module": "/etc/passwd",
+constexpr auto kGood =
+    R"({"version": 1, "stateFolder": "state", "modelsFolder": "models", "pageFolder": "page", "module": "/etc/passwd",
   "workFolder": "models", "cmsHost": true, "hostNames": ["nvr.example"],
   "addressPolicy": {"allow": ["127.0.0.0/8"], "deny": ["10.1.0.0/16"]}, "limits": {"testMs": 2500, "pictureMs": 20000}})";
 
@@ -39,6 +40,7 @@ const ConfigCase kConfigCases[] = {
     {"NamesAreOneText", "[\"nvr.example\"]", "\"nvr\"", "hostNames: must be a list"},
     {"LimitTooShort", "2500", "0", "limits.testMs: must be a number of milliseconds from 100"},
     {"LimitUnknown", "testMs", "testMS", "limits.testMS: unknown member"},
+    {"NoPageInIt", R"("pageFolder": "page")", R"("pageFolder": "models")", "pageFolder: there is no index.html"},
     {"NoPictureFromThere", "\"workFolder\": \"models\"", "\"workFolder\": \"/\"", "workFolder: there is no ../images"},
 };
 
@@ -48,6 +50,7 @@ TEST_P(ConfigTest, NamesFileMemberAndMistake) {
   const TempFolder folder;
   folder.Write("images/add_camera_default.png", "picture");
   folder.Write("models/readme", "");
+  folder.Write("page/index.html", "");
   EXPECT_NO_THROW(LoadConfig(folder.Write("good.json", kGood)));
   const std::string mistaken = Replaced(kGood, GetParam().from, GetParam().to);
   const auto file = folder.Write("recorder.json", mistaken);

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "recorder/utility/config.h"
-#include "tests/recorder/temp_folder.h"
-
 namespace recorder {
 namespace {
 
@@ -29,25 +26,6 @@ TEST(TrustTest, APairIsValidForItsKeyAndTime) {
   EXPECT_FALSE(IsValid({cookie.substr(0, 63) + (cookie.back() == '0' ? '1' : '0'), timestamp}));
   EXPECT_FALSE(IsValid({cookie + "0", timestamp}));
   EXPECT_FALSE(IsValid({"", timestamp}));
-}
-
-TEST(TrustTest, ClientsAndServerGroupAreToldApart) {
-  const TempFolder folder;
-  Config config;
-  config.stateFolder = folder.Path();
-  StartUtility(config);
-  Records records{folder.Path()};
-  EXPECT_TRUE(records.AddKey(TrustKind::kClient, "site", KeyOf('a')));
-  EXPECT_FALSE(records.AddKey(TrustKind::kClient, "site", KeyOf('b'))) << "the name is taken";
-  EXPECT_TRUE(records.AddKey(TrustKind::kServerGroup, "site", KeyOf('b')));
-  const TrustPair ofClient = MakePair(KeyOf('a'));
-  const TrustPair ofGroup = MakePair(KeyOf('b'));
-  EXPECT_TRUE(IsAuthPairMatch(ofClient.cookie, ofClient.timestamp));
-  EXPECT_FALSE(IsAuthPairMatch(ofGroup.cookie, ofGroup.timestamp));
-  EXPECT_TRUE(SlaveKdAuthentication().IsAuthByPairMatch(ofGroup.cookie, ofGroup.timestamp));
-  EXPECT_FALSE(SlaveKdAuthentication().IsAuthByPairMatch(ofClient.cookie, ofClient.timestamp));
-  EXPECT_TRUE(records.RemoveKey(TrustKind::kClient, "site"));
-  EXPECT_FALSE(IsAuthPairMatch(ofClient.cookie, ofClient.timestamp));
 }
 
 }  // namespace
