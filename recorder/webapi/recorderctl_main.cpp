@@ -7,6 +7,7 @@
 
 #include "recorder/webapi/ctl/call_command.h"
 #include "recorder/webapi/ctl/camera_command.h"
+#include "recorder/webapi/ctl/completion_command.h"
 #include "recorder/webapi/ctl/discover_command.h"
 #include "recorder/webapi/ctl/models_command.h"
 #include "recorder/webapi/ctl/serve_command.h"
@@ -24,14 +25,22 @@ int main(int argc, char** argv) {
   CLI::App app("Runs the recorder and manages its cameras, users and trusted clients.", "recorderctl");
   app.require_subcommand(1);
   std::string configOption;
-  app.add_option("--config", configOption, "configuration file (default: $RECORDER_CONFIG)");
-  recorder::AddCallCommand(app, configOption);
+  app.add_option("--config", configOption,
+                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
+  recorder::AddCallCommands(app, configOption);
   recorder::AddServeCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
   recorder::AddDiscoverCommand(app);
   recorder::AddUserCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
+  recorder::AddCompletionCommand(app);
+  app.footer(
+      "Examples:\n"
+      "  recorderctl serve --port 8080\n"
+      "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv\n"
+      "  recorderctl call CamCap vendor=User\n"
+      "\"recorderctl COMMAND --help\" has more.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::RuntimeError& error) {

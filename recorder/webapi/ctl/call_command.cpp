@@ -13,6 +13,7 @@
 
 #include "recorder/webapi/api_call.h"
 #include "recorder/webapi/cgi_answer.h"
+#include "recorder/webapi/ctl/progress.h"
 #include "recorder/webapi/host.h"
 #include "recorder/webapi/http_request.h"
 
@@ -80,6 +81,18 @@ void WritePicture(const std::string& raw, const std::filesystem::path& outputFil
   if (!file) throw std::runtime_error("cannot write " + outputFile.string());
 }
 
+/// What the answer to `call` waits for, in words.
+std::string Work(const CallOptions& options, const Json::Value& params) {
+  const Json::Value& cameras = params["camList"];
+  return cameras.isArray() ? std::to_string(cameras.size()) + " cameras" : options.method;
+}
+
+/// Runs the call while a terminal shows that it goes on.
+ApiAnswer RunInSight(const CallOptions& options, const ApiCall& call) {
+  const Progress progress(Work(options, call.params));
+  return RunCall(call);
+}
+
 void Call(const CallOptions& options, const std::string& configOption) {
   ApiCall call;
   call.params = ReadParams(options);
@@ -91,7 +104,7 @@ void Call(const CallOptions& options, const std::string& configOption) {
   call.method = host.module.Find(options.method);
   if (call.method == nullptr) FailUsage("the module has no method " + options.method);
 
-  const ApiAnswer answer = RunCall(call);
+  const ApiAnswer answer = RunInSight(options, call);
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:
       std::cout << ToText(answer.json) << "\n";
@@ -109,16 +122,32 @@ void Call(const CallOptions& options, const std::string& configOption) {
   }
 }
 
+void PrintMethods(const std::string& configOption) {
+  const ModuleLibrary module(StartPlatform(FindConfigFile(configOption)).module);
+  for (const ModuleMethod& method : module.Methods()) {
+    std::cout << method.apiName << "/" << method.version << "/" << method.name << "\n";
+  }
+}
+
 }  // namespace
 
-void AddCallCommand(CLI::App& app, const std::string& configOption) {
+void AddCallCommands(CLI::App& app, const std::string& configOption) {
   CLI::App* command = app.add_subcommand("call", "Make one API call and print its answer");
   const auto options = std::make_shared<CallOptions>();
   command->add_option("method", options->method, "method, for example CamCap")->required();
   command->add_option("parameters", options->pairs, "parameters as key=value; none that carries a secret");
   command->add_option("--json", options->jsonFile, "file with a JSON object of parameters, - for standard input");
   command->add_option("-o,--output", options->outputFile, "file for a raw picture");
+  command->footer(
+      "Examples:\n"
+      "  recorderctl call CamCap vendor=User\n"
+      "  recorderctl call CameraTest --json camera.json\n"
+      "  recorderctl call GetSnapshot --json camera.json -o picture.jpg\n"
+      "The answer is JSON on standard output; the exit status is 1 when it is a failure.");
   command->callback([options, &configOption] { Call(*options, configOption); });
+
+  app.add_subcommand("methods", "List the module's methods as they stand in addresses, one a line")
+      ->callback([&configOption] { PrintMethods(configOption); });
 }
 
 }  // namespace recorder

@@ -6,7 +6,8 @@
 namespace recorder {
 
 /// `call METHOD [key=value ...]`: makes one API call in this process. Exit status 0 for a success, 1 for an error
-/// answer, 2 for wrong usage. `configOption` is read when the command runs.
-void AddCallCommand(CLI::App& app, const std::string& configOption);
+/// answer, 2 for wrong usage. `methods`: prints what the module's table announces, "API/version/method" a line.
+/// `configOption` is read when a command runs.
+void AddCallCommands(CLI::App& app, const std::string& configOption);
 
 }  // namespace recorder

@@ -1,5 +1,7 @@
 #include "recorder/webapi/ctl/camera_command.h"
 
+#include <json/json.h>
+
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -7,6 +9,7 @@
 #include "recorder/utility/files.h"
 #include "recorder/utility/records.h"
 #include "recorder/utility/text.h"
+#include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/camera_csv.h"
 #include "recorder/webapi/ctl/password_input.h"
 #include "recorder/webapi/ctl/state_folder.h"
@@ -18,6 +21,7 @@ namespace {
 struct CameraOptions {
   CameraRecord camera;
   bool hasNoPassword = false;
+  bool isJson = false;
   std::string status;
   std::string csvFile;
 };
@@ -43,6 +47,28 @@ void Add(CameraOptions& options, Records records) {
   std::cout << "added camera " << id << "\n";
 }
 
+Json::Value ToJson(const CameraRecord& camera) {
+  Json::Value json;
+  json["id"] = camera.id;
+  json["name"] = camera.name;
+  json["vendor"] = camera.vendor;
+  json["model"] = camera.model;
+  json["host"] = camera.host;
+  json["port"] = camera.port;
+  json["user"] = camera.user;
+  json["channel"] = camera.channel;
+  json["sourcePath"] = camera.sourcePath;
+  json["status"] = StatusName(camera.status);
+  json["ownerKdId"] = camera.ownerKdId;
+  return json;
+}
+
+void ListAsJson(const Records& records) {
+  Json::Value list(Json::arrayValue);
+  for (const CameraRecord& camera : records.List()) list.append(ToJson(camera));
+  std::cout << ToText(list) << '\n';
+}
+
 void List(const Records& records) {
   std::cout << "id\tstatus\tname\tvendor\tmodel\tchannel\thost\tport\n";
   for (const CameraRecord& camera : records.List()) {
@@ -51,13 +77,15 @@ void List(const Records& records) {
   }
 }
 
-void Show(int id, const Records& records) {
-  const auto camera = records.Find(id);
-  Expect(camera.has_value(), id);
-  std::cout << "id: " << camera->id << "\nname: " << camera->name << "\nvendor: " << camera->vendor
-            << "\nmodel: " << camera->model << "\nhost: " << camera->host << "\nport: " << camera->port
-            << "\nuser: " << camera->user << "\nchannel: " << camera->channel << "\nsourcePath: " << camera->sourcePath
-            << "\nstatus: " << StatusName(camera->status) << "\nownerKdId: " << camera->ownerKdId << "\n";
+void Show(const CameraOptions& options, const Records& records) {
+  const auto camera = records.Find(options.camera.id);
+  Expect(camera.has_value(), options.camera.id);
+  const Json::Value json = ToJson(*camera);
+  if (options.isJson) {
+    std::cout << ToText(json) << '\n';
+    return;
+  }
+  for (const std::string& name : json.getMemberNames()) std::cout << name << ": " << json[name].asString() << '\n';
 }
 
 void SetPassword(const CameraOptions& options, Records records) {
@@ -131,12 +159,23 @@ void AddCameraCommands(CLI::App& app, const std::string& configOption) {
       command->add_subcommand("add", "Store a camera; its password is read from standard input or a prompt");
   AddRecordOptions(*add, *options);
   AddNoPasswordFlag(*add, *options);
+  add->footer(
+      "Example:\n"
+      "  recorderctl camera add --vendor User --model \"\" --host 192.0.2.17 --port 554 --user admin \\\n"
+      "    --source-path /stream1");
   add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
 
-  command->add_subcommand("list", "List the stored cameras, one a line, with tabs between columns")
-      ->callback([&configOption] { List(Records(StateFolder(configOption))); });
-  addNumbered("show", "Show one camera, without its password")->callback([options, &configOption] {
-    Show(options->camera.id, Records(StateFolder(configOption)));
+  const auto addJsonFlag = [&](CLI::App* printing) {
+    printing->add_flag("--json", options->isJson, "print JSON");
+    return printing;
+  };
+  addJsonFlag(command->add_subcommand("list", "List the stored cameras, one a line, with tabs between columns"))
+      ->callback([options, &configOption] {
+        const Records records(StateFolder(configOption));
+        options->isJson ? ListAsJson(records) : List(records);
+      });
+  addJsonFlag(addNumbered("show", "Show one camera, without its password"))->callback([options, &configOption] {
+    Show(*options, Records(StateFolder(configOption)));
   });
   addNumbered("remove", "Remove a camera")->callback([options, &configOption] {
     Expect(Records(StateFolder(configOption)).Remove(options->camera.id), options->camera.id);
@@ -154,6 +193,11 @@ void AddCameraCommands(CLI::App& app, const std::string& configOption) {
 
   CLI::App* importing = command->add_subcommand("import", "Store the cameras of a CSV file");
   importing->add_option("file", options->csvFile, "CSV file, whose first line names the columns")->required();
+  importing->footer(
+      "The columns are vendor, model, host and port, and where they are known name, user, password, channel, "
+      "sourcePath.\n"
+      "Example:\n"
+      "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv");
   importing->callback([options, &configOption] { Import(options->csvFile, Records(StateFolder(configOption))); });
 }
 

@@ -85,6 +85,7 @@ void AddDiscoverCommand(CLI::App& app) {
   command->add_option("--seconds", options->seconds, "how long to wait for answers (default: 3)")
       ->check(CLI::Range(1, 60));
   command->add_flag("--json", options->isJson, "print JSON instead of a list for \"camera import\"");
+  command->footer("Example:\n  recorderctl discover --interface eth0 > cameras.csv");
   command->callback([options] { RunDiscover(*options); });
 }
 

@@ -1,13 +1,17 @@
 #include "recorder/webapi/ctl/trust_command.h"
 
+#include <json/json.h>
+
 #include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "recorder/utility/records.h"
 #include "recorder/utility/trust.h"
+#include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/password_input.h"
 #include "recorder/webapi/ctl/state_folder.h"
 
@@ -19,6 +23,7 @@ struct TrustOptions {
   std::string name;
   bool isGroup = false;
   bool hasKey = false;
+  bool isJson = false;
 
   TrustKind Kind() const { return isGroup ? TrustKind::kServerGroup : TrustKind::kClient; }
 };
@@ -43,11 +48,17 @@ void Remove(const TrustOptions& options, Records records) {
   if (!records.RemoveKey(options.Kind(), options.name)) throw std::runtime_error("there is no key of " + options.name);
 }
 
-void List(const Records& records) {
-  for (const TrustedKey& trusted : records.ListKeys(TrustKind::kClient))
-    std::cout << "client\t" << trusted.name << "\n";
-  for (const TrustedKey& trusted : records.ListKeys(TrustKind::kServerGroup))
-    std::cout << "group\t" << trusted.name << "\n";
+void List(bool isJson, const Records& records) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& [kind, kindName] : {std::pair(TrustKind::kClient, "client"), {TrustKind::kServerGroup, "group"}}) {
+    for (const TrustedKey& trusted : records.ListKeys(kind)) {
+      Json::Value& entry = list.append(Json::Value(Json::objectValue));
+      entry["kind"] = kindName;
+      entry["name"] = trusted.name;
+      if (!isJson) std::cout << kindName << '\t' << trusted.name << '\n';
+    }
+  }
+  if (isJson) std::cout << ToText(list) << '\n';
 }
 
 void PrintPair(const TrustOptions& options, const Records& records) {
@@ -78,12 +89,13 @@ void AddTrustCommands(CLI::App& app, const std::string& configOption) {
   addNamed("remove", "Remove a key")->callback([options, &configOption] {
     Remove(*options, Records(StateFolder(configOption)));
   });
-  command->add_subcommand("list", "List whose keys there are")->callback([&configOption] {
-    List(Records(StateFolder(configOption)));
-  });
-  addNamed("pair", "Print a cookie and timestamp that are valid for five minutes")->callback([options, &configOption] {
-    PrintPair(*options, Records(StateFolder(configOption)));
-  });
+  CLI::App* list = command->add_subcommand("list", "List whose keys there are");
+  list->add_flag("--json", options->isJson, "print JSON");
+  list->callback([options, &configOption] { List(options->isJson, Records(StateFolder(configOption))); });
+  CLI::App* pair = addNamed("pair", "Print a cookie and timestamp that are valid for five minutes");
+  pair->footer(
+      "Example, for a client whose key was made with \"recorderctl trust add hall\":\n  recorderctl trust pair hall");
+  pair->callback([options, &configOption] { PrintPair(*options, Records(StateFolder(configOption))); });
 }
 
 }  // namespace recorder

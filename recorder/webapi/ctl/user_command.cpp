@@ -1,10 +1,13 @@
 #include "recorder/webapi/ctl/user_command.h"
 
+#include <json/json.h>
+
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 
 #include "recorder/utility/secrets.h"
+#include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/password_input.h"
 #include "recorder/webapi/ctl/state_folder.h"
 #include "recorder/webapi/ctl/users.h"
@@ -16,6 +19,7 @@ namespace {
 struct UserOptions {
   std::string name;
   bool isRandom = false;
+  bool isJson = false;
 };
 
 void Add(const UserOptions& options, const std::filesystem::path& stateFolder) {
@@ -28,6 +32,15 @@ void Add(const UserOptions& options, const std::filesystem::path& stateFolder) {
 
 void Remove(const std::string& name, const std::filesystem::path& stateFolder) {
   if (!RemoveUser(stateFolder, name)) throw std::runtime_error("there is no user " + name);
+}
+
+void List(bool isJson, const std::filesystem::path& stateFolder) {
+  Json::Value list(Json::arrayValue);
+  for (const std::string& name : ListUsers(stateFolder)) {
+    list.append(name);
+    if (!isJson) std::cout << name << "\n";
+  }
+  if (isJson) std::cout << ToText(list) << "\n";
 }
 
 }  // namespace
@@ -47,9 +60,9 @@ void AddUserCommands(CLI::App& app, const std::string& configOption) {
   remove->add_option("name", options->name, "user name")->required();
   remove->callback([options, &configOption] { Remove(options->name, StateFolder(configOption)); });
 
-  command->add_subcommand("list", "List the users, one a line")->callback([&configOption] {
-    for (const std::string& name : ListUsers(StateFolder(configOption))) std::cout << name << "\n";
-  });
+  CLI::App* list = command->add_subcommand("list", "List the users, one a line");
+  list->add_flag("--json", options->isJson, "print JSON");
+  list->callback([options, &configOption] { List(options->isJson, StateFolder(configOption)); });
 }
 
 }  // namespace recorder

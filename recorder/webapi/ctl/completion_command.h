@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace recorder {
+
+/// Adds "completion", which prints what makes bash complete the commands and options of `app`, as they are when it is
+/// asked.
+void AddCompletionCommand(CLI::App& app);
+
+}  // namespace recorder
