@@ -19,6 +19,7 @@ constexpr int kVersion = 1;
 constexpr int kShortestLimitMs = 100;
 constexpr int kLongestLimitMs = 300'000;
 constexpr auto kDefaultPicture = "../images/add_camera_default.png";
+constexpr auto kPage = "index.html";
 
 Config currentConfig;
 
@@ -38,6 +39,9 @@ class ObjectReader {
     if (!value.isString() || value.asString().empty()) Fail(member, "must be a path");
     return fs::absolute(file_).parent_path() / value.asString();
   }
+
+  /// Empty when the member is missing.
+  fs::path OptionalPath(const char* member) { return object_.isMember(member) ? Path(member) : fs::path(); }
 
   /// Call first: of a newer file's members it is not known what they mean.
   void RefuseNewerThan(int known) {
@@ -137,6 +141,9 @@ void CheckFiles(const Config& config, const ObjectReader& reader) {
   if (!fs::is_regular_file(config.workFolder / kDefaultPicture, ignored)) {
     reader.Fail("workFolder", std::string("there is no ") + kDefaultPicture + " from there");
   }
+  if (!config.pageFolder.empty() && !fs::is_regular_file(config.pageFolder / kPage, ignored)) {
+    reader.Fail("pageFolder", std::string("there is no ") + kPage + " in it");
+  }
 }
 
 }  // namespace
@@ -150,6 +157,7 @@ Config LoadConfig(const fs::path& file) {
   config.modelsFolder = reader.Path("modelsFolder");
   config.module = reader.Path("module");
   config.workFolder = reader.Path("workFolder");
+  config.pageFolder = reader.OptionalPath("pageFolder");
   reader.Read("cmsHost", config.cmsHost);
   reader.Read("hostNames", config.hostNames);
   ObjectReader limits = reader.Object("limits");

@@ -16,6 +16,7 @@ struct Config {
   std::filesystem::path modelsFolder;  ///< capability files, one a vendor
   std::filesystem::path module;        ///< the module's file, cameracap.so
   std::filesystem::path workFolder;    ///< where processes work; "../images/" is beside it
+  std::filesystem::path pageFolder;    ///< the page for people, served beside the API; "": none
   bool cmsHost = false;                ///< this recorder manages a group of recording servers
   CameraLimits limits;
   AddressPolicy addressPolicy;

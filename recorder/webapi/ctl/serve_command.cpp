@@ -1,10 +1,10 @@
 #include "recorder/webapi/ctl/serve_command.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netinet/in.h>
-#include <sys/prctl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -23,6 +23,7 @@
 #include "recorder/utility/handle.h"
 #include "recorder/webapi/api_call.h"
 #include "recorder/webapi/cgi_answer.h"
+#include "recorder/webapi/ctl/child_process.h"
 #include "recorder/webapi/ctl/users.h"
 #include "recorder/webapi/ctl/worker_pool.h"
 #include "recorder/webapi/host.h"
@@ -65,9 +66,11 @@ int FindFreePort() {
 class RunFolder {
  public:
   RunFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "recorder-XXXXXX").string();
+    RemoveAbandoned();
+    std::string name = (std::filesystem::temp_directory_path() / kName).string() + "XXXXXX";
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder in " + name);
     folder_ = name;
+    lock_ = Lock(folder_);
   }
   ~RunFolder() {
     std::error_code ignored;
@@ -79,7 +82,26 @@ class RunFolder {
   path operator/(const char* name) const { return folder_ / name; }
 
  private:
+  /// Nothing when another server has the folder.
+  static FileDescriptor Lock(const path& folder) {
+    FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return lock && flock(lock.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(lock) : FileDescriptor();
+  }
+
+  /// Removes the folders of servers that were killed: requests may lie there that hold passwords.
+  static void RemoveAbandoned() {
+    constexpr std::chrono::minutes kYoungest{1};  // the owner of a younger one may be about to lock it
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::temp_directory_path(), ignored)) {
+      if (!entry.path().filename().string().starts_with(kName) || !entry.is_directory(ignored)) continue;
+      if (entry.last_write_time(ignored) > std::filesystem::file_time_type::clock::now() - kYoungest) continue;
+      if (Lock(entry.path())) std::filesystem::remove_all(entry.path(), ignored);
+    }
+  }
+
+  static constexpr char kName[] = "recorder-server-";
   path folder_;
+  FileDescriptor lock_;
 };
 
 /// What the web server itself refuses, with the reason that it gives in the shape of all answers.
@@ -94,7 +116,9 @@ constexpr std::pair<int, const char*> kServerErrors[] = {
     {414, "the address is too long"},
     {431, "the header is too long"},
     {500, "the worker that had this request ended; its log says why"},
+    {501, "this server knows neither such a method nor such an encoding of a body"},
     {503, "all workers are busy or ended; try again"},
+    {505, "this server speaks HTTP/1.0, 1.1 and 2"},
 };
 
 void WriteServerErrors(const RunFolder& run) {
@@ -107,16 +131,19 @@ void WriteServerErrors(const RunFolder& run) {
   }
 }
 
-/// Configuration of lighttpd: it brings logins and limits. Bodies a little too large are
-/// let through to the workers, which refuse them at less cost than a closed connection. The type of its error files
-/// comes from their name, which always ends in ".html".
+/// Configuration of lighttpd: it brings logins and limits. Bodies a little too large are let through to the workers,
+/// which refuse them at less cost than a closed connection. Large ones, which may hold passwords, wait in the server's
+/// own folder. The type of its error files comes from their name, which always ends in ".html".
+/// API_ADDRESSES are those that the workers answer.
 constexpr char kServerConfiguration[] = R"(
 server.bind = "127.0.0.1"
 server.port = var.port
 server.pid-file = var.run + "/lighttpd.pid"
 server.document-root = var.run + "/www"
-server.modules = ( "mod_auth", "mod_authn_file", "mod_fastcgi" )
+server.modules = ( "mod_setenv", "mod_auth", "mod_authn_file", "mod_fastcgi" )
+server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"
+server.range-requests = "disable"
 mimetype.assign = ( ".html" => "application/json" )
 server.max-request-size = 4096
 server.max-read-idle = 10
@@ -124,11 +151,32 @@ server.max-connections = 256
 auth.backend = "htpasswd"
 auth.backend.htpasswd.userfile = var.run + "/users"
 auth.require = ( "/api/" => ( "method" => "basic", "realm" => "recorder", "require" => "valid-user" ) )
-fastcgi.server = ( "/" => ( (
-  "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
+setenv.set-response-header = ( "Cache-Control" => "no-store", "X-Content-Type-Options" => "nosniff",
+  "Referrer-Policy" => "no-referrer", "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'" )
+$HTTP["url"] =~ "API_ADDRESSES" {
+  fastcgi.server = ( "/" => ( (
+    "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
+}
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
   fastcgi.server = ( "/" => ( (
     "socket" => var.run + "/lists.sock", "check-local" => "disable" ) ) )
+}
+)";
+
+/// What the page may do in a browser: run its own scripts, ask this server, show pictures that it made itself, and
+/// nothing else (Content Security Policy Level 3, Trusted Types). Its files may be kept if they are asked for anew.
+/// Where an error is answered instead of a file, the type is the one that belongs to the error file's name.
+constexpr char kPageConfiguration[] = R"(
+$HTTP["url"] !~ "API_ADDRESSES" {
+  index-file.names = ( "index.html" )
+  mimetype.assign = ( "/index.html" => "text/html; charset=utf-8", ".css" => "text/css; charset=utf-8",
+    ".js" => "text/javascript; charset=utf-8", ".svg" => "image/svg+xml", ".csv" => "text/csv; charset=utf-8",
+    ".yaml" => "application/yaml", ".html" => "application/json" )
+  setenv.set-response-header = ( "Cache-Control" => "no-cache", "X-Content-Type-Options" => "nosniff",
+    "Referrer-Policy" => "no-referrer", "Cross-Origin-Opener-Policy" => "same-origin",
+    "Content-Security-Policy" => "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' blob:; " +
+      "connect-src 'self'; form-action 'none'; base-uri 'none'; frame-ancestors 'none'; " +
+      "require-trusted-types-for 'script'" )
 }
 )";
 
@@ -137,69 +185,43 @@ server.modules += ( "mod_openssl" )
 ssl.engine = "enable"
 ssl.pemfile = var.run + "/certificate"
 ssl.privkey = var.run + "/key"
+ssl.openssl.ssl-conf-cmd = ( "MinProtocol" => "TLSv1.2" )
 )";
+
+void Replace(std::string& text, std::string_view place, std::string_view by) {
+  for (std::size_t at = text.find(place); at != std::string::npos; at = text.find(place, at + by.size()))
+    text.replace(at, place.size(), by);
+}
 
 std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptions& options) {
   std::string listMethods;
   for (const std::string_view method : ListMethods())
     listMethods += (listMethods.empty() ? "" : "|") + std::string(method);
   std::string text = kServerConfiguration;
-  constexpr std::string_view kPlace = "LIST_METHODS";
-  text.replace(text.find(kPlace), kPlace.size(), listMethods);
+  const bool hasPage = !GetConfig().pageFolder.empty();
+  if (hasPage) text += kPageConfiguration;
   if (options.HasTls()) text += kTlsConfiguration;
+  Replace(text, "LIST_METHODS", listMethods);
+  Replace(text, "API_ADDRESSES", hasPage ? "^/(api|trusted)(/|$)" : "^/");
   return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) + text;
 }
 
-/// A running lighttpd, which ends with this object and with this process.
-class WebServer {
- public:
-  explicit WebServer(const path& configuration) {
-    const pid_t parent = getpid();
-    process_ = fork();
-    if (process_ < 0) throw std::runtime_error("cannot start the web server");
-    if (process_ == 0) Execute(configuration, parent);
+void ExecuteServer(const path& configuration) {
+  for (const char* program : {"lighttpd", "/usr/sbin/lighttpd"}) {
+    execlp(program, program, "-D", "-f", configuration.c_str(), nullptr);
   }
-  ~WebServer() {
-    if (process_ > 0) {
-      kill(process_, SIGTERM);
-      waitpid(process_, nullptr, 0);
-    }
-  }
-  WebServer(const WebServer&) = delete;
-  WebServer& operator=(const WebServer&) = delete;
-
-  /// True when the server has ended of its own accord.
-  bool HasEnded() {
-    if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) process_ = -1;
-    return process_ < 0;
-  }
-
- private:
-  [[noreturn]] static void Execute(const path& configuration, pid_t parent) {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) _exit(1);  // it ended before that
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    for (const char* program : {"lighttpd", "/usr/sbin/lighttpd"}) {
-      execlp(program, program, "-D", "-f", configuration.c_str(), nullptr);
-    }
-    std::cerr << "recorderctl: lighttpd is not installed\n";
-    _exit(127);
-  }
-
-  pid_t process_ = -1;
-};
+  std::cerr << "recorderctl: lighttpd is not installed\n";
+}
 
 /// Starts the server on the wanted port, or on a free one, and waits until it listens. Another program may take a free
 /// port before the server does; then the next one is tried.
-std::unique_ptr<WebServer> StartServer(const RunFolder& run, const ServeOptions& options, int& port) {
+ChildProcess StartServer(const RunFolder& run, const ServeOptions& options, int& port) {
   const path configuration = run / "lighttpd.conf";
   for (int tries = options.port != 0 ? 1 : kFreePortTries; tries > 0; --tries) {
     port = options.port != 0 ? options.port : FindFreePort();
     ReplaceFile(configuration, ServerConfiguration(run, port, options));
-    auto server = std::make_unique<WebServer>(configuration);
-    for (const auto end = Clock::now() + kStartLimit; Clock::now() < end && !server->HasEnded();) {
+    ChildProcess server([&] { ExecuteServer(configuration); });
+    for (const auto end = Clock::now() + kStartLimit; Clock::now() < end && !server.HasEnded();) {
       std::error_code noFileYet;  // it is written when the server listens
       if (std::filesystem::file_size(run / "lighttpd.pid", noFileYet) > 0 && !noFileYet) return server;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -229,7 +251,11 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   const ModuleLibrary module(config.module);  // what is wrong with it is said here, not by a worker that dies
 
   const RunFolder run;
-  std::filesystem::create_directory(run / "www");
+  if (config.pageFolder.empty()) {
+    std::filesystem::create_directory(run / "www");
+  } else {
+    std::filesystem::create_directory_symlink(config.pageFolder, run / "www");
+  }
   WriteServerErrors(run);
   std::filesystem::create_symlink(UsersFile(config.stateFolder), run / "users");
   if (options.HasTls()) {
@@ -242,12 +268,12 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   WorkerPool listWorkers(run / "lists.sock", WorkerProgram(options), options.listWorkers);
 
   int port = 0;
-  const std::unique_ptr<WebServer> server = StartServer(run, options, port);
+  ChildProcess server = StartServer(run, options, port);
   std::cout << (options.HasTls() ? "https" : "http") << "://127.0.0.1:" << port << "/" << std::endl;
 
   const timespec interval{.tv_sec = 0, .tv_nsec = 200'000'000};
   for (int signal = SIGCHLD; signal < 0 || signal == SIGCHLD; signal = sigtimedwait(&signals, nullptr, &interval)) {
-    if (server->HasEnded()) throw std::runtime_error("the web server has ended");
+    if (server.HasEnded()) throw std::runtime_error("the web server has ended");
     cameraWorkers.Replenish();
     listWorkers.Replenish();
   }

@@ -1,13 +1,10 @@
 #include "recorder/webapi/ctl/worker_pool.h"
 
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <string>
 #include <system_error>
@@ -39,17 +36,6 @@ FileDescriptor Listen(const std::filesystem::path& file) {
   return listener;
 }
 
-[[noreturn]] void Execute(const std::filesystem::path& program, int socket, pid_t parent) {
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
-  if (getppid() != parent) _exit(1);  // it ended before that
-  sigset_t none;
-  sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
-  dup2(socket, STDIN_FILENO);
-  execl(program.c_str(), program.c_str(), nullptr);
-  _exit(127);
-}
-
 }  // namespace
 
 WorkerPool::WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count)
@@ -58,29 +44,26 @@ WorkerPool::WorkerPool(const std::filesystem::path& socketFile, std::filesystem:
 }
 
 WorkerPool::~WorkerPool() {
-  for (const Worker& worker : workers_) {
-    if (worker.process > 0) kill(worker.process, SIGTERM);
-  }
-  for (const Worker& worker : workers_) {
-    if (worker.process > 0) waitpid(worker.process, nullptr, 0);
-  }
+  for (const Worker& worker : workers_) worker.process.Terminate();  // all at once, before each is waited for
 }
 
 void WorkerPool::Replenish() {
   for (Worker& worker : workers_) {
-    if (worker.process > 0 && waitpid(worker.process, nullptr, WNOHANG) == worker.process) {
-      LogFailure("The worker " + std::to_string(worker.process) + " has ended; another one takes its place.");
-      worker.process = -1;
+    const pid_t process = worker.process.Id();
+    const bool hasEnded = worker.process.HasEnded();
+    if (hasEnded && process > 0) {
+      LogFailure("The worker " + std::to_string(process) + " has ended; another one takes its place.");
     }
-    if (worker.process < 0 && Clock::now() - worker.start >= kShortestLife) Start(worker);
+    if (hasEnded && Clock::now() - worker.start >= kShortestLife) Start(worker);
   }
 }
 
 void WorkerPool::Start(Worker& worker) {
-  const pid_t parent = getpid();
   worker.start = Clock::now();
-  worker.process = fork();
-  if (worker.process == 0) Execute(program_, socket_.Get(), parent);
+  worker.process = ChildProcess([this] {
+    dup2(socket_.Get(), STDIN_FILENO);
+    execl(program_.c_str(), program_.c_str(), nullptr);
+  });
 }
 
 }  // namespace recorder
