@@ -1,0 +1,70 @@
+/// Addresses as people write them: a name, host:port, or a whole stream address.
+
+/**
+ * @typedef {object} AddressParts
+ * @property {string} host without brackets
+ * @property {string} port as written; "" when there is none
+ * @property {string} user
+ * @property {string} password
+ * @property {string} path with its query; "" when there is none
+ * @property {string} scheme in lower case; "" for a plain host
+ */
+
+/** @type {Readonly<Record<string, string>>} */
+const SCHEME_PORTS = { rtsp: "554", rtsps: "322", http: "80", https: "443" };
+
+/** Takes off percent-encoding, where it makes sense. @param {string} text */
+export function decode(text) {
+  try {
+    return decodeURIComponent(text);
+  } catch {
+    return text; // a bare percent sign, in a password for one
+  }
+}
+
+/**
+ * Splits "host", "host:port", "[v6]:port" or a bare v6 address.
+ * @param {string} text
+ */
+function splitHost(text) {
+  const bracketed = /^\[([^\]]*)\](?::(.*))?$/.exec(text);
+  if (bracketed) return { host: bracketed[1] ?? "", port: bracketed[2] ?? "" };
+  const parts = text.split(":");
+  return parts.length === 2 ? { host: parts[0] ?? "", port: parts[1] ?? "" } : { host: text, port: "" };
+}
+
+/**
+ * @param {string} text
+ * @returns {AddressParts}
+ */
+export function splitAddress(text) {
+  const whole = /^([a-z][a-z0-9+.-]*):\/\/([^/?#]*)(.*)$/i.exec(text.trim());
+  if (!whole) return { ...splitHost(text.trim()), user: "", password: "", path: "", scheme: "" };
+  const [, scheme = "", authority = "", path = ""] = whole;
+  const at = authority.lastIndexOf("@");
+  const [user = "", ...password] = authority.slice(0, Math.max(at, 0)).split(":");
+  const { host, port } = splitHost(authority.slice(at + 1));
+  return {
+    host,
+    port: port || (SCHEME_PORTS[scheme.toLowerCase()] ?? ""),
+    user: decode(user),
+    password: decode(password.join(":")),
+    path: path === "/" ? "" : path,
+    scheme: scheme.toLowerCase(),
+  };
+}
+
+/**
+ * What is wrong with a host, in words that follow its name; "" for nothing.
+ * @param {string} host
+ */
+export function hostMistake(host) {
+  if (host === "") return "missing.";
+  return /[\s/\\@?#[\]"'<>,;]/.test(host) ? `${host} is not a host name or address.` : "";
+}
+
+/** @param {string} port */
+export function portMistake(port) {
+  const isPort = /^\d{1,5}$/.test(port) && Number(port) >= 1 && Number(port) <= 65535;
+  return isPort ? "" : `${port} is not a port (1 to 65535).`;
+}

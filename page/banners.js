@@ -1,0 +1,37 @@
+/// Says when the recorder cannot be asked, and finds out when it can again. A test is never sent again from here.
+
+import { watchRecorder } from "./api.js";
+import { byId } from "./dom.js";
+
+const RETRY_AFTER_S = [5, 10, 20, 30]; // the last one again and again
+
+/**
+ * @param {import("./models.js").ModelList} models what is asked for, since it contacts no camera
+ */
+export function watchConnection(models) {
+  const offline = byId("offline", HTMLElement);
+  const signedOut = byId("signed-out", HTMLElement);
+  let timer = 0;
+  let tries = 0;
+
+  const retryLater = () => {
+    const seconds = RETRY_AFTER_S[Math.min(tries++, RETRY_AFTER_S.length - 1)] ?? 30;
+    timer = window.setTimeout(async () => {
+      timer = 0;
+      await models.load();
+    }, seconds * 1000);
+  };
+  watchRecorder((state) => {
+    offline.hidden = state !== "offline";
+    signedOut.hidden = state !== "signedOut";
+    if (state === "offline") {
+      if (!timer) retryLater();
+      return;
+    }
+    clearTimeout(timer);
+    timer = 0;
+    tries = 0;
+  });
+  byId("sign-in", HTMLButtonElement).addEventListener("click", () => models.load());
+  byId("not-encrypted", HTMLElement).hidden = window.isSecureContext;
+}

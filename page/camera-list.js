@@ -1,0 +1,319 @@
+/// A list of cameras out of a file: columns, cells, and what is wrong with them. Asks nobody.
+
+import { hostMistake, portMistake, splitAddress } from "./address.js";
+import { STORED_PASSWORD } from "./api.js";
+import { decodeText, isWorkbook, parseCsv, unguardCell } from "./csv.js";
+import { defaultPort, isUserDefined } from "./models.js";
+import { counted } from "./text.js";
+
+/**
+ * @typedef {import("./api.js").Camera} Camera
+ * @typedef {import("./api.js").Model} Model
+ * @typedef {import("./models.js").ModelList} ModelList
+ * @typedef {"name" | "address" | "port" | "user" | "password" | "vendor" | "model" | "channel" | "path" | "codec"
+ *   | "stream"} Column
+ * @typedef {Record<Column, string>} Cells
+ *
+ * @typedef {object} Defaults what stands in for empty cells
+ * @property {string} port "" for the usual one of the model
+ * @property {string} user
+ * @property {string} password
+ * @property {Model | null} model
+ *
+ * What a run made of a row. "waiting": not tested; "unknown": nobody waited for the answer.
+ * @typedef {"waiting" | "testing" | "passed" | "failed" | "held" | "unknown"} Result
+ *
+ * @typedef {object} Row
+ * @property {number} line of the file
+ * @property {Cells} cells
+ * @property {string} shapeMistake of the line as a whole; "" for none
+ * @property {Camera | null} camera what is tested; null while there are problems
+ * @property {string[]} problems why it cannot be tested, each beginning with its column
+ * @property {string[]} notices
+ * @property {number} sameAs line of the same camera further up; 0 for none
+ * @property {boolean} asDuplicate is tested although the same camera is further up
+ * @property {boolean} asHeld is tested although its login was refused at its host
+ * @property {Result} result
+ * @property {number} code of the failure; 0 for none
+ * @property {string} note why a row has no result
+ * @property {Date | null} testedAt
+ *
+ * @typedef {object} ReadList
+ * @property {Row[]} rows
+ * @property {string} mistake of the file, which has no rows then; "" for none
+ * @property {string[]} notes
+ */
+
+/** In the order of a file without a heading. @type {readonly Column[]} */
+export const COLUMNS = [
+  "name",
+  "address",
+  "port",
+  "user",
+  "password",
+  "vendor",
+  "model",
+  "channel",
+  "path",
+  "codec",
+  "stream",
+];
+export const CODECS = ["H.264", "H.265", "MJPEG", "MPEG4", "MXPEG"];
+export const STREAMS = ["RTSP", "HTTP"];
+const MOST_ROWS = 1000;
+
+/** @type {Readonly<Record<string, Column>>} */
+const SYNONYMS = {
+  ip: "address",
+  host: "address",
+  url: "address",
+  login: "user",
+  username: "user",
+  pass: "password",
+  pwd: "password",
+  brand: "vendor",
+  make: "vendor",
+  manufacturer: "vendor",
+  ch: "channel",
+  sourcepath: "path",
+};
+
+/** @param {string} heading @returns {Column | null} */
+function columnOf(heading) {
+  const name = heading.toLowerCase().replace(/[\s_-]/g, "");
+  return COLUMNS.find((column) => column === name) ?? SYNONYMS[name] ?? null;
+}
+
+/** An address never stands in a heading, so that "user" may be somebody's user name. @param {string[]} cells */
+const isHeading = (cells) =>
+  cells.some((cell) => columnOf(cell)) &&
+  !cells.some((cell) => /^(\d{1,3}\.){3}\d{1,3}(:\d+)?$|:\/\//.test(cell.trim()));
+
+/** @param {string} mistake @returns {ReadList} */
+const refused = (mistake) => ({ rows: [], mistake, notes: [] });
+
+/** @param {Uint8Array} bytes @returns {ReadList} */
+export function readListFile(bytes) {
+  if (isWorkbook(bytes)) return refused("This is a workbook. Save it as CSV.");
+  const { text, isGuess } = decodeText(bytes);
+  const list = readList(text);
+  if (isGuess) list.notes.unshift("The file is not UTF-8; it was read as Windows-1252.");
+  return list;
+}
+
+/** @param {string} text @returns {ReadList} */
+export function readList(text) {
+  const { lines, openQuote } = parseCsv(text);
+  if (openQuote) return refused(`The quote opened in line ${openQuote} is never closed.`);
+  const first = lines[0];
+  if (!first) return refused("There are no rows in it.");
+  const hasHeading = isHeading(first.cells);
+  const { columns, notes } = hasHeading ? readHeading(first.cells) : orderedColumns(first.cells.length);
+  if (!columns.includes("address")) return refused("No column holds the address.");
+  const data = hasHeading ? lines.slice(1) : lines;
+  if (data.length === 0) return refused("There are no rows in it.");
+  if (data.length > MOST_ROWS) return refused(`More than ${MOST_ROWS.toLocaleString("en")} rows. Split the file.`);
+  return { rows: data.map((line) => readRow(line, columns)), mistake: "", notes };
+}
+
+/** @param {string[]} cells */
+function readHeading(cells) {
+  const notes = [];
+  /** @type {(Column | null)[]} */
+  const columns = [];
+  const unknown = [];
+  for (const cell of cells) {
+    const column = columnOf(cell);
+    const isTwice = column !== null && columns.includes(column);
+    if (!column && cell.trim()) unknown.push(cell.trim());
+    if (isTwice) notes.push(`The column ${column} is there twice; the first one counts.`);
+    columns.push(isTwice ? null : column);
+  }
+  if (unknown.length > 0) notes.push(`Columns that are not read: ${unknown.join(", ")}.`);
+  return { columns, notes };
+}
+
+/** Without a heading; a list of one column is one of addresses. @param {number} count */
+function orderedColumns(count) {
+  /** @type {readonly Column[]} */
+  const columns = count === 1 ? ["address"] : COLUMNS.slice(0, count);
+  return { columns, notes: [`Line 1 names no columns, so they are taken in this order: ${columns.join(", ")}.`] };
+}
+
+/**
+ * @param {import("./csv.js").Line} line
+ * @param {readonly (Column | null)[]} columns
+ * @returns {Row}
+ */
+function readRow({ number, cells }, columns) {
+  const width = columns.length;
+  const isLong = cells.slice(width).some((cell) => cell.trim() !== "");
+  const found = /** @type {Cells} */ (Object.fromEntries(COLUMNS.map((column) => [column, ""])));
+  for (const [i, column] of columns.entries()) {
+    const cell = cells[i] ?? "";
+    if (column) found[column] = column === "password" ? cell : unguardCell(cell.trim());
+  }
+  const isShort = cells.length < width;
+  return {
+    line: number,
+    cells: splitCells(found),
+    shapeMistake: isShort || isLong ? `${counted(cells.length, "cell")}, but the heading has ${width}.` : "",
+    camera: null,
+    problems: [],
+    notices: [],
+    sameAs: 0,
+    asDuplicate: false,
+    asHeld: false,
+    result: "waiting",
+    code: 0,
+    note: "",
+    testedAt: null,
+  };
+}
+
+/**
+ * Spreads an address such as "host:8080" or a whole stream address over its columns; what stands there already wins.
+ * @param {Cells} cells
+ * @returns {Cells}
+ */
+export function splitCells(cells) {
+  const { host, port, user, password, path } = splitAddress(cells.address);
+  return {
+    ...cells,
+    address: host,
+    port: cells.port || port,
+    user: cells.user || user,
+    password: cells.password || password,
+    path: cells.path || path,
+  };
+}
+
+/**
+ * @param {Cells} cells
+ * @param {Defaults} defaults
+ * @param {ModelList} models
+ * @returns {Model | string} or what is wrong
+ */
+function findModel({ vendor, model, path }, defaults, models) {
+  if (models.models.length === 0) return "the list of models could not be read yet.";
+  const text = `${vendor} ${model}`.trim();
+  if (text === "" && path !== "") return models.userDefined() ?? "missing.";
+  if (text === "") return defaults.model ?? "missing.";
+  const [first = "", ...rest] = text.split(" ");
+  const found = models.findText(text) ?? (vendor ? models.find(vendor, model) : models.find(first, rest.join(" ")));
+  return found ?? `${text} is not in the list. Nearest: ${models.nearest(text).join(", ")}.`;
+}
+
+/**
+ * The value of a list that is meant, without regard to capitals and dots.
+ * @param {string} text
+ * @param {string[]} values
+ */
+function meant(text, values) {
+  const plain = (/** @type {string} */ value) => value.toLowerCase().replace(/[^a-z0-9]/g, "");
+  if (text === "" || plain(text) === "any") return "";
+  return values.find((value) => plain(value) === plain(text));
+}
+
+/**
+ * Works out the camera of each row, and what is wrong with it.
+ * @param {Row[]} rows
+ * @param {Defaults} defaults
+ * @param {ModelList} models
+ */
+export function checkRows(rows, defaults, models) {
+  /** @type {Map<string, number>} */
+  const lines = new Map();
+  for (const row of rows) {
+    Object.assign(row, checkRow(row, defaults, models), { sameAs: 0 });
+    if (!row.camera) continue;
+    const { host, port, channel, path } = row.camera;
+    const key = JSON.stringify([host.toLowerCase(), port, channel, path]);
+    row.sameAs = lines.get(key) ?? 0;
+    if (!row.sameAs) lines.set(key, row.line);
+  }
+}
+
+/**
+ * @param {Row} row
+ * @param {Defaults} defaults
+ * @param {ModelList} models
+ * @returns {{camera: Camera | null, problems: string[], notices: string[]}}
+ */
+function checkRow({ cells, shapeMistake }, defaults, models) {
+  if (shapeMistake) return { camera: null, problems: [shapeMistake], notices: [] };
+  const { address: host, path, channel } = cells;
+  const user = cells.user || defaults.user;
+  const password = cells.password || defaults.password;
+  const model = findModel(cells, defaults, models);
+  const port = cells.port || defaults.port || String(typeof model === "string" ? 80 : defaultPort(model));
+  const codec = meant(cells.codec, CODECS);
+  const stream = meant(cells.stream, STREAMS);
+
+  const problems = [];
+  if (hostMistake(host)) problems.push(`address: ${hostMistake(host)}`);
+  if (portMistake(port)) problems.push(`port: ${portMistake(port)}`);
+  if (password === STORED_PASSWORD) {
+    problems.push("password: this text stands for a stored password, which a list cannot use.");
+  }
+  if (typeof model === "string") problems.push(`model: ${model}`);
+  else if (model.needsPath && path === "") problems.push("path: missing; this model needs the stream path.");
+  if (codec === undefined) problems.push(`codec: ${cells.codec} is none of ${CODECS.join(", ")}.`);
+  if (stream === undefined) problems.push(`stream: ${cells.stream} is none of ${STREAMS.join(", ")}.`);
+
+  const isRight = problems.length === 0 && typeof model !== "string" && codec !== undefined && stream !== undefined;
+  const camera = isRight
+    ? {
+        host,
+        port: Number(port),
+        vendor: model.vendor,
+        model: model.model,
+        user,
+        password,
+        channel,
+        codec,
+        stream,
+        path,
+      }
+    : null;
+  return { camera, problems, notices: noticesOf(cells) };
+}
+
+/** What looks wrong and may be right. @param {Cells} cells */
+function noticesOf(cells) {
+  const notices = [];
+  if (cells.password !== cells.password.trim()) notices.push("password starts or ends with a blank");
+  for (const column of COLUMNS) {
+    const isChanged = column !== "password" && /^\d+([.,]\d+)?E[+-]?\d+$/i.test(cells[column]);
+    if (isChanged) notices.push(`${cells[column]} looks changed by a spreadsheet`);
+  }
+  return notices;
+}
+
+/**
+ * A batch carries no channel, path, codec or stream; such a row is tested alone.
+ * @param {Camera} camera
+ */
+export const ridesInGroup = (camera) =>
+  !camera.channel && !camera.path && !camera.codec && !camera.stream && !isUserDefined(camera);
+
+/** Rows that a run may test. @param {Row} row */
+export const isTestable = (row) => row.camera !== null && (row.sameAs === 0 || row.asDuplicate);
+
+/**
+ * Whose password a row is tested with, in a word.
+ * @param {Row} row
+ * @param {Defaults} defaults
+ */
+export function passwordWord({ cells }, defaults) {
+  if (cells.password) return "own";
+  return defaults.password ? "shared" : "none";
+}
+
+/** @param {Row[]} rows */
+export function forgetPasswords(rows) {
+  for (const row of rows) {
+    row.cells.password = "";
+    if (row.camera) row.camera.password = "";
+  }
+}

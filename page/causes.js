@@ -1,0 +1,129 @@
+/// What a person reads when something about a camera failed. docs/causes.md has the same texts in tables.
+
+/**
+ * @typedef {"address" | "port" | "model" | "password" | "path" | "codec" | "none"} Field
+ * @typedef {object} Cause
+ * @property {string} heading
+ * @property {string} happened
+ * @property {string} first what to try first
+ * @property {Field} field the field to look at
+ */
+
+/** Codes of CameraTest and of a list's rows. @type {Readonly<Record<number, Cause>>} */
+export const TEST_CAUSES = {
+  462: {
+    heading: "Camera not found",
+    happened:
+      "The recorder could not reach this address: the name is unknown, no route leads there, or nothing accepts " +
+      "connections on that port.",
+    first: "Compare address and port with the camera's own network settings.",
+    field: "address",
+  },
+  463: {
+    heading: "Camera did not answer in time",
+    happened: "No complete answer came from this address within the time limit.",
+    first: "Check that the camera has power and that no firewall stands between it and the recorder.",
+    field: "address",
+  },
+  464: {
+    heading: "Camera refused the login",
+    happened: "The camera answered, but rejected this user name and password.",
+    first: "Type the password again, once: many cameras lock a user out after a few wrong tries.",
+    field: "password",
+  },
+  465: {
+    heading: "Stream not found on camera",
+    happened: "The camera answered, but has no stream at this path or channel.",
+    first: "Copy the stream path from the camera's web page or manual, and check the channel.",
+    field: "path",
+  },
+  466: {
+    heading: "No usable video",
+    happened: "The stream has no video, or not in the codec or stream type that was asked for.",
+    first: "Set the codec to Any, or to what the camera is set to send.",
+    field: "codec",
+  },
+  467: {
+    heading: "Camera is busy",
+    happened: "The camera said that it has no room for another connection now.",
+    first: "Close other viewers of this camera, wait a minute, test again.",
+    field: "none",
+  },
+  468: {
+    heading: "Test could not be completed",
+    happened:
+      "The test could not be prepared, this recorder is not allowed to contact the address, or the camera's answer " +
+      "or login method is not supported. The recorder's log says which.",
+    first: 'Check that port and chosen model match the camera; "Any camera" needs the stream path.',
+    field: "model",
+  },
+};
+
+/** Codes of CamCapRemote and CamCap. @type {Readonly<Record<number, Cause>>} */
+export const CAPABILITY_CAUSES = {
+  400: {
+    heading: "No document for this model",
+    happened: "The recorder has no usable capability document for it.",
+    first: "Choose another model.",
+    field: "model",
+  },
+  457: {
+    heading: "Capabilities not understood",
+    happened:
+      "What the camera said of itself could not be used, or its clock, its login method or the recorder's address " +
+      "policy stood in the way. The recorder's log says which.",
+    first: "Set the camera's clock, restart it, and test again.",
+    field: "none",
+  },
+  458: {
+    heading: "Capabilities did not come in time",
+    happened: "The camera was not reachable, or too slow: it has to give many answers.",
+    first: "Test again; the values of the model list will do until then.",
+    field: "address",
+  },
+  459: {
+    heading: "Capabilities not kept",
+    happened: "The camera's answer could not be written into the recorder's state folder.",
+    first: "Ask the recorder's administrator: its log says why.",
+    field: "none",
+  },
+  460: {
+    heading: "No such service on camera",
+    happened: "The camera has no service of this protocol, or no such channel, at this address and port.",
+    first: "Switch the protocol on in the camera's settings, look for its port there, and check the channel.",
+    field: "port",
+  },
+  461: {
+    heading: "Camera refused the login",
+    happened: "The camera rejected this user name and password when it was asked what it can do.",
+    first: "Type the password again, once. Many cameras have users of their own for ONVIF.",
+    field: "password",
+  },
+};
+
+/** Codes of CamCapUserDefineReso. @type {Readonly<Record<number, Cause>>} */
+export const SIZE_CAUSES = {
+  457: {
+    heading: "Size not measured",
+    happened: "No picture came that could be measured.",
+    first: "Test the camera first.",
+    field: "path",
+  },
+};
+
+/**
+ * The cause of a code, also of one that this page does not know.
+ * @param {Readonly<Record<number, Cause>>} causes
+ * @param {number} code
+ * @returns {Cause}
+ */
+export function causeOf(causes, code) {
+  return (
+    causes[code] ?? {
+      heading: "Something else went wrong",
+      happened: "The recorder gave a code that this page does not know.",
+      first: "Read the recorder's log.",
+      field: "none",
+    }
+  );
+}

@@ -1,0 +1,127 @@
+/// Comma-separated values (RFC 4180), read gently and written strictly. Pure functions.
+
+/**
+ * @typedef {object} Line
+ * @property {number} number of the line of text that it begins in, from 1
+ * @property {string[]} cells
+ *
+ * @typedef {object} Table
+ * @property {Line[]} lines
+ * @property {string} separator
+ * @property {number} openQuote the line of a quote that is never closed; 0 for none
+ */
+
+/** Text that a spreadsheet takes for a formula when it begins a cell. */
+const FORMULA_START = /^[=+\-@\t\r]/;
+
+/** @param {Uint8Array} bytes */
+export function isWorkbook(bytes) {
+  const start = [...bytes.subarray(0, 4)].map((byte) => byte.toString(16).padStart(2, "0")).join("");
+  return start === "504b0304" || start === "d0cf11e0"; // ZIP (xlsx, ods), OLE (xls)
+}
+
+/**
+ * UTF-8 with or without a byte order mark, UTF-16 with one, or else Windows-1252.
+ * @param {Uint8Array} bytes
+ * @returns {{text: string, isGuess: boolean}}
+ */
+export function decodeText(bytes) {
+  const encoding =
+    bytes[0] === 0xff && bytes[1] === 0xfe ? "utf-16le" : bytes[0] === 0xfe && bytes[1] === 0xff ? "utf-16be" : "utf-8";
+  try {
+    return { text: new TextDecoder(encoding, { fatal: true }).decode(bytes), isGuess: false };
+  } catch {
+    return { text: new TextDecoder("windows-1252").decode(bytes), isGuess: true };
+  }
+}
+
+/**
+ * The separator that the first line has most of, outside quotes.
+ * @param {string} text
+ */
+function findSeparator(text) {
+  const line = (/^(?:"(?:[^"]|"")*"|[^"\r\n])*/.exec(text)?.[0] ?? "").replace(/"(?:[^"]|"")*"/g, "");
+  const count = (/** @type {string} */ separator) => line.split(separator).length;
+  return [",", ";", "\t"].reduce((best, other) => (count(other) > count(best) ? other : best));
+}
+
+/**
+ * Reads a table. Lines end with CRLF, LF or CR; empty lines are left out. A cell is as it stands, blanks included.
+ * @param {string} source
+ * @returns {Table}
+ */
+export function parseCsv(source) {
+  let text = source.replace(/^\ufeff/, "");
+  let number = 1;
+  let separator = findSeparator(text);
+  const declared = /^sep=(.)(?:\r\n|\r|\n|$)/i.exec(text);
+  if (declared) {
+    separator = declared[1] ?? separator;
+    text = text.slice(declared[0].length);
+    number = 2;
+  }
+  /** @type {Line[]} */
+  const lines = [];
+  let line = { number, cells: /** @type {string[]} */ ([]) };
+  let cell = "";
+  let quoteLine = 0;
+  let isQuoted = false;
+
+  const endLine = () => {
+    line.cells.push(cell);
+    if (line.cells.some((one) => one.trim() !== "")) lines.push(line);
+    cell = "";
+    line = { number, cells: [] };
+  };
+  for (let i = 0; i < text.length; ++i) {
+    const character = text.charAt(i);
+    const isBreak = character === "\n" || character === "\r";
+    const isPair = character === "\r" && text[i + 1] === "\n";
+    if (isBreak) ++number;
+    if (isQuoted) {
+      if (character !== '"') cell += isPair ? text.charAt(i++) + "\n" : character;
+      else if (text[i + 1] === '"') cell += text.charAt(++i);
+      else isQuoted = false;
+    } else if (character === '"' && cell.trim() === "") {
+      isQuoted = true;
+      quoteLine = number;
+      cell = "";
+    } else if (character === separator) {
+      line.cells.push(cell);
+      cell = "";
+    } else if (isBreak) {
+      if (isPair) ++i;
+      endLine();
+    } else {
+      cell += character;
+    }
+  }
+  endLine();
+  return { lines, separator, openQuote: isQuoted ? quoteLine : 0 };
+}
+
+/**
+ * Makes sure that a spreadsheet takes the cell for text.
+ * @param {string} cell
+ */
+export const guardCell = (cell) => (FORMULA_START.test(cell) ? `'${cell}` : cell);
+
+/**
+ * Takes off what guardCell puts before a cell.
+ * @param {string} cell
+ */
+export const unguardCell = (cell) => (cell.startsWith("'") && FORMULA_START.test(cell.slice(1)) ? cell.slice(1) : cell);
+
+/** @param {string} cell */
+export const isFormula = (cell) => FORMULA_START.test(cell);
+
+/** @param {string} cell */
+const writeCell = (cell) => (/[",\r\n]/.test(cell) ? `"${cell.replaceAll('"', '""')}"` : cell);
+
+/**
+ * @param {readonly (readonly string[])[]} lines
+ * @returns {string} with byte order mark, commas and CRLF
+ */
+export function writeCsv(lines) {
+  return "\ufeff" + lines.map((cells) => cells.map(writeCell).join(",") + "\r\n").join("");
+}

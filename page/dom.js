@@ -1,0 +1,106 @@
+/// Small helpers for the document. All text goes in through textContent, so that what cameras and files say stays text.
+
+/**
+ * The element with this id. Throws when the page and its scripts do not fit together.
+ * @template {HTMLElement} T
+ * @param {string} id
+ * @param {{new (): T, prototype: T}} type
+ * @returns {T}
+ */
+export function byId(id, type) {
+  const found = document.getElementById(id);
+  if (!(found instanceof type)) throw new Error(`no ${type.name} "${id}" in the page`);
+  return found;
+}
+
+/**
+ * A new element. Attributes that are false or null are left out, true is an empty one, "text" is its text.
+ * @template {keyof HTMLElementTagNameMap} K
+ * @param {K} tag
+ * @param {Record<string, string | number | boolean | null>} [attributes]
+ * @param {...(Node | string)} children
+ * @returns {HTMLElementTagNameMap[K]}
+ */
+export function el(tag, attributes = {}, ...children) {
+  const made = document.createElement(tag);
+  for (const [name, value] of Object.entries(attributes)) {
+    if (value === null || value === false) continue;
+    if (name === "text") made.textContent = String(value);
+    else made.setAttribute(name, value === true ? "" : String(value));
+  }
+  made.append(...children);
+  return made;
+}
+
+/**
+ * A button that does not submit.
+ * @param {string} text
+ * @param {() => void} press
+ * @param {Record<string, string | number | boolean | null>} [attributes]
+ */
+export function button(text, press, attributes = {}) {
+  const made = el("button", { type: "button", text, ...attributes });
+  made.addEventListener("click", press);
+  return made;
+}
+
+/**
+ * Says a sentence to screen readers, through the page's one status line.
+ * @param {string} text
+ */
+export function say(text) {
+  byId("status", HTMLElement).textContent = text;
+}
+
+/**
+ * Asks a question in a dialog; Esc means no.
+ * @param {string} question
+ * @param {string} yes text of the button that agrees
+ * @returns {Promise<boolean>}
+ */
+export function ask(question, yes) {
+  const dialog = byId("question", HTMLDialogElement);
+  byId("question-text", HTMLElement).textContent = question;
+  byId("question-yes", HTMLButtonElement).textContent = yes;
+  dialog.returnValue = "no";
+  dialog.showModal();
+  return new Promise((resolve) => {
+    dialog.addEventListener("close", () => resolve(dialog.returnValue === "yes"), { once: true });
+  });
+}
+
+/** Call once: lets the dialog's buttons answer. */
+export function prepareQuestions() {
+  const dialog = byId("question", HTMLDialogElement);
+  for (const answer of ["yes", "no"]) {
+    byId(`question-${answer}`, HTMLButtonElement).addEventListener("click", () => dialog.close(answer));
+  }
+}
+
+/**
+ * Hands the user a file.
+ * @param {string} name
+ * @param {string} text
+ */
+export function download(name, text) {
+  const address = URL.createObjectURL(new Blob([text], { type: "text/csv;charset=utf-8" }));
+  el("a", { href: address, download: name }).click();
+  setTimeout(() => URL.revokeObjectURL(address), 10_000);
+}
+
+/**
+ * Shows a mistake below a field, or takes it away.
+ * @param {HTMLElement} field has the id NAME; the text's element is NAME-mistake, what else describes it is NAME-hint
+ * @param {string} mistake "" for none
+ */
+export function showMistake(field, mistake) {
+  const text = byId(`${field.id}-mistake`, HTMLElement);
+  text.textContent = mistake;
+  text.hidden = mistake === "";
+  const describing = [mistake && text.id, document.getElementById(`${field.id}-hint`) && `${field.id}-hint`];
+  const ids = describing.filter(Boolean).join(" ");
+  if (ids) field.setAttribute("aria-describedby", ids);
+  else field.removeAttribute("aria-describedby");
+  if (mistake) field.setAttribute("aria-invalid", "true");
+  else field.removeAttribute("aria-invalid");
+}

@@ -1,0 +1,90 @@
+/// What a list of cameras becomes when it leaves the page: tables without passwords.
+
+import { TEST_CAUSES, causeOf } from "./causes.js";
+import { COLUMNS } from "./camera-list.js";
+import { guardCell, isFormula, writeCsv } from "./csv.js";
+
+/** @typedef {import("./camera-list.js").Row} Row */
+
+/** A point in time as ISO 8601 writes it, with the offset of this place. @param {Date} time */
+export function isoTime(time) {
+  const two = (/** @type {number} */ number) => String(Math.trunc(number)).padStart(2, "0");
+  const offset = -time.getTimezoneOffset();
+  const date = `${time.getFullYear()}-${two(time.getMonth() + 1)}-${two(time.getDate())}`;
+  const clock = `${two(time.getHours())}:${two(time.getMinutes())}:${two(time.getSeconds())}`;
+  return `${date}T${clock}${offset < 0 ? "-" : "+"}${two(Math.abs(offset) / 60)}:${two(Math.abs(offset) % 60)}`;
+}
+
+/** @type {Readonly<Record<Row["result"], string>>} */
+const RESULT_WORDS = {
+  waiting: "not tested",
+  testing: "not tested",
+  passed: "passed",
+  failed: "failed",
+  held: "held",
+  unknown: "unknown",
+};
+
+/** What came of a row, in words that do not change. @param {Row} row */
+export function resultWord(row) {
+  if (row.problems.length > 0) return "to fix";
+  if (row.sameAs && !row.asDuplicate) return "left out";
+  return RESULT_WORDS[row.result];
+}
+
+/** @param {Row} row */
+function causeText(row) {
+  if (row.problems.length > 0) return row.problems.join(" ");
+  if (row.sameAs && !row.asDuplicate) return `same camera as line ${row.sameAs}`;
+  return row.code ? causeOf(TEST_CAUSES, row.code).heading : row.note;
+}
+
+/**
+ * The columns that the page reads, what was tested in them, and what came of it.
+ * @param {Row[]} rows
+ */
+export function exportResults(rows) {
+  const columns = COLUMNS.filter((column) => column !== "password");
+  const lines = rows.map((row) => {
+    const { camera } = row;
+    /** @type {Record<string, unknown>} */
+    const cells = { ...row.cells, ...camera };
+    return [
+      ...columns.map((column) => guardCell(String(cells[column]))),
+      String(row.line),
+      resultWord(row),
+      row.code ? String(row.code) : "",
+      guardCell(causeText(row)),
+      row.testedAt ? isoTime(row.testedAt) : "",
+    ];
+  });
+  return writeCsv([[...columns, "line", "result", "code", "cause", "tested_at"], ...lines]);
+}
+
+/**
+ * What `recorderctl camera import` takes. It reads cells as they stand, so a row that a spreadsheet would take for a
+ * formula is left out rather than changed.
+ * @param {Row[]} rows
+ * @returns {{text: string, count: number, leftOut: number}}
+ */
+export function exportForImport(rows) {
+  const lines = rows.flatMap(({ cells, camera }) =>
+    camera
+      ? [
+          [
+            cells.name,
+            camera.vendor,
+            camera.model,
+            camera.host,
+            String(camera.port),
+            camera.user,
+            camera.channel,
+            camera.path,
+          ],
+        ]
+      : [],
+  );
+  const safe = lines.filter((line) => !line.some(isFormula));
+  const heading = ["name", "vendor", "model", "host", "port", "user", "channel", "sourcePath"];
+  return { text: writeCsv([heading, ...safe]), count: safe.length, leftOut: rows.length - safe.length };
+}

@@ -1,0 +1,80 @@
+/// Puts the page together: views by address, and passwords that do not outlive it.
+
+import { decode } from "./address.js";
+import { watchConnection } from "./banners.js";
+import { byId, prepareQuestions } from "./dom.js";
+import { KnownModels } from "./known-models.js";
+import { ManyCameras } from "./many-cameras.js";
+import { ModelList } from "./models.js";
+import { OneCamera } from "./one-camera.js";
+
+/** @typedef {"one" | "many" | "models"} View */
+
+/** @type {Readonly<Record<View, string>>} */
+const TITLES = { one: "One camera", many: "Many cameras", models: "Known models" };
+
+prepareQuestions();
+const models = new ModelList();
+watchConnection(models);
+const one = new OneCamera(models);
+const many = new ManyCameras(models, (camera) => {
+  one.fill(camera);
+  location.hash = "one";
+});
+const known = new KnownModels(models, (model) => {
+  one.useModel(model);
+  location.hash = "one";
+});
+
+/** @param {View} view */
+function showView(view) {
+  for (const [name, title] of Object.entries(TITLES)) {
+    const isCurrent = name === view;
+    byId(`view-${name}`, HTMLElement).hidden = !isCurrent;
+    const link = byId(`nav-${name}`, HTMLAnchorElement);
+    if (isCurrent) link.setAttribute("aria-current", "page");
+    else link.removeAttribute("aria-current");
+    if (isCurrent) document.title = `${title} – Camera check`;
+  }
+}
+
+/** @returns {View} */
+function openAddress() {
+  const [view = "", ...rest] = location.hash.slice(1).split("/").map(decode);
+  if (view === "camera" && /^\d+$/.test(rest[0] ?? "")) {
+    one.openStored(Number(rest[0]));
+    return "one";
+  }
+  if (view === "models") {
+    known.open(rest[0] ?? "", rest.slice(1).join("/"));
+    return "models";
+  }
+  return view === "many" ? "many" : "one";
+}
+
+/** @type {View} */
+let current = openAddress();
+showView(current);
+if (current === "one") byId("one-address", HTMLInputElement).focus();
+
+window.addEventListener("hashchange", () => {
+  const next = openAddress();
+  if (next === current) {
+    if (next === "models") byId("models-detail-title", HTMLElement).focus(); // a link of the list was pressed
+    return;
+  }
+  current = next;
+  showView(current);
+  byId(`${current}-title`, HTMLElement).focus();
+});
+
+const forgetPasswords = () => {
+  one.forgetPasswords();
+  many.forgetPasswords();
+};
+window.addEventListener("pagehide", forgetPasswords);
+window.addEventListener("pageshow", (event) => {
+  if (event.persisted) forgetPasswords();
+});
+
+models.load();

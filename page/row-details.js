@@ -1,0 +1,205 @@
+/// The details of one row of a list: what came of it, its values, a picture.
+
+import * as api from "./api.js";
+import { CODECS, splitCells } from "./camera-list.js";
+import { TEST_CAUSES, causeOf } from "./causes.js";
+import { ask, byId, el, say } from "./dom.js";
+import { kindOf, resultOf } from "./list-table.js";
+import { ModelField } from "./model-field.js";
+import { isUserDefined, labelOf } from "./models.js";
+import { PicturePlace } from "./picture.js";
+
+/**
+ * @typedef {import("./camera-list.js").Row} Row
+ *
+ * @typedef {object} Surroundings
+ * @property {(row: Row) => void} edited
+ * @property {(row: Row) => void} test
+ * @property {(camera: import("./api.js").Camera) => void} openOne
+ * @property {() => boolean} isRunning
+ */
+
+const TEXTS = /** @type {const} */ (["name", "address", "port", "user", "password", "channel", "path"]);
+const CHOICES = /** @type {const} */ (["codec", "stream"]);
+
+export class RowDetails {
+  /** @type {Row | null} */
+  #row = null;
+  /** @type {AbortController | null} of the picture that is fetched */
+  #fetching = null;
+
+  /**
+   * @param {import("./models.js").ModelList} models
+   * @param {Surroundings} surroundings
+   */
+  constructor(models, surroundings) {
+    this.models = models;
+    this.surroundings = surroundings;
+    this.dialog = byId("row", HTMLDialogElement);
+    this.picture = new PicturePlace("row-picture");
+    this.modelField = new ModelField(byId("row-model", HTMLInputElement), models);
+    const options = CODECS.map((text) => el("option", { text }));
+    byId("row-codec", HTMLSelectElement).replaceChildren(el("option", { value: "", text: "Any" }), ...options);
+    this.#listen();
+  }
+
+  #listen() {
+    byId("row-form", HTMLFormElement).addEventListener("submit", (event) => {
+      event.preventDefault();
+      this.#saveAndTest();
+    });
+    /** @param {string} name @param {() => void} press */
+    const on = (name, press) => byId(`row-${name}`, HTMLButtonElement).addEventListener("click", press);
+    on("close", () => this.dialog.close());
+    on("save", () => {
+      this.#save();
+      if (this.#row) this.#showResult(this.#row);
+      say("Saved in this page");
+    });
+    on("anyway", () => this.#testAnyway());
+    on("picture", () => this.#showPicture());
+    on("one", () => this.#openOne());
+    this.dialog.addEventListener("close", () => {
+      this.forgetPassword();
+      this.#fetching?.abort();
+      this.picture.clear("");
+      const line = this.#row?.line;
+      this.#row = null;
+      document.getElementById(`row-${line}-more`)?.focus();
+    });
+  }
+
+  /** @param {(typeof TEXTS)[number]} name */
+  #text(name) {
+    return byId(`row-${name}`, HTMLInputElement);
+  }
+
+  /** @param {(typeof CHOICES)[number]} name */
+  #choice(name) {
+    return byId(`row-${name}`, HTMLSelectElement);
+  }
+
+  forgetPassword() {
+    this.#text("password").value = "";
+  }
+
+  /** @param {Row} row */
+  open(row) {
+    this.#row = row;
+    byId("row-title", HTMLElement).textContent = `Line ${row.line}${row.cells.name ? `: ${row.cells.name}` : ""}`;
+    for (const name of TEXTS) this.#text(name).value = row.cells[name];
+    for (const name of CHOICES) {
+      const choice = this.#choice(name);
+      choice.value = row.camera?.[name] ?? "";
+    }
+    const { vendor, model } = row.cells;
+    const known =
+      `${vendor}${model}` === "" ? null : row.camera && this.models.find(row.camera.vendor, row.camera.model);
+    this.modelField.value = known;
+    if (!known) byId("row-model", HTMLInputElement).value = `${vendor} ${model}`.trim();
+    byId("row-figure", HTMLElement).hidden = true;
+    this.#showResult(row);
+    this.dialog.showModal();
+    byId("row-title", HTMLElement).scrollIntoView();
+  }
+
+  /** @param {Row} row */
+  #showResult(row) {
+    const place = byId("row-result", HTMLElement);
+    place.replaceChildren(el("p", {}, resultOf(row)));
+    if (kindOf(row) === "failed") {
+      const { happened, first } = causeOf(TEST_CAUSES, row.code);
+      place.append(
+        el("p", { text: happened }),
+        el(
+          "p",
+          {},
+          el("strong", { text: "First: " }),
+          first,
+          el("span", { class: "code muted", text: ` code ${row.code}` }),
+        ),
+      );
+    }
+    for (const notice of row.notices) place.append(el("p", { class: "muted", text: notice }));
+    const isBusy = this.surroundings.isRunning();
+    byId("row-anyway", HTMLButtonElement).hidden = !(row.sameAs && !row.asDuplicate && row.camera);
+    for (const name of ["test", "anyway", "save"]) byId(`row-${name}`, HTMLButtonElement).disabled = isBusy;
+    for (const name of ["picture", "one"]) byId(`row-${name}`, HTMLButtonElement).disabled = !row.camera;
+    if (isBusy) place.append(el("p", { class: "hint", text: "Values can be changed when the run has ended." }));
+  }
+
+  /** Takes the fields over into the row. */
+  #save() {
+    const row = this.#row;
+    if (!row) return;
+    const before = JSON.stringify(row.cells);
+    for (const name of TEXTS)
+      row.cells[name] = name === "password" ? this.#text(name).value : this.#text(name).value.trim();
+    for (const name of CHOICES) row.cells[name] = this.#choice(name).value;
+    this.#saveModel(row);
+    row.cells = splitCells(row.cells);
+    if (JSON.stringify(row.cells) === before) return;
+    row.shapeMistake = ""; // what was missing stands in the fields now
+    this.surroundings.edited(row);
+  }
+
+  /** @param {Row} row */
+  #saveModel({ cells }) {
+    const model = this.modelField.value;
+    const text = byId("row-model", HTMLInputElement).value.trim();
+    if (model) Object.assign(cells, { vendor: model.vendor, model: isUserDefined(model) ? "" : model.model });
+    else Object.assign(cells, { vendor: "", model: text });
+  }
+
+  async #saveAndTest() {
+    const row = this.#row;
+    if (!row || this.surroundings.isRunning()) return;
+    this.#save();
+    // An edited row counts as not tested, so this is the same login again.
+    const wasRefused = row.result === "held" || (row.result === "failed" && row.code === 464);
+    if (
+      wasRefused &&
+      !(await ask("This login was refused. Another try may lock this user out. Test anyway?", "Test anyway"))
+    ) {
+      return;
+    }
+    if (!row.camera) {
+      this.#showResult(row);
+      say(row.problems.join(" "));
+      return;
+    }
+    this.dialog.close();
+    row.asHeld = true; // asked for, one by one
+    this.surroundings.test(row);
+  }
+
+  #testAnyway() {
+    if (this.#row) this.#row.asDuplicate = true;
+    this.#saveAndTest();
+  }
+
+  async #showPicture() {
+    const row = this.#row;
+    if (!row?.camera || this.#fetching) return;
+    byId("row-figure", HTMLElement).hidden = false;
+    this.picture.clear("Fetching a picture");
+    this.#fetching = new AbortController();
+    try {
+      const picture = await api.takePicture(row.camera, this.#fetching.signal);
+      if (this.#row !== row) return;
+      const size = await this.picture.show(picture, `Picture of ${labelOf(row.camera)} at ${row.camera.host}`);
+      say(size ? "The picture is there" : "No picture came");
+    } catch (error) {
+      if (this.#row === row) this.picture.clear(error instanceof Error ? error.message : String(error));
+    } finally {
+      this.#fetching = null;
+    }
+  }
+
+  #openOne() {
+    const camera = this.#row?.camera;
+    if (!camera) return;
+    this.dialog.close();
+    this.surroundings.openOne(camera);
+  }
+}
