@@ -56,6 +56,7 @@ std::string ToText(const Json::Value& json) { return Json::writeString(Json::Str
 
 Process::Process(std::vector<std::string> command, const std::filesystem::path& errorFile, const std::string& input) {
   std::vector<char*> words;
+  words.reserve(command.size() + 1);
   for (std::string& word : command) words.push_back(word.data());
   words.push_back(nullptr);
   const recorder::FileDescriptor inputFile(memfd_create("input", MFD_CLOEXEC));
