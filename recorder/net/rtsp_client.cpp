@@ -172,11 +172,19 @@ Outcome RtspClient::ReadDescription() {
 /// One request until it is answered by something else than a challenge that can be met. On kOk and on refusals the
 /// answer is the parser's message.
 Outcome RtspClient::Request(std::string_view method, const std::string& uri, const std::string& headers) {
+  bool isRepeated = false;
   for (int challenges = 0;; ++challenges) {
     const bool loginIsSent = challenge_.has_value();
     Outcome outcome = Exchange(method, uri, headers);
     const bool isUnanswered = isClosed_ && !parser_.HasPart();
-    if (isUnanswered && loginIsSent && !loginIsProven_) return Outcome::kLoginRefused;  // the camera's way to say so
+    if (isUnanswered && loginIsSent && !loginIsProven_) {
+      // Some cameras close the connection behind their challenge; to close it over a login is others' way to refuse it.
+      const bool mayRepeat = !isRepeated && session_.empty() && socket_.WasClosedUnread();
+      if (!mayRepeat) return Outcome::kLoginRefused;
+      isRepeated = true;
+      if (outcome = Connect(); outcome != Outcome::kOk) return outcome;
+      continue;
+    }
     if (outcome != Outcome::kOk) return outcome;
     const int status = parser_.Message().status;
     if (status != kUnauthorized) {
@@ -185,17 +193,10 @@ Outcome RtspClient::Request(std::string_view method, const std::string& uri, con
     }
     if (!HasLogin(address_) || challenges == kMaxChallenges) return Outcome::kLoginRefused;
     outcome = TakeChallenge(loginIsSent);
-    if (outcome == Outcome::kOk && session_.empty() && ClosesAfterAnswer()) outcome = Connect();
+    const bool isLast = EqualsIgnoreCase(parser_.Message().Header("Connection"), "close");
+    if (outcome == Outcome::kOk && session_.empty() && isLast) outcome = Connect();
     if (outcome != Outcome::kOk) return outcome;
   }
-}
-
-/// Some cameras close the connection with their challenge. That must show before the login is sent: one that got no
-/// answer may have been read, and is not sent again.
-bool RtspClient::ClosesAfterAnswer() {
-  constexpr std::chrono::milliseconds kPatience{20};  // what is to come comes right behind the answer
-  return EqualsIgnoreCase(parser_.Message().Header("Connection"), "close") ||
-         socket_.IsClosedBy(std::min(deadline_, Clock::now() + kPatience));
 }
 
 Outcome RtspClient::Exchange(std::string_view method, const std::string& uri, const std::string& headers) {

@@ -67,7 +67,6 @@ class RtspClient {
   Outcome ReadDescription();
   Outcome Request(std::string_view method, const std::string& uri, const std::string& headers);
   Outcome Exchange(std::string_view method, const std::string& uri, const std::string& headers);
-  bool ClosesAfterAnswer();
   Outcome AwaitAnswer();
   Outcome Fill(Clock::time_point until);
   Outcome TakeChallenge(bool loginWasSent);

@@ -1,15 +1,16 @@
 #include "recorder/net/socket.h"
 
 #include <fcntl.h>
+#include <linux/tcp.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <condition_variable>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -122,7 +123,7 @@ Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline,
 }
 
 Outcome Socket::Connect(const std::string& host, int port, Clock::time_point deadline) {
-  descriptor_ = FileDescriptor();
+  *this = Socket();
   return ConnectTo(host, port, deadline, descriptor_);
 }
 
@@ -130,8 +131,10 @@ Outcome Socket::Write(std::span<const std::uint8_t> bytes, Clock::time_point dea
   while (!bytes.empty()) {
     const ssize_t sent = send(descriptor_.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (sent >= 0) {
+      written_ += static_cast<std::uint64_t>(sent);
       bytes = bytes.subspan(static_cast<std::size_t>(sent));
     } else if (!WouldBlock(errno)) {
+      isReset_ = true;
       return Outcome::kNotUnderstood;
     } else if (!WaitFor(descriptor_.Get(), POLLOUT, deadline)) {
       return Outcome::kTimedOut;
@@ -145,17 +148,20 @@ Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, 
   while (WaitFor(descriptor_.Get(), POLLIN, deadline)) {
     const ssize_t size = recv(descriptor_.Get(), space.data(), space.size(), 0);
     if (size < 0 && WouldBlock(errno)) continue;
-    received = size > 0 ? static_cast<std::size_t>(size) : 0;  // a reset is a way of closing
+    isReset_ = size < 0;  // which is a way of closing
+    received = size > 0 ? static_cast<std::size_t>(size) : 0;
     return Outcome::kOk;
   }
   return Outcome::kTimedOut;
 }
 
-bool Socket::IsClosedBy(Clock::time_point time) {
-  if (!WaitFor(descriptor_.Get(), POLLIN, time)) return false;
-  std::uint8_t next = 0;
-  const ssize_t size = recv(descriptor_.Get(), &next, 1, MSG_PEEK);
-  return size == 0 || (size < 0 && !WouldBlock(errno));
+bool Socket::WasClosedUnread() const {
+  if (isReset_) return true;
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  const bool isKnown = getsockopt(descriptor_.Get(), IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&
+                       size >= offsetof(tcp_info, tcpi_bytes_acked) + sizeof info.tcpi_bytes_acked;
+  return isKnown && info.tcpi_bytes_acked < written_;
 }
 
 }  // namespace recorder
