@@ -1,6 +1,7 @@
 #include "recorder/utility/files.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sodium.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -95,6 +96,13 @@ class SideFile {
   std::string name_;
 };
 
+/// Also root is told: files that root leaves in another user's folder are out of that user's reach.
+std::string AnotherUser(uid_t id) {
+  const passwd* const user = getpwuid(id);
+  const std::string name = user == nullptr ? '#' + std::to_string(id) : user->pw_name;
+  return "user " + name + "; run this as that user (sudo -u " + name + " ...)";
+}
+
 }  // namespace
 
 std::string ReadFile(const fs::path& path) {
@@ -128,6 +136,7 @@ void MakePrivateFolder(const fs::path& folder) {
   struct stat status {};
   if (stat(folder.c_str(), &status) != 0) Throw(errno, folder);
   if (!S_ISDIR(status.st_mode)) Throw(ENOTDIR, folder);
+  if (status.st_uid != geteuid()) Throw(EPERM, folder.string() + ": is the folder of " + AnotherUser(status.st_uid));
   if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) Throw(EPERM, folder.string() + ": others may write there");
 }
 

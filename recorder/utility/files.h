@@ -27,7 +27,7 @@ void ReplaceFile(const std::filesystem::path& path, std::string_view content, mo
 void CreateFileOnce(const std::filesystem::path& path, std::string_view content);
 
 /// Makes the folder with mode 0700, parents included, unless it exists. Throws std::system_error that names the folder,
-/// also when group or others may write to one that exists.
+/// also when one that exists is another user's, or group or others may write to it.
 void MakePrivateFolder(const std::filesystem::path& folder);
 
 /// Waits for the lock on `folder`, which one holder at a time has until the result is destroyed. Throws

@@ -2,18 +2,26 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
 
 #include "recorder/device/model_files.h"
 
 namespace recorder {
 
+namespace {
+
+/// Where a package installs it.
+constexpr char kSystemConfigFile[] = "/etc/cameracap/recorder.json";
+
+}  // namespace
+
 std::filesystem::path FindConfigFile(const std::string& option) {
   if (!option.empty()) return std::filesystem::absolute(option);
   const char* fromEnvironment = std::getenv("RECORDER_CONFIG");
-  if (fromEnvironment == nullptr || *fromEnvironment == '\0') {
-    throw std::runtime_error("no configuration: give --config FILE or set RECORDER_CONFIG");
-  }
-  return std::filesystem::absolute(fromEnvironment);
+  if (fromEnvironment != nullptr && *fromEnvironment != '\0') return std::filesystem::absolute(fromEnvironment);
+  std::error_code ignored;
+  if (std::filesystem::exists(kSystemConfigFile, ignored)) return kSystemConfigFile;
+  throw std::runtime_error("no configuration: give --config FILE or set RECORDER_CONFIG");
 }
 
 Config StartPlatform(const std::filesystem::path& configFile) {

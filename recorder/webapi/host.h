@@ -15,7 +15,7 @@ struct Host {
 };
 
 /// The configuration file to use: `option` when it is not empty, else what the environment variable RECORDER_CONFIG
-/// names. Throws std::runtime_error when there is neither.
+/// names, else that of an installed package. Throws std::runtime_error when there is none of them.
 std::filesystem::path FindConfigFile(const std::string& option);
 
 /// Loads the configuration and makes the platform functions ready: records, models, limits. Throws std::exception.

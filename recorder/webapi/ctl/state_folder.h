@@ -3,13 +3,17 @@
 #include <filesystem>
 #include <string>
 
+#include "recorder/utility/files.h"
 #include "recorder/webapi/host.h"
 
 namespace recorder {
 
-/// The state folder that the configuration names; see FindConfigFile for `configOption`. Throws std::exception.
+/// The state folder that the configuration names, made if missing; see FindConfigFile for `configOption`. Throws
+/// std::exception, also when it is another user's.
 inline std::filesystem::path StateFolder(const std::string& configOption) {
-  return LoadConfig(FindConfigFile(configOption)).stateFolder;
+  std::filesystem::path folder = LoadConfig(FindConfigFile(configOption)).stateFolder;
+  MakePrivateFolder(folder);
+  return folder;
 }
 
 }  // namespace recorder

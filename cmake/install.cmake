@@ -1,0 +1,14 @@
+# What an installation holds. Folders keep their places beside each other, since relative paths lead from one to another.
+# Component "module": what a recorder of somebody else's needs.
+install(TARGETS cameracap LIBRARY DESTINATION lib/cameracap COMPONENT module)
+install(DIRECTORY images DESTINATION share/cameracap COMPONENT module)
+if(MODULE_ONLY)
+  return()
+endif()
+
+# The programs find each other beside themselves.
+install(TARGETS recorderctl recorder-webapi RUNTIME DESTINATION lib/cameracap COMPONENT recorder)
+install(DIRECTORY models page DESTINATION share/cameracap COMPONENT recorder
+  PATTERN simcam.json EXCLUDE  # cameras that nobody owns
+  PATTERN tsconfig.json EXCLUDE)
+install(FILES docs/openapi.yaml docs/config.schema.json DESTINATION share/cameracap/docs COMPONENT recorder)
