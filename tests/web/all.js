@@ -1,0 +1,4 @@
+import "./one_camera.js";
+import "./whole_page.js";
+import "./many_cameras.js";
+import "./texts.js";

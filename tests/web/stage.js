@@ -1,0 +1,170 @@
+/// What the tests play on: simulated cameras, a recorder that serves the page, a browser. All of it ends with the tests.
+
+import assert from "node:assert/strict";
+import { spawn, spawnSync } from "node:child_process";
+import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join, resolve } from "node:path";
+import { createInterface } from "node:readline";
+import { after, before } from "node:test";
+import { chromium } from "playwright-core";
+
+const [PROGRAMS, MODULE, SOURCE] = process.argv.slice(2).map((path) => resolve(path));
+export const source = (path) => join(SOURCE, path);
+export const here = (path) => new URL(path, import.meta.url).pathname;
+
+export const RIGHT = "open-sesame-41"; // the password of all cameras
+export const WRONG = "close-sesame-42";
+export const USER = { username: "tester", password: "let-me-in-43" };
+const PASSWORDS = [RIGHT, WRONG, USER.password];
+const CAMERAS = {
+  works: {},
+  refused: { fault: "refused" },
+  silent: { fault: "silentAfterConnect" },
+  noStream: { fault: "describe404" },
+  noVideo: { stream: { audio: "only" } },
+  busy: { fault: "describe453" },
+  odd: { fault: "closeAfterConnect" },
+  onvif: { onvif: {} },
+  brokenOnvif: { onvif: { trouble: "brokenXml" } },
+  withoutOnvif: { onvif: { trouble: "noService" } },
+};
+const CHROMIUM = "--no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking".split(" ");
+
+export const DESKTOP = { width: 1280, height: 800 };
+
+/** Of the cameras, by name. */
+export const ports = {};
+const folder = mkdtempSync(join(tmpdir(), "page-test-"));
+export const stateFolder = join(folder, "state");
+const endings = [() => rmSync(folder, { recursive: true })];
+let address = "";
+let browser;
+
+/** Starts a program and gives the line with which it says that it is ready. It ends with this process. */
+async function start(program, ...args) {
+  const command = ["--pdeathsig", "TERM", join(PROGRAMS, program), ...args];
+  const child = spawn("setpriv", command, { stdio: ["ignore", "pipe", "inherit"] });
+  const exit = new Promise((done) => child.on("exit", done));
+  endings.unshift(() => child.kill() && exit);
+  for await (const line of createInterface(child.stdout)) return line;
+  throw new Error(`${program} did not start`);
+}
+
+/** What recorderctl prints. */
+export function control(input, line) {
+  const command = ["--config", join(folder, "recorder.json"), ...line.split(" ")];
+  const { status, stdout, stderr } = spawnSync(join(PROGRAMS, "recorderctl"), command, { input, encoding: "utf8" });
+  assert.equal(status, 0, stderr);
+  return stdout;
+}
+
+export const addUser = ({ username, password }) => control(`${password}\n`, `user add ${username}`);
+
+before(async () => {
+  const usual = { password: RIGHT, login: "digest-sha256", stream: { fps: 10, gop: 5 } };
+  const cameras = Object.entries(CAMERAS).map(([name, more]) => ({ name, ...usual, ...more }));
+  writeFileSync(join(folder, "cameras.json"), JSON.stringify({ cameras }));
+  const config = {
+    stateFolder: "state",
+    modelsFolder: source("models"),
+    workFolder: source("models"),
+    pageFolder: here("page"),
+    module: MODULE,
+    limits: { testMs: 4000, pictureMs: 10_000 },
+    addressPolicy: { allow: ["127.0.0.0/8"] },
+  };
+  writeFileSync(join(folder, "recorder.json"), JSON.stringify(config));
+  mkdirSync(here("out/page"), { recursive: true });
+  for (const { name, port } of JSON.parse(await start("simcam", join(folder, "cameras.json"))).cameras)
+    ports[name] = port;
+  addUser(USER);
+  address = await start("recorderctl", "--config", join(folder, "recorder.json"), "serve");
+  browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: CHROMIUM });
+  endings.unshift(() => browser.close());
+});
+
+after(async () => {
+  for (const end of endings) await end();
+});
+
+/**
+ * Opens the page in a browser that knows nothing of earlier ones, and looks afterwards that nothing went wrong in it
+ * and that no password is left where it could be read.
+ * @param {string} hash
+ * @param {(page: import("playwright-core").Page, calls: {method: string, parameters: any}[]) => Promise<void>} work
+ * gets the page, and what it sent so far
+ */
+export async function withPage(hash, work, { user = USER, script = "" } = {}) {
+  const context = await browser.newContext({ httpCredentials: user, reducedMotion: "reduce", viewport: DESKTOP });
+  try {
+    context.setDefaultTimeout(30_000);
+    if (script) await context.addInitScript({ path: script });
+    const page = await context.newPage();
+    const calls = [];
+    const heard = [];
+    const mistakes = [];
+    page.on("request", (request) => {
+      heard.push(request.url());
+      const method = /api\/[^/]+\/\d+\/(\w+)/.exec(request.url())?.[1];
+      if (method) calls.push({ method, parameters: request.postDataJSON() });
+    });
+    page.on("pageerror", (error) => mistakes.push(error.message));
+    page.on("console", (message) => {
+      heard.push(message.text());
+      const isAboutNetwork = message.text().startsWith("Failed to load resource");
+      if (message.type() === "error" && !isAboutNetwork) mistakes.push(message.text());
+    });
+    await page.goto(`${address}${hash}`);
+    await page.locator("#models-list a").first().waitFor({ state: "attached" });
+    await work(page, calls);
+    assert.deepEqual(mistakes, []);
+    heard.push(page.url(), await page.evaluate(readable), JSON.stringify(await context.cookies()));
+    for (const password of PASSWORDS) assert.ok(!heard.join("\n").includes(password), `${password} can be read`);
+  } finally {
+    await context.close();
+  }
+}
+
+/** What scripts, extensions and people with the developer tools read later: markup with its attributes, and storage. */
+const readable = () =>
+  JSON.stringify([document.documentElement.outerHTML, { ...localStorage }, { ...sessionStorage }, history.state]);
+
+/** Fills the fields of One camera that are named, and waits until the model's own values have come. */
+export async function fillOne(page, fields) {
+  const values = { address: "127.0.0.1", model: "Simcam RTSP-H264", user: "admin", password: RIGHT, ...fields };
+  for (const [name, value] of Object.entries(values)) await page.fill(`#one-${name}`, String(value));
+  await page.locator("#one-capabilities caption", { hasText: `of ${values.model},` }).waitFor();
+}
+
+export async function testOne(page) {
+  await page.click("#one-test");
+  await page.locator("#one-test:not([aria-disabled])").waitFor();
+}
+
+/** Parameters of the calls of a method. */
+export const sent = (calls, method) => calls.filter((call) => call.method === method).map((call) => call.parameters);
+
+export const focused = (page) => page.evaluate(() => document.activeElement?.id);
+
+/** Text that can be seen. */
+export const text = (page, id) => page.locator(`#${id}`).innerText();
+
+export async function expectText(page, id, wanted) {
+  const place = page.locator(`#${id}`, { hasText: wanted });
+  await place.waitFor({ state: "attached" }).catch(async () => {
+    assert.fail(`${id} says "${await page.locator(`#${id}`).textContent()}" instead of "${wanted}"`);
+  });
+}
+
+/** Opens a list in Many cameras. @param {(string | number)[][]} rows with a heading */
+export async function openList(page, rows) {
+  const buffer = Buffer.from(rows.map((cells) => cells.join(",")).join("\r\n"));
+  await page.setInputFiles("#many-file", { name: "cameras.csv", mimeType: "text/csv", buffer });
+}
+
+/** The signs of what came of each row, in the file's order. */
+export const results = async (page) => (await page.locator("#many-rows .sign").allTextContents()).join("");
+
+/** A run ends when its buttons and fields are free again. */
+export const runEnds = (page) => page.locator("#many-other:enabled").waitFor();

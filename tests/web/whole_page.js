@@ -1,0 +1,134 @@
+/// What holds in all three views: models, banners, accessibility, and how it looks.
+
+import assert from "node:assert/strict";
+import { createRequire } from "node:module";
+import { test } from "node:test";
+import {
+  DESKTOP,
+  RIGHT,
+  addUser,
+  control,
+  expectText,
+  fillOne,
+  focused,
+  here,
+  openList,
+  ports,
+  runEnds,
+  sent,
+  testOne,
+  withPage,
+} from "./stage.js";
+
+test("models are found, shown, and taken over into a test", () =>
+  withPage("", async (page) => {
+    await page.click("#nav-models");
+    assert.equal(await page.title(), "Known models – Camera check");
+    assert.equal(await focused(page), "models-title");
+    assert.equal(await page.getAttribute("#nav-models", "aria-current"), "page");
+    await page.fill("#models-search", "no such thing");
+    await page.click("#models-none button");
+    await page.fill("#models-search", "h265 simcam");
+    await page.click("#models-list a");
+    assert.match(page.url(), /#models\/Simcam\/RTSP-H265$/);
+    await expectText(page, "models-detail-body", "H.265 over RTSP");
+    await page.click("#models-detail-body button");
+    await page.locator("#view-one").waitFor();
+    assert.equal(await page.inputValue("#one-model"), "Simcam RTSP-H265");
+  }));
+
+test("a recorder that went away is told of, found again, and no test is repeated", () =>
+  withPage("", async (page, calls) => {
+    await page.clock.install();
+    await fillOne(page, { port: ports.works });
+    await page.context().setOffline(true);
+    await testOne(page);
+    await page.locator("#offline").waitFor();
+    await expectText(page, "one-result-title", "Not tested");
+    assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
+    await page.context().setOffline(false);
+    await page.clock.fastForward(5000);
+    await page.locator("#offline").waitFor({ state: "hidden" });
+    assert.equal(sent(calls, "CameraTest").length, 1);
+  }));
+
+test("somebody who is no longer known signs in again without losing the page", () => {
+  const user = { username: "leaver", password: "let-me-in-43" };
+  addUser(user);
+  const work = async (page) => {
+    await fillOne(page, { port: ports.works });
+    control("", `user remove ${user.username}`);
+    await testOne(page);
+    await page.locator("#signed-out").waitFor();
+    addUser(user);
+    await page.click("#sign-in");
+    await page.locator("#signed-out").waitFor({ state: "hidden" });
+    assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
+  };
+  return withPage("", work, { user });
+});
+
+const AXE = createRequire(import.meta.url).resolve("axe-core/axe.min.js");
+
+/** No serious finding in light and in dark; a picture of each, and one of the phone, if it has a name. */
+async function audit(page, state, picture = "") {
+  for (const colorScheme of ["light", "dark"]) {
+    await page.emulateMedia({ colorScheme });
+    const rules = colorScheme === "dark" ? { runOnly: ["color-contrast"] } : {}; // nothing else differs
+    const { violations } = await page.evaluate((rules) => globalThis.axe.run(rules), rules);
+    const serious = violations.filter(({ impact }) => impact === "serious" || impact === "critical");
+    const found = serious.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
+    assert.deepEqual(found, [], `${state}, ${colorScheme}`);
+    if (picture) await page.screenshot({ path: here(`out/page/${picture}-${colorScheme}.png`), fullPage: true });
+  }
+  if (!picture) return;
+  await page.emulateMedia({ colorScheme: "light" });
+  await page.setViewportSize({ width: 390, height: 844 });
+  await page.screenshot({ path: here(`out/page/${picture}-phone.png`), fullPage: true });
+  const tooWide = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
+  await page.setViewportSize(DESKTOP);
+  assert.ok(tooWide <= 0, `${picture} is ${tooWide} px wider than a phone`);
+}
+
+test("axe finds nothing serious in any view, light or dark", () => {
+  const work = async (page) => {
+    await audit(page, "One camera, empty");
+    await page.fill("#one-address", "");
+    await page.click("#one-test");
+    await audit(page, "One camera with a mistake");
+    await fillOne(page, { port: ports.busy });
+    await testOne(page);
+    await audit(page, "One camera, failed");
+    await page.fill("#one-model", "simcam");
+    await audit(page, "One camera, choosing a model");
+    await fillOne(page, { port: ports.onvif, model: "ONVIF" });
+    await testOne(page);
+    await audit(page, "One camera, passed", "one-camera");
+
+    await page.click("#nav-many");
+    await audit(page, "Many cameras, empty");
+    const login = ["admin", RIGHT, "Simcam RTSP-H264"];
+    await openList(page, [
+      ["name", "address", "port", "user", "password", "model"],
+      ["Gate", "127.0.0.1", ports.works, ...login],
+      ["Yard", "localhost", ports.busy, ...login],
+      ["Stairs", "127.1", ports.refused, ...login],
+      ["Roof", "127.0.1", 80800, ...login],
+    ]);
+    await page.click("#many-start");
+    await runEnds(page);
+    await audit(page, "Many cameras, tested", "many-cameras");
+    await page.click("#many-filters [data-kind=failed]");
+    await page.click("#many-causes [data-kind='467']");
+    await audit(page, "Many cameras, one cause");
+    await page.click("#row-3-more");
+    await audit(page, "Details of a row");
+    await page.click("#row-close");
+
+    await page.click("#nav-models");
+    await page.click("#models-list a:text('RTSP-H264')");
+    await expectText(page, "models-detail-body", "H.264 over RTSP");
+    await audit(page, "Known models", "known-models");
+  };
+  return withPage("", work, { script: AXE });
+});
