@@ -5,13 +5,11 @@
 #include <poll.h>
 #include <strings.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <sstream>
-#include <utility>
 
 namespace bench {
 
@@ -41,23 +39,19 @@ Connection::Connection(int port, std::chrono::seconds silenceLimit)
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   const timeval limit{.tv_sec = silenceLimit.count(), .tv_usec = 0};
-  setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
-  setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
-  if (socket_ < 0 || connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
-    if (socket_ >= 0) close(socket_);
+  setsockopt(Descriptor(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+  setsockopt(Descriptor(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+  if (connect(Descriptor(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
     throw NoAnswer("no connection");
   }
 }
 
-Connection::~Connection() {
-  if (socket_ >= 0) close(socket_);
-}
-
-Connection::Connection(Connection&& other) noexcept : socket_(std::exchange(other.socket_, -1)) {}
+Connection::Connection(const recorder::FileDescriptor& listener)
+    : socket_(accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC)) {}
 
 bool Connection::Send(const std::string& bytes) const {
   for (std::size_t done = 0; done < bytes.size();) {
-    const ssize_t sent = send(socket_, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
+    const ssize_t sent = send(Descriptor(), bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
     if (sent <= 0) return false;
     done += static_cast<std::size_t>(sent);
   }
@@ -66,7 +60,7 @@ bool Connection::Send(const std::string& bytes) const {
 
 bool Connection::Receive(std::string& bytes) const {
   std::array<char, 65536> buffer;
-  const ssize_t got = recv(socket_, buffer.data(), buffer.size(), 0);
+  const ssize_t got = recv(Descriptor(), buffer.data(), buffer.size(), 0);
   if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) throw NoAnswer("silence");
   if (got <= 0) return false;
   bytes.append(buffer.data(), static_cast<std::size_t>(got));
@@ -74,10 +68,10 @@ bool Connection::Receive(std::string& bytes) const {
 }
 
 Connection::Idle Connection::State() const {
-  pollfd entry = {.fd = socket_, .events = POLLIN, .revents = 0};
+  pollfd entry = {.fd = Descriptor(), .events = POLLIN, .revents = 0};
   if (poll(&entry, 1, 0) == 0) return Idle::kQuiet;
   char next = 0;
-  return recv(socket_, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? Idle::kTalks : Idle::kEnded;
+  return recv(Descriptor(), &next, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? Idle::kTalks : Idle::kEnded;
 }
 
 std::string HttpRequest(const std::string& verb, const std::string& path, const std::string& login,

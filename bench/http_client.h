@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "recorder/utility/handle.h"
+
 namespace bench {
 
 /// The connection ended, or was silent too long, before the whole answer was there.
@@ -12,17 +14,16 @@ struct NoAnswer : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A TCP connection to 127.0.0.1 that ends with this object. Byte by byte where a library would be too polite.
+/// A TCP connection at 127.0.0.1 that ends with this object. Byte by byte where a library would be too polite.
 class Connection {
  public:
   /// Throws NoAnswer when nobody listens.
   Connection(int port, std::chrono::seconds silenceLimit);
-  ~Connection();
-  Connection(Connection&& other) noexcept;
-  Connection& operator=(Connection&& other) = delete;
-  Connection(const Connection&) = delete;
-  Connection& operator=(const Connection&) = delete;
+  /// Takes the next client of `listener`.
+  explicit Connection(const recorder::FileDescriptor& listener);
 
+  /// For poll(2).
+  int Descriptor() const { return socket_.Get(); }
   /// False when the other side has ended the connection.
   bool Send(const std::string& bytes) const;
   /// Appends what comes next; false at the end of the connection. Throws NoAnswer after the limit of silence.
@@ -33,7 +34,7 @@ class Connection {
   Idle State() const;
 
  private:
-  int socket_ = -1;
+  recorder::FileDescriptor socket_;
 };
 
 struct Reply {

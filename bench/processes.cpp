@@ -9,26 +9,22 @@ extern "C" {
 #include <charconv>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <sstream>
 #include <string_view>
 
+#include "tests/recorder/end_to_end/support.h"
+
 namespace bench {
 
 namespace fs = std::filesystem;
 
+using end_to_end::ReadText;  // "" for a file of a process that has ended, which may happen while it is read
+
 namespace {
 
 fs::path Folder(pid_t process) { return fs::path("/proc") / std::to_string(process); }
-
-/// "" for a file of a process that has ended; it may end while it is read.
-std::string ReadText(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file, std::ios::binary).rdbuf();
-  return text.str();
-}
 
 struct Status {
   char state = 'Z';

@@ -12,7 +12,6 @@ using end_to_end::ToText;
 
 namespace {
 
-constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
 constexpr char kVendor[] = "Bench";
 
 /// Cameras that have no good answer, and the code of a test that finds it out.
@@ -90,6 +89,11 @@ Json::Value CameraConfigs(int callers) {
   return configs;
 }
 
+void CopySchema(const TempFolder& folder) {
+  std::filesystem::copy_file(std::filesystem::path(SOURCE_FOLDER) / "models/schema.json",
+                             folder.Path() / "schema.json");
+}
+
 std::filesystem::path WriteModels(const TempFolder& folder, int callers) {
   Json::Value file;
   file["vendor"] = kVendor;
@@ -106,8 +110,7 @@ std::filesystem::path WriteModels(const TempFolder& folder, int callers) {
     if (!isFromStream) model["snapshot"]["path"] = "/snapshot.jpg";
   }
   folder.Write("bench.json", ToText(file));
-  std::filesystem::copy_file(std::filesystem::path(SOURCE_FOLDER) / "models/schema.json",
-                             folder.Path() / "schema.json");
+  CopySchema(folder);
   return folder.Path();
 }
 

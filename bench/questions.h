@@ -15,8 +15,12 @@
 
 namespace bench {
 
+inline constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
+
 /// The cameras of `callers` callers, and the faulty ones of all.
 Json::Value CameraConfigs(int callers);
+/// Every models folder holds the schema of its files.
+void CopySchema(const TempFolder& folder);
 /// Makes `folder` a models folder: vendor "Bench", for each caller a model "C<number>". Returns its path.
 std::filesystem::path WriteModels(const TempFolder& folder, int callers);
 

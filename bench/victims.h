@@ -32,7 +32,8 @@ std::vector<ProcessInfo> ServerProcesses();
 /// Kills such a victim; false when there was none.
 bool Strike(Victim victim, std::mt19937& random);
 
-/// True once no process of `processes` is left; else false after `limit`. Takes notice of those that became ours.
+/// True once no process of the server is left, whichever it was; false after `limit`. Of `processes`, those that became
+/// this program's children are taken notice of, so that they do not stay as zombies.
 bool WaitForEnd(const std::vector<ProcessInfo>& processes, std::chrono::milliseconds limit);
 
 }  // namespace bench

@@ -1,0 +1,115 @@
+#include <algorithm>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "bench/http_client.h"
+#include "bench/questions.h"
+#include "bench/rows.h"
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+using end_to_end::ParseJson;
+using end_to_end::ToText;
+
+constexpr int kGroups = 20;
+constexpr int kGroupSize = 10;  // as many as are tested side by side
+constexpr int kSilentGroups[] = {5, 13};
+constexpr int kSilent = 2 * kGroupSize;
+constexpr int kSilentCode = 463;
+constexpr int kTestMs = 5000;
+constexpr int kRuns = 3;
+constexpr Goal kGoal{.bound = 1.05};
+
+bool IsSilent(int group) {
+  return std::find(std::begin(kSilentGroups), std::end(kSilentGroups), group) != std::end(kSilentGroups);
+}
+
+Json::Value CameraConfigs() {
+  Json::Value cameras(Json::arrayValue);
+  for (int i = 0; i < kGroups * kGroupSize; ++i) {
+    Json::Value camera;
+    camera["server"] = "scripted";
+    if (IsSilent(i / kGroupSize)) camera["fault"] = "silentAfterConnect";
+    cameras.append(end_to_end::Camera(std::to_string(i), camera));
+  }
+  return cameras;
+}
+
+/// The cameras in a list, and each of them on its own.
+class Trial {
+ public:
+  Trial() : cameras_(CameraConfigs()), recorder_({.testMs = kTestMs, .workers = kSilent + 1}) {}
+
+  /// All in one list.
+  double AskList() const {
+    Json::Value rows(Json::arrayValue);
+    for (int i = 0; i < kGroups * kGroupSize; ++i) {
+      rows.append(end_to_end::BatchRow(std::to_string(i), PortOf(i), end_to_end::kSecret));
+    }
+    Reply reply;
+    const double time = TimeOf([&] { reply = Ask("CamBatAddVerify", end_to_end::Batch(rows)); });
+    const Json::Value results = ParseJson(reply.body)["data"]["resultList"];
+    if (results.size() != rows.size()) throw WrongAnswer("a list of " + std::to_string(results.size()) + " cameras");
+    for (int i = 0; i < kGroups * kGroupSize; ++i) {
+      CheckCode(i, results[i]["result"] == 0 ? 0 : results[i]["errinfo"]["code"].asInt());
+    }
+    return time;
+  }
+
+  /// The slowest camera's time of each group, added up. Cameras that answer are asked one after another; silent ones,
+  /// which cost no work, all at once.
+  double AskEach() const {
+    std::vector<std::future<double>> times;
+    for (int i = 0; i < kGroups * kGroupSize; ++i) {
+      const auto policy = IsSilent(i / kGroupSize) ? std::launch::async : std::launch::deferred;
+      times.push_back(std::async(policy, [this, i] { return TestOne(i); }));
+    }
+    double sum = 0;
+    for (auto time = times.begin(); time != times.end();) {
+      double slowest = 0;
+      for (int i = 0; i < kGroupSize; ++i) slowest = std::max(slowest, (time++)->get());
+      sum += slowest;
+    }
+    return sum;
+  }
+
+ private:
+  int PortOf(int camera) const { return cameras_.Port(std::to_string(camera)); }
+
+  Reply Ask(const std::string& method, const Json::Value& parameters) const {
+    return HttpClient(recorder_.Port())
+        .Ask(HttpRequest("POST", kApi + method, recorder_.Login().begin()->second, ToText(parameters)));
+  }
+
+  double TestOne(int camera) const {
+    Json::Value parameters = end_to_end::CameraParams(PortOf(camera), end_to_end::kSecret);
+    Reply reply;
+    const double time = TimeOf([&] { reply = Ask("CameraTest", parameters); });
+    const Json::Value answer = ParseJson(reply.body);
+    CheckCode(camera, answer["success"].asBool() ? 0 : answer["error"]["code"].asInt());
+    return time;
+  }
+
+  static void CheckCode(int camera, int code) {
+    const int right = IsSilent(camera / kGroupSize) ? kSilentCode : 0;
+    if (code != right) throw WrongAnswer("camera " + std::to_string(camera) + " has code " + std::to_string(code));
+  }
+
+  const end_to_end::SimCameras cameras_;
+  const end_to_end::TestRecorder recorder_;
+};
+
+}  // namespace
+
+void AddBatchRow(Table& table) {
+  const Trial trial;
+  table.Add("batch, 200 cameras, 20 of them silent", "CamBatAddVerify", "each group's slowest camera on its own",
+            Compare([&] { return trial.AskList(); }, [&] { return trial.AskEach(); }, kRuns), kGoal);
+}
+
+}  // namespace bench

@@ -1,0 +1,152 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "bench/callers.h"
+#include "bench/http_client.h"
+#include "bench/processes.h"
+#include "bench/questions.h"
+#include "bench/rows.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+constexpr int kCallers[] = {1, 4, 16, 64};
+constexpr std::chrono::milliseconds kSample{300};
+constexpr Goal kRateGoal{.kind = Goal::Kind::kAtLeast, .bound = 0.8};
+
+constexpr int kMixedRequests = 10'000;
+constexpr int kMixedCallers = 8;
+constexpr Goal kMemoryGoal{.bound = 0.6};
+
+/// A whole answer as the recorder's workers write it.
+std::string CgiAnswer(const std::string& body) {
+  return "Status: 200\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\nContent-Type: "
+         "application/json\r\n"
+         "Content-Length: " +
+         std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+void CheckTally(const Tally& tally) {
+  if (tally.answered != tally.Asked()) throw WrongAnswer(tally.troubles.empty() ? "?" : tally.troubles.front());
+}
+
+/// A request, and the whole body of its answer.
+struct Exchange {
+  std::string request;
+  std::string body;
+};
+
+/// As a user of the recorder asks.
+Exchange WithLogin(const end_to_end::TestRecorder& recorder) {
+  const std::string query = "vendor=Simcam&model=RTSP-H264";
+  return {HttpRequest("GET", kApi + ("CamCap?" + query), recorder.Login().begin()->second, ""),
+          recorder.Get("CamCap", query).body};
+}
+
+/// As a trusted recorder asks: without a login, which costs the web server more than all the rest.
+Exchange Trusted(const end_to_end::TestRecorder& recorder) {
+  recorder.Control({"trust", "add", "bench"});
+  std::istringstream pair(recorder.Control({"trust", "pair", "bench"}).output);
+  std::string name;
+  std::string cookie;
+  std::string timestamp;
+  pair >> name >> cookie >> name >> timestamp;
+  const std::string body = "client=NVR&vendor=Simcam&model=RTSP-H264&cookie=" + cookie;
+  const std::string request =
+      "POST /trusted/NORV.Vistrel.CameraCap/1/CamCap HTTP/1.1\r\nHost: 127.0.0.1\r\nCookie: timestamp=" + timestamp +
+      "\r\nContent-Type: application/x-www-form-urlencoded\r\nContent-Length: " + std::to_string(body.size()) +
+      "\r\n\r\n" + body;
+  return {request, HttpClient(recorder.Port()).Ask(request).body};
+}
+
+/// Requests a second.
+Way Rate(const end_to_end::TestRecorder& recorder, int callers, const Exchange& exchange) {
+  const Question question{"CamCap", exchange.request, [body = exchange.body](const Reply& reply) {
+                            return reply.body == body ? "" : "another answer: " + reply.body;
+                          }};
+  const std::vector<Callers::Source> sources(static_cast<std::size_t>(callers),
+                                             Callers::Source([question] { return Question(question); }));
+  return [&recorder, sources] {
+    Tally tally;
+    const double time = TimeOf([&] {
+      Callers running(recorder.Port(), sources);
+      std::this_thread::sleep_for(kSample);
+      tally = running.Stop();
+    });
+    CheckTally(tally);
+    return static_cast<double>(tally.answered) / time * 1000;
+  };
+}
+
+std::string RateText(double rate) { return NumberText(rate, 0) + " a second"; }
+std::string MemoryText(long kiB) { return NumberText(static_cast<double>(kiB) / 1024, 1) + " MiB"; }
+
+/// In KiB; ffmpeg tells it itself.
+long PeakOfFfmpeg(const std::string& address, const TempFolder& folder) {
+  const std::string output = (folder.Path() / "picture.jpg").string();
+  const std::string text =
+      end_to_end::Run("/usr/bin/ffmpeg", {"-nostdin", "-y", "-benchmark", "-rtsp_transport", "tcp", "-probesize", "32",
+                                          "-analyzeduration", "0", "-i", address, "-frames:v", "1", output})
+          .output;
+  const std::string name = "maxrss=";
+  const std::size_t place = text.find(name);
+  if (place == std::string::npos) throw WrongAnswer("ffmpeg tells no peak: " + text);
+  return std::stol(text.substr(place + name.size()));
+}
+
+}  // namespace
+
+void AddCallerRows(Table& table) {
+  const end_to_end::TestRecorder recorder;
+  const Exchange withLogin = WithLogin(recorder);
+  const TempFolder folder;
+  setenv("BENCH_ANSWER", folder.Write("answer", CgiAnswer(withLogin.body)).c_str(), 1);
+  const end_to_end::TestRecorder empty({.serveArguments = {"--worker", PROGRAM_FOLDER "/bench_empty_responder"}});
+  for (const auto& [how, exchange] : {std::pair("with a login", withLogin), {"trusted", Trusted(recorder)}}) {
+    for (const int callers : kCallers) {
+      const Comparison rates = Compare(Rate(recorder, callers, exchange), Rate(empty, callers, exchange));
+      table.Add("requests, " + std::to_string(callers) + (callers == 1 ? " caller, " : " callers, ") + how,
+                {"CamCap over HTTP", RateText(rates.ours)},
+                {"the same server and library, an empty responder", RateText(rates.other)}, rates.ratio, kRateGoal);
+    }
+  }
+}
+
+void AddMemoryRow(Table& table) {
+  const TempFolder folder;
+  const TempFolder models;
+  Json::Value configs = CameraConfigs(kMixedCallers);
+  Json::Value open = configs[0];
+  open["name"] = "open";
+  open["login"] = "none";
+  configs.append(open);
+  const end_to_end::SimCameras cameras(configs);
+  const end_to_end::TestRecorder recorder({.modelsFolder = WriteModels(models, kMixedCallers)});
+  const Site site(recorder, cameras);
+  std::vector<Questioner> questioners;
+  questioners.reserve(kMixedCallers);
+  for (int i = 0; i < kMixedCallers; ++i) questioners.emplace_back(site, i, 0);
+  std::vector<Callers::Source> sources;
+  sources.reserve(kMixedCallers);
+  for (Questioner& questioner : questioners) sources.emplace_back([&questioner] { return questioner.Any(); });
+  CheckTally(Callers(recorder.Port(), sources, kMixedRequests).Wait());
+
+  long largest = 0;
+  for (const ProcessInfo& worker : Descendants(getpid(), "recorder-webapi")) {
+    largest = std::max(largest, ResidentKiB(worker.id));
+  }
+  const long peak = PeakOfFfmpeg("rtsp://127.0.0.1:" + std::to_string(cameras.Port("open")) + "/stream1", folder);
+  table.Add("memory", {"the largest worker after 10,000 mixed requests", MemoryText(largest)},
+            {"ffmpeg's peak for one picture", MemoryText(peak)},
+            static_cast<double>(largest) / static_cast<double>(peak), kMemoryGoal);
+}
+
+}  // namespace bench

@@ -1,0 +1,269 @@
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/http_client.h"
+#include "bench/key_frame.h"
+#include "bench/questions.h"
+#include "bench/rows.h"
+#include "bench/session.h"
+#include "tests/recorder/end_to_end/cameras.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+using end_to_end::ParseJson;
+using end_to_end::ToText;
+
+constexpr char kUser[] = "admin";
+constexpr char kPassword[] = "bench";  // without a character that has a meaning in an address
+constexpr char kCamera[] = "camera";
+
+struct Stream {
+  const char* name;
+  const char* model;  ///< and path
+  const char* codec;  ///< the simulated camera's name of it
+  const char* videoType;
+  PictureSize size;
+  bool isForGStreamer;
+};
+
+constexpr Stream kStreams[] = {
+    {"H.264 640×480", "h264-480", "h264", "H.264", {640, 480}, false},
+    {"H.264 1080p", "h264-1080", "h264", "H.264", {1920, 1080}, false},
+    {"H.265 4K", "h265-4k", "h265", "H.265", {3840, 2160}, true},
+    {"MPEG-4 640×480", "mpeg4-480", "mpeg4", "MPEG4", {640, 480}, true},
+    {"MJPEG 1080p", "mjpeg-1080", "jpeg", "MJPEG", {1920, 1080}, true},
+};
+
+using Words = std::vector<std::string>;
+
+// Options of ffmpeg and ffprobe: as people call them, and without the wait for more of the stream.
+const Words kUsual;
+const Words kTuned = {"-rtsp_transport", "tcp", "-probesize", "32", "-analyzeduration", "0"};
+
+Words Join(Words words, const Words& more, const Words& last) {
+  words.insert(words.end(), more.begin(), more.end());
+  words.insert(words.end(), last.begin(), last.end());
+  return words;
+}
+
+constexpr Goal kAgainstUsual{.bound = 0.05};
+constexpr Goal kWarmAgainstTuned{.bound = 0.5};
+constexpr Goal kColdAgainstTuned{.bound = 0.9};
+constexpr Goal kSizeAgainstTuned{.bound = 0.9};
+constexpr Goal kAgainstFloor{.bound = 1.15};
+
+/// One camera with all streams. Every session starts at a key frame, and nothing is encoded while somebody watches. Its
+/// login is Digest without qop (RFC 2069), whose answers can be replayed.
+Json::Value CameraConfig() {
+  Json::Value camera = ParseJson(R"({"server": "scripted", "login": {"offer": ["digest-md5"], "qop": false}})");
+  camera["name"] = kCamera;
+  camera["user"] = kUser;
+  camera["password"] = kPassword;
+  for (const Stream& stream : kStreams) {
+    Json::Value& config = camera["stream"].append(Json::Value());
+    config["codec"] = stream.codec;
+    config["width"] = stream.size.width;
+    config["height"] = stream.size.height;
+    config["path"] = std::string("/") + stream.model;
+  }
+  return camera;
+}
+
+/// Models of vendor "Simcam", one a stream.
+std::filesystem::path WriteStreamModels(const TempFolder& folder) {
+  Json::Value file = ParseJson(R"({"vendor": "Simcam", "source": "made for this run"})");
+  for (const Stream& stream : kStreams) {
+    Json::Value& model = file["models"].append(ParseJson(R"({
+      "channels": {"values": ["1"], "default": "1"}, "snapshot": {"kind": "stream"}, "check": "stream"})"));
+    model["name"] = stream.model;
+    model["stream"]["path"] = std::string("/") + stream.model;
+    Json::Value& codec = model["codecs"].append(Json::Value());
+    codec["name"] = stream.videoType;
+    codec["streamTypes"].append("RTSP");
+  }
+  folder.Write("simcam.json", ToText(file));
+  CopySchema(folder);
+  return folder.Path();
+}
+
+/// The ways to a picture of one stream and to its size.
+class StreamWays {
+ public:
+  StreamWays(const Stream& stream, int cameraPort, const end_to_end::TestRecorder& recorder, const TempFolder& folder)
+      : stream_(stream),
+        cameraPort_(cameraPort),
+        recorder_(recorder),
+        client_(recorder.Port()),
+        login_(recorder.Login().begin()->second),
+        address_("rtsp://127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
+        addressWithLogin_(std::string("rtsp://") + kUser + ":" + kPassword +
+                          "@127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
+        output_(folder.Path() / "picture.jpg"),
+        parameters_(folder.Write("parameters.json", ToText(PictureParameters(cameraPort)))) {}
+
+  Way Warm() {
+    return [this, request = Request("GetSnapshot", PictureParameters(cameraPort_))] {
+      Reply reply;
+      const double time = TimeOf([&] { reply = client_.Ask(request); });
+      CheckPicture(reply.body);
+      return time;
+    };
+  }
+
+  Way Cold() {
+    return TimedOutput([this] {
+      return recorder_.Control({"call", "GetSnapshot", "--json", parameters_.string(), "-o", output_.string()});
+    });
+  }
+
+  Way Ffmpeg(const Words& options) {
+    const Words words =
+        Join({"-nostdin", "-v", "error", "-y"}, options, {"-i", addressWithLogin_, "-frames:v", "1", output_.string()});
+    return TimedOutput([words] { return end_to_end::Run("/usr/bin/ffmpeg", words); });
+  }
+
+  Way GStreamer() {
+    const Words words = {"-q",
+                         "rtspsrc",
+                         "location=" + address_,
+                         std::string("user-id=") + kUser,
+                         std::string("user-pw=") + kPassword,
+                         "protocols=tcp",
+                         "latency=0",
+                         "!",
+                         "decodebin",
+                         "!",
+                         "jpegenc",
+                         "snapshot=true",
+                         "!",
+                         "filesink",
+                         "location=" + output_.string()};
+    return TimedOutput([words] { return end_to_end::Run("/usr/bin/gst-launch-1.0", words); });
+  }
+
+  /// The same session by a bare client, and the libraries' work alone.
+  Way Floor() {
+    SessionRecorder recorder(cameraPort_);
+    CheckPicture(client_.Ask(Request("GetSnapshot", PictureParameters(recorder.Port()))).body);
+    return [this, session = recorder.Finish(), keyFrame = std::make_shared<KeyFrame>(addressWithLogin_)] {
+      std::string jpeg;
+      const double time = TimeOf([&] {
+        Replay(session, cameraPort_);
+        jpeg = keyFrame->ToJpeg();
+      });
+      CheckPicture(jpeg);
+      return time;
+    };
+  }
+
+  Way Size() {
+    Json::Value parameters = end_to_end::CameraParams(cameraPort_, kPassword, std::string("Simcam ") + stream_.model);
+    parameters["camVdoType"] = stream_.videoType;
+    return [this, request = Request("CamCapUserDefineReso", parameters)] {
+      Reply reply;
+      const double time = TimeOf([&] { reply = client_.Ask(request); });
+      CheckSize(ParseJson(reply.body)["data"]["userDefineReso"].asString());
+      return time;
+    };
+  }
+
+  Way Ffprobe(const Words& options) {
+    const Words words = Join(
+        {"-v", "quiet"}, options,
+        {"-select_streams", "v:0", "-show_entries", "stream=width,height", "-of", "csv=p=0:s=x", addressWithLogin_});
+    return [this, words] {
+      std::string text;
+      const double time = TimeOf([&] { text = end_to_end::Run("/usr/bin/ffprobe", words).output; });
+      CheckSize(text.substr(0, text.find('\n')));
+      return time;
+    };
+  }
+
+ private:
+  Json::Value PictureParameters(int port) const {
+    Json::Value parameters = end_to_end::CameraParams(port, kPassword, std::string("Simcam ") + stream_.model);
+    parameters["camVideoType"] = stream_.videoType;
+    parameters["jsonResponse"] = false;
+    return parameters;
+  }
+
+  std::string Request(const std::string& method, const Json::Value& parameters) const {
+    return HttpRequest("POST", kApi + method, login_, ToText(parameters));
+  }
+
+  /// A command that leaves a picture in `output_`.
+  Way TimedOutput(std::function<end_to_end::Finished()> command) const {
+    return [this, command = std::move(command)] {
+      std::filesystem::remove(output_);
+      const double time = TimeOf(command);
+      CheckPicture(end_to_end::ReadText(output_));
+      return time;
+    };
+  }
+
+  void CheckPicture(const std::string& jpeg) const {
+    const PictureSize size = DecodedSize(jpeg);
+    CheckSize(std::to_string(size.width) + "x" + std::to_string(size.height));
+  }
+
+  void CheckSize(const std::string& size) const {
+    const std::string right = std::to_string(stream_.size.width) + "x" + std::to_string(stream_.size.height);
+    if (size != right) throw WrongAnswer("a picture of " + size + " instead of " + right);
+  }
+
+  const Stream& stream_;
+  const int cameraPort_;
+  const end_to_end::TestRecorder& recorder_;
+  HttpClient client_;
+  const std::string login_;
+  const std::string address_;
+  const std::string addressWithLogin_;
+  const std::filesystem::path output_;
+  const std::filesystem::path parameters_;
+};
+
+void AddRowsOf(const Stream& stream, StreamWays& ways, Table& table) {
+  constexpr char kWarm[] = "GetSnapshot over HTTP";
+  constexpr char kCold[] = "recorderctl call, cold";
+  const std::string name = std::string("first JPEG, ") + stream.name;
+  table.Add(name, kWarm, "ffmpeg", Compare(ways.Warm(), ways.Ffmpeg(kUsual)), kAgainstUsual);
+  table.Add(name, kWarm, "ffmpeg, tuned", Compare(ways.Warm(), ways.Ffmpeg(kTuned)), kWarmAgainstTuned);
+  table.Add(name, kCold, "ffmpeg, tuned", Compare(ways.Cold(), ways.Ffmpeg(kTuned)), kColdAgainstTuned);
+  if (stream.isForGStreamer) {
+    table.Add(name, kWarm, "gst-launch", Compare(ways.Warm(), ways.GStreamer()), kWarmAgainstTuned);
+    table.Add(name, kCold, "gst-launch", Compare(ways.Cold(), ways.GStreamer()), kColdAgainstTuned);
+  }
+  table.Add("floor, " + std::string(stream.name), kWarm, "replay + decode + encode", Compare(ways.Warm(), ways.Floor()),
+            kAgainstFloor);
+}
+
+void AddSizeRows(StreamWays& ways, const Stream& stream, Table& table) {
+  const std::string name = std::string("picture size, ") + stream.name;
+  table.Add(name, "CamCapUserDefineReso", "ffprobe", Compare(ways.Size(), ways.Ffprobe(kUsual)), kAgainstUsual);
+  table.Add(name, "CamCapUserDefineReso", "ffprobe, tuned", Compare(ways.Size(), ways.Ffprobe(kTuned)),
+            kSizeAgainstTuned);
+}
+
+}  // namespace
+
+void AddPictureRows(Table& table) {
+  const TempFolder folder;
+  const TempFolder models;
+  const end_to_end::SimCameras cameras(end_to_end::List({CameraConfig()}));
+  const end_to_end::TestRecorder recorder({.modelsFolder = WriteStreamModels(models)});
+  for (const Stream& stream : kStreams) {
+    StreamWays ways(stream, cameras.Port(kCamera), recorder, folder);
+    AddRowsOf(stream, ways, table);
+  }
+  for (const Stream& stream : kStreams) {
+    StreamWays ways(stream, cameras.Port(kCamera), recorder, folder);
+    AddSizeRows(ways, stream, table);
+  }
+}
+
+}  // namespace bench

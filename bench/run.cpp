@@ -1,0 +1,76 @@
+// bench_run: the recorder's answers beside the same answers by other means, in one table.
+
+#include <CLI/CLI.hpp>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/rows.h"
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+namespace {
+
+struct Subject {
+  const char* name;
+  void (*addRows)(Table&);
+};
+
+constexpr Subject kSubjects[] = {
+    {"pictures", AddPictureRows}, {"batch", AddBatchRow},   {"module", AddModuleRows},
+    {"callers", AddCallerRows},   {"memory", AddMemoryRow}, {"growth", AddGrowthRows},
+};
+
+std::string Processor() {
+  std::ifstream lines("/proc/cpuinfo");
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("model name")) return line.substr(line.find(": ") + 2);
+  }
+  return "unknown processor";
+}
+
+std::string Title() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  char date[32];
+  std::strftime(date, sizeof(date), "%Y-%m-%d", localtime_r(&now, &parts));
+  double load = 0;
+  getloadavg(&load, 1);
+  return std::string("# Side by side\n\n`bench/run` of ") + date + " on " +
+         std::to_string(std::thread::hardware_concurrency()) + " processors (" + Processor() + "), load before it " +
+         NumberText(load, 1) +
+         ". Each row: both ways in turn, 9 pairs (the batch 3), every answer checked;\nmedians, and the median of the "
+         "pairs' ratios.\n\n";
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  std::vector<std::string> chosen;
+  CLI::App app("Times the recorder beside other means to the same answers, all on 127.0.0.1, and prints a table.",
+               "bench_run");
+  std::string output;
+  app.add_option("subjects", chosen, "pictures, batch, module, callers, memory, growth (default: all)");
+  app.add_option("--output", output, "file for the table");
+  CLI11_PARSE(app, argc, argv);
+  if (!output.empty()) output = std::filesystem::absolute(output).string();
+  bench::Table table(bench::Title());
+  for (const auto& [name, addRows] : bench::kSubjects) {
+    if (!chosen.empty() && std::find(chosen.begin(), chosen.end(), name) == chosen.end()) continue;
+    try {
+      addRows(table);
+    } catch (const std::exception& error) {
+      table.AddWrong(name, error.what());
+    }
+  }
+  std::cout << table.Markdown();
+  if (!output.empty()) std::ofstream(output) << table.Markdown();
+  return table.ExitStatus();
+}
