@@ -1,8 +1,10 @@
 #include "recorder/media/picture_decoder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include "platform/media.h"
 #include "recorder/media/jpeg_check.h"
@@ -75,9 +77,22 @@ bool HasUndecodedArea(const AVFrame& frame) {
   return false;
 }
 
-}  // namespace
+/// A picture, and what it was decoded from.
+struct KeptPicture {
+  std::uint32_t codec = 0;
+  std::vector<std::uint8_t> configuration;
+  std::vector<std::uint8_t> unit;
+  Frame frame;
 
-Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
+  bool IsOf(std::uint32_t otherCodec, Bytes otherConfiguration, Bytes otherUnit) const {
+    return frame && codec == otherCodec && std::ranges::equal(unit, otherUnit) &&
+           std::ranges::equal(configuration, otherConfiguration);
+  }
+};
+
+thread_local KeptPicture keptPicture;
+
+Frame Decode(std::uint32_t codec, Bytes configuration, Bytes unit) {
   if (unit.empty()) return nullptr;
   const CodecContext context = OpenDecoder(codec, configuration);
   if (!context) return nullptr;
@@ -91,8 +106,21 @@ Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
   return isDamaged || HasUndecodedArea(*frame) ? nullptr : std::move(frame);
 }
 
-bool IsWholeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
-  return codec == kCodecJpeg ? IsWholeJpeg(unit) : DecodeKeyFrame(codec, configuration, unit) != nullptr;
+}  // namespace
+
+Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
+  if (keptPicture.IsOf(codec, configuration, unit)) return std::exchange(keptPicture, {}).frame;
+  return Decode(codec, configuration, unit);
 }
+
+bool IsWholeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
+  if (codec == kCodecJpeg) return IsWholeJpeg(unit);
+  Frame frame = Decode(codec, configuration, unit);
+  if (!frame) return false;
+  keptPicture = {codec, {configuration.begin(), configuration.end()}, {unit.begin(), unit.end()}, std::move(frame)};
+  return true;
+}
+
+void ForgetKeyFrame() { keptPicture = {}; }
 
 }  // namespace recorder

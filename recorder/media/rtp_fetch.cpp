@@ -85,6 +85,7 @@ struct RtpFetch::Impl {
   timeval captureTime{};
   unsigned int nextPart = 0;
 
+  ~Impl() { recorder::ForgetKeyFrame(); }
   recorder::Outcome Open();
   recorder::Outcome NextPart();
   recorder::Outcome ReadUnit();
