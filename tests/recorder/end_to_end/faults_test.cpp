@@ -39,7 +39,7 @@ Json::Value SetUp(const std::string& fault) {
       {"bearer", R"({"login": "bearer"})"},
       {"audioOnly", R"({"stream": {"audio": "only"}})"},
       {"audioFirst", R"({"stream": {"audio": "first"}})"},
-      {"otherCodec", R"({"stream": {"codec": "h265"}})"},
+      {"otherCodec", R"({"server": "scripted", "stream": {"codec": "h265", "source": "clip"}})"},
       {"manyChallenges", R"({"login": {"offer": ["digest-unknown", "digest-sha256", "digest-md5", "basic"]}})"},
       {"oneLineChallenges",
        R"({"login": {"offer": ["digest-unknown", "bearer", "digest-sha256"], "oneHeader": true}})"},
