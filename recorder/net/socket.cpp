@@ -134,7 +134,7 @@ Outcome Socket::Write(std::span<const std::uint8_t> bytes, Clock::time_point dea
       written_ += static_cast<std::uint64_t>(sent);
       bytes = bytes.subspan(static_cast<std::size_t>(sent));
     } else if (!WouldBlock(errno)) {
-      isReset_ = true;
+      hasFailed_ = true;
       return Outcome::kNotUnderstood;
     } else if (!WaitFor(descriptor_.Get(), POLLOUT, deadline)) {
       return Outcome::kTimedOut;
@@ -148,7 +148,7 @@ Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, 
   while (WaitFor(descriptor_.Get(), POLLIN, deadline)) {
     const ssize_t size = recv(descriptor_.Get(), space.data(), space.size(), 0);
     if (size < 0 && WouldBlock(errno)) continue;
-    isReset_ = size < 0;  // which is a way of closing
+    hasFailed_ = size < 0;  // a reset is a way of closing
     received = size > 0 ? static_cast<std::size_t>(size) : 0;
     return Outcome::kOk;
   }
@@ -156,7 +156,7 @@ Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, 
 }
 
 bool Socket::WasClosedUnread() const {
-  if (isReset_) return true;
+  if (hasFailed_) return false;
   tcp_info info{};
   socklen_t size = sizeof info;
   const bool isKnown = getsockopt(descriptor_.Get(), IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&

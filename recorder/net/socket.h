@@ -32,15 +32,14 @@ class Socket {
   /// connection.
   [[nodiscard]] Outcome Read(std::span<std::uint8_t> space, Clock::time_point deadline, std::size_t& received);
 
-  /// True when the camera, which has closed the connection, cannot have read all that was written: its system confirmed
-  /// less, or it reset the connection, as a system does when there is something left to read (RFC 1122 section
-  /// 4.2.2.13). False when that is not known.
+  /// True when the camera, which has closed the connection, cannot have read all that was written, since its system
+  /// confirmed less. False when that is not known, as after a reset.
   [[nodiscard]] bool WasClosedUnread() const;
 
  private:
   FileDescriptor descriptor_;
   std::uint64_t written_ = 0;  // bytes
-  bool isReset_ = false;
+  bool hasFailed_ = false;     // a reading or writing, without the camera's orderly end
 };
 
 }  // namespace recorder
