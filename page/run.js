@@ -199,13 +199,9 @@ export class Run {
 
   #pauseIfAllRefused() {
     if (this.#loginsAreRight || this.state !== "running" || this.pause) return;
-    const tested = this.rows.filter((row) => row.testedAt);
-    if (tested.length < FIRST_GROUP || this.waiting.length === 0) return;
-    if (tested.some((row) => row.code !== LOGIN_REFUSED)) {
-      this.#loginsAreRight = true;
-      return;
-    }
-    const text = `The first ${tested.length} logins were all refused. Is the shared password right?`;
+    const refused = this.rows.filter((row) => row.testedAt && row.code === LOGIN_REFUSED).length;
+    if (refused < FIRST_GROUP || this.waiting.length === 0) return;
+    const text = `The first ${refused} logins were all refused. Is the shared password right?`;
     this.pause = { kind: "logins", text };
   }
 
