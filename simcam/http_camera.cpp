@@ -14,22 +14,6 @@ namespace {
 
 constexpr const char* kMovedPath = "/moved";
 
-const char* Reason(int status) {
-  constexpr std::pair<int, const char*> kReasons[] = {{200, "OK"},
-                                                      {302, "Found"},
-                                                      {400, "Bad Request"},
-                                                      {401, "Unauthorized"},
-                                                      {403, "Forbidden"},
-                                                      {404, "Not Found"},
-                                                      {405, "Method Not Allowed"},
-                                                      {500, "Internal Server Error"},
-                                                      {503, "Service Unavailable"}};
-  for (const auto& [code, text] : kReasons) {
-    if (code == status) return text;
-  }
-  return "Because";
-}
-
 /// Takes "size=WxH" out of a path's query; the size, or nothing if none was asked for.
 std::optional<Size> TakeSize(std::string& path) {
   const size_t query = path.find('?');

@@ -65,4 +65,25 @@ std::optional<Request> TakeRequest(std::string& buffer) {
   return request;
 }
 
+const char* Reason(int status) {
+  constexpr std::pair<int, const char*> kReasons[] = {{200, "OK"},
+                                                      {302, "Found"},
+                                                      {400, "Bad Request"},
+                                                      {401, "Unauthorized"},
+                                                      {403, "Forbidden"},
+                                                      {404, "Not Found"},
+                                                      {405, "Method Not Allowed"},
+                                                      {453, "Not Enough Bandwidth"},
+                                                      {454, "Session Not Found"},
+                                                      {455, "Method Not Valid in This State"},
+                                                      {461, "Unsupported Transport"},
+                                                      {500, "Internal Server Error"},
+                                                      {501, "Not Implemented"},
+                                                      {503, "Service Unavailable"}};
+  for (const auto& [code, text] : kReasons) {
+    if (code == status) return text;
+  }
+  return "Because";
+}
+
 }  // namespace simcam

@@ -32,4 +32,7 @@ std::string PathOf(const std::string& address);
 /// understood gives a request with an empty method.
 std::optional<Request> TakeRequest(std::string& buffer);
 
+/// The reason phrase of a status of HTTP or of RTSP, which took HTTP's over (RFC 2326, section 7.1.1).
+const char* Reason(int status);
+
 }  // namespace simcam

@@ -20,24 +20,6 @@ constexpr int kUsualTimeout = 60;
 
 enum class Phase { kConnect, kDescribe, kSetup, kPlay };
 
-const char* Reason(int status) {
-  constexpr std::pair<int, const char*> kReasons[] = {{200, "OK"},
-                                                      {400, "Bad Request"},
-                                                      {401, "Unauthorized"},
-                                                      {403, "Forbidden"},
-                                                      {404, "Not Found"},
-                                                      {453, "Not Enough Bandwidth"},
-                                                      {454, "Session Not Found"},
-                                                      {455, "Method Not Valid in This State"},
-                                                      {461, "Unsupported Transport"},
-                                                      {501, "Not Implemented"},
-                                                      {503, "Service Unavailable"}};
-  for (const auto& [code, text] : kReasons) {
-    if (code == status) return text;
-  }
-  return "Because";
-}
-
 struct PhaseFault {
   Phase phase;  ///< reached last
   Fault silent;
@@ -149,12 +131,17 @@ class Conversation {
   bool LoggedIn(const Request& request) {
     const Verdict verdict = login_.Check(request.method, request.target, request.Header("Authorization"));
     if (verdict.status == 200) return true;
+    const bool isWrong = !request.Header("Authorization").empty();
+    if (isWrong && (fault_ == Fault::kHangUpOnLogin || fault_ == Fault::kResetOnLogin)) {
+      if (fault_ == Fault::kResetOnLogin) socket_.ResetAtEnd();
+      return open_ = false;
+    }
     std::vector<std::string> headers;
     for (const std::string& challenge : verdict.challenges) headers.push_back("WWW-Authenticate: " + challenge);
-    const bool closes = fault_ == Fault::kCloseWith401 && verdict.status == 401;
-    if (closes) headers.emplace_back("Connection: close");
+    if (fault_ == Fault::kCloseWith401) headers.emplace_back("Connection: close");
+    if (fault_ == Fault::kHangUpWith401) socket_.SendAtEnd();  // or a quick login would arrive before the end
     Answer(request, verdict.status, headers);
-    if (closes) open_ = false;
+    if (fault_ == Fault::kCloseWith401 || fault_ == Fault::kHangUpWith401) open_ = false;
     return false;
   }
 

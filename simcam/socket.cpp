@@ -100,6 +100,16 @@ bool Socket::Receive(std::string& buffer) const {
 
 void Socket::Shutdown() const { shutdown(descriptor_, SHUT_RDWR); }
 
+void Socket::SendAtEnd() const {
+  const int on = 1;
+  setsockopt(descriptor_, IPPROTO_TCP, TCP_CORK, &on, sizeof on);
+}
+
+void Socket::ResetAtEnd() const {
+  const linger atOnce{1, 0};
+  setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+}
+
 bool IsEstablished(int descriptor) {
   tcp_info info{};
   socklen_t size = sizeof info;

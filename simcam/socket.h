@@ -43,6 +43,10 @@ class Socket {
 
   /// Ends the connection in both directions; the descriptor lives on until destruction.
   void Shutdown() const;
+  /// Keeps what is sent from now on, if it fits into one segment, until the connection's end leaves with it.
+  void SendAtEnd() const;
+  /// Makes the destructor end the connection with a reset instead of an orderly end.
+  void ResetAtEnd() const;
   /// Gives the descriptor away.
   int Release();
 

@@ -108,15 +108,19 @@ TEST(Password, StoredOneGoesToItsOwnCameraAlone) {
 }
 
 TEST(Password, WrongOneIsTriedOnce) {
-  const SimCameras cameras(List({Camera("camera")}));
+  const char* const faults[] = {"none", "hangUpWith401", "hangUpOnLogin", "resetOnLogin"};
+  Json::Value list;
+  for (const char* fault : faults) list.append(Faulty(fault, fault));
+  const SimCameras cameras(list);
   const TestRecorder recorder;
-  const int port = cameras.Port("camera");
-  int tried = 0;
-  for (const char* method : kCameraMethods) {
-    SCOPED_TRACE(method);
-    EXPECT_NE(CodeOf(recorder, method, CameraParams(port, "wrong")), 0);
-    EXPECT_EQ(cameras.Log("camera")["refusedLogins"].asInt(), ++tried);
-    EXPECT_EQ(CodeOf(recorder, method, CameraParams(port, kSecret)), 0);
+  for (const char* fault : faults) {
+    int tried = 0;
+    for (const char* method : kCameraMethods) {
+      SCOPED_TRACE(std::string(fault) + " " + method);
+      EXPECT_NE(CodeOf(recorder, method, CameraParams(cameras.Port(fault), "wrong")), 0);
+      EXPECT_EQ(cameras.Log(fault)["refusedLogins"].asInt(), ++tried);
+      EXPECT_EQ(CodeOf(recorder, method, CameraParams(cameras.Port(fault), kSecret)), 0);
+    }
   }
 }
 
