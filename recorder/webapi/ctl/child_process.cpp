@@ -4,14 +4,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <string>
 #include <utility>
+
+#include "recorder/utility/log.h"
 
 namespace recorder {
 
 ChildProcess::ChildProcess(const std::function<void()>& execute) {
   const pid_t parent = getpid();
   process_ = fork();
+  if (process_ < 0) LogFailure(std::string("No process can be started: ") + std::strerror(errno));
   if (process_ != 0) return;
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(1);  // it ended before that

@@ -13,7 +13,7 @@ class ChildProcess {
   ChildProcess() = default;
 
   /// Runs `execute` in a new process, which has no signal blocked; it replaces itself by a program, and ends with
-  /// status 127 when that fails. Without a new process the child counts as ended.
+  /// status 127 when that fails. Without a new process, which is logged, the child counts as ended.
   explicit ChildProcess(const std::function<void()>& execute);
   ChildProcess(ChildProcess&& other) noexcept;
   ChildProcess& operator=(ChildProcess&& other) noexcept;

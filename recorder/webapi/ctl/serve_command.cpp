@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -82,20 +83,25 @@ class RunFolder {
   path operator/(const char* name) const { return folder_ / name; }
 
  private:
-  /// Nothing when another server has the folder.
+  /// Nothing when another server has the folder, or it is another user's.
   static FileDescriptor Lock(const path& folder) {
     FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    return lock && flock(lock.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(lock) : FileDescriptor();
+    struct stat status {};
+    const bool isOurs = lock && fstat(lock.Get(), &status) == 0 && status.st_uid == geteuid();
+    return isOurs && flock(lock.Get(), LOCK_EX | LOCK_NB) == 0 ? std::move(lock) : FileDescriptor();
   }
 
   /// Removes the folders of servers that were killed: requests may lie there that hold passwords.
   static void RemoveAbandoned() {
     constexpr std::chrono::minutes kYoungest{1};  // the owner of a younger one may be about to lock it
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::error_code error;
     std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::temp_directory_path(), ignored)) {
-      if (!entry.path().filename().string().starts_with(kName) || !entry.is_directory(ignored)) continue;
-      if (entry.last_write_time(ignored) > std::filesystem::file_time_type::clock::now() - kYoungest) continue;
-      if (Lock(entry.path())) std::filesystem::remove_all(entry.path(), ignored);
+    for (std::filesystem::directory_iterator entry(std::filesystem::temp_directory_path(), error), end;
+         !error && entry != end; entry.increment(error)) {
+      const bool isFolder = entry->path().filename().string().starts_with(kName);
+      if (!isFolder || entry->last_write_time(ignored) > now - kYoungest) continue;
+      if (const FileDescriptor lock = Lock(entry->path())) std::filesystem::remove_all(entry->path(), ignored);
     }
   }
 

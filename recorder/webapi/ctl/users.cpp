@@ -80,7 +80,6 @@ std::vector<std::string> ListUsers(const path& stateFolder) {
 void StoreUser(const path& stateFolder, const std::string& name, const std::string& password) {
   CheckName(name);
   CheckPassword(password);
-  MakePrivateFolder(stateFolder);
   const std::string entry = name + ':' + HashOf(password);
   const FileDescriptor lock = LockFolder(stateFolder);
   std::vector<std::string> lines = Lines(stateFolder);
@@ -90,7 +89,6 @@ void StoreUser(const path& stateFolder, const std::string& name, const std::stri
 }
 
 bool RemoveUser(const path& stateFolder, const std::string& name) {
-  MakePrivateFolder(stateFolder);
   const FileDescriptor lock = LockFolder(stateFolder);
   std::vector<std::string> lines = Lines(stateFolder);
   if (std::erase_if(lines, [&](const std::string& line) { return NameOf(line) == name; }) == 0) return false;
