@@ -12,6 +12,7 @@
 #include "bench/processes.h"
 #include "bench/questions.h"
 #include "bench/rows.h"
+#include "recorder/webapi/cgi_answer.h"
 #include "tests/recorder/end_to_end/support.h"
 
 namespace bench {
@@ -28,10 +29,10 @@ constexpr Goal kMemoryGoal{.bound = 0.6};
 
 /// A whole answer as the recorder's workers write it.
 std::string CgiAnswer(const std::string& body) {
-  return "Status: 200\r\nCache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\nContent-Type: "
-         "application/json\r\n"
-         "Content-Length: " +
-         std::to_string(body.size()) + "\r\n\r\n" + body;
+  recorder::ApiAnswer answer;
+  answer.kind = recorder::ApiAnswer::Kind::kJson;
+  answer.json = end_to_end::ParseJson(body);
+  return recorder::ToCgi(answer);
 }
 
 void CheckTally(const Tally& tally) {

@@ -1,6 +1,7 @@
 // bench_run: the recorder's answers beside the same answers by other means, in one table.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -57,7 +58,9 @@ int main(int argc, char** argv) {
   CLI::App app("Times the recorder beside other means to the same answers, all on 127.0.0.1, and prints a table.",
                "bench_run");
   std::string output;
-  app.add_option("subjects", chosen, "pictures, batch, module, callers, memory, growth (default: all)");
+  std::vector<std::string> names;
+  for (const auto& subject : bench::kSubjects) names.emplace_back(subject.name);
+  app.add_option("subjects", chosen, "what to time (default: all)")->check(CLI::IsMember(names));
   app.add_option("--output", output, "file for the table");
   CLI11_PARSE(app, argc, argv);
   if (!output.empty()) output = std::filesystem::absolute(output).string();
