@@ -7,7 +7,6 @@
  * @property {string} user
  * @property {string} password
  * @property {string} path with its query; "" when there is none
- * @property {string} scheme in lower case; "" for a plain host
  */
 
 /** @type {Readonly<Record<string, string>>} */
@@ -33,13 +32,27 @@ function splitHost(text) {
   return parts.length === 2 ? { host: parts[0] ?? "", port: parts[1] ?? "" } : { host: text, port: "" };
 }
 
+const WHOLE = /^([a-z][a-z0-9+.-]*):\/\/([^/?#]*)(.*)$/i;
+
 /**
+ * Whether a text holds a login that cannot be told from the rest: "@" stands where RFC 3986 has no user any more, most
+ * likely behind a password with "/", "?" or "#" in it. No part of such a text may be shown.
+ * @param {string} text
+ */
+export function hidesLogin(text) {
+  const [, , , rest = text] = WHOLE.exec(text.trim()) ?? [];
+  return rest.includes("@");
+}
+
+/**
+ * A text that hides a login is not split: all of it is the host.
  * @param {string} text
  * @returns {AddressParts}
  */
 export function splitAddress(text) {
-  const whole = /^([a-z][a-z0-9+.-]*):\/\/([^/?#]*)(.*)$/i.exec(text.trim());
-  if (!whole) return { ...splitHost(text.trim()), user: "", password: "", path: "", scheme: "" };
+  if (hidesLogin(text)) return { host: text.trim(), port: "", user: "", password: "", path: "" };
+  const whole = WHOLE.exec(text.trim());
+  if (!whole) return { ...splitHost(text.trim()), user: "", password: "", path: "" };
   const [, scheme = "", authority = "", path = ""] = whole;
   const at = authority.lastIndexOf("@");
   const [user = "", ...password] = authority.slice(0, Math.max(at, 0)).split(":");
@@ -50,7 +63,6 @@ export function splitAddress(text) {
     user: decode(user),
     password: decode(password.join(":")),
     path: path === "/" ? "" : path,
-    scheme: scheme.toLowerCase(),
   };
 }
 
@@ -60,7 +72,10 @@ export function splitAddress(text) {
  */
 export function hostMistake(host) {
   if (host === "") return "missing.";
-  return /[\s/\\@?#[\]"'<>,;]/.test(host) ? `${host} is not a host name or address.` : "";
+  if (host.includes("@")) {
+    return "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).";
+  }
+  return /[\s/\\?#[\]"'<>,;]/.test(host) ? `${host} is not a host name or address.` : "";
 }
 
 /** @param {string} port */

@@ -53,11 +53,12 @@ export class Trouble extends Error {
 export const STORED_PASSWORD = "[stored-password-6f1e0b9c42d7]";
 
 /** How long an answer may take before it counts as missing. The recorder's own limits are far below. */
-export const ANSWER_LIMIT_MS = 90_000;
+const ANSWER_LIMIT_MS = 90_000;
 
 const ADDRESS = "/api/NORV.Vistrel.CameraCap/1/";
 const NOT_ADMITTED = 105;
 const ANSWERED_STATUS = 200;
+const NO_SIZE = 457;
 
 /** @type {(state: "answered" | "offline" | "signedOut") => void} */
 let tellState = () => {};
@@ -109,9 +110,13 @@ function troubleOf(status, body) {
   if (status === 401 || body?.error?.code === NOT_ADMITTED) {
     return new Trouble("signedOut", "The recorder wants you to sign in again.");
   }
-  if (status >= 502 && status <= 504) return new Trouble("offline", "The recorder is not reachable.");
+  if (body === null && (status === 502 || status === 504)) {
+    return new Trouble("offline", "The recorder is not reachable.");
+  }
   if (status === ANSWERED_STATUS && typeof body?.success === "boolean") return null;
-  return new Trouble("refused", body?.error?.message ?? `It answered with status ${status}.`);
+  const busy = "All workers of the recorder are busy. Try again in a moment.";
+  const text = status === 503 ? busy : `It answered with status ${status}.`;
+  return new Trouble("refused", body?.error?.message ?? text);
 }
 
 /**
@@ -272,12 +277,14 @@ export async function askCapabilities(camera, signal) {
  * Measures a picture of a camera that the user describes.
  * @param {Camera} camera
  * @param {AbortSignal} [signal]
- * @returns {Promise<Outcome<string>>} such as "640x480"; "" when the recorder named none
+ * @returns {Promise<Outcome<string>>} such as "640x480"
  */
 export async function measureSize(camera, signal) {
   const parameters = { ...askParameters(camera), camSourcePath: camera.path, camVdoType: camera.codec };
   const outcome = await inTurn([camera.host], () => call("CamCapUserDefineReso", parameters, signal));
-  return outcome.code === 0 ? { value: outcome.value?.userDefineReso ?? "", code: 0 } : outcome;
+  if (outcome.code !== 0) return outcome;
+  const size = outcome.value?.userDefineReso;
+  return size ? { value: size, code: 0 } : { value: null, code: NO_SIZE };
 }
 
 /**

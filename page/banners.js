@@ -19,6 +19,7 @@ export function watchConnection(models) {
     timer = window.setTimeout(async () => {
       timer = 0;
       await models.load();
+      if (!offline.hidden && !timer) retryLater(); // it came to nothing, and nobody was told
     }, seconds * 1000);
   };
   watchRecorder((state) => {

@@ -1,7 +1,8 @@
 /// A list of cameras out of a file: columns, cells, and what is wrong with them. Asks nobody.
 
-import { hostMistake, portMistake, splitAddress } from "./address.js";
+import { hidesLogin, hostMistake, portMistake, splitAddress } from "./address.js";
 import { STORED_PASSWORD } from "./api.js";
+import { TEST_CAUSES, causeOf } from "./causes.js";
 import { decodeText, isWorkbook, parseCsv, unguardCell } from "./csv.js";
 import { defaultPort, isUserDefined } from "./models.js";
 import { counted } from "./text.js";
@@ -22,6 +23,7 @@ import { counted } from "./text.js";
  *
  * What a run made of a row. "waiting": not tested; "unknown": nobody waited for the answer.
  * @typedef {"waiting" | "testing" | "passed" | "failed" | "held" | "unknown"} Result
+ * @typedef {Result | "toFix" | "leftOut"} Kind
  *
  * @typedef {object} Row
  * @property {number} line of the file
@@ -33,6 +35,7 @@ import { counted } from "./text.js";
  * @property {number} sameAs line of the same camera further up; 0 for none
  * @property {boolean} asDuplicate is tested although the same camera is further up
  * @property {boolean} asHeld is tested although its login was refused at its host
+ * @property {boolean} isForgotten had a password, its own or the shared one, that was forgotten
  * @property {Result} result
  * @property {number} code of the failure; 0 for none
  * @property {string} note why a row has no result
@@ -61,6 +64,9 @@ export const COLUMNS = [
 export const CODECS = ["H.264", "H.265", "MJPEG", "MPEG4", "MXPEG"];
 export const STREAMS = ["RTSP", "HTTP"];
 const MOST_ROWS = 1000;
+
+/** Of a row that was not tested. */
+export const UNTESTED = /** @type {const} */ ({ result: "waiting", code: 0, note: "", testedAt: null });
 
 /** @type {Readonly<Record<string, Column>>} */
 const SYNONYMS = {
@@ -164,15 +170,14 @@ function readRow({ number, cells }, columns) {
     sameAs: 0,
     asDuplicate: false,
     asHeld: false,
-    result: "waiting",
-    code: 0,
-    note: "",
-    testedAt: null,
+    isForgotten: false,
+    ...UNTESTED,
   };
 }
 
 /**
  * Spreads an address such as "host:8080" or a whole stream address over its columns; what stands there already wins.
+ * Of one that hides a login, "@" alone is kept: cells are shown and exported.
  * @param {Cells} cells
  * @returns {Cells}
  */
@@ -180,7 +185,7 @@ export function splitCells(cells) {
   const { host, port, user, password, path } = splitAddress(cells.address);
   return {
     ...cells,
-    address: host,
+    address: hidesLogin(host) ? "@" : host,
     port: cells.port || port,
     user: cells.user || user,
     password: cells.password || password,
@@ -205,11 +210,11 @@ function findModel({ vendor, model, path }, defaults, models) {
 }
 
 /**
- * The value of a list that is meant, without regard to capitals and dots.
+ * The value of a list that is meant, without regard to capitals and dots: "" for any, undefined for none of them.
  * @param {string} text
  * @param {string[]} values
  */
-function meant(text, values) {
+export function meant(text, values) {
   const plain = (/** @type {string} */ value) => value.toLowerCase().replace(/[^a-z0-9]/g, "");
   if (text === "" || plain(text) === "any") return "";
   return values.find((value) => plain(value) === plain(text));
@@ -297,8 +302,22 @@ function noticesOf(cells) {
 export const ridesInGroup = (camera) =>
   !camera.channel && !camera.path && !camera.codec && !camera.stream && !isUserDefined(camera);
 
+/** @param {Row} row @returns {Kind} */
+export function kindOf(row) {
+  if (row.problems.length > 0) return "toFix";
+  return row.sameAs && !row.asDuplicate ? "leftOut" : row.result;
+}
+
+/** Why a row is of its kind; "" where there is nothing to say. @param {Row} row */
+export function reasonOf(row) {
+  const kind = kindOf(row);
+  if (kind === "toFix") return row.problems.join(" ");
+  if (kind === "leftOut") return `same camera as line ${row.sameAs}`;
+  return kind === "failed" ? causeOf(TEST_CAUSES, row.code).heading : row.note;
+}
+
 /** Rows that a run may test. @param {Row} row */
-export const isTestable = (row) => row.camera !== null && (row.sameAs === 0 || row.asDuplicate);
+export const isTestable = (row) => row.camera !== null && kindOf(row) !== "leftOut";
 
 /**
  * Whose password a row is tested with, in a word.
@@ -310,9 +329,14 @@ export function passwordWord({ cells }, defaults) {
   return defaults.password ? "shared" : "none";
 }
 
-/** @param {Row[]} rows */
-export function forgetPasswords(rows) {
+/** Rows that would be tested with no password, because theirs was forgotten. @param {Row} row */
+export const lacksPassword = ({ camera, isForgotten }) =>
+  isForgotten && camera !== null && camera.user !== "" && camera.password === "";
+
+/** @param {Row[]} rows @param {Defaults} defaults */
+export function forgetPasswords(rows, defaults) {
   for (const row of rows) {
+    if (passwordWord(row, defaults) !== "none") row.isForgotten = true;
     row.cells.password = "";
     if (row.camera) row.camera.password = "";
   }

@@ -1,5 +1,6 @@
 /// The table of what a camera can do.
 
+import { CAPABILITY_CAUSES, causeOf } from "./causes.js";
 import { el } from "./dom.js";
 
 /** @typedef {import("./api.js").Capabilities} Capabilities */
@@ -55,6 +56,17 @@ function rowsOf(can) {
     ["Storage of its own", yesNo(can.hasEdgeStg)],
     ["User of a new camera", can.defUser || "none reported"],
   ];
+}
+
+/**
+ * The table, or why there is none.
+ * @param {import("./api.js").Outcome<Capabilities>} outcome
+ * @param {string} caption
+ */
+export function describeCapabilities({ value, code }, caption) {
+  if (value) return capabilityTable(value, caption);
+  const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, code);
+  return el("p", {}, el("strong", { text: heading }), `. ${happened} ${first}`);
 }
 
 /**

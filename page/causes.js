@@ -9,6 +9,9 @@
  * @property {Field} field the field to look at
  */
 
+/** The code of a test whose login the camera refused. */
+export const LOGIN_REFUSED = 464;
+
 /** Codes of CameraTest and of a list's rows. @type {Readonly<Record<number, Cause>>} */
 export const TEST_CAUSES = {
   462: {

@@ -45,10 +45,45 @@ export function button(text, press, attributes = {}) {
 }
 
 /**
+ * "Any", which is the empty text, and these; keeps what is chosen if it can.
+ * @param {HTMLSelectElement} select
+ * @param {string[]} values
+ */
+export function setOptions(select, values) {
+  const chosen = select.value;
+  select.replaceChildren(
+    el("option", { value: "", text: "Any" }),
+    ...values.map((text) => el("option", { value: text, text })),
+  );
+  setSelected(select, values.includes(chosen) ? chosen : "");
+}
+
+/**
+ * Chooses a value, and adds it if it is not offered.
+ * @param {HTMLSelectElement} select
+ * @param {string} value
+ */
+export function setSelected(select, value) {
+  if (![...select.options].some((option) => option.value === value))
+    select.append(el("option", { value, text: value }));
+  select.value = value;
+}
+
+const SAY_AFTER_MS = 500;
+let sayTimer = 0;
+
+/** Says it when nothing else was to be said for a moment: while somebody types. @param {string} text "" for nothing */
+export function sayLater(text) {
+  clearTimeout(sayTimer);
+  if (text) sayTimer = window.setTimeout(() => say(text), SAY_AFTER_MS);
+}
+
+/**
  * Says a sentence to screen readers, through the page's one status line.
  * @param {string} text
  */
 export function say(text) {
+  clearTimeout(sayTimer);
   byId("status", HTMLElement).textContent = text;
 }
 

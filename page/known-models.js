@@ -1,22 +1,19 @@
 /// The view of the models that the recorder knows. Contacts no camera.
 
 import * as api from "./api.js";
-import { capabilityTable } from "./capabilities.js";
-import { CAPABILITY_CAUSES, causeOf } from "./causes.js";
-import { button, byId, el, say } from "./dom.js";
+import { capabilityTable, describeCapabilities } from "./capabilities.js";
+import { button, byId, el, sayLater } from "./dom.js";
 import { labelOf } from "./models.js";
-import { counted } from "./text.js";
+import { counted, messageOf } from "./text.js";
 
 /** @typedef {import("./api.js").Model} Model */
 
 const MOST_SHOWN = 200;
-const SPEAK_AFTER_MS = 500;
 
 /** An address of this view. @param {Model} model */
 const hashOf = ({ vendor, model }) => `#models/${encodeURIComponent(vendor)}/${encodeURIComponent(model)}`;
 
 export class KnownModels {
-  #speakTimer = 0;
   /** @type {api.StoredCamera[]} */
   #stored = [];
   #shownKey = "";
@@ -31,11 +28,7 @@ export class KnownModels {
     this.search = byId("models-search", HTMLInputElement);
     this.search.addEventListener("input", () => {
       this.#show();
-      clearTimeout(this.#speakTimer);
-      this.#speakTimer = window.setTimeout(
-        () => say(byId("models-count", HTMLElement).textContent ?? ""),
-        SPEAK_AFTER_MS,
-      );
+      sayLater(byId("models-count", HTMLElement).textContent ?? "");
     });
     byId("models-clear", HTMLButtonElement).addEventListener("click", () => {
       this.search.value = "";
@@ -126,15 +119,12 @@ export class KnownModels {
     const test = button("Test a camera with this model", () => this.test(model), { class: "main" });
     const path = el("p", { class: "hint", text: "The user gives the path of the stream." });
     try {
-      const { value, code } = await api.readCapabilities(model.vendor, model.model);
-      const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, code);
-      const content = value
-        ? capabilityTable(value, "Capabilities, from the model list")
-        : el("p", {}, el("strong", { text: heading }), `. ${happened} ${first}`);
+      const outcome = await api.readCapabilities(model.vendor, model.model);
+      const content = describeCapabilities(outcome, "Capabilities, from the model list");
       return [test, ...(model.needsPath ? [path] : []), content];
     } catch (error) {
       this.#shownKey = ""; // the next try reads it again
-      return [el("p", { text: error instanceof Error ? error.message : String(error) })];
+      return [el("p", { text: messageOf(error) })];
     }
   }
 

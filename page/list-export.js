@@ -1,13 +1,12 @@
 /// What a list of cameras becomes when it leaves the page: tables without passwords.
 
-import { TEST_CAUSES, causeOf } from "./causes.js";
-import { COLUMNS } from "./camera-list.js";
+import { COLUMNS, kindOf, reasonOf } from "./camera-list.js";
 import { guardCell, isFormula, writeCsv } from "./csv.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
 
 /** A point in time as ISO 8601 writes it, with the offset of this place. @param {Date} time */
-export function isoTime(time) {
+function isoTime(time) {
   const two = (/** @type {number} */ number) => String(Math.trunc(number)).padStart(2, "0");
   const offset = -time.getTimezoneOffset();
   const date = `${time.getFullYear()}-${two(time.getMonth() + 1)}-${two(time.getDate())}`;
@@ -15,7 +14,7 @@ export function isoTime(time) {
   return `${date}T${clock}${offset < 0 ? "-" : "+"}${two(Math.abs(offset) / 60)}:${two(Math.abs(offset) % 60)}`;
 }
 
-/** @type {Readonly<Record<Row["result"], string>>} */
+/** What came of a row, in words that do not change. @type {Readonly<Record<import("./camera-list.js").Kind, string>>} */
 const RESULT_WORDS = {
   waiting: "not tested",
   testing: "not tested",
@@ -23,21 +22,9 @@ const RESULT_WORDS = {
   failed: "failed",
   held: "held",
   unknown: "unknown",
+  toFix: "to fix",
+  leftOut: "left out",
 };
-
-/** What came of a row, in words that do not change. @param {Row} row */
-export function resultWord(row) {
-  if (row.problems.length > 0) return "to fix";
-  if (row.sameAs && !row.asDuplicate) return "left out";
-  return RESULT_WORDS[row.result];
-}
-
-/** @param {Row} row */
-function causeText(row) {
-  if (row.problems.length > 0) return row.problems.join(" ");
-  if (row.sameAs && !row.asDuplicate) return `same camera as line ${row.sameAs}`;
-  return row.code ? causeOf(TEST_CAUSES, row.code).heading : row.note;
-}
 
 /**
  * The columns that the page reads, what was tested in them, and what came of it.
@@ -52,9 +39,9 @@ export function exportResults(rows) {
     return [
       ...columns.map((column) => guardCell(String(cells[column]))),
       String(row.line),
-      resultWord(row),
+      RESULT_WORDS[kindOf(row)],
       row.code ? String(row.code) : "",
-      guardCell(causeText(row)),
+      guardCell(reasonOf(row)),
       row.testedAt ? isoTime(row.testedAt) : "",
     ];
   });

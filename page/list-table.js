@@ -1,14 +1,13 @@
 /// The table of a list of cameras. Rows keep the file's order; a change redraws its row alone.
 
-import { passwordWord } from "./camera-list.js";
-import { TEST_CAUSES, causeOf } from "./causes.js";
+import { kindOf, passwordWord, reasonOf } from "./camera-list.js";
 import { button, byId, el } from "./dom.js";
 import { labelOf } from "./models.js";
 
 /**
  * @typedef {import("./camera-list.js").Row} Row
  * @typedef {import("./camera-list.js").Defaults} Defaults
- * @typedef {Exclude<import("./camera-list.js").Result, never> | "toFix" | "leftOut"} Kind
+ * @typedef {import("./camera-list.js").Kind} Kind
  */
 
 /** What a filter is called, in the order they stand. @type {Readonly<Record<Kind, string>>} */
@@ -35,20 +34,12 @@ const SIGNS = {
   waiting: "–",
 };
 
-/** @param {Row} row @returns {Kind} */
-export function kindOf(row) {
-  if (row.problems.length > 0) return "toFix";
-  if (row.sameAs && !row.asDuplicate) return "leftOut";
-  return row.result;
-}
-
 /** @param {Row} row */
 function resultText(row) {
   const kind = kindOf(row);
-  if (kind === "toFix") return `To fix: ${row.problems.join(" ")}`;
-  if (kind === "leftOut") return `Left out, same camera as line ${row.sameAs}`;
-  if (kind === "failed") return causeOf(TEST_CAUSES, row.code).heading;
-  return row.note ? `${KINDS[kind]}: ${row.note}` : KINDS[kind];
+  const reason = reasonOf(row);
+  if (kind === "failed") return reason;
+  return reason ? `${KINDS[kind]}: ${reason}` : KINDS[kind];
 }
 
 /** Sign and words of what came of a row. @param {Row} row */

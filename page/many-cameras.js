@@ -2,20 +2,31 @@
 
 import { portMistake } from "./address.js";
 import * as api from "./api.js";
-import { checkRows, forgetPasswords, isTestable, readList, readListFile } from "./camera-list.js";
-import { TEST_CAUSES, causeOf } from "./causes.js";
+import {
+  UNTESTED,
+  checkRows,
+  forgetPasswords,
+  isTestable,
+  kindOf,
+  lacksPassword,
+  readList,
+  readListFile,
+  reasonOf,
+} from "./camera-list.js";
+import { LOGIN_REFUSED, TEST_CAUSES, causeOf } from "./causes.js";
 import { ask, button, byId, download, el, say, showMistake } from "./dom.js";
 import { exportForImport, exportResults } from "./list-export.js";
-import { ListTable, kindOf, KINDS } from "./list-table.js";
+import { ListTable, KINDS } from "./list-table.js";
 import { ModelField } from "./model-field.js";
-import { Refusals } from "./refusals.js";
+import { HELD, Refusals } from "./refusals.js";
 import { RowDetails } from "./row-details.js";
 import { FIRST_GROUP, GROUP, Run, countRequests } from "./run.js";
 import { counted } from "./text.js";
 
 /**
+ * @typedef {import("./api.js").Camera} Camera
  * @typedef {import("./camera-list.js").Row} Row
- * @typedef {import("./list-table.js").Kind} Kind
+ * @typedef {import("./camera-list.js").Kind} Kind
  */
 
 /** In the order in which the focus passes on from one that vanishes. */
@@ -48,7 +59,8 @@ export class ManyCameras {
     };
     this.modelField = new ModelField(this.defaultFields.model, models);
     this.details = new RowDetails(models, {
-      edited: (row) => this.#rowEdited(row),
+      edited: () => this.#check(),
+      maySend: (row) => this.#maySend(row),
       test: (row) => this.#test([row]),
       openOne,
       isRunning: () => this.#run !== null,
@@ -130,7 +142,8 @@ export class ManyCameras {
 
   /** Empties every place that holds a password. */
   forgetPasswords() {
-    forgetPasswords(this.#rows);
+    this.#run?.stopNow(); // it would go on without them
+    forgetPasswords(this.#rows, this.#defaults);
     this.defaultFields.password.value = "";
     byId("many-text", HTMLTextAreaElement).value = "";
     this.details.forgetPassword();
@@ -149,18 +162,29 @@ export class ManyCameras {
     return { user: user.value, password: password.value, port: port.value.trim(), model: this.modelField.value };
   }
 
-  /** Works out every row anew. One that did not pass and is another camera or login now counts as not tested. */
+  /** Works out every row anew. */
   #check() {
-    const before = new Map(this.#rows.map((row) => [row, JSON.stringify(row.camera)]));
+    this.#refusals.holdBack(this.#rows); // before one row's new password lifts that for others
+    const before = new Map(this.#rows.map((row) => [row, row.camera]));
     checkRows(this.#rows, this.#defaults, this.models);
-    for (const row of this.#rows) {
-      const isChanged = before.get(row) !== JSON.stringify(row.camera);
-      if (isChanged && row.result !== "passed")
-        Object.assign(row, { result: "waiting", code: 0, note: "", testedAt: null });
-    }
+    for (const row of this.#rows) this.#compare(row, before.get(row) ?? null);
     this.table.fill(this.#rows, this.#defaults);
     this.#showMistakes();
     this.#show();
+  }
+
+  /**
+   * One that did not pass and is another camera or login now counts as not tested; a refused login that is the same as
+   * before stays held back.
+   * @param {Row} row
+   * @param {Camera | null} was
+   */
+  #compare(row, was) {
+    const { camera } = row;
+    if (was && camera && was.password !== camera.password) this.#refusals.forget(camera);
+    if (row.result === "passed" || JSON.stringify(was) === JSON.stringify(camera)) return;
+    const isHeld = this.#refusals.isRefused(row) && !(was && camera && isOtherLogin(was, camera));
+    Object.assign(row, isHeld ? HELD : UNTESTED, { asHeld: false });
   }
 
   #defaultsChanged() {
@@ -168,15 +192,7 @@ export class ManyCameras {
     showMistake(port, port.value.trim() && portMistake(port.value.trim()));
     const isUnknown = model.value.trim() !== "" && !this.modelField.value;
     showMistake(model, isUnknown ? "Choose a model from the list." : "");
-    this.#refusals.forgetAll();
     this.#check();
-  }
-
-  /** @param {Row} row */
-  #rowEdited(row) {
-    if (row.camera) this.#refusals.forget(row.camera);
-    this.#check();
-    if (row.camera) this.#refusals.forget(row.camera);
   }
 
   // ---- the run ----
@@ -216,12 +232,29 @@ export class ManyCameras {
   }
 
   get #remaining() {
-    return this.#rows.filter((row) => isTestable(row) && (row.result === "waiting" || row.result === "unknown"));
+    return this.#rows.filter((row) => ["waiting", "unknown"].includes(kindOf(row)));
   }
 
   /** A refused login comes back only after it was edited, and then it counts as not tested. */
   get #retriable() {
-    return this.#rows.filter((row) => isTestable(row) && row.result === "failed" && row.code !== 464);
+    return this.#ofKind("failed").filter((row) => row.code !== LOGIN_REFUSED);
+  }
+
+  /** Asks before a login is sent that is likely to be refused. @param {Row} row */
+  async #maySend(row) {
+    const refused = "This user's login was refused at this address. Another try may lock the user out. Go on anyway?";
+    if (this.#refusals.isRefused(row) && !(await ask(refused, "Go on anyway"))) return false;
+    return this.#maySendWithout([row]);
+  }
+
+  /** Asks once before forgotten passwords are taken for empty ones. @param {Row[]} rows */
+  async #maySendWithout(rows) {
+    const lacking = rows.filter(lacksPassword);
+    if (lacking.length === 0) return true;
+    const question = `The passwords of ${counted(lacking.length, "row")} were forgotten. Go on without a password?`;
+    if (!(await ask(question, "Go on anyway"))) return false;
+    for (const row of lacking) row.isForgotten = false;
+    return true;
   }
 
   async #testHeld() {
@@ -236,7 +269,7 @@ export class ManyCameras {
   /** @param {Row[]} rows */
   async #test(rows) {
     const testable = rows.filter(isTestable);
-    if (this.#run || testable.length === 0) return;
+    if (this.#run || testable.length === 0 || !(await this.#maySendWithout(testable))) return;
     const isProven = this.#ofKind("passed").length > 0;
     this.#run = new Run(testable, isProven, {
       testGroup: (group, signal) => api.testGroup(group.map(asListRow), signal),
@@ -245,12 +278,11 @@ export class ManyCameras {
       changed: (changed) => this.#runChanged(changed),
     });
     this.#spokenQuarters = 0;
-    this.#showMistakes();
+    this.table.update(testable, this.#defaults);
     this.#show();
     say(`Testing ${counted(testable.length, "camera")}`);
     await this.#run.test();
     this.#run = null;
-    this.table.update(testable, this.#defaults);
     this.#show();
     say(`Ended. ${this.#summary()}`);
   }
@@ -375,8 +407,8 @@ export class ManyCameras {
       ...row.problems.map((text) =>
         button(`Line ${row.line}${row.shapeMistake ? ":" : ","} ${text}`, open(row), { class: "link" }),
       ),
-      ...(row.sameAs && !row.asDuplicate && row.problems.length === 0
-        ? [button(`Line ${row.line}: same camera as line ${row.sameAs}, left out`, open(row), { class: "link" })]
+      ...(kindOf(row) === "leftOut"
+        ? [button(`Line ${row.line}: ${reasonOf(row)}, left out`, open(row), { class: "link" })]
         : []),
       ...row.notices.map((text) => button(`Line ${row.line}: ${text}`, open(row), { class: "link" })),
     ]);
@@ -436,16 +468,18 @@ export class ManyCameras {
       const rows = this.#remaining;
       const isProven = this.#ofKind("passed").length > 0;
       const requests = countRequests(rows, isProven ? GROUP : FIRST_GROUP);
-      text.textContent = rows.length > 0 ? `in ${counted(requests, "request")}` : this.#summary();
+      const about = isProven || requests === 1 ? "" : "about ";
+      text.textContent = rows.length > 0 ? `in ${about}${counted(requests, "request")}` : this.#summary();
       return;
     }
     const progress = byId("many-progress", HTMLProgressElement);
     progress.max = run.rows.length;
     progress.value = run.done;
     const left = run.requestsLeft;
+    const about = run.isProven || left === 0 ? "" : "about ";
     const parts = [
       `${run.done} of ${run.rows.length}`,
-      `${run.isAloneNow ? "request" : "group"} ${run.requestsSent} of ${run.requestsSent + left}`,
+      `${run.isAloneNow ? "request" : "group"} ${run.requestsSent} of ${about}${run.requestsSent + left}`,
     ];
     const mean = run.durations.reduce((sum, one) => sum + one, 0) / run.durations.length;
     if (run.durations.length > 0 && left > 0) parts.push(timeLeft((left + 1) * mean));
@@ -471,6 +505,10 @@ export class ManyCameras {
 
 /** The list, and what came of it, would be lost. @param {Event} event */
 const warnBeforeLeaving = (event) => event.preventDefault();
+
+/** @param {Camera} one @param {Camera} other */
+const isOtherLogin = (one, other) =>
+  one.host.toLowerCase() !== other.host.toLowerCase() || one.user !== other.user || one.password !== other.password;
 
 /** @param {Row} row */
 function cameraOf({ camera }) {

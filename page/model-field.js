@@ -1,13 +1,12 @@
 /// A field that takes a model from the list: a combobox with a list box (WAI-ARIA Authoring Practices).
 
-import { button, el, say } from "./dom.js";
+import { button, el, sayLater } from "./dom.js";
 import { labelOf } from "./models.js";
 import { counted } from "./text.js";
 
 /** @typedef {import("./api.js").Model} Model */
 
 const MOST_OPTIONS = 50;
-const SPEAK_AFTER_MS = 500; // typing goes on; only the last count is worth a word
 
 /** Tells of "change" when a model was taken, or the text cleared. */
 export class ModelField extends EventTarget {
@@ -15,7 +14,6 @@ export class ModelField extends EventTarget {
   #options = [];
   #active = -1;
   #wasTyped = false; // the text narrows the list only after typing
-  #speakTimer = 0;
 
   /**
    * @param {HTMLInputElement} input the list and its button come after it
@@ -89,15 +87,14 @@ export class ModelField extends EventTarget {
     this.box.hidden = false;
     this.input.setAttribute("aria-expanded", "true");
     this.#activate(this.#wasTyped || !chosen ? -1 : this.#options.indexOf(chosen));
-    clearTimeout(this.#speakTimer);
-    this.#speakTimer = window.setTimeout(() => say(counted(found.length, "model")), SPEAK_AFTER_MS);
+    sayLater(counted(found.length, "model"));
   }
 
   #close() {
     this.box.hidden = true;
     this.input.setAttribute("aria-expanded", "false");
     this.input.removeAttribute("aria-activedescendant");
-    clearTimeout(this.#speakTimer);
+    sayLater("");
   }
 
   /** @param {number} count */

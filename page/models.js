@@ -1,6 +1,7 @@
 /// The list of models, as the page names, finds and suggests them.
 
 import { listModels } from "./api.js";
+import { messageOf } from "./text.js";
 
 /** @typedef {import("./api.js").Model} Model */
 
@@ -53,7 +54,7 @@ export class ModelList extends EventTarget {
     try {
       Object.assign(this, await listModels(), { state: "ready", trouble: "" });
     } catch (error) {
-      this.trouble = error instanceof Error ? error.message : "";
+      this.trouble = messageOf(error);
       if (this.models.length === 0) this.state = "failed";
     }
     this.dispatchEvent(new Event("change"));

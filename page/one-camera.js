@@ -1,14 +1,15 @@
 /// The view of one camera: fields, a test, and what it found. A camera is contacted by Test alone.
 
-import { hostMistake, portMistake, splitAddress } from "./address.js";
+import { hidesLogin, hostMistake, portMistake, splitAddress } from "./address.js";
 import * as api from "./api.js";
-import { capabilityTable, codecsOf } from "./capabilities.js";
+import { codecsOf, describeCapabilities } from "./capabilities.js";
 import { CAPABILITY_CAUSES, SIZE_CAUSES, TEST_CAUSES, causeOf } from "./causes.js";
-import { ask, byId, el, say, showMistake } from "./dom.js";
+import { ask, byId, el, say, setOptions, setSelected, showMistake } from "./dom.js";
 import { ModelField } from "./model-field.js";
 import { defaultPort, isAsked, isUserDefined, labelOf } from "./models.js";
 import { PicturePlace } from "./picture.js";
 import { Refusals } from "./refusals.js";
+import { messageOf } from "./text.js";
 
 /**
  * @typedef {import("./api.js").Camera} Camera
@@ -124,6 +125,7 @@ export class OneCamera {
     const { address, port, user, password, path } = this.fields;
     const parts = splitAddress(address.value);
     address.value = parts.host;
+    if (hidesLogin(parts.host)) showMistake(address, hostMistake(parts.host));
     if (parts.port) {
       port.value = parts.port;
       this.#touched.add("port");
@@ -154,34 +156,30 @@ export class OneCamera {
   /** What the model list says; no camera is contacted. @param {Model} model */
   async #readCapabilities(model) {
     try {
-      const { value, code } = await api.readCapabilities(model.vendor, model.model);
+      const outcome = await api.readCapabilities(model.vendor, model.model);
       if (model !== this.#model) return; // another one was chosen meanwhile
-      this.#showCapabilities(value, `Capabilities of ${labelOf(model)}, from the model list`, code);
-      if (value) this.#offer(value);
+      this.#showCapabilities(outcome, `Capabilities of ${labelOf(model)}, from the model list`);
+      if (outcome.value) this.#offer(outcome.value);
     } catch {
       if (model === this.#model) byId("one-capabilities", HTMLElement).hidden = true; // a banner says why
     }
   }
 
-  /** @param {api.Capabilities | null} capabilities @param {string} caption @param {number} code */
-  #showCapabilities(capabilities, caption, code) {
+  /** @param {api.Outcome<api.Capabilities>} outcome @param {string} caption */
+  #showCapabilities(outcome, caption) {
     const place = byId("one-capabilities", HTMLElement);
-    const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, code);
-    const content = capabilities
-      ? capabilityTable(capabilities, caption)
-      : el("p", {}, el("strong", { text: heading }), `. ${happened} ${first}`);
-    place.replaceChildren(content);
+    place.replaceChildren(describeCapabilities(outcome, caption));
     place.hidden = false;
   }
 
   /** @param {api.Capabilities} capabilities */
   #offer(capabilities) {
     const { user, channel } = this.fields;
-    if (!this.#touched.has("user") && user.value === "") user.value = capabilities.defUser ?? "";
+    if (!this.#touched.has("user") && user.value === "") suggest(user, capabilities.defUser ?? "");
     const channels = Array.isArray(capabilities.ChanlList) ? capabilities.ChanlList : [];
     const options = channels.map((value) => el("option", { value: String(value) }));
     byId("one-channels", HTMLDataListElement).replaceChildren(...options);
-    if (!this.#touched.has("channel")) channel.value = channels.length > 0 ? (capabilities.defChanl ?? "") : "";
+    if (!this.#touched.has("channel")) suggest(channel, channels.length > 0 ? (capabilities.defChanl ?? "") : "");
     this.#streams = new Map(codecsOf(capabilities).map(({ codec, streams }) => [codec, streams]));
     setOptions(this.codec, [...this.#streams.keys()]);
     this.#offerStreams();
@@ -277,6 +275,7 @@ export class OneCamera {
 
   forgetPasswords() {
     this.fields.password.value = "";
+    if (hidesLogin(this.fields.address.value)) this.fields.address.value = "";
   }
 
   /** Shows what is wrong with the fields. @returns {Camera | null} */
@@ -333,7 +332,6 @@ export class OneCamera {
     try {
       const code = await api.testCamera(camera, testing.signal);
       this.#refusals.note(camera, code);
-      this.#markEarlierPicture();
       if (code !== 0) this.#showFailure(code);
       else await this.#lookCloser(camera, testing.signal);
     } catch (error) {
@@ -373,11 +371,6 @@ export class OneCamera {
 
   #cancel() {
     this.#testing?.abort();
-  }
-
-  /** The picture that is still shown belongs to another test. */
-  #markEarlierPicture() {
-    byId("one-picture-earlier", HTMLElement).hidden = this.picture.isEmpty;
   }
 
   /**
@@ -425,7 +418,7 @@ export class OneCamera {
   /** @param {unknown} error */
   #showTrouble(error) {
     const kind = error instanceof api.Trouble ? error.kind : "refused";
-    const text = error instanceof Error ? error.message : String(error);
+    const text = messageOf(error);
     if (kind === "stopped" && this.#hasResult) {
       this.#note(text); // the test had passed; only what comes after it was stopped
       return;
@@ -467,7 +460,7 @@ export class OneCamera {
       await question();
     } catch (error) {
       if (error instanceof api.Trouble && error.kind === "stopped") throw error;
-      this.#note(`${what}: ${error instanceof Error ? error.message : error}`);
+      this.#note(`${what}: ${messageOf(error)}`);
     }
   }
 
@@ -490,13 +483,13 @@ export class OneCamera {
   /** @param {Camera} camera @param {AbortSignal} signal */
   async #askCapabilities(camera, signal) {
     await this.#also("Live capabilities not available", async () => {
-      const { value, code } = await api.askCapabilities(camera, signal);
-      if (value) {
-        this.#showCapabilities(value, `Capabilities, from the camera at ${camera.host}`, 0);
+      const outcome = await api.askCapabilities(camera, signal);
+      if (outcome.value) {
+        this.#showCapabilities(outcome, `Capabilities, from the camera at ${camera.host}`);
         return;
       }
-      const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, code);
-      this.#note(`${heading}. ${happened} ${first} The table has the values of the model list. (code ${code})`);
+      const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, outcome.code);
+      this.#note(`${heading}. ${happened} ${first} The table has the values of the model list. (code ${outcome.code})`);
     });
   }
 
@@ -504,33 +497,18 @@ export class OneCamera {
   async #measure(camera, signal) {
     await this.#also("Size not measured", async () => {
       const { value, code } = await api.measureSize(camera, signal);
-      const { heading, happened } = causeOf(SIZE_CAUSES, code || 457);
+      const { heading, happened } = causeOf(SIZE_CAUSES, code);
       this.#note(value ? `Size of the stream: ${value.replace("x", " × ")}` : `${heading}. ${happened}`);
     });
   }
 }
 
 /**
- * "Any", which is the empty text, and these; keeps what is chosen if it can.
- * @param {HTMLSelectElement} select
- * @param {string[]} values
- */
-function setOptions(select, values) {
-  const chosen = select.value;
-  select.replaceChildren(
-    el("option", { value: "", text: "Any" }),
-    ...values.map((text) => el("option", { value: text, text })),
-  );
-  setSelected(select, values.includes(chosen) ? chosen : "");
-}
-
-/**
- * Chooses a value, and adds it if it is not offered.
- * @param {HTMLSelectElement} select
+ * Fills a field that nobody typed into. What is typed into it at this moment takes its place.
+ * @param {HTMLInputElement} field
  * @param {string} value
  */
-function setSelected(select, value) {
-  if (![...select.options].some((option) => option.value === value))
-    select.append(el("option", { value, text: value }));
-  select.value = value;
+function suggest(field, value) {
+  field.value = value;
+  if (document.activeElement === field) field.select();
 }

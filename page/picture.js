@@ -6,7 +6,7 @@ import { byId } from "./dom.js";
 const CAMERA_START = [0xff, 0xd8, 0xff];
 
 /** @param {Uint8Array} bytes */
-export const isFromCamera = (bytes) => CAMERA_START.every((byte, i) => bytes[i] === byte);
+const isFromCamera = (bytes) => CAMERA_START.every((byte, i) => bytes[i] === byte);
 
 /** A picture's place: NAME, with an image NAME-image and a text NAME-text. */
 export class PicturePlace {

@@ -1,26 +1,32 @@
 /// The details of one row of a list: what came of it, its values, a picture.
 
+import { hidesLogin } from "./address.js";
 import * as api from "./api.js";
-import { CODECS, splitCells } from "./camera-list.js";
+import { CODECS, STREAMS, kindOf, meant, splitCells } from "./camera-list.js";
 import { TEST_CAUSES, causeOf } from "./causes.js";
-import { ask, byId, el, say } from "./dom.js";
-import { kindOf, resultOf } from "./list-table.js";
+import { byId, el, say, setOptions, setSelected } from "./dom.js";
+import { resultOf } from "./list-table.js";
 import { ModelField } from "./model-field.js";
 import { isUserDefined, labelOf } from "./models.js";
 import { PicturePlace } from "./picture.js";
+import { messageOf } from "./text.js";
 
 /**
  * @typedef {import("./camera-list.js").Row} Row
  *
  * @typedef {object} Surroundings
- * @property {(row: Row) => void} edited
+ * @property {() => void} edited
+ * @property {(row: Row) => Promise<boolean>} maySend asks, if there is a reason to, before the row's login is sent
  * @property {(row: Row) => void} test
  * @property {(camera: import("./api.js").Camera) => void} openOne
  * @property {() => boolean} isRunning
  */
 
 const TEXTS = /** @type {const} */ (["name", "address", "port", "user", "password", "channel", "path"]);
-const CHOICES = /** @type {const} */ (["codec", "stream"]);
+const CHOICES = /** @type {const} */ ([
+  ["codec", CODECS],
+  ["stream", STREAMS],
+]);
 
 export class RowDetails {
   /** @type {Row | null} */
@@ -38,8 +44,6 @@ export class RowDetails {
     this.dialog = byId("row", HTMLDialogElement);
     this.picture = new PicturePlace("row-picture");
     this.modelField = new ModelField(byId("row-model", HTMLInputElement), models);
-    const options = CODECS.map((text) => el("option", { text }));
-    byId("row-codec", HTMLSelectElement).replaceChildren(el("option", { value: "", text: "Any" }), ...options);
     this.#listen();
   }
 
@@ -74,13 +78,14 @@ export class RowDetails {
     return byId(`row-${name}`, HTMLInputElement);
   }
 
-  /** @param {(typeof CHOICES)[number]} name */
+  /** @param {(typeof CHOICES)[number][0]} name */
   #choice(name) {
     return byId(`row-${name}`, HTMLSelectElement);
   }
 
   forgetPassword() {
     this.#text("password").value = "";
+    if (hidesLogin(this.#text("address").value)) this.#text("address").value = "";
   }
 
   /** @param {Row} row */
@@ -88,9 +93,9 @@ export class RowDetails {
     this.#row = row;
     byId("row-title", HTMLElement).textContent = `Line ${row.line}${row.cells.name ? `: ${row.cells.name}` : ""}`;
     for (const name of TEXTS) this.#text(name).value = row.cells[name];
-    for (const name of CHOICES) {
-      const choice = this.#choice(name);
-      choice.value = row.camera?.[name] ?? "";
+    for (const [name, values] of CHOICES) {
+      setOptions(this.#choice(name), values);
+      setSelected(this.#choice(name), meant(row.cells[name], values) ?? row.cells[name]);
     }
     const { vendor, model } = row.cells;
     const known =
@@ -122,7 +127,7 @@ export class RowDetails {
     }
     for (const notice of row.notices) place.append(el("p", { class: "muted", text: notice }));
     const isBusy = this.surroundings.isRunning();
-    byId("row-anyway", HTMLButtonElement).hidden = !(row.sameAs && !row.asDuplicate && row.camera);
+    byId("row-anyway", HTMLButtonElement).hidden = kindOf(row) !== "leftOut";
     for (const name of ["test", "anyway", "save"]) byId(`row-${name}`, HTMLButtonElement).disabled = isBusy;
     for (const name of ["picture", "one"]) byId(`row-${name}`, HTMLButtonElement).disabled = !row.camera;
     if (isBusy) place.append(el("p", { class: "hint", text: "Values can be changed when the run has ended." }));
@@ -135,12 +140,12 @@ export class RowDetails {
     const before = JSON.stringify(row.cells);
     for (const name of TEXTS)
       row.cells[name] = name === "password" ? this.#text(name).value : this.#text(name).value.trim();
-    for (const name of CHOICES) row.cells[name] = this.#choice(name).value;
+    for (const [name] of CHOICES) row.cells[name] = this.#choice(name).value;
     this.#saveModel(row);
     row.cells = splitCells(row.cells);
     if (JSON.stringify(row.cells) === before) return;
     row.shapeMistake = ""; // what was missing stands in the fields now
-    this.surroundings.edited(row);
+    this.surroundings.edited();
   }
 
   /** @param {Row} row */
@@ -155,32 +160,27 @@ export class RowDetails {
     const row = this.#row;
     if (!row || this.surroundings.isRunning()) return;
     this.#save();
-    // An edited row counts as not tested, so this is the same login again.
-    const wasRefused = row.result === "held" || (row.result === "failed" && row.code === 464);
-    if (
-      wasRefused &&
-      !(await ask("This login was refused. Another try may lock this user out. Test anyway?", "Test anyway"))
-    ) {
-      return;
-    }
+    this.#showResult(row);
     if (!row.camera) {
-      this.#showResult(row);
       say(row.problems.join(" "));
       return;
     }
+    if (!(await this.surroundings.maySend(row))) return;
     this.dialog.close();
     row.asHeld = true; // asked for, one by one
     this.surroundings.test(row);
   }
 
   #testAnyway() {
-    if (this.#row) this.#row.asDuplicate = true;
+    if (!this.#row) return;
+    this.#row.asDuplicate = true;
+    this.surroundings.edited();
     this.#saveAndTest();
   }
 
   async #showPicture() {
     const row = this.#row;
-    if (!row?.camera || this.#fetching) return;
+    if (!row?.camera || this.#fetching || !(await this.surroundings.maySend(row))) return;
     byId("row-figure", HTMLElement).hidden = false;
     this.picture.clear("Fetching a picture");
     this.#fetching = new AbortController();
@@ -190,7 +190,7 @@ export class RowDetails {
       const size = await this.picture.show(picture, `Picture of ${labelOf(row.camera)} at ${row.camera.host}`);
       say(size ? "The picture is there" : "No picture came");
     } catch (error) {
-      if (this.#row === row) this.picture.clear(error instanceof Error ? error.message : String(error));
+      if (this.#row === row) this.picture.clear(messageOf(error));
     } finally {
       this.#fetching = null;
     }

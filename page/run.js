@@ -1,19 +1,19 @@
 /// The testing of a list: what is sent when, what is held back, and when it stops to ask. Knows no document; what sends
 /// is given to it.
 
-import { ridesInGroup } from "./camera-list.js";
 import { Trouble } from "./api.js";
+import { UNTESTED, ridesInGroup } from "./camera-list.js";
+import { LOGIN_REFUSED } from "./causes.js";
+import { messageOf } from "./text.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
 
-/** A wrong password that all rows share costs this many logins. */
+/** A wrong password that all rows share costs this many logins: until one passes, no more are refused or in flight. */
 export const FIRST_GROUP = 3;
 /** The recorder tests this many side by side; more would only wait. */
 export const GROUP = 10;
 /** Cameras in flight that are tested alone. */
-export const ALONE = 3;
-
-const LOGIN_REFUSED = 464;
+const ALONE = 3;
 
 /** @param {Row} row */
 const hostOf = (row) => row.camera?.host.toLowerCase() ?? "";
@@ -25,7 +25,7 @@ const rides = (row) => row.camera !== null && ridesInGroup(row.camera);
  * @param {Row[]} waiting
  * @param {number} size
  */
-export function nextGroup(waiting, size) {
+function nextGroup(waiting, size) {
   /** @type {Map<string, Row>} */
   const group = new Map();
   for (const row of waiting) {
@@ -36,7 +36,7 @@ export function nextGroup(waiting, size) {
 }
 
 /**
- * How many requests these rows take.
+ * How many requests these rows take if a login of the first group passes; otherwise they take more.
  * @param {Row[]} rows
  * @param {number} firstSize of the first group
  */
@@ -64,39 +64,41 @@ export function countRequests(rows, firstSize) {
 export class Run {
   /** @type {Pause | null} */
   pause = null;
-  /** @type {"running" | "stopping" | "ended"} */
+  /** @type {"running" | "stopping"} */
   state = "running";
-  done = 0;
   requestsSent = 0;
   /** @type {number[]} milliseconds that each request took */
   durations = [];
   isAloneNow = false;
 
   #stop = new AbortController();
-  #loginsAreRight = false;
   /** @type {() => void} */
   #goOn = () => {};
 
   /**
    * @param {Row[]} rows to be tested, in the file's order
-   * @param {boolean} isProven a login of this list passed before, so the first group may be a full one
+   * @param {boolean} isProven a login of this list passed before, so that groups are full ones from the start
    * @param {Means} means
    */
   constructor(rows, isProven, means) {
     this.rows = rows;
     this.means = means;
-    this.firstSize = isProven ? GROUP : FIRST_GROUP;
-    this.#loginsAreRight = isProven;
-    this.requests = countRequests(rows, this.firstSize);
-    for (const row of rows) Object.assign(row, { result: "waiting", code: 0, note: "", testedAt: null });
+    this.isProven = isProven;
+    for (const row of rows) Object.assign(row, UNTESTED);
+    means.refusals.holdBack(rows);
   }
 
   /** Rows that are still to be sent. */
   get waiting() {
-    return this.rows.filter((row) => row.result === "waiting" && row.camera);
+    return this.rows.filter((row) => row.result === "waiting");
   }
 
-  /** Requests that are still to be sent. */
+  /** How many rows need no more work. */
+  get done() {
+    return this.rows.filter(({ result }) => result !== "waiting" && result !== "testing").length;
+  }
+
+  /** Requests that are still to be sent; they become more while no login is proven. */
   get requestsLeft() {
     return countRequests(this.waiting, GROUP);
   }
@@ -115,7 +117,7 @@ export class Run {
 
   /** Goes on after a pause; refused logins then no longer stop the run. */
   resume() {
-    if (this.pause?.kind === "logins") this.#loginsAreRight = true;
+    if (this.pause?.kind === "logins") this.isProven = true;
     this.pause = null;
     this.#goOn();
   }
@@ -125,14 +127,11 @@ export class Run {
     await this.#testGroups();
     this.isAloneNow = true;
     await this.#testAlone();
-    this.state = "ended";
-    this.means.changed([]);
   }
 
   async #testGroups() {
-    for (let size = this.firstSize; this.state === "running"; size = GROUP) {
-      this.#hold();
-      const group = nextGroup(this.waiting.filter(rides), size);
+    while (this.state === "running") {
+      const group = nextGroup(this.waiting.filter(rides), this.#mostInFlight(GROUP));
       if (group.length === 0) return;
       await this.#send(group, () => this.means.testGroup(group, this.#stop.signal));
       await this.#waitWhilePaused();
@@ -144,8 +143,7 @@ export class Run {
     const inFlight = new Map();
     for (;;) {
       if (inFlight.size === 0) await this.#waitWhilePaused();
-      while (this.state === "running" && !this.pause && inFlight.size < ALONE) {
-        this.#hold();
+      while (this.state === "running" && !this.pause && inFlight.size < this.#mostInFlight(ALONE)) {
         const busy = new Set([...inFlight.keys()].map(hostOf));
         const row = this.waiting.find((one) => !busy.has(hostOf(one)));
         if (!row) break;
@@ -162,7 +160,7 @@ export class Run {
 
   /** @param {Row[]} rows @param {() => Promise<Map<string, number>>} ask */
   async #send(rows, ask) {
-    for (const row of rows) row.result = "testing";
+    for (const row of rows) Object.assign(row, { result: "testing", asHeld: false });
     ++this.requestsSent;
     this.means.changed(rows);
     const start = Date.now();
@@ -170,12 +168,10 @@ export class Run {
       const codes = await ask();
       for (const row of rows) this.#settle(row, codes.get(String(row.line)));
       this.durations.push(Date.now() - start);
-      this.#pauseIfAllRefused();
     } catch (error) {
       this.#giveUp(rows, error);
     }
-    this.done += rows.length;
-    this.means.changed(rows);
+    this.means.changed([...rows, ...this.means.refusals.holdBack(this.waiting)]);
   }
 
   /** @param {Row} row @param {number | undefined} code */
@@ -184,39 +180,37 @@ export class Run {
       Object.assign(row, { result: "unknown", note: "The recorder's answer left this row out." });
       return;
     }
-    Object.assign(row, { result: code === 0 ? "passed" : "failed", code, testedAt: new Date(), asHeld: false });
+    Object.assign(row, { result: code === 0 ? "passed" : "failed", code, testedAt: new Date() });
     if (row.camera) this.means.refusals.note(row.camera, code);
-    if (code === 0) this.#loginsAreRight = true;
+    if (code === 0) this.isProven = true;
   }
 
   /** @param {Row[]} rows @param {unknown} error */
   #giveUp(rows, error) {
-    const text = error instanceof Error ? error.message : String(error);
+    const text = messageOf(error);
     const isStop = error instanceof Trouble && error.kind === "stopped";
     for (const row of rows) Object.assign(row, { result: "unknown", note: text });
     if (!isStop && this.state === "running") this.pause = { kind: "trouble", text };
   }
 
-  #pauseIfAllRefused() {
-    if (this.#loginsAreRight || this.state !== "running" || this.pause) return;
-    const refused = this.rows.filter((row) => row.testedAt && row.code === LOGIN_REFUSED).length;
-    if (refused < FIRST_GROUP || this.waiting.length === 0) return;
-    const text = `The first ${refused} logins were all refused. Is the shared password right?`;
-    this.pause = { kind: "logins", text };
+  get #refused() {
+    return this.rows.filter((row) => row.code === LOGIN_REFUSED).length;
   }
 
-  /** Holds back rows whose login was refused at their host, unless somebody asked for them. */
-  #hold() {
-    const held = this.waiting.filter((row) => row.camera && !row.asHeld && this.means.refusals.count(row.camera) > 0);
-    for (const row of held) {
-      Object.assign(row, { result: "held", note: "This login was refused at this address a moment ago." });
-      ++this.done;
-    }
-    if (held.length > 0) this.means.changed(held);
+  /** How many rows may be in flight, of which there is room for so many. @param {number} most */
+  #mostInFlight(most) {
+    return this.isProven ? most : Math.min(most, FIRST_GROUP - this.#refused);
+  }
+
+  /** @returns {Pause | null} */
+  #pauseOfLogins() {
+    const refused = this.#refused;
+    if (this.isProven || refused < FIRST_GROUP || this.waiting.length === 0) return null;
+    return { kind: "logins", text: `The first ${refused} logins were all refused. Is the shared password right?` };
   }
 
   async #waitWhilePaused() {
-    while (this.pause && this.state === "running") {
+    while (this.state === "running" && (this.pause ??= this.#pauseOfLogins())) {
       this.means.changed([]);
       await new Promise((resolve) => {
         this.#goOn = () => resolve(undefined);

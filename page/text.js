@@ -1,3 +1,8 @@
+/// Words that several views need.
+
+/** What a failure says of itself. @param {unknown} error */
+export const messageOf = (error) => (error instanceof Error ? error.message : String(error));
+
 /**
  * A count and its noun.
  * @param {number} count

@@ -141,6 +141,27 @@ test("a wrong password that all share costs three logins", () =>
     assert.equal(await results(page), "✓✓✓✓✓");
   }));
 
+test("until a login passed only three are refused, and none of them is sent again unasked", () =>
+  withPage("#many", async (page, calls) => {
+    const rows = rowsOf(..."refused refused refused refused works works refused works works works".split(" "));
+    for (const cells of rows.slice(7)) cells[5] = "/stream1"; // tested alone
+    await openWithLogin(page, rows, WRONG);
+    await page.click("#many-start");
+    await page.click("#many-give-up");
+    await runEnds(page);
+    assert.equal(await results(page), "✕✕✕✕✕✕✕✕––");
+    assert.deepEqual(groupsOf(calls), [3, 3, 1]);
+    calls.length = 0;
+    await page.click("#row-6-more");
+    await page.fill("#row-path", "/stream1");
+    for (const button of ["#row-test", "#row-picture"]) {
+      await page.click(button);
+      await page.locator("#question[open]", { hasText: "login was refused at this address" }).waitFor();
+      await page.click("#question-no");
+    }
+    assert.deepEqual(calls, []);
+  }));
+
 test("a group without an answer pauses the run and is not sent again", () =>
   withPage("#many", async (page, calls) => {
     await openWithLogin(page, rowsOf(...Array(4).fill("works")));
@@ -159,15 +180,17 @@ test("mistakes of a file and of its rows are shown at once, and can be mended", 
     await expectText(page, "many-mistake", "cameras.csv: The quote opened in line 2 is never closed.");
     assert.equal(await focused(page), "many-mistake");
     await openList(page, [
-      ["address", "port"],
-      ["cam1", 80800],
-      ["", 80],
-      ["127.0.0.1", ports.works],
+      ["address", "port", "codec"],
+      ["cam1", 80800, "mjpeg"],
+      ["", 80, ""],
+      ["127.0.0.1", ports.works, ""],
     ]);
+    await expectText(page, "many-count", "3 rows");
     const found = await page.locator("#many-fix-list li").allInnerTexts();
     assert.deepEqual(found, ["Line 2, port: 80800 is not a port (1 to 65535).", "Line 3, address: missing."]);
     assert.equal(await results(page), "!!–");
     await page.click("#many-fix-list button");
+    assert.equal(await page.inputValue("#row-codec"), "MJPEG");
     await page.fill("#row-port", "80");
     await page.click("#row-save");
     await page.click("#row-close");

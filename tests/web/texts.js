@@ -8,6 +8,7 @@ import { promisify } from "node:util";
 import { checkRows, readListFile } from "./page/camera-list.js";
 import { CAPABILITY_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/csv.js";
+import { exportResults } from "./page/list-export.js";
 import { ModelList } from "./page/models.js";
 import { STORED_PASSWORD } from "./page/api.js";
 import { here, source } from "./stage.js";
@@ -41,6 +42,7 @@ const DEFAULTS = { user: "admin", password: "shared", port: "", model: MODELS.mo
 function remarks(bytes) {
   const { rows, mistake, notes } = readListFile(bytes);
   checkRows(rows, DEFAULTS, MODELS);
+  assert.doesNotMatch(exportResults(rows), /xy|zzy/, "no part of a password");
   const ofRows = rows.flatMap(({ line, problems, notices, sameAs }) => [
     ...[...problems, ...notices].map((text) => `${line} ${text}`),
     ...(sameAs ? [`${line} same as ${sameAs}`] : []),
@@ -48,6 +50,7 @@ function remarks(bytes) {
   return [mistake, ...notes, ...ofRows].filter(Boolean);
 }
 
+const LOGIN = "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).";
 const H = "name,address,port,user,password,vendor,model,channel,path,codec,stream\n";
 const STORED = "this text stands for a stored password, which a list cannot use.";
 const UNKNOWN = "is not in the list. Nearest:";
@@ -75,6 +78,8 @@ const FILES = [
   ["too many cells", "address\ncam1,80\n", ["2 2 cells, but the heading has 1."]],
   ["address missing", "address,user\n,admin\n", ["2 address: missing."]],
   ["no address at all", "address\ncam 1\n", ["2 address: cam 1 is not a host name or address."]],
+  ["slash in a password", "url\nrtsp://admin:xy/zzy@10.0.0.5/s\n", [`2 address: ${LOGIN}`]],
+  ["password without scheme", "url\nadmin:xyzzy@10.0.0.5\n", [`2 address: ${LOGIN}`]],
   ["unknown model", "ip,model\ncam1,Acme Dome 8\n", [`2 model: Acme Dome 8 ${UNKNOWN} Acme Dome 7, ONVIF.`]],
   ["path missing", "address,vendor\ncam1,User\n", ["2 path: missing; this model needs the stream path."]],
   ["unknown codec", "address,codec\ncam1,VP9\n", ["2 codec: VP9 is none of H.264, H.265, MJPEG, MPEG4, MXPEG."]],

@@ -10,7 +10,6 @@ import {
   control,
   expectText,
   fillOne,
-  focused,
   here,
   openList,
   ports,
@@ -23,15 +22,15 @@ import {
 test("models are found, shown, and taken over into a test", () =>
   withPage("", async (page) => {
     await page.click("#nav-models");
+    await page.locator("#nav-models[aria-current=page]").waitFor();
+    await page.locator("#models-title:focus").waitFor();
     assert.equal(await page.title(), "Known models – Camera check");
-    assert.equal(await focused(page), "models-title");
-    assert.equal(await page.getAttribute("#nav-models", "aria-current"), "page");
     await page.fill("#models-search", "no such thing");
     await page.click("#models-none button");
     await page.fill("#models-search", "h265 simcam");
     await page.click("#models-list a");
-    assert.match(page.url(), /#models\/Simcam\/RTSP-H265$/);
     await expectText(page, "models-detail-body", "H.265 over RTSP");
+    assert.match(page.url(), /#models\/Simcam\/RTSP-H265$/);
     await page.click("#models-detail-body button");
     await page.locator("#view-one").waitFor();
     assert.equal(await page.inputValue("#one-model"), "Simcam RTSP-H265");
@@ -46,8 +45,11 @@ test("a recorder that went away is told of, found again, and no test is repeated
     await page.locator("#offline").waitFor();
     await expectText(page, "one-result-title", "Not tested");
     assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
+    await page.route("**/CameraModelEnum", (route) => route.fulfill({ status: 503 }), { times: 1 });
     await page.context().setOffline(false);
     await page.clock.fastForward(5000);
+    await expectText(page, "models-failed-text", "All workers of the recorder are busy. Try again in a moment.");
+    await page.clock.fastForward(10_000);
     await page.locator("#offline").waitFor({ state: "hidden" });
     assert.equal(sent(calls, "CameraTest").length, 1);
   }));
@@ -106,6 +108,7 @@ test("axe finds nothing serious in any view, light or dark", () => {
     await audit(page, "One camera, passed", "one-camera");
 
     await page.click("#nav-many");
+    await page.locator("#many-title:focus").waitFor();
     await audit(page, "Many cameras, empty");
     const login = ["admin", RIGHT, "Simcam RTSP-H264"];
     await openList(page, [
