@@ -1,6 +1,7 @@
 #include "recorder/device/model_files.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <mutex>
 #include <system_error>
@@ -9,6 +10,7 @@
 
 #include "platform/utility.h"
 #include "recorder/device/built_in_models.h"
+#include "recorder/utility/files.h"
 
 namespace recorder {
 namespace {
@@ -17,32 +19,65 @@ namespace fs = std::filesystem;
 
 constexpr char kSchemaName[] = "schema.json";
 
+std::string SchemaOf(const std::string& folder) { return (fs::path(folder) / kSchemaName).string(); }
+
 struct FileState {
   std::string path;
-  fs::file_time_type time;
-  std::uintmax_t size = 0;
+  FileStamp stamp;
 
   bool operator==(const FileState&) const = default;
 };
-
-FileState StateOf(const fs::path& path) {
-  std::error_code ignored;  // a file that has just vanished is told by its reader
-  return {path.string(), fs::last_write_time(path, ignored), fs::file_size(path, ignored)};
-}
 
 /// What the folder holds, sorted by path: two equal answers mean that nothing has changed.
 std::vector<FileState> ListFolder(const std::string& folder) {
   std::vector<FileState> files;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (entry->path().extension() == ".json") files.push_back(StateOf(entry->path()));
+    if (entry->path().extension() == ".json") files.push_back({entry->path().string(), StampOf(entry->path())});
   }
   std::sort(files.begin(), files.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
   return files;
 }
 
+/// A folder, and what it held when it was last listed.
+class WatchedFolder {
+ public:
+  explicit WatchedFolder(std::string folder) : folder_(std::move(folder)) {}
+
+  /// Looks again: true when a file was added, removed or changed since the last look.
+  bool HasChanged() {
+    if (isSettled_ && StampOf(folder_) == stamp_ && AreFilesTheSame()) return false;
+    stamp_ = StampOf(folder_);
+    isSettled_ = IsOld(stamp_);
+    std::vector<FileState> files = ListFolder(folder_);
+    return std::exchange(files_, files) != files;
+  }
+
+  const std::string& Path() const { return folder_; }
+  const std::vector<FileState>& Files() const { return files_; }
+
+ private:
+  /// Changes so close to each other that the file system's clock cannot tell them apart are past.
+  static bool IsOld(const FileStamp& folder) {
+    using namespace std::chrono;
+    constexpr seconds kAge{2};
+    const auto now = duration_cast<nanoseconds>(system_clock::now().time_since_epoch());
+    return nanoseconds(folder.modified) + kAge < now;
+  }
+
+  bool AreFilesTheSame() const {
+    return std::all_of(files_.begin(), files_.end(),
+                       [](const FileState& file) { return StampOf(file.path) == file.stamp; });
+  }
+
+  std::string folder_;
+  FileStamp stamp_;
+  bool isSettled_ = false;  // an unchanged stamp means that no file came or went
+  std::vector<FileState> files_;
+};
+
 ModelCatalog ReadFiles(const std::string& folder, const std::vector<FileState>& files) {
-  const ModelReader reader((fs::path(folder) / kSchemaName).string());
+  const ModelReader reader(SchemaOf(folder));
   ModelCatalog catalog;
   for (const FileState& file : files) {
     if (fs::path(file.path).filename() == kSchemaName) continue;
@@ -76,16 +111,14 @@ class CurrentCatalog {
  public:
   void SetFolder(std::string folder) {
     const std::lock_guard lock(mutex_);
-    folder_ = std::move(folder);
+    folder_ = WatchedFolder(std::move(folder));
     catalog_ = nullptr;
   }
 
   std::shared_ptr<const ModelCatalog> Get() {
     const std::lock_guard lock(mutex_);
-    std::vector<FileState> files = ListFolder(folder_);
-    if (catalog_ && files == files_) return catalog_;
-    catalog_ = std::make_shared<const ModelCatalog>(ReadFiles(folder_, files));
-    files_ = std::move(files);
+    if (!folder_.HasChanged() && catalog_) return catalog_;
+    catalog_ = std::make_shared<const ModelCatalog>(ReadFiles(folder_.Path(), folder_.Files()));
     for (const ModelMistake& mistake : catalog_->mistakes) LogMistake(mistake);
     return catalog_;
   }
@@ -93,18 +126,18 @@ class CurrentCatalog {
   /// A reader with the folder's schema, read again when that has changed.
   std::shared_ptr<const ModelReader> Reader() {
     const std::lock_guard lock(mutex_);
-    const FileState schema = StateOf(fs::path(folder_) / kSchemaName);
-    if (!reader_ || schema != schema_) reader_ = std::make_shared<const ModelReader>(schema.path);
+    const std::string file = SchemaOf(folder_.Path());
+    const FileStamp schema = StampOf(file);
+    if (!reader_ || schema != schema_) reader_ = std::make_shared<const ModelReader>(file);
     schema_ = schema;
     return reader_;
   }
 
  private:
   std::mutex mutex_;
-  std::string folder_;
-  std::vector<FileState> files_;
+  WatchedFolder folder_{""};
   std::shared_ptr<const ModelCatalog> catalog_;
-  FileState schema_;
+  FileStamp schema_;
   std::shared_ptr<const ModelReader> reader_;  // with that schema
 };
 

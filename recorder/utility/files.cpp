@@ -30,6 +30,11 @@ FileDescriptor Open(const fs::path& path, int flags, mode_t mode = 0) {
   return file;
 }
 
+std::int64_t Nanoseconds(const timespec& time) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  return std::int64_t{time.tv_sec} * kSecond + time.tv_nsec;
+}
+
 /// Size of the regular file, in bytes. A pipe or device would block or never end.
 std::size_t CheckedSize(const FileDescriptor& file, const fs::path& path) {
   struct stat status {};
@@ -124,6 +129,12 @@ void CreateFileOnce(const fs::path& path, std::string_view content) {
     if (link(side.Name(), path.c_str()) != 0 && errno != EEXIST) Throw(errno, path);
   }
   SyncFolderOf(path);
+}
+
+FileStamp StampOf(const fs::path& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino, status.st_size, Nanoseconds(status.st_mtim), Nanoseconds(status.st_ctim)};
 }
 
 void MakePrivateFolder(const fs::path& folder) {

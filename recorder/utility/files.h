@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -25,6 +26,21 @@ void ReplaceFile(const std::filesystem::path& path, std::string_view content, mo
 /// Makes a file with `content` (mode 0600), unless `path` exists: then that stays as it is. Of several that try at once
 /// one wins, and the file is never seen half written. Throws std::system_error that names the file.
 void CreateFileOnce(const std::filesystem::path& path, std::string_view content);
+
+/// What tells one state of a file or folder from another: all zero when there is none. A file that was put in another's
+/// place has another stamp, and so has one that was written to, unless both happened within a tick of the clock.
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;                  // bytes
+  std::int64_t modified = 0;       // nanoseconds since 1970-01-01 00:00 UTC
+  std::int64_t statusChanged = 0;  // the same
+
+  bool operator==(const FileStamp&) const = default;
+};
+
+/// Any thread.
+FileStamp StampOf(const std::filesystem::path& path);
 
 /// Makes the folder with mode 0700, parents included, unless it exists. Throws std::system_error that names the folder,
 /// also when one that exists is another user's, or group or others may write to it.

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <fstream>
+
 #include "tests/recorder/rows.h"
 #include "tests/recorder/temp_folder.h"
 
@@ -86,6 +89,27 @@ TEST(ModelFilesTest, OtherVendorsAreServedAndChangesCount) {
   EXPECT_TRUE(FindModel("Acme", "Renamed").model);
   EXPECT_EQ(before.model->name, "A") << "a model in use stays as it is";
   EXPECT_TRUE(FindModel("Acme", "A", folder.Path() / "b.json").model);
+}
+
+// A folder that has not changed lately is not listed again.
+TEST(ModelFilesTest, ChangesInAnOldFolderCount) {
+  const ModelFolder folder;
+  const auto file = folder.Write("a.json", kAcme);
+  const auto makeOld = [&folder] {
+    std::filesystem::last_write_time(folder.Path(),
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+  };
+  makeOld();
+  SetModelsFolder(folder.Path());
+  ASSERT_TRUE(FindModel("Acme", "A").model);
+  std::ofstream(file) << Replaced(kAcme, "\"A\"", "\"Renamed\"");
+  EXPECT_TRUE(FindModel("Acme", "Renamed").model) << "written in its place";
+  folder.Write("b.json", Replaced(kAcme, "Acme", "Bolt"));
+  EXPECT_TRUE(FindModel("Bolt", "A").model) << "another file";
+  makeOld();
+  ASSERT_TRUE(FindModel("Bolt", "A").model);
+  std::filesystem::remove(folder.Path() / "b.json");
+  EXPECT_FALSE(FindModel("Bolt", "A").model) << "a file less";
 }
 
 }  // namespace
