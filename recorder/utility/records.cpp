@@ -121,8 +121,11 @@ std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::
 struct Records::Impl {
   explicit Impl(const fs::path& stateFolder)
       : file(stateFolder / "recorder.db"),
-        key(LoadOrMakeKey(stateFolder / "secret.key")),
-        database(Open(stateFolder)) {}
+        keyFile(stateFolder / "secret.key"),
+        key(LoadOrMakeKey(keyFile)),
+        database(Open(stateFolder)),
+        fileStamp(StampOf(file)),
+        keyStamp(StampOf(keyFile)) {}
 
   /// Runs `action` and gives SQLite's failures the name of the file.
   template <class Action>
@@ -167,8 +170,11 @@ struct Records::Impl {
   }
 
   fs::path file;
+  fs::path keyFile;
   SecretKey key;
   mutable SQLite::Database database;
+  FileStamp fileStamp;
+  FileStamp keyStamp;
 };
 
 Records::Records(const fs::path& stateFolder) {
@@ -178,6 +184,12 @@ Records::Records(const fs::path& stateFolder) {
 }
 
 Records::~Records() = default;
+
+bool Records::IsCurrent() const {
+  const FileStamp now = StampOf(impl_->file);  // its content may change
+  const bool isSameFile = now.device == impl_->fileStamp.device && now.inode == impl_->fileStamp.inode;
+  return isSameFile && StampOf(impl_->keyFile) == impl_->keyStamp;
+}
 
 int Records::Add(const CameraRecord& camera, const std::string& password) {
   if (const auto mistake = FindMistake(camera, password)) throw RecordsError(mistake->member + ": " + mistake->text);

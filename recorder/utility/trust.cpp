@@ -2,6 +2,8 @@
 
 #include <ctime>
 #include <exception>
+#include <mutex>
+#include <optional>
 
 #include "platform/utility.h"
 #include "recorder/utility/config.h"
@@ -26,9 +28,25 @@ bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
   return made && *made >= seconds - kPairLifetime.count() && *made <= seconds + kPairSkew.count();
 }
 
+/// The keys as they are stored now, over a connection that is kept: to open one takes longer than all else that a
+/// trusted request costs.
+class KeyReader {
+ public:
+  std::vector<TrustedKey> Read(TrustKind kind) {
+    const std::lock_guard lock(mutex_);
+    if (!records_ || !records_->IsCurrent()) records_.emplace(GetConfig().stateFolder);
+    return records_->ListKeys(kind);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::optional<Records> records_;
+};
+
 std::vector<TrustedKey> LoadKeys(TrustKind kind) {
+  static KeyReader reader;
   try {
-    return Records(GetConfig().stateFolder).ListKeys(kind);
+    return reader.Read(kind);
   } catch (const std::exception& error) {
     LogFailure(error.what());
     return {};

@@ -88,6 +88,18 @@ TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
   EXPECT_EQ(ReadFile(State() / "recorder.db"), before);
 }
 
+TEST_F(RecordsTest, AnOpenConnectionTellsThatItsFilesWereReplaced) {
+  const Records records{State()};
+  Records(State()).Add(Camera(), "secret");
+  EXPECT_TRUE(records.IsCurrent()) << "what others write is seen";
+  for (const char* name : {"recorder.db", "secret.key"}) {
+    const Records opened{State()};
+    const std::string content = ReadFile(State() / name);
+    ReplaceFile(State() / name, content, 0600);
+    EXPECT_FALSE(opened.IsCurrent()) << name;
+  }
+}
+
 TEST_F(RecordsTest, FindsTheOneCameraOnly) {
   Records records{State()};
   for (const char* channel : {"1", "2"}) records.Add(Camera("Two", channel), "x");
