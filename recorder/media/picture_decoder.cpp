@@ -11,6 +11,7 @@
 #include "recorder/utility/translate.h"
 
 extern "C" {
+#include <libavutil/cpu.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -28,13 +29,19 @@ constexpr std::pair<std::uint32_t, AVCodecID> kDecoders[] = {
 /// 8K and no more: a camera's claim must not cost any memory it likes.
 constexpr std::int64_t kMaxPixels = std::int64_t{1} << 25;
 
-CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
+/// A large picture that its encoder divided (slices, or rows of H.265's wavefront) is decoded by several threads, which
+/// cost more than they bring in a small one.
+constexpr std::size_t kLargeUnit = std::size_t{64} << 10U;
+constexpr int kMostThreads = 4;
+
+CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration, std::size_t unitSize) {
   SilenceLibav();
   const AVCodec* decoder = avcodec_find_decoder(Translate(kDecoders, codec, AV_CODEC_ID_NONE));
   if (decoder == nullptr) return nullptr;
   CodecContext context(avcodec_alloc_context3(decoder));
   if (!context) throw std::bad_alloc();
-  context->thread_count = 1;
+  context->thread_type = FF_THREAD_SLICE;
+  context->thread_count = unitSize < kLargeUnit ? 1 : std::min(av_cpu_count(), kMostThreads);
   context->max_pixels = kMaxPixels;
   if (!configuration.empty()) {
     context->extradata = static_cast<std::uint8_t*>(av_mallocz(configuration.size() + AV_INPUT_BUFFER_PADDING_SIZE));
@@ -94,7 +101,7 @@ thread_local KeptPicture keptPicture;
 
 Frame Decode(std::uint32_t codec, Bytes configuration, Bytes unit) {
   if (unit.empty()) return nullptr;
-  const CodecContext context = OpenDecoder(codec, configuration);
+  const CodecContext context = OpenDecoder(codec, configuration, unit.size());
   if (!context) return nullptr;
   Frame frame(av_frame_alloc());
   if (!frame) throw std::bad_alloc();
