@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "bench/processes.h"
 #include "bench/questions.h"
 #include "bench/rows.h"
+#include "bench/trusted_client.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "tests/recorder/end_to_end/support.h"
 
@@ -52,19 +52,11 @@ Exchange WithLogin(const end_to_end::TestRecorder& recorder) {
           recorder.Get("CamCap", query).body};
 }
 
-/// As a trusted recorder asks: without a login, which costs the web server more than all the rest.
 Exchange Trusted(const end_to_end::TestRecorder& recorder) {
-  recorder.Control({"trust", "add", "bench"});
-  std::istringstream pair(recorder.Control({"trust", "pair", "bench"}).output);
-  std::string name;
-  std::string cookie;
-  std::string timestamp;
-  pair >> name >> cookie >> name >> timestamp;
-  const std::string body = "client=NVR&vendor=Simcam&model=RTSP-H264&cookie=" + cookie;
-  const std::string request =
-      "POST /trusted/NORV.Vistrel.CameraCap/1/CamCap HTTP/1.1\r\nHost: 127.0.0.1\r\nCookie: timestamp=" + timestamp +
-      "\r\nContent-Type: application/x-www-form-urlencoded\r\nContent-Length: " + std::to_string(body.size()) +
-      "\r\n\r\n" + body;
+  Json::Value parameters;
+  parameters["vendor"] = "Simcam";
+  parameters["model"] = "RTSP-H264";
+  const std::string request = TrustedClient(recorder, "bench").Request("CamCap", parameters);
   return {request, HttpClient(recorder.Port()).Ask(request).body};
 }
 
@@ -142,10 +134,10 @@ void AddMemoryRow(Table& table) {
 
   long largest = 0;
   for (const ProcessInfo& worker : Descendants(getpid(), "recorder-webapi")) {
-    largest = std::max(largest, ResidentKiB(worker.id));
+    largest = std::max(largest, PeakKiB(worker.id));
   }
   const long peak = PeakOfFfmpeg("rtsp://127.0.0.1:" + std::to_string(cameras.Port("open")) + "/stream1", folder);
-  table.Add("memory", {"the largest worker after 10,000 mixed requests", MemoryText(largest)},
+  table.Add("memory", {"a worker's peak in 10,000 mixed requests", MemoryText(largest)},
             {"ffmpeg's peak for one picture", MemoryText(peak)},
             static_cast<double>(largest) / static_cast<double>(peak), kMemoryGoal);
 }

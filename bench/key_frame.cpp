@@ -13,7 +13,9 @@ namespace {
 
 using TurboJpeg = std::unique_ptr<void, recorder::Deleter<tjDestroy>>;
 
-constexpr int kQuality = 85;  // the recorder's
+// The recorder's.
+constexpr int kQuality = 85;
+constexpr int kLargePicture = 64 << 10;  // bytes, decoded by several threads
 
 void Require(bool isDone, const char* what) {
   if (!isDone) throw std::runtime_error(what);
@@ -58,7 +60,8 @@ std::string KeyFrame::ToJpeg() const {
   }
   const AVCodec* codec = avcodec_find_decoder(parameters_->codec_id);
   const recorder::CodecContext decoder(avcodec_alloc_context3(codec));
-  decoder->thread_count = 1;
+  decoder->thread_type = FF_THREAD_SLICE;
+  decoder->thread_count = packet_->size < kLargePicture ? 1 : 0;  // 0: as many as there are processors
   avcodec_parameters_to_context(decoder.get(), parameters_);
   const recorder::Frame frame(av_frame_alloc());
   Require(avcodec_open2(decoder.get(), codec, nullptr) == 0 && avcodec_send_packet(decoder.get(), packet_.get()) == 0 &&

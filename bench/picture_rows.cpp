@@ -8,6 +8,7 @@
 #include "bench/questions.h"
 #include "bench/rows.h"
 #include "bench/session.h"
+#include "bench/trusted_client.h"
 #include "tests/recorder/end_to_end/cameras.h"
 #include "tests/recorder/end_to_end/support.h"
 
@@ -94,10 +95,12 @@ std::filesystem::path WriteStreamModels(const TempFolder& folder) {
 /// The ways to a picture of one stream and to its size.
 class StreamWays {
  public:
-  StreamWays(const Stream& stream, int cameraPort, const end_to_end::TestRecorder& recorder, const TempFolder& folder)
+  StreamWays(const Stream& stream, int cameraPort, const end_to_end::TestRecorder& recorder, TrustedClient& trusted,
+             const TempFolder& folder)
       : stream_(stream),
         cameraPort_(cameraPort),
         recorder_(recorder),
+        trusted_(trusted),
         client_(recorder.Port()),
         login_(recorder.Login().begin()->second),
         address_("rtsp://127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
@@ -106,14 +109,10 @@ class StreamWays {
         output_(folder.Path() / "picture.jpg"),
         parameters_(folder.Write("parameters.json", ToText(PictureParameters(cameraPort)))) {}
 
-  Way Warm() {
-    return [this, request = Request("GetSnapshot", PictureParameters(cameraPort_))] {
-      Reply reply;
-      const double time = TimeOf([&] { reply = client_.Ask(request); });
-      CheckPicture(reply.body);
-      return time;
-    };
-  }
+  Way Warm() { return TimedPicture(Request("GetSnapshot", PictureParameters(cameraPort_))); }
+
+  /// Without a login to the recorder.
+  Way Trusted() { return TimedPicture(trusted_.Request("GetSnapshot", PictureParameters(cameraPort_))); }
 
   Way Cold() {
     return TimedOutput([this] {
@@ -196,6 +195,15 @@ class StreamWays {
     return HttpRequest("POST", kApi + method, login_, ToText(parameters));
   }
 
+  Way TimedPicture(const std::string& request) {
+    return [this, request] {
+      Reply reply;
+      const double time = TimeOf([&] { reply = client_.Ask(request); });
+      CheckPicture(reply.body);
+      return time;
+    };
+  }
+
   /// A command that leaves a picture in `output_`.
   Way TimedOutput(std::function<end_to_end::Finished()> command) const {
     return [this, command = std::move(command)] {
@@ -219,6 +227,7 @@ class StreamWays {
   const Stream& stream_;
   const int cameraPort_;
   const end_to_end::TestRecorder& recorder_;
+  TrustedClient& trusted_;
   HttpClient client_;
   const std::string login_;
   const std::string address_;
@@ -238,8 +247,10 @@ void AddRowsOf(const Stream& stream, StreamWays& ways, Table& table) {
     table.Add(name, kWarm, "gst-launch", Compare(ways.Warm(), ways.GStreamer()), kWarmAgainstTuned);
     table.Add(name, kCold, "gst-launch", Compare(ways.Cold(), ways.GStreamer()), kColdAgainstTuned);
   }
-  table.Add("floor, " + std::string(stream.name), kWarm, "replay + decode + encode", Compare(ways.Warm(), ways.Floor()),
-            kAgainstFloor);
+  constexpr char kBareClient[] = "replay + decode + encode";
+  const std::string floor = std::string("floor, ") + stream.name;
+  table.Add(floor, kWarm, kBareClient, Compare(ways.Warm(), ways.Floor()), kAgainstFloor);
+  table.Add(floor, "GetSnapshot over HTTP, trusted", kBareClient, Compare(ways.Trusted(), ways.Floor()), kAgainstFloor);
 }
 
 void AddSizeRows(StreamWays& ways, const Stream& stream, Table& table) {
@@ -256,12 +267,13 @@ void AddPictureRows(Table& table) {
   const TempFolder models;
   const end_to_end::SimCameras cameras(end_to_end::List({CameraConfig()}));
   const end_to_end::TestRecorder recorder({.modelsFolder = WriteStreamModels(models)});
+  TrustedClient trusted(recorder, "bench");
   for (const Stream& stream : kStreams) {
-    StreamWays ways(stream, cameras.Port(kCamera), recorder, folder);
+    StreamWays ways(stream, cameras.Port(kCamera), recorder, trusted, folder);
     AddRowsOf(stream, ways, table);
   }
   for (const Stream& stream : kStreams) {
-    StreamWays ways(stream, cameras.Port(kCamera), recorder, folder);
+    StreamWays ways(stream, cameras.Port(kCamera), recorder, trusted, folder);
     AddSizeRows(ways, stream, table);
   }
 }

@@ -61,6 +61,15 @@ ProcessInfo Describe(pid_t process) {
   return info;
 }
 
+/// The number behind a name at the beginning of a line; 0 without one.
+long FigureOf(pid_t process, const char* file, std::string_view name) {
+  std::istringstream lines(ReadText(Folder(process) / file));
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(name)) return std::stol(line.substr(name.size()));
+  }
+  return 0;
+}
+
 void AddDescendants(pid_t ancestor, const std::multimap<pid_t, pid_t>& children, std::vector<ProcessInfo>& all) {
   const auto [first, last] = children.equal_range(ancestor);
   for (auto child = first; child != last; ++child) {
@@ -84,13 +93,10 @@ std::vector<ProcessInfo> Descendants(pid_t ancestor, const std::string& program)
 }
 
 long ResidentKiB(pid_t process) {
-  std::istringstream lines(ReadText(Folder(process) / "smaps_rollup"));  // "statm" lags behind by some pages
-  for (std::string line; std::getline(lines, line);) {
-    constexpr std::string_view kName = "Rss:";
-    if (line.starts_with(kName)) return std::stol(line.substr(kName.size()));
-  }
-  return 0;
+  return FigureOf(process, "smaps_rollup", "Rss:");  // "statm" lags behind by some pages
 }
+
+long PeakKiB(pid_t process) { return FigureOf(process, "status", "VmHWM:"); }
 
 int OpenDescriptors(pid_t process) {
   std::error_code ended;

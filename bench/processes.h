@@ -23,6 +23,8 @@ std::vector<ProcessInfo> Descendants(pid_t ancestor, const std::string& program)
 
 /// Memory in use now, in KiB.
 long ResidentKiB(pid_t process);
+/// The most that was ever in use, in KiB.
+long PeakKiB(pid_t process);
 int OpenDescriptors(pid_t process);
 
 /// Sends SIGKILL to a process of ours; false when it was no longer there. Another process that has got its number is

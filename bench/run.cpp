@@ -35,18 +35,18 @@ std::string Processor() {
   return "unknown processor";
 }
 
-std::string Title() {
+std::string Title(const std::string& revision) {
   const std::time_t now = std::time(nullptr);
   std::tm parts{};
   char date[32];
   std::strftime(date, sizeof(date), "%Y-%m-%d", localtime_r(&now, &parts));
   double load = 0;
   getloadavg(&load, 1);
-  return std::string("# Side by side\n\n`bench/run` of ") + date + " on " +
+  return "# Side by side\n\n`bench/run` of " + std::string(date) + ", revision " + revision + ", on " +
          std::to_string(std::thread::hardware_concurrency()) + " processors (" + Processor() + "), load before it " +
          NumberText(load, 1) +
-         ". Each row: both ways in turn, 9 pairs (the batch 3), every answer checked;\nmedians, and the median of the "
-         "pairs' ratios.\n\n";
+         ".\nEvery answer is checked. Ours and the other take turns: medians of 9 pairs (the batch 3), and the median\n"
+         "of the pairs' ratios. Growth: medians of 5, and the worst step from a size to the next. Memory: one run.\n\n";
 }
 
 }  // namespace
@@ -62,9 +62,11 @@ int main(int argc, char** argv) {
   for (const auto& subject : bench::kSubjects) names.emplace_back(subject.name);
   app.add_option("subjects", chosen, "what to time (default: all)")->check(CLI::IsMember(names));
   app.add_option("--output", output, "file for the table");
+  std::string revision = "unknown";
+  app.add_option("--revision", revision, "what is timed, for the title");
   CLI11_PARSE(app, argc, argv);
   if (!output.empty()) output = std::filesystem::absolute(output).string();
-  bench::Table table(bench::Title());
+  bench::Table table(bench::Title(revision));
   for (const auto& [name, addRows] : bench::kSubjects) {
     if (!chosen.empty() && std::find(chosen.begin(), chosen.end(), name) == chosen.end()) continue;
     try {

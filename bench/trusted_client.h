@@ -1,0 +1,31 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <chrono>
+#include <string>
+
+#include "tests/recorder/end_to_end/support.h"
+
+namespace bench {
+
+/// Asks as a trusted recorder: without a login, whose check costs the web server more than most answers. One thread.
+class TrustedClient {
+ public:
+  /// Makes `recorder` trust a client named `name`. Throws std::runtime_error.
+  TrustedClient(const end_to_end::TestRecorder& recorder, const std::string& name);
+
+  /// A whole HTTP request, which is good for some minutes.
+  std::string Request(const std::string& method, Json::Value parameters);
+
+ private:
+  void RenewPair();
+
+  const end_to_end::TestRecorder& recorder_;
+  const std::string name_;
+  std::string cookie_;
+  std::string timestamp_;
+  std::chrono::steady_clock::time_point made_;
+};
+
+}  // namespace bench
