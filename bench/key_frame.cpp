@@ -13,9 +13,7 @@ namespace {
 
 using TurboJpeg = std::unique_ptr<void, recorder::Deleter<tjDestroy>>;
 
-// The recorder's.
-constexpr int kQuality = 85;
-constexpr int kLargePicture = 64 << 10;  // bytes, decoded by several threads
+constexpr int kQuality = 85;  // the recorder's
 
 void Require(bool isDone, const char* what) {
   if (!isDone) throw std::runtime_error(what);
@@ -60,8 +58,7 @@ std::string KeyFrame::ToJpeg() const {
   }
   const AVCodec* codec = avcodec_find_decoder(parameters_->codec_id);
   const recorder::CodecContext decoder(avcodec_alloc_context3(codec));
-  decoder->thread_type = FF_THREAD_SLICE;
-  decoder->thread_count = packet_->size < kLargePicture ? 1 : 0;  // 0: as many as there are processors
+  decoder->thread_count = 1;
   avcodec_parameters_to_context(decoder.get(), parameters_);
   const recorder::Frame frame(av_frame_alloc());
   Require(avcodec_open2(decoder.get(), codec, nullptr) == 0 && avcodec_send_packet(decoder.get(), packet_.get()) == 0 &&

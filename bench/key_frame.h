@@ -22,8 +22,8 @@ class KeyFrame {
   /// `address` with user and password. Throws std::runtime_error.
   explicit KeyFrame(const std::string& address);
 
-  /// Decodes it with a new decoder and as many threads as are fastest, and encodes what comes out, as it stands. A JPEG
-  /// is a picture already.
+  /// Decodes it with one thread and a new decoder and encodes what comes out, as it stands. A JPEG is a picture
+  /// already.
   std::string ToJpeg() const;
 
  private:

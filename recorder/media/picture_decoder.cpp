@@ -11,7 +11,6 @@
 #include "recorder/utility/translate.h"
 
 extern "C" {
-#include <libavutil/cpu.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -29,19 +28,13 @@ constexpr std::pair<std::uint32_t, AVCodecID> kDecoders[] = {
 /// 8K and no more: a camera's claim must not cost any memory it likes.
 constexpr std::int64_t kMaxPixels = std::int64_t{1} << 25;
 
-/// A large picture that its encoder divided (slices, or rows of H.265's wavefront) is decoded by several threads, which
-/// cost more than they bring in a small one.
-constexpr std::size_t kLargeUnit = std::size_t{64} << 10U;
-constexpr int kMostThreads = 4;
-
-CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration, std::size_t unitSize) {
+CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
   SilenceLibav();
   const AVCodec* decoder = avcodec_find_decoder(Translate(kDecoders, codec, AV_CODEC_ID_NONE));
   if (decoder == nullptr) return nullptr;
   CodecContext context(avcodec_alloc_context3(decoder));
   if (!context) throw std::bad_alloc();
-  context->thread_type = FF_THREAD_SLICE;
-  context->thread_count = unitSize < kLargeUnit ? 1 : std::min(av_cpu_count(), kMostThreads);
+  context->thread_count = 1;  // several begin each slice or row anew and do not notice damage in the one before
   context->max_pixels = kMaxPixels;
   if (!configuration.empty()) {
     context->extradata = static_cast<std::uint8_t*>(av_mallocz(configuration.size() + AV_INPUT_BUFFER_PADDING_SIZE));
@@ -101,7 +94,7 @@ thread_local KeptPicture keptPicture;
 
 Frame Decode(std::uint32_t codec, Bytes configuration, Bytes unit) {
   if (unit.empty()) return nullptr;
-  const CodecContext context = OpenDecoder(codec, configuration, unit.size());
+  const CodecContext context = OpenDecoder(codec, configuration);
   if (!context) return nullptr;
   Frame frame(av_frame_alloc());
   if (!frame) throw std::bad_alloc();
