@@ -133,7 +133,7 @@ class Conversation {
     if (verdict.status == 200) return true;
     const bool isWrong = !request.Header("Authorization").empty();
     if (isWrong && (fault_ == Fault::kHangUpOnLogin || fault_ == Fault::kResetOnLogin)) {
-      if (fault_ == Fault::kResetOnLogin) socket_.ResetAtEnd();
+      if (fault_ == Fault::kResetOnLogin) socket_.Reset();
       return open_ = false;
     }
     std::vector<std::string> headers;

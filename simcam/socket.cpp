@@ -105,9 +105,9 @@ void Socket::SendAtEnd() const {
   setsockopt(descriptor_, IPPROTO_TCP, TCP_CORK, &on, sizeof on);
 }
 
-void Socket::ResetAtEnd() const {
-  const linger atOnce{1, 0};
-  setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+void Socket::Reset() const {
+  const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
+  static_cast<void>(connect(descriptor_, &nobody, sizeof nobody));  // Linux sends a reset, and it cannot fail
 }
 
 bool IsEstablished(int descriptor) {

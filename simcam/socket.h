@@ -45,8 +45,8 @@ class Socket {
   void Shutdown() const;
   /// Keeps what is sent from now on, if it fits into one segment, until the connection's end leaves with it.
   void SendAtEnd() const;
-  /// Makes the destructor end the connection with a reset instead of an orderly end.
-  void ResetAtEnd() const;
+  /// Ends the connection at once with a reset instead of an orderly end (RST, RFC 9293).
+  void Reset() const;
   /// Gives the descriptor away.
   int Release();
 
