@@ -122,10 +122,10 @@ struct Records::Impl {
   explicit Impl(const fs::path& stateFolder)
       : file(stateFolder / "recorder.db"),
         keyFile(stateFolder / "secret.key"),
-        key(LoadOrMakeKey(keyFile)),
-        database(Open(stateFolder)),
         fileStamp(StampOf(file)),
-        keyStamp(StampOf(keyFile)) {}
+        keyStamp(StampOf(keyFile)),
+        key(LoadOrMakeKey(keyFile)),
+        database(Open(stateFolder)) {}
 
   /// Runs `action` and gives SQLite's failures the name of the file.
   template <class Action>
@@ -171,10 +171,10 @@ struct Records::Impl {
 
   fs::path file;
   fs::path keyFile;
+  FileStamp fileStamp;  // from before the files were opened, so that an exchange in between shows
+  FileStamp keyStamp;
   SecretKey key;
   mutable SQLite::Database database;
-  FileStamp fileStamp;
-  FileStamp keyStamp;
 };
 
 Records::Records(const fs::path& stateFolder) {

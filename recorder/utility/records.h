@@ -59,7 +59,8 @@ class RecordsError : public std::runtime_error {
 ///
 /// Owner:   an object holds one database connection. Opening takes a fraction of a millisecond: make one a call. Keep
 ///          one, as long as IsCurrent, for what every request asks.
-/// Thread:  an object belongs to one thread. Objects of any threads and processes work side by side; a writer waits up
+/// Thread:  one thread at a time uses an object. Objects of any threads and processes work side by side; a writer waits
+/// up
 ///          to 5 s for another.
 /// Time:    a change is on the disk when the call returns.
 /// Failure: throws RecordsError, or std::system_error for folder and key file; the records are as before then. A file
@@ -72,7 +73,8 @@ class Records {
   Records(const Records&) = delete;
   Records& operator=(const Records&) = delete;
 
-  /// False when other files stand in the state folder than those that were opened.
+  /// False when other files stand in the state folder than those that were opened, and perhaps for an object that made
+  /// them.
   bool IsCurrent() const;
 
   /// Stores a camera (`camera.id` is ignored) and returns its id. A record with a mistake is a RecordsError.

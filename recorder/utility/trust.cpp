@@ -35,7 +35,12 @@ class KeyReader {
   std::vector<TrustedKey> Read(TrustKind kind) {
     const std::lock_guard lock(mutex_);
     if (!records_ || !records_->IsCurrent()) records_.emplace(GetConfig().stateFolder);
-    return records_->ListKeys(kind);
+    try {
+      return records_->ListKeys(kind);
+    } catch (...) {
+      records_.reset();
+      throw;
+    }
   }
 
  private:

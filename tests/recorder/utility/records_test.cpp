@@ -89,8 +89,9 @@ TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
 }
 
 TEST_F(RecordsTest, AnOpenConnectionTellsThatItsFilesWereReplaced) {
-  const Records records{State()};
   Records(State()).Add(Camera(), "secret");
+  const Records records{State()};
+  Records(State()).Add(Camera("Other"), "secret");
   EXPECT_TRUE(records.IsCurrent()) << "what others write is seen";
   for (const char* name : {"recorder.db", "secret.key"}) {
     const Records opened{State()};
