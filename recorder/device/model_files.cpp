@@ -28,10 +28,10 @@ struct FileState {
   bool operator==(const FileState&) const = default;
 };
 
-/// What the folder holds, sorted by path: two equal answers mean that nothing has changed.
-std::vector<FileState> ListFolder(const std::string& folder) {
+/// What the folder holds, sorted by path: two equal answers mean that nothing has changed. Less than all of it after an
+/// error.
+std::vector<FileState> ListFolder(const std::string& folder, std::error_code& error) {
   std::vector<FileState> files;
-  std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
     if (entry->path().extension() == ".json") files.push_back({entry->path().string(), StampOf(entry->path())});
   }
@@ -48,8 +48,9 @@ class WatchedFolder {
   bool HasChanged() {
     if (isSettled_ && StampOf(folder_) == stamp_ && AreFilesTheSame()) return false;
     stamp_ = StampOf(folder_);
-    isSettled_ = IsOld(stamp_);
-    std::vector<FileState> files = ListFolder(folder_);
+    std::error_code error;
+    std::vector<FileState> files = ListFolder(folder_, error);
+    isSettled_ = !error && IsOld(stamp_);
     return std::exchange(files_, files) != files;
   }
 
@@ -117,7 +118,8 @@ class CurrentCatalog {
 
   std::shared_ptr<const ModelCatalog> Get() {
     const std::lock_guard lock(mutex_);
-    if (!folder_.HasChanged() && catalog_) return catalog_;
+    if (folder_.HasChanged()) catalog_ = nullptr;
+    if (catalog_) return catalog_;
     catalog_ = std::make_shared<const ModelCatalog>(ReadFiles(folder_.Path(), folder_.Files()));
     for (const ModelMistake& mistake : catalog_->mistakes) LogMistake(mistake);
     return catalog_;
@@ -168,7 +170,10 @@ void SetModelsFolder(std::string folder) { Current().SetFolder(std::move(folder)
 
 std::shared_ptr<const ModelCatalog> Models() { return Current().Get(); }
 
-ModelCatalog ReadModels(const std::string& folder) { return ReadFiles(folder, ListFolder(folder)); }
+ModelCatalog ReadModels(const std::string& folder) {
+  std::error_code ignored;  // a folder that cannot be read holds no models
+  return ReadFiles(folder, ListFolder(folder, ignored));
+}
 
 FoundModel FindModel(const std::string& vendor, const std::string& model, const std::string& modelFile) {
   if (auto builtIn = BuiltInModel(vendor)) return {std::move(builtIn), ""};
