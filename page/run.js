@@ -127,6 +127,7 @@ export class Run {
     await this.#testGroups();
     this.isAloneNow = true;
     await this.#testAlone();
+    for (const row of this.rows) row.asHeld = false; // the answer to a question holds for one run
   }
 
   async #testGroups() {
