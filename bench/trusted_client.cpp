@@ -30,7 +30,8 @@ std::string TrustedClient::Request(const std::string& method, Json::Value parame
 /// `trust pair` prints the lines "cookie ..." and "timestamp ...".
 void TrustedClient::RenewPair() {
   std::string label;
-  std::istringstream(recorder_.Control({"trust", "pair", name_}).output) >> label >> cookie_ >> label >> timestamp_;
+  std::istringstream pair(recorder_.Control({"trust", "pair", name_}).output);
+  if (!(pair >> label >> cookie_ >> label >> timestamp_)) throw std::runtime_error("no pair: " + pair.str());
   made_ = std::chrono::steady_clock::now();
 }
 
