@@ -59,9 +59,8 @@ class RecordsError : public std::runtime_error {
 ///
 /// Owner:   an object holds one database connection. Opening takes a fraction of a millisecond: make one a call. Keep
 ///          one, as long as IsCurrent, for what every request asks.
-/// Thread:  one thread at a time uses an object. Objects of any threads and processes work side by side; a writer waits
-/// up
-///          to 5 s for another.
+/// Thread:  one thread at a time uses an object. Objects of any threads and processes work side by side; a writer
+///          waits up to 5 s for another.
 /// Time:    a change is on the disk when the call returns.
 /// Failure: throws RecordsError, or std::system_error for folder and key file; the records are as before then. A file
 ///          of a newer version of this program is refused and left untouched.
