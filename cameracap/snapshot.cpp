@@ -116,17 +116,15 @@ bool TakeSnapshot(SnapshotRequest& snapshot, DeviceAPIHandler& api, CamCapHandle
   return true;
 }
 
-/// Replaces the picture by the default one; false, with a log line, when that cannot be read.
+/// Replaces the picture by the default one, which may be a file of no bytes; false, with a log line, when that cannot
+/// be read.
 bool GetDefaultSnapshot(Picture& picture) {
   picture.Reset();
-  int size = 0;
-  if (ReadContentFromFileToBuf(kDefaultPicture, true, &picture.bytes, &size) != 0) {
+  if (ReadContentFromFileToBuf(kDefaultPicture, true, &picture.bytes, &picture.size) != 0) {
     VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, kLogSource, 685, "GetDefaultSnapshot", "Failed to read img[%s]!\n",
              kDefaultPicture);
     return false;
   }
-  picture.size = size;
-  if (picture.IsEmpty()) picture.Reset();
   return true;
 }
 
