@@ -1,3 +1,4 @@
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -158,7 +159,9 @@ void CameraCapHandler::HandleCamCapRemote() {
   const auto command = static_cast<__tag_REMOTE_CAMCAP_CMD>(read.Int("camCapCmd", ""));
 
   CamCapHandler handler;
-  profile.pass = ResolvePassword(profile.pass, camId, profile.vendor, profile.model, profile.channel);
+  if (std::strcmp(profile.pass.c_str(), gszFakePass) == 0) {  // the other methods compare what follows a NUL too
+    profile.pass = GetCamRealPass(camId, profile.vendor, profile.model, profile.channel);
+  }
 
   std::string capFilePath;
   bool hasFile = true;

@@ -64,6 +64,8 @@ const std::vector<Row> kRows = {
     Row("StoredPassword", {{"password", gszFakePass}},
         kPassed +
             Swap(Swap(kOwnCheck, "\"pw\"", "\"secret\""), "LoadBy", R"(GetCamRealPass(0,"Acme","X100","3"); LoadBy)")),
+    Row("PlaceholderThenNul", {{"password", gszFakePass + std::string("\0x", 2)}},
+        kPassed + Swap(kOwnCheck, "\"pw\"", R"("********\u0000x")")),
     Row("StreamPath", {{"HasStreamPath", true}}, kPassed + kStream),
     Row("NoStreamPath", {{"HasStreamPath", true}, {"GetStreamPath", -1}}, kFailed + Until("GetStreamPath", kStream)),
     Row("SkippedByText", {{"isAuth", "true"}}, kPassed),

@@ -1,5 +1,6 @@
 #include <exception>
 
+#include "platform/utility.h"
 #include "tests/cameracap/request.h"
 
 namespace {
@@ -65,6 +66,18 @@ TEST_F(ModuleTest, LeavesOtherMethodsUnanswered) {
     Reset();
     Send(method);
     EXPECT_EQ(Transcript(), Lines(kAdmitted));
+  }
+}
+
+TEST_F(ModuleTest, PlaceholderEndsAtNulForOneMethodOnly) {
+  const Json::Value longer = gszFakePass + std::string("\0x", 2);
+  for (const auto& [method, used] : {std::pair{"CamCapRemote", R"("secret")"},
+                                     {"CameraTest", R"("********\u0000x")"},
+                                     {"GetSnapshot", R"("********\u0000x")"},
+                                     {"CamCapUserDefineReso", R"("********\u0000x")"}}) {
+    Reset();
+    Send(method, With(kCamera, {{"camPass", longer}, {"camPassword", longer}, {"camPassWord", longer}}));
+    EXPECT_NE(Transcript().find(used), std::string::npos) << method;
   }
 }
 
