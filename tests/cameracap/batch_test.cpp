@@ -71,6 +71,8 @@ const std::vector<Row> kRows = {
     Row("SkippedByText", {{"isAuth", "true"}}, kPassed),
     Row("SkippedByFlag", {{"isAuth", true}}, kPassed),
     Row("NotSkipped", {{"isAuth", "True"}, {"LoadCapability", 7}}, kFailed + Until("LoadCapability", kOwnCheck)),
+    Row("NotSkippedByOne", {{"isAuth", "1"}, {"LoadCapability", 7}}, kFailed + Until("LoadCapability", kOwnCheck)),
+    Row("HighestPort", {{"port", 65535}}, kPassed + Swap(kOwnCheck, ",80,", ",65535,")),
     Row("NeedsSourcePath", {{"NeedsSourcePath", true}}, kFailed + Until("NeedsSourcePath", kOwnCheck)),
     Row("OnvifSubstituted", {{"vendor", "ONVIF"}, {"GetCamCapFile", 1}}, kPassed + kOnvif),
     Row("OnvifLogin", {{"vendor", "ONVIF"}, {"GetCamCapFile", 4}}, "t1:6/464 \n" + Until("GetCamCapFile", kOnvif)),
@@ -133,13 +135,19 @@ TEST_F(ModuleTest, UnreadableRowsHaveAnEntryButNoWorkerAndTakeNoPlaceAmongTheTen
   EXPECT_EQ(Threads(), Group(1, 10));
   EXPECT_NE(Transcript().find(R"("name":"n8")"), std::string::npos);
   EXPECT_EQ(ResultsOf(List(1, 2)), ":1/468 :1/468 ");
+  for (const char* key : {"ip", "username", "vendor", "model", "password", "isAuth"}) {
+    EXPECT_EQ(ResultsOf(List(Camera(1, {{key, List("no", "text")}}))), "t1:1/468 ") << key;
+  }
 }
 
 TEST_F(ModuleTest, WorkersThatDoNotStartOrJoinHaveNoEntry) {
   Script("pthread_create #2", {kFails});
   Script("pthread_join #3", {kFails});
   Script("pthread_create #5", {kFails});  // the last row: the others are joined all the same
-  EXPECT_EQ(ResultsOf(Cameras(5)), "t1:0 t4:0 ");
+  const std::string model(64, 'm');
+  Json::Value list = Cameras(5);
+  list[2]["model"] = model;
+  EXPECT_EQ(ResultsOf(list), "t1:0 t4:0 ");
   const std::string noThread = R"(log("cameracap:855","HandleCamBatchAddVerify","Failed to create thread\n"); )";
   const std::string noJoin = R"(log("cameracap:872","HandleCamBatchAddVerify","Failed to join thread 103. (errno=)" +
                              std::to_string(EDEADLK) + R"()\n"); )";
@@ -147,7 +155,10 @@ TEST_F(ModuleTest, WorkersThatDoNotStartOrJoinHaveNoEntry) {
                              "pthread_create #3; pthread_create #4; pthread_create #5; " + noThread +
                              "pthread_join #1; pthread_join #3; " + noJoin + "pthread_join #4"));
 
-  Script("pthread_create #6", {kFails});
+  EXPECT_TRUE(Finish().empty());  // worker 3 runs only now, and still has its record
+  EXPECT_EQ(Transcript(3), Lines(Swap(kOwnCheck, "X100", model)));
+
+  Script("pthread_create #1", {kFails});
   EXPECT_EQ(ResultsOf(Cameras(1)), "");  // a success all the same
   EXPECT_NE(Transcript().find(R"(SetSuccess({"resultList":[]}))"), std::string::npos);
 }

@@ -32,6 +32,7 @@ const std::vector<Row> kCamCapRows = {
     Row("CallThatCannotBeMade", {{"LoadCapability", kNoObject}},
         BadCall(416, "LoadCapability", kNullObject) + kGetModel),
     Row("Exception", {{"GetCamCap", kThrow}}, kLoadModel + R"(GetCamCap("Acme","X100",{}); thrown)"),
+    Row("HandlerObjectOfUserDefined", {{"vendor", "User"}, {"CamCapHandler", kThrow}}, "thrown"),
     Row("UserDefined", {{"vendor", "User"}, {"model", "any"}, {"channel", "9"}},
         R"(SetSuccess({"camCap":[{)"
         R"("AudioCHList":[],"ChanlList":[],"DINum":0,"FPSList":[],"MDCap":false,"MDList":[],"QualList":[],)"
@@ -44,6 +45,15 @@ const std::vector<Row> kCamCapRows = {
         R"({"stList":["RTSP"],"vt":"MPEG4"}]}]}))"),
 };
 INSTANTIATE_TEST_SUITE_P(CamCap, MethodTest, Rows("CamCap", kAskModel, kCamCapRows), kByName);
+
+TEST_F(ModuleTest, TwoNumbersOfAUserDefinedCameraAreUnsigned) {
+  std::string unsignedMembers;
+  const Json::Value capability = Send("CamCap", {{"vendor", "User"}})["camCap"][0];
+  for (const std::string& name : capability.getMemberNames()) {
+    if (capability[name].type() == Json::uintValue) unsignedMembers += name + " ";
+  }
+  EXPECT_EQ(unsignedMembers, "codecOptimizationCap rtspProtocolCap ");
+}
 
 // --- Capability of a camera whose file comes first ------------------------------------------------------------------
 
@@ -62,6 +72,8 @@ const std::vector<Row> kRemoteRows = {
     Row("NotQuiteThePlaceholder", {{"camPass", "*********"}}, Swap(kObtained, "pw", "*********")),
     Row("LoadFails", {{"LoadCapability", 2}}, Until("LoadCapability", kObtained) + Error(400)),
     Row("SubstitutedButRead", {{"GetCamCapFile", List(1, "/cap")}}, Until("GetCamCap", kObtained) + Error(459)),
+    Row("SubstitutedAndNotRead", {{"GetCamCapFile", List(1, "/cap")}, {"LoadCapability", 2}},
+        Until("LoadCapability", kObtained) + Error(400)),
     Row("KeptFileWithoutChannelCheck", {{"camCapCmd", 2}, {"vendor", "PSIA"}},
         R"(GetRealCapFilePath("PSIA","10.0.0.9",80,""); LoadCapability(1,"PSIA","X100","9","/kept")
         GetCamCap("PSIA","X100",{}); SetSuccess({"camCap":["document"]}))"),

@@ -30,6 +30,7 @@ const std::string kStream = Swap(Until("GetSnapshotPath", kNoCodec), "H.264", "M
 const std::vector<Row> kSnapshotRows = {
     Row("Picture", {}, kTake + kAnswer),
     Row("Disabled", {{"GetCamConnStatus", 6}}, "GetCamConnStatus(7); " + kDefault),
+    Row("DisabledByNegativeId", {{"camId", -1}, {"GetCamConnStatus", 6}}, "GetCamConnStatus(-1); " + kDefault),
     Row("CapabilityFails", {{"LoadCapability", 1}}, Until("LoadCapability", kTake) + kNoModel + kDefault),
     Row("GenericWithOtherChannel", {{"camChannel", "2"}, {"IsGenericApi", true}, {"IsValid", false}}, R"(
         GetCamConnStatus(7); IsGenericApi("Acme","X100"); GetRealCapFilePath("Acme","10.0.0.9",80,"")

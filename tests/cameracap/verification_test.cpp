@@ -45,6 +45,8 @@ const std::vector<Row> kGenericRows = {
         R"(GetCamRealPass(7,"Acme","X100","9"); )" + Swap(kGeneric, "\"pw\"", "\"secret\"")),
     Row("LoginRefused", {{"GetCamCapFile", 4}}, Until("GetCamCapFile", kGeneric) + Error(464)),
     Row("Unreachable", {{"GetCamCapFile", 2}}, Until("GetCamCapFile", kGeneric) + Error(468)),
+    Row("OnvifKeepsAnyChannel", {{"camModel", "ONVIF X100"}, {"GetChannelList", List(List("1"))}},
+        Swap(kGeneric, "Acme", "ONVIF")),
     Row("ChannelKept", {{"camModel", "PSIA X100"}}, kPsia),
     Row("ChannelReplaced", {{"camModel", "PSIA X100"}, {"GetChannelList", List(List("1"))}},
         Swap(Swap(kPsia, "List()", "List(); GetDefaultChannel()"), R"("9","/src")", R"("3","/src")")),

@@ -53,6 +53,7 @@ int CamCapUtils::GetCamCapFile(CamProfile& profile, string& capFilePath, __tag_R
 
 struct CamCapHandler::Impl : ScriptedObject {};
 CamCapHandler::CamCapHandler() : impl(std::make_unique<Impl>()) {
+  if (IsScripted("CamCapHandler", kThrow)) Answer("CamCapHandler");
   impl->Register<int, int, string, string, string, string>(LoadCapability, "LoadCapability");
   impl->Register<std::list<string>>(GetChannelList, "GetChannelList");
   impl->Register<string>(GetDefaultChannel, "GetDefaultChannel");
