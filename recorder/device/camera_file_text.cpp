@@ -24,7 +24,7 @@ bool IsUsable(const std::string& text) {
 }
 
 /// The usable ones of `texts`, each once.
-Json::Value TextList(const std::vector<std::string>& texts) {
+Json::Value UsableTexts(const std::vector<std::string>& texts) {
   Json::Value list(Json::arrayValue);
   std::vector<std::string> taken;
   for (const std::string& text : texts) {
@@ -39,7 +39,7 @@ Json::Value TextList(const std::vector<std::string>& texts) {
 /// Null when nothing usable can be chosen.
 Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string& preset) {
   Json::Value json;
-  const Json::Value list = TextList(values);
+  const Json::Value list = UsableTexts(values);
   if (list.empty()) return json;
   json["values"] = list;
   const bool hasPreset = std::find(list.begin(), list.end(), Json::Value(preset)) != list.end();
@@ -84,7 +84,7 @@ class ModelWriter {
     for (const ModelCodec& codec : facts_.codecs) {
       Json::Value& entry = codecs.append(Json::Value(Json::objectValue));
       entry["name"] = codec.name;
-      entry["streamTypes"] = TextList(codec.streamTypes);
+      entry["streamTypes"] = UsableTexts(codec.streamTypes);
     }
     Set("codecs", codecs, true);
     const bool isOffered = std::any_of(facts_.codecs.begin(), facts_.codecs.end(),
@@ -98,8 +98,8 @@ class ModelWriter {
 
   void WriteSensors() {
     using Channels = std::vector<std::string>;
-    Set("audioChannels", TextList(facts_.audioChannels.value_or(Channels())), facts_.audioChannels.has_value());
-    Set("motionChannels", TextList(facts_.motionChannels.value_or(Channels())), facts_.motionChannels.has_value());
+    Set("audioChannels", UsableTexts(facts_.audioChannels.value_or(Channels())), facts_.audioChannels.has_value());
+    Set("motionChannels", UsableTexts(facts_.motionChannels.value_or(Channels())), facts_.motionChannels.has_value());
     const int count = std::clamp(facts_.digitalInputs.value_or(0), 0, kMaxInputs);
     Json::Value inputs;
     inputs["count"] = count;

@@ -20,7 +20,7 @@ constexpr int kUnauthorized = 401;
 // With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
 // (unsupported transport): a camera that grants no interleaved video will not do so later either, which is what "busy"
 // would promise.
-constexpr std::pair<int, Outcome> kStatusOutcomes[] = {
+constexpr std::pair<int, Outcome> kRtspStatusOutcomes[] = {
     {kUnauthorized, Outcome::kLoginRefused},
     {403, Outcome::kLoginRefused},
     {404, Outcome::kNoSuchStream},
@@ -34,7 +34,7 @@ bool IsSuccess(int status) { return status >= 200 && status < 300; }
 bool IsRedirect(int status) { return status >= 300 && status < 400; }
 
 Outcome OutcomeOf(int status) {
-  return IsSuccess(status) ? Outcome::kOk : Translate(kStatusOutcomes, status, Outcome::kNotUnderstood);
+  return IsSuccess(status) ? Outcome::kOk : Translate(kRtspStatusOutcomes, status, Outcome::kNotUnderstood);
 }
 
 std::string MakeUri(const CameraAddress& address, std::string_view path) {
