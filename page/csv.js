@@ -11,8 +11,12 @@
  * @property {number} openQuote the line of a quote that is never closed; 0 for none
  */
 
-/** Text that a spreadsheet takes for a formula when it begins a cell. */
-const FORMULA_START = /^[=+\-@\t\r]/;
+/**
+ * Where a formula could begin, and where such a place is guarded: a sign where a cell begins. A cell also begins behind
+ * a separator within it, since spreadsheets may split lines at another one than the file's.
+ */
+const FORMULA = /(?=[=+\-@\t\r＝＋－＠])(?<=(?:^|[;,|\t\r\n])[ "']*)/g;
+const GUARD = /'(?=[=+\-@\t\r＝＋－＠])(?<=(?:^|[;,|\t\r\n])[ "']*)/g;
 
 /** @param {Uint8Array} bytes */
 export function isWorkbook(bytes) {
@@ -101,19 +105,19 @@ export function parseCsv(source) {
 }
 
 /**
- * Makes sure that a spreadsheet takes the cell for text.
+ * Makes sure that a spreadsheet takes the cell for text, whichever separator it splits at. `recorderctl` does the same.
  * @param {string} cell
  */
-export const guardCell = (cell) => (FORMULA_START.test(cell) ? `'${cell}` : cell);
+export const guardCell = (cell) => cell.replace(FORMULA, "'");
 
 /**
- * Takes off what guardCell puts before a cell.
+ * Takes off what guardCell puts into a cell; one that it would not have written so stays as it is.
  * @param {string} cell
  */
-export const unguardCell = (cell) => (cell.startsWith("'") && FORMULA_START.test(cell.slice(1)) ? cell.slice(1) : cell);
-
-/** @param {string} cell */
-export const isFormula = (cell) => FORMULA_START.test(cell);
+export function unguardCell(cell) {
+  const plain = cell.replace(GUARD, "");
+  return guardCell(plain) === cell ? plain : cell;
+}
 
 /** @param {string} cell */
 const writeCell = (cell) => (/[",\r\n]/.test(cell) ? `"${cell.replaceAll('"', '""')}"` : cell);

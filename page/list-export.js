@@ -1,7 +1,7 @@
 /// What a list of cameras becomes when it leaves the page: tables without passwords.
 
 import { COLUMNS, kindOf, reasonOf } from "./camera-list.js";
-import { guardCell, isFormula, writeCsv } from "./csv.js";
+import { guardCell, writeCsv } from "./csv.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
 
@@ -49,8 +49,7 @@ export function exportResults(rows) {
 }
 
 /**
- * What `recorderctl camera import` takes. It reads cells as they stand, so a row that a spreadsheet would take for a
- * formula is left out rather than changed.
+ * What `recorderctl camera import` takes, which takes the guards off again. Rows without a camera are left out.
  * @param {Row[]} rows
  * @returns {{text: string, count: number, leftOut: number}}
  */
@@ -67,11 +66,10 @@ export function exportForImport(rows) {
             camera.user,
             camera.channel,
             camera.path,
-          ],
+          ].map(guardCell),
         ]
       : [],
   );
-  const safe = lines.filter((line) => !line.some(isFormula));
   const heading = ["name", "vendor", "model", "host", "port", "user", "channel", "sourcePath"];
-  return { text: writeCsv([heading, ...safe]), count: safe.length, leftOut: rows.length - safe.length };
+  return { text: writeCsv([heading, ...lines]), count: lines.length, leftOut: rows.length - lines.length };
 }

@@ -8,7 +8,7 @@ import { promisify } from "node:util";
 import { checkRows, readListFile } from "./page/camera-list.js";
 import { CAPABILITY_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/csv.js";
-import { exportResults } from "./page/list-export.js";
+import { exportForImport, exportResults } from "./page/list-export.js";
 import { ModelList } from "./page/models.js";
 import { STORED_PASSWORD } from "./page/api.js";
 import { here, source } from "./stage.js";
@@ -124,8 +124,14 @@ test("a list is read gently", async (t) => {
 });
 
 test("what is written is read as it was, and no formula for a spreadsheet", () => {
-  const cells = ["=1+1", "+1", "-1", "@x", "\tx", "\rx", 'a"b', "c,d", "e\nf", "", "plain"];
+  const rows = JSON.parse(readFileSync(source("tests/data/csv/formulas.json"), "utf8"));
+  const cells = ['a"b', "c,d", "e\nf", "", "plain", ...rows.map(([cell]) => cell)];
+  for (const [cell, guarded] of rows) assert.equal(guardCell(cell), guarded);
   const text = writeCsv([cells.map(guardCell)]);
-  assert.ok(text.startsWith("\ufeff'=1+1,'+1,'-1,'@x,'\tx,") && text.endsWith(",plain\r\n"), text);
+  assert.ok(text.startsWith('\ufeff"a""b","c,d",'), text);
   assert.deepEqual(parseCsv(text).lines[0]?.cells.map(unguardCell), cells);
+  const { rows: list } = readListFile(new TextEncoder().encode("address,name\ncam1,x;=cmd\n"));
+  checkRows(list, DEFAULTS, MODELS);
+  assert.match(exportForImport(list).text, /^x;'=cmd,ONVIF,/m);
+  for (const foreign of ["'=a;=b", "it's", "a,'b"]) assert.equal(unguardCell(foreign), foreign);
 });

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "recorder/utility/text.h"
+#include "recorder/webapi/ctl/csv_cell.h"
 
 namespace recorder {
 
@@ -142,7 +143,7 @@ std::optional<ListMistake> ReadCamera(const CsvLine& line, const std::vector<std
                        std::to_string(count) + " cells, but the heading has " + std::to_string(columns.size())};
   }
   listed.line = line.number;
-  for (std::size_t i = 0; i < count; ++i) Store(listed, columns[i], line.cells[i]);
+  for (std::size_t i = 0; i < count; ++i) Store(listed, columns[i], WithoutGuards(line.cells[i]));
   if (listed.camera.name.empty()) listed.camera.name = listed.camera.host;
   const auto mistake = FindMistake(listed.camera, listed.password);
   if (!mistake) return std::nullopt;

@@ -28,7 +28,8 @@ struct CameraList {
 };
 
 /// Reads a list of cameras: comma-separated values (RFC 4180) in UTF-8, whose first line names the columns in any
-/// order: vendor, model, host and port, and what else is wanted of name, user, password, channel and sourcePath. A
+/// order: vendor, model, host and port, and what else is wanted of name, user, password, channel and sourcePath. The
+/// guards that the page and `recorderctl discover` put before formulas (csv_cell.h) are taken off, in every column. A
 /// camera without a name is named by its host. A line with a mistake is left out; a mistake in the heading leaves out
 /// all.
 CameraList ReadCameraCsv(std::string_view text);

@@ -3,7 +3,6 @@
 #include <json/json.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "recorder/device/built_in_models.h"
 #include "recorder/device/onvif/discovery.h"
 #include "recorder/webapi/cgi_answer.h"
+#include "recorder/webapi/ctl/csv_cell.h"
 
 namespace recorder {
 
@@ -25,26 +25,18 @@ struct DiscoverOptions {
   bool isJson = false;
 };
 
-/// The cell of a CSV file (RFC 4180) for `text`, which a camera may have chosen: a spreadsheet must not take it for a
-/// formula.
-std::string Cell(const std::string& text) {
-  const std::size_t begin = text.find_first_not_of("=+-@");
-  std::string quoted = "\"";
-  for (const char c : text.substr(std::min(begin, text.size()))) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + '"';
-}
-
 /// What users may tell a camera by.
 const std::string& NameOf(const onvif::FoundCamera& camera) {
   if (!camera.name.empty()) return camera.name;
   return camera.hardware.empty() ? camera.host : camera.hardware;
 }
 
+/// Names come from the cameras, which are strangers.
 void PrintCsv(const std::vector<onvif::FoundCamera>& cameras) {
   std::cout << "vendor,model,host,port,name\n";
   for (const onvif::FoundCamera& camera : cameras) {
     std::cout << kOnvifVendor << ',' << kGenericName << ',' << camera.host << ',' << camera.port << ','
-              << Cell(NameOf(camera)) << '\n';
+              << ToCsvCell(NameOf(camera)) << '\n';
   }
 }
 
