@@ -61,7 +61,7 @@ bool IsLoopback(const IpAddress& address) {
 bool IsClosedByDefault(const IpAddress& address) {
   static const std::vector<AddressRange> kRanges = {
       Range("169.254.0.0/16"), Range("fe80::/10"),  // link-local; metadata services are at 169.254.169.254
-      Range("fd00:ec2::254"),  Range("fd20:ce::254"), Range("100.100.100.200"), Range("168.63.129.16"),
+      Range("fd00:ec2::/32"),  Range("fd20:ce::254"), Range("100.100.100.200"), Range("168.63.129.16"),
       Range("192.0.0.192"),  // metadata services at addresses of their own
       Range("::/96"),          Range("2001::/32"),    Range("64:ff9b:1::/48"),  // IPv4 where only a network's owner
                                                                                 // knows
