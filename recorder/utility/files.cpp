@@ -6,6 +6,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -103,8 +104,11 @@ class SideFile {
 
 /// Also root is told: files that root leaves in another user's folder are out of that user's reach.
 std::string AnotherUser(uid_t id) {
-  const passwd* const user = getpwuid(id);
-  const std::string name = user == nullptr ? '#' + std::to_string(id) : user->pw_name;
+  passwd user{};
+  passwd* found = nullptr;
+  std::array<char, 4096> texts{};  // that `user` points to
+  getpwuid_r(id, &user, texts.data(), texts.size(), &found);
+  const std::string name = found == nullptr ? '#' + std::to_string(id) : found->pw_name;
   return "user " + name + "; run this as that user (sudo -u " + name + " ...)";
 }
 
