@@ -45,6 +45,7 @@ constexpr FaultRow kFaultRows[] = {
     {"controlAbsolute", Fault::kControlAbsolute, "control addresses are absolute and elsewhere (/media/video)"},
     {"controlNoSlash", Fault::kControlNoSlash, "relative control address, Content-Base without the final slash"},
     {"controlNoBase", Fault::kControlNoBase, "relative control address, no Content-Base"},
+    {"controlBreaksLine", Fault::kControlBreaksLine, "Content-Base holds a line break and a header of its own"},
     {"otherChannels", Fault::kOtherChannels, "grants interleaved channels 4-5, whatever was asked"},
     {"rtpBeforePlay", Fault::kRtpBeforePlay, "the first key frame comes before the answer to PLAY, glued to it"},
     {"strayBytes", Fault::kStrayBytes, "zeros, line ends or text before every packet"},

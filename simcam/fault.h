@@ -40,6 +40,7 @@ enum class Fault {
   kControlAbsolute,
   kControlNoSlash,
   kControlNoBase,
+  kControlBreaksLine,
   kOtherChannels,
   kRtpBeforePlay,
   kStrayBytes,

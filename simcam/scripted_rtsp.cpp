@@ -180,7 +180,9 @@ class Conversation {
     if (!ChooseStream(WithoutSlash(request.Path()), false)) return Answer(request, 404);
     std::vector<std::string> headers = {"Content-Type: application/sdp"};
     if (fault_ != Fault::kControlNoBase) {
-      const char* end = fault_ == Fault::kControlNoSlash ? "" : "/";
+      const char* end = fault_ == Fault::kControlNoSlash      ? ""
+                        : fault_ == Fault::kControlBreaksLine ? "/\rX-Injected: 1"
+                                                              : "/";
       headers.push_back("Content-Base: " + AddressOf(request, stream_->path) + end);
     }
     Answer(request, 200, headers, Sdp(request));

@@ -206,15 +206,17 @@ Outcome RtspClient::Exchange(std::string_view method, const std::string& uri, co
 
 Outcome RtspClient::SendRequest(std::string_view method, const std::string& uri, const std::string& headers,
                                 Clock::time_point until) {
+  std::string login;
+  if (challenge_) {
+    login = AuthorizationValue(*challenge_, address_.user, address_.password, method, uri,
+                               {MakeClientNonce(), ++nonceUses_});
+  }
+  // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
+  if (HoldsControls(uri) || HoldsControls(session_) || HoldsControls(login)) return Outcome::kNotUnderstood;
   std::string request = std::string(method) + ' ' + uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
                         "\r\nUser-Agent: " + userAgent_ + "\r\n" + headers;
   if (!session_.empty()) request += "Session: " + session_ + "\r\n";
-  if (challenge_) {
-    request += "Authorization: " +
-               AuthorizationValue(*challenge_, address_.user, address_.password, method, uri,
-                                  {MakeClientNonce(), ++nonceUses_}) +
-               "\r\n";
-  }
+  if (!login.empty()) request += "Authorization: " + login + "\r\n";
   request += "\r\n";
   const Outcome outcome =
       socket_.Write(std::span(reinterpret_cast<const std::uint8_t*>(request.data()), request.size()), until);
