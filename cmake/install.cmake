@@ -10,5 +10,6 @@ endif()
 install(TARGETS recorderctl recorder-webapi RUNTIME DESTINATION lib/cameracap COMPONENT recorder)
 install(DIRECTORY models page DESTINATION share/cameracap COMPONENT recorder
   PATTERN simcam.json EXCLUDE  # cameras that nobody owns
-  PATTERN tsconfig.json EXCLUDE)
+  PATTERN tsconfig.json EXCLUDE
+  PATTERN README.md EXCLUDE)
 install(FILES docs/openapi.yaml docs/config.schema.json DESTINATION share/cameracap/docs COMPONENT recorder)

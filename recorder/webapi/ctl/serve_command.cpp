@@ -137,7 +137,8 @@ void WriteServerErrors(const RunFolder& run) {
 
 /// Configuration of lighttpd: it brings logins and limits. Bodies a little too large are let through to the workers,
 /// which refuse them at less cost than a closed connection. Large ones, which may hold passwords, wait in the server's
-/// own folder. The type of its error files comes from their name, which always ends in ".html".
+/// own folder. The type of its error files comes from their name, which always ends in ".html". It does not tell its name
+/// and version, and what a page's folder holds for its developers stays there.
 /// API_ADDRESSES are those that the workers answer.
 constexpr char kServerConfiguration[] = R"(
 server.bind = "127.0.0.1"
@@ -148,6 +149,8 @@ server.modules = ( "mod_setenv", "mod_auth", "mod_authn_file", "mod_fastcgi" )
 server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"
 server.range-requests = "disable"
+server.tag = ""
+static-file.exclude-extensions = ( ".md", "tsconfig.json" )
 mimetype.assign = ( ".html" => "application/json" )
 server.max-request-size = 4096
 server.max-read-idle = 10
@@ -190,6 +193,7 @@ ssl.engine = "enable"
 ssl.pemfile = var.run + "/certificate"
 ssl.privkey = var.run + "/key"
 ssl.openssl.ssl-conf-cmd = ( "MinProtocol" => "TLSv1.2" )
+setenv.add-response-header = ( "Strict-Transport-Security" => "max-age=31536000" )
 )";
 
 void Replace(std::string& text, std::string_view place, std::string_view by) {

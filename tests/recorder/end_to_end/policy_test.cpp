@@ -69,9 +69,10 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
   const std::string login = "Authorization: " + recorder.Login().find("Authorization")->second;
   const auto get = [&](const std::string& scheme) {
     return end_to_end::Run("/usr/bin/curl",
-                           {"-sS", "--cacert", certificate, "-H", login, scheme + address + "CamCap?vendor=User"});
+                           {"-sSi", "--cacert", certificate, "-H", login, scheme + address + "CamCap?vendor=User"});
   };
-  EXPECT_THAT(get("https").output, testing::HasSubstr("User Define"));
+  EXPECT_THAT(get("https").output, testing::AllOf(testing::HasSubstr("User Define"),
+                                                  testing::HasSubstr("\r\nstrict-transport-security: max-age=")));
   const Finished plain = get("http");
   EXPECT_NE(plain.status, 0);
   EXPECT_THAT(plain.output, testing::Not(testing::HasSubstr("User Define")));

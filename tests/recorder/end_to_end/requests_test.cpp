@@ -88,6 +88,17 @@ TEST(Requests, GetTheirStatusAndSayWhy) {
   }
 }
 
+TEST(Server, TellsNeitherItsVersionNorHowThePageIsMade) {
+  const TestRecorder recorder({.pageFolder = SOURCE_FOLDER "/page"});
+  const std::pair<const char*, int> paths[] = {{"/", 200},          {"/main.js", 200},       {"/openapi.yaml", 200},
+                                               {"/README.md", 403}, {"/tsconfig.json", 403}, {"/api/", 401}};
+  for (const auto& [path, status] : paths) {
+    const Answer answer = recorder.Send("GET", path, {});
+    EXPECT_EQ(answer.status, status) << path;
+    EXPECT_FALSE(answer.headers.contains("Server")) << answer.headers.find("Server")->second;
+  }
+}
+
 TEST(Logins, AreAskedFor) {
   const TestRecorder recorder;
   const std::string address = std::string(kApi) + "CamCap?vendor=User";

@@ -150,6 +150,7 @@ TestRecorder::TestRecorder(const Options& options) {
   Json::Value config;
   config["stateFolder"] = "state";
   config["modelsFolder"] = options.modelsFolder.string();
+  if (!options.pageFolder.empty()) config["pageFolder"] = options.pageFolder;
   config["module"] = kModule.string();
   config["workFolder"] = SOURCE_FOLDER "/models";
   config["limits"]["testMs"] = options.testMs;
@@ -197,7 +198,7 @@ Answer TestRecorder::Send(const std::string& verb, const std::string& path, cons
   if (!body.empty()) request.set_header("Content-Type", contentType);
   const httplib::Result result = client.send(request);
   if (!result) throw std::runtime_error("no answer: " + httplib::to_string(result.error()));
-  Answer answer{result->status, {}, result->body, result->get_header_value("Content-Type")};
+  Answer answer{result->status, {}, result->body, result->get_header_value("Content-Type"), result->headers};
   if (answer.contentType == "application/json") answer.json = ParseJson(answer.body);
   return answer;
 }

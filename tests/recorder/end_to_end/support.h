@@ -81,6 +81,7 @@ struct Answer {
   Json::Value json;
   std::string body;
   std::string contentType;
+  httplib::Headers headers;
 
   /// Code of an error answer; 0 for a success; -1 when there was no such answer.
   int Code() const;
@@ -97,6 +98,7 @@ class TestRecorder {
     std::vector<std::string> allow = {"127.0.0.0/8", "::1"};  ///< addresses to open; simulated cameras are there
     std::vector<std::string> deny = {};
     std::vector<std::string> serveArguments = {};
+    std::string pageFolder = {};
   };
   TestRecorder();
   explicit TestRecorder(const Options& options);
