@@ -8,30 +8,19 @@
 #include <utility>
 
 #include "recorder/utility/files.h"
+#include "recorder/utility/record_schema.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int kSchemaVersion = 1;
 constexpr int kBusyTimeoutMs = 5000;
 constexpr std::size_t kLongestText = 1024;  // bytes
 
-// AUTOINCREMENT: a client that still knows a removed camera's id must not be lent another camera's password.
-constexpr auto kSchema = R"(
-CREATE TABLE cameras (
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
-  name TEXT NOT NULL, vendor TEXT NOT NULL, model TEXT NOT NULL,
-  host TEXT NOT NULL, port INTEGER NOT NULL, user TEXT NOT NULL, password BLOB NOT NULL,
-  channel TEXT NOT NULL, sourcePath TEXT NOT NULL, status INTEGER NOT NULL, ownerKdId INTEGER NOT NULL
-) STRICT;
-CREATE TABLE trustedKeys (
-  kind INTEGER NOT NULL, name TEXT NOT NULL, key BLOB NOT NULL, PRIMARY KEY (kind, name)
-) STRICT;
-)";
-
-constexpr auto kCameraColumns = "id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId";
+constexpr auto kSelectCameras =
+    "SELECT id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId, strongestLogin "
+    "FROM cameras ";
 
 CameraRecord CameraOf(SQLite::Statement& row) {
   CameraRecord camera;
@@ -45,8 +34,15 @@ CameraRecord CameraOf(SQLite::Statement& row) {
     *text = row.getColumn(column++).getString();
   }
   camera.status = static_cast<CAM_CONN_STATUS>(row.getColumn(column++).getInt());
-  camera.ownerKdId = row.getColumn(column).getInt();
+  camera.ownerKdId = row.getColumn(column++).getInt();
+  camera.strongestLogin = static_cast<LoginMethod>(row.getColumn(column).getInt());
   return camera;
+}
+
+std::vector<CameraRecord> CamerasOf(SQLite::Statement& query) {
+  std::vector<CameraRecord> cameras;
+  while (query.executeStep()) cameras.push_back(CameraOf(query));
+  return cameras;
 }
 
 std::string PasswordContext(int id, const std::string& host, int port) {
@@ -62,16 +58,6 @@ std::string KeyContext(TrustKind kind, const std::string& name) {
 /// (fcntl(2), "record locks").
 void MakeDatabaseFile(const fs::path& file) {
   if (!fs::exists(file)) CreateFileOnce(file, "");
-}
-
-int VersionOf(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
-
-void MakeSchema(SQLite::Database& database) {
-  database.exec("PRAGMA journal_mode = WAL");
-  SQLite::Transaction transaction{database};
-  database.exec(kSchema);
-  database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
-  transaction.commit();
 }
 
 /// Closing a connection would move the write-ahead log of a newer version's file into it; so that waits for the check.
@@ -143,14 +129,15 @@ struct Records::Impl {
       SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
       CheckpointOnClose(opened, false);
       {
-        // Somebody may have died while making the schema: whoever comes next repairs that alone, as SQLite does not
-        // wait for another process there.
+        // Somebody may have died while making or changing the schema: whoever comes next repairs that alone, as SQLite
+        // does not wait for another process there.
         const FileDescriptor lock = LockFolder(stateFolder);
-        if (VersionOf(opened) == 0) MakeSchema(opened);
-      }
-      if (const int version = VersionOf(opened); version != kSchemaVersion) {
-        throw RecordsError(file.string() + ": has version " + std::to_string(version) +
-                           ", this program knows version " + std::to_string(kSchemaVersion) + "; use a newer program");
+        if (const int version = SchemaOf(opened); version > NewestSchema()) {
+          throw RecordsError(file.string() + ": has version " + std::to_string(version) +
+                             ", this program knows version " + std::to_string(NewestSchema()) +
+                             "; use a newer program");
+        }
+        UpdateSchema(opened);
       }
       CheckpointOnClose(opened, true);
       opened.exec("PRAGMA synchronous = FULL");
@@ -210,16 +197,14 @@ int Records::Add(const CameraRecord& camera, const std::string& password) {
 
 std::vector<CameraRecord> Records::List() const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns + " FROM cameras ORDER BY id"};
-    std::vector<CameraRecord> cameras;
-    while (query.executeStep()) cameras.push_back(CameraOf(query));
-    return cameras;
+    SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "ORDER BY id"};
+    return CamerasOf(query);
   });
 }
 
 std::optional<CameraRecord> Records::Find(int id) const {
   return impl_->Guarded([&]() -> std::optional<CameraRecord> {
-    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns + " FROM cameras WHERE id = ?"};
+    SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "WHERE id = ?"};
     query.bind(1, id);
     if (!query.executeStep()) return std::nullopt;
     return CameraOf(query);
@@ -229,9 +214,8 @@ std::optional<CameraRecord> Records::Find(int id) const {
 std::optional<CameraRecord> Records::FindTheOne(const std::string& vendor, const std::string& model,
                                                 const std::string& channel) const {
   return impl_->Guarded([&]() -> std::optional<CameraRecord> {
-    SQLite::Statement query{impl_->database, std::string("SELECT ") + kCameraColumns +
-                                                 " FROM cameras WHERE vendor = ? AND model = ? AND channel IN (?, '') "
-                                                 "LIMIT 2"};
+    SQLite::Statement query{
+        impl_->database, std::string(kSelectCameras) + "WHERE vendor = ? AND model = ? AND channel IN (?, '') LIMIT 2"};
     SQLite::bind(query, vendor, model, channel);
     if (!query.executeStep()) return std::nullopt;
     const CameraRecord camera = CameraOf(query);
@@ -279,6 +263,23 @@ bool Records::SetStatus(int id, CAM_CONN_STATUS status) {
   return impl_->Guarded([&] {
     SQLite::Statement update{impl_->database, "UPDATE cameras SET status = ? WHERE id = ?"};
     SQLite::bind(update, static_cast<int>(status), id);
+    return update.exec() == 1;
+  });
+}
+
+bool Records::RaiseLogin(int id, LoginMethod method) {
+  return impl_->Guarded([&] {
+    SQLite::Statement update{impl_->database,
+                             "UPDATE cameras SET strongestLogin = max(strongestLogin, ?) WHERE id = ?"};
+    SQLite::bind(update, static_cast<int>(method), id);
+    return update.exec() == 1;
+  });
+}
+
+bool Records::ForgetLogin(int id) {
+  return impl_->Guarded([&] {
+    SQLite::Statement update{impl_->database, "UPDATE cameras SET strongestLogin = 0 WHERE id = ?"};
+    update.bind(1, id);
     return update.exec() == 1;
   });
 }

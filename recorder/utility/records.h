@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/utility.h"
+#include "recorder/utility/login_method.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder {
@@ -25,6 +26,7 @@ struct CameraRecord {
   std::string sourcePath;  ///< for a model whose stream path the user gives
   CAM_CONN_STATUS status = CAM_CONN_STATUS_NORMAL;
   int ownerKdId = kLocalOwnerKdId;
+  LoginMethod strongestLogin = LoginMethod::kNone;  ///< that ever worked
 };
 
 /// What is wrong with a record or password.
@@ -63,7 +65,8 @@ class RecordsError : public std::runtime_error {
 ///          waits up to 5 s for another.
 /// Time:    a change is on the disk when the call returns.
 /// Failure: throws RecordsError, or std::system_error for folder and key file; the records are as before then. A file
-///          of a newer version of this program is refused and left untouched.
+///          of an older version of this program is brought to this one's when it is opened; that of a newer one is
+///          refused and left untouched.
 class Records {
  public:
   /// Opens the records in `stateFolder` and makes what is missing.
@@ -92,6 +95,10 @@ class Records {
   bool Remove(int id);
   bool SetPassword(int id, const std::string& password);
   bool SetStatus(int id, CAM_CONN_STATUS status);
+  /// Keeps `method` as the strongest login that worked, unless a stronger one did.
+  bool RaiseLogin(int id, LoginMethod method);
+  /// As if no login had worked yet.
+  bool ForgetLogin(int id);
 
   /// Stores a key. False when the name is taken.
   bool AddKey(TrustKind kind, const std::string& name, const SecretKey& key);

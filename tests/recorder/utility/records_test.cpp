@@ -12,6 +12,7 @@
 
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/record_schema.h"
 #include "recorder/utility/request_scope.h"
 #include "recorder/utility/service.h"
 #include "tests/recorder/temp_folder.h"
@@ -82,7 +83,7 @@ TEST_F(RecordsTest, APasswordOfAChangedRecordCannotBeRead) {
 
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
   Records(State()).Add(Camera(), "secret");
-  Sql("PRAGMA journal_mode = DELETE; PRAGMA user_version = 2");
+  Sql("PRAGMA journal_mode = DELETE; PRAGMA user_version = 99");
   const std::string before = ReadFile(State() / "recorder.db");
   EXPECT_THROW(Records{State()}, RecordsError);
   EXPECT_EQ(ReadFile(State() / "recorder.db"), before);
@@ -115,6 +116,45 @@ TEST_F(RecordsTest, FindsTheOneCameraOnly) {
   EXPECT_EQ(find("Two", "3"), 0);
   EXPECT_EQ(find("Two", ""), 0);
   EXPECT_EQ(find("Twins", "1"), 0);
+}
+
+// Each file under tests/data/records/ is what a version wrote: its key in the first line, then SQL.
+TEST_F(RecordsTest, AFileOfAnEarlierVersionIsWholeInThisOne) {
+  int versions = 0;
+  for (const auto& entry : fs::directory_iterator(SOURCE_FOLDER "/tests/data/records")) {
+    SCOPED_TRACE(entry.path());
+    fs::remove_all(State());
+    const std::string text = ReadFile(entry.path());
+    const std::string key = text.substr(text.find(": ") + 2, 2 * SecretKey::kSize);
+    folder.Write("deep/state/secret.key", SecretKey::FromHex(key)->Bytes());
+    fs::permissions(State(), fs::perms::owner_all);
+    Sql(text.c_str());
+    {
+      Records records{State()};
+      const auto cameras = records.List();
+      ASSERT_EQ(cameras.size(), 2U);
+      EXPECT_EQ(cameras[0].name, "Tür \"Süd\"");
+      EXPECT_EQ(cameras[1].status, CAM_CONN_STATUS_DISABLED);
+      EXPECT_EQ(cameras[1].strongestLogin, LoginMethod::kNone);
+      EXPECT_EQ(records.Password(cameras[0]), "first password");
+      EXPECT_EQ(records.Password(cameras[1]), "third, \"quoted\"");
+      EXPECT_EQ(records.ListKeys(TrustKind::kClient).at(0).key.Hex().substr(0, 4), "abab");
+      EXPECT_EQ(records.ListKeys(TrustKind::kServerGroup).at(0).name, "north");
+      EXPECT_EQ(records.Add(Camera(), "new"), 4) << "an id is never given again";
+    }
+    EXPECT_EQ(Records(State()).List().size(), 3U) << "opened once more";
+    ++versions;
+  }
+  EXPECT_EQ(versions, NewestSchema() - 1) << "a file for each version but the newest";
+}
+
+TEST_F(RecordsTest, KeepsTheStrongestLogin) {
+  Records records{State()};
+  const int id = records.Add(Camera(), "x");
+  for (const LoginMethod method : {LoginMethod::kMd5, LoginMethod::kBasic}) records.RaiseLogin(id, method);
+  EXPECT_EQ(records.Find(id)->strongestLogin, LoginMethod::kMd5);
+  EXPECT_TRUE(records.ForgetLogin(id));
+  EXPECT_EQ(records.Find(id)->strongestLogin, LoginMethod::kNone);
 }
 
 /// What a process does that is started to add a camera. An exception ends it with SIGABRT.

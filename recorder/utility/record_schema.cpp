@@ -1,0 +1,52 @@
+#include "recorder/utility/record_schema.h"
+
+#include <SQLiteCpp/Transaction.h>
+
+#include <iterator>
+#include <string>
+
+namespace recorder {
+namespace {
+
+/// What leads from the version before to this one.
+struct SchemaStep {
+  int version;
+  const char* statements;
+};
+
+// A step that was released stays as it is: files of its version are in use.
+constexpr SchemaStep kSteps[] = {
+    // AUTOINCREMENT: a client that still knows a removed camera's id must not be lent another camera's password.
+    {1, R"(
+CREATE TABLE cameras (
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  name TEXT NOT NULL, vendor TEXT NOT NULL, model TEXT NOT NULL,
+  host TEXT NOT NULL, port INTEGER NOT NULL, user TEXT NOT NULL, password BLOB NOT NULL,
+  channel TEXT NOT NULL, sourcePath TEXT NOT NULL, status INTEGER NOT NULL, ownerKdId INTEGER NOT NULL
+) STRICT;
+CREATE TABLE trustedKeys (
+  kind INTEGER NOT NULL, name TEXT NOT NULL, key BLOB NOT NULL, PRIMARY KEY (kind, name)
+) STRICT;
+)"},
+    {2, "ALTER TABLE cameras ADD COLUMN strongestLogin INTEGER NOT NULL DEFAULT 0"},
+};
+
+}  // namespace
+
+int NewestSchema() { return std::rbegin(kSteps)->version; }
+
+int SchemaOf(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
+
+void UpdateSchema(SQLite::Database& database) {
+  const int version = SchemaOf(database);
+  if (version == NewestSchema()) return;
+  if (version == 0) database.exec("PRAGMA journal_mode = WAL");
+  SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
+  for (const SchemaStep& step : kSteps) {
+    if (step.version > version) database.exec(step.statements);
+  }
+  database.exec("PRAGMA user_version = " + std::to_string(NewestSchema()));
+  transaction.commit();
+}
+
+}  // namespace recorder
