@@ -147,7 +147,8 @@ void ReadFault(Members& members, CameraConfig& camera) {
   if (!fault) members.Fail("unknown fault \"" + name + "\"; --help lists them");
   camera.fault = *fault;
   members.Read("redirectTo", camera.redirectTo);
-  if (fault->fault == Fault::kRedirectOther && camera.redirectTo.empty()) members.Fail("redirectTo is missing");
+  const bool isRedirecting = fault->fault == Fault::kRedirectOther || fault->fault == Fault::kRedirectRtsp;
+  if (isRedirecting && camera.redirectTo.empty()) members.Fail("redirectTo is missing");
 }
 
 bool NeedsScript(const StreamConfig& stream) {

@@ -57,6 +57,7 @@ constexpr FaultRow kFaultRows[] = {
     {"lostPacket", Fault::kLostPacket, "a packet of the first key frame is missing, the next key frame is whole"},
     {"damagedKeyFrame", Fault::kDamagedKeyFrame, "flipped bytes in the first key frame, the next is good"},
     {"sessionTimeout", Fault::kSessionTimeout, "closes a session after 5 s without a request, as announced"},
+    {"redirectRtsp", Fault::kRedirectRtsp, "RTSP: DESCRIBE gets 302 to the address in \"redirectTo\""},
     {"halfJpeg", Fault::kHalfJpeg, "HTTP: half a JPEG, as a complete answer"},
     {"htmlPage", Fault::kHtmlPage, "HTTP: a page with status 200 instead of a picture"},
     {"emptyBody", Fault::kEmptyBody, "HTTP: status 200, no body"},

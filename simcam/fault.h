@@ -51,6 +51,7 @@ enum class Fault {
   kLostPacket,
   kDamagedKeyFrame,
   kSessionTimeout,
+  kRedirectRtsp,
   kHalfJpeg,
   kHtmlPage,
   kEmptyBody,

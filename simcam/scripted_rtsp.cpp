@@ -177,6 +177,7 @@ class Conversation {
   // -- methods
 
   void Describe(const Request& request) {
+    if (fault_ == Fault::kRedirectRtsp) return Answer(request, 302, {"Location: " + camera_.redirectTo});
     if (!ChooseStream(WithoutSlash(request.Path()), false)) return Answer(request, 404);
     std::vector<std::string> headers = {"Content-Type: application/sdp"};
     if (fault_ != Fault::kControlNoBase) {
