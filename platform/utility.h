@@ -58,7 +58,8 @@ enum CAM_CONN_STATUS {
   CAM_CONN_STATUS_DISABLED = 6,  ///< switched off in its record: the camera is not to be contacted
 };
 
-/// Connection status of stored camera `camId`, a value of CAM_CONN_STATUS.
+/// Connection status of stored camera `camId`, a value of CAM_CONN_STATUS. Records that cannot be read are logged, and
+/// the camera counts as switched off.
 int GetCamConnStatus(int camId);
 
 /// What a client sends instead of a stored password.

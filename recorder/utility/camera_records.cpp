@@ -1,5 +1,5 @@
 #include <exception>
-#include <optional>
+#include <string>
 
 #include "platform/utility.h"
 #include "recorder/utility/config.h"
@@ -7,34 +7,24 @@
 #include "recorder/utility/records.h"
 #include "recorder/utility/request_scope.h"
 
-namespace recorder {
-namespace {
-
-/// The camera that a request means, or nothing; a failure of the records is logged and gives nothing too.
-std::optional<CameraRecord> FindCamera(int camId) {
-  try {
-    return Records(GetConfig().stateFolder).Find(camId);
-  } catch (const std::exception& error) {
-    LogFailure(error.what());
-    return std::nullopt;
-  }
-}
-
-}  // namespace
-}  // namespace recorder
-
 // Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
 // choice.
 const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
 
-int GetCamConnStatus(int camId) {
-  const auto camera = recorder::FindCamera(camId);
+int GetCamConnStatus(int camId) try {
+  const auto camera = recorder::Records(recorder::GetConfig().stateFolder).Find(camId);
   return camera ? camera->status : CAM_CONN_STATUS_UNKNOWN;
+} catch (const std::exception& error) {
+  recorder::LogFailure("Camera " + std::to_string(camId) + " counts as switched off: " + error.what());
+  return CAM_CONN_STATUS_DISABLED;
 }
 
-int GetCamOwnerKdId(int camId) {
-  const auto camera = recorder::FindCamera(camId);
+int GetCamOwnerKdId(int camId) try {
+  const auto camera = recorder::Records(recorder::GetConfig().stateFolder).Find(camId);
   return camera ? camera->ownerKdId : kLocalOwnerKdId;
+} catch (const std::exception& error) {
+  recorder::LogFailure(error.what());
+  return kLocalOwnerKdId;
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature

@@ -200,6 +200,15 @@ TEST_F(RecordsTest, AWrongIdLendsNoPassword) {
   EXPECT_EQ(GetCamRealPass(id + 1, "Acme", "X100", ""), "");
 }
 
+TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {
+  Start();
+  const int id = Records(State()).Add(Camera(), "secret");
+  EXPECT_EQ(GetCamConnStatus(id), CAM_CONN_STATUS_NORMAL);
+  EXPECT_EQ(GetCamConnStatus(id + 1), CAM_CONN_STATUS_UNKNOWN);
+  Sql("ALTER TABLE cameras RENAME TO gone");
+  EXPECT_EQ(GetCamConnStatus(id), CAM_CONN_STATUS_DISABLED);
+}
+
 TEST_F(RecordsTest, KeysOfOneKindHaveDifferentNames) {
   Records records{State()};
   const SecretKey key = *SecretKey::FromHex(std::string(2 * SecretKey::kSize, 'a'));
