@@ -11,6 +11,7 @@
 #include "recorder/utility/text.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/camera_csv.h"
+#include "recorder/webapi/ctl/camera_edit.h"
 #include "recorder/webapi/ctl/password_input.h"
 #include "recorder/webapi/ctl/state_folder.h"
 
@@ -60,6 +61,7 @@ Json::Value ToJson(const CameraRecord& camera) {
   json["sourcePath"] = camera.sourcePath;
   json["status"] = StatusName(camera.status);
   json["ownerKdId"] = camera.ownerKdId;
+  json["strongestLogin"] = NameOf(camera.strongestLogin);
   return json;
 }
 
@@ -177,6 +179,7 @@ void AddCameraCommands(CLI::App& app, const std::string& configOption) {
   addJsonFlag(addNumbered("show", "Show one camera, without its password"))->callback([options, &configOption] {
     Show(*options, Records(StateFolder(configOption)));
   });
+  AddCameraEditCommand(*command, configOption);
   addNumbered("remove", "Remove a camera")->callback([options, &configOption] {
     Expect(Records(StateFolder(configOption)).Remove(options->camera.id), options->camera.id);
   });
