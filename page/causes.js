@@ -30,8 +30,12 @@ export const TEST_CAUSES = {
   },
   464: {
     heading: "Camera refused the login",
-    happened: "The camera answered, but rejected this user name and password.",
-    first: "Type the password again, once: many cameras lock a user out after a few wrong tries.",
+    happened:
+      "The camera answered, but rejected this user name and password. Or a stored password was not lent: it is for its " +
+      "own camera, path and user alone.",
+    first:
+      "Type the password again, once: many cameras lock a user out after a few wrong tries. With a stored password, " +
+      "type the password again to try another path or user.",
     field: "password",
   },
   465: {

@@ -65,11 +65,15 @@ int GetCamConnStatus(int camId);
 /// What a client sends instead of a stored password.
 extern const char gszFakePass[];
 
-/// The stored password of camera `camId`, if it is of that vendor and model. Camera id 0 means "a camera not named":
-/// the one stored camera of that vendor, model and channel, if exactly one exists. The password is lent for the request
-/// that the calling thread works on: at an address other than the record's own it counts as a refused login, and
-/// nothing is sent. Without such a camera the result is "" and all further camera work of the request is a refused
-/// login.
+/// A text that stands for the stored password of camera `camId` in the request that the calling thread works on, and is
+/// worth nothing anywhere else. It is used like a password, but logs in to the camera of that record alone: once
+/// GetCamCapFile or DeviceAPIHandler::LoadByParam was given it with vendor, model, address, port, user and source path
+/// (LoadByParam) as the record has them. With any other, for a camera that is switched off, and where there is no such
+/// record, all camera work with it is a login refused, and nothing is sent; the log says why. Nor does it log in more
+/// weakly than the camera was seen to take: a refused login, too.
+/// Camera id 0 means "a camera not named": of the stored cameras of that vendor, model and channel the one that fits
+/// what those functions are given, if exactly one does. A stored channel "" is any, `channel` "" is the model's default
+/// one.
 std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel);
 
 /// Reads a whole file of at most 32 MiB. `required`: a missing file is an error and logged as such. On success

@@ -9,6 +9,7 @@
 #include "recorder/device/device_api.h"
 #include "recorder/device/model_files.h"
 #include "recorder/device/stream_probe.h"
+#include "recorder/device/wanted_camera.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {
@@ -23,6 +24,8 @@ constexpr std::pair<Outcome, CAMCAP_FILE_RESULT> kFileResults[] = {
     {Outcome::kNotThisProtocol, CAMCAP_FILE_NO_SERVICE},
 };
 
+CameraAddress AddressOf(const CamProfile& profile) { return {profile.ip, profile.port, profile.user, profile.pass}; }
+
 Outcome AskForStream(const CamProfile& profile, const Model& model, Device& device) {
   std::string path;
   int port = profile.port;
@@ -35,8 +38,8 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, Device& devi
 
 /// Asks the camera as a camera test does, for the stream that the model sends unless told otherwise.
 Outcome TestCamera(const CamProfile& profile, const Model& model) {
-  const std::unique_ptr<Device> device = MakeDevice(
-      profile.vendor, profile.model, {{profile.ip, profile.port, profile.user, profile.pass}, profile.channel, ""});
+  const std::unique_ptr<Device> device =
+      MakeDevice(profile.vendor, profile.model, {AddressOf(profile), profile.channel, ""});
   if (!device || device->NeedsSourcePath()) return Outcome::kNotUnderstood;
   return device->HasStreamPath() ? AskForStream(profile, model, *device)
                                  : static_cast<Outcome>(device->VerifyConnection());
@@ -49,8 +52,7 @@ struct FileAnswer {
 };
 
 FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
-  KnownCamera camera =
-      LearnCamera(profile.vendor, {profile.ip, profile.port, profile.user, profile.pass}, profile.channel, freshness);
+  KnownCamera camera = LearnCamera(profile.vendor, AddressOf(profile), profile.channel, freshness);
   return {camera.outcome, std::move(camera.file)};
 }
 
@@ -75,6 +77,7 @@ std::optional<FileAnswer> AskForFile(const CamProfile& profile, __tag_REMOTE_CAM
 }  // namespace recorder
 
 int CamCapUtils::GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd) {
+  recorder::NameWantedCamera(profile.vendor, profile.model, recorder::AddressOf(profile), std::nullopt);
   const std::optional<recorder::FileAnswer> answer = recorder::AskForFile(profile, cmd);
   if (!answer) return CAMCAP_FILE_NOT_UNDERSTOOD;
   const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd);

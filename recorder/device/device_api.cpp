@@ -10,6 +10,7 @@
 #include "recorder/device/unanswered_device.h"
 #include "recorder/device/user_device.h"
 #include "recorder/device/verify_result.h"
+#include "recorder/device/wanted_camera.h"
 
 using recorder::Device;
 using recorder::Register;
@@ -49,7 +50,9 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
                                    const std::string& channel, const std::string& sourcePath) {
   impl->device = nullptr;
   if (source == DP_LOAD_FROM_MODEL_FILES) {
-    impl->device = recorder::MakeDevice(vendor, model, {{address, port, user, password}, channel, sourcePath});
+    const recorder::CameraAddress camera{address, port, user, password};
+    recorder::NameWantedCamera(vendor, model, camera, sourcePath);
+    impl->device = recorder::MakeDevice(vendor, model, {camera, channel, sourcePath});
   }
   Device* device = impl->device.get();
   Register<&Device::NeedsSourcePath>(NeedsSourcePath, device, "NeedsSourcePath");

@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/net/camera_login.h"
 #include "recorder/net/http_status.h"
 
 namespace recorder {
 
-HttpConversation::HttpConversation(HttpPlace place, const CameraAddress& camera, AnswerReader& reader,
-                                   std::size_t maxBody)
-    : place_(std::move(place)), camera_(camera), transfer_(place_, reader, maxBody) {}
+HttpConversation::HttpConversation(HttpPlace place, CameraAddress camera, AnswerReader& reader, std::size_t maxBody)
+    : place_(std::move(place)),
+      camera_{std::move(camera.host), place_.port, std::move(camera.user), std::move(camera.password)},
+      transfer_(place_, reader, maxBody) {}
 
 Outcome HttpConversation::Send(const OutgoingRequest& request, Clock::time_point end) {
   RequestScope& scope = RequestScope::Current();
@@ -25,10 +27,12 @@ Outcome HttpConversation::Exchange(const OutgoingRequest& request, Clock::time_p
   int logins = challenge_ ? 1 : 0;
   for (; outcome == Outcome::kOk && transfer_.Status() == kHttpUnauthorized; ++logins) {
     const std::vector<LoginChallenge> challenges = transfer_.Challenges();
+    RememberChallenges(camera_, challenges);
     const LoginChallenge* challenge = StrongestChallenge(challenges);
-    if (challenge == nullptr || !MayLogIn(request, *challenge, logins)) {
+    if (challenge == nullptr || !IsLoginDue(request, *challenge, logins)) {
       return MeaningOfUnauthorized(request, !challenges.empty());
     }
+    if (!MayLogIn(camera_, challenge->method)) return Outcome::kLoginRefused;
     challenge_ = *challenge;
     nonce_ = {MakeClientNonce(), 0};
     outcome = Transfer(request, deadline);
@@ -37,7 +41,7 @@ Outcome HttpConversation::Exchange(const OutgoingRequest& request, Clock::time_p
 }
 
 /// `logins`: how often the request was sent with a login.
-bool HttpConversation::MayLogIn(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const {
+bool HttpConversation::IsLoginDue(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const {
   constexpr int kMaxLogins = 2;
   if (logins == 0) return login_ == Login::kNone && HasLogin(camera_) && !request.hasLogin;
   return logins < kMaxLogins && challenge.isStale;
@@ -55,7 +59,9 @@ Outcome HttpConversation::MeaningOfUnauthorized(const OutgoingRequest& request, 
 Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_point deadline) {
   using enum HttpTransfer::Connection;
   const auto connection = IsLoggedIn() || !HasLogin(camera_) ? kKeep : kClose;
-  const Outcome outcome = transfer_.Perform(request, Authorization(request), connection, deadline);
+  const std::optional<std::string> authorization = Authorization(request);
+  if (!authorization) return Outcome::kLoginRefused;
+  const Outcome outcome = transfer_.Perform(request, *authorization, connection, deadline);
   if (IsLoggedIn() || !challenge_) return outcome;
   login_ = Login::kSent;
   if (transfer_.IsUnanswered()) return Outcome::kLoginRefused;  // some refuse by closing
@@ -63,14 +69,15 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
   if (outcome != Outcome::kOk || isStalePerhaps) return outcome;
   if (OutcomeOfStatus(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
   login_ = Login::kAccepted;
+  LoginWorked(camera_, challenge_->method);
   return outcome;
 }
 
-std::string HttpConversation::Authorization(const OutgoingRequest& request) {
+/// "" for none; nothing where there should be one and cannot.
+std::optional<std::string> HttpConversation::Authorization(const OutgoingRequest& request) {
   if (!challenge_) return "";
   ++nonce_.count;
-  return AuthorizationValue(*challenge_, camera_.user, camera_.password, request.isPost ? "POST" : "GET", request.path,
-                            nonce_);
+  return MakeAuthorization(camera_, *challenge_, request.isPost ? "POST" : "GET", request.path, nonce_);
 }
 
 Outcome FollowRedirects(HttpPlace place, const std::function<Contact(const HttpPlace& place)>& contact) {

@@ -19,14 +19,14 @@ namespace recorder {
 /// camera asks for.
 class HttpConversation {
  public:
-  /// `camera` and `reader` must outlive the conversation. The path of `place` does not matter.
-  HttpConversation(HttpPlace place, const CameraAddress& camera, AnswerReader& reader, std::size_t maxBody);
+  /// `reader` must outlive the conversation. The login of `camera` counts; the path of `place` does not matter.
+  HttpConversation(HttpPlace place, CameraAddress camera, AnswerReader& reader, std::size_t maxBody);
 
   /// One request and its answer, until `end` or the end of the RequestScope. kOk: an answer came, whatever its status.
-  /// A 401 that asks for a login is answered, once, and once more only when the camera says that its nonce was too old.
-  /// Handed back is a 401 that comes although a login was accepted or went along in the body, and one without a
-  /// challenge to a POST: its body may ask for a login of another kind. A time-out at `end` is not remembered, since it
-  /// says nothing of later contacts.
+  /// A 401 that asks for a login is answered, if MayLogIn allows it, once, and once more only when the camera says that
+  /// its nonce was too old. Handed back is a 401 that comes although a login was accepted or went along in the body,
+  /// and one without a challenge to a POST: its body may ask for a login of another kind. A time-out at `end` is not
+  /// remembered, since it says nothing of later contacts.
   Outcome Send(const OutgoingRequest& request, Clock::time_point end = Clock::time_point::max());
 
   /// The last answer.
@@ -47,12 +47,12 @@ class HttpConversation {
 
   Outcome Exchange(const OutgoingRequest& request, Clock::time_point deadline);
   Outcome Transfer(const OutgoingRequest& request, Clock::time_point deadline);
-  std::string Authorization(const OutgoingRequest& request);
-  bool MayLogIn(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const;
+  std::optional<std::string> Authorization(const OutgoingRequest& request);
+  bool IsLoginDue(const OutgoingRequest& request, const LoginChallenge& challenge, int logins) const;
   Outcome MeaningOfUnauthorized(const OutgoingRequest& request, bool isChallenged) const;
 
   const HttpPlace place_;
-  const CameraAddress& camera_;
+  const CameraAddress camera_;  // its port is that of the place
   HttpTransfer transfer_;
   Login login_ = Login::kNone;
   std::optional<LoginChallenge> challenge_;  // what our Authorization headers answer

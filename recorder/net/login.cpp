@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <initializer_list>
 #include <utility>
 
 #include "platform/utility.h"
 #include "recorder/net/hash.h"
 #include "recorder/net/text.h"
+#include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
@@ -58,7 +60,7 @@ void SetAlgorithm(LoginChallenge& challenge, std::string algorithm) {
   std::string name = LowerCase(algorithm);
   challenge.isSession = name.ends_with(kSessionSuffix);
   if (challenge.isSession) name.resize(name.size() - kSessionSuffix.size());
-  challenge.method = Translate(kDigestAlgorithms, name, LoginMethod::kUnknown);
+  challenge.method = Translate(kDigestAlgorithms, name, LoginMethod::kNone);
   challenge.algorithm = std::move(algorithm);
 }
 
@@ -94,17 +96,6 @@ void ParseElement(std::string_view element, std::vector<LoginChallenge>& challen
   SetParameter(challenges.back(), name, Unquoted(Trimmed(rest.substr(1))));
 }
 
-/// Lower-case hexadecimal hash of `parts` joined by colons.
-std::string HashOf(LoginMethod method, std::initializer_list<std::string_view> parts) {
-  std::string joined;
-  std::string_view separator;
-  for (const std::string_view part : parts) {
-    joined.append(separator).append(part);
-    separator = ":";
-  }
-  return HexHash(method == LoginMethod::kSha256 ? "SHA256" : "MD5", {joined});
-}
-
 /// `text` inside a quoted string. A control character cannot stand in a header line and is left out.
 std::string Escaped(std::string_view text) {
   std::string escaped;
@@ -116,7 +107,10 @@ std::string Escaped(std::string_view text) {
 }
 
 std::string BasicValue(const std::string& user, const std::string& password) {
-  const std::string pair = user + ':' + password;
+  std::string pair;
+  pair.reserve(user.size() + 1 + password.size());  // so that it is in one place when it is wiped
+  pair.append(user).append(1, ':').append(password);
+  const WipeAtEnd wipe(pair);
   return "Basic " +
          HttpBase64EncodeUnsigned(reinterpret_cast<const unsigned char*>(pair.data()), static_cast<int>(pair.size()));
 }
@@ -145,7 +139,7 @@ const LoginChallenge* StrongestChallenge(const std::vector<LoginChallenge>& chal
   const auto strongest =
       std::max_element(challenges.begin(), challenges.end(),
                        [](const auto& left, const auto& right) { return left.method < right.method; });
-  if (strongest == challenges.end() || strongest->method == LoginMethod::kUnknown) return nullptr;
+  if (strongest == challenges.end() || strongest->method == LoginMethod::kNone) return nullptr;
   return digestOffered && !strongest->isDigest ? nullptr : &*strongest;
 }
 
@@ -159,15 +153,17 @@ std::string MakeClientNonce() {
 std::string AuthorizationValue(const LoginChallenge& challenge, const std::string& user, const std::string& password,
                                std::string_view method, std::string_view uri, const ClientNonce& nonce) {
   if (challenge.method == LoginMethod::kBasic) return BasicValue(user, password);
-  const auto hash = [&challenge](std::initializer_list<std::string_view> parts) {
-    return HashOf(challenge.method, parts);
+  // In pieces, so that there is no copy of the password.
+  const auto hash = [&challenge](std::initializer_list<std::string_view> pieces) {
+    return HexHash(challenge.method == LoginMethod::kSha256 ? "SHA256" : "MD5", pieces);
   };
   const std::string count = CountText(nonce.count);
-  std::string secret = hash({user, challenge.realm, password});
-  if (challenge.isSession) secret = hash({secret, challenge.nonce, nonce.text});
-  const std::string request = hash({method, uri});
-  const std::string response = challenge.hasQop ? hash({secret, challenge.nonce, count, nonce.text, "auth", request})
-                                                : hash({secret, challenge.nonce, request});
+  std::string secret = hash({user, ":", challenge.realm, ":", password});
+  if (challenge.isSession) secret = hash({secret, ":", challenge.nonce, ":", nonce.text});
+  const std::string request = hash({method, ":", uri});
+  const std::string response =
+      challenge.hasQop ? hash({secret, ":", challenge.nonce, ":", count, ":", nonce.text, ":auth:", request})
+                       : hash({secret, ":", challenge.nonce, ":", request});
 
   std::string value = "Digest username=\"" + Escaped(user) + "\", realm=\"" + challenge.realm + "\", nonce=\"" +
                       challenge.nonce + "\", uri=\"" + std::string(uri) + "\", response=\"" + response + '"';

@@ -4,14 +4,13 @@
 #include <string_view>
 #include <vector>
 
-namespace recorder {
+#include "recorder/utility/login_method.h"
 
-/// Login methods that we can answer, the weakest first.
-enum class LoginMethod { kUnknown, kBasic, kMd5, kSha256 };
+namespace recorder {
 
 /// One challenge of a WWW-Authenticate header (RFC 7235; Basic RFC 7617, Digest RFC 7616 and RFC 2069).
 struct LoginChallenge {
-  LoginMethod method = LoginMethod::kUnknown;
+  LoginMethod method = LoginMethod::kNone;
   bool isDigest = false;
   bool isSession = false;  ///< an algorithm that ends in "-sess"
   bool isStale = false;    ///< the login was right, its nonce too old

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "recorder/net/camera_login.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
@@ -129,10 +130,8 @@ Outcome RtspClient::Remembered(Outcome outcome) const {
 Outcome RtspClient::Connect() {
   parser_ = RtspParser();
   isClosed_ = false;
-  const RequestScope& scope = RequestScope::Current();
-  if (const auto refusal = scope.Refusal(address_.host, address_.port, address_.user, address_.password)) {
-    return *refusal;
-  }
+  const auto& [host, port, user, password] = address_;
+  if (const auto refusal = RequestScope::Current().Refusal(host, port, user, password)) return *refusal;
   return socket_.Connect(address_.host, address_.port, deadline_);
 }
 
@@ -188,7 +187,10 @@ Outcome RtspClient::Request(std::string_view method, const std::string& uri, con
     if (outcome != Outcome::kOk) return outcome;
     const int status = parser_.Message().status;
     if (status != kUnauthorized) {
-      loginIsProven_ = loginIsProven_ || (loginIsSent && IsSuccess(status));
+      if (!loginIsProven_ && loginIsSent && IsSuccess(status)) {
+        loginIsProven_ = true;
+        LoginWorked(address_, challenge_->method);
+      }
       return OutcomeOf(status);
     }
     if (!HasLogin(address_) || challenges == kMaxChallenges) return Outcome::kLoginRefused;
@@ -206,17 +208,15 @@ Outcome RtspClient::Exchange(std::string_view method, const std::string& uri, co
 
 Outcome RtspClient::SendRequest(std::string_view method, const std::string& uri, const std::string& headers,
                                 Clock::time_point until) {
-  std::string login;
-  if (challenge_) {
-    login = AuthorizationValue(*challenge_, address_.user, address_.password, method, uri,
-                               {MakeClientNonce(), ++nonceUses_});
-  }
+  std::optional<std::string> login = "";
+  if (challenge_) login = MakeAuthorization(address_, *challenge_, method, uri, {MakeClientNonce(), ++nonceUses_});
+  if (!login) return Outcome::kLoginRefused;
   // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
-  if (HoldsControls(uri) || HoldsControls(session_) || HoldsControls(login)) return Outcome::kNotUnderstood;
+  if (HoldsControls(uri) || HoldsControls(session_) || HoldsControls(*login)) return Outcome::kNotUnderstood;
   std::string request = std::string(method) + ' ' + uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
                         "\r\nUser-Agent: " + userAgent_ + "\r\n" + headers;
   if (!session_.empty()) request += "Session: " + session_ + "\r\n";
-  if (!login.empty()) request += "Authorization: " + login + "\r\n";
+  if (challenge_) request += "Authorization: " + *login + "\r\n";
   request += "\r\n";
   const Outcome outcome =
       socket_.Write(std::span(reinterpret_cast<const std::uint8_t*>(request.data()), request.size()), until);
@@ -260,12 +260,12 @@ Outcome RtspClient::Fill(Clock::time_point until) {
 /// Takes up the challenge of the 401 that is the parser's message.
 Outcome RtspClient::TakeChallenge(bool loginWasSent) {
   const std::vector<LoginChallenge> challenges = ParseChallenges(parser_.Message().Headers("WWW-Authenticate"));
+  RememberChallenges(address_, challenges);
   const LoginChallenge* strongest = StrongestChallenge(challenges);
   if (strongest == nullptr) return loginWasSent ? Outcome::kLoginRefused : Outcome::kLoginUnsupported;
-  const bool isDowngrade = challenge_ && challenge_->isDigest && !strongest->isDigest;
   // A login that was right before is right still: the camera has only changed its nonce.
   const bool mayTryAgain = strongest->isStale || loginIsProven_;
-  if (isDowngrade || (loginWasSent && !mayTryAgain)) return Outcome::kLoginRefused;
+  if ((loginWasSent && !mayTryAgain) || !MayLogIn(address_, strongest->method)) return Outcome::kLoginRefused;
   challenge_ = *strongest;
   nonceUses_ = 0;
   return Outcome::kOk;

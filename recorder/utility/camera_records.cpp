@@ -1,11 +1,36 @@
 #include <exception>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/utility.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/records.h"
 #include "recorder/utility/request_scope.h"
+
+namespace recorder {
+namespace {
+
+/// The records whose password a request may mean; none, which is logged, where there is none or they cannot be read.
+std::vector<CameraRecord> FindLenders(int camId, const std::string& vendor, const std::string& model) try {
+  const Records records{GetConfig().stateFolder};
+  if (camId == 0) {
+    std::vector<CameraRecord> cameras = records.ListModel(vendor, model);
+    if (cameras.empty()) LogFailure("No stored password is lent: no camera of " + vendor + " " + model + " is stored.");
+    return cameras;
+  }
+  if (const auto camera = records.Find(camId)) return {*camera};
+  LogFailure("No stored password is lent: there is no camera " + std::to_string(camId) + ".");
+  return {};
+} catch (const std::exception& error) {
+  LogFailure(std::string("No stored password is lent: ") + error.what());
+  return {};
+}
+
+}  // namespace
+}  // namespace recorder
 
 // Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
 // choice.
@@ -29,19 +54,6 @@ int GetCamOwnerKdId(int camId) try {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature
 std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel) {
-  try {
-    const recorder::Records records{recorder::GetConfig().stateFolder};
-    const auto camera = camId == 0 ? records.FindTheOne(vendor, model, channel) : records.Find(camId);
-    if (!camera || camera->vendor != vendor || camera->model != model) {
-      throw recorder::RecordsError("camera " + std::to_string(camId) +
-                                   ": no password is lent, since no one record fits it with that vendor and model");
-    }
-    std::string password = records.Password(*camera);
-    recorder::RequestScope::Current().LendPassword(password, camera->host, camera->port);
-    return password;
-  } catch (const std::exception& error) {
-    recorder::LogFailure(error.what());
-    recorder::RequestScope::Current().RefuseLogins();
-    return {};
-  }
+  const auto asked = camId == 0 ? std::optional(std::move(channel)) : std::nullopt;
+  return recorder::RequestScope::Current().Lend({recorder::FindLenders(camId, vendor, model), asked});
 }

@@ -202,25 +202,21 @@ std::vector<CameraRecord> Records::List() const {
   });
 }
 
+std::vector<CameraRecord> Records::ListModel(const std::string& vendor, const std::string& model) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            std::string(kSelectCameras) + "WHERE vendor = ? AND model = ? ORDER BY id"};
+    SQLite::bind(query, vendor, model);
+    return CamerasOf(query);
+  });
+}
+
 std::optional<CameraRecord> Records::Find(int id) const {
   return impl_->Guarded([&]() -> std::optional<CameraRecord> {
     SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "WHERE id = ?"};
     query.bind(1, id);
     if (!query.executeStep()) return std::nullopt;
     return CameraOf(query);
-  });
-}
-
-std::optional<CameraRecord> Records::FindTheOne(const std::string& vendor, const std::string& model,
-                                                const std::string& channel) const {
-  return impl_->Guarded([&]() -> std::optional<CameraRecord> {
-    SQLite::Statement query{
-        impl_->database, std::string(kSelectCameras) + "WHERE vendor = ? AND model = ? AND channel IN (?, '') LIMIT 2"};
-    SQLite::bind(query, vendor, model, channel);
-    if (!query.executeStep()) return std::nullopt;
-    const CameraRecord camera = CameraOf(query);
-    if (query.executeStep()) return std::nullopt;
-    return camera;
   });
 }
 

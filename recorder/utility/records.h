@@ -26,7 +26,7 @@ struct CameraRecord {
   std::string sourcePath;  ///< for a model whose stream path the user gives
   CAM_CONN_STATUS status = CAM_CONN_STATUS_NORMAL;
   int ownerKdId = kLocalOwnerKdId;
-  LoginMethod strongestLogin = LoginMethod::kNone;  ///< that ever worked
+  LoginMethod strongestLogin = LoginMethod::kNone;  ///< that ever worked; the stored password goes by no weaker one
 };
 
 /// What is wrong with a record or password.
@@ -83,11 +83,9 @@ class Records {
   int Add(const CameraRecord& camera, const std::string& password);
   /// All cameras by id.
   std::vector<CameraRecord> List() const;
+  /// All cameras of a model by id.
+  std::vector<CameraRecord> ListModel(const std::string& vendor, const std::string& model) const;
   std::optional<CameraRecord> Find(int id) const;
-  /// The one camera of that vendor, model and channel; nothing when there is none or several. A stored channel ""
-  /// matches any.
-  std::optional<CameraRecord> FindTheOne(const std::string& vendor, const std::string& model,
-                                         const std::string& channel) const;
   /// The stored password of a camera that was found here; the caller wipes it.
   std::string Password(const CameraRecord& camera) const;
 

@@ -2,11 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
+#include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
+
+/// No camera has such a password: one that begins so and is not lent is lent no more.
+constexpr std::string_view kTokenStart = "[lent-password]-";
 
 CameraLimits cameraLimits;
 thread_local RequestScope* currentScope = nullptr;
@@ -34,23 +39,39 @@ Clock::time_point RequestScope::Deadline() {
   return *deadline_;
 }
 
-void RequestScope::LendPassword(std::string password, const std::string& host, int port) {
-  if (password.empty()) return;  // no secret, and every camera without a password would be refused
-  if (!key_) key_ = SecretKey::Random();
-  lent_.push_back({DigestOf(password), NormalizedHost(host), {port}});
-  sodium_memzero(password.data(), password.size());
+std::string RequestScope::Lend(LentPassword password) {
+  PrepareSodium();
+  std::array<unsigned char, 16> random{};
+  randombytes_buf(random.data(), random.size());
+  std::string token = std::string(kTokenStart) + HexText(random);
+  lent_.emplace(token, std::move(password));
+  return token;
+}
+
+LentPassword* RequestScope::FindLent(const std::string& password) {
+  const auto lent = lent_.find(password);
+  return lent == lent_.end() ? nullptr : &lent->second;
+}
+
+const LentPassword* RequestScope::FindLent(const std::string& password) const {
+  const auto lent = lent_.find(password);
+  return lent == lent_.end() ? nullptr : &lent->second;
 }
 
 void RequestScope::AllowPort(const std::string& host, int port) {
-  const std::string wanted = NormalizedHost(host);
-  for (LentPassword& lent : lent_) {
-    if (lent.host == wanted) lent.ports.insert(port);
-  }
+  for (auto& [token, lent] : lent_) lent.AllowPort(host, port);
 }
+
+void RequestScope::RememberDigest(const std::string& host) { digestHosts_.insert(NormalizedHost(host)); }
+
+bool RequestScope::KnowsDigest(const std::string& host) const { return digestHosts_.contains(NormalizedHost(host)); }
 
 std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, const std::string& user,
                                              const std::string& password) const {
-  if (refusesLogins_ || IsLentElsewhere(host, port, password)) return Outcome::kLoginRefused;
+  if (password.starts_with(kTokenStart)) {
+    const LentPassword* lent = FindLent(password);
+    if (lent == nullptr || !lent->IsFor(host, port, user)) return Outcome::kLoginRefused;
+  }
   const auto failure = failures_.find({NormalizedHost(host), user});
   if (failure != failures_.end()) return failure->second;
   if (deadline_ && Clock::now() >= *deadline_) return Outcome::kTimedOut;
@@ -66,26 +87,6 @@ void RequestScope::Remember(const std::string& host, const std::string& user, Ou
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
   const auto failure = failedAskings_.find(key);
   return failure == failedAskings_.end() ? std::nullopt : std::optional(failure->second);
-}
-
-RequestScope::Digest RequestScope::DigestOf(const std::string& password) const {
-  Digest digest;
-  crypto_generichash(digest.data(), digest.size(), reinterpret_cast<const unsigned char*>(password.data()),
-                     password.size(), key_->Data(), SecretKey::kSize);
-  return digest;
-}
-
-bool RequestScope::IsLentElsewhere(const std::string& host, int port, const std::string& password) const {
-  if (lent_.empty()) return false;
-  const Digest digest = DigestOf(password);
-  const std::string wanted = NormalizedHost(host);
-  bool isLent = false;
-  for (const LentPassword& lent : lent_) {  // two cameras may have the same password
-    if (sodium_memcmp(lent.digest.data(), digest.data(), digest.size()) != 0) continue;
-    if (lent.host == wanted && lent.ports.contains(port)) return false;
-    isLent = true;
-  }
-  return isLent;
 }
 
 }  // namespace recorder

@@ -1,16 +1,14 @@
 #pragma once
 
-#include <array>
 #include <chrono>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "recorder/utility/lent_password.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/secrets.h"
 
 namespace recorder {
 
@@ -27,14 +25,16 @@ void SetCameraLimits(const CameraLimits& limits);
 const CameraLimits& GetCameraLimits();
 
 /// What one request knows about the cameras that it contacts: the deadline that its contacts share, the failures that
-/// later calls get again without another contact (so that one wrong password is one login attempt), and the stored
-/// password that was lent to it. `net/` asks it before every connection and every login.
+/// later calls get again without another contact (so that one wrong password is one login attempt), which hosts asked
+/// for Digest, and the stored passwords that are lent to it. `net/` asks it before every connection and every login.
+///
+/// A lent password travels as a token: a random text that stands for it in this scope and is worth nothing elsewhere.
 ///
 /// Owner:   the request process opens one for each request; any other thread (a batch worker) gets one of its own at
 ///          first use, which ends with the thread.
 /// Thread:  a scope belongs to one thread.
 /// Time:    steady clock.
-/// Secrets: holds no password, only digests under a random key of its own.
+/// Secrets: holds no password.
 class RequestScope {
  public:
   /// The calling thread's scope.
@@ -49,21 +49,24 @@ class RequestScope {
   /// When camera work must end. The first call starts the clock.
   Clock::time_point Deadline();
 
-  /// Lends the stored password of the camera at `host` and `port` to this request, which must have named the record's
-  /// vendor and model: by AllowPort the model adds ports. A request may borrow several; an empty one is ignored.
-  void LendPassword(std::string password, const std::string& host, int port);
+  /// Takes a lent password up and returns the token for it.
+  std::string Lend(LentPassword password);
 
-  /// Refuses every contact from now on: the request counts on a stored password that it was not lent, and a contact
-  /// without it would be a wrong login, of which cameras allow few.
-  void RefuseLogins() { refusesLogins_ = true; }
+  /// What `password` is the token of; null when it is none of this scope's.
+  LentPassword* FindLent(const std::string& password);
+  const LentPassword* FindLent(const std::string& password) const;
 
-  /// Adds a port of a lent password's camera that the camera itself or its own model named; ignored for another host.
+  /// Adds a port that a camera itself or its own model named to what is lent for it; ignored for another host.
   void AllowPort(const std::string& host, int port);
 
+  /// Remembers that something at `host` asked for Digest: from then on no login by Basic may go there, to any port.
+  void RememberDigest(const std::string& host);
+  bool KnowsDigest(const std::string& host) const;
+
   /// Asked before contacting `host`: the failure to report without a contact, if there is one. That is a spent
-  /// deadline, an earlier refused login of `user` or time-out at this host, or RefuseLogins or a lent password that is
-  /// not for this address (a refused login). Host names and addresses are compared as text, without regard to letter
-  /// case, brackets or a final dot.
+  /// deadline, an earlier refused login of `user` or time-out at this host, or a token of a password that is not lent
+  /// for this (a refused login). Host names and addresses are compared as text, without regard to letter case, brackets
+  /// or a final dot.
   std::optional<Outcome> Refusal(const std::string& host, int port, const std::string& user,
                                  const std::string& password) const;
 
@@ -75,21 +78,10 @@ class RequestScope {
   void RememberFailedAsking(const std::string& key, Outcome outcome) { failedAskings_.try_emplace(key, outcome); }
 
  private:
-  using Digest = std::array<unsigned char, 32>;
-  struct LentPassword {
-    Digest digest;
-    std::string host;
-    std::set<int> ports;
-  };
-
-  Digest DigestOf(const std::string& password) const;
-  bool IsLentElsewhere(const std::string& host, int port, const std::string& password) const;
-
   std::chrono::milliseconds limit_;
   std::optional<Clock::time_point> deadline_;
-  std::optional<SecretKey> key_;  // made with the first lent password
-  bool refusesLogins_ = false;
-  std::vector<LentPassword> lent_;
+  std::map<std::string, LentPassword> lent_;  // by token
+  std::set<std::string> digestHosts_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
   RequestScope* previous_;

@@ -17,7 +17,7 @@ void RunInput(std::string_view input) {
   const auto challenges = ParseChallenges(values);
   const LoginChallenge* chosen = StrongestChallenge(challenges);
   if (chosen == nullptr) return;
-  Require(chosen->method != LoginMethod::kUnknown);
+  Require(chosen->method != LoginMethod::kNone);
   const std::string answer = AuthorizationValue(*chosen, "admin", kPassword, "DESCRIBE", "/live", {"nonce", 1});
   Require(answer.starts_with(chosen->isDigest ? "Digest username=\"admin\"" : "Basic "));
   Require(answer.find('\n') == std::string::npos && answer.find(kPassword) == std::string::npos);

@@ -2,15 +2,22 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "recorder/device/onvif/username_token.h"
+#include "recorder/net/camera_login.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/request_scope.h"
+#include "recorder/utility/secrets.h"
 
 namespace recorder::onvif {
 namespace {
 
 constexpr std::string_view kSoap12 = "http://www.w3.org/2003/05/soap-envelope";
+/// A UsernameToken shows a digest, so it counts as one of the usual kind, and is made whatever stronger one was seen: a
+/// camera that has both for HTTP and RTSP still wants the token for its services.
+constexpr LoginMethod kTokenMethod = LoginMethod::kMd5;
+
 constexpr std::string_view kSoap11 = "http://schemas.xmlsoap.org/soap/envelope/";
 
 std::chrono::sys_seconds Now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
@@ -96,6 +103,7 @@ Reply SoapClient::Call(const std::string& path, const Service& service, const st
     EndRefused(reply);
   } else if (usesToken_ && reply.IsSoap()) {
     session_.LoginAccepted();
+    LoginWorked(camera_, kTokenMethod);
   } else if (usesToken_) {
     reply.isLast = true;  // some refuse by closing: a login that was not accepted is not tried again
   }
@@ -119,11 +127,19 @@ std::string SoapClient::Envelope(const Service& service, const std::string& name
   if (service.hasAddressing) {
     header += R"(<Action xmlns="http://www.w3.org/2005/08/addressing">)" + ActionOf(service, name) + "</Action>";
   }
-  if (usesToken_) header += UsernameToken(camera_.user, camera_.password, Now() + clockOffset_);
+  if (usesToken_) header += Token();
   if (!header.empty()) header = "<s:Header>" + header + "</s:Header>";
   return R"(<?xml version="1.0" encoding="UTF-8"?><s:Envelope xmlns:s=")" + std::string(kSoap12) + "\">" + header +
          "<s:Body><" + name + " xmlns=\"" + std::string(service.nameSpace) + "\">" + arguments + "</" + name +
          "></s:Body></s:Envelope>";
+}
+
+/// "" where there is no password to make it of: the camera will refuse that.
+std::string SoapClient::Token() const {
+  std::optional<std::string> password = PasswordFor(camera_);
+  if (!password) return "";
+  const WipeAtEnd wipe(*password);
+  return UsernameToken(camera_.user, *password, Now() + clockOffset_);
 }
 
 /// The login was refused, or there is none to send: nobody asks this camera again in this request. A camera whose clock

@@ -55,6 +55,7 @@ class SoapClient {
  private:
   Reply Send(const std::string& path, const Service& service, const std::string& name, const std::string& arguments);
   std::string Envelope(const Service& service, const std::string& name, const std::string& arguments) const;
+  std::string Token() const;
   void EndRefused(Reply& reply) const;
 
   const CameraAddress camera_;

@@ -92,21 +92,6 @@ TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
   }
 }
 
-TEST(Password, StoredOneGoesToItsOwnCameraAlone) {
-  const SimCameras cameras(List({Camera("own"), Camera("other")}));
-  const TestRecorder recorder;
-  const int id = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("own"), "admin", kSecret);
-  for (const std::string method : kCameraMethods) {
-    SCOPED_TRACE(method);
-    Json::Value own = CameraParams(cameras.Port("own"), kFakePass);
-    Json::Value other = CameraParams(cameras.Port("other"), kFakePass);
-    if (method != "CamBatAddVerify") own["camId"] = other["camId"] = id;
-    EXPECT_NE(CodeOf(recorder, method, other), 0);
-    EXPECT_EQ(cameras.Log("other")["connections"].asInt(), 0) << "nothing is sent to a strange address";
-    EXPECT_EQ(CodeOf(recorder, method, own), 0) << recorder.Log();
-  }
-}
-
 TEST(Password, WrongOneIsTriedOnce) {
   const char* const faults[] = {"none", "hangUpWith401", "hangUpOnLogin", "resetOnLogin"};
   Json::Value list;

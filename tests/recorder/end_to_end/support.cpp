@@ -210,10 +210,11 @@ Finished TestRecorder::Control(const std::vector<std::string>& arguments, const 
 }
 
 int TestRecorder::AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
-                            const std::string& password, const std::string& channel) const {
-  const Finished added = Control({"camera", "add", "--name", "stored", "--vendor", vendor, "--model", model, "--host",
-                                  "127.0.0.1", "--port", std::to_string(port), "--user", user, "--channel", channel},
-                                 password + "\n");
+                            const std::string& password, const std::string& channel, const std::string& path) const {
+  const Finished added =
+      Control({"camera", "add", "--name", "stored", "--vendor", vendor, "--model", model, "--host", "127.0.0.1",
+               "--port", std::to_string(port), "--user", user, "--channel", channel, "--source-path", path},
+              password + "\n");
   if (added.status != 0) throw std::runtime_error(added.output);
   return std::stoi(added.output.substr(added.output.find_first_of("0123456789")));
 }

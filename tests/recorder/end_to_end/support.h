@@ -114,7 +114,7 @@ class TestRecorder {
   Finished Control(const std::vector<std::string>& arguments, const std::string& input = {}) const;
   /// Stores a camera at 127.0.0.1 and returns its id.
   int AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
-                const std::string& password, const std::string& channel = "1") const;
+                const std::string& password, const std::string& channel = "1", const std::string& path = "") const;
 
   std::string Log() const { return ReadText(folder_.Path() / "log"); }
   std::filesystem::path StateFolder() const { return folder_.Path() / "state"; }

@@ -13,7 +13,6 @@
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/record_schema.h"
-#include "recorder/utility/request_scope.h"
 #include "recorder/utility/service.h"
 #include "tests/recorder/temp_folder.h"
 
@@ -102,22 +101,6 @@ TEST_F(RecordsTest, AnOpenConnectionTellsThatItsFilesWereReplaced) {
   }
 }
 
-TEST_F(RecordsTest, FindsTheOneCameraOnly) {
-  Records records{State()};
-  for (const char* channel : {"1", "2"}) records.Add(Camera("Two", channel), "x");
-  for (const char* channel : {"", "1"}) records.Add(Camera("Twins", channel), "x");
-  const int any = records.Add(Camera("Any"), "x");
-  const auto find = [&records](const char* model, const char* channel) {
-    const auto camera = records.FindTheOne("Acme", model, channel);
-    return camera ? camera->id : 0;
-  };
-  EXPECT_EQ(find("Any", "7"), any);
-  EXPECT_EQ(find("Two", "1"), records.List().at(0).id);
-  EXPECT_EQ(find("Two", "3"), 0);
-  EXPECT_EQ(find("Two", ""), 0);
-  EXPECT_EQ(find("Twins", "1"), 0);
-}
-
 // Each file under tests/data/records/ is what a version wrote: its key in the first line, then SQL.
 TEST_F(RecordsTest, AFileOfAnEarlierVersionIsWholeInThisOne) {
   int versions = 0;
@@ -186,18 +169,10 @@ TEST_F(RecordsTest, StartsThatRaceAndDieEndWithOneKey) {
   }
   const Records records{State()};
   for (std::size_t i = 0; i < hasAdded.size(); ++i) {
-    const auto camera = records.FindTheOne("Acme", "M" + std::to_string(i), "");
-    EXPECT_TRUE(camera || !hasAdded[i]) << "what was added is there: " << i;
-    EXPECT_TRUE(!camera || records.Password(*camera) == "secret") << "sealed with another key: " << i;
+    const auto cameras = records.ListModel("Acme", "M" + std::to_string(i));
+    EXPECT_TRUE(!cameras.empty() || !hasAdded[i]) << "what was added is there: " << i;
+    EXPECT_TRUE(cameras.empty() || records.Password(cameras[0]) == "secret") << "sealed with another key: " << i;
   }
-}
-
-TEST_F(RecordsTest, AWrongIdLendsNoPassword) {
-  Start();
-  const int id = Records(State()).Add(Camera(), "secret");
-  const RequestScope scope{std::chrono::milliseconds(1000)};
-  EXPECT_EQ(GetCamRealPass(id, "Acme", "X100", ""), "secret");
-  EXPECT_EQ(GetCamRealPass(id + 1, "Acme", "X100", ""), "");
 }
 
 TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {

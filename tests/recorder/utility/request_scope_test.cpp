@@ -9,30 +9,31 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(RequestScopeTest, ALentPasswordGoesToItsOwnCameraOnly) {
+TEST(RequestScopeTest, ATokenIsWorthNothingElsewhere) {
+  const CameraRecord record{1, "door", "Acme", "X", "cam.example", 80, "admin", "", ""};
   RequestScope scope{milliseconds(1000)};
-  scope.LendPassword("secret", "cam.example", 80);
-  scope.LendPassword("other", "192.0.2.7", 80);
-  scope.LendPassword("both", "Cam.Example", 80);
-  scope.LendPassword("both", "192.0.2.7", 80);
-  scope.LendPassword("", "192.0.2.8", 80);
-  scope.AllowPort("cam.example", 8554);
-  scope.AllowPort("evil.example", 80);
-  const auto isRefused = [&scope](const char* host, int port, const char* password) {
-    return scope.Refusal(host, port, "admin", password) == Outcome::kLoginRefused;
+  const std::string token = scope.Lend({{record}, std::nullopt});
+  EXPECT_NE(scope.Lend({{record}, std::nullopt}), token);
+  const auto isRefused = [&](const char* host, int port, const char* user) {
+    return scope.Refusal(host, port, user, token) == Outcome::kLoginRefused;
   };
-  EXPECT_FALSE(isRefused("CAM.example.", 80, "secret")) << "its own address";
-  EXPECT_FALSE(isRefused("cam.example", 8554, "secret")) << "a port that the camera named";
-  EXPECT_TRUE(isRefused("cam.example", 554, "secret")) << "another port";
-  EXPECT_TRUE(isRefused("evil.example", 80, "secret")) << "another host";
-  EXPECT_TRUE(isRefused("cam.example.evil.example", 80, "secret")) << "a host that begins alike";
-  EXPECT_TRUE(isRefused("192.0.2.7", 80, "secret")) << "another camera with a lent password";
-  EXPECT_TRUE(isRefused("192.0.2.7", 8554, "other")) << "a port that another camera named";
-  EXPECT_FALSE(isRefused("cam.example", 80, "both")) << "the first of two cameras with one password";
-  EXPECT_FALSE(isRefused("192.0.2.7", 80, "both")) << "the second of them";
-  EXPECT_TRUE(isRefused("evil.example", 80, "both")) << "neither of them";
-  EXPECT_FALSE(isRefused("evil.example", 80, "secret2")) << "the caller's own password";
-  EXPECT_FALSE(isRefused("evil.example", 80, "")) << "no password";
+  EXPECT_TRUE(isRefused("cam.example", 80, "admin")) << "nobody has said what for";
+  scope.FindLent(token)->LendFor({"Acme", "X", "cam.example", 80, "admin", "", ""});
+  EXPECT_FALSE(isRefused("CAM.example.", 80, "admin")) << "its own address";
+  EXPECT_TRUE(isRefused("cam.example", 554, "admin")) << "another port";
+  EXPECT_TRUE(isRefused("cam.example.evil.example", 80, "admin")) << "a host that begins alike";
+  EXPECT_TRUE(isRefused("cam.example", 80, "root")) << "another user";
+  scope.AllowPort("evil.example", 81);
+  scope.AllowPort("cam.example", 8554);
+  EXPECT_FALSE(isRefused("cam.example", 8554, "admin")) << "a port that the camera named";
+  EXPECT_TRUE(isRefused("cam.example", 81, "admin")) << "a port that another host named";
+  {
+    const RequestScope other{milliseconds(1000)};
+    EXPECT_EQ(other.Refusal("cam.example", 80, "admin", token), Outcome::kLoginRefused) << "another request";
+  }
+  EXPECT_EQ(scope.Refusal("evil.example", 80, "admin", "typed"), std::nullopt);
+  scope.FindLent(token)->LendFor({"Acme", "X", "cam.example", 81, "admin", "", ""});
+  EXPECT_TRUE(isRefused("cam.example", 80, "admin")) << "it was asked for another camera since";
 }
 
 TEST(RequestScopeTest, GivesAFailureAgainOnlyWhereItHappened) {

@@ -1,0 +1,46 @@
+#include "recorder/net/camera_login.h"
+
+#include <algorithm>
+
+#include "recorder/utility/log.h"
+#include "recorder/utility/request_scope.h"
+#include "recorder/utility/secrets.h"
+
+namespace recorder {
+
+void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChallenge>& challenges) {
+  const auto isDigest = [](const LoginChallenge& challenge) { return challenge.isDigest; };
+  const bool isAsked = std::any_of(challenges.begin(), challenges.end(), isDigest);
+  if (isAsked) RequestScope::Current().RememberDigest(camera.host);
+}
+
+bool MayLogIn(const CameraAddress& camera, LoginMethod method) {
+  RequestScope& scope = RequestScope::Current();
+  if (method == LoginMethod::kBasic && scope.KnowsDigest(camera.host)) {
+    LogFailure(PlaceOf(camera) + " asks for a login by Basic, after one by Digest: no password was sent.");
+    return false;
+  }
+  const LentPassword* lent = scope.FindLent(camera.password);
+  return lent == nullptr || lent->MayLogIn(camera.port, method);
+}
+
+std::optional<std::string> MakeAuthorization(const CameraAddress& camera, const LoginChallenge& challenge,
+                                             std::string_view method, std::string_view uri, const ClientNonce& nonce) {
+  std::optional<std::string> password = PasswordFor(camera);
+  if (!password) return std::nullopt;
+  const WipeAtEnd wipe(*password);
+  return AuthorizationValue(challenge, camera.user, *password, method, uri, nonce);
+}
+
+std::optional<std::string> PasswordFor(const CameraAddress& camera) {
+  const LentPassword* lent = RequestScope::Current().FindLent(camera.password);
+  std::optional<std::string> password = lent == nullptr ? camera.password : lent->Reveal();
+  if (camera.user.empty() && password == "") return std::nullopt;
+  return password;
+}
+
+void LoginWorked(const CameraAddress& camera, LoginMethod method) {
+  if (LentPassword* lent = RequestScope::Current().FindLent(camera.password)) lent->Worked(camera.port, method);
+}
+
+}  // namespace recorder

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/net/login.h"
+
+// Logins to cameras, by the rules of the calling thread's RequestScope. All that makes a login goes through here: it is
+// the only place where the token of a lent password becomes a password.
+
+namespace recorder {
+
+/// Remembers what `camera` asks for.
+void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChallenge>& challenges);
+
+/// False, and logged, when a login by `method` must not go to `camera`'s port: by Basic to a host that asked for Digest
+/// in this request, or by one that is too weak for a lent password.
+bool MayLogIn(const CameraAddress& camera, LoginMethod method);
+
+/// Value of the Authorization header that answers `challenge` for one request. Nothing where there is nothing to log in
+/// with, or where a lent password cannot be had, which is logged.
+std::optional<std::string> MakeAuthorization(const CameraAddress& camera, const LoginChallenge& challenge,
+                                             std::string_view method, std::string_view uri, const ClientNonce& nonce);
+
+/// The password for one login that is made elsewhere, with the same exceptions. The caller wipes it.
+std::optional<std::string> PasswordFor(const CameraAddress& camera);
+
+/// Says that `camera` took a login by `method`.
+void LoginWorked(const CameraAddress& camera, LoginMethod method);
+
+}  // namespace recorder

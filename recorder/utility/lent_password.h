@@ -1,0 +1,70 @@
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recorder/utility/login_method.h"
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+/// The camera that a request wants to log in to.
+struct WantedCamera {
+  std::string vendor;
+  std::string model;
+  std::string host;
+  int port = 0;
+  std::string user;
+  std::optional<std::string> sourcePath;  ///< nothing: the work that follows uses none
+  std::string defaultChannel;             ///< of the model; "" when it is not known
+};
+
+/// A stored password that is lent to one request, which never gets to see it. It can do nothing but log in to the
+/// camera of its record: the request has to want vendor, model, host, port, user and source path as the record has
+/// them.
+///
+/// Thread:  one, that of the request.
+/// Failure: nothing throws but std::bad_alloc; why a password is not lent is logged, once for each reason.
+/// Secrets: holds records, no password. It is decrypted for a login at the moment at which that is made.
+class LentPassword {
+ public:
+  /// Of one of `records`. `channel`: the one that the request names ("": the model's default one), which the record has
+  /// to have, unless its own is "", which is any; nothing where the request named its record by id.
+  LentPassword(std::vector<CameraRecord> records, std::optional<std::string> channel)
+      : records_(std::move(records)), channel_(std::move(channel)) {}
+
+  /// Lends for the camera that `wanted` is, and for no other. Until then, and when no record fits, or several do, the
+  /// password is lent for nothing.
+  void LendFor(const WantedCamera& wanted);
+
+  /// Adds a port that the camera at `host` itself or its model named; ignored for any other host.
+  void AllowPort(const std::string& host, int port);
+
+  /// True when it is lent for `user` at that address.
+  bool IsFor(const std::string& host, int port, const std::string& user) const;
+
+  /// True when a login by `method` may go to `port`: to the record's own by none that is weaker than what worked
+  /// before, to one that was named by a Digest. Logged if not.
+  bool MayLogIn(int port, LoginMethod method) const;
+
+  /// Remembers in the records that a login by `method` worked at `port`. What the own port takes is the measure for it;
+  /// of any other it counts only that the camera knows Digest, since some have one protocol that is behind the others.
+  void Worked(int port, LoginMethod method);
+
+  /// The password; nothing, logged, when it is lent for nothing or cannot be decrypted. The caller wipes it.
+  std::optional<std::string> Reveal() const;
+
+ private:
+  std::optional<CameraRecord> Choose(const WantedCamera& wanted, std::string& reason) const;
+
+  std::vector<CameraRecord> records_;
+  std::optional<std::string> channel_;
+  std::optional<CameraRecord> camera_;
+  std::set<int> namedPorts_;
+  std::string lastReason_;  // why it was not lent
+};
+
+}  // namespace recorder

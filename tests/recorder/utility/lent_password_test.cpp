@@ -1,0 +1,124 @@
+#include "recorder/utility/lent_password.h"
+
+#include <gtest/gtest.h>
+
+#include "recorder/utility/config.h"
+#include "recorder/utility/request_scope.h"
+#include "tests/recorder/rows.h"
+#include "tests/recorder/temp_folder.h"
+
+namespace recorder {
+namespace {
+
+/// Stored cameras, whose passwords are their names.
+const CameraRecord kRecords[] = {
+    {1, "one", "Acme", "X", "cam1", 80, "admin", "1", ""},
+    {2, "two", "Acme", "X", "cam1", 80, "admin", "2", ""},
+    {3, "three", "Acme", "X", "cam2", 80, "admin", "", ""},
+    {4, "four", "Acme", "X", "cam2", 80, "guest", "", "", CAM_CONN_STATUS_DISABLED},
+    {5, "five", "Acme", "X", "cam3", 80, "admin", "", ""},
+    {6, "six", "Acme", "X", "cam3", 80, "admin", "1", ""},
+    {7, "seven", "User", "", "cam3", 554, "admin", "", "/live"},
+};
+
+struct Question {
+  const char* name;
+  int camId;
+  const char* channel;
+  WantedCamera wanted;
+  const char* password;  ///< or a part of what the log says
+};
+
+const Question kQuestions[] = {
+    {"ById", 1, "2", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "one"},
+    {"ByIdInAnotherSpelling", 1, "", {"Acme", "X", "[CAM1.]", 80, "admin", "", "1"}, "one"},
+    {"WithItsPath", 7, "", {"User", "", "cam3", 554, "admin", "/live", "1"}, "seven"},
+    {"WhereNoPathIsUsed", 7, "", {"User", "", "cam3", 554, "admin", std::nullopt, "1"}, "seven"},
+    {"ByHost", 0, "", {"Acme", "X", "cam2", 80, "admin", "", "1"}, "three"},
+    {"ByChannel", 0, "2", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "two"},
+    {"ByTheDefaultChannel", 0, "", {"Acme", "X", "cam1", 80, "admin", "", "2"}, "two"},
+    {"ByNoChannelThatAnyHas",
+     0,
+     "3",
+     {"Acme", "X", "cam1", 80, "admin", "", "1"},
+     "cameras 1, 2 is not lent: the request names another channel"},
+    {"AnotherModel",
+     1,
+     "",
+     {"Acme", "Y", "cam1", 80, "admin", "", "1"},
+     "camera 1 is not lent: the request names another vendor or model"},
+    {"AnotherHost", 1, "", {"Acme", "X", "cam2", 80, "admin", "", "1"}, "names another host"},
+    {"AnotherPort", 1, "", {"Acme", "X", "cam1", 81, "admin", "", "1"}, "names another port"},
+    {"AnotherUser", 1, "", {"Acme", "X", "cam1", 80, "Admin", "", "1"}, "names another user"},
+    {"AnotherPath", 7, "", {"User", "", "cam3", 554, "admin", "/live?", "1"}, "names another source path"},
+    {"APathWhereItHasNone", 1, "", {"Acme", "X", "cam1", 80, "admin", "/live", "1"}, "names another source path"},
+    {"SwitchedOff", 0, "", {"Acme", "X", "cam2", 80, "guest", "", "1"}, "camera 4 is not lent: it is switched off"},
+    {"TwoFit",
+     0,
+     "1",
+     {"Acme", "X", "cam3", 80, "admin", "", "1"},
+     "cameras 5, 6 is not lent: they fit the request alike"},
+    {"NoSuchCamera", 8, "", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "there is no camera 8"},
+    {"NoSuchModel", 0, "", {"Acme", "Y", "cam1", 80, "admin", "", "1"}, "no camera of Acme Y is stored"},
+};
+
+class LendingTest : public testing::Test {
+ protected:
+  LendingTest() {
+    Config config;
+    config.stateFolder = folder_.Path();
+    StartUtility(config);
+    Records records{folder_.Path()};
+    for (const CameraRecord& record : kRecords) EXPECT_EQ(records.Add(record, record.name), record.id);
+  }
+  TempFolder folder_;
+  RequestScope scope_{std::chrono::milliseconds(1000)};
+};
+
+class LentPasswordTest : public LendingTest, public testing::WithParamInterface<Question> {};
+
+TEST_P(LentPasswordTest, IsThatOfTheOneRecordThatFits) {
+  const auto& [name, camId, channel, wanted, password] = GetParam();
+  testing::internal::CaptureStderr();
+  const std::string token = GetCamRealPass(camId, wanted.vendor, wanted.model, channel);
+  LentPassword* lent = scope_.FindLent(token);
+  for (int again = 0; again < 2; ++again) lent->LendFor(wanted);
+  const std::string log = testing::internal::GetCapturedStderr();
+  const std::optional<std::string> revealed = lent->Reveal();
+  if (revealed) {
+    EXPECT_EQ(*revealed, password);
+    EXPECT_EQ(log, "");
+  } else {
+    EXPECT_NE(log.find(password), std::string::npos) << log;
+    EXPECT_EQ(log.find('\n'), log.size() - 1) << "said once";
+  }
+  EXPECT_EQ(scope_.Refusal(wanted.host, wanted.port, wanted.user, token).has_value(), !revealed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lending, LentPasswordTest, testing::ValuesIn(kQuestions), kByName);
+
+TEST_F(LendingTest, TheLoginNeverBecomesWeaker) {
+  using enum LoginMethod;
+  constexpr int kOwn = 80;
+  constexpr int kNamed = 554;
+  const auto lend = [&] {
+    LentPassword* lent = scope_.FindLent(GetCamRealPass(3, "Acme", "X", ""));
+    lent->LendFor({"Acme", "X", "cam2", kOwn, "admin", "", ""});
+    return lent;
+  };
+  LentPassword* lent = lend();
+  EXPECT_TRUE(lent->MayLogIn(kOwn, kBasic));
+  EXPECT_FALSE(lent->MayLogIn(kNamed, kBasic));
+  lent->Worked(kNamed, kSha256);
+  EXPECT_FALSE(lent->MayLogIn(kOwn, kBasic)) << "the camera knows Digest";
+  EXPECT_TRUE(lent->MayLogIn(kOwn, kMd5)) << "of the own port nothing else is known";
+  lent->Worked(kOwn, kSha256);
+  for (LentPassword* later : {lent, lend()}) {
+    EXPECT_FALSE(later->MayLogIn(kOwn, kMd5));
+    EXPECT_TRUE(later->MayLogIn(kOwn, kSha256));
+    EXPECT_TRUE(later->MayLogIn(kNamed, kMd5));
+  }
+}
+
+}  // namespace
+}  // namespace recorder
