@@ -25,7 +25,19 @@ enum class SnapshotUri { kHttp, kRtsp, kNone, kWithLogin };
 enum class Motion { kAnalytics, kEvents, kNone };
 
 /// What is wrong with the answers of a camera's ONVIF or PSIA service.
-enum class Trouble { kNone, kEndless, kHuge, kEntities, kBrokenXml, kHtmlPage, kNoService, kSlow, kRedirectTls };
+enum class Trouble {
+  kNone,
+  kEndless,
+  kHuge,
+  kEntities,
+  kAmpersands,
+  kElements,
+  kBrokenXml,
+  kHtmlPage,
+  kNoService,
+  kSlow,
+  kRedirectTls,
+};
 
 struct Size {
   int width = 640;

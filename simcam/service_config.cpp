@@ -18,10 +18,17 @@ constexpr Named<SnapshotUri> kSnapshotUris[] = {{"http", SnapshotUri::kHttp},
                                                 {"withLogin", SnapshotUri::kWithLogin}};
 constexpr Named<Motion> kMotions[] = {
     {"analytics", Motion::kAnalytics}, {"events", Motion::kEvents}, {"none", Motion::kNone}};
-constexpr Named<Trouble> kTroubles[] = {
-    {"none", Trouble::kNone},           {"endless", Trouble::kEndless},     {"huge", Trouble::kHuge},
-    {"entities", Trouble::kEntities},   {"brokenXml", Trouble::kBrokenXml}, {"htmlPage", Trouble::kHtmlPage},
-    {"noService", Trouble::kNoService}, {"slow", Trouble::kSlow},           {"redirectTls", Trouble::kRedirectTls}};
+constexpr Named<Trouble> kTroubles[] = {{"ampersands", Trouble::kAmpersands},
+                                        {"elements", Trouble::kElements},
+                                        {"none", Trouble::kNone},
+                                        {"endless", Trouble::kEndless},
+                                        {"huge", Trouble::kHuge},
+                                        {"entities", Trouble::kEntities},
+                                        {"brokenXml", Trouble::kBrokenXml},
+                                        {"htmlPage", Trouble::kHtmlPage},
+                                        {"noService", Trouble::kNoService},
+                                        {"slow", Trouble::kSlow},
+                                        {"redirectTls", Trouble::kRedirectTls}};
 
 std::vector<std::string> ReadTexts(Members& members, const char* key, std::vector<std::string> usual) {
   if (!members.Has(key)) return usual;

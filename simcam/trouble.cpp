@@ -25,6 +25,19 @@ std::string WithEntities(std::string xml) {
   return xml.insert(xml.find("?>") + 2, EntityDeclarations());
 }
 
+constexpr std::size_t kAmpersands = 4'100'000;
+
+/// Stuff at the end of the document element.
+void Fill(std::string& xml, const std::string& stuff) { xml.insert(xml.rfind("</"), stuff); }
+
+/// Nearly 1 MiB of small elements, with text between them.
+std::string SmallElements() {
+  constexpr int kCount = 24'000;
+  std::string elements;
+  for (int i = 0; i < kCount; ++i) elements += "<e/>text of thirty-eight characters here.";
+  return elements;
+}
+
 }  // namespace
 
 std::optional<HttpAnswer> TroubleInstead(Trouble trouble, const std::string& target, const Entrance& entrance) {
@@ -53,6 +66,10 @@ void Spoil(Trouble trouble, HttpAnswer& answer) {
     case Trouble::kEntities:
       answer.body = WithEntities(answer.body);
       return;
+    case Trouble::kAmpersands:
+      return Fill(answer.body, std::string(kAmpersands, '&'));
+    case Trouble::kElements:
+      return Fill(answer.body, SmallElements());
     case Trouble::kEndless:
       answer.sending = HttpAnswer::Body::kEndless;
       return;

@@ -46,81 +46,105 @@ bool BeginsReference(std::string_view text) {
   return end != std::string_view::npos && end > digits && text[end] == ';';
 }
 
-constexpr std::string_view kComment = "<!--";
-constexpr std::string_view kCdata = "<![CDATA[";
-
-/// Length of the CDATA section, comment or tag that `text` begins with, as far as `text` goes; quoted values may hold
-/// whatever they like.
-std::size_t MarkupLength(std::string_view text) {
-  constexpr std::pair<std::string_view, std::string_view> kOpaque[] = {{kCdata, "]]>"}, {kComment, "-->"}};
-  for (const auto& [start, end] : kOpaque) {
-    if (text.starts_with(start)) return std::min(text.find(end, start.size()), text.size() - end.size()) + end.size();
-  }
+/// Length of the tag that `text` begins with, without its '>'; nothing when another '<' or the end comes first. Quoted
+/// values may hold whatever they like.
+std::optional<std::size_t> TagLength(std::string_view text) {
   char quote = '\0';
   for (std::size_t i = 1; i < text.size(); ++i) {
     const char c = text[i];
-    if (quote == '\0' && (c == '>' || c == '<')) return i;
+    if (quote == '\0' && c == '>') return i;
+    if (quote == '\0' && c == '<') return std::nullopt;
     if (quote == '\0' && (c == '"' || c == '\'')) {
       quote = c;
     } else if (c == quote) {
       quote = '\0';
     }
   }
-  return text.size();
+  return std::nullopt;
 }
 
-/// Notices what no camera sends, and what would keep the parser busy for minutes: it compares each attribute of a tag
-/// with all others, and the name of each element with all namespaces that are declared around it.
+/// Takes what stands between `start`, which `text` begins with, and `end` off it, both included; all when there is no
+/// end.
+std::string_view TakeBetween(std::string_view& text, std::string_view start, std::string_view end) {
+  const std::size_t length = std::min(text.find(end, start.size()), text.size());
+  const std::string_view taken = text.substr(start.size(), length - start.size());
+  text.remove_prefix(std::min(length + end.size(), text.size()));
+  return taken;
+}
+
+/// Notices what no camera sends: what would keep the parser busy for minutes, since it compares each attribute of a tag
+/// with all others, and the name of each element with all namespaces that are declared around it; and what would become
+/// a tree of many times its size.
 class TagLimits {
  public:
   /// `tag` is the next one of the document, closing tags included.
   bool Admit(std::string_view tag) {
-    constexpr std::size_t kMostTags = 100'000;
     constexpr std::size_t kLongestTag = std::size_t{8} << 10;
+    constexpr std::size_t kMostAttributes = 200;                     // of one tag
     constexpr std::size_t kLongestOpenTags = std::size_t{16} << 10;  // of all elements around one
+    constexpr std::size_t kMostParts = 25'000;  // elements and attributes, with some 250 bytes each in the tree
     if (tag.starts_with("</")) {
       Close();
-    } else if (!tag.starts_with("<!") && !tag.starts_with("<?") && !tag.ends_with('/')) {
-      open_.push_back(tag.size());
-      openLength_ += tag.size();
+      return true;
     }
-    return ++count_ <= kMostTags && tag.size() <= kLongestTag && openLength_ <= kLongestOpenTags;
+    if (!tag.starts_with("<!") && !tag.starts_with("<?") && !tag.ends_with('/')) Open(tag.size());
+    const auto attributes = static_cast<std::size_t>(std::count(tag.begin(), tag.end(), '='));
+    const auto elements = std::count(tag.begin(), tag.end(), '<');  // the parser may see some where we see a value
+    parts_ += static_cast<std::size_t>(elements) + attributes;
+    return tag.size() <= kLongestTag && attributes <= kMostAttributes && openLength_ <= kLongestOpenTags &&
+           parts_ <= kMostParts;
   }
 
  private:
+  void Open(std::size_t length) {
+    open_.push_back(length);
+    openLength_ += length;
+  }
+
   void Close() {
     if (open_.empty()) return;
     openLength_ -= open_.back();
     open_.pop_back();
   }
 
-  std::size_t count_ = 0;
+  std::size_t parts_ = 0;
   std::size_t openLength_ = 0;
   std::vector<std::size_t> open_;  // length of the tag of each element that is not closed
 };
 
-/// `text` as the parser is to read it: without comments, and with each '&' that begins no reference written as one,
-/// since cameras put addresses with a query into their answers as they are. Nothing for what no camera sends.
+/// `text` as the parser is to read it: with no tag that the limits have not seen, and where the parser's own recovery
+/// would lose something, in other words. It drops an '&' that begins no reference with the word behind it, and cameras
+/// put addresses with a query into their answers as they are. It loses its way in a comment that ends by "--->", in
+/// one or a CDATA section with a control character, and in tags without an end. Nothing for what no camera sends.
 std::optional<std::string> Tidied(std::string_view text) {
+  const std::size_t longest = text.size() + text.size() / 4;
   TagLimits limits;
   std::string tidied;
-  tidied.reserve(text.size() + text.size() / 16);
-  while (!text.empty()) {
-    std::size_t length = std::min(text.find_first_of("&<"), text.size());
+  tidied.reserve(longest);
+  const auto take = [&](std::size_t length) {
     tidied += text.substr(0, length);
     text.remove_prefix(length);
+  };
+  const auto takeSign = [&](std::string_view reference) {
+    tidied += reference;
+    text.remove_prefix(1);
+  };
+  while (!text.empty() && tidied.size() + text.size() <= longest) {
+    take(std::min(text.find_first_of("&<"), text.size()));
     if (text.starts_with('&')) {
-      tidied += BeginsReference(text) ? "&" : "&amp;";
-      text.remove_prefix(1);
-      continue;
+      takeSign(BeginsReference(text) ? "&" : "&amp;");
+    } else if (text.starts_with("<!--")) {
+      TakeBetween(text, "<!--", "-->");
+    } else if (text.starts_with("<![CDATA[")) {
+      tidied += XmlEscaped(TakeBetween(text, "<![CDATA[", "]]>"));
+    } else if (const auto length = TagLength(text)) {
+      if (!limits.Admit(text.substr(0, *length))) return std::nullopt;
+      take(*length);
+    } else if (!text.empty()) {
+      takeSign("&lt;");
     }
-    length = MarkupLength(text);
-    const bool isText = text.starts_with(kCdata);
-    if (!isText && !text.starts_with(kComment) && !limits.Admit(text.substr(0, length))) return std::nullopt;
-    if (!text.starts_with(kComment)) tidied += text.substr(0, length);
-    text.remove_prefix(length);
   }
-  return tidied;
+  return text.empty() && tidied.size() <= longest ? std::optional(std::move(tidied)) : std::nullopt;
 }
 
 }  // namespace

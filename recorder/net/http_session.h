@@ -10,8 +10,8 @@
 
 namespace recorder {
 
-/// Longest answer that a session takes, in bytes.
-inline constexpr std::size_t kMaxHttpAnswer = std::size_t{4} << 20;
+/// Longest answer that a session takes, in bytes: XML, of which a camera with hundreds of profiles sends less.
+inline constexpr std::size_t kMaxHttpAnswer = std::size_t{1} << 20;
 
 struct HttpAnswer {
   /// kOk: an answer came whole, whatever its status (OutcomeOfStatus tells more). kLoginRefused: the camera refused the

@@ -17,7 +17,7 @@ enum class Outcome {
   kNoVideo,           ///< no video, or not in the wanted codec or stream type
   kBusy,              ///< too many sessions, service unavailable
   kNotThisProtocol,   ///< what answers there speaks another protocol
-  kNotUnderstood,     ///< the answer makes no sense, ended early, or is no picture
+  kNotUnderstood,     ///< the answer makes no sense, ended early, is too long, or is no picture
 };
 
 /// A short phrase for log lines, such as "login refused".

@@ -75,6 +75,20 @@ void AskAboutChannel(Conversation& camera, StreamingChannel& channel) {
   }
 }
 
+Outcome AskDevice(Conversation& camera, CameraFacts& facts) {
+  const Reading device = camera.Get("/PSIA/System/deviceInfo", {"DeviceInfo"});
+  facts.device = ReadDevice(device.document.Root());
+  return device.outcome;
+}
+
+Outcome AskChannels(Conversation& camera, std::vector<StreamingChannel>& channels) {
+  const Reading list = camera.Get("/PSIA/Streaming/channels", {"StreamingChannelList"});
+  if (list.outcome != Outcome::kOk) return list.outcome;
+  channels = ReadChannels(list.document.Root());
+  PutDefaultFirst(channels);
+  return channels.empty() ? Outcome::kNoVideo : Outcome::kOk;
+}
+
 void AskAboutInputs(Conversation& camera, CameraFacts& facts) {
   const Reading inputs = camera.Get("/PSIA/System/IO/inputs", {"IOInputPortList"});
   if (inputs.outcome == Outcome::kOk) facts.digitalInputs = CountInputs(inputs.document.Root());
@@ -90,19 +104,14 @@ void AskAboutMotion(Conversation& camera, const std::vector<StreamingChannel>& c
 
 Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFacts& facts) {
   Conversation camera(address);
-  const Reading device = camera.Get("/PSIA/System/deviceInfo", {"DeviceInfo"});
-  if (device.outcome != Outcome::kOk) return device.outcome;
-  const Reading list = camera.Get("/PSIA/Streaming/channels", {"StreamingChannelList"});
-  if (list.outcome != Outcome::kOk) return list.outcome;
-  std::vector<StreamingChannel> channels = ReadChannels(list.document.Root());
-  if (channels.empty()) return Outcome::kNoVideo;
-  PutDefaultFirst(channels);
+  CameraFacts found;
+  if (const Outcome outcome = AskDevice(camera, found); outcome != Outcome::kOk) return outcome;
+  std::vector<StreamingChannel> channels;
+  if (const Outcome outcome = AskChannels(camera, channels); outcome != Outcome::kOk) return outcome;
   StreamingChannel& chosen = Choose(channels, channel);
   camera.HalveTime();  // all that follows may stay unanswered
   AskAboutChannel(camera, chosen);
 
-  CameraFacts found;
-  found.device = ReadDevice(device.document.Root());
   found.channel = chosen.id;
   found.audioChannels.emplace();
   for (const StreamingChannel& each : channels) {

@@ -167,6 +167,8 @@ TEST(AskedCameras, TroubleHasItsCode) {
       {"notHttp", R"({"onvif": {}, "fault": "notHttp"})", 468, 460},
       {"brokenXml", R"({"onvif": {"trouble": "brokenXml"}})", 468, 457},
       {"entities", R"({"onvif": {"trouble": "entities"}})", 468, 457},
+      {"ampersands", R"({"onvif": {"trouble": "ampersands"}})", 468, 457},
+      {"elements", R"({"onvif": {"trouble": "elements"}})", 0, 0},
       {"huge", R"({"onvif": {"trouble": "huge"}})", 468, 457},
       {"endless", R"({"onvif": {"trouble": "endless"}})", 468, 457},
       {"unknownLogin", R"({"onvif": {}, "login": "bearer"})", 468, 457},
