@@ -1,5 +1,8 @@
 #include "recorder/net/http_transfer.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -84,6 +87,7 @@ Outcome HttpTransfer::Perform(const OutgoingRequest& request, const std::string&
   Set(CURLOPT_HTTPHEADER, headers.get());
   const CURLcode code = curl_easy_perform(curl_.get());
   Set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+  Count();
   if (place_.isTls) ReportCertificate();
   return OutcomeOf(code);
 }
@@ -128,6 +132,8 @@ void HttpTransfer::SetConnecting() {
   Set(CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::OnOpenSocket);
   Set(CURLOPT_OPENSOCKETDATA, this);
   Set(CURLOPT_SOCKOPTFUNCTION, &HttpTransfer::OnSocketOpened);
+  Set(CURLOPT_CLOSESOCKETFUNCTION, &HttpTransfer::OnCloseSocket);
+  Set(CURLOPT_CLOSESOCKETDATA, this);
 }
 
 void HttpTransfer::SetCallbacks() {
@@ -135,6 +141,9 @@ void HttpTransfer::SetCallbacks() {
   Set(CURLOPT_HEADERDATA, this);
   Set(CURLOPT_WRITEFUNCTION, &HttpTransfer::OnBody);
   Set(CURLOPT_WRITEDATA, this);
+  Set(CURLOPT_XFERINFOFUNCTION, &HttpTransfer::OnProgress);
+  Set(CURLOPT_XFERINFODATA, this);
+  Set(CURLOPT_NOPROGRESS, 0L);
 }
 
 void HttpTransfer::SetTarget(const std::string& path) {
@@ -178,9 +187,31 @@ curl_socket_t HttpTransfer::OnOpenSocket(void* self, curlsocktype, curl_sockaddr
   auto& transfer = *static_cast<HttpTransfer*>(self);
   FileDescriptor connection;
   transfer.connected_ = ConnectTo(transfer.place_.host, transfer.place_.port, transfer.deadline_, connection);
-  return connection ? connection.Release() : CURL_SOCKET_BAD;  // libcurl closes it
+  if (!connection) return CURL_SOCKET_BAD;
+  transfer.counted_ = 0;
+  return transfer.connection_ = connection.Release();
 } catch (const std::bad_alloc&) {
   return CURL_SOCKET_BAD;
+}
+
+int HttpTransfer::OnCloseSocket(void* self, curl_socket_t connection) {
+  auto& transfer = *static_cast<HttpTransfer*>(self);
+  OnProgress(self, 0, 0, 0, 0);
+  if (transfer.connection_ == connection) transfer.connection_ = -1;
+  return close(connection);
+}
+
+int HttpTransfer::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) try {
+  return static_cast<HttpTransfer*>(self)->Count() ? 0 : 1;  // anything but 0 ends the transfer
+} catch (const std::bad_alloc&) {
+  return 1;
+}
+
+bool HttpTransfer::Count() {
+  if (connection_ < 0) return true;
+  const std::uint64_t received = std::max(BytesReceived(connection_), counted_);
+  const std::uint64_t fresh = received - std::exchange(counted_, received);
+  return RequestScope::Current().Spend(fresh, place_.host);
 }
 
 std::size_t HttpTransfer::OnHeader(const char* line, std::size_t, std::size_t length, void* self) try {

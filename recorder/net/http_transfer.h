@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,8 +48,9 @@ class HttpTransfer {
   HttpTransfer& operator=(const HttpTransfer&) = delete;
 
   /// Sends the request, with an Authorization header unless `authorization` is "". kOk: an answer came as far as the
-  /// reader wanted it, whatever its status. Ends at `deadline` at the latest. On a connection that was used before,
-  /// libcurl by itself sends a request again that the camera answered by closing.
+  /// reader wanted it, whatever its status. Ends at `deadline` at the latest. All that comes over the connection counts
+  /// for the RequestScope, chunk marks and TLS included: kNotUnderstood when that has enough. On a connection that was
+  /// used before, libcurl by itself sends a request again that the camera answered by closing.
   Outcome Perform(const OutgoingRequest& request, const std::string& authorization, Connection connection,
                   Clock::time_point deadline);
 
@@ -90,6 +92,11 @@ class HttpTransfer {
   // Called by libcurl, which neither looks names up nor connects.
   static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr*);
   static int OnSocketOpened(void*, curl_socket_t, curlsocktype) { return CURL_SOCKOPT_ALREADY_CONNECTED; }
+  static int OnCloseSocket(void* self, curl_socket_t connection);
+
+  // Called by libcurl whenever it has read, and now and then.
+  static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
+  bool Count();  // what came since the last time; false when the RequestScope has enough
 
   // Called by libcurl. They return the number of bytes taken; any other number ends the transfer.
   static std::size_t OnHeader(const char* line, std::size_t, std::size_t length, void* self);
@@ -99,7 +106,9 @@ class HttpTransfer {
 
   const HttpPlace& place_;
   AnswerReader& reader_;
-  UrlHandle url_;  // libcurl reads it during a request
+  int connection_ = -1;        // libcurl's, as long as it is open
+  std::uint64_t counted_ = 0;  // bytes that came over it and are counted
+  UrlHandle url_;              // libcurl reads it during a request
   CurlList connectTo_;
   CurlHandle curl_;
   Clock::time_point deadline_;

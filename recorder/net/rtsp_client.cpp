@@ -254,7 +254,8 @@ Outcome RtspClient::Fill(Clock::time_point until) {
   if (outcome != Outcome::kOk) return outcome;
   parser_.Filled(received);
   isClosed_ = received == 0;
-  return isClosed_ ? Outcome::kNotUnderstood : Outcome::kOk;
+  const bool isTaken = !isClosed_ && RequestScope::Current().Spend(received, address_.host);
+  return isTaken ? Outcome::kOk : Outcome::kNotUnderstood;
 }
 
 /// Takes up the challenge of the 401 that is the parser's message.

@@ -14,6 +14,7 @@
 #include <limits>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -100,6 +101,14 @@ Outcome ConnectToAddress(const addrinfo& address, Clock::time_point deadline, Fi
   return Outcome::kOk;
 }
 
+/// What the system tells of a connection, as far as the member of `size` bytes at `offset`.
+std::optional<tcp_info> InfoOf(int connection, std::size_t offset, std::size_t size) {
+  tcp_info info{};
+  socklen_t known = sizeof info;
+  const bool isKnown = getsockopt(connection, IPPROTO_TCP, TCP_INFO, &info, &known) == 0 && known >= offset + size;
+  return isKnown ? std::optional(info) : std::nullopt;
+}
+
 bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
 }  // namespace
@@ -120,6 +129,11 @@ Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline,
     if (tellsMore) failure = outcome;
   }
   return failure;
+}
+
+std::uint64_t BytesReceived(int connection) {
+  const auto info = InfoOf(connection, offsetof(tcp_info, tcpi_bytes_received), sizeof(tcp_info::tcpi_bytes_received));
+  return info ? info->tcpi_bytes_received : 0;
 }
 
 Outcome Socket::Connect(const std::string& host, int port, Clock::time_point deadline) {
@@ -157,11 +171,8 @@ Outcome Socket::Read(std::span<std::uint8_t> space, Clock::time_point deadline, 
 
 bool Socket::WasClosedUnread() const {
   if (hasFailed_) return false;
-  tcp_info info{};
-  socklen_t size = sizeof info;
-  const bool isKnown = getsockopt(descriptor_.Get(), IPPROTO_TCP, TCP_INFO, &info, &size) == 0 &&
-                       size >= offsetof(tcp_info, tcpi_bytes_acked) + sizeof info.tcpi_bytes_acked;
-  return isKnown && info.tcpi_bytes_acked < written_;
+  const auto info = InfoOf(descriptor_.Get(), offsetof(tcp_info, tcpi_bytes_acked), sizeof(tcp_info::tcpi_bytes_acked));
+  return info && info->tcpi_bytes_acked < written_;
 }
 
 }  // namespace recorder

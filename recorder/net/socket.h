@@ -18,6 +18,9 @@ namespace recorder {
 [[nodiscard]] Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline,
                                 FileDescriptor& connection);
 
+/// How many bytes have come over the TCP connection `connection`, whatever was read of them; 0 when that is not known.
+[[nodiscard]] std::uint64_t BytesReceived(int connection);
+
 /// One TCP connection to a camera. Never blocks past the deadline that a call is given, the name's lookup included, and
 /// is not inherited by child processes. Used by one thread at a time; closed by the destructor.
 class Socket {

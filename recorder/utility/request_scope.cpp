@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 
@@ -28,7 +29,8 @@ RequestScope& RequestScope::Current() {
   return scopeOfThread;
 }
 
-RequestScope::RequestScope(std::chrono::milliseconds limit) : limit_(limit), previous_(currentScope) {
+RequestScope::RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes)
+    : limit_(limit), bytesLeft_(bytes), previous_(currentScope) {
   currentScope = this;
 }
 
@@ -37,6 +39,14 @@ RequestScope::~RequestScope() { currentScope = previous_; }
 Clock::time_point RequestScope::Deadline() {
   if (!deadline_) deadline_ = Clock::now() + limit_;
   return *deadline_;
+}
+
+bool RequestScope::Spend(std::uint64_t bytes, const std::string& host) {
+  if (bytes > bytesLeft_ && !std::exchange(isSpent_, true)) {
+    LogFailure("Camera " + host + ": more came than cameras may send to one request; nothing more is read.");
+  }
+  bytesLeft_ -= std::min(bytes, bytesLeft_);
+  return !isSpent_;
 }
 
 std::string RequestScope::Lend(LentPassword password) {
@@ -72,6 +82,7 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
     const LentPassword* lent = FindLent(password);
     if (lent == nullptr || !lent->IsFor(host, port, user)) return Outcome::kLoginRefused;
   }
+  if (isSpent_) return Outcome::kNotUnderstood;
   const auto failure = failures_.find({NormalizedHost(host), user});
   if (failure != failures_.end()) return failure->second;
   if (deadline_ && Clock::now() >= *deadline_) return Outcome::kTimedOut;

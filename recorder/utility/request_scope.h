@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
@@ -20,13 +21,18 @@ struct CameraLimits {
   std::chrono::milliseconds picture{15'000};  ///< a picture
 };
 
+/// What all cameras together may send to one request, or to one thread of a list, in bytes. A picture has at most 32
+/// MiB, and a stream of 50 Mbit/s brings 90 MiB in the 15 s until a picture must be there.
+inline constexpr std::uint64_t kCameraBytes = std::uint64_t{128} << 20;
+
 /// Sets the limits of this process. Call once, before the first request.
 void SetCameraLimits(const CameraLimits& limits);
 const CameraLimits& GetCameraLimits();
 
-/// What one request knows about the cameras that it contacts: the deadline that its contacts share, the failures that
-/// later calls get again without another contact (so that one wrong password is one login attempt), which hosts asked
-/// for Digest, and the stored passwords that are lent to it. `net/` asks it before every connection and every login.
+/// What one request knows about the cameras that it contacts: the deadline and the bytes that its contacts share, the
+/// failures that later calls get again without another contact (so that one wrong password is one login attempt), which
+/// hosts asked for Digest, and the stored passwords that are lent to it. `net/` asks it before every connection and
+/// every login.
 ///
 /// A lent password travels as a token: a random text that stands for it in this scope and is worth nothing elsewhere.
 ///
@@ -40,14 +46,19 @@ class RequestScope {
   /// The calling thread's scope.
   static RequestScope& Current();
 
-  /// Opens a scope for the calling thread with `limit` for its camera work; the destructor restores the one before.
-  explicit RequestScope(std::chrono::milliseconds limit);
+  /// Opens a scope for the calling thread with `limit` for its camera work, in which cameras may send `bytes`; the
+  /// destructor restores the one before.
+  explicit RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes = kCameraBytes);
   ~RequestScope();
   RequestScope(const RequestScope&) = delete;
   RequestScope& operator=(const RequestScope&) = delete;
 
   /// When camera work must end. The first call starts the clock.
   Clock::time_point Deadline();
+
+  /// Counts `bytes` that `host` has sent. False when all is spent: the caller then ends with kNotUnderstood. That is
+  /// logged once.
+  bool Spend(std::uint64_t bytes, const std::string& host);
 
   /// Takes a lent password up and returns the token for it.
   std::string Lend(LentPassword password);
@@ -64,9 +75,9 @@ class RequestScope {
   bool KnowsDigest(const std::string& host) const;
 
   /// Asked before contacting `host`: the failure to report without a contact, if there is one. That is a spent
-  /// deadline, an earlier refused login of `user` or time-out at this host, or a token of a password that is not lent
-  /// for this (a refused login). Host names and addresses are compared as text, without regard to letter case, brackets
-  /// or a final dot.
+  /// deadline, spent bytes (not understood), an earlier refused login of `user` or time-out at this host, or a token of
+  /// a password that is not lent for this (a refused login). Host names and addresses are compared as text, without
+  /// regard to letter case, brackets or a final dot.
   std::optional<Outcome> Refusal(const std::string& host, int port, const std::string& user,
                                  const std::string& password) const;
 
@@ -80,6 +91,8 @@ class RequestScope {
  private:
   std::chrono::milliseconds limit_;
   std::optional<Clock::time_point> deadline_;
+  std::uint64_t bytesLeft_;
+  bool isSpent_ = false;                      // more came than there was left
   std::map<std::string, LentPassword> lent_;  // by token
   std::set<std::string> digestHosts_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
