@@ -13,7 +13,7 @@ constexpr std::chrono::minutes kPairUse{1};  // the recorder takes a pair for fi
 
 TrustedClient::TrustedClient(const end_to_end::TestRecorder& recorder, const std::string& name)
     : recorder_(recorder), name_(name) {
-  if (recorder_.Control({"trust", "add", name_}).status != 0) throw std::runtime_error("cannot add client " + name_);
+  recorder_.Trust({name_});
   RenewPair();
 }
 

@@ -15,6 +15,8 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
+constexpr auto kDatabaseFile = "recorder.db";
+constexpr auto kKeyFile = "secret.key";
 constexpr int kBusyTimeoutMs = 5000;
 constexpr std::size_t kLongestText = 1024;  // bytes
 
@@ -106,8 +108,8 @@ std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::
 
 struct Records::Impl {
   explicit Impl(const fs::path& stateFolder)
-      : file(stateFolder / "recorder.db"),
-        keyFile(stateFolder / "secret.key"),
+      : file(stateFolder / kDatabaseFile),
+        keyFile(stateFolder / kKeyFile),
         fileStamp(StampOf(file)),
         keyStamp(StampOf(keyFile)),
         key(LoadOrMakeKey(keyFile)),
@@ -171,6 +173,11 @@ Records::Records(const fs::path& stateFolder) {
 }
 
 Records::~Records() = default;
+
+bool Records::AreThere(const fs::path& stateFolder) {
+  std::error_code ignored;
+  return fs::exists(stateFolder / kDatabaseFile, ignored) && fs::exists(stateFolder / kKeyFile, ignored);
+}
 
 bool Records::IsCurrent() const {
   const FileStamp now = StampOf(impl_->file);  // its content may change
@@ -298,6 +305,11 @@ bool Records::RemoveKey(TrustKind kind, const std::string& name) {
     SQLite::bind(remove, static_cast<int>(kind), name);
     return remove.exec() == 1;
   });
+}
+
+bool Records::HasKeys() const {
+  return impl_->Guarded(
+      [&] { return impl_->database.execAndGet("SELECT EXISTS (SELECT 1 FROM trustedKeys)").getInt() != 0; });
 }
 
 std::vector<TrustedKey> Records::ListKeys(TrustKind kind) const {

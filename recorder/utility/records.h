@@ -69,6 +69,9 @@ class RecordsError : public std::runtime_error {
 ///          refused and left untouched.
 class Records {
  public:
+  /// True when nothing is missing of the records in `stateFolder`. Any thread.
+  static bool AreThere(const std::filesystem::path& stateFolder);
+
   /// Opens the records in `stateFolder` and makes what is missing.
   explicit Records(const std::filesystem::path& stateFolder);
   ~Records();
@@ -102,6 +105,8 @@ class Records {
   bool AddKey(TrustKind kind, const std::string& name, const SecretKey& key);
   /// False when there is no such name.
   bool RemoveKey(TrustKind kind, const std::string& name);
+  /// True when there is a key of any kind.
+  bool HasKeys() const;
   /// All keys by name.
   std::vector<TrustedKey> ListKeys(TrustKind kind) const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"

@@ -22,12 +22,6 @@ std::array<unsigned char, kCodeSize> CodeOf(const std::string& timestamp, const 
   return code;
 }
 
-/// True when the text is a decimal number of seconds near `seconds`.
-bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
-  const auto made = ParseNumber<std::int64_t>(timestamp);
-  return made && *made >= seconds - kPairLifetime.count() && *made <= seconds + kPairSkew.count();
-}
-
 /// The keys as they are stored now, over a connection that is kept: to open one takes longer than all else that a
 /// trusted request costs.
 class KeyReader {
@@ -65,6 +59,11 @@ std::int64_t SecondsNow() { return std::time(nullptr); }
 TrustPair MakePair(const SecretKey& key, std::int64_t seconds) {
   const std::string timestamp = std::to_string(seconds);
   return {HexText(CodeOf(timestamp, key)), timestamp};
+}
+
+bool IsTimely(const std::string& timestamp, std::int64_t seconds) {
+  const auto made = ParseNumber<std::int64_t>(timestamp);
+  return made && *made >= seconds - kPairLifetime.count() && *made <= seconds + kPairSkew.count();
 }
 
 bool IsPairValid(const TrustPair& pair, const std::vector<TrustedKey>& keys, std::int64_t seconds) {

@@ -25,6 +25,9 @@ std::int64_t SecondsNow();
 /// The pair for `key` at `seconds`.
 TrustPair MakePair(const SecretKey& key, std::int64_t seconds = SecondsNow());
 
+/// True when `timestamp` is a time that a pair valid at `seconds` may have.
+bool IsTimely(const std::string& timestamp, std::int64_t seconds = SecondsNow());
+
 /// True when `pair` was made with one of `keys` and is valid at `seconds`. The time it takes tells nothing about which
 /// key or digit was wrong.
 bool IsPairValid(const TrustPair& pair, const std::vector<TrustedKey>& keys, std::int64_t seconds = SecondsNow());

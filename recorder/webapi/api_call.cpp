@@ -1,6 +1,9 @@
 #include "recorder/webapi/api_call.h"
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
+#include <utility>
 
 #include "recorder/utility/request_scope.h"
 #include "recorder/webapi/output_capture.h"
@@ -56,6 +59,7 @@ namespace {
 
 /// Methods by what the recorder must know of them; all others contact cameras for as long as a test may take.
 constexpr std::string_view kListMethods[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
+constexpr std::string_view kLargeMethods[] = {"CamBatAddVerify"};
 constexpr std::string_view kPictureMethod = "GetSnapshot";
 
 std::chrono::milliseconds LimitOf(std::string_view method) {
@@ -66,6 +70,19 @@ std::chrono::milliseconds LimitOf(std::string_view method) {
 }  // namespace
 
 std::span<const std::string_view> ListMethods() { return kListMethods; }
+
+std::span<const std::string_view> LargeMethods() { return kLargeMethods; }
+
+bool IsLarge(std::string_view method) {
+  return std::find(std::begin(kLargeMethods), std::end(kLargeMethods), method) != std::end(kLargeMethods);
+}
+
+ApiAnswer NotAdmitted() {
+  constexpr int kNoPermission = 105;
+  NORV::APIResponse::Impl state;
+  NORV::APIResponse(&state).SetError(kNoPermission, Json::Value());
+  return {.kind = ApiAnswer::Kind::kJson, .json = std::move(state.answer), .raw = {}, .parameter = {}, .reason = {}};
+}
 
 ApiAnswer RunCall(const ApiCall& call) {
   NORV::APIRequest::Impl requestState{call, {}};

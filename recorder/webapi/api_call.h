@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <cstddef>
 #include <map>
 #include <span>
 #include <string>
@@ -43,5 +44,17 @@ ApiAnswer RunCall(const ApiCall& call);
 
 /// The methods that touch no camera.
 std::span<const std::string_view> ListMethods();
+
+/// The methods that take a list of cameras, and so a larger body than all others.
+std::span<const std::string_view> LargeMethods();
+bool IsLarge(std::string_view method);
+
+/// Largest request body of a method, in bytes: the web server and the workers hold to it.
+inline constexpr std::size_t kLargestBody = std::size_t{64} << 10;
+inline constexpr std::size_t kLargestListBody = std::size_t{1} << 20;  ///< of LargeMethods()
+inline constexpr char kBodyTooLarge[] = "the body is larger than 64 KiB, or 1 MiB for a list of cameras";
+
+/// What the module answers whom it does not admit.
+ApiAnswer NotAdmitted();
 
 }  // namespace recorder

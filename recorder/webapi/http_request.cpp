@@ -8,6 +8,7 @@
 #include "recorder/net/text.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
+#include "recorder/utility/trust.h"
 
 namespace recorder {
 
@@ -101,6 +102,10 @@ bool MayBeGet(const HttpRequest& request, const ModuleMethod& method) {
   return request.path.starts_with(kUserPrefix) && std::find(lists.begin(), lists.end(), method.name) != lists.end();
 }
 
+std::size_t LargestBody(std::string_view path) {
+  return IsLarge(path.substr(path.rfind('/') + 1)) ? kLargestListBody : kLargestBody;
+}
+
 Json::Value ReadParameters(const HttpRequest& request, const ModuleMethod& method) {
   if (MayBeGet(request, method)) {
     if (request.method == "GET") return ParseForm(request.query);
@@ -150,10 +155,14 @@ HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& varia
   if (length.empty()) return request;
   const auto size = ParseNumber<std::int64_t>(length);
   if (!size || *size < 0) throw HttpError(400, "the Content-Length is not a number");
-  if (*size > static_cast<std::int64_t>(kLargestBody)) throw HttpError(413, "the body is larger than 1 MiB");
+  if (*size > static_cast<std::int64_t>(LargestBody(request.path))) throw HttpError(413, kBodyTooLarge);
   request.body = readBody(static_cast<std::size_t>(*size));
   if (request.body.size() != static_cast<std::size_t>(*size)) throw HttpError(400, "the body ended early");
   return request;
+}
+
+bool IsUntimely(const HttpRequest& request) {
+  return request.path.starts_with(kTrustedPrefix) && !IsTimely(ParseCookies(request.cookies)["timestamp"]);
 }
 
 ApiCall ToApiCall(const HttpRequest& request, const ModuleLibrary& module, const std::vector<std::string>& hostNames) {

@@ -40,13 +40,13 @@ struct HttpRequest {
   std::string remoteUser;  ///< the user that the server has authenticated, or ""
 };
 
-/// Largest request body, in bytes.
-inline constexpr std::size_t kLargestBody = std::size_t{1} << 20U;
-
 /// Reads a request from CGI variables; `variable` gives one, or null. `readBody` reads exactly that many bytes of the
 /// body. Throws HttpError.
 HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& variable,
                             const std::function<std::string(std::size_t)>& readBody);
+
+/// True for a request below /trusted/ whose pair is none by its time alone: nobody needs to look at the rest of it.
+bool IsUntimely(const HttpRequest& request);
 
 /// The call that an address `/api/<API name>/<version>/<method>` asks for, or `/trusted/...` for callers without a
 /// login, whom the module itself admits. POST carries a JSON object or a form; GET, below /api/ and for methods that

@@ -36,6 +36,7 @@ std::string Answer(const std::function<const char*(const char*)>& variable,
   try {
     LearnOwnPort(variable("SERVER_PORT"));
     const HttpRequest request = ReadHttpRequest(variable, readBody);
+    if (IsUntimely(request)) return ToCgi(NotAdmitted());
     return ToCgi(RunCall(ToApiCall(request, host.module, host.config.hostNames)));
   } catch (const HttpError& error) {
     return ToCgi(error);

@@ -25,6 +25,7 @@
 #include "recorder/webapi/api_call.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/child_process.h"
+#include "recorder/webapi/ctl/trusted_route.h"
 #include "recorder/webapi/ctl/users.h"
 #include "recorder/webapi/ctl/worker_pool.h"
 #include "recorder/webapi/host.h"
@@ -35,6 +36,7 @@ namespace {
 
 using std::filesystem::path;
 
+constexpr std::size_t kKiB = 1024;  // the server's limits of size are numbers of them
 constexpr int kFreePortTries = 5;
 constexpr std::chrono::seconds kStartLimit{15};
 
@@ -114,15 +116,15 @@ class RunFolder {
 constexpr std::pair<int, const char*> kServerErrors[] = {
     {400, "the request is malformed"},
     {401, "log in as a user of this recorder"},
-    {403, "this address is not served"},
+    {403, "this address is not served, or the cookie \"timestamp\" of a trusted recorder is missing"},
     {404, "no such address"},
     {411, "the length of the body is missing"},
-    {413, "the body is larger than 1 MiB"},
+    {413, kBodyTooLarge},
     {431, "the address and the headers are longer than 8 KiB"},
     {500, "the worker that had this request ended; its log says why"},
     {501, "this server knows neither such a method nor such an encoding of a body"},
     {503, "all workers are busy or ended; try again"},
-    {505, "this server speaks HTTP/1.0, 1.1 and 2"},
+    {505, "this server speaks HTTP/1.0 and 1.1"},
 };
 
 void WriteServerErrors(const RunFolder& run) {
@@ -135,24 +137,27 @@ void WriteServerErrors(const RunFolder& run) {
   }
 }
 
-/// Configuration of lighttpd: it brings logins and limits. Bodies a little too large are let through to the workers,
-/// which refuse them at less cost than a closed connection. Large ones, which may hold passwords, wait in the server's
-/// own folder. The type of its error files comes from their name, which always ends in ".html". It does not tell its name
-/// and version, and what a page's folder holds for its developers stays there.
-/// API_ADDRESSES are those that the workers answer.
-constexpr char kServerConfiguration[] = R"(
+/// Configuration of lighttpd: it brings logins and limits. A body over its address's limit is refused when its length
+/// is known. Others, which may hold passwords, wait in the server's own folder, at most one a connection: HTTP/2 would
+/// have several. The type of its error files comes from their name, which always ends in ".html". It does not tell its
+/// name and version, and what a page's folder holds for its developers stays there.
+/// API_ADDRESSES are those that the workers answer. Below /trusted/ they do as long as TrustedRoute has its link, and
+/// for whoever sends the open half of a pair; for all others the server refuses to follow a link.
+constexpr char kServerConfiguration[] = R"text(
 server.bind = "127.0.0.1"
 server.port = var.port
 server.pid-file = var.run + "/lighttpd.pid"
 server.document-root = var.run + "/www"
 server.modules = ( "mod_setenv", "mod_auth", "mod_authn_file", "mod_fastcgi" )
+server.feature-flags = ( "server.h2proto" => "disable", "server.h2c" => "disable" )
+server.stat-cache-engine = "disable"
 server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"
 server.range-requests = "disable"
 server.tag = ""
 static-file.exclude-extensions = ( ".md", "tsconfig.json" )
 mimetype.assign = ( ".html" => "application/json" )
-server.max-request-size = 4096
+server.max-request-size = LARGEST_BODY
 server.max-read-idle = 10
 server.max-connections = 256
 auth.backend = "htpasswd"
@@ -161,14 +166,25 @@ auth.require = ( "/api/" => ( "method" => "basic", "realm" => "recorder", "requi
 setenv.set-response-header = ( "Cache-Control" => "no-store", "X-Content-Type-Options" => "nosniff",
   "Referrer-Policy" => "no-referrer", "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'" )
 $HTTP["url"] =~ "API_ADDRESSES" {
-  fastcgi.server = ( "/" => ( (
-    "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
+  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
 }
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
-  fastcgi.server = ( "/" => ( (
-    "socket" => var.run + "/lists.sock", "check-local" => "disable" ) ) )
+  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/lists.sock", "check-local" => "disable" ) ) )
 }
-)";
+$HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
+  server.max-request-size = LARGEST_LIST
+}
+$HTTP["url"] =~ "^/trusted(/|$)" {
+  server.document-root = var.run + "/route"
+  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/cameras.sock", "check-local" => "enable" ) ) )
+}
+$HTTP["url"] =~ "^/trusted/[^/]+/[^/]+/(LIST_METHODS)$" {
+  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/lists.sock", "check-local" => "enable" ) ) )
+}
+$HTTP["cookie"] !~ "(^|;) *timestamp=[0-9]+ *(;|$)" {
+  $HTTP["url"] =~ "^/trusted(/|$)" { server.follow-symlink = "disable" }
+}
+)text";
 
 /// What the page may do in a browser: run its own scripts, ask this server, show pictures that it made itself, and
 /// nothing else (Content Security Policy Level 3, Trusted Types). Its files may be kept if they are asked for anew.
@@ -201,15 +217,22 @@ void Replace(std::string& text, std::string_view place, std::string_view by) {
     text.replace(at, place.size(), by);
 }
 
+/// For a regular expression.
+std::string Alternatives(std::span<const std::string_view> words) {
+  std::string text;
+  for (const std::string_view word : words) text += (text.empty() ? "" : "|") + std::string(word);
+  return text;
+}
+
 std::string ServerConfiguration(const RunFolder& run, int port, const ServeOptions& options) {
-  std::string listMethods;
-  for (const std::string_view method : ListMethods())
-    listMethods += (listMethods.empty() ? "" : "|") + std::string(method);
   std::string text = kServerConfiguration;
   const bool hasPage = !GetConfig().pageFolder.empty();
   if (hasPage) text += kPageConfiguration;
   if (options.HasTls()) text += kTlsConfiguration;
-  Replace(text, "LIST_METHODS", listMethods);
+  Replace(text, "LIST_METHODS", Alternatives(ListMethods()));
+  Replace(text, "LARGE_METHODS", Alternatives(LargeMethods()));
+  Replace(text, "LARGEST_BODY", std::to_string(kLargestBody / kKiB));
+  Replace(text, "LARGEST_LIST", std::to_string(kLargestListBody / kKiB));
   Replace(text, "API_ADDRESSES", hasPage ? "^/(api|trusted)(/|$)" : "^/");
   return "var.run = \"" + (run / "").parent_path().string() + "\"\nvar.port = " + std::to_string(port) + text;
 }
@@ -272,6 +295,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
     std::filesystem::create_symlink(std::filesystem::absolute(key), run / "key");
   }
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
+  TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WorkerPool cameraWorkers(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers);
   WorkerPool listWorkers(run / "lists.sock", WorkerProgram(options), options.listWorkers);
 
@@ -284,6 +308,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
     if (server.HasEnded()) throw std::runtime_error("the web server has ended");
     cameraWorkers.Replenish();
     listWorkers.Replenish();
+    trustedRoute.Update();
   }
 }
 

@@ -209,6 +209,17 @@ Finished TestRecorder::Control(const std::vector<std::string>& arguments, const 
   return Run("recorderctl", all, input);
 }
 
+std::string TestRecorder::Trust(std::vector<std::string> arguments) const {
+  arguments.insert(arguments.begin(), {"trust", "add"});
+  const Finished added = Control(arguments);
+  if (added.status != 0) throw std::runtime_error(added.output);
+  const auto isThere = [&] {
+    return Send("POST", "/trusted/NORV.Vistrel.CameraCap/1/CamCap", {{"Cookie", "timestamp=0"}}, "{}").status != 404;
+  };
+  for (int tries = 0; tries < 1000 && !isThere(); ++tries) usleep(10'000);
+  return added.output;
+}
+
 int TestRecorder::AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
                             const std::string& password, const std::string& channel, const std::string& path) const {
   const Finished added =

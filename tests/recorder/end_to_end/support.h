@@ -112,6 +112,9 @@ class TestRecorder {
 
   /// recorderctl with this recorder's configuration.
   Finished Control(const std::vector<std::string>& arguments, const std::string& input = {}) const;
+  /// Runs "recorderctl trust add" with these arguments, waits until the web server takes requests of trusted recorders,
+  /// and returns what was printed.
+  std::string Trust(std::vector<std::string> arguments) const;
   /// Stores a camera at 127.0.0.1 and returns its id.
   int AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
                 const std::string& password, const std::string& channel = "1", const std::string& path = "") const;

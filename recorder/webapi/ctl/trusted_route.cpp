@@ -1,0 +1,47 @@
+#include "recorder/webapi/ctl/trusted_route.h"
+
+#include <exception>
+#include <utility>
+
+#include "recorder/utility/files.h"
+#include "recorder/utility/log.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr auto kTarget = "empty";  // the server wants a file behind the link
+
+}  // namespace
+
+TrustedRoute::TrustedRoute(const std::filesystem::path& folder, std::filesystem::path stateFolder)
+    : link_(folder / "trusted"), stateFolder_(std::move(stateFolder)) {
+  std::filesystem::create_directory(folder);
+  ReplaceFile(folder / kTarget, "");
+  Update();
+}
+
+void TrustedRoute::Update() {
+  const bool isTrusted = IsAnybodyTrusted();
+  if (isTrusted == isOpen_) return;
+  if (isTrusted) {
+    std::filesystem::create_symlink(kTarget, link_);
+  } else {
+    std::filesystem::remove(link_);
+  }
+  isOpen_ = isTrusted;
+}
+
+bool TrustedRoute::IsAnybodyTrusted() {
+  try {
+    if (records_ && !records_->IsCurrent()) records_.reset();
+    if (!records_ && Records::AreThere(stateFolder_)) records_.emplace(stateFolder_);  // this is no place to make them
+    return records_ && records_->HasKeys();
+  } catch (const std::exception& error) {
+    records_.reset();
+    if (failure_ != error.what()) LogFailure(failure_ = error.what());
+    return false;
+  }
+}
+
+}  // namespace recorder
