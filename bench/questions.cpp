@@ -20,16 +20,19 @@ constexpr std::pair<const char*, int> kFaults[] = {
 };
 constexpr char kSilent[] = "silentAfterConnect";
 constexpr int kSilentCode = 463;
+/// Troubles of cameras that are asked, and the code of a test: small elements are no harm but their number.
+constexpr std::pair<const char*, int> kHostile[] = {{"ampersands", 468}, {"elements", 0}};
 constexpr int kLoginRefused = 464;
 constexpr int kAskNow = 1;  // values of "camCapCmd"
 constexpr int kTakeKept = 2;
 constexpr std::size_t kShownOfAnAnswer = 200;  // bytes
-constexpr int kSilentRows = 10;                // as many as a worker tests side by side
+constexpr int kAtOnce = 10;                    // cameras that a worker tests side by side
 
 std::string ModelName(int caller) { return "C" + std::to_string(caller); }
 std::string CameraName(int caller) { return "camera " + std::to_string(caller); }
 int Width(int caller) { return 160 + 16 * caller; }
 int Height(int caller) { return 128 + 16 * (caller % 4); }
+std::string HostileName(const std::string& trouble, int number) { return trouble + " " + std::to_string(number); }
 std::string PictureSize(int caller) { return std::to_string(Width(caller)) + "x" + std::to_string(Height(caller)); }
 
 /// Width and height from the frame header of a whole JPEG (ITU-T T.81 B.2.2); "" for anything else.
@@ -86,6 +89,11 @@ Json::Value CameraConfigs(int callers) {
   }
   for (const auto& [fault, code] : kFaults) configs.append(end_to_end::Faulty(fault, fault));
   configs.append(end_to_end::Faulty(kSilent, kSilent));
+  for (const auto& [trouble, code] : kHostile) {
+    Json::Value camera;
+    camera["onvif"]["trouble"] = trouble;
+    for (int i = 0; i < kAtOnce; ++i) configs.append(end_to_end::Camera(HostileName(trouble, i), camera));
+  }
   return configs;
 }
 
@@ -163,7 +171,17 @@ Question Questioner::Camera() {
 }
 
 Question Questioner::SilentBatch() {
-  return Batch(std::vector<Target>(kSilentRows, {site_.cameras.Port(kSilent), "", kSilentCode}));
+  return Batch(std::vector<Target>(kAtOnce, {site_.cameras.Port(kSilent), "", kSilentCode}));
+}
+
+Question Questioner::HostileBatch() {
+  const auto& [trouble, code] = kHostile[hostileLists_++ % std::size(kHostile)];
+  std::vector<Target> targets;
+  targets.reserve(kAtOnce);
+  for (int i = 0; i < kAtOnce; ++i) {
+    targets.push_back({site_.cameras.Port(HostileName(trouble, i)), end_to_end::kSecret, code});
+  }
+  return Batch(targets, "ONVIF Generic");
 }
 
 Questioner::Target Questioner::AnyTarget() {
@@ -229,11 +247,15 @@ Question Questioner::Test() {
 }
 
 Question Questioner::Batch(const std::vector<Target>& targets) {
+  return Batch(targets, std::string(kVendor) + " " + model_);
+}
+
+Question Questioner::Batch(const std::vector<Target>& targets, const std::string& cameraModel) {
   Json::Value rows(Json::arrayValue);
   std::vector<int> codes;
   for (const Target& target : targets) {
     const std::string id = std::to_string(number_) + "-" + std::to_string(++rows_);
-    rows.append(end_to_end::BatchRow(id, target.port, target.password, model_))["vendor"] = kVendor;
+    rows.append(end_to_end::BatchRow(id, target.port, target.password, cameraModel));
     codes.push_back(target.code);
   }
   return Post("CamBatAddVerify", end_to_end::Batch(rows), [rows, codes](const Json::Value& answer) -> std::string {

@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -48,6 +49,8 @@ class Questioner {
   Question Camera();
   /// A list of cameras that never answer.
   Question SilentBatch();
+  /// A list of ONVIF cameras whose answers only cost memory and time, of each kind in turn.
+  Question HostileBatch();
   /// What this caller's camera says over ONVIF, asked now, which writes its capability file.
   Question AskOnvif();
   /// The same as it was kept; AskOnvif() must have been answered before.
@@ -74,6 +77,8 @@ class Questioner {
   Question Onvif(int command);
   Question Test();
   Question Batch(const std::vector<Target>& targets);
+  /// `cameraModel`: vendor and model with a blank between.
+  Question Batch(const std::vector<Target>& targets, const std::string& cameraModel);
   Question Remote();
   Question Size();
   Question Picture();
@@ -86,6 +91,7 @@ class Questioner {
   const std::string size_;   ///< of the own camera's picture, as "320x240"
   std::mt19937 random_;
   long rows_ = 0;  ///< of all lists so far
+  std::size_t hostileLists_ = 0;
 };
 
 }  // namespace bench

@@ -1,8 +1,10 @@
-// bench_soak: a recorder with four times as many callers as workers, with silent cameras, and with rude clients.
+// bench_soak: a recorder with four times as many callers as workers, with silent and hostile cameras, and with rude
+// clients.
 
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <functional>
@@ -33,9 +35,13 @@ constexpr int kCameraWorkers = 4;
 constexpr int kListWorkers = 2;  // the server's default
 constexpr int kCallers = 4 * (kCameraWorkers + kListWorkers);
 constexpr long kWarmUpRequests = 1000;
+constexpr long kKiBInMiB = 1024;
 constexpr double kMostGrowth = 0.05;
 constexpr double kMostSlowdown = 2;
 constexpr int kSilentCallers = 2 * kCameraWorkers;
+constexpr int kLeastHostileLists = 6;
+constexpr long kMostPeakMiB = 200;  // of a worker
+constexpr long kMostKeptMiB = 20;   // more than before
 constexpr int kDrippingClients = 20;
 constexpr int kIdleClients = 400;
 constexpr int kMostConnections = 256;  // the server's limits
@@ -74,6 +80,7 @@ class Soak {
   int Run() {
     Load();
     SilentCameras();
+    HostileCameras();
     Drip();
     Idle();
     return report_.ExitStatus();
@@ -194,6 +201,25 @@ class Soak {
                                            Sources(&Questioner::SilentBatch, kListWorkers, kSilentCallers));
         },
         [&](Callers& callers) { PromiseAllAnswered("silent cameras", callers.Stop()); });
+  }
+
+  void HostileCameras() {
+    report_.Heading("Hostile cameras: a caller with lists of ten that answer 4.1 million '&' or 24,000 elements");
+    const auto before = WorkerHoldings();
+    const Callers::Source ask = [&] {
+      recorder_.ForgetCameras();  // what is known of a camera is not asked again
+      return questioners_.front().HostileBatch();
+    };
+    PromiseAllAnswered("hostile cameras",
+                       Callers(recorder_.Port(), {ask}, std::max(kLeastHostileLists, options_.seconds / 5)).Wait());
+    for (const auto& [id, after] : WorkerHoldings()) {
+      const std::string name = "worker " + std::to_string(id) + ": ";
+      const long peak = PeakKiB(id) / kKiBInMiB;
+      report_.Promise(peak <= kMostPeakMiB, name + "at most " + std::to_string(peak) + " MiB at any time");
+      const auto former = before.find(id);
+      const long kept = former == before.end() ? 0 : (after.kiB - former->second.kiB) / kKiBInMiB;
+      report_.Promise(kept <= kMostKeptMiB, name + std::to_string(kept) + " MiB more than before");
+    }
   }
 
   void Drip() {

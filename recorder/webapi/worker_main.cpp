@@ -4,6 +4,7 @@
 #define NO_FCGI_DEFINES
 #include <fcgiapp.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,13 +32,23 @@ void LearnOwnPort(const char* port) {
   if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
 }
 
+/// Gives what is free back to the system, if it is much: cameras of a list have sent much. One picture's memory stays
+/// for the next one.
+void GiveMemoryBack() {
+  constexpr std::size_t kMuch = std::size_t{16} << 20;
+  if (mallinfo2().fordblks > kMuch) malloc_trim(0);
+}
+
 std::string Answer(const std::function<const char*(const char*)>& variable,
                    const std::function<std::string(std::size_t)>& readBody, const Host& host) {
   try {
     LearnOwnPort(variable("SERVER_PORT"));
     const HttpRequest request = ReadHttpRequest(variable, readBody);
     if (IsUntimely(request)) return ToCgi(NotAdmitted());
-    return ToCgi(RunCall(ToApiCall(request, host.module, host.config.hostNames)));
+    const ApiCall call = ToApiCall(request, host.module, host.config.hostNames);
+    const ApiAnswer answer = RunCall(call);
+    if (IsLarge(call.method->name)) GiveMemoryBack();
+    return ToCgi(answer);
   } catch (const HttpError& error) {
     return ToCgi(error);
   } catch (const std::exception& error) {
@@ -45,6 +56,9 @@ std::string Answer(const std::function<const char*(const char*)>& variable,
     return ToCgi(HttpError(500, "the recorder failed; its log says why"));
   }
 }
+
+/// Of a heap of its own, which each thread of a list would have, GiveMemoryBack does not reach the end.
+void ShareOneHeap() { mallopt(M_ARENA_MAX, 1); }
 
 void ServeFastCgi(const Host& host) {
   FCGX_Request request;
@@ -90,6 +104,7 @@ void OpenStandardDescriptors() {
 int main(int argc, char** argv) {
   using namespace recorder;
   OpenStandardDescriptors();
+  ShareOneHeap();
   CLI::App app("Serves web-API calls behind a web server, as a FastCGI responder or a CGI program.", "recorder-webapi");
   std::string configFile;
   app.add_option("--config", configFile,
