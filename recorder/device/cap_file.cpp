@@ -24,7 +24,9 @@ constexpr std::pair<Outcome, CAMCAP_FILE_RESULT> kFileResults[] = {
     {Outcome::kNotThisProtocol, CAMCAP_FILE_NO_SERVICE},
 };
 
-CameraAddress AddressOf(const CamProfile& profile) { return {profile.ip, profile.port, profile.user, profile.pass}; }
+CameraAddress CameraAddressOf(const CamProfile& profile) {
+  return {profile.ip, profile.port, profile.user, profile.pass};
+}
 
 Outcome AskForStream(const CamProfile& profile, const Model& model, Device& device) {
   std::string path;
@@ -39,7 +41,7 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, Device& devi
 /// Asks the camera as a camera test does, for the stream that the model sends unless told otherwise.
 Outcome TestCamera(const CamProfile& profile, const Model& model) {
   const std::unique_ptr<Device> device =
-      MakeDevice(profile.vendor, profile.model, {AddressOf(profile), profile.channel, ""});
+      MakeDevice(profile.vendor, profile.model, {CameraAddressOf(profile), profile.channel, ""});
   if (!device || device->NeedsSourcePath()) return Outcome::kNotUnderstood;
   return device->HasStreamPath() ? AskForStream(profile, model, *device)
                                  : static_cast<Outcome>(device->VerifyConnection());
@@ -52,7 +54,7 @@ struct FileAnswer {
 };
 
 FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
-  KnownCamera camera = LearnCamera(profile.vendor, AddressOf(profile), profile.channel, freshness);
+  KnownCamera camera = LearnCamera(profile.vendor, CameraAddressOf(profile), profile.channel, freshness);
   return {camera.outcome, std::move(camera.file)};
 }
 
@@ -77,7 +79,7 @@ std::optional<FileAnswer> AskForFile(const CamProfile& profile, __tag_REMOTE_CAM
 }  // namespace recorder
 
 int CamCapUtils::GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd) {
-  recorder::NameWantedCamera(profile.vendor, profile.model, recorder::AddressOf(profile), std::nullopt);
+  recorder::NameWantedCamera(profile.vendor, profile.model, recorder::CameraAddressOf(profile), std::nullopt);
   const std::optional<recorder::FileAnswer> answer = recorder::AskForFile(profile, cmd);
   if (!answer) return CAMCAP_FILE_NOT_UNDERSTOOD;
   const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd);
