@@ -72,7 +72,7 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
                            {"-sSi", "--cacert", certificate, "-H", login, scheme + address + "CamCap?vendor=User"});
   };
   EXPECT_THAT(get("https").output, testing::AllOf(testing::HasSubstr("User Define"),
-                                                  testing::HasSubstr("\r\nstrict-transport-security: max-age=")));
+                                                  testing::HasSubstr("\r\nStrict-Transport-Security: max-age=")));
   const Finished plain = get("http");
   EXPECT_NE(plain.status, 0);
   EXPECT_THAT(plain.output, testing::Not(testing::HasSubstr("User Define")));
