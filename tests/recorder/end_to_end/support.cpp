@@ -158,7 +158,7 @@ TestRecorder::TestRecorder(const Options& options) {
   for (const std::string& range : options.allow) config["addressPolicy"]["allow"].append(range);
   for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
   folder_.Write("recorder.json", ToText(config));
-  const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + "\n");
+  const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + '\n');
   if (user.status != 0) throw std::runtime_error(user.output);
 
   // A proxy that does not exist would take part in every request to a camera, if any were asked.
