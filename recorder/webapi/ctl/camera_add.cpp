@@ -1,0 +1,55 @@
+#include "recorder/webapi/ctl/camera_add.h"
+
+#include <iostream>
+#include <memory>
+
+#include "recorder/utility/records.h"
+#include "recorder/webapi/ctl/camera_input.h"
+#include "recorder/webapi/ctl/state_folder.h"
+
+namespace recorder {
+
+namespace {
+
+struct AddOptions {
+  CameraRecord camera;
+  bool hasNoPassword = false;
+};
+
+void Add(AddOptions& options, Records records) {
+  if (options.camera.name.empty()) options.camera.name = options.camera.host;
+  std::string password = CameraPassword(options.hasNoPassword);
+  const WipeAtEnd wipe(password);
+  const int id = records.Add(options.camera, password);
+  std::cout << "added camera " << id << "\n";
+}
+
+void AddRecordOptions(CLI::App& add, CameraRecord& camera) {
+  add.add_option("--vendor", camera.vendor, "vendor, as the model list names it")->required();
+  add.add_option("--model", camera.model, "model, as the model list names it")->required();
+  add.add_option("--host", camera.host, "host name or address")->required();
+  add.add_option("--port", camera.port, "port")->required()->check(CLI::Range(1, 65535));
+  add.add_option("--name", camera.name, "name for users (default: the host)");
+  add.add_option("--user", camera.user, "user name at the camera");
+  add.add_option("--channel", camera.channel, "channel (default: any)");
+  add.add_option("--source-path", camera.sourcePath, "path of the stream, for a model that asks for it");
+  add.add_option("--owner", camera.ownerKdId, "id of the recording server that owns the camera (default: 0, this one)")
+      ->check(CLI::NonNegativeNumber);
+}
+
+}  // namespace
+
+void AddCameraAdd(CLI::App& cameraCommand, const std::string& configOption) {
+  CLI::App* add =
+      cameraCommand.add_subcommand("add", "Store a camera; its password is read from standard input or a prompt");
+  const auto options = std::make_shared<AddOptions>();
+  AddRecordOptions(*add, options->camera);
+  AddNoPasswordFlag(*add, options->hasNoPassword);
+  add->footer(
+      "Example:\n"
+      "  recorderctl camera add --vendor User --model \"\" --host 192.0.2.17 --port 554 --user admin \\\n"
+      "    --source-path /stream1");
+  add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
+}
+
+}  // namespace recorder
