@@ -23,6 +23,7 @@ using simcam::Camera;
 
 constexpr const char* kUsage =
     "usage: simcam [--until-stdin-closes] [--cache DIR] CONFIG.json\n"
+    "       simcam --help | --version\n"
     "Serves the configured cameras on 127.0.0.1 and prints their ports as one line of JSON.\n\nfaults:\n";
 
 struct Options {
@@ -30,6 +31,7 @@ struct Options {
   std::string cache;
   bool untilStdinCloses = false;
   bool help = false;
+  bool version = false;
 };
 
 Options ReadOptions(const std::vector<std::string>& words) {
@@ -37,6 +39,8 @@ Options ReadOptions(const std::vector<std::string>& words) {
   for (size_t i = 0; i < words.size(); ++i) {
     if (words[i] == "--help") {
       options.help = true;
+    } else if (words[i] == "--version") {
+      options.version = true;
     } else if (words[i] == "--until-stdin-closes") {
       options.untilStdinCloses = true;
     } else if (words[i] == "--cache" && i + 1 < words.size()) {
@@ -47,7 +51,8 @@ Options ReadOptions(const std::vector<std::string>& words) {
       options.config = words[i];
     }
   }
-  if (options.config.empty() && !options.help) throw simcam::ConfigError("which configuration? --help tells more");
+  if (options.config.empty() && !options.help && !options.version)
+    throw simcam::ConfigError("which configuration? --help tells more");
   return options;
 }
 
@@ -138,6 +143,10 @@ int main(int argc, char** argv) {
     const Options options = ReadOptions({argv + 1, argv + argc});
     if (options.help) {
       std::cout << kUsage << simcam::FaultHelp();
+      return 0;
+    }
+    if (options.version) {
+      std::cout << "simcam " PROJECT_VERSION "\n";
       return 0;
     }
     gst_init(nullptr, nullptr);

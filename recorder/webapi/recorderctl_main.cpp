@@ -23,6 +23,7 @@ constexpr int kWrongUsage = 2;
 
 int main(int argc, char** argv) {
   CLI::App app("Runs the recorder and manages its cameras, users and trusted clients.", "recorderctl");
+  app.set_version_flag("--version", "recorderctl " PROJECT_VERSION);
   app.require_subcommand(1);
   std::string configOption;
   app.add_option("--config", configOption,

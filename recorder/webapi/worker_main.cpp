@@ -106,6 +106,7 @@ int main(int argc, char** argv) {
   OpenStandardDescriptors();
   ShareOneHeap();
   CLI::App app("Serves web-API calls behind a web server, as a FastCGI responder or a CGI program.", "recorder-webapi");
+  app.set_version_flag("--version", "recorder-webapi " PROJECT_VERSION);
   std::string configFile;
   app.add_option("--config", configFile,
                  "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
