@@ -13,6 +13,7 @@
 
 #include "recorder/webapi/api_call.h"
 #include "recorder/webapi/cgi_answer.h"
+#include "recorder/webapi/ctl/method_parameters.h"
 #include "recorder/webapi/ctl/progress.h"
 #include "recorder/webapi/host.h"
 #include "recorder/webapi/http_request.h"
@@ -20,9 +21,6 @@
 namespace recorder {
 
 namespace {
-
-/// Parameters that carry a secret, which must not stand in a list of processes.
-constexpr std::string_view kSecretParameters[] = {"camPass", "camPassword", "camPassWord", "camList", "cookie"};
 
 struct CallOptions {
   std::string method;
@@ -51,7 +49,7 @@ void AddPair(Json::Value& params, const std::string& pair) {
   const std::size_t equals = pair.find('=');
   if (equals == std::string::npos) FailUsage("parameters are written key=value");
   const std::string key = pair.substr(0, equals);
-  if (std::find(std::begin(kSecretParameters), std::end(kSecretParameters), key) != std::end(kSecretParameters)) {
+  if (std::find(kSecretParameters.begin(), kSecretParameters.end(), key) != kSecretParameters.end()) {
     FailUsage(key +
               " carries a secret, which other users could read in the list of processes; give it by --json FILE or "
               "--json -");
@@ -147,6 +145,7 @@ void AddCallCommands(CLI::App& app, const std::string& configOption) {
   command->callback([options, &configOption] { Call(*options, configOption); });
 
   app.add_subcommand("methods", "List the module's methods as they stand in addresses, one a line")
+      ->footer("Example:\n  recorderctl methods")
       ->callback([&configOption] { PrintMethods(configOption); });
 }
 
