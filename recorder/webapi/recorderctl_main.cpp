@@ -13,6 +13,7 @@
 #include "recorder/webapi/ctl/serve_command.h"
 #include "recorder/webapi/ctl/trust_command.h"
 #include "recorder/webapi/ctl/user_command.h"
+#include "recorder/webapi/ctl/whole_help.h"
 
 namespace {
 
@@ -36,12 +37,13 @@ int main(int argc, char** argv) {
   recorder::AddUserCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
   recorder::AddCompletionCommand(app);
+  recorder::AddWholeHelp(app);
   app.footer(
       "Examples:\n"
       "  recorderctl serve --port 8080\n"
       "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv\n"
       "  recorderctl call CamCap vendor=User\n"
-      "\"recorderctl COMMAND --help\" has more.");
+      "\"recorderctl COMMAND --help\" has more, \"recorderctl --help-all\" has all.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::RuntimeError& error) {

@@ -35,6 +35,7 @@ void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) 
 
   CLI::App* remove = cameraCommand.add_subcommand("remove", "Remove a camera");
   AddId(*remove, options->id);
+  remove->footer("Example:\n  recorderctl camera remove 3");
   remove->callback(
       [options, &configOption] { Expect(Records(StateFolder(configOption)).Remove(options->id), options->id); });
 
@@ -42,6 +43,7 @@ void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) 
       cameraCommand.add_subcommand("password", "Change a camera's password, read from standard input or a prompt");
   AddId(*password, options->id);
   AddNoPasswordFlag(*password, options->hasNoPassword);
+  password->footer("Example:\n  recorderctl camera password 3");
   password->callback([options, &configOption] { SetPassword(*options, Records(StateFolder(configOption))); });
 
   CLI::App* status =
@@ -50,6 +52,7 @@ void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) 
   status->add_option("status", options->status, "enabled or disabled")
       ->required()
       ->check(CLI::IsMember({"enabled", "disabled"}));
+  status->footer("Example:\n  recorderctl camera status 3 disabled");
   status->callback([options, &configOption] { SetStatus(*options, Records(StateFolder(configOption))); });
 }
 

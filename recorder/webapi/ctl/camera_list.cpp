@@ -73,6 +73,7 @@ void AddCameraLists(CLI::App& cameraCommand, const std::string& configOption) {
   CLI::App* list =
       cameraCommand.add_subcommand("list", "List the stored cameras, one a line, with tabs between columns");
   AddJsonFlag(*list, options->isJson);
+  list->footer("Example:\n  recorderctl camera list --json");
   list->callback([options, &configOption] {
     const Records records(StateFolder(configOption));
     options->isJson ? ListAsJson(records) : List(records);
@@ -81,6 +82,7 @@ void AddCameraLists(CLI::App& cameraCommand, const std::string& configOption) {
   CLI::App* show = cameraCommand.add_subcommand("show", "Show one camera, without its password");
   AddId(*show, options->id);
   AddJsonFlag(*show, options->isJson);
+  show->footer("Example:\n  recorderctl camera show 3");
   show->callback([options, &configOption] { Show(*options, Records(StateFolder(configOption))); });
 }
 

@@ -30,6 +30,7 @@ void AddModelsCommand(CLI::App& app, const std::string& configOption) {
   CLI::App* command = app.add_subcommand("check-models", "Name every mistake in the model files");
   const auto folder = std::make_shared<std::string>();
   command->add_option("folder", *folder, "folder of model files (default: that of the configuration)");
+  command->footer("Example:\n  recorderctl check-models models");
   command->callback([folder, &configOption] {
     CheckModels(folder->empty() ? LoadConfig(FindConfigFile(configOption)).modelsFolder.string() : *folder);
   });

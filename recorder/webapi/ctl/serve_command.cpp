@@ -333,6 +333,10 @@ void AddServeCommand(CLI::App& app, const std::string& configOption) {
   command->add_option("--worker", options->worker, "program of the workers (default: recorder-webapi beside this one)")
       ->check(CLI::ExistingFile)
       ->envname("RECORDER_WORKER");
+  command->footer(
+      "Examples:\n"
+      "  recorderctl serve --port 8080\n"
+      "  recorderctl serve --port 8443 --tls-certificate certificate.pem --tls-key key.pem");
   command->callback([options, &configOption] { Serve(*options, configOption); });
 }
 

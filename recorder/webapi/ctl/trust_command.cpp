@@ -85,12 +85,17 @@ void AddTrustCommands(CLI::App& app, const std::string& configOption) {
 
   CLI::App* add = addNamed("add", "Make a key and print it this once");
   add->add_flag("--key", options->hasKey, "read the key from standard input or a prompt instead of making one");
+  add->footer(
+      "Examples:\n"
+      "  recorderctl trust add hall\n"
+      "  recorderctl trust add north --group --key < north.key");
   add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
-  addNamed("remove", "Remove a key")->callback([options, &configOption] {
-    Remove(*options, Records(StateFolder(configOption)));
-  });
+  CLI::App* remove = addNamed("remove", "Remove a key");
+  remove->footer("Example:\n  recorderctl trust remove hall");
+  remove->callback([options, &configOption] { Remove(*options, Records(StateFolder(configOption))); });
   CLI::App* list = command->add_subcommand("list", "List whose keys there are");
   list->add_flag("--json", options->isJson, "print JSON");
+  list->footer("Example:\n  recorderctl trust list");
   list->callback([options, &configOption] { List(options->isJson, Records(StateFolder(configOption))); });
   CLI::App* pair = addNamed("pair", "Print a cookie and timestamp that are valid for five minutes");
   pair->footer(

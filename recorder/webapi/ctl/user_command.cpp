@@ -54,14 +54,17 @@ void AddUserCommands(CLI::App& app, const std::string& configOption) {
       command->add_subcommand("add", "Add a user, or give one a new password, read from standard input or a prompt");
   add->add_option("name", options->name, "user name")->required();
   add->add_flag("--random", options->isRandom, "make a random password and print it");
+  add->footer("Examples:\n  recorderctl user add admin\n  recorderctl user add hall --random");
   add->callback([options, &configOption] { Add(*options, StateFolder(configOption)); });
 
   CLI::App* remove = command->add_subcommand("remove", "Remove a user");
   remove->add_option("name", options->name, "user name")->required();
+  remove->footer("Example:\n  recorderctl user remove hall");
   remove->callback([options, &configOption] { Remove(options->name, StateFolder(configOption)); });
 
   CLI::App* list = command->add_subcommand("list", "List the users, one a line");
   list->add_flag("--json", options->isJson, "print JSON");
+  list->footer("Example:\n  recorderctl user list");
   list->callback([options, &configOption] { List(options->isJson, StateFolder(configOption)); });
 }
 
