@@ -11,6 +11,7 @@
 #include "recorder/webapi/ctl/discover_command.h"
 #include "recorder/webapi/ctl/models_command.h"
 #include "recorder/webapi/ctl/serve_command.h"
+#include "recorder/webapi/ctl/stored_call_command.h"
 #include "recorder/webapi/ctl/trust_command.h"
 #include "recorder/webapi/ctl/user_command.h"
 #include "recorder/webapi/ctl/whole_help.h"
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
   recorder::AddServeCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
+  recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app);
   recorder::AddUserCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
