@@ -140,12 +140,16 @@ TEST(CommandLineCalls, ExitWithTheirStatus) {
   }
 }
 
-TEST(CommandLineCalls, WriteARawPictureToAFile) {
+TEST(CommandLineCalls, FailWithTheDefaultPicture) {
   const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2});
   const TempFolder folder;
   const std::string file = (folder.Path() / "picture").string();
-  EXPECT_EQ(recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", "-o", file}).status, 0);
-  EXPECT_EQ(ReadText(file), ReadText(std::filesystem::path(SOURCE_FOLDER) / "images/add_camera_default.png"));
+  for (const char* kind : {"jsonResponse=false", "jsonResponse=true"}) {
+    const Finished call = recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", kind, "-o", file});
+    EXPECT_EQ(call.status, 1);
+    EXPECT_EQ(call.output.find("success"), std::string::npos) << call.output;
+  }
+  EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST(Modules, ThatLackSomethingAreRefusedByName) {
