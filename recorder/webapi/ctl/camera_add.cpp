@@ -5,7 +5,7 @@
 
 #include "recorder/utility/records.h"
 #include "recorder/webapi/ctl/camera_input.h"
-#include "recorder/webapi/ctl/state_folder.h"
+#include "recorder/webapi/host.h"
 
 namespace recorder {
 
@@ -14,19 +14,23 @@ namespace {
 struct AddOptions {
   CameraRecord camera;
   bool hasNoPassword = false;
+  bool isForced = false;
 };
 
-void Add(AddOptions& options, Records records) {
-  if (options.camera.name.empty()) options.camera.name = options.camera.host;
+void Add(AddOptions& options, const Config& config) {
+  CameraRecord& camera = options.camera;
+  Records records(config.stateFolder);
+  CheckModel(camera, config.modelsFolder, options.isForced);
+  CheckPlace(camera, records, options.isForced);
+  if (camera.name.empty()) camera.name = camera.host;
   std::string password = CameraPassword(options.hasNoPassword);
   const WipeAtEnd wipe(password);
-  const int id = records.Add(options.camera, password);
-  std::cout << "added camera " << id << "\n";
+  std::cout << "added camera " << records.Add(camera, password) << "\n";
 }
 
 void AddRecordOptions(CLI::App& add, CameraRecord& camera) {
   add.add_option("--vendor", camera.vendor, "vendor, as the model list names it")->required();
-  add.add_option("--model", camera.model, "model, as the model list names it")->required();
+  add.add_option("--model", camera.model, "model, as the model list names it; not for a vendor that has only one");
   add.add_option("--host", camera.host, "host name or address")->required();
   add.add_option("--port", camera.port, "port")->required()->check(CLI::Range(1, 65535));
   add.add_option("--name", camera.name, "name for users (default: the host)");
@@ -45,11 +49,11 @@ void AddCameraAdd(CLI::App& cameraCommand, const std::string& configOption) {
   const auto options = std::make_shared<AddOptions>();
   AddRecordOptions(*add, options->camera);
   AddNoPasswordFlag(*add, options->hasNoPassword);
+  AddForceFlag(*add, options->isForced);
   add->footer(
       "Example:\n"
-      "  recorderctl camera add --vendor User --model \"\" --host 192.0.2.17 --port 554 --user admin \\\n"
-      "    --source-path /stream1");
-  add->callback([options, &configOption] { Add(*options, Records(StateFolder(configOption))); });
+      "  recorderctl camera add --vendor User --host 192.0.2.17 --port 554 --user admin --source-path /stream1");
+  add->callback([options, &configOption] { Add(*options, LoadConfig(FindConfigFile(configOption))); });
 }
 
 }  // namespace recorder

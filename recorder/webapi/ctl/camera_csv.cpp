@@ -4,170 +4,206 @@
 #include <optional>
 #include <utility>
 
+#include "recorder/device/model.h"
 #include "recorder/utility/text.h"
+#include "recorder/webapi/ctl/camera_address.h"
 #include "recorder/webapi/ctl/csv_cell.h"
+#include "recorder/webapi/ctl/csv_reader.h"
+#include "recorder/webapi/ctl/headings.h"
 
 namespace recorder {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+constexpr int kMostLinesToHeading = 5;
+constexpr char kPassedOver[] = "-";
+constexpr int kRtspPort = 554;
+constexpr int kHttpPort = 80;
 
-struct CsvLine {
-  int number = 0;
-  std::vector<std::string> cells;
-  std::string mistake;  ///< of the cell after `cells`; "" for none
+/// A cell of each column, by what it holds.
+using Cells = std::map<std::string, std::string>;
+
+struct Column {
+  std::string name;                   ///< as the list has it
+  std::optional<std::string> member;  ///< see MemberOf
 };
 
-/// Reads records one by one. After a mistake it goes on with the next line of the text, so that one forgotten quote
-/// does not swallow the rest.
-class CsvReader {
- public:
-  explicit CsvReader(std::string_view text) : text_(text) {
-    if (text_.starts_with(kByteOrderMark)) text_.remove_prefix(kByteOrderMark.size());
+/// The columns of a list, and how its rows are read on.
+struct Heading {
+  int line = 1;
+  std::vector<Column> columns;
+  CsvReader rows;
+
+  /// The list's own name for the column that holds `member`.
+  std::string NameOf(const std::string& member) const {
+    const auto column =
+        std::find_if(columns.begin(), columns.end(), [&](const Column& c) { return c.member == member; });
+    return column == columns.end() ? HeadingOf(member) : column->name;
   }
-
-  std::optional<CsvLine> Next() {
-    while (EndsLine()) EndLine();
-    if (text_.empty()) return std::nullopt;
-    const std::string_view start = text_;
-    CsvLine line;
-    line.number = number_;
-    do {
-      std::string cell;
-      line.mistake = text_.starts_with('"') ? ReadQuoted(cell) : ReadPlain(cell);
-      if (!line.mistake.empty()) {
-        text_ = start.substr(std::min(start.find('\n'), start.size()));
-        number_ = line.number;
-        break;
-      }
-      line.cells.push_back(std::move(cell));
-    } while (Skip(","));
-    EndLine();
-    return line;
-  }
-
- private:
-  bool EndsLine() const { return text_.starts_with('\n') || text_.starts_with("\r\n"); }
-  bool EndsCell() const { return text_.empty() || text_.front() == ',' || EndsLine(); }
-
-  bool Skip(std::string_view token) {
-    if (!text_.starts_with(token)) return false;
-    text_.remove_prefix(token.size());
-    return true;
-  }
-
-  void EndLine() {
-    if (Skip("\r\n") || Skip("\n")) ++number_;
-  }
-
-  char Take() {
-    const char c = text_.front();
-    text_.remove_prefix(1);
-    if (c == '\n') ++number_;
-    return c;
-  }
-
-  std::string ReadQuoted(std::string& cell) {
-    Take();
-    for (;;) {
-      if (text_.empty()) return "the quote is never closed";
-      if (Skip("\"\"")) {
-        cell += '"';
-      } else if (Skip("\"")) {
-        return EndsCell() ? "" : "text after the closing quote";
-      } else {
-        cell += Take();
-      }
-    }
-  }
-
-  std::string ReadPlain(std::string& cell) {
-    while (!EndsCell()) {
-      if (text_.front() == '"') return "a quote in a cell that does not begin with one";
-      cell += Take();
-    }
-    return "";
-  }
-
-  std::string_view text_;
-  int number_ = 1;
 };
 
-/// Stores a cell of `column`; false for a column that is not known. A port that is no number becomes 0, which is no
-/// port.
-bool Store(ListedCamera& listed, const std::string& column, const std::string& cell) {
-  CameraRecord& camera = listed.camera;
-  const std::pair<std::string_view, std::string*> texts[] = {
-      {"name", &camera.name},       {"vendor", &camera.vendor},
-      {"model", &camera.model},     {"host", &camera.host},
-      {"user", &camera.user},       {"password", &listed.password},
-      {"channel", &camera.channel}, {"sourcePath", &camera.sourcePath},
-  };
-  for (const auto& [name, target] : texts) {
-    if (name != column) continue;
-    *target = cell;
-    return true;
-  }
-  if (column != "port") return false;
-  camera.port = ParseNumber<int>(cell).value_or(0);
-  return true;
+std::string Trimmed(const std::string& text) {
+  constexpr char kBlanks[] = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
-std::vector<ListMistake> HeadingMistakes(const CsvLine& heading) {
-  std::vector<ListMistake> mistakes;
-  if (!heading.mistake.empty()) return {{heading.number, "", heading.mistake}};
-  const auto& columns = heading.cells;
-  for (auto column = columns.begin(); column != columns.end(); ++column) {
-    ListedCamera ignored;
-    if (!Store(ignored, *column, "")) mistakes.push_back({heading.number, *column, "is not a known column"});
-    if (std::find(columns.begin(), column, *column) != column)
-      mistakes.push_back({heading.number, *column, "is there twice"});
-  }
-  for (const char* wanted : {"vendor", "model", "host", "port"}) {
-    if (std::find(columns.begin(), columns.end(), wanted) == columns.end()) {
-      mistakes.push_back({heading.number, wanted, "is missing in the heading"});
+std::optional<std::string> MemberBy(const std::string& heading, const ListRules& rules) {
+  const auto rule = rules.columns.find(PlainHeading(heading));
+  if (rule == rules.columns.end()) return heading.empty() ? "" : MemberOf(heading);
+  return rule->second == kPassedOver ? "" : MemberOf(rule->second);
+}
+
+std::vector<Column> ColumnsOf(const CsvLine& line, const ListRules& rules) {
+  std::vector<Column> columns;
+  for (const std::string& cell : line.cells) columns.push_back({Trimmed(cell), MemberBy(Trimmed(cell), rules)});
+  return columns;
+}
+
+std::ptrdiff_t CountKnown(const std::vector<Column>& columns) {
+  return std::count_if(columns.begin(), columns.end(), [](const Column& c) { return !c.member.value_or("").empty(); });
+}
+
+/// The line and the separator by which most headings are known.
+std::optional<Heading> FindHeading(std::string_view text, const ListRules& rules) {
+  std::optional<Heading> best;
+  for (const char separator : {',', ';', '\t'}) {
+    CsvReader reader(text, separator);
+    for (int i = 0; i < kMostLinesToHeading; ++i) {
+      const std::optional<CsvLine> line = reader.Next();
+      if (!line) break;
+      Heading heading{line->number, ColumnsOf(*line, rules), reader};
+      const std::ptrdiff_t known = line->mistake.empty() ? CountKnown(heading.columns) : 0;
+      if (known > (best ? CountKnown(best->columns) : 0)) best = std::move(heading);
     }
+  }
+  return best;
+}
+
+std::vector<ListMistake> HeadingMistakes(const Heading& heading) {
+  std::vector<ListMistake> mistakes;
+  const auto& columns = heading.columns;
+  const auto holds = [&](auto end, const std::string& member) {
+    return std::any_of(columns.begin(), end, [&](const Column& c) { return c.member == member; });
+  };
+  for (auto column = columns.begin(); column != columns.end(); ++column) {
+    if (!column->member) {
+      mistakes.push_back(
+          {heading.line, column->name,
+           "is no known column; --map HEADING=COLUMN says what it holds, --map HEADING=- passes over it"});
+    } else if (!column->member->empty() && holds(column, *column->member)) {
+      mistakes.push_back({heading.line, column->name, "is there twice"});
+    }
+  }
+  if (!holds(columns.end(), "address")) {
+    mistakes.push_back({heading.line, HeadingOf("address"), "is missing in the heading"});
   }
   return mistakes;
 }
 
-/// Turns a line into a camera, or into a mistake.
-std::optional<ListMistake> ReadCamera(const CsvLine& line, const std::vector<std::string>& columns,
-                                      ListedCamera& listed) {
+/// What becomes of a row's parts: a login or a port in an address or a path goes where it belongs, unless something
+/// stands there.
+void SpreadAddress(Cells& cells) {
+  const auto fill = [&](const char* member, const std::string& value) {
+    if (cells[member].empty()) cells[member] = value;
+  };
+  const AddressParts address = SplitAddress(cells["address"]);
+  cells["address"] = address.host;
+  fill("port", address.port);
+  fill("user", address.user);
+  fill("password", address.password);
+  fill("path", address.path);
+  const PathParts path = SplitPath(cells["path"]);
+  cells["path"] = path.path;
+  fill("user", path.user);
+  fill("password", path.password);
+}
+
+int PortOf(const std::string& cell, const CameraRecord& camera) {
+  if (!cell.empty()) return ParseNumber<int>(cell).value_or(0);  // no port
+  return camera.vendor == kUserVendor ? kRtspPort : kHttpPort;
+}
+
+/// A mistake of a record, by the member of a list.
+RecordMistake OfList(const RecordMistake& mistake, const CameraRecord& camera) {
+  // An empty host makes an empty name, too; the column that the user has is the address.
+  if (mistake.member == "host" || (mistake.member == "name" && camera.host.empty())) return {"address", mistake.text};
+  return {mistake.member == "sourcePath" ? "path" : mistake.member, mistake.text};
+}
+
+std::optional<RecordMistake> MakeCamera(Cells cells, const ListRules& rules, ListedCamera& listed) {
+  SpreadAddress(cells);
+  CameraRecord& camera = listed.camera;
+  camera.host = cells["address"];
+  camera.name = cells["name"].empty() ? camera.host : cells["name"];
+  camera.user = cells["user"];
+  camera.channel = cells["channel"];
+  camera.sourcePath = cells["path"];
+  camera.vendor = cells["vendor"];
+  camera.model = cells["model"];
+  listed.password = std::move(cells["password"]);
+  if (camera.vendor.empty() && camera.model.empty() && !camera.sourcePath.empty()) camera.vendor = kUserVendor;
+  const bool isNamed = !camera.vendor.empty() || !camera.model.empty();
+  const std::string modelMistake = isNamed ? NameModel(camera, rules.models) : "";
+  if (!modelMistake.empty() && !rules.anyModel) return RecordMistake{"model", modelMistake};
+  camera.port = PortOf(cells["port"], camera);
+  const auto mistake = FindMistake(camera, listed.password);
+  return mistake ? std::optional(OfList(*mistake, camera)) : std::nullopt;
+}
+
+/// What is wrong with the shape of a line, if anything.
+std::optional<ListMistake> ShapeMistake(const CsvLine& line, const std::vector<Column>& columns) {
   const std::size_t count = line.cells.size();
-  if (!line.mistake.empty())
-    return ListMistake{line.number, count < columns.size() ? columns[count] : "", line.mistake};
-  if (count != columns.size()) {
-    return ListMistake{line.number, "",
-                       std::to_string(count) + " cells, but the heading has " + std::to_string(columns.size())};
+  if (!line.mistake.empty()) {
+    return ListMistake{line.number, count < columns.size() ? columns[count].name : "", line.mistake};
   }
-  listed.line = line.number;
-  for (std::size_t i = 0; i < count; ++i) Store(listed, columns[i], WithoutGuards(line.cells[i]));
-  if (listed.camera.name.empty()) listed.camera.name = listed.camera.host;
-  const auto mistake = FindMistake(listed.camera, listed.password);
-  if (!mistake) return std::nullopt;
-  // An empty host makes an empty name too; the column that the user has is the host's.
-  const bool isNameOfHost = mistake->member == "name" && listed.camera.host.empty();
-  return ListMistake{line.number, isNameOfHost ? "host" : mistake->member, mistake->text};
+  const auto isBlank = [](const std::string& cell) { return Trimmed(cell).empty(); };
+  const std::size_t width = columns.size();
+  const bool isLong =
+      count > width && !std::all_of(line.cells.begin() + static_cast<std::ptrdiff_t>(width), line.cells.end(), isBlank);
+  if (count >= width && !isLong) return std::nullopt;
+  return ListMistake{line.number, "", std::to_string(count) + " cells, but the heading has " + std::to_string(width)};
+}
+
+/// The cells of a line as wide as its heading.
+Cells CellsOf(const CsvLine& line, const std::vector<Column>& columns) {
+  Cells cells;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const std::string& member = *columns[i].member;
+    if (member.empty()) continue;
+    const std::string& cell = line.cells[i];
+    cells[member] = WithoutGuards(member == "password" ? cell : Trimmed(cell));
+  }
+  return cells;
+}
+
+void ReadRow(const CsvLine& line, const Heading& heading, const ListRules& rules, CameraList& list) {
+  if (auto mistake = ShapeMistake(line, heading.columns)) {
+    list.mistakes.push_back(std::move(*mistake));
+    return;
+  }
+  Cells cells = CellsOf(line, heading.columns);
+  for (const char* member : {"codec", "stream"}) {
+    const std::string name = heading.NameOf(member);
+    const bool isNew = std::find(list.notStored.begin(), list.notStored.end(), name) == list.notStored.end();
+    if (!cells[member].empty() && isNew) list.notStored.push_back(name);
+  }
+  ListedCamera listed{.line = line.number, .camera = {}, .password = {}};
+  if (const auto mistake = MakeCamera(std::move(cells), rules, listed)) {
+    list.mistakes.push_back({line.number, heading.NameOf(mistake->member), mistake->text});
+  } else {
+    list.cameras.push_back(std::move(listed));
+  }
 }
 
 }  // namespace
 
-CameraList ReadCameraCsv(std::string_view text) {
+CameraList ReadCameraCsv(std::string_view text, const ListRules& rules) {
   CameraList list;
-  CsvReader reader(text);
-  const std::optional<CsvLine> heading = reader.Next();
+  std::optional<Heading> heading = FindHeading(text, rules);
   list.mistakes = heading ? HeadingMistakes(*heading) : std::vector<ListMistake>{{1, "", "there is no heading"}};
   if (!list.mistakes.empty()) return list;
-  while (const std::optional<CsvLine> line = reader.Next()) {
-    ListedCamera listed;
-    if (auto mistake = ReadCamera(*line, heading->cells, listed)) {
-      list.mistakes.push_back(std::move(*mistake));
-    } else {
-      list.cameras.push_back(std::move(listed));
-    }
-  }
+  while (const std::optional<CsvLine> line = heading->rows.Next()) ReadRow(*line, *heading, rules, list);
   return list;
 }
 

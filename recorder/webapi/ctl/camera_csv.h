@@ -1,10 +1,12 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "recorder/utility/records.h"
+#include "recorder/webapi/ctl/known_models.h"
 
 namespace recorder {
 
@@ -25,13 +27,23 @@ struct ListMistake {
 struct CameraList {
   std::vector<ListedCamera> cameras;
   std::vector<ListMistake> mistakes;
+  std::vector<std::string> notStored;  ///< headings of columns that have values and no place in the records
 };
 
-/// Reads a list of cameras: comma-separated values (RFC 4180) in UTF-8, whose first line names the columns in any
-/// order: vendor, model, host and port, and what else is wanted of name, user, password, channel and sourcePath. The
-/// guards that the page and `recorderctl discover` put before formulas (csv_cell.h) are taken off, in every column. A
-/// camera without a name is named by its host. A line with a mistake is left out; a mistake in the heading leaves out
-/// all.
-CameraList ReadCameraCsv(std::string_view text);
+/// How a list is to be read.
+struct ListRules {
+  /// What columns hold that go by a name of their own: heading (see PlainHeading) and a heading that is known, or "-"
+  /// for a column that is passed over.
+  std::map<std::string, std::string> columns;
+  std::vector<ModelName> models;  ///< those that are known
+  bool anyModel = false;          ///< take others, too
+};
+
+/// Reads a list of cameras as the page reads and writes it: separated values in UTF-8 (see CsvReader), between commas,
+/// semicolons or tabs, with the headings of headings.h in any order; up to four lines of title may stand above them.
+/// The address may be a whole one with port, login and path. Vendor and model become the recorder's own names; a row
+/// with a path alone is a camera of vendor "User". A port that is left out is the usual one, a camera without a name is
+/// named by its host. A line with a mistake is left out; a mistake in the heading leaves out all.
+CameraList ReadCameraCsv(std::string_view text, const ListRules& rules);
 
 }  // namespace recorder

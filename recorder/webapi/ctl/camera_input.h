@@ -1,7 +1,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <string>
+
+#include "recorder/utility/records.h"
 
 namespace recorder {
 
@@ -9,6 +12,14 @@ namespace recorder {
 
 /// The camera's id, which the command line must name.
 void AddId(CLI::App& command, int& id);
+
+/// An option or argument that says "enabled" or "disabled", for StatusOf.
+template <class Text>
+CLI::Option* AddStatus(CLI::App& command, const std::string& name, Text& status) {
+  return command.add_option(name, status, "enabled or disabled")->check(CLI::IsMember({"enabled", "disabled"}));
+}
+
+CAM_CONN_STATUS StatusOf(const std::string& text);
 
 /// --no-password, for CameraPassword.
 void AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword);
@@ -19,5 +30,15 @@ std::string CameraPassword(bool hasNoPassword);
 
 /// Throws std::runtime_error, which names the camera, unless it `isThere`.
 void Expect(bool isThere, int id);
+
+/// --force, for the following.
+void AddForceFlag(CLI::App& command, bool& isForced);
+
+/// Gives the camera the recorder's own names of its vendor and model. Throws std::runtime_error, which names the
+/// nearest ones, when there is no such model, unless `isForced`.
+void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder, bool isForced);
+
+/// Throws std::runtime_error when the same camera is stored under another id, unless `isForced`.
+void CheckPlace(const CameraRecord& camera, const Records& records, bool isForced);
 
 }  // namespace recorder

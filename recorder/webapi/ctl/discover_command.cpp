@@ -14,6 +14,7 @@
 #include "recorder/device/onvif/discovery.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/csv_cell.h"
+#include "recorder/webapi/ctl/headings.h"
 
 namespace recorder {
 
@@ -33,10 +34,14 @@ const std::string& NameOf(const onvif::FoundCamera& camera) {
 
 /// Names come from the cameras, which are strangers.
 void PrintCsv(const std::vector<onvif::FoundCamera>& cameras) {
-  std::cout << "vendor,model,host,port,name\n";
+  std::string line;
+  for (const char* member : {"name", "address", "port", "vendor", "model"}) {
+    line += (line.empty() ? "" : ",") + HeadingOf(member);
+  }
+  std::cout << line << '\n';
   for (const onvif::FoundCamera& camera : cameras) {
-    std::cout << kOnvifVendor << ',' << kGenericName << ',' << camera.host << ',' << camera.port << ','
-              << ToCsvCell(NameOf(camera)) << '\n';
+    std::cout << ToCsvCell(NameOf(camera)) << ',' << camera.host << ',' << camera.port << ',' << kOnvifVendor << ','
+              << kGenericName << '\n';
   }
 }
 

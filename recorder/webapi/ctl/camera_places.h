@@ -1,0 +1,28 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+/// Whether both are the same camera: host, port, channel and path are.
+bool IsSamePlace(const CameraRecord& one, const CameraRecord& other);
+
+/// Where the same camera stands already: in the records, or further up in a list.
+class CameraPlaces {
+ public:
+  explicit CameraPlaces(const std::vector<CameraRecord>& stored);
+
+  /// The first place of the same camera, such as "camera 3 (front door)"; "" for none.
+  std::string Find(const CameraRecord& camera) const;
+  void Add(const CameraRecord& camera, const std::string& place);
+
+ private:
+  std::map<std::tuple<std::string, int, std::string, std::string>, std::string> places_;
+};
+
+}  // namespace recorder

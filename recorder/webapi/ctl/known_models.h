@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+/// A model by the recorder's own names.
+struct ModelName {
+  std::string vendor;
+  std::string model;
+};
+
+/// All models of the files in `modelsFolder`, and those built in.
+std::vector<ModelName> KnownModels(const std::filesystem::path& modelsFolder);
+
+/// Gives the camera the recorder's own names of the model that a person means, as the page understands it: capitals
+/// make no difference, both names may stand in one of the two texts, and a vendor's only model need not be named. When
+/// there is no such model, the camera stays as it is, and the result says so and names the nearest; else it is "".
+std::string NameModel(CameraRecord& camera, const std::vector<ModelName>& models);
+
+}  // namespace recorder
