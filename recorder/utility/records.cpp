@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "recorder/utility/files.h"
@@ -104,6 +105,13 @@ std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::
     return RecordMistake{"password", "is the text that stands for a stored password"};
   }
   return std::nullopt;
+}
+
+bool KeepsPassword(const CameraRecord& before, const CameraRecord& after) {
+  const auto login = [](const CameraRecord& camera) {
+    return std::tie(camera.host, camera.port, camera.vendor, camera.model, camera.user, camera.sourcePath);
+  };
+  return login(before) == login(after);
 }
 
 struct Records::Impl {
@@ -267,6 +275,29 @@ bool Records::SetStatus(int id, CAM_CONN_STATUS status) {
     SQLite::Statement update{impl_->database, "UPDATE cameras SET status = ? WHERE id = ?"};
     SQLite::bind(update, static_cast<int>(status), id);
     return update.exec() == 1;
+  });
+}
+
+bool Records::Change(const CameraRecord& camera, const std::optional<std::string>& password) {
+  if (const auto mistake = FindMistake(camera, password.value_or(""))) {
+    throw RecordsError(mistake->member + ": " + mistake->text);
+  }
+  return impl_->Guarded([&] {
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    const auto before = Find(camera.id);
+    if (!before) return false;
+    if (!password && !KeepsPassword(*before, camera)) throw RecordsError("password: must be given again");
+    SQLite::Statement update{
+        impl_->database,
+        "UPDATE cameras SET name = ?, vendor = ?, model = ?, host = ?, port = ?, user = ?, channel "
+        "= ?, sourcePath = ?, status = ?, ownerKdId = ? WHERE id = ?"};
+    SQLite::bind(update, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
+                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, camera.id);
+    update.exec();
+    if (before->host != camera.host || before->port != camera.port) ForgetLogin(camera.id);
+    if (password) impl_->StorePassword(camera.id, camera.host, camera.port, *password);
+    transaction.commit();
+    return true;
   });
 }
 

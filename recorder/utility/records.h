@@ -38,6 +38,10 @@ struct RecordMistake {
 /// The first mistake that keeps a record from being stored, if there is one.
 std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password);
 
+/// Whether the stored password of a camera may stay when its record changes: not when it would go to another address,
+/// log in somebody else, or open another path.
+bool KeepsPassword(const CameraRecord& before, const CameraRecord& after);
+
 /// Whom a key is for.
 enum class TrustKind {
   kClient,       ///< a trusted client
@@ -96,6 +100,9 @@ class Records {
   bool Remove(int id);
   bool SetPassword(int id, const std::string& password);
   bool SetStatus(int id, CAM_CONN_STATUS status);
+  /// Puts `camera` in the place of the record of its id. Without a `password` the stored one stays; where it may not
+  /// (see KeepsPassword), that is a RecordsError. At another address no login has worked yet.
+  bool Change(const CameraRecord& camera, const std::optional<std::string>& password);
   /// Keeps `method` as the strongest login that worked, unless a stronger one did.
   bool RaiseLogin(int id, LoginMethod method);
   /// As if no login had worked yet.

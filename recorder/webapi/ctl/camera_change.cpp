@@ -24,8 +24,7 @@ void SetPassword(const ChangeOptions& options, Records records) {
 }
 
 void SetStatus(const ChangeOptions& options, Records records) {
-  const CAM_CONN_STATUS status = options.status == "disabled" ? CAM_CONN_STATUS_DISABLED : CAM_CONN_STATUS_NORMAL;
-  Expect(records.SetStatus(options.id, status), options.id);
+  Expect(records.SetStatus(options.id, StatusOf(options.status)), options.id);
 }
 
 }  // namespace
@@ -49,9 +48,7 @@ void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) 
   CLI::App* status =
       cameraCommand.add_subcommand("status", "Enable or disable a camera; a disabled one gets the default picture");
   AddId(*status, options->id);
-  status->add_option("status", options->status, "enabled or disabled")
-      ->required()
-      ->check(CLI::IsMember({"enabled", "disabled"}));
+  AddStatus(*status, "status", options->status)->required();
   status->footer("Example:\n  recorderctl camera status 3 disabled");
   status->callback([options, &configOption] { SetStatus(*options, Records(StateFolder(configOption))); });
 }

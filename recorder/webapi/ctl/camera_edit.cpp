@@ -1,26 +1,96 @@
 #include "recorder/webapi/ctl/camera_edit.h"
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include "recorder/utility/records.h"
-#include "recorder/webapi/ctl/state_folder.h"
+#include "recorder/webapi/ctl/camera_input.h"
+#include "recorder/webapi/ctl/camera_places.h"
+#include "recorder/webapi/host.h"
 
 namespace recorder {
 
 namespace {
 
+using Text = std::optional<std::string>;
+
 struct CameraEdit {
   int id = 0;
+  Text name;
+  Text vendor;
+  Text model;
+  Text host;
+  std::optional<int> port;
+  Text user;
+  Text channel;
+  Text sourcePath;
+  Text status;
+  bool hasNewPassword = false;
+  bool hasNoPassword = false;
+  bool isForced = false;
   bool allowsBasic = false;
 
-  bool IsEmpty() const { return !allowsBasic; }
+  bool IsEmpty() const {
+    return !name && !vendor && !model && !host && !port && !user && !channel && !sourcePath && !status &&
+           !hasNewPassword && !hasNoPassword && !allowsBasic;
+  }
 };
 
-void Run(const CameraEdit& edit, Records records) {
+/// `camera` as it is to be. Its model is not checked.
+CameraRecord Changed(CameraRecord camera, const CameraEdit& edit) {
+  const std::pair<const Text*, std::string*> texts[] = {
+      {&edit.name, &camera.name}, {&edit.vendor, &camera.vendor},   {&edit.host, &camera.host},
+      {&edit.user, &camera.user}, {&edit.channel, &camera.channel}, {&edit.sourcePath, &camera.sourcePath},
+  };
+  for (const auto& [from, to] : texts) {
+    if (*from) *to = **from;
+  }
+  if (edit.vendor || edit.model) camera.model = edit.model.value_or("");
+  if (edit.port) camera.port = *edit.port;
+  if (edit.status) camera.status = StatusOf(*edit.status);
+  return camera;
+}
+
+/// Stores the changed record, with the password that the user gives, where one is wanted.
+void Store(const CameraRecord& camera, bool wantsPassword, bool hasNoPassword, Records& records) {
+  if (!wantsPassword) {
+    Expect(records.Change(camera, std::nullopt), camera.id);
+    return;
+  }
+  std::string password = CameraPassword(hasNoPassword);
+  const WipeAtEnd wipe(password);
+  Expect(records.Change(camera, password), camera.id);
+}
+
+void Run(const CameraEdit& edit, const Config& config) {
   if (edit.IsEmpty()) throw std::runtime_error("nothing to change; see recorderctl camera edit --help");
-  if (!records.Find(edit.id)) throw std::runtime_error("there is no camera " + std::to_string(edit.id));
+  Records records(config.stateFolder);
+  const auto before = records.Find(edit.id);
+  Expect(before.has_value(), edit.id);
+  CameraRecord camera = Changed(*before, edit);
+  if (edit.vendor || edit.model) CheckModel(camera, config.modelsFolder, edit.isForced);
+  if (!IsSamePlace(*before, camera)) CheckPlace(camera, records, edit.isForced);
+  const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(*before, camera);
+  Store(camera, wantsPassword, edit.hasNoPassword, records);
   if (edit.allowsBasic) records.ForgetLogin(edit.id);
+}
+
+void AddEditOptions(CLI::App& command, CameraEdit& edit) {
+  command.add_option("--name", edit.name, "name for users");
+  command.add_option("--vendor", edit.vendor, "vendor, as the model list names it");
+  command.add_option("--model", edit.model, "model, as the model list names it; not for a vendor that has only one");
+  command.add_option("--host", edit.host, "host name or address");
+  command.add_option("--port", edit.port, "port")->check(CLI::Range(1, 65535));
+  command.add_option("--user", edit.user, "user name at the camera");
+  command.add_option("--channel", edit.channel, "channel, \"\" for any");
+  command.add_option("--source-path", edit.sourcePath, "path of the stream");
+  AddStatus(command, "--status", edit.status);
+  command.add_flag("--password", edit.hasNewPassword, "read a new password from standard input or a prompt");
+  AddNoPasswordFlag(command, edit.hasNoPassword);
+  AddForceFlag(command, edit.isForced);
+  command.add_flag("--allow-basic", edit.allowsBasic,
+                   "forget the strongest login that worked, so that the stored password may go by a weaker one again");
 }
 
 }  // namespace
@@ -28,11 +98,16 @@ void Run(const CameraEdit& edit, Records records) {
 void AddCameraEditCommand(CLI::App& cameraCommand, const std::string& configOption) {
   const auto edit = std::make_shared<CameraEdit>();
   CLI::App* command = cameraCommand.add_subcommand("edit", "Change a stored camera");
-  command->add_option("id", edit->id, "the camera's id")->required();
-  command->add_flag("--allow-basic", edit->allowsBasic,
-                    "forget the strongest login that worked, so that the stored password may go by a weaker one again");
-  command->footer("Example:\n  recorderctl camera edit 7 --allow-basic");
-  command->callback([edit, &configOption] { Run(*edit, Records(StateFolder(configOption))); });
+  AddId(*command, edit->id);
+  AddEditOptions(*command, *edit);
+  command->footer(
+      "A stored password goes to the stream that it was given for alone. So it is asked for again when host, port,\n"
+      "vendor, model, user or path change.\n"
+      "Examples:\n"
+      "  recorderctl camera edit 3 --name \"back door\" --status disabled\n"
+      "  recorderctl camera edit 3 --host 192.0.2.18 < password\n"
+      "  recorderctl camera edit 7 --allow-basic");
+  command->callback([edit, &configOption] { Run(*edit, LoadConfig(FindConfigFile(configOption))); });
 }
 
 }  // namespace recorder

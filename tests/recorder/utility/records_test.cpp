@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <thread>
 
 #include "recorder/utility/config.h"
@@ -78,6 +79,41 @@ TEST_F(RecordsTest, APasswordOfAChangedRecordCannotBeRead) {
   Sql("UPDATE cameras SET host = 'evil.example'");
   const Records records{State()};
   EXPECT_THROW(records.Password(*records.Find(id)), RecordsError);
+}
+
+TEST_F(RecordsTest, AChangedRecordKeepsItsPasswordForItsOwnStreamAlone) {
+  Records records{State()};
+  CameraRecord camera = Camera();
+  camera.id = records.Add(camera, "secret");
+  camera.name = "gate";
+  camera.channel = "2";
+  EXPECT_TRUE(records.Change(camera, std::nullopt));
+  EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret");
+
+  const std::function<void(CameraRecord&)> changes[] = {
+      [](CameraRecord& c) { c.host = "other.example"; }, [](CameraRecord& c) { c.port = 81; },
+      [](CameraRecord& c) { c.vendor = "Other"; },       [](CameraRecord& c) { c.model = "X200"; },
+      [](CameraRecord& c) { c.user = "root"; },          [](CameraRecord& c) { c.sourcePath = "/x"; },
+  };
+  for (const auto& change : changes) {
+    change(camera);
+    EXPECT_THROW(records.Change(camera, std::nullopt), RecordsError);
+    EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret");
+    EXPECT_TRUE(records.Change(camera, "secret"));
+    EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret") << "sealed for the changed record";
+  }
+  records.RaiseLogin(camera.id, LoginMethod::kDigestMd5);
+  camera.name = "yard";
+  EXPECT_TRUE(records.Change(camera, std::nullopt));
+  EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kDigestMd5);
+  camera.port = 82;
+  EXPECT_TRUE(records.Change(camera, "secret"));
+  EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kNone) << "no login has worked there yet";
+  camera.port = 0;
+  EXPECT_THROW(records.Change(camera, "secret"), RecordsError);
+  camera = Camera();
+  camera.id = 99;
+  EXPECT_FALSE(records.Change(camera, "secret"));
 }
 
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {

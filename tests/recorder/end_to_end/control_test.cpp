@@ -1,0 +1,129 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/recorder/end_to_end/cameras.h"
+
+// What an administrator does with recorderctl.
+
+namespace end_to_end {
+
+using testing::HasSubstr;
+
+TEST(Programs, TellTheirVersion) {
+  for (const std::string program : {"recorderctl", "recorder-webapi", "simcam"}) {
+    const Finished told = end_to_end::Run(program, {"--version"});
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.output, program + " " PROJECT_VERSION "\n");
+  }
+}
+
+TEST(StoredCamera, IsTestedAndPicturedByItsId) {
+  const SimCameras cameras(List({Camera("good"), Camera("path")}));
+  const TestRecorder recorder;
+  const TempFolder folder;
+  const std::string file = (folder.Path() / "picture").string();
+  recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
+  ASSERT_EQ(recorder
+                .Control({"camera", "add", "--vendor", "user", "--host", "127.0.0.1", "--port",
+                          std::to_string(cameras.Port("path")), "--user", "admin", "--source-path", "/stream1"},
+                         std::string(kSecret) + "\n")
+                .status,
+            0);
+  for (const char* id : {"1", "2"}) {
+    const Finished test = recorder.Control({"test", id});
+    EXPECT_EQ(test.status, 0) << test.output;
+    EXPECT_THAT(test.output, HasSubstr(R"("result":0)"));
+    EXPECT_EQ(recorder.Control({"snapshot", id, "-o", file}).status, 0);
+    EXPECT_TRUE(IsJpeg(ReadText(file)));
+    std::filesystem::remove(file);
+  }
+  ASSERT_EQ(recorder.Control({"camera", "password", "1"}, "wrong\n").status, 0);
+  const Finished test = recorder.Control({"test", "1"});
+  EXPECT_EQ(test.status, 1);
+  EXPECT_THAT(test.output, HasSubstr("464"));
+  for (const char* id : {"1", "3"}) EXPECT_EQ(recorder.Control({"snapshot", id, "-o", file}).status, 1);
+  EXPECT_FALSE(std::filesystem::exists(file)) << "the default picture is nobody's";
+}
+
+struct AddCase {
+  const char* name;
+  std::vector<std::string> arguments;  ///< beside host and no password
+  int status;
+  const char* outputHolds;
+};
+
+/// One after another: a camera that is stored is there for the next.
+const AddCase kAddCases[] = {
+    {"Known", {"--vendor", "Simcam", "--model", "RTSP-H264", "--port", "80"}, 0, "added camera 1"},
+    {"OtherCapitals", {"--vendor", "SIMCAM", "--model", "rtsp-h264", "--port", "81"}, 0, "added camera 2"},
+    {"OnlyModel", {"--vendor", "onvif", "--port", "82"}, 0, "added camera 3"},
+    {"UnknownModel", {"--vendor", "Simcam", "--model", "RTSP-H2645", "--port", "83"}, 1, "nearest: Simcam RTSP-H264"},
+    {"UnknownVendor", {"--vendor", "ONVYF", "--port", "83"}, 1, "nearest: ONVIF Generic"},
+    {"Forced", {"--vendor", "Nobody", "--model", "x", "--port", "84", "--force"}, 0, "added camera 4"},
+    {"Stored", {"--vendor", "ONVIF", "--port", "80"}, 1, "the same camera as camera 1 (GATE)"},
+    {"OtherPath", {"--vendor", "User", "--port", "80", "--source-path", "/x"}, 0, "added camera 5"},
+    {"StoredForced", {"--vendor", "ONVIF", "--port", "80", "--force"}, 0, "added camera 6"},
+};
+
+TEST(StoredCamera, IsRefusedWithAnUnknownModelOrTwice) {
+  const TestRecorder recorder;
+  for (const AddCase& row : kAddCases) {
+    SCOPED_TRACE(row.name);
+    std::vector<std::string> arguments = {"camera", "add", "--host", "GATE", "--no-password"};
+    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+    const Finished added = recorder.Control(arguments);
+    EXPECT_EQ(added.status, row.status);
+    EXPECT_THAT(added.output, HasSubstr(row.outputHolds));
+  }
+  const std::string list = recorder.Control({"camera", "list"}).output;
+  EXPECT_THAT(list, HasSubstr("2\tenabled\tGATE\tSimcam\tRTSP-H264\t\tGATE\t81\n")) << "by the recorder's own names";
+}
+
+TEST(StoredCamera, IsEditedAndAsksForItsPasswordWhenItWouldGoElsewhere) {
+  const SimCameras cameras(List({Camera("first"), Camera("second")}));
+  const TestRecorder recorder;
+  recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("first"), "admin", kSecret);
+  const auto edit = [&](std::vector<std::string> arguments, const std::string& input = {}) {
+    arguments.insert(arguments.begin(), {"camera", "edit", "1"});
+    return recorder.Control(arguments, input);
+  };
+  EXPECT_EQ(edit({"--name", "gate", "--channel", "", "--status", "disabled"}).status, 0) << "no password is asked for";
+  EXPECT_THAT(recorder.Control({"camera", "list"}).output, HasSubstr("1\tdisabled\tgate\tSimcam\tRTSP-H264\t\t"));
+  const std::vector<std::string> move = {"--port", std::to_string(cameras.Port("second")), "--status", "enabled"};
+  EXPECT_THAT(edit(move).output, HasSubstr("no password on standard input"));
+  EXPECT_EQ(recorder.Control({"test", "1"}).status, 0);
+  EXPECT_EQ(cameras.Log("second")["connections"].asInt(), 0);
+  EXPECT_EQ(edit(move, std::string(kSecret) + "\n").status, 0);
+  EXPECT_EQ(recorder.Control({"test", "1"}).status, 0);
+  EXPECT_GT(cameras.Log("second")["connections"].asInt(), 0);
+
+  EXPECT_THAT(edit({"--model", "RTSP-H26"}).output, HasSubstr("nearest: Simcam RTSP-H26"));
+  EXPECT_THAT(edit({}).output, HasSubstr("nothing to change"));
+}
+
+TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {
+  const TestRecorder recorder;
+  const TempFolder folder;
+  const std::string file = folder
+                               .Write("cameras.csv",
+                                      "Our cameras\n"
+                                      "Site;Address;Vendor;Model;Codec\n"
+                                      "hall;cam1;ONVIF;;H.264\n"
+                                      "yard;cam2;Axsi;Generic;\n"
+                                      "hall again;CAM1;ONVIF;;\n")
+                               .string();
+  const std::vector<std::string> import = {"camera", "import", "--map", "Site=name", file};
+  const Finished first = recorder.Control(import);
+  EXPECT_EQ(first.status, 1);
+  EXPECT_THAT(first.output, HasSubstr("line 4, column Model: no such model is known; nearest: Axis Generic"));
+  EXPECT_THAT(first.output, HasSubstr("line 5: the same camera as line 3\n"));
+  EXPECT_THAT(first.output, HasSubstr("the column Codec is not stored\n"));
+  EXPECT_THAT(first.output, HasSubstr("imported 1 cameras\n"));
+  EXPECT_THAT(recorder.Control(import).output, HasSubstr("line 3: the same camera as camera 1 (hall)\n"));
+  EXPECT_EQ(recorder.Control({"camera", "import", file}).status, 1) << "\"Site\" is no known heading";
+  EXPECT_EQ(recorder.Control({"camera", "import", file, "--map", "Site=place"}).status, 2);
+  EXPECT_THAT(recorder.Control({"camera", "import", "--force", file, "--map", "Site=-"}).output,
+              HasSubstr("imported 3 cameras\n"));
+}
+
+}  // namespace end_to_end
