@@ -64,6 +64,12 @@ std::ptrdiff_t CountKnown(const std::vector<Column>& columns) {
   return std::count_if(columns.begin(), columns.end(), [](const Column& c) { return !c.member.value_or("").empty(); });
 }
 
+/// Whether a cell is a number or an address, which no heading is.
+bool IsValue(const std::string& cell) {
+  const bool isNumber = !cell.empty() && cell.find_first_not_of("0123456789.: ") == std::string::npos;
+  return isNumber || cell.find("://") != std::string::npos;
+}
+
 /// The line and the separator by which most headings are known.
 std::optional<Heading> FindHeading(std::string_view text, const ListRules& rules) {
   std::optional<Heading> best;
@@ -71,7 +77,7 @@ std::optional<Heading> FindHeading(std::string_view text, const ListRules& rules
     CsvReader reader(text, separator);
     for (int i = 0; i < kMostLinesToHeading; ++i) {
       const std::optional<CsvLine> line = reader.Next();
-      if (!line) break;
+      if (!line || std::any_of(line->cells.begin(), line->cells.end(), IsValue)) break;
       Heading heading{line->number, ColumnsOf(*line, rules), reader};
       const std::ptrdiff_t known = line->mistake.empty() ? CountKnown(heading.columns) : 0;
       if (known > (best ? CountKnown(best->columns) : 0)) best = std::move(heading);
@@ -92,7 +98,7 @@ std::vector<ListMistake> HeadingMistakes(const Heading& heading) {
           {heading.line, column->name,
            "is no known column; --map HEADING=COLUMN says what it holds, --map HEADING=- passes over it"});
     } else if (!column->member->empty() && holds(column, *column->member)) {
-      mistakes.push_back({heading.line, column->name, "is there twice"});
+      mistakes.push_back({heading.line, column->name, "is there twice; --map HEADING=- passes over one of them"});
     }
   }
   if (!holds(columns.end(), "address")) {

@@ -69,6 +69,7 @@ std::pair<bool, std::size_t> Unlikeness(const ModelName& name, const std::string
 /// The models most like `wanted`, with commas between them.
 std::string Nearest(const std::vector<ModelName>& models, const std::string& wanted) {
   std::vector<std::pair<std::pair<bool, std::size_t>, std::string>> byUnlikeness;
+  byUnlikeness.reserve(models.size());
   for (const ModelName& name : models) byUnlikeness.emplace_back(Unlikeness(name, wanted), Label(name));
   std::sort(byUnlikeness.begin(), byUnlikeness.end());
   byUnlikeness.resize(std::min(kMostNearest, byUnlikeness.size()));

@@ -70,7 +70,7 @@ const CsvCase kCsvCases[] = {
     {"UnknownColumn", "address,vendor,nmae\ncam1,ONVIF,n\n", "1: nmae\n"},
     {"ColumnTwice", "address,vendor,host\ncam1,ONVIF,cam1\n", "1: host\n"},
     {"ColumnMissing", "vendor,name\nONVIF,n\n", "1: address\n"},
-    {"NoHeading", "cam1,80,Acme\n", "1: \n"},
+    {"NoHeading", "admin,80,user\nhost,model,x\n", "1: \n"},
     {"Nothing", "", "1: \n"},
 };
 
