@@ -102,10 +102,10 @@ TEST_F(RecordsTest, AChangedRecordKeepsItsPasswordForItsOwnStreamAlone) {
     EXPECT_TRUE(records.Change(camera, "secret"));
     EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret") << "sealed for the changed record";
   }
-  records.RaiseLogin(camera.id, LoginMethod::kDigestMd5);
+  records.RaiseLogin(camera.id, LoginMethod::kMd5);
   camera.name = "yard";
   EXPECT_TRUE(records.Change(camera, std::nullopt));
-  EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kDigestMd5);
+  EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kMd5);
   camera.port = 82;
   EXPECT_TRUE(records.Change(camera, "secret"));
   EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kNone) << "no login has worked there yet";
