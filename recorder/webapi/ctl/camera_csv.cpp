@@ -16,7 +16,7 @@ namespace recorder {
 namespace {
 
 constexpr int kMostLinesToHeading = 5;
-constexpr char kPassedOver[] = "-";
+constexpr char kNoColumn[] = "-";
 constexpr int kRtspPort = 554;
 constexpr int kHttpPort = 80;
 
@@ -51,7 +51,7 @@ std::string Trimmed(const std::string& text) {
 std::optional<std::string> MemberBy(const std::string& heading, const ListRules& rules) {
   const auto rule = rules.columns.find(PlainHeading(heading));
   if (rule == rules.columns.end()) return heading.empty() ? "" : MemberOf(heading);
-  return rule->second == kPassedOver ? "" : MemberOf(rule->second);
+  return rule->second == kNoColumn ? "" : MemberOf(rule->second);
 }
 
 std::vector<Column> ColumnsOf(const CsvLine& line, const ListRules& rules) {

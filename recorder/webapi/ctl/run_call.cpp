@@ -14,8 +14,6 @@ namespace recorder {
 
 namespace {
 
-[[noreturn]] void FailUsage(const std::string& reason) { throw CLI::ValidationError(reason); }
-
 ApiAnswer RunInSight(const ApiCall& call, const std::string& work) {
   const Progress progress(work);
   return RunCall(call);
@@ -40,7 +38,8 @@ void WritePicture(std::string_view raw, const std::filesystem::path& file) {
   const std::string_view picture = headerEnd == std::string_view::npos ? raw : raw.substr(headerEnd + 4);
   RefuseDefaultPicture(picture);
   if (file.empty()) {
-    if (isatty(STDOUT_FILENO) != 0) FailUsage("the answer is a picture, which no terminal shows; give -o FILE");
+    if (isatty(STDOUT_FILENO) != 0)
+      throw CLI::ValidationError("the answer is a picture, which no terminal shows; give -o FILE");
     std::cout.write(picture.data(), static_cast<std::streamsize>(picture.size())).flush();
     return;
   }
@@ -70,7 +69,7 @@ void RunAndPrint(const ApiCall& call, const std::string& work, const std::filesy
       WritePicture(answer.raw, pictureFile);
       return;
     case ApiAnswer::Kind::kBadParameter:
-      FailUsage("the parameter \"" + answer.parameter + "\" has a wrong type or is missing");
+      throw CLI::ValidationError("the parameter \"" + answer.parameter + "\" has a wrong type or is missing");
     case ApiAnswer::Kind::kException:
       throw std::runtime_error("the module failed: " + answer.reason);
     case ApiAnswer::Kind::kNone:
