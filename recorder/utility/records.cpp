@@ -5,12 +5,11 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <tuple>
 #include <utility>
 
 #include "recorder/utility/files.h"
+#include "recorder/utility/record_mistakes.h"
 #include "recorder/utility/record_schema.h"
-#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -19,7 +18,6 @@ namespace {
 constexpr auto kDatabaseFile = "recorder.db";
 constexpr auto kKeyFile = "secret.key";
 constexpr int kBusyTimeoutMs = 5000;
-constexpr std::size_t kLongestText = 1024;  // bytes
 
 constexpr auto kSelectCameras =
     "SELECT id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId, strongestLogin "
@@ -72,47 +70,7 @@ void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes)
   statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
 }
 
-std::optional<std::string> TextMistake(const std::string& text, bool mayBeEmpty) {
-  if (text.empty()) return mayBeEmpty ? std::nullopt : std::optional<std::string>("missing");
-  if (text.size() > kLongestText) return "longer than " + std::to_string(kLongestText) + " bytes";
-  if (!IsUtf8(text)) return "is not UTF-8";
-  if (HoldsControls(text)) return "holds a control character";
-  return std::nullopt;
-}
-
 }  // namespace
-
-std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password) {
-  const struct {
-    const char* member;
-    const std::string& text;
-    bool mayBeEmpty;
-  } texts[] = {
-      {"name", camera.name, false},      {"vendor", camera.vendor, false},
-      {"model", camera.model, true},     {"host", camera.host, false},
-      {"user", camera.user, true},       {"password", password, true},
-      {"channel", camera.channel, true}, {"sourcePath", camera.sourcePath, true},
-  };
-  for (const auto& [member, text, mayBeEmpty] : texts) {
-    if (const auto mistake = TextMistake(text, mayBeEmpty)) return RecordMistake{member, *mistake};
-  }
-  if (camera.vendor.find(' ') != std::string::npos) return RecordMistake{"vendor", "holds a blank"};
-  if (camera.host.find_first_of(" /@?#") != std::string::npos) {
-    return RecordMistake{"host", "is not a host name or address"};
-  }
-  if (camera.port < 1 || camera.port > 65535) return RecordMistake{"port", "is not a port (1 to 65535)"};
-  if (password == gszFakePass) {
-    return RecordMistake{"password", "is the text that stands for a stored password"};
-  }
-  return std::nullopt;
-}
-
-bool KeepsPassword(const CameraRecord& before, const CameraRecord& after) {
-  const auto login = [](const CameraRecord& camera) {
-    return std::tie(camera.host, camera.port, camera.vendor, camera.model, camera.user, camera.sourcePath);
-  };
-  return login(before) == login(after);
-}
 
 struct Records::Impl {
   explicit Impl(const fs::path& stateFolder)

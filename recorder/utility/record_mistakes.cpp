@@ -1,0 +1,56 @@
+#include "recorder/utility/record_mistakes.h"
+
+#include <tuple>
+
+#include "recorder/utility/records.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr std::size_t kLongestText = 1024;  // bytes
+
+}  // namespace
+
+std::optional<std::string> TextMistake(const std::string& text, bool mayBeEmpty) {
+  if (text.empty()) return mayBeEmpty ? std::nullopt : std::optional<std::string>("missing");
+  if (text.size() > kLongestText) return "longer than " + std::to_string(kLongestText) + " bytes";
+  if (!IsUtf8(text)) return "is not UTF-8";
+  if (HoldsControls(text)) return "holds a control character";
+  return std::nullopt;
+}
+
+std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password) {
+  const struct {
+    const char* member;
+    const std::string& text;
+    bool mayBeEmpty;
+  } texts[] = {
+      {"name", camera.name, false},      {"vendor", camera.vendor, false},
+      {"model", camera.model, true},     {"host", camera.host, false},
+      {"user", camera.user, true},       {"password", password, true},
+      {"channel", camera.channel, true}, {"sourcePath", camera.sourcePath, true},
+  };
+  for (const auto& [member, text, mayBeEmpty] : texts) {
+    if (const auto mistake = TextMistake(text, mayBeEmpty)) return RecordMistake{member, *mistake};
+  }
+  if (camera.vendor.find(' ') != std::string::npos) return RecordMistake{"vendor", "holds a blank"};
+  if (camera.host.find_first_of(" /@?#") != std::string::npos) {
+    return RecordMistake{"host", "is not a host name or address"};
+  }
+  if (camera.port < 1 || camera.port > 65535) return RecordMistake{"port", "is not a port (1 to 65535)"};
+  if (password == gszFakePass) {
+    return RecordMistake{"password", "is the text that stands for a stored password"};
+  }
+  return std::nullopt;
+}
+
+bool KeepsPassword(const CameraRecord& before, const CameraRecord& after) {
+  const auto login = [](const CameraRecord& camera) {
+    return std::tie(camera.host, camera.port, camera.vendor, camera.model, camera.user, camera.sourcePath);
+  };
+  return login(before) == login(after);
+}
+
+}  // namespace recorder
