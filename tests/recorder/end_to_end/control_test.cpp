@@ -89,7 +89,11 @@ TEST(StoredCamera, IsEditedAndAsksForItsPasswordWhenItWouldGoElsewhere) {
   };
   EXPECT_EQ(edit({"--name", "gate", "--channel", "", "--status", "disabled"}).status, 0) << "no password is asked for";
   EXPECT_THAT(recorder.Control({"camera", "list"}).output, HasSubstr("1\tdisabled\tgate\tSimcam\tRTSP-H264\t\t"));
-  const std::vector<std::string> move = {"--port", std::to_string(cameras.Port("second")), "--status", "enabled"};
+  for (const char* ask : {"test", "snapshot"}) {
+    EXPECT_THAT(recorder.Control({ask, "1"}).output, HasSubstr("camera 1 is disabled"));
+  }
+  EXPECT_EQ(edit({"--status", "enabled"}).status, 0);
+  const std::vector<std::string> move = {"--port", std::to_string(cameras.Port("second"))};
   EXPECT_THAT(edit(move).output, HasSubstr("no password on standard input"));
   EXPECT_EQ(recorder.Control({"test", "1"}).status, 0);
   EXPECT_EQ(cameras.Log("second")["connections"].asInt(), 0);
