@@ -194,7 +194,7 @@ $HTTP["url"] !~ "API_ADDRESSES" {
   index-file.names = ( "index.html" )
   mimetype.assign = ( "/index.html" => "text/html; charset=utf-8", ".css" => "text/css; charset=utf-8",
     ".js" => "text/javascript; charset=utf-8", ".svg" => "image/svg+xml", ".csv" => "text/csv; charset=utf-8",
-    ".yaml" => "application/yaml", ".html" => "application/json" )
+    ".yaml" => "application/yaml", ".json" => "application/json", ".html" => "application/json" )
   setenv.set-response-header = ( "Cache-Control" => "no-cache", "X-Content-Type-Options" => "nosniff",
     "Referrer-Policy" => "no-referrer", "Cross-Origin-Opener-Policy" => "same-origin",
     "Content-Security-Policy" => "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' blob:; " +
