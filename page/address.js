@@ -1,5 +1,8 @@
 /// Addresses as people write them: a name, host:port, or a whole stream address.
 
+import { splitPath } from "./path-login.js";
+import { decode } from "./text.js";
+
 /**
  * @typedef {object} AddressParts
  * @property {string} host without brackets
@@ -11,15 +14,6 @@
 
 /** @type {Readonly<Record<string, string>>} */
 const SCHEME_PORTS = { rtsp: "554", rtsps: "322", http: "80", https: "443" };
-
-/** Takes off percent-encoding, where it makes sense. @param {string} text */
-export function decode(text) {
-  try {
-    return decodeURIComponent(text);
-  } catch {
-    return text; // a bare percent sign, in a password for one
-  }
-}
 
 /**
  * Splits "host", "host:port", "[v6]:port" or a bare v6 address.
@@ -45,7 +39,7 @@ export function hidesLogin(text) {
 }
 
 /**
- * A text that hides a login is not split: all of it is the host.
+ * A text that hides a login is not split: all of it is the host. A login may stand in the path too.
  * @param {string} text
  * @returns {AddressParts}
  */
@@ -57,12 +51,13 @@ export function splitAddress(text) {
   const at = authority.lastIndexOf("@");
   const [user = "", ...password] = authority.slice(0, Math.max(at, 0)).split(":");
   const { host, port } = splitHost(authority.slice(at + 1));
+  const ofPath = splitPath(path === "/" ? "" : path);
   return {
     host,
     port: port || (SCHEME_PORTS[scheme.toLowerCase()] ?? ""),
-    user: decode(user),
-    password: decode(password.join(":")),
-    path: path === "/" ? "" : path,
+    user: decode(user) || ofPath.user,
+    password: decode(password.join(":")) || ofPath.password,
+    path: ofPath.path,
   };
 }
 

@@ -33,9 +33,14 @@
  */
 
 /**
- * What came of a question: a value, or the code of a cause.
+ * What came of a test: 0, or the code of the cause; with the recorder's name for it, if it gave one.
+ * @typedef {{code: number, cause?: string}} Verdict
+ */
+
+/**
+ * What came of a question: a value, or a verdict.
  * @template T
- * @typedef {{value: T, code: 0} | {value: null, code: number}} Outcome
+ * @typedef {{value: T, code: 0} | ({value: null} & Verdict)} Outcome
  */
 
 /** @typedef {"offline" | "signedOut" | "refused" | "timeOut" | "stopped"} TroubleKind */
@@ -76,7 +81,7 @@ export function watchRecorder(listener) {
  * @param {string} method
  * @param {Record<string, unknown>} parameters
  * @param {AbortSignal} [signal]
- * @returns {Promise<{status: number, body: any}>}
+ * @returns {Promise<{status: number, body: any, cause: string}>} of which the cause is "" if the recorder named none
  */
 async function send(method, parameters, signal) {
   const limit = new AbortController();
@@ -94,7 +99,8 @@ async function send(method, parameters, signal) {
       cache: "no-store",
       signal: limit.signal,
     });
-    return { status: response.status, body: await response.json().catch(() => null) };
+    const cause = response.headers.get("Recorder-Cause") ?? "";
+    return { status: response.status, body: await response.json().catch(() => null), cause };
   } catch {
     if (signal?.aborted) throw new Trouble("stopped", "Stopped waiting. The recorder finishes on its own.");
     if (limit.signal.aborted) throw new Trouble("timeOut", "The recorder did not answer in time.");
@@ -113,6 +119,11 @@ function troubleOf(status, body) {
   if (body === null && (status === 502 || status === 504)) {
     return new Trouble("offline", "The recorder is not reachable.");
   }
+  if (status === 403 && body?.error?.message?.includes("Host header")) {
+    const name = `This recorder does not go by the name “${location.hostname}”.`;
+    const entry = `Add "${location.hostname}" to "hostNames" in its configuration`;
+    return new Trouble("refused", `${name} ${entry}, or open this page by the recorder's IP address.`);
+  }
   if (status === ANSWERED_STATUS && typeof body?.success === "boolean") return null;
   const busy = "All workers of the recorder are busy. Try again in a moment.";
   const text = status === 503 ? busy : `It answered with status ${status}.`;
@@ -123,15 +134,15 @@ function troubleOf(status, body) {
  * @param {string} method
  * @param {Record<string, unknown>} [parameters]
  * @param {AbortSignal} [signal]
- * @returns {Promise<Outcome<any>>}
+ * @returns {Promise<Outcome<any> & {cause: string}>}
  */
 async function call(method, parameters = {}, signal) {
   try {
-    const { status, body } = await send(method, parameters, signal);
+    const { status, body, cause } = await send(method, parameters, signal);
     const trouble = troubleOf(status, body);
     if (trouble) throw trouble;
     tellState("answered");
-    return body.success ? { value: body.data, code: 0 } : { value: null, code: body.error?.code ?? -1 };
+    return body.success ? { value: body.data, code: 0, cause } : { value: null, code: body.error?.code ?? -1, cause };
   } catch (error) {
     if (error instanceof Trouble && (error.kind === "offline" || error.kind === "signedOut")) tellState(error.kind);
     throw error;
@@ -240,7 +251,7 @@ export async function listStoredCameras() {
 /**
  * @param {Camera} camera
  * @param {AbortSignal} [signal]
- * @returns {Promise<number>} 0, or the code of the cause
+ * @returns {Promise<Verdict>}
  */
 export async function testCamera(camera, signal) {
   const parameters = {
@@ -248,7 +259,7 @@ export async function testCamera(camera, signal) {
     camPassWord: password(camera),
     camStreamingType: camera.stream,
   };
-  return (await inTurn([camera.host], () => call("CameraTest", parameters, signal))).code;
+  return inTurn([camera.host], () => call("CameraTest", parameters, signal));
 }
 
 /**
@@ -291,7 +302,7 @@ export async function measureSize(camera, signal) {
  * Tests cameras side by side, each on its default channel.
  * @param {{id: string, name: string, camera: Camera}[]} rows at most ten, of different hosts
  * @param {AbortSignal} [signal]
- * @returns {Promise<Map<string, number>>} by id: 0, or the code of the cause; a row may be missing
+ * @returns {Promise<Map<string, Verdict>>} by id; a row may be missing
  */
 export async function testGroup(rows, signal) {
   const camList = rows.map(({ id, name, camera }) => ({
@@ -305,11 +316,16 @@ export async function testGroup(rows, signal) {
     model: camera.model,
   }));
   const hosts = rows.map(({ camera }) => camera.host);
-  const { value, code } = await inTurn(hosts, () => call("CamBatAddVerify", { camList }, signal));
+  const { value, code, cause } = await inTurn(hosts, () => call("CamBatAddVerify", { camList }, signal));
   if (code !== 0) throw new Trouble("refused", `It gave code ${code} for the whole group.`);
   /** @type {{tmpId: unknown, result: number, errinfo?: {code: number}}[]} */
   const results = value?.resultList ?? [];
+  const causes = cause.split(",").map((name) => name.trim()); // one a row, in the order in which they were sent
+  const namedCauses = new Map(rows.map(({ id }, i) => [id, causes.length === rows.length ? causes[i] : ""]));
   return new Map(
-    results.map(({ tmpId, result, errinfo }) => [String(tmpId), result === 0 ? 0 : (errinfo?.code ?? -1)]),
+    results.map(({ tmpId, result, errinfo }) => {
+      const id = String(tmpId);
+      return [id, { code: result === 0 ? 0 : (errinfo?.code ?? -1), cause: namedCauses.get(id) ?? "" }];
+    }),
   );
 }

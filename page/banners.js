@@ -1,9 +1,16 @@
-/// Says when the recorder cannot be asked, and finds out when it can again. A test is never sent again from here.
+/// Says, in every view, when the recorder cannot be asked, and finds out when it can again. A test is never sent again
+/// from here.
 
 import { watchRecorder } from "./api.js";
 import { byId } from "./dom.js";
 
 const RETRY_AFTER_S = [5, 10, 20, 30]; // the last one again and again
+
+const SIGNED_OUT = { title: "Sign in again.", text: "The recorder no longer knows this browser." };
+const NOT_SIGNED_IN = {
+  title: "Not signed in.",
+  text: "The recorder did not accept the login, or none was given. “recorderctl user add” makes a user.",
+};
 
 /**
  * @param {import("./models.js").ModelList} models what is asked for, since it contacts no camera
@@ -13,6 +20,7 @@ export function watchConnection(models) {
   const signedOut = byId("signed-out", HTMLElement);
   let timer = 0;
   let tries = 0;
+  let wasSignedIn = false;
 
   const retryLater = () => {
     const seconds = RETRY_AFTER_S[Math.min(tries++, RETRY_AFTER_S.length - 1)] ?? 30;
@@ -25,6 +33,10 @@ export function watchConnection(models) {
   watchRecorder((state) => {
     offline.hidden = state !== "offline";
     signedOut.hidden = state !== "signedOut";
+    if (state === "answered") wasSignedIn = true;
+    const { title, text } = wasSignedIn ? SIGNED_OUT : NOT_SIGNED_IN;
+    byId("signed-out-title", HTMLElement).textContent = title;
+    byId("signed-out-text", HTMLElement).textContent = text;
     if (state === "offline") {
       if (!timer) retryLater();
       return;
@@ -33,6 +45,12 @@ export function watchConnection(models) {
     timer = 0;
     tries = 0;
   });
+  models.addEventListener("change", () => {
+    const isTold = !offline.hidden || !signedOut.hidden;
+    byId("models-failed", HTMLElement).hidden = models.state !== "failed" || isTold;
+    byId("models-failed-text", HTMLElement).textContent = models.trouble;
+  });
+  byId("models-again", HTMLButtonElement).addEventListener("click", () => models.load());
   byId("sign-in", HTMLButtonElement).addEventListener("click", () => models.load());
   byId("not-encrypted", HTMLElement).hidden = window.isSecureContext;
 }

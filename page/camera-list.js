@@ -1,19 +1,17 @@
-/// A list of cameras out of a file: columns, cells, and what is wrong with them. Asks nobody.
+/// The rows of a list of cameras: their cells, what is wrong with them, and what came of them. Asks nobody.
 
 import { hidesLogin, hostMistake, portMistake, splitAddress } from "./address.js";
 import { STORED_PASSWORD } from "./api.js";
-import { TEST_CAUSES, causeOf } from "./causes.js";
-import { decodeText, isWorkbook, parseCsv, unguardCell } from "./csv.js";
+import { testCause } from "./causes.js";
+import { COLUMNS } from "./headings.js";
 import { defaultPort, isUserDefined } from "./models.js";
-import { counted } from "./text.js";
+import { splitPath } from "./path-login.js";
 
 /**
  * @typedef {import("./api.js").Camera} Camera
  * @typedef {import("./api.js").Model} Model
  * @typedef {import("./models.js").ModelList} ModelList
- * @typedef {"name" | "address" | "port" | "user" | "password" | "vendor" | "model" | "channel" | "path" | "codec"
- *   | "stream"} Column
- * @typedef {Record<Column, string>} Cells
+ * @typedef {Record<import("./headings.js").Column, string>} Cells
  *
  * @typedef {object} Defaults what stands in for empty cells
  * @property {string} port "" for the usual one of the model
@@ -38,158 +36,32 @@ import { counted } from "./text.js";
  * @property {boolean} isForgotten had a password, its own or the shared one, that was forgotten
  * @property {Result} result
  * @property {number} code of the failure; 0 for none
+ * @property {string} cause the name that the recorder gave it; "" for none
  * @property {string} note why a row has no result
  * @property {Date | null} testedAt
- *
- * @typedef {object} ReadList
- * @property {Row[]} rows
- * @property {string} mistake of the file, which has no rows then; "" for none
- * @property {string[]} notes
  */
 
-/** In the order of a file without a heading. @type {readonly Column[]} */
-export const COLUMNS = [
-  "name",
-  "address",
-  "port",
-  "user",
-  "password",
-  "vendor",
-  "model",
-  "channel",
-  "path",
-  "codec",
-  "stream",
-];
 export const CODECS = ["H.264", "H.265", "MJPEG", "MPEG4", "MXPEG"];
 export const STREAMS = ["RTSP", "HTTP"];
-const MOST_ROWS = 1000;
-
 /** Of a row that was not tested. */
-export const UNTESTED = /** @type {const} */ ({ result: "waiting", code: 0, note: "", testedAt: null });
-
-/** @type {Readonly<Record<string, Column>>} */
-const SYNONYMS = {
-  ip: "address",
-  host: "address",
-  url: "address",
-  login: "user",
-  username: "user",
-  pass: "password",
-  pwd: "password",
-  brand: "vendor",
-  make: "vendor",
-  manufacturer: "vendor",
-  ch: "channel",
-  sourcepath: "path",
-};
-
-/** @param {string} heading @returns {Column | null} */
-function columnOf(heading) {
-  const name = heading.toLowerCase().replace(/[\s_-]/g, "");
-  return COLUMNS.find((column) => column === name) ?? SYNONYMS[name] ?? null;
-}
-
-/** An address never stands in a heading, so that "user" may be somebody's user name. @param {string[]} cells */
-const isHeading = (cells) =>
-  cells.some((cell) => columnOf(cell)) &&
-  !cells.some((cell) => /^(\d{1,3}\.){3}\d{1,3}(:\d+)?$|:\/\//.test(cell.trim()));
-
-/** @param {string} mistake @returns {ReadList} */
-const refused = (mistake) => ({ rows: [], mistake, notes: [] });
-
-/** @param {Uint8Array} bytes @returns {ReadList} */
-export function readListFile(bytes) {
-  if (isWorkbook(bytes)) return refused("This is a workbook. Save it as CSV.");
-  const { text, isGuess } = decodeText(bytes);
-  const list = readList(text);
-  if (isGuess) list.notes.unshift("The file is not UTF-8; it was read as Windows-1252.");
-  return list;
-}
-
-/** @param {string} text @returns {ReadList} */
-export function readList(text) {
-  const { lines, openQuote } = parseCsv(text);
-  if (openQuote) return refused(`The quote opened in line ${openQuote} is never closed.`);
-  const first = lines[0];
-  if (!first) return refused("There are no rows in it.");
-  const hasHeading = isHeading(first.cells);
-  const { columns, notes } = hasHeading ? readHeading(first.cells) : orderedColumns(first.cells.length);
-  if (!columns.includes("address")) return refused("No column holds the address.");
-  const data = hasHeading ? lines.slice(1) : lines;
-  if (data.length === 0) return refused("There are no rows in it.");
-  if (data.length > MOST_ROWS) return refused(`More than ${MOST_ROWS.toLocaleString("en")} rows. Split the file.`);
-  return { rows: data.map((line) => readRow(line, columns)), mistake: "", notes };
-}
-
-/** @param {string[]} cells */
-function readHeading(cells) {
-  const notes = [];
-  /** @type {(Column | null)[]} */
-  const columns = [];
-  const unknown = [];
-  for (const cell of cells) {
-    const column = columnOf(cell);
-    const isTwice = column !== null && columns.includes(column);
-    if (!column && cell.trim()) unknown.push(cell.trim());
-    if (isTwice) notes.push(`The column ${column} is there twice; the first one counts.`);
-    columns.push(isTwice ? null : column);
-  }
-  if (unknown.length > 0) notes.push(`Columns that are not read: ${unknown.join(", ")}.`);
-  return { columns, notes };
-}
-
-/** Without a heading; a list of one column is one of addresses. @param {number} count */
-function orderedColumns(count) {
-  /** @type {readonly Column[]} */
-  const columns = count === 1 ? ["address"] : COLUMNS.slice(0, count);
-  return { columns, notes: [`Line 1 names no columns, so they are taken in this order: ${columns.join(", ")}.`] };
-}
+export const UNTESTED = /** @type {const} */ ({ result: "waiting", code: 0, cause: "", note: "", testedAt: null });
 
 /**
- * @param {import("./csv.js").Line} line
- * @param {readonly (Column | null)[]} columns
- * @returns {Row}
- */
-function readRow({ number, cells }, columns) {
-  const width = columns.length;
-  const isLong = cells.slice(width).some((cell) => cell.trim() !== "");
-  const found = /** @type {Cells} */ (Object.fromEntries(COLUMNS.map((column) => [column, ""])));
-  for (const [i, column] of columns.entries()) {
-    const cell = cells[i] ?? "";
-    if (column) found[column] = column === "password" ? cell : unguardCell(cell.trim());
-  }
-  const isShort = cells.length < width;
-  return {
-    line: number,
-    cells: splitCells(found),
-    shapeMistake: isShort || isLong ? `${counted(cells.length, "cell")}, but the heading has ${width}.` : "",
-    camera: null,
-    problems: [],
-    notices: [],
-    sameAs: 0,
-    asDuplicate: false,
-    asHeld: false,
-    isForgotten: false,
-    ...UNTESTED,
-  };
-}
-
-/**
- * Spreads an address such as "host:8080" or a whole stream address over its columns; what stands there already wins.
- * Of one that hides a login, "@" alone is kept: cells are shown and exported.
+ * Spreads an address such as "host:8080" or a whole stream address, and a path with a login, over their columns; what
+ * stands there already wins. Of an address that hides a login, "@" alone is kept: cells are shown and exported.
  * @param {Cells} cells
  * @returns {Cells}
  */
 export function splitCells(cells) {
-  const { host, port, user, password, path } = splitAddress(cells.address);
+  const { host, port, ...ofAddress } = splitAddress(cells.address);
+  const ofPath = splitPath(cells.path);
   return {
     ...cells,
     address: hidesLogin(host) ? "@" : host,
     port: cells.port || port,
-    user: cells.user || user,
-    password: cells.password || password,
-    path: cells.path || path,
+    user: cells.user || ofPath.user || ofAddress.user,
+    password: cells.password || ofPath.password || ofAddress.password,
+    path: ofPath.path || ofAddress.path,
   };
 }
 
@@ -221,7 +93,8 @@ export function meant(text, values) {
 }
 
 /**
- * Works out the camera of each row, and what is wrong with it.
+ * Works out the camera of each row, and what is wrong with it. A camera that passed stays the one that was tested,
+ * though the defaults are others now; one whose password was forgotten takes the new one.
  * @param {Row[]} rows
  * @param {Defaults} defaults
  * @param {ModelList} models
@@ -230,7 +103,8 @@ export function checkRows(rows, defaults, models) {
   /** @type {Map<string, number>} */
   const lines = new Map();
   for (const row of rows) {
-    Object.assign(row, checkRow(row, defaults, models), { sameAs: 0 });
+    if (row.result !== "passed" || row.isForgotten) Object.assign(row, checkRow(row, defaults, models));
+    row.sameAs = 0;
     if (!row.camera) continue;
     const { host, port, channel, path } = row.camera;
     const key = JSON.stringify([host.toLowerCase(), port, channel, path]);
@@ -240,12 +114,13 @@ export function checkRows(rows, defaults, models) {
 }
 
 /**
+ * The camera of a row, and what is wrong with it.
  * @param {Row} row
  * @param {Defaults} defaults
  * @param {ModelList} models
  * @returns {{camera: Camera | null, problems: string[], notices: string[]}}
  */
-function checkRow({ cells, shapeMistake }, defaults, models) {
+export function checkRow({ cells, shapeMistake }, defaults, models) {
   if (shapeMistake) return { camera: null, problems: [shapeMistake], notices: [] };
   const { address: host, path, channel } = cells;
   const user = cells.user || defaults.user;
@@ -313,7 +188,7 @@ export function reasonOf(row) {
   const kind = kindOf(row);
   if (kind === "toFix") return row.problems.join(" ");
   if (kind === "leftOut") return `same camera as line ${row.sameAs}`;
-  return kind === "failed" ? causeOf(TEST_CAUSES, row.code).heading : row.note;
+  return kind === "failed" ? testCause(row).heading : row.note;
 }
 
 /** Rows that a run may test. @param {Row} row */

@@ -1,6 +1,6 @@
 /// The table of what a camera can do.
 
-import { CAPABILITY_CAUSES, causeOf } from "./causes.js";
+import { capabilityCause } from "./causes.js";
 import { el } from "./dom.js";
 
 /** @typedef {import("./api.js").Capabilities} Capabilities */
@@ -44,17 +44,17 @@ function rowsOf(can) {
     ["Codecs", listed(codecsOf(can).map(({ codec, streams }) => `${codec} over ${streams.join(" or ")}`))],
     ["Resolutions", listed(can.ResoList, can.defReso)],
     ["Frame rates", listed(can.FPSList, can.defFPS)],
-    ["Qualities", listed(can.QualList, can.defQual)],
-    ["Streams a channel", can.streamCnt ? String(can.streamCnt) : "none reported"],
+    ["Picture qualities", listed(can.QualList, can.defQual)],
+    ["Streams per channel", can.streamCnt ? String(can.streamCnt) : "none reported"],
     ["Audio", can.audioCap ? `Yes, channel ${listed(can.AudioCHList)}` : "No"],
     ["Motion detection", can.MDCap ? `Yes, channel ${listed(can.MDList)}` : "No"],
     ["Digital inputs", String(inputs)],
     ["RTSP transports", listed(transports)],
-    ["RTSP transport to begin with", TRANSPORTS[can.defRtspProtocol] ?? "none reported"],
+    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? "none reported"],
     ["RTSP keep-alive", yesNo(can.defRtspKeepAlive)],
-    ["Inputs for several cameras", yesNo(can.VideoSvr)],
-    ["Storage of its own", yesNo(can.hasEdgeStg)],
-    ["User of a new camera", can.defUser || "none reported"],
+    ["Video server", yesNo(can.VideoSvr)],
+    ["Records to its own card", yesNo(can.hasEdgeStg)],
+    ["Factory user", can.defUser || "none reported"],
   ];
 }
 
@@ -63,9 +63,9 @@ function rowsOf(can) {
  * @param {import("./api.js").Outcome<Capabilities>} outcome
  * @param {string} caption
  */
-export function describeCapabilities({ value, code }, caption) {
-  if (value) return capabilityTable(value, caption);
-  const { heading, happened, first } = causeOf(CAPABILITY_CAUSES, code);
+export function describeCapabilities(outcome, caption) {
+  if (outcome.value) return capabilityTable(outcome.value, caption);
+  const { heading, happened, first } = capabilityCause(outcome);
   return el("p", {}, el("strong", { text: heading }), `. ${happened} ${first}`);
 }
 

@@ -9,6 +9,8 @@
  * @property {Field} field the field to look at
  */
 
+/** The code of a test that nobody answered in time. */
+export const TIMED_OUT = 463;
 /** The code of a test whose login the camera refused. */
 export const LOGIN_REFUSED = 464;
 
@@ -119,13 +121,68 @@ export const SIZE_CAUSES = {
 };
 
 /**
- * The cause of a code, also of one that this page does not know.
+ * Causes that have no code of their own, by the names that the recorder gives.
+ * @type {Readonly<Record<string, Cause>>}
+ */
+export const NAMED_CAUSES = {
+  blocked: {
+    heading: "Address not allowed by this recorder",
+    happened:
+      "Nothing was sent: the address is the recorder's own, a link's, or closed by the administrator. Something may " +
+      "well answer there.",
+    first: 'Compare the address; the administrator can open it under "addressPolicy" of the configuration.',
+    field: "address",
+  },
+  clockUnknown: {
+    heading: "Login refused, the camera's clock may be wrong",
+    happened:
+      "An ONVIF login holds the time, and this camera does not say what it takes for the time. The password may be " +
+      "right.",
+    first: "Set the camera's clock, or let it take the time from a time server.",
+    field: "none",
+  },
+  loginUnsupported: {
+    heading: "Login method not supported",
+    happened:
+      "The camera asks for a login that the recorder does not know (it knows Basic, and Digest with MD5 or SHA-256).",
+    first: "Switch the camera to Digest.",
+    field: "none",
+  },
+  notThisProtocol: {
+    heading: "Another protocol is spoken there",
+    happened: "What answers on that port is no RTSP (or no HTTP) server.",
+    first: "RTSP is mostly on port 554, HTTP on port 80.",
+    field: "port",
+  },
+  notUnderstood: {
+    heading: "Answer not understood",
+    happened: "The camera's answer makes no sense, ended early, or is no picture.",
+    first: "Restart the camera; if it stays so, its firmware may be at fault.",
+    field: "none",
+  },
+  notPrepared: {
+    heading: "Test not prepared",
+    happened: "Nothing was sent: the model is not known, or it needs the path of the stream.",
+    first: 'Choose the model again; "Any camera" needs the stream path.',
+    field: "model",
+  },
+  noOnvif: {
+    heading: "No ONVIF at this port",
+    happened: "Something answers on this port, but it is no ONVIF service.",
+    first: "Switch ONVIF on in the camera's settings, and look for its port there; it is mostly 80.",
+    field: "port",
+  },
+};
+
+/**
+ * Of a failure: by the name that the recorder gave, or else by its code; also of a code that this page does not know.
  * @param {Readonly<Record<number, Cause>>} causes
- * @param {number} code
+ * @param {{code: number, cause?: string}} failure
  * @returns {Cause}
  */
-export function causeOf(causes, code) {
+function causeOf(causes, { code, cause = "" }) {
   return (
+    NAMED_CAUSES[cause] ??
     causes[code] ?? {
       heading: "Something else went wrong",
       happened: "The recorder gave a code that this page does not know.",
@@ -134,3 +191,24 @@ export function causeOf(causes, code) {
     }
   );
 }
+
+/** Why a test failed. @param {{code: number, cause?: string}} failure */
+export const testCause = (failure) => causeOf(TEST_CAUSES, failure);
+
+/**
+ * Why a camera did not tell what it can do, where 457 is also what a test has codes of its own for.
+ * @param {{code: number, cause?: string}} failure
+ */
+export function capabilityCause(failure) {
+  const sharedCode = failure.code === 457 ? { busy: 467, noVideo: 466 }[failure.cause ?? ""] : undefined;
+  return sharedCode ? testCause({ code: sharedCode }) : causeOf(CAPABILITY_CAUSES, failure);
+}
+
+/** Why no picture was measured. @param {{code: number, cause?: string}} failure */
+export const sizeCause = ({ code }) => causeOf(SIZE_CAUSES, { code });
+
+/**
+ * What tells causes apart: the name, where it has a text of its own, or the code.
+ * @param {{code: number, cause?: string}} failure
+ */
+export const keyOf = ({ code, cause = "" }) => (NAMED_CAUSES[cause] ? cause : String(code));

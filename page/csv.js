@@ -39,14 +39,23 @@ export function decodeText(bytes) {
   }
 }
 
+/** Lines that tell what separates cells; a title may stand above the headings. */
+const TELLING_LINES = 6;
+
 /**
- * The separator that the first line has most of, outside quotes.
+ * The separator that most of the first lines have, outside quotes; of two such, the one that is there more often.
  * @param {string} text
  */
 function findSeparator(text) {
-  const line = (/^(?:"(?:[^"]|"")*"|[^"\r\n])*/.exec(text)?.[0] ?? "").replace(/"(?:[^"]|"")*"/g, "");
-  const count = (/** @type {string} */ separator) => line.split(separator).length;
-  return [",", ";", "\t"].reduce((best, other) => (count(other) > count(best) ? other : best));
+  const lines = text
+    .replace(/"(?:[^"]|"")*"/g, "")
+    .split(/[\r\n]+/, TELLING_LINES)
+    .filter(Boolean);
+  const rank = (/** @type {string} */ separator) => {
+    const counts = lines.map((line) => line.split(separator).length - 1);
+    return counts.filter(Boolean).length * 1000 + counts.reduce((sum, one) => sum + one, 0);
+  };
+  return [",", ";", "\t"].reduce((best, other) => (rank(other) > rank(best) ? other : best));
 }
 
 /**

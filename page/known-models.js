@@ -35,7 +35,6 @@ export class KnownModels {
       this.#show();
       this.search.focus();
     });
-    byId("models-again", HTMLButtonElement).addEventListener("click", () => models.load());
     models.addEventListener("change", () => {
       this.#show();
       this.#showDetail();
@@ -78,8 +77,6 @@ export class KnownModels {
     const { models } = this;
     const found = models.search(this.search.value);
     const isLoading = models.state === "loading";
-    byId("models-failed", HTMLElement).hidden = models.state !== "failed";
-    byId("models-failed-text", HTMLElement).textContent = models.trouble;
     byId("models-incomplete", HTMLElement).hidden = models.isComplete;
     byId("models-none", HTMLElement).hidden = found.length > 0 || models.state !== "ready";
     const rest = found.length - MOST_SHOWN;

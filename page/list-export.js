@@ -1,9 +1,13 @@
-/// What a list of cameras becomes when it leaves the page: tables without passwords.
+/// What a list of cameras becomes when it leaves the page: tables, without passwords unless somebody asks for them.
 
-import { COLUMNS, kindOf, reasonOf } from "./camera-list.js";
+import { kindOf, reasonOf } from "./camera-list.js";
 import { guardCell, writeCsv } from "./csv.js";
+import { COLUMNS } from "./headings.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
+
+/** What the recorder keeps of a camera. @type {readonly import("./headings.js").Column[]} */
+const STORED = ["name", "address", "port", "user", "password", "vendor", "model", "channel", "path"];
 
 /** A point in time as ISO 8601 writes it, with the offset of this place. @param {Date} time */
 function isoTime(time) {
@@ -49,27 +53,17 @@ export function exportResults(rows) {
 }
 
 /**
- * What `recorderctl camera import` takes, which takes the guards off again. Rows without a camera are left out.
+ * What `recorderctl camera import` takes: the cameras as they were tested. Rows without one are left out.
  * @param {Row[]} rows
- * @returns {{text: string, count: number, leftOut: number}}
+ * @param {boolean} withPasswords
  */
-export function exportForImport(rows) {
-  const lines = rows.flatMap(({ cells, camera }) =>
-    camera
-      ? [
-          [
-            cells.name,
-            camera.vendor,
-            camera.model,
-            camera.host,
-            String(camera.port),
-            camera.user,
-            camera.channel,
-            camera.path,
-          ].map(guardCell),
-        ]
-      : [],
-  );
-  const heading = ["name", "vendor", "model", "host", "port", "user", "channel", "sourcePath"];
-  return { text: writeCsv([heading, ...lines]), count: lines.length, leftOut: rows.length - lines.length };
+export function exportForImport(rows, withPasswords) {
+  const columns = STORED.filter((column) => withPasswords || column !== "password");
+  const lines = rows.flatMap(({ cells, camera }) => {
+    if (!camera) return [];
+    /** @type {Record<string, unknown>} */
+    const values = { name: cells.name, address: camera.host, ...camera };
+    return [columns.map((column) => guardCell(String(values[column])))];
+  });
+  return writeCsv([columns, ...lines]);
 }

@@ -1,12 +1,12 @@
 /// Puts the page together: views by address, and passwords that do not outlive it.
 
-import { decode } from "./address.js";
 import { watchConnection } from "./banners.js";
 import { byId, prepareQuestions } from "./dom.js";
 import { KnownModels } from "./known-models.js";
 import { ManyCameras } from "./many-cameras.js";
 import { ModelList } from "./models.js";
 import { OneCamera } from "./one-camera.js";
+import { decode } from "./text.js";
 
 /** @typedef {"one" | "many" | "models"} View */
 

@@ -1,230 +1,186 @@
-/// The view of a list of cameras: a file, what is wrong with it, a run, and what came of it.
+/// The view of a list of cameras: what it holds, a run, and what came of it.
 
-import { portMistake } from "./address.js";
 import * as api from "./api.js";
-import {
-  UNTESTED,
-  checkRows,
-  forgetPasswords,
-  isTestable,
-  kindOf,
-  lacksPassword,
-  readList,
-  readListFile,
-  reasonOf,
-} from "./camera-list.js";
-import { LOGIN_REFUSED, TEST_CAUSES, causeOf } from "./causes.js";
-import { ask, button, byId, download, el, say, showMistake } from "./dom.js";
-import { exportForImport, exportResults } from "./list-export.js";
+import { UNTESTED, checkRow, checkRows, forgetPasswords, isTestable, kindOf, lacksPassword } from "./camera-list.js";
+import { LOGIN_REFUSED } from "./causes.js";
+import { ask, byId, download, el, say } from "./dom.js";
+import { Estimate } from "./estimate.js";
+import { ImportDialog } from "./import-dialog.js";
+import { ListColumns } from "./list-columns.js";
+import { exportResults } from "./list-export.js";
+import { ListDefaults } from "./list-defaults.js";
+import { ListFilters } from "./list-filters.js";
+import { ListMistakes } from "./list-mistakes.js";
+import { ListOpening } from "./list-opening.js";
+import { readRows } from "./list-reading.js";
 import { ListTable, KINDS } from "./list-table.js";
-import { ModelField } from "./model-field.js";
-import { HELD, Refusals } from "./refusals.js";
+import { HELD, Refusals, isSameLogin } from "./refusals.js";
 import { RowDetails } from "./row-details.js";
-import { FIRST_GROUP, GROUP, Run, countRequests } from "./run.js";
+import { Run } from "./run.js";
+import { RunPanel } from "./run-panel.js";
+import { Slowness } from "./slowness.js";
 import { counted } from "./text.js";
 
 /**
  * @typedef {import("./api.js").Camera} Camera
  * @typedef {import("./camera-list.js").Row} Row
  * @typedef {import("./camera-list.js").Kind} Kind
+ * @typedef {import("./list-reading.js").ReadList} ReadList
  */
-
-/** In the order in which the focus passes on from one that vanishes. */
-const RUN_BUTTONS = ["go-on", "stop", "stop-now", "start", "retry", "held", "give-up"];
-const DEFAULT_FIELDS = /** @type {const} */ (["user", "password", "port", "model"]);
 
 export class ManyCameras {
   /** @type {Row[]} */
   #rows = [];
+  /** The list as it was read; null once its passwords are forgotten. @type {ReadList | null} */
+  #source = null;
+  #isEdited = false; // some row's values are others than in the file
   /** @type {Run | null} while it runs */
   #run = null;
-  /** @type {Kind | "all"} */
-  #filter = "all";
-  #code = 0; // cause that failed rows are narrowed to; 0 for all
   #refusals = new Refusals();
+  #slowness = new Slowness();
+  #estimate = new Estimate();
   #spokenQuarters = 0;
 
   /**
    * @param {import("./models.js").ModelList} models
-   * @param {(camera: import("./api.js").Camera) => void} openOne
+   * @param {(camera: Camera) => void} openOne
    */
   constructor(models, openOne) {
     this.models = models;
-    const input = (/** @type {string} */ name) => byId(`many-${name}`, HTMLInputElement);
-    this.defaultFields = {
-      user: input("user"),
-      password: input("password"),
-      port: input("port"),
-      model: input("model"),
-    };
-    this.modelField = new ModelField(this.defaultFields.model, models);
+    this.defaults = new ListDefaults(models, () => this.#check());
+    this.opening = new ListOpening({
+      isRunning: () => this.#run !== null,
+      mayReplace: (name) => this.#mayReplace(`The list is replaced by ${name}.`, "Open it"),
+      opened: (name, list) => this.#open(name, list),
+    });
+    this.columns = new ListColumns(() => this.#columnsChanged());
+    this.filters = new ListFilters(() => this.#filtered());
     this.details = new RowDetails(models, {
-      edited: () => this.#check(),
+      edited: (row) => this.#edited(row),
       maySend: (row) => this.#maySend(row),
       test: (row) => this.#test([row]),
       openOne,
       isRunning: () => this.#run !== null,
     });
     this.table = new ListTable((row) => this.details.open(row));
+    this.mistakes = new ListMistakes((row) => this.details.open(row));
+    this.importDialog = new ImportDialog();
+    this.panel = new RunPanel({
+      start: () => this.#test(this.#remaining),
+      retry: () => this.#test(this.#retriable),
+      held: () => this.#testHeld(),
+      stop: () => this.#run?.stopSending(),
+      "stop-now": () => this.#run?.stopNow(),
+      "go-on": () => this.#run?.resume(),
+      "give-up": () => this.#run?.stopSending(),
+    });
     models.addEventListener("change", () => this.#modelsCame());
-    this.#listenForFiles();
-    this.#listenForWork();
+    this.#listen();
   }
 
-  // ---- files ----
-
-  #listenForFiles() {
-    const file = byId("many-file", HTMLInputElement);
-    file.addEventListener("change", () => {
-      const [chosen] = file.files ?? [];
-      if (chosen) this.#openFile(chosen);
-      file.value = ""; // the same file can be chosen again
-    });
-    byId("many-other", HTMLButtonElement).addEventListener("click", () => file.click());
-    const text = byId("many-text", HTMLTextAreaElement);
-    byId("many-read", HTMLButtonElement).addEventListener("click", () => {
-      this.#open("Pasted rows", readList(text.value));
-      text.value = ""; // it may hold passwords
-    });
-    const view = byId("view-many", HTMLElement);
-    const drop = byId("many-drop", HTMLElement);
-    view.addEventListener("dragover", (event) => {
-      event.preventDefault();
-      drop.classList.add("over");
-    });
-    view.addEventListener("dragleave", () => drop.classList.remove("over"));
-    view.addEventListener("drop", (event) => {
-      event.preventDefault();
-      drop.classList.remove("over");
-      const [dropped] = event.dataTransfer?.files ?? [];
-      if (dropped) this.#openFile(dropped);
-    });
-  }
-
-  /** @param {File} file */
-  async #openFile(file) {
-    this.#open(file.name, readListFile(new Uint8Array(await file.arrayBuffer())));
-  }
-
-  /** @param {string} name @param {import("./camera-list.js").ReadList} list */
-  #open(name, { rows, mistake, notes }) {
-    if (this.#run) {
-      say("A run is going on. Stop it first.");
-      return;
-    }
-    const text = byId("many-mistake", HTMLElement);
-    text.textContent = mistake ? `${name}: ${mistake}` : "";
-    text.hidden = mistake === "";
-    if (mistake) {
-      this.#showOpening(true);
-      text.focus();
-      return;
-    }
-    this.#rows = rows;
-    this.#refusals.forgetAll();
-    this.#filter = "all";
-    byId("many-name", HTMLElement).textContent = name;
-    byId("many-notes", HTMLElement).replaceChildren(...notes.map((note) => el("li", { text: note })));
-    this.#showOpening(false);
-    if (!this.modelField.value) this.modelField.value = this.models.preferred();
-    this.#check();
-    say(`${counted(rows.length, "row")} read. ${counted(this.#ofKind("toFix").length, "row")} to fix.`);
-  }
-
-  /** @param {boolean} isEmpty */
-  #showOpening(isEmpty) {
-    byId("many-open", HTMLElement).hidden = !isEmpty;
-    byId("many-list", HTMLElement).hidden = isEmpty;
-    if (isEmpty) this.#rows = [];
-    if (isEmpty) window.removeEventListener("beforeunload", warnBeforeLeaving);
-    else window.addEventListener("beforeunload", warnBeforeLeaving);
-  }
-
-  /** Empties every place that holds a password. */
-  forgetPasswords() {
-    this.#run?.stopNow(); // it would go on without them
-    forgetPasswords(this.#rows, this.#defaults);
-    this.defaultFields.password.value = "";
-    byId("many-text", HTMLTextAreaElement).value = "";
-    this.details.forgetPassword();
-  }
-
-  #modelsCame() {
-    if (!this.modelField.value && this.defaultFields.model.value === "")
-      this.modelField.value = this.models.preferred();
-    if (this.#rows.length > 0 && !this.#run) this.#check();
-  }
-
-  // ---- values ----
-
-  get #defaults() {
-    const { user, password, port } = this.defaultFields;
-    return { user: user.value, password: password.value, port: port.value.trim(), model: this.modelField.value };
-  }
-
-  /** Works out every row anew. */
-  #check() {
-    this.#refusals.holdBack(this.#rows); // before one row's new password lifts that for others
-    const before = new Map(this.#rows.map((row) => [row, row.camera]));
-    checkRows(this.#rows, this.#defaults, this.models);
-    for (const row of this.#rows) this.#compare(row, before.get(row) ?? null);
-    this.table.fill(this.#rows, this.#defaults);
-    this.#showMistakes();
-    this.#show();
-  }
-
-  /**
-   * One that did not pass and is another camera or login now counts as not tested; a refused login that is the same as
-   * before stays held back.
-   * @param {Row} row
-   * @param {Camera | null} was
-   */
-  #compare(row, was) {
-    const { camera } = row;
-    if (was && camera && was.password !== camera.password) this.#refusals.forget(camera);
-    if (row.result === "passed" || JSON.stringify(was) === JSON.stringify(camera)) return;
-    const isHeld = this.#refusals.isRefused(row) && !(was && camera && isOtherLogin(was, camera));
-    Object.assign(row, isHeld ? HELD : UNTESTED, { asHeld: false });
-  }
-
-  #defaultsChanged() {
-    const { port, model } = this.defaultFields;
-    showMistake(port, port.value.trim() && portMistake(port.value.trim()));
-    const isUnknown = model.value.trim() !== "" && !this.modelField.value;
-    showMistake(model, isUnknown ? "Choose a model from the list." : "");
-    this.#check();
-  }
-
-  // ---- the run ----
-
-  #listenForWork() {
-    for (const name of DEFAULT_FIELDS)
-      this.defaultFields[name].addEventListener("change", () => this.#defaultsChanged());
-    this.modelField.addEventListener("change", () => this.#defaultsChanged());
-    byId("many-defaults", HTMLFormElement).addEventListener("submit", (event) => {
-      event.preventDefault();
-      this.#defaultsChanged();
-    });
+  #listen() {
     /** @param {string} name @param {() => void} press */
     const on = (name, press) => byId(`many-${name}`, HTMLButtonElement).addEventListener("click", press);
-    on("start", () => this.#test(this.#remaining));
-    on("retry", () => this.#test(this.#retriable));
-    on("held", () => this.#testHeld());
-    on("stop", () => this.#run?.stopAfterGroup());
-    on("stop-now", () => this.#run?.stopNow());
-    on("go-on", () => this.#run?.resume());
-    on("give-up", () => this.#run?.stopAfterGroup());
     on("forget", () => {
       this.forgetPasswords();
       this.#check();
       say("Passwords forgotten");
     });
     on("export", () => this.#export());
-    on("export-import", () => this.#exportForImport());
-    byId("many-filter", HTMLSelectElement).addEventListener("change", (event) => {
-      if (event.target instanceof HTMLSelectElement) this.#choose(/** @type {Kind} */ (event.target.value));
-    });
+    on("export-import", () => this.importDialog.open(this.#rows));
   }
+
+  // ---- the list ----
+
+  /** Asks before results, or values that were typed, are lost. @param {string} what happens @param {string} yes */
+  async #mayReplace(what, yes) {
+    const tested = this.#rows.filter((row) => row.testedAt).length;
+    if (tested === 0 && !this.#isEdited) return true;
+    const lost = tested > 0 ? `The results of ${counted(tested, "row")} are lost` : "What you changed in rows is lost";
+    return ask(`${what} ${lost}. Go on?`, yes);
+  }
+
+  /** @param {string} name @param {ReadList} list */
+  #open(name, list) {
+    byId("many-open", HTMLElement).hidden = true;
+    byId("many-list", HTMLElement).hidden = false;
+    window.addEventListener("beforeunload", warnBeforeLeaving);
+    byId("many-name", HTMLElement).textContent = name;
+    byId("many-notes", HTMLElement).replaceChildren(...list.notes.map((note) => el("li", { text: note })));
+    this.columns.open(list.headings);
+    this.#fill(list);
+    say(`${counted(this.#rows.length, "row")} read. ${counted(this.#ofKind("toFix").length, "row")} to fix.`);
+  }
+
+  /** @param {ReadList} list */
+  #fill(list) {
+    this.#source = list;
+    this.#rows = readRows(list);
+    this.#isEdited = false;
+    this.#refusals = new Refusals();
+    this.filters.clear();
+    this.#check();
+  }
+
+  /** Cells go elsewhere: the rows are read anew. */
+  async #columnsChanged() {
+    if (!this.#source || !(await this.#mayReplace("The rows are read anew.", "Read them"))) return false;
+    this.#fill(this.#source);
+    return true;
+  }
+
+  /** Empties every place that holds a password. */
+  forgetPasswords() {
+    this.#run?.stopNow(); // it would go on without them
+    forgetPasswords(this.#rows, this.defaults.values);
+    this.#refusals.forgetPasswords();
+    this.#source = null;
+    this.columns.close();
+    this.defaults.forgetPassword();
+    this.opening.forgetPasswords();
+    this.details.forgetPassword();
+  }
+
+  #modelsCame() {
+    this.defaults.modelsCame();
+    if (this.#rows.length > 0 && !this.#run) this.#check();
+  }
+
+  // ---- values ----
+
+  /** Works out every row anew. */
+  #check() {
+    const before = new Map(this.#rows.map((row) => [row, row.camera]));
+    checkRows(this.#rows, this.defaults.values, this.models);
+    for (const row of this.#rows) this.#compare(row, before.get(row) ?? null);
+    this.table.fill(this.#rows, this.defaults.values);
+    this.mistakes.show(this.#rows);
+    this.#show();
+  }
+
+  /**
+   * One that is another camera or login now counts as not tested; a refused login that is the same as before stays held
+   * back.
+   * @param {Row} row
+   * @param {Camera | null} was
+   */
+  #compare(row, was) {
+    const { camera } = row;
+    if (JSON.stringify(was) === JSON.stringify(camera)) return;
+    if (row.result === "passed" && was && camera && isSameButPassword(was, camera)) return; // it was forgotten
+    const isHeld = this.#refusals.isRefused(row) && !(was && camera && !isSameLogin(was, camera));
+    Object.assign(row, isHeld ? HELD : UNTESTED, { asHeld: false });
+  }
+
+  /** @param {Row} row whose values were changed by hand */
+  #edited(row) {
+    this.#isEdited = true;
+    const { camera } = checkRow(row, this.defaults.values, this.models);
+    if (row.result === "passed" && JSON.stringify(camera) !== JSON.stringify(row.camera)) Object.assign(row, UNTESTED);
+    this.#check();
+  }
+
+  // ---- the run ----
 
   /** @param {Kind} kind */
   #ofKind(kind) {
@@ -275,10 +231,12 @@ export class ManyCameras {
       testGroup: (group, signal) => api.testGroup(group.map(asListRow), signal),
       testAlone: (row, signal) => api.testCamera(cameraOf(row), signal),
       refusals: this.#refusals,
+      slowness: this.#slowness,
+      estimate: this.#estimate,
       changed: (changed) => this.#runChanged(changed),
     });
     this.#spokenQuarters = 0;
-    this.table.update(testable, this.#defaults);
+    this.table.update(testable, this.defaults.values);
     this.#show();
     say(`Testing ${counted(testable.length, "camera")}`);
     await this.#run.test();
@@ -300,7 +258,7 @@ export class ManyCameras {
 
   /** @param {Row[]} rows */
   #runChanged(rows) {
-    this.table.update(rows, this.#defaults);
+    this.table.update(rows, this.defaults.values);
     this.#show();
     const run = this.#run;
     if (!run) return;
@@ -316,190 +274,38 @@ export class ManyCameras {
   // ---- what is shown ----
 
   #show() {
-    this.#showCounts();
-    this.#showRun();
-    this.#showCauses();
-    this.#showRows();
-  }
-
-  #showCounts() {
     byId("many-count", HTMLElement).textContent = counted(this.#rows.length, "row");
-    const counts = Object.entries(KINDS)
-      .map(([kind, label]) => ({
-        kind: /** @type {Kind} */ (kind),
-        label,
-        count: this.#ofKind(/** @type {Kind} */ (kind)).length,
-      }))
-      .filter(({ kind, count }) => count > 0 || kind === this.#filter);
-    const all = [{ kind: /** @type {const} */ ("all"), label: "All", count: this.#rows.length }, ...counts];
-    refill(
-      byId("many-filters", HTMLElement),
-      all.map(({ kind, label, count }) =>
-        button(`${label} ${count}`, () => this.#choose(kind), {
-          "aria-pressed": String(kind === this.#filter),
-          "data-kind": kind,
-        }),
-      ),
-    );
-    const select = byId("many-filter", HTMLSelectElement);
-    select.replaceChildren(
-      ...all.map(({ kind, label, count }) => el("option", { value: kind, text: `${label} ${count}` })),
-    );
-    select.value = this.#filter;
-  }
-
-  /** @param {Kind | "all"} kind */
-  #choose(kind) {
-    this.#filter = kind;
-    this.#code = 0;
-    this.#show();
-    say(counted(this.#visible.length, "row"));
-  }
-
-  get #visible() {
-    const rows = this.#filter === "all" ? this.#rows : this.#ofKind(this.#filter);
-    return this.#filter === "failed" && this.#code ? rows.filter((row) => row.code === this.#code) : rows;
-  }
-
-  #showRows() {
-    const visible = this.#visible;
+    this.filters.show(this.#rows);
+    this.#showRun();
+    const visible = this.filters.visible(this.#rows);
     this.table.showOnly(visible);
     byId("many-none", HTMLElement).hidden = visible.length > 0;
   }
 
-  /** Counts a cause; the advice stands once, not in each row. */
-  #showCauses() {
-    const failed = this.#filter === "failed" ? this.#ofKind("failed") : [];
-    const codes = [...new Set(failed.map((row) => row.code))].sort((one, other) => one - other);
-    const place = byId("many-causes", HTMLElement);
-    place.hidden = codes.length === 0;
-    refill(
-      place,
-      codes.map((code) => {
-        const count = failed.filter((row) => row.code === code).length;
-        const choose = () => {
-          this.#code = code === this.#code ? 0 : code;
-          this.#show();
-        };
-        const { heading } = causeOf(TEST_CAUSES, code);
-        return button(`${heading} ${count}`, choose, {
-          "aria-pressed": String(code === this.#code),
-          "data-kind": String(code),
-        });
-      }),
-    );
-    const advice = byId("many-advice", HTMLElement);
-    const only = this.#code || (codes.length === 1 ? (codes[0] ?? 0) : 0);
-    advice.hidden = !only || failed.length === 0;
-    const { heading, happened, first } = causeOf(TEST_CAUSES, only);
-    advice.replaceChildren(
-      el("strong", { text: `${heading}. ` }),
-      `${happened} `,
-      el("strong", { text: "First: " }),
-      first,
-    );
-  }
-
-  /** All mistakes at once, each with a way to its row. */
-  #showMistakes() {
-    const open = (/** @type {Row} */ row) => () => this.details.open(row);
-    const mistakes = this.#rows.flatMap((row) => [
-      ...row.problems.map((text) =>
-        button(`Line ${row.line}${row.shapeMistake ? ":" : ","} ${text}`, open(row), { class: "link" }),
-      ),
-      ...(kindOf(row) === "leftOut"
-        ? [button(`Line ${row.line}: ${reasonOf(row)}, left out`, open(row), { class: "link" })]
-        : []),
-      ...row.notices.map((text) => button(`Line ${row.line}: ${text}`, open(row), { class: "link" })),
-    ]);
-    const fix = byId("many-fix", HTMLDetailsElement);
-    if (fix.hidden && mistakes.length > 0) fix.open = mistakes.length <= 10;
-    fix.hidden = mistakes.length === 0;
-    byId("many-fix-summary", HTMLElement).textContent =
-      `${counted(this.#ofKind("toFix").length, "row")} to fix, ${counted(mistakes.length, "remark")}`;
-    refill(
-      byId("many-fix-list", HTMLElement),
-      mistakes.map((link) => el("li", {}, link)),
-    );
+  #filtered() {
+    this.#show();
+    say(counted(this.filters.visible(this.#rows).length, "row"));
   }
 
   #showRun() {
-    const run = this.#run;
-    const buttons = RUN_BUTTONS.map((name) => byId(`many-${name}`, HTMLButtonElement));
-    const focused = buttons.find((one) => one === document.activeElement);
-    const remaining = this.#remaining.length;
-    const start = byId("many-start", HTMLButtonElement);
+    const isRunning = this.#run !== null;
+    for (const name of ["other", "forget"]) byId(`many-${name}`, HTMLButtonElement).disabled = isRunning;
+    this.defaults.disabled = isRunning;
+    byId("many-columns-choices", HTMLFieldSetElement).disabled = isRunning;
+    byId("many-table", HTMLTableElement).setAttribute("aria-busy", String(isRunning));
+    const counts = {
+      remaining: this.#remaining.length,
+      retriable: this.#retriable.length,
+      held: this.#ofKind("held").length,
+    };
     const hasRun = this.#rows.some((row) => row.testedAt || row.result === "unknown");
-    showButton("start", run === null && (remaining > 0 || !hasRun));
-    start.disabled = remaining === 0;
-    start.textContent = hasRun ? `Test the remaining ${remaining}` : `Test ${counted(remaining, "camera")}`;
-    showButton("retry", run === null && this.#retriable.length > 0);
-    showButton("held", run === null && this.#ofKind("held").length > 0);
-    showButton("stop", run?.state === "running" && !run.pause);
-    byId("many-stop", HTMLButtonElement).textContent = run?.isAloneNow ? "Stop after these" : "Stop after this group";
-    showButton("stop-now", run !== null && !run.pause);
-    for (const name of ["other", "forget"]) byId(`many-${name}`, HTMLButtonElement).disabled = run !== null;
-    for (const name of DEFAULT_FIELDS) this.defaultFields[name].disabled = run !== null;
-    byId("many-table", HTMLTableElement).setAttribute("aria-busy", String(run !== null));
-    this.#showPause(run);
-    this.#showProgress(run);
-    if (!focused || focused.checkVisibility()) return;
-    (buttons.find((one) => one.checkVisibility()) ?? byId("many-title", HTMLElement)).focus();
+    this.panel.show(this.#run, counts, hasRun, this.#summary());
   }
-
-  /** @param {Run | null} run */
-  #showPause(run) {
-    byId("many-pause", HTMLElement).hidden = !run?.pause;
-    if (!run?.pause) return;
-    byId("many-pause-title", HTMLElement).textContent =
-      run.pause.kind === "logins"
-        ? "Paused."
-        : run.isAloneNow
-          ? "This camera's test was not answered."
-          : "This group was not answered.";
-    byId("many-pause-text", HTMLElement).textContent = run.pause.text;
-  }
-
-  /** @param {Run | null} run */
-  #showProgress(run) {
-    byId("many-progress-label", HTMLElement).hidden = run === null;
-    const text = byId("many-progress-text", HTMLElement);
-    if (!run) {
-      const rows = this.#remaining;
-      const isProven = this.#ofKind("passed").length > 0;
-      const requests = countRequests(rows, isProven ? GROUP : FIRST_GROUP);
-      const about = isProven || requests === 1 ? "" : "about ";
-      text.textContent = rows.length > 0 ? `in ${about}${counted(requests, "request")}` : this.#summary();
-      return;
-    }
-    const progress = byId("many-progress", HTMLProgressElement);
-    progress.max = run.rows.length;
-    progress.value = run.done;
-    const left = run.requestsLeft;
-    const about = run.isProven || left === 0 ? "" : "about ";
-    const parts = [
-      `${run.done} of ${run.rows.length}`,
-      `${run.isAloneNow ? "request" : "group"} ${run.requestsSent} of ${about}${run.requestsSent + left}`,
-    ];
-    const mean = run.durations.reduce((sum, one) => sum + one, 0) / run.durations.length;
-    if (run.durations.length > 0 && left > 0) parts.push(timeLeft((left + 1) * mean));
-    if (run.state === "stopping") parts.push("stopping");
-    text.textContent = parts.join(", ");
-  }
-
-  // ---- files out ----
 
   #export() {
-    download("cameras-tested.csv", exportResults(this.#visible));
-    say(`${counted(this.#visible.length, "row")} exported`);
-  }
-
-  #exportForImport() {
-    const { text, count, leftOut } = exportForImport(this.#visible);
-    download("cameras-for-import.csv", text);
-    const rest = leftOut > 0 ? `; ${counted(leftOut, "row")} left out, which cannot be imported as they stand` : "";
-    say(`${counted(count, "row")} exported${rest}`);
-    byId("many-progress-text", HTMLElement).textContent = `${counted(count, "row")} exported${rest}`;
+    const visible = this.filters.visible(this.#rows);
+    download("cameras-tested.csv", exportResults(visible));
+    say(`${counted(visible.length, "row")} exported`);
   }
 }
 
@@ -507,8 +313,8 @@ export class ManyCameras {
 const warnBeforeLeaving = (event) => event.preventDefault();
 
 /** @param {Camera} one @param {Camera} other */
-const isOtherLogin = (one, other) =>
-  one.host.toLowerCase() !== other.host.toLowerCase() || one.user !== other.user || one.password !== other.password;
+const isSameButPassword = (one, other) =>
+  JSON.stringify({ ...one, password: other.password }) === JSON.stringify(other);
 
 /** @param {Row} row */
 function cameraOf({ camera }) {
@@ -518,26 +324,3 @@ function cameraOf({ camera }) {
 
 /** @param {Row} row */
 const asListRow = (row) => ({ id: String(row.line), name: row.cells.name, camera: cameraOf(row) });
-
-/** @param {string} name @param {boolean} isShown */
-function showButton(name, isShown) {
-  byId(`many-${name}`, HTMLButtonElement).hidden = !isShown;
-}
-
-/**
- * Puts new elements in, and the focus on the one that stands for what had it.
- * @param {HTMLElement} place
- * @param {HTMLElement[]} elements
- */
-function refill(place, elements) {
-  const focused = document.activeElement;
-  const kind = focused instanceof HTMLElement && place.contains(focused) ? focused.dataset.kind : undefined;
-  place.replaceChildren(...elements);
-  if (kind) elements.find((element) => element.dataset.kind === kind)?.focus();
-}
-
-/** @param {number} milliseconds */
-function timeLeft(milliseconds) {
-  const seconds = Math.ceil(milliseconds / 1000);
-  return seconds < 60 ? `about ${seconds} s left` : `about ${Math.round(seconds / 60)} min left`;
-}

@@ -80,6 +80,7 @@ export class ModelField extends EventTarget {
 
   #open() {
     if (this.input.disabled) return;
+    if (!this.#wasTyped) this.input.select(); // typing replaces what stands there
     const found = this.list.search(this.#wasTyped ? this.input.value : "");
     this.#options = found.slice(0, MOST_OPTIONS);
     const chosen = this.value;
@@ -105,7 +106,7 @@ export class ModelField extends EventTarget {
     const rest = count - options.length;
     const notes = [];
     if (rest > 0) notes.push(`${rest.toLocaleString("en")} more: type further`);
-    if (count === 0) notes.push("No model matches");
+    if (count === 0) notes.push("No model matches. ONVIF or “Any camera (stream path)” will do.");
     this.box.replaceChildren(
       ...options,
       ...notes.map((text) => el("li", { role: "presentation", class: "note", text })),

@@ -9,7 +9,7 @@
 /// - What is taken out is percent-decoded; what cannot be decoded is taken as it stands. A path of which nothing is left is
 ///   "/".
 
-import { decode } from "./address.js";
+import { decode } from "./text.js";
 
 /** @typedef {{user: string, password: string, path: string}} PathParts with "" for what is not there */
 

@@ -1,12 +1,16 @@
 /// Logins that cameras refused, since a camera may lock a user out: what is refused here is sent again only after
-/// somebody was asked. Holds no password.
+/// somebody was asked. Another port may be another camera, and another password another login.
 
 import { UNTESTED } from "./camera-list.js";
 import { LOGIN_REFUSED } from "./causes.js";
 
 /**
- * @typedef {{host: string, user: string}} Login
+ * @typedef {{host: string, port: number, user: string, password: string}} Login
  * @typedef {import("./camera-list.js").Row} Row
+ *
+ * @typedef {object} Refused
+ * @property {number} count of logins since the last that passed, whatever their password
+ * @property {Set<string>} passwords
  */
 
 /** What a row becomes that is not sent because its login was refused. */
@@ -16,27 +20,39 @@ export const HELD = /** @type {const} */ ({
   note: "This login was refused at this address a moment ago.",
 });
 
-export class Refusals {
-  /** @type {Map<string, number>} */
-  #counts = new Map();
+/** @param {Login} login */
+const userOf = ({ host, port, user }) => JSON.stringify([host.toLowerCase(), port, user]);
 
-  /** @param {Login} login */
-  static #key = ({ host, user }) => JSON.stringify([host.toLowerCase(), user]);
+/** @param {Login} one @param {Login} other */
+export const isSameLogin = (one, other) => userOf(one) === userOf(other) && one.password === other.password;
+
+export class Refusals {
+  /** By user. @type {Map<string, Refused>} */
+  #refused = new Map();
 
   /** Notes what a test gave. @param {Login} login @param {number} code */
   note(login, code) {
-    if (code === LOGIN_REFUSED) this.#counts.set(Refusals.#key(login), this.count(login) + 1);
-    if (code === 0) this.forget(login);
+    const refused = this.#refused.get(userOf(login)) ?? { count: 0, passwords: new Set() };
+    if (code === LOGIN_REFUSED) {
+      this.#refused.set(userOf(login), refused);
+      refused.passwords.add(login.password);
+      ++refused.count;
+    }
+    if (code === 0) {
+      refused.passwords.delete(login.password);
+      refused.count = 0;
+    }
   }
 
-  /** Refused logins since the last that passed. @param {Login} login */
+  /** How many logins of this user were refused since the last that passed. @param {Login} login */
   count(login) {
-    return this.#counts.get(Refusals.#key(login)) ?? 0;
+    return this.#refused.get(userOf(login))?.count ?? 0;
   }
 
   /** Whether somebody is to be asked before this row's login is sent. @param {Row} row */
   isRefused({ result, code, camera }) {
-    return result === "held" || code === LOGIN_REFUSED || (camera !== null && this.count(camera) > 0);
+    const isKnown = camera !== null && this.#refused.get(userOf(camera))?.passwords.has(camera.password);
+    return result === "held" || code === LOGIN_REFUSED || isKnown === true;
   }
 
   /**
@@ -50,12 +66,8 @@ export class Refusals {
     return held;
   }
 
-  /** @param {Login} login */
-  forget(login) {
-    this.#counts.delete(Refusals.#key(login));
-  }
-
-  forgetAll() {
-    this.#counts.clear();
+  /** Keeps no more than the counts. */
+  forgetPasswords() {
+    for (const refused of this.#refused.values()) refused.passwords.clear();
   }
 }

@@ -3,7 +3,7 @@
 import { hidesLogin } from "./address.js";
 import * as api from "./api.js";
 import { CODECS, STREAMS, kindOf, meant, splitCells } from "./camera-list.js";
-import { TEST_CAUSES, causeOf } from "./causes.js";
+import { testCause } from "./causes.js";
 import { byId, el, say, setOptions, setSelected } from "./dom.js";
 import { resultOf } from "./list-table.js";
 import { ModelField } from "./model-field.js";
@@ -15,7 +15,7 @@ import { messageOf } from "./text.js";
  * @typedef {import("./camera-list.js").Row} Row
  *
  * @typedef {object} Surroundings
- * @property {() => void} edited
+ * @property {(row: Row) => void} edited
  * @property {(row: Row) => Promise<boolean>} maySend asks, if there is a reason to, before the row's login is sent
  * @property {(row: Row) => void} test
  * @property {(camera: import("./api.js").Camera) => void} openOne
@@ -105,7 +105,7 @@ export class RowDetails {
     byId("row-figure", HTMLElement).hidden = true;
     this.#showResult(row);
     this.dialog.showModal();
-    byId("row-title", HTMLElement).scrollIntoView();
+    this.dialog.scrollTop = 0;
   }
 
   /** @param {Row} row */
@@ -113,7 +113,7 @@ export class RowDetails {
     const place = byId("row-result", HTMLElement);
     place.replaceChildren(el("p", {}, resultOf(row)));
     if (kindOf(row) === "failed") {
-      const { happened, first } = causeOf(TEST_CAUSES, row.code);
+      const { happened, first } = testCause(row);
       place.append(
         el("p", { text: happened }),
         el(
@@ -145,7 +145,7 @@ export class RowDetails {
     row.cells = splitCells(row.cells);
     if (JSON.stringify(row.cells) === before) return;
     row.shapeMistake = ""; // what was missing stands in the fields now
-    this.surroundings.edited();
+    this.surroundings.edited(row);
   }
 
   /** @param {Row} row */
@@ -174,7 +174,7 @@ export class RowDetails {
   #testAnyway() {
     if (!this.#row) return;
     this.#row.asDuplicate = true;
-    this.surroundings.edited();
+    this.surroundings.edited(this.#row);
     this.#saveAndTest();
   }
 

@@ -12,3 +12,12 @@ export const messageOf = (error) => (error instanceof Error ? error.message : St
 export function counted(count, one, many = `${one}s`) {
   return `${count.toLocaleString("en")} ${count === 1 ? one : many}`;
 }
+
+/** Takes off percent-encoding, where it makes sense. @param {string} text */
+export function decode(text) {
+  try {
+    return decodeURIComponent(text);
+  } catch {
+    return text; // a bare percent sign, in a password for one
+  }
+}

@@ -19,8 +19,7 @@ import {
 } from "./stage.js";
 
 /** A host each, as the page sees it: ways to write one address. */
-const HOSTS =
-  "127.0.0.1 localhost 127.1 127.0.1 2130706433 0x7f000001 0x7f.1 0177.1 127.0.0.01 017700000001 0x7f.0.0.1".split(" ");
+const HOSTS = ["localhost", ...Array.from({ length: 17 }, (_, i) => `127.0.0.${"0".repeat(i)}1`)];
 const HEADING = ["name", "address", "port", "password", "model", "path"];
 /** Rows of one host each. @param {string[]} cameras */
 const rowsOf = (...cameras) => cameras.map((camera, i) => [camera, HOSTS[i], ports[camera], "", "", ""]);
@@ -45,19 +44,21 @@ test("a run tests in groups, holds refused logins back, and its export can be re
     const rows = [
       ...rowsOf("works", "works", "refused", "works", "works", "busy", "works", "works", "works", "works"),
       ["gate", HOSTS[10], ports.works, WRONG, "", ""],
-      ["gate again", HOSTS[10], ports.busy, WRONG, "", ""],
+      ["same login", HOSTS[10], ports.works, WRONG, "", "/stream1"],
+      ["other port", HOSTS[10], ports.busy, WRONG, "", ""],
+      ["other password", HOSTS[10], ports.works, "", "", "/stream1?"],
       ["path", HOSTS[1], ports.works, "", "", "/stream1"],
       ["mistake", "cam 1", "", "", "", ""],
       ["twice", HOSTS[0], ports.works, "", "", ""],
     ];
     await openWithLogin(page, rows);
-    assert.equal(await text(page, "many-start"), "Test 13 cameras");
+    assert.equal(await text(page, "many-start"), "Test 15 cameras");
     await page.click("#many-start");
     await runEnds(page);
-    assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✕‖✓!=");
-    assert.deepEqual(groupsOf(calls), [3, 8]);
-    assert.equal(sent(calls, "CameraTest").length, 1, "a path rides in no group");
-    assert.equal(await text(page, "many-progress-text"), "9 passed, 3 failed, 1 held, 1 to fix");
+    assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✕‖✕✓✓!=");
+    assert.deepEqual(groupsOf(calls).slice(0, 3), [1, 1, 1], "until one passes");
+    assert.equal(sent(calls, "CameraTest").length, 2, "a path rides in no group");
+    assert.equal(await text(page, "many-progress-text"), "10 passed, 4 failed, 1 held, 1 to fix");
 
     await page.click("#many-filters [data-kind=failed]");
     await page.click("#many-causes [data-kind='467']");
@@ -68,59 +69,137 @@ test("a run tests in groups, holds refused logins back, and its export can be re
     calls.length = 0;
     await page.click("#many-retry");
     await runEnds(page);
-    assert.deepEqual(groupsOf(calls), [2], "what failed for another reason than its login");
+    assert.deepEqual(groupsOf(calls), [1, 1], "what failed for another reason than its login");
     await page.click("#row-12-more");
     await page.fill("#row-password", RIGHT);
     await page.click("#row-test");
     await runEnds(page);
-    assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✓‖✓!=");
+    assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✓‖✕✓✓!=");
 
     const exported = readFileSync(await saved(page, "#many-export"), "utf8");
     assert.match(exported, /^refused,.*,4,failed,462,Camera not found,\d{4}-\d\d-\d\dT.*[+-]\d\d:\d\d\r$/m);
     for (const password of [RIGHT, WRONG]) assert.ok(!exported.includes(password));
     const cells = () => page.locator("#many-rows :is(.line, th, .code, .code + td)").allTextContents();
     const before = await cells();
+    const stored = control("", "camera list").split("\n").length;
+    await page.click("#many-export-import");
+    await expectText(page, "import-count", "11 of 17 rows: those that passed");
+    control("", `camera import ${await saved(page, "#import-export")}`);
+    assert.equal(control("", "camera list").split("\n").length, stored + 11);
+    await page.click("#many-export-import");
+    await page.check("#import-others");
+    await page.check("#import-passwords");
+    assert.ok(await page.locator("#import-warning").isVisible());
+    const withPasswords = readFileSync(await saved(page, "#import-export"), "utf8");
+    assert.equal(withPasswords.split("\r\n").filter((line) => line.includes(RIGHT)).length, 14);
+
     const buffer = Buffer.from(exported);
     await page.setInputFiles("#many-file", { name: "exported.csv", mimeType: "text/csv", buffer });
+    await expectText(
+      page,
+      "question-text",
+      "The list is replaced by exported.csv. The results of 14 rows are lost. Go on?",
+    );
+    await page.click("#question-no");
+    await page.setInputFiles("#many-file", { name: "book.xlsx", mimeType: "", buffer: Buffer.from("PK\x03\x04") });
+    await expectText(page, "many-mistake", "book.xlsx: This is a workbook. Save it as CSV.");
+    assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✓‖✕✓✓!=", "neither threw the list away");
+    await page.setInputFiles("#many-file", { name: "exported.csv", mimeType: "text/csv", buffer });
+    await page.click("#question-yes");
     await expectText(page, "many-name", "exported.csv");
     assert.deepEqual(await cells(), before);
-    assert.equal(await results(page), `${"–".repeat(13)}!=`);
-
-    const stored = control("", "camera list").split("\n").length;
-    control("", `camera import ${await saved(page, "#many-export-import")}`);
-    assert.equal(control("", "camera list").split("\n").length, stored + 14, "all but the one with the mistake");
+    assert.equal(await results(page), `${"–".repeat(15)}!=`);
   }));
 
-/** Name, button, and what came of eleven cameras that work. */
+test("a silent camera keeps no other one waiting, and goes last when it is known", () =>
+  withPage("#many", async (page, calls) => {
+    const rows = rowsOf("silent", "silent", ...Array(6).fill("works"));
+    await openWithLogin(page, rows);
+    await page.click("#many-start");
+    await page.waitForFunction(() => document.querySelector("#many-rows").innerText.match(/Passed/g)?.length === 6);
+    assert.equal(await results(page), "……✓✓✓✓✓✓");
+    await expectText(page, "many-progress-text", /6 of 8, about \d+ s left/);
+    await runEnds(page);
+    assert.equal(await results(page), "✕✕✓✓✓✓✓✓");
+    await openWithLogin(page, rows);
+    await page.click("#question-yes");
+    calls.length = 0;
+    await page.click("#many-start");
+    await runEnds(page);
+    const silent = sent(calls, "CamBatAddVerify").map(({ camList }) =>
+      camList.map(({ port }) => port === ports.silent),
+    );
+    assert.deepEqual(silent.at(-1), [true, true], "together");
+    assert.ok(!silent.slice(0, -1).flat().includes(true), "after all others");
+  }));
+
+test("unknown headings are mapped by choice, which is remembered", () =>
+  withPage("#many", async (page) => {
+    const list = [
+      ["Standort", "Adresse", "Etage"],
+      ["Tor", "127.0.0.1", 2],
+    ];
+    await openList(page, list);
+    await expectText(page, "many-notes", "No column holds the address. Choose it below.");
+    await page.selectOption("#many-column-1", "address");
+    await page.selectOption("#many-column-0", "name");
+    await expectText(page, "many-columns-summary", "1 column is not read: Etage");
+    await openList(page, [
+      ["Adresse", "Standort"],
+      ["127.0.0.1", "Hof"],
+    ]);
+    await expectText(page, "many-rows", "Hof");
+    assert.equal(await results(page), "–");
+  }));
+
+test("the cause that the recorder names is shown for each row of a list", () =>
+  withPage("#many", async (page, calls) => {
+    await openWithLogin(page, rowsOf(...Array(13).fill("works")));
+    await page.route("**/CamBatAddVerify", (route) => {
+      const { camList } = route.request().postDataJSON();
+      const isOdd = ({ tmpId }) => tmpId % 2 === 1;
+      const row = (camera) => ({ tmpId: camera.tmpId, result: isOdd(camera) ? 1 : 0, errinfo: { code: 468 } });
+      const names = camList.map((camera) => (isOdd(camera) ? "blocked" : "ok"));
+      const json = { success: true, data: { resultList: camList.map(row).reverse() } };
+      return route.fulfill({ json, headers: { "Recorder-Cause": names.join(",") } });
+    });
+    await page.click("#many-start");
+    await runEnds(page);
+    assert.ok(groupsOf(calls).includes(2));
+    await page.click("#many-filters [data-kind=failed]");
+    assert.equal(await text(page, "many-causes"), "Address not allowed by this recorder 6");
+    await expectText(page, "many-advice", "Nothing was sent: the address is the recorder's own");
+  }));
+
+/** Name, button, and what came of nine cameras that work, and eight that were not sent yet. */
 const STOPS = [
-  ["after this group", "#many-stop", "✓✓✓✓✓✓✓✓✓✓✓–"],
-  ["at once", "#many-stop-now", "✓✓✓????????–"],
+  ["after these", "#many-stop", "✓✓✓✓✓✓✓✓✓––––––––"],
+  ["at once", "#many-stop-now", "✓✓✓??????––––––––"],
 ];
 
 test("a run is stopped in the middle, keeps what it has, and goes on with the rest", async (t) => {
   for (const [name, button, signs] of STOPS)
     await t.test(name, () =>
       withPage("#many", async (page, calls) => {
-        const later = ["later", HOSTS[4], ports.busy, "", "", ""];
-        await openWithLogin(page, [...rowsOf(...Array(11).fill("works")), later]);
+        await openWithLogin(page, rowsOf(...Array(15).fill("works"), "busy", "busy"));
         let letGo = () => {};
         const wanted = new Promise((done) => (letGo = done));
         await page.route("**/CamBatAddVerify", async (route) => {
-          if (groupsOf(calls).length === 2) await wanted;
+          if (route.request().postDataJSON().camList.length > 1) await wanted;
           await route.continue();
         });
         await page.click("#many-start");
-        await expectText(page, "many-progress-text", "group 2 of 3");
+        await expectText(page, "many-progress-text", "3 of 17");
         assert.equal(await page.getAttribute("#many-table", "aria-busy"), "true");
-        assert.equal(await page.locator("#many-progress").evaluate((bar) => bar.value / bar.max), 3 / 12);
+        assert.equal(await page.locator("#many-progress").evaluate((bar) => bar.value / bar.max), 3 / 17);
         await page.click(button);
         letGo();
         await runEnds(page);
         assert.equal(await results(page), signs);
-        assert.deepEqual(groupsOf(calls), [3, 8]);
+        assert.deepEqual(groupsOf(calls), [1, 1, 1, 2, 2, 2]);
         await page.click("#many-start");
         await runEnds(page);
-        assert.equal(await results(page), "✓✓✓✓✓✓✓✓✓✓✓✕");
+        assert.equal(await results(page), "✓✓✓✓✓✓✓✓✓✓✓✓✓✓✓✕✕");
       }),
     );
 });
@@ -133,7 +212,7 @@ test("a wrong password that all share costs three logins", () =>
     await expectText(page, "status", "Paused.");
     await page.click("#many-give-up");
     await runEnds(page);
-    assert.deepEqual(groupsOf(calls), [3]);
+    assert.deepEqual(groupsOf(calls), [1, 1, 1]);
     await page.fill("#many-password", RIGHT);
     await page.press("#many-password", "Tab");
     await page.click("#many-start");
@@ -150,7 +229,7 @@ test("until a login passed only three are refused, and none of them is sent agai
     await page.click("#many-give-up");
     await runEnds(page);
     assert.equal(await results(page), "✕✕✕✕✕✕✕✕––");
-    assert.deepEqual(groupsOf(calls), [3, 3, 1]);
+    assert.deepEqual(groupsOf(calls), Array(7).fill(1));
     calls.length = 0;
     await page.click("#row-6-more");
     await page.fill("#row-path", "/stream1");
@@ -162,16 +241,16 @@ test("until a login passed only three are refused, and none of them is sent agai
     assert.deepEqual(calls, []);
   }));
 
-test("a group without an answer pauses the run and is not sent again", () =>
+test("a request without an answer pauses the run and is not sent again", () =>
   withPage("#many", async (page, calls) => {
     await openWithLogin(page, rowsOf(...Array(4).fill("works")));
     await page.route("**/CamBatAddVerify", (route) => route.abort(), { times: 1 });
     await page.click("#many-start");
-    await expectText(page, "many-pause-title", "This group was not answered.");
+    await expectText(page, "many-pause-title", "This camera's test was not answered.");
     await page.click("#many-go-on");
     await runEnds(page);
-    assert.deepEqual(groupsOf(calls), [3, 1]);
-    assert.equal(await results(page), "???✓");
+    assert.deepEqual(groupsOf(calls), [1, 1, 1, 1]);
+    assert.equal(await results(page), "?✓✓✓");
   }));
 
 test("mistakes of a file and of its rows are shown at once, and can be mended", () =>

@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { renameSync, rmSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { test } from "node:test";
-import { CAPABILITY_CAUSES, TEST_CAUSES } from "./page/causes.js";
+import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/causes.js";
 import {
   RIGHT,
   WRONG,
@@ -51,6 +51,30 @@ test("each cause of a failed test has its text, and leads to a field", (t) =>
       });
   }));
 
+/** Name that the recorder gives, method, code, and whose text that is. */
+const NAMES = [
+  ["clockUnknown", "CameraTest", 468, NAMED_CAUSES.clockUnknown],
+  ["noOnvif", "CameraTest", 465, NAMED_CAUSES.noOnvif],
+  ["ofALaterVersion", "CameraTest", 468, TEST_CAUSES[468]],
+  ["blocked", "CamCapRemote", 457, NAMED_CAUSES.blocked],
+  ["busy", "CamCapRemote", 457, TEST_CAUSES[467]],
+];
+
+test("the cause that the recorder names has its own text", (t) =>
+  withPage("", async (page) => {
+    for (const [name, method, code, { heading, happened }] of NAMES)
+      await t.test(`${name}, ${method}`, async () => {
+        await page.route(`**/${method}`, (route) =>
+          route.fulfill({ json: { success: false, error: { code } }, headers: { "Recorder-Cause": name } }),
+        );
+        await fillOne(page, { port: ports.onvif, model: "ONVIF" });
+        await testOne(page);
+        await expectText(page, "one-result", heading);
+        await expectText(page, "one-result", happened);
+        await page.unroute(`**/${method}`);
+      });
+  }));
+
 /** What has changed when a camera that passed is asked what it can do: code, camera, password. */
 const TURNS = [
   [457, "brokenOnvif", RIGHT],
@@ -84,6 +108,15 @@ test("each cause of missing capabilities is a note, and the test has passed all 
       });
   }));
 
+const RESULT = "Result of the earlier values";
+const PICTURE = "Picture of the earlier camera";
+/** What is typed, and the marks that appear. */
+const MARKS = [
+  ["#one-user", "other", RESULT, "Picture of the earlier values"],
+  ["#one-port", "81", RESULT, PICTURE, "Of the earlier camera"],
+  ["#one-address", "127.0.0.2", RESULT, PICTURE, "Of the earlier camera"],
+];
+
 test("a camera that works shows its picture and what it says of itself", () =>
   withPage("", async (page, calls) => {
     await fillOne(page, { port: ports.onvif, model: "ONVIF" });
@@ -93,10 +126,41 @@ test("a camera that works shows its picture and what it says of itself", () =>
     assert.equal(await text(page, "one-result-title"), "Camera works");
     assert.equal(await text(page, "one-picture-text"), "640 × 480");
     assert.ok(await page.locator("#one-picture-image").isVisible());
-    await expectText(page, "one-capabilities", "Capabilities, from the camera at 127.0.0.1");
-    await page.fill("#one-user", "other");
-    assert.ok(await page.locator("#one-result-earlier").isVisible());
-    assert.ok(await page.locator("#one-picture-earlier").isVisible());
+    await expectText(page, "one-capabilities", `Capabilities, from the camera at 127.0.0.1:${ports.onvif}`);
+    const offered = "#one-channels option, #one-codec option:not([value='']), #one-stream option:not([value=''])";
+    const values = await page.locator(offered).evaluateAll((options) => options.map(({ value }) => value));
+    assert.deepEqual(values, ["1", "H.264", "RTSP"], "what it named can be chosen");
+    for (const [field, value, ...marks] of MARKS) {
+      const before = await page.inputValue(field);
+      await page.fill(field, value);
+      assert.deepEqual(await page.locator(".earlier:visible").allInnerTexts(), marks, field);
+      await page.fill(field, before);
+      assert.equal(await page.locator(".earlier:visible").count(), 0, "it is that camera again");
+    }
+  }));
+
+test("what a camera gives while another one's port is typed is marked at once", () =>
+  withPage("", async (page) => {
+    await fillOne(page, { port: ports.works });
+    await page.route("**/CameraTest", async (route) => {
+      await page.fill("#one-port", "81");
+      await route.continue();
+    });
+    await testOne(page);
+    assert.deepEqual(await page.locator(".earlier:visible").allInnerTexts(), [RESULT, PICTURE]);
+  }));
+
+test("a login in the path goes into user and password", () =>
+  withPage("", async (page) => {
+    await fillOne(page, { model: "Any camera (stream path)", user: "", password: "" });
+    assert.ok(await page.locator("#one-codec option[value='H.265']").count(), "though no document names it");
+    await page.fill("#one-path", `/user=admin&password=${RIGHT}&channel=1`);
+    await page.press("#one-path", "Tab");
+    assert.equal(await page.inputValue("#one-path"), "/channel=1");
+    assert.equal(await page.inputValue("#one-user"), "admin");
+    assert.equal(await page.inputValue("#one-password"), RIGHT);
+    await page.getByRole("button", { name: "Show password", exact: true }).click();
+    await page.getByRole("button", { name: "Hide password", exact: true }).click();
   }));
 
 test("a whole stream address is spread over the fields, and its picture measured", () =>
@@ -153,7 +217,7 @@ test("the keyboard alone is enough", () =>
     await type("127.0.0.1");
     await press("Tab");
     await type(`${ports.silent}`);
-    await press("Tab", "Control+A");
+    await page.click("#one-model"); // its text is chosen, and typing replaces it
     await type("h264 rtsp");
     await press("ArrowDown");
     assert.equal(await page.getAttribute("#one-model", "aria-activedescendant"), "one-model-list-0");

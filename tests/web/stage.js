@@ -134,7 +134,7 @@ const readable = () =>
 export async function fillOne(page, fields) {
   const values = { address: "127.0.0.1", model: "Simcam RTSP-H264", user: "admin", password: RIGHT, ...fields };
   for (const [name, value] of Object.entries(values)) await page.fill(`#one-${name}`, String(value));
-  await page.locator("#one-capabilities caption", { hasText: `of ${values.model},` }).waitFor();
+  await page.locator("#one-capabilities", { hasText: `of ${values.model},` }).waitFor();
 }
 
 export async function testOne(page) {

@@ -5,11 +5,13 @@ import { execFile } from "node:child_process";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { promisify } from "node:util";
-import { checkRows, readListFile } from "./page/camera-list.js";
-import { CAPABILITY_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
+import { checkRows } from "./page/camera-list.js";
+import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/csv.js";
 import { exportForImport, exportResults } from "./page/list-export.js";
+import { readListFile, readRows } from "./page/list-reading.js";
 import { ModelList } from "./page/models.js";
+import { splitPath } from "./page/path-login.js";
 import { STORED_PASSWORD } from "./page/api.js";
 import { here, source } from "./stage.js";
 
@@ -22,12 +24,14 @@ const types = promisify(execFile)(here("node_modules/.bin/tsc"), ["--skipLibChec
 test("tsc finds no fault in the page's types", async () => assert.equal(await types, ""));
 
 test("causes are the same in the page and in docs/causes.md", () => {
-  const tables = readFileSync(source("docs/causes.md"), "utf8").split("| Code | Heading |").slice(1);
+  const tables = readFileSync(source("docs/causes.md"), "utf8")
+    .split(/\| (?:Code|Name) \| Heading \|/)
+    .slice(1);
   const documented = tables.map((table) => {
-    const rows = [...table.matchAll(/^\| (\d+) \| (.*) \| (.*) \| (.*) \| (.*) \|$/gm)];
-    return rows.map(([, code, heading, happened, first, field]) => [code, { heading, happened, first, field }]);
+    const rows = [...(table.split("\n\n")[0] ?? "").matchAll(/^\| (\w+) \| (.*) \| (.*) \| (.*) \| (.*) \|$/gm)];
+    return rows.map(([, key, heading, happened, first, field]) => [key, { heading, happened, first, field }]);
   });
-  assert.deepEqual(documented, [TEST_CAUSES, CAPABILITY_CAUSES, SIZE_CAUSES].map(Object.entries));
+  assert.deepEqual(documented, [TEST_CAUSES, NAMED_CAUSES, CAPABILITY_CAUSES, SIZE_CAUSES].map(Object.entries));
 });
 
 const MODELS = new ModelList();
@@ -40,20 +44,25 @@ const DEFAULTS = { user: "admin", password: "shared", port: "", model: MODELS.mo
 
 /** Everything that the page says about a file. */
 function remarks(bytes) {
-  const { rows, mistake, notes } = readListFile(bytes);
+  const list = readListFile(bytes);
+  const { mistake, notes, headings } = list;
+  const rows = readRows(list);
   checkRows(rows, DEFAULTS, MODELS);
-  assert.doesNotMatch(exportResults(rows), /xy|zzy/, "no part of a password");
+  for (const text of [exportResults(rows), exportForImport(rows, false)])
+    assert.doesNotMatch(text, /xy|zzy/, "no part of a password");
   const ofRows = rows.flatMap(({ line, problems, notices, sameAs }) => [
     ...[...problems, ...notices].map((text) => `${line} ${text}`),
     ...(sameAs ? [`${line} same as ${sameAs}`] : []),
   ]);
-  return [mistake, ...notes, ...ofRows].filter(Boolean);
+  const unknown = headings.filter(({ isUnknown }) => isUnknown).map(({ text }) => `${text}?`);
+  return [mistake, ...notes, ...unknown, ...ofRows].filter(Boolean);
 }
 
 const LOGIN = "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).";
 const H = "name,address,port,user,password,vendor,model,channel,path,codec,stream\n";
 const STORED = "this text stands for a stored password, which a list cannot use.";
 const UNKNOWN = "is not in the list. Nearest:";
+const ADDRESS = "No column holds the address. Choose it below.";
 const ORDER = "Line 1 names no columns, so they are taken in this order: name, address, port.";
 const latin = (text) => Uint8Array.from(Buffer.from(text, "latin1"));
 const utf16 = (text) => Uint8Array.from(Buffer.from(`\ufeff${text}`, "utf16le"));
@@ -64,13 +73,17 @@ const FILES = [
   ["workbook", Uint8Array.of(0x50, 0x4b, 3, 4, 20), ["This is a workbook. Save it as CSV."]],
   ["old workbook", Uint8Array.of(0xd0, 0xcf, 0x11, 0xe0), ["This is a workbook. Save it as CSV."]],
   ["open quote", 'address\ncam1\n"cam2\ncam3\n', ["The quote opened in line 3 is never closed."]],
-  ["no address", "name,user\nGate,admin\n", ["No column holds the address."]],
+  ["no address", "name,user\nGate,admin\n", [ADDRESS, "2 address: missing."]],
   ["no rows", "address\n", ["There are no rows in it."]],
   ["as many rows as may be", "address\n" + "\n".repeat(9) + rowsOf(1000), []],
   ["one row more", "address\n" + rowsOf(1001), ["More than 1,000 rows. Split the file."]],
   ["no heading", "Gate,cam1,80\n", [ORDER]],
-  ["unknown column", "address,floor\ncam1,2\n", ["Columns that are not read: floor."]],
-  ["column twice", "address,ip\ncam1,cam2\n", ["The column address is there twice; the first one counts."]],
+  ["unknown column", "address,floor\ncam1,2\n", ["floor?"]],
+  ["unknown columns alone", "Raum;Adresse\nTor;10.0.0.5\n", [ADDRESS, "Raum?", "Adresse?", "2 address: missing."]],
+  ["column twice", "address,ip\ncam1,cam2\n", ["The column address is there twice; the first one counts.", "ip?"]],
+  ["title", "Cameras, north\n\nIP Address;Camera Name\ncam1;\n", ["Line 1 stands above the headings."]],
+  ["exported before", "address,line,result,code,cause,tested_at\ncam1,2,passed,,,\n", []],
+  ["password in a path", "address,path\ncam1,/user=a&password=xyzzy&ch=1\n", []],
   ["Windows-1252", latin("address\ncam1\xfc\n"), ["The file is not UTF-8; it was read as Windows-1252."]],
   ["UTF-16", utf16("address;port\r\ncam1;0\r\n"), ["2 port: 0 is not a port (1 to 65535)."]],
   ["port too large", "address,port\ncam1,80800\n", ["2 port: 80800 is not a port (1 to 65535)."]],
@@ -100,6 +113,8 @@ test("every mistake of a list is named", async (t) => {
 /** @type {[string, string, Record<string, string | number>][]} name, list, what is tested in its first row */
 const GENTLY = [
   ["any order and case, synonyms", "Pass_Word;LOGIN;IP\n p ;me;cam1", { host: "cam1", user: "me", password: " p " }],
+  ["IP Address, Stream Path", "IP Address;Stream Path;User Name\ncam1;/s;me", { host: "cam1", path: "/s", user: "me" }],
+  ["Host name, Camera Name", "Camera Name;Host name\nGate;cam1", { host: "cam1" }],
   ["separator declared", "sep=\t\naddress\tport\ncam1\t81", { host: "cam1", port: 81 }],
   ["byte order mark, quotes and breaks", '\ufeffaddress,password\r"cam1","a""b,\r\nc"\r', { password: 'a"b,\r\nc' }],
   ["host and port", "address\ncam1:8080", { host: "cam1", port: 8080 }],
@@ -111,12 +126,13 @@ const GENTLY = [
   ["other capitals and dots", "address,codec,stream\ncam1,h264,rtsp", { codec: "H.264", stream: "RTSP" }],
   ["empty cells", "address,user,model\ncam1,,", { user: "admin", password: "shared", vendor: "ONVIF" }],
   ["guarded cell", "address,user\ncam1,'=me", { user: "=me" }],
+  ["login in a path", "address,path\ncam1,/s?user=a&pwd=p", { user: "a", password: "p", path: "/s" }],
 ];
 
 test("a list is read gently", async (t) => {
   for (const [name, list, wanted] of GENTLY)
     await t.test(name, () => {
-      const { rows } = readListFile(new TextEncoder().encode(list));
+      const rows = readRows(readListFile(new TextEncoder().encode(list)));
       checkRows(rows, DEFAULTS, MODELS);
       const found = rows[0]?.camera ?? {};
       assert.deepEqual(Object.fromEntries(Object.keys(wanted).map((key) => [key, found[key]])), wanted);
@@ -130,8 +146,16 @@ test("what is written is read as it was, and no formula for a spreadsheet", () =
   const text = writeCsv([cells.map(guardCell)]);
   assert.ok(text.startsWith('\ufeff"a""b","c,d",'), text);
   assert.deepEqual(parseCsv(text).lines[0]?.cells.map(unguardCell), cells);
-  const { rows: list } = readListFile(new TextEncoder().encode("address,name\ncam1,x;=cmd\n"));
+  const { rows: list } = readRows(readListFile(new TextEncoder().encode("address,name\ncam1,x;=cmd\n")));
   checkRows(list, DEFAULTS, MODELS);
-  assert.match(exportForImport(list).text, /^x;'=cmd,ONVIF,/m);
+  assert.match(exportForImport(list, false), /^x;'=cmd,/m);
   for (const foreign of ["'=a;=b", "it's", "a,'b"]) assert.equal(unguardCell(foreign), foreign);
+});
+
+/** Also read by the tests of `recorderctl camera import`. @type {Record<string, string>[]} */
+const PATH_LOGINS = JSON.parse(readFileSync(source("tests/data/path_logins.json"), "utf8"));
+
+test("a login in the path of a stream is found", async (t) => {
+  for (const { name, path, user, password, pathOut } of PATH_LOGINS)
+    await t.test(`${name}`, () => assert.deepEqual(splitPath(path ?? ""), { user, password, path: pathOut }));
 });

@@ -54,6 +54,19 @@ test("a recorder that went away is told of, found again, and no test is repeated
     assert.equal(sent(calls, "CameraTest").length, 1);
   }));
 
+test("what keeps the page from the recorder is told in every view, with what to do", () =>
+  withPage("", async (page) => {
+    await page.goto(page.url().replace("127.0.0.1", "recorder.localhost"));
+    await page.locator("#models-failed").waitFor();
+    await expectText(page, "models-failed", 'Add "recorder.localhost" to "hostNames" in its configuration');
+    await page.click("#one-test");
+    await expectText(page, "one-model-mistake", "The list of models could not be read: see above.");
+    await page.route("**/CameraModelEnum", (route) => route.fulfill({ status: 401 }));
+    await page.reload();
+    await expectText(page, "signed-out", "Not signed in. The recorder did not accept the login, or none was given.");
+    assert.ok(await page.locator("#models-failed").isHidden(), "one trouble, one banner");
+  }));
+
 test("somebody who is no longer known signs in again without losing the page", () => {
   const user = { username: "leaver", password: "let-me-in-43" };
   addUser(user);
@@ -106,6 +119,8 @@ test("axe finds nothing serious in any view, light or dark", () => {
     await fillOne(page, { port: ports.onvif, model: "ONVIF" });
     await testOne(page);
     await audit(page, "One camera, passed", "one-camera");
+    await page.fill("#one-port", "81");
+    await audit(page, "One camera, other values", "other-values");
 
     await page.click("#nav-many");
     await page.locator("#many-title:focus").waitFor();
@@ -125,8 +140,27 @@ test("axe finds nothing serious in any view, light or dark", () => {
     await page.click("#many-causes [data-kind='467']");
     await audit(page, "Many cameras, one cause");
     await page.click("#row-3-more");
-    await audit(page, "Details of a row");
+    await audit(page, "Details of a row", "row");
     await page.click("#row-close");
+    await page.setViewportSize({ width: 390, height: 600 });
+    await page.click("#row-3-more");
+    const places = await page
+      .locator("#row, #row-close")
+      .evaluateAll((all) => all.map((one) => one.getBoundingClientRect().y));
+    assert.ok(places[1] >= places[0], "Close is in sight on a phone");
+    await page.click("#row-close");
+    await page.setViewportSize(DESKTOP);
+    await page.click("#many-export-import");
+    await page.check("#import-passwords");
+    await audit(page, "Export for import", "export");
+    await page.click("#import-cancel");
+    await openList(page, [
+      ["Standort", "Adresse"],
+      ["Tor", "127.0.0.1"],
+    ]);
+    await page.click("#question-yes");
+    await page.locator("#many-columns[open]").waitFor();
+    await audit(page, "Columns to choose", "columns");
 
     await page.click("#nav-models");
     await page.click("#models-list a:text('RTSP-H264')");
