@@ -60,10 +60,12 @@ enum CAMERA_VERIFY_RESULT : int {
   CAMERA_VERIFY_UNREACHABLE = 4,   ///< host not found, no route, connection refused
   CAMERA_VERIFY_TIMED_OUT = 5,     ///< connected or not, no answer in the time limit
   CAMERA_VERIFY_LOGIN_REFUSED = 6,
-  CAMERA_VERIFY_NO_SUCH_STREAM = 7,   ///< the stream or path does not exist there
-  CAMERA_VERIFY_NO_VIDEO = 8,         ///< no video, or not in the wanted codec or stream type
-  CAMERA_VERIFY_BUSY = 15,            ///< too many sessions, service unavailable
-  CAMERA_VERIFY_NOT_UNDERSTOOD = 16,  ///< what the camera said makes no sense, or its login method is not supported
+  CAMERA_VERIFY_NO_SUCH_STREAM = 7,  ///< the stream or path does not exist there
+  CAMERA_VERIFY_NO_VIDEO = 8,        ///< no video, or not in the wanted codec or stream type
+  CAMERA_VERIFY_BUSY = 15,           ///< too many sessions, service unavailable
+  /// What the camera said makes no sense or is another protocol; or its login method is not supported, or it does not
+  /// tell the time that the login depends on; or the recorder may not contact it.
+  CAMERA_VERIFY_NOT_UNDERSTOOD = 16,
 };
 
 /// How the capability file of a camera is to be obtained. Any other value acts as REMOTE_CAMCAP_AS_NEEDED.
@@ -78,7 +80,7 @@ enum CAMCAP_FILE_RESULT : int {
   CAMCAP_FILE_OBTAINED = 0,
   CAMCAP_FILE_SUBSTITUTED = 1,  ///< not obtained now; the path is that of a usable older or built-in file
   CAMCAP_FILE_UNREACHABLE = 2,  ///< not reachable or timed out
-  CAMCAP_FILE_NO_SERVICE = 3,   ///< no such service at this address
+  CAMCAP_FILE_NO_SERVICE = 3,   ///< no such service or channel at this address
   CAMCAP_FILE_LOGIN_REFUSED = 4,
   CAMCAP_FILE_NOT_UNDERSTOOD = 5,
 };
@@ -149,9 +151,11 @@ class CamCapHandler {
 
   /// (DP_LOAD_SOURCE, vendor, model, channel, capFilePath): loads a model; a non-empty path names the file to load.
   Functor<int, int, std::string, std::string, std::string, std::string> LoadCapability;
-  /// Channels of the loaded model.
+  /// Channels of the loaded model. Of a camera that has to be asked first and was not, nobody knows them: then the
+  /// list also holds the channel that it was loaded for, so that nobody replaces it.
   Functor<std::list<std::string>> GetChannelList;
-  /// The channel to use instead of one that the model does not have.
+  /// The channel to use instead of one that the model does not have. Of a camera that has to be asked first and was not
+  /// it is "", which means the camera's own default channel wherever a channel is taken.
   Functor<std::string> GetDefaultChannel;
   /// (codec: 1 MJPEG, 2 MPEG4, 3 H.264, 5 MXPEG): snapshot settings offered for that codec, the preferred one first.
   Functor<std::list<std::string>, int> GetListForCodec;

@@ -73,7 +73,7 @@ extern const char gszFakePass[];
 /// weakly than the camera was seen to take: a refused login, too.
 /// Camera id 0 means "a camera not named": of the stored cameras of that vendor, model and channel the one that fits
 /// what those functions are given, if exactly one does. A stored channel "" is any, `channel` "" is the model's default
-/// one.
+/// one, or any where that is not known yet.
 std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel);
 
 /// Reads a whole file of at most 32 MiB. `required`: a missing file is an error and logged as such. On success

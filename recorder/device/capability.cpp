@@ -28,6 +28,9 @@ struct CamCapHandler::Impl : DPObjectBase {
   int GetDefaultVideoType();
   int GetStreamingTypeFor(int videoType);
 
+  /// True for the built-in values of a camera that has to be asked first. `model` must be there.
+  bool IsUnasked() const { return IsGenericVendor(model->vendor) && model->readAt == 0; }
+
   std::shared_ptr<const Model> model;
   std::string askedChannel;
 };
@@ -49,13 +52,13 @@ int CamCapHandler::Impl::LoadCapability(int source, std::string vendor, std::str
 std::list<std::string> CamCapHandler::Impl::GetChannelList() {
   if (!model) return {};
   std::list<std::string> channels(model->channels.values.begin(), model->channels.values.end());
-  // Nobody has asked this camera yet: whoever replaced the channel now would ask it about another one.
-  const bool isUnasked = IsGenericVendor(model->vendor) && model->readAt == 0;
-  if (isUnasked && !askedChannel.empty() && askedChannel != channels.front()) channels.push_back(askedChannel);
+  // Whoever replaced the channel now would ask the camera about another one.
+  if (IsUnasked() && !askedChannel.empty() && askedChannel != channels.front()) channels.push_back(askedChannel);
   return channels;
 }
 
-std::string CamCapHandler::Impl::GetDefaultChannel() { return model ? model->channels.preset : ""; }
+/// Of a camera that was not asked yet: "", which the camera's own default stands for when it is contacted.
+std::string CamCapHandler::Impl::GetDefaultChannel() { return model && !IsUnasked() ? model->channels.preset : ""; }
 
 std::list<std::string> CamCapHandler::Impl::GetListForCodec(int codec) {
   if (!model) return {};

@@ -8,9 +8,11 @@
 namespace recorder {
 namespace {
 
+/// Of a camera that has to be asked and was not, nobody knows it.
 std::string DefaultChannel(const std::string& vendor, const std::string& model, const CameraAddress& address) {
   if (IsGenericVendor(vendor)) {
-    return ReadCameraFile(vendor, KeptFile(vendor, address.host, address.port), "")->channels.preset;
+    const auto kept = ReadCameraFile(vendor, KeptFile(vendor, address.host, address.port), "");
+    return kept->readAt == 0 ? "" : kept->channels.preset;
   }
   const FoundModel found = FindModel(vendor, model);
   return found.model ? found.model->channels.preset : "";

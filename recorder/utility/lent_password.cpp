@@ -81,7 +81,7 @@ std::optional<CameraRecord> LentPassword::Choose(const WantedCamera& wanted, std
   }
   const std::string channel = channel_ == "" ? wanted.defaultChannel : channel_.value_or("");
   const auto hasChannel = [&](const CameraRecord& camera) {
-    return !channel_ || camera.channel.empty() || camera.channel == channel;
+    return !channel_ || channel.empty() || camera.channel.empty() || camera.channel == channel;
   };
   if (!keep("the request names another channel", hasChannel)) return std::nullopt;
   if (fitting.size() == 1) return std::move(fitting.front());

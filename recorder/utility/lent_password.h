@@ -19,7 +19,7 @@ struct WantedCamera {
   int port = 0;
   std::string user;
   std::optional<std::string> sourcePath;  ///< nothing: the work that follows uses none
-  std::string defaultChannel;             ///< of the model; "" when it is not known
+  std::string defaultChannel;             ///< of the model; "" when it is not known, then any will do
 };
 
 /// A stored password that is lent to one request, which never gets to see it. It can do nothing but log in to the

@@ -55,5 +55,12 @@ TEST(CapabilityTest, HandlerAnswersForTheLoadedModel) {
   EXPECT_EQ(handler.GetStreamingTypeFor(VIDEO_TYPE_MJPEG), STREAMING_TYPE_HTTP);
 }
 
+TEST(CapabilityTest, AnUnaskedCameraKeepsItsChannel) {
+  CamCapHandler handler;
+  ASSERT_EQ(handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, "PSIA", "Generic", "7", ""), 0);
+  EXPECT_EQ(handler.GetChannelList(), (std::list<std::string>{"1", "7"}));
+  EXPECT_EQ(handler.GetDefaultChannel(), "");
+}
+
 }  // namespace
 }  // namespace recorder

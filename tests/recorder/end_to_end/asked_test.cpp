@@ -152,6 +152,21 @@ TEST(AskedCameras, ShowTheChannelThatIsAskedFor) {
   }
 }
 
+TEST(AskedCameras, AreAskedByTheirDefaultChannelInAList) {
+  const SimCameras cameras(List({Configured("psia", R"({"psia": {"channels": ["101", "1"], "disabled": ["1"]}})")}));
+  const TestRecorder recorder;
+  Json::Value params = GenericParams("PSIA", cameras.Port("psia"), kSecret);
+  params["camChannel"] = "";
+  for (const char* method : {"CamBatAddVerify", "CameraTest", "GetSnapshot", "CamCapRemote"}) {
+    recorder.ForgetCameras();
+    EXPECT_EQ(CodeOf(recorder, method, params), 0) << method << recorder.Log();
+  }
+  recorder.AddCamera("PSIA", "Generic", cameras.Port("psia"), "admin", kSecret, "101");
+  recorder.ForgetCameras();
+  params["camList"][0]["password"] = kFakePass;
+  EXPECT_EQ(CodeOf(recorder, "CamBatAddVerify", params), 0) << "the default channel is the record's";
+}
+
 TEST(AskedCameras, TroubleHasItsCode) {
   struct Trouble {
     const char* name;

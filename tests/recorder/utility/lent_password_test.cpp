@@ -58,6 +58,11 @@ const Question kQuestions[] = {
      "1",
      {"Acme", "X", "cam3", 80, "admin", "", "1"},
      "cameras 5, 6 is not lent: they fit the request alike"},
+    {"ByADefaultThatNobodyKnows",
+     0,
+     "",
+     {"Acme", "X", "cam1", 80, "admin", "", ""},
+     "cameras 1, 2 is not lent: they fit the request alike"},
     {"NoSuchCamera", 8, "", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "there is no camera 8"},
     {"NoSuchModel", 0, "", {"Acme", "Y", "cam1", 80, "admin", "", "1"}, "no camera of Acme Y is stored"},
 };
