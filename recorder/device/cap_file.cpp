@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -9,7 +8,9 @@
 #include "recorder/device/device_api.h"
 #include "recorder/device/model_files.h"
 #include "recorder/device/stream_probe.h"
+#include "recorder/device/unasked.h"
 #include "recorder/device/wanted_camera.h"
+#include "recorder/utility/request_scope.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {
@@ -42,7 +43,10 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, Device& devi
 Outcome TestCamera(const CamProfile& profile, const Model& model) {
   const std::unique_ptr<Device> device =
       MakeDevice(profile.vendor, profile.model, {CameraAddressOf(profile), profile.channel, ""});
-  if (!device || device->NeedsSourcePath()) return Outcome::kNotUnderstood;
+  if (!device || device->NeedsSourcePath()) {
+    ReportUnasked(profile.vendor, profile.model, Outcome::kNoPath);
+    return Outcome::kNoPath;
+  }
   return device->HasStreamPath() ? AskForStream(profile, model, *device)
                                  : static_cast<Outcome>(device->VerifyConnection());
 }
@@ -61,29 +65,40 @@ FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
 CAMCAP_FILE_RESULT ToFileResult(const FileAnswer& answer, __tag_REMOTE_CAMCAP_CMD cmd) {
   const CAMCAP_FILE_RESULT result = Translate(kFileResults, answer.outcome, CAMCAP_FILE_NOT_UNDERSTOOD);
   if (result == CAMCAP_FILE_OBTAINED) return answer.file.empty() ? CAMCAP_FILE_SUBSTITUTED : result;
-  const bool isFailure = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED;
+  const bool isFailure = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED ||
+                         answer.outcome == Outcome::kUnknownModel;  // nothing could stand in
   return isFailure ? result : CAMCAP_FILE_SUBSTITUTED;
 }
 
-/// Asks the camera; nothing for a model that is not known.
-std::optional<FileAnswer> AskForFile(const CamProfile& profile, __tag_REMOTE_CAMCAP_CMD cmd) {
+FileAnswer AskForFile(const CamProfile& profile, __tag_REMOTE_CAMCAP_CMD cmd) {
   if (IsGenericVendor(profile.vendor)) {
     return AskGenericCamera(profile, cmd == REMOTE_CAMCAP_ASK_NOW ? Freshness::kNow : Freshness::kRecent);
   }
   const FoundModel found = FindModel(profile.vendor, profile.model);
-  if (found.file.empty()) return std::nullopt;
-  return FileAnswer{TestCamera(profile, *found.model), found.file};
+  if (found.file.empty()) {
+    ReportUnasked(profile.vendor, profile.model, Outcome::kUnknownModel);
+    return {Outcome::kUnknownModel, ""};
+  }
+  return {TestCamera(profile, *found.model), found.file};
+}
+
+/// The cause that a caller is told. An answer that could not be kept is no answer.
+Outcome CauseOf(const FileAnswer& answer) {
+  const bool isLost = answer.outcome == Outcome::kOk && answer.file.empty();
+  return isLost ? Outcome::kRecorderFailed : answer.outcome;
 }
 
 }  // namespace
 }  // namespace recorder
 
 int CamCapUtils::GetCamCapFile(CamProfile& profile, std::string& capFilePath, __tag_REMOTE_CAMCAP_CMD cmd) {
+  recorder::RequestScope& scope = recorder::RequestScope::Current();
+  scope.WorkFor({profile.vendor, profile.model, profile.ip, profile.port, profile.user});
   recorder::NameWantedCamera(profile.vendor, profile.model, recorder::CameraAddressOf(profile), std::nullopt);
-  const std::optional<recorder::FileAnswer> answer = recorder::AskForFile(profile, cmd);
-  if (!answer) return CAMCAP_FILE_NOT_UNDERSTOOD;
-  const CAMCAP_FILE_RESULT result = recorder::ToFileResult(*answer, cmd);
-  if (result <= CAMCAP_FILE_SUBSTITUTED) capFilePath = answer->file;
+  const recorder::FileAnswer answer = recorder::AskForFile(profile, cmd);
+  scope.SetCause(recorder::CauseOf(answer));
+  const CAMCAP_FILE_RESULT result = recorder::ToFileResult(answer, cmd);
+  if (result <= CAMCAP_FILE_SUBSTITUTED) capFilePath = answer.file;
   return result;
 }
 

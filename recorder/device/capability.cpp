@@ -10,6 +10,7 @@
 #include "recorder/device/capability_document.h"
 #include "recorder/device/member_function.h"
 #include "recorder/device/model_files.h"
+#include "recorder/device/unasked.h"
 
 using recorder::FindModel;
 using recorder::IsGenericVendor;
@@ -45,7 +46,10 @@ int CamCapHandler::Impl::LoadCapability(int source, std::string vendor, std::str
     model = IsGenericVendor(vendor) ? ReadCameraFile(vendor, capFilePath, askedChannel)
                                     : FindModel(vendor, name, capFilePath).model;
   }
-  return model ? 0 : -1;
+  if (model) return 0;
+  recorder::ReportUnasked(vendor, name, recorder::Outcome::kUnknownModel);
+  recorder::RequestScope::Current().WorkFor({std::move(vendor), std::move(name), "", 0, ""});
+  return -1;
 }
 // NOLINTEND(performance-unnecessary-value-param)
 

@@ -8,9 +8,11 @@
 #include "recorder/device/model_device.h"
 #include "recorder/device/model_files.h"
 #include "recorder/device/unanswered_device.h"
+#include "recorder/device/unasked.h"
 #include "recorder/device/user_device.h"
 #include "recorder/device/verify_result.h"
 #include "recorder/device/wanted_camera.h"
+#include "recorder/utility/request_scope.h"
 
 using recorder::Device;
 using recorder::Register;
@@ -20,7 +22,10 @@ namespace {
 
 std::unique_ptr<Device> MakeGenericDevice(const std::string& vendor, DeviceParameters parameters) {
   KnownCamera camera = LearnCamera(vendor, parameters.address, parameters.channel, Freshness::kRecent);
-  if (!camera.model) return std::make_unique<UnansweredDevice>(camera.outcome);
+  if (!camera.model) {
+    RequestScope::Current().SetCause(camera.outcome);
+    return std::make_unique<UnansweredDevice>(camera.outcome);
+  }
   parameters.channel = std::move(camera.channel);
   return std::make_unique<ModelDevice>(std::move(camera.model), std::move(parameters));
 }
@@ -48,6 +53,7 @@ DeviceAPIHandler::~DeviceAPIHandler() = default;
 void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& address, int port, const std::string& user,
                                    const std::string& password, const std::string& vendor, const std::string& model,
                                    const std::string& channel, const std::string& sourcePath) {
+  recorder::RequestScope::Current().WorkFor({vendor, model, address, port, user});
   impl->device = nullptr;
   if (source == DP_LOAD_FROM_MODEL_FILES) {
     const recorder::CameraAddress camera{address, port, user, password};
@@ -55,6 +61,10 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
     impl->device = recorder::MakeDevice(vendor, model, {camera, channel, sourcePath});
   }
   Device* device = impl->device.get();
+  if (device == nullptr) recorder::ReportUnasked(vendor, model, recorder::Outcome::kUnknownModel);
+  if (device != nullptr && device->NeedsSourcePath() && sourcePath.empty()) {
+    recorder::ReportUnasked(vendor, model, recorder::Outcome::kNoPath);
+  }
   Register<&Device::NeedsSourcePath>(NeedsSourcePath, device, "NeedsSourcePath");
   Register<&Device::HasStreamPath>(HasStreamPath, device, "HasStreamPath");
   Register<&Device::GetStreamPath>(GetStreamPath, device, "GetStreamPath");
@@ -64,7 +74,4 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
   SetValid(device != nullptr);
 }
 
-int RetDevApiToRetCV(int code) {
-  if (code == recorder::kDeviceHasNoCheck) return CAMERA_VERIFY_NOT_PREPARED;
-  return recorder::ToVerifyResult(static_cast<recorder::Outcome>(code));
-}
+int RetDevApiToRetCV(int code) { return recorder::ToVerifyResult(static_cast<recorder::Outcome>(code)); }

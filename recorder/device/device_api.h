@@ -10,9 +10,6 @@
 
 namespace recorder {
 
-/// Result of a device's own check: the number of a recorder::Outcome (0: passed), or this.
-inline constexpr int kDeviceHasNoCheck = -1;
-
 /// The device-support object of one camera: what the functors of a DeviceAPIHandler call.
 /// Thread: one. Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a declaration
 /// says so.
@@ -21,6 +18,7 @@ class Device : public DPObjectBase {
   virtual bool NeedsSourcePath() = 0;
   virtual bool HasStreamPath() = 0;
   virtual int GetStreamPath(std::string& path, int& port) = 0;
+  /// The device's own check: the number of a recorder::Outcome. kNoPath: it has none without a path.
   virtual int VerifyConnection() = 0;
   virtual int SelectVideoType(int videoType, int streamNumber) = 0;
   virtual int GetSnapshotPath(std::string& path, int& port, int& kind) = 0;

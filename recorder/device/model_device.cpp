@@ -50,10 +50,12 @@ int ModelDevice::GetStreamPath(std::string& path, int& port) {
 }
 
 int ModelDevice::VerifyConnection() {
-  if (model_->check != ModelCheck::kDevice) return kDeviceHasNoCheck;
+  if (model_->check != ModelCheck::kDevice) return static_cast<int>(Outcome::kNoPath);
   CameraAddress address = parameters_.address;
   UsePort(model_->snapshot.from, address.port);
-  return static_cast<int>(ProbeHttpStream(address, HttpSnapshotPath("")));
+  const Outcome outcome = ProbeHttpStream(address, HttpSnapshotPath(""));
+  RequestScope::Current().SetCause(outcome);
+  return static_cast<int>(outcome);
 }
 
 int ModelDevice::SelectVideoType(int /*videoType*/, int streamNumber) {

@@ -71,6 +71,7 @@ Outcome ProbeAs(const CameraAddress& address, const std::string& path, int video
 
 Outcome ProbeStream(const CameraAddress& address, const std::string& path, int videoType, int streamingType) {
   const Outcome outcome = ProbeAs(address, path, videoType, streamingType);
+  RequestScope::Current().SetCause(outcome);
   if (outcome != Outcome::kOk) {
     LogFailure("The stream of " + PlaceOf(address) + " cannot be used: " + std::string(Describe(outcome)) + ".");
   }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "recorder/device/http_probe.h"
+#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 
@@ -18,7 +19,7 @@ int UserDevice::GetStreamPath(std::string& path, int& /*port*/) {
   return 0;
 }
 
-int UserDevice::VerifyConnection() { return kDeviceHasNoCheck; }
+int UserDevice::VerifyConnection() { return static_cast<int>(Outcome::kNoPath); }
 
 int UserDevice::SelectVideoType(int videoType, int /*streamNumber*/) {
   videoType_ = videoType;
@@ -28,6 +29,7 @@ int UserDevice::SelectVideoType(int videoType, int /*streamNumber*/) {
 int UserDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
   if (GetStreamPath(path, port) != 0) return -1;
   kind = SnapshotKind();
+  if (kind == SNAPSHOT_KIND_NONE) RequestScope::Current().SetCause(Outcome::kNoVideo);
   return kind == SNAPSHOT_KIND_NONE ? -1 : 0;
 }
 
@@ -64,6 +66,7 @@ SNAPSHOT_KIND UserDevice::AskWhetherRtsp() const {
 SNAPSHOT_KIND UserDevice::AskWhetherHttp() {
   std::string jpeg;
   const Outcome outcome = FetchPicture(parameters_.address, parameters_.sourcePath, jpeg);
+  RequestScope::Current().SetCause(outcome);
   asked_ = Asked{outcome, std::move(jpeg)};
   const bool isElsewhere = outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream;
   return isElsewhere ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;

@@ -20,6 +20,11 @@ constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
     {Outcome::kBusy, CAMERA_VERIFY_BUSY},
     {Outcome::kNotThisProtocol, CAMERA_VERIFY_NOT_UNDERSTOOD},
     {Outcome::kNotUnderstood, CAMERA_VERIFY_NOT_UNDERSTOOD},
+    {Outcome::kUnknownModel, CAMERA_VERIFY_NOT_PREPARED},
+    {Outcome::kNoPath, CAMERA_VERIFY_NOT_PREPARED},
+    {Outcome::kDisabled, CAMERA_VERIFY_NOT_PREPARED},
+    {Outcome::kBadRow, CAMERA_VERIFY_NOT_PREPARED},
+    {Outcome::kRecorderFailed, CAMERA_VERIFY_NOT_PREPARED},
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "recorder/media/jpeg_check.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/utility/handle.h"
+#include "recorder/utility/request_scope.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -141,6 +142,7 @@ int DoFFMpegGetJpeg(int /*videoType*/, const unsigned char* extradata, int extra
              "A key frame of %d bytes could not be turned into a picture.\n", frameSize);
     return -1;
   }
+  recorder::RequestScope::Current().SetCause(recorder::Outcome::kOk);
   *jpeg = picture->bytes.release();
   *jpegSize = picture->size;
   return 0;
@@ -156,6 +158,7 @@ void GetJpegReso(const unsigned char* jpeg, int jpegSize, int* width, int* heigh
   int colours = 0;
   if (tjDecompressHeader3(reader.get(), jpeg, static_cast<unsigned long>(jpegSize), width, height, &sampling,
                           &colours) != 0) {
+    recorder::RequestScope::Current().SetCause(recorder::Outcome::kNotUnderstood);
     *width = 0;
     *height = 0;
   }

@@ -178,6 +178,9 @@ RtpFetch::~RtpFetch() = default;
 int RtpFetch::NextPartInfo(unsigned int& partNumber, char* /*header*/, unsigned int /*headerSize*/, int& headerLength) {
   headerLength = 0;  // a part of RTP has no textual header
   const recorder::Outcome outcome = impl->NextPart();
+  // Until a picture is made of it, a part is no picture.
+  recorder::RequestScope::Current().SetCause(outcome == recorder::Outcome::kOk ? recorder::Outcome::kNotUnderstood
+                                                                               : outcome);
   if (outcome != recorder::Outcome::kOk) {
     VTPrintf(LOG_TYPE_FAILURE, "media", nullptr, "recorder/media/rtp_fetch", __LINE__, __func__,
              "No picture from the stream of %s: %s.\n", recorder::PlaceOf(impl->address).c_str(),

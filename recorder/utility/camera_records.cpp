@@ -38,9 +38,12 @@ const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
 
 int GetCamConnStatus(int camId) try {
   const auto camera = recorder::Records(recorder::GetConfig().stateFolder).Find(camId);
-  return camera ? camera->status : CAM_CONN_STATUS_UNKNOWN;
+  const int status = camera ? camera->status : CAM_CONN_STATUS_UNKNOWN;
+  if (status == CAM_CONN_STATUS_DISABLED) recorder::RequestScope::Current().SetCause(recorder::Outcome::kDisabled);
+  return status;
 } catch (const std::exception& error) {
   recorder::LogFailure("Camera " + std::to_string(camId) + " counts as switched off: " + error.what());
+  recorder::RequestScope::Current().SetCause(recorder::Outcome::kRecorderFailed);
   return CAM_CONN_STATUS_DISABLED;
 }
 

@@ -4,7 +4,7 @@
 
 namespace recorder {
 
-/// How asking a camera ended: the rung of the ladder on which it failed.
+/// How a request about a camera ended: the rung of the ladder on which it failed.
 enum class Outcome {
   kOk,
   kUnreachable,       ///< host not found, no route, connection refused
@@ -18,7 +18,17 @@ enum class Outcome {
   kBusy,              ///< too many sessions, service unavailable
   kNotThisProtocol,   ///< what answers there speaks another protocol
   kNotUnderstood,     ///< the answer makes no sense, ended early, is too long, or is no picture
+  // Nothing was sent:
+  kUnknownModel,  ///< no model file knows vendor and model
+  kNoPath,        ///< the model needs the stream's path, and the request has none
+  kDisabled,      ///< the stored camera is switched off
+  kBadRow,        ///< the row of a list cannot be read
+  // Here, not at the camera:
+  kRecorderFailed,  ///< no memory, or the state folder cannot be written
 };
+
+/// The name by which callers are told, such as "loginRefused"; docs/causes.md has a text for each.
+std::string_view NameOf(Outcome outcome);
 
 /// A short phrase for log lines, such as "login refused".
 std::string_view Describe(Outcome outcome);

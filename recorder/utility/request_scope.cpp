@@ -18,6 +18,20 @@ constexpr std::string_view kTokenStart = "[lent-password]-";
 CameraLimits cameraLimits;
 thread_local RequestScope* currentScope = nullptr;
 
+std::mutex requestMutex;
+std::shared_ptr<RowReports> reportsOfRequest = std::make_shared<RowReports>();
+
+/// Where threads report now; a request may put its own in that place.
+std::shared_ptr<RowReports> ReportsOfRequest() {
+  const std::lock_guard lock(requestMutex);
+  return reportsOfRequest;
+}
+
+void SetReportsOfRequest(std::shared_ptr<RowReports> reports) {
+  const std::lock_guard lock(requestMutex);
+  reportsOfRequest = std::move(reports);
+}
+
 }  // namespace
 
 void SetCameraLimits(const CameraLimits& limits) { cameraLimits = limits; }
@@ -26,16 +40,30 @@ const CameraLimits& GetCameraLimits() { return cameraLimits; }
 
 RequestScope& RequestScope::Current() {
   if (currentScope != nullptr) return *currentScope;
-  thread_local RequestScope scopeOfThread{cameraLimits.test};
+  thread_local RequestScope scopeOfThread{cameraLimits.test, OfThread{}};
   return scopeOfThread;
 }
 
 RequestScope::RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes)
-    : limit_(limit), bytesLeft_(bytes), previous_(currentScope) {
+    : limit_(limit), bytesLeft_(bytes), reports_(std::make_shared<RowReports>()), previous_(currentScope) {
+  currentScope = this;
+  SetReportsOfRequest(reports_);
+}
+
+RequestScope::RequestScope(std::chrono::milliseconds limit, OfThread /*kind*/)
+    : limit_(limit), bytesLeft_(kCameraBytes), reports_(ReportsOfRequest()), isOfThread_(true), previous_(nullptr) {
   currentScope = this;
 }
 
-RequestScope::~RequestScope() { currentScope = previous_; }
+RequestScope::~RequestScope() {
+  if (isOfThread_ && cause_) reports_->Add({std::move(camera_), *cause_});
+  currentScope = previous_;
+}
+
+void RequestScope::SetCause(Outcome outcome) {
+  const bool isSettled = cause_ == Outcome::kNoSuchStream || cause_ == Outcome::kNoVideo;
+  if (outcome != Outcome::kNotThisProtocol || !isSettled) cause_ = outcome;
+}
 
 Clock::time_point RequestScope::Deadline() {
   if (!deadline_) deadline_ = Clock::now() + limit_;

@@ -3,13 +3,16 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "recorder/utility/lent_password.h"
 #include "recorder/utility/outcome.h"
+#include "recorder/utility/row_reports.h"
 
 namespace recorder {
 
@@ -36,8 +39,8 @@ const CameraLimits& GetCameraLimits();
 ///
 /// A lent password travels as a token: a random text that stands for it in this scope and is worth nothing elsewhere.
 ///
-/// Owner:   the request process opens one for each request; any other thread (a batch worker) gets one of its own at
-///          first use, which ends with the thread.
+/// Owner:   the request process opens one for each request, one at a time; any other thread (a batch worker) gets one
+///          of its own at first use, which ends with the thread and then reports to the request's.
 /// Thread:  a scope belongs to one thread.
 /// Time:    steady clock.
 /// Secrets: holds no password.
@@ -46,8 +49,8 @@ class RequestScope {
   /// The calling thread's scope.
   static RequestScope& Current();
 
-  /// Opens a scope for the calling thread with `limit` for its camera work, in which cameras may send `bytes`; the
-  /// destructor restores the one before.
+  /// Opens a request's scope for the calling thread with `limit` for its camera work, in which cameras may send `bytes`;
+  /// the destructor restores the one before.
   explicit RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes = kCameraBytes);
   ~RequestScope();
   RequestScope(const RequestScope&) = delete;
@@ -88,7 +91,24 @@ class RequestScope {
   std::optional<Outcome> FailedAsking(const std::string& key) const;
   void RememberFailedAsking(const std::string& key, Outcome outcome) { failedAskings_.try_emplace(key, outcome); }
 
+  /// Says for which camera of the request the work is that follows.
+  void WorkFor(CameraEntry camera) { camera_ = std::move(camera); }
+
+  /// Says how the work has ended so far; the last word counts. But that another protocol is spoken somewhere does not
+  /// count where the right one had its own cause: whoever tries both gets that one.
+  void SetCause(Outcome outcome);
+
+  /// What SetCause was told, if it was.
+  std::optional<Outcome> Cause() const { return cause_; }
+
+  /// The cameras that other threads worked for while this scope was the request's, and how that ended. Complete for
+  /// threads that have ended.
+  std::vector<RowReport> Reports() const { return reports_->All(); }
+
  private:
+  struct OfThread {};
+  RequestScope(std::chrono::milliseconds limit, OfThread);
+
   std::chrono::milliseconds limit_;
   std::optional<Clock::time_point> deadline_;
   std::uint64_t bytesLeft_;
@@ -97,6 +117,10 @@ class RequestScope {
   std::set<std::string> digestHosts_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
+  CameraEntry camera_;
+  std::optional<Outcome> cause_;
+  std::shared_ptr<RowReports> reports_;  // of the request, also for a thread's scope
+  bool isOfThread_ = false;
   RequestScope* previous_;
 };
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "recorder/utility/request_scope.h"
+#include "recorder/webapi/cause_header.h"
 #include "recorder/webapi/output_capture.h"
 
 namespace NORV {
@@ -111,6 +112,7 @@ ApiAnswer RunCall(const ApiCall& call) {
   } else if (!answer.json.isNull()) {
     answer.kind = ApiAnswer::Kind::kJson;
   }
+  answer.causes = CausesOf(call, answer, scope);
   return answer;
 }
 

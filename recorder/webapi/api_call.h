@@ -35,6 +35,7 @@ struct ApiAnswer {
   std::string raw;
   std::string parameter;
   std::string reason;
+  std::string causes = {};  ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
 };
 
 /// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard

@@ -12,9 +12,13 @@ namespace {
 // An answer may hold a picture of somebody's home: nothing on the way keeps it, and no browser takes it for a script.
 constexpr std::string_view kCommonHeaders = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
 
-std::string JsonAnswer(int status, const Json::Value& json) {
+std::string CauseHeader(const std::string& causes) {
+  return causes.empty() ? "" : "Recorder-Cause: " + causes + "\r\n";
+}
+
+std::string JsonAnswer(int status, const Json::Value& json, const std::string& causes = {}) {
   const std::string body = ToText(json);
-  return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders) +
+  return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders) + CauseHeader(causes) +
          "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
 
@@ -29,13 +33,14 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
 }
 
 /// A module's own header lines and body. The length is what tells a client that a worker ended in the middle of it.
-std::string RawAnswer(const std::string& raw) {
+std::string RawAnswer(const std::string& raw, const std::string& causes) {
   constexpr std::string_view kHeaderEnd = "\r\n\r\n";
   const std::size_t headerEnd = raw.find(kHeaderEnd);
   if (headerEnd == std::string::npos) return FailureAnswer(502, "the module's answer has no header lines");
   const bool hasLength = LowerCase("\r\n" + raw.substr(0, headerEnd)).find("\r\ncontent-length:") != std::string::npos;
   const std::size_t size = raw.size() - headerEnd - kHeaderEnd.size();
-  return std::string(kCommonHeaders) + (hasLength ? "" : "Content-Length: " + std::to_string(size) + "\r\n") + raw;
+  return std::string(kCommonHeaders) + CauseHeader(causes) +
+         (hasLength ? "" : "Content-Length: " + std::to_string(size) + "\r\n") + raw;
 }
 
 }  // namespace
@@ -53,9 +58,9 @@ std::string ToText(const Json::Value& json) {
 std::string ToCgi(const ApiAnswer& answer) {
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:
-      return JsonAnswer(200, answer.json);
+      return JsonAnswer(200, answer.json, answer.causes);
     case ApiAnswer::Kind::kRaw:
-      return RawAnswer(answer.raw);
+      return RawAnswer(answer.raw, answer.causes);
     case ApiAnswer::Kind::kBadParameter:
       return FailureAnswer(400, "the parameter \"" + answer.parameter + "\" has a wrong type or is missing",
                            answer.parameter);

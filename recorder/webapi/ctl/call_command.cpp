@@ -101,7 +101,7 @@ void AddCallCommands(CLI::App& app, const std::string& configOption) {
       "  recorderctl call CameraTest --json camera.json\n"
       "  recorderctl call GetSnapshot --json camera.json -o picture.jpg\n"
       "The answer is JSON on standard output; the exit status is 1 when it is a failure. The default picture counts as "
-      "one and is not written.");
+      "one and is not written. The cause of a failure stands on standard error.");
   command->callback([options, &configOption] { Call(*options, configOption); });
 
   app.add_subcommand("methods", "List the module's methods as they stand in addresses, one a line")

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "recorder/utility/outcome.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/progress.h"
 
@@ -17,6 +18,11 @@ namespace {
 ApiAnswer RunInSight(const ApiCall& call, const std::string& work) {
   const Progress progress(work);
   return RunCall(call);
+}
+
+/// Tells on standard error why a camera failed, which the answer itself may not say.
+void PrintCauses(const std::string& causes) {
+  if (!causes.empty() && causes != NameOf(Outcome::kOk)) std::cerr << "recorderctl: cause: " << causes << "\n";
 }
 
 /// A camera's picture is a JPEG; the default one alone is a PNG, here as it is or in base64.
@@ -61,6 +67,7 @@ std::filesystem::path PictureFile(const std::string& option) {
 
 void RunAndPrint(const ApiCall& call, const std::string& work, const std::filesystem::path& pictureFile) {
   const ApiAnswer answer = RunInSight(call, work);
+  PrintCauses(answer.causes);
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:
       PrintJson(answer.json);

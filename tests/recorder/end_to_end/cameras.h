@@ -88,13 +88,17 @@ inline std::string PictureOf(const Answer& answer) {
   return IsJpeg(picture) ? picture : "";
 }
 
-/// The error code that `method` answers with, for the first camera of a list; -1 for the default picture.
-inline int CodeOf(const TestRecorder& recorder, const std::string& method, const Json::Value& params) {
-  const Answer answer = recorder.Post(method, params);
+/// The error code in an answer of `method`, for the first camera of a list; -1 for the default picture.
+inline int CodeIn(const Answer& answer, const std::string& method) {
   if (method == "GetSnapshot") return PictureOf(answer).empty() ? -1 : 0;
   if (method != "CamBatAddVerify") return answer.Code();
   const Json::Value row = answer.json["data"]["resultList"][0];
   return row["result"] == 0 ? 0 : row["errinfo"].get("code", -1).asInt();
+}
+
+/// The same of the answer to a request.
+inline int CodeOf(const TestRecorder& recorder, const std::string& method, const Json::Value& params) {
+  return CodeIn(recorder.Post(method, params), method);
 }
 
 }  // namespace end_to_end

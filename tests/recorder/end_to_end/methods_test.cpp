@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <fstream>
 #include <functional>
 #include <set>
 
@@ -90,6 +91,84 @@ TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
     const int code = id.empty() || id == "bad port" ? 468 : id == "20" ? 464 : 0;
     EXPECT_EQ(results[i].get("errinfo", Json::Value())["code"].asInt(), code) << id << recorder.Log();
   }
+}
+
+TEST(Causes, OfAListStandInItsOrder) {
+  const SimCameras cameras(List({Camera("good"), Faulty("refused", "refused"), Faulty("silent", "silentAfterConnect"),
+                                 Faulty("busy", "describe453"), Faulty("strange", "garbage")}));
+  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 1, .deny = {"127.0.0.9"}});
+  const int good = cameras.Port("good");
+  const auto blocked = [&] {
+    Json::Value row = BatchRow("blocked", good, kSecret);
+    row["ip"] = "127.0.0.9";
+    return row;
+  };
+  Json::Value untested = BatchRow("untested", good, "wrong");
+  untested["isAuth"] = true;
+  Json::Value badPort = BatchRow("badPort", good, kSecret);
+  badPort["port"] = "eighty";
+  const std::pair<Json::Value, const char*> rows[] = {
+      {BatchRow("1", good, kSecret), "ok"},
+      {BatchRow("2", good, "wrong"), "loginRefused"},
+      {BatchRow("3", cameras.Port("silent"), kSecret), "timedOut"},
+      {"no row", "badRow"},
+      {BatchRow("4", cameras.Port("refused"), kSecret), "unreachable"},
+      {untested, "ok"},
+      {BatchRow("5", good, kSecret, "Nobody x"), "unknownModel"},
+      {BatchRow("6", good, kSecret, "User "), "noPath"},
+      {BatchRow("7", good, kSecret, "Simcam RTSP-Path"), "noPath"},
+      {badPort, "badRow"},
+      {blocked(), "blocked"},
+      {BatchRow("8", cameras.Port("busy"), kSecret), "busy"},
+      {BatchRow("10", cameras.Port("strange"), kSecret), "notThisProtocol"},
+      {BatchRow("11", good, kFakePass), "loginRefused"},
+      {BatchRow("12", good, kSecret), "ok"},
+  };
+  Json::Value list(Json::arrayValue);
+  std::string wanted;
+  for (const auto& [row, cause] : rows) {
+    list.append(row);
+    wanted += (wanted.empty() ? "" : ", ") + std::string(cause);
+  }
+  EXPECT_EQ(recorder.Post("CamBatAddVerify", Batch(list)).cause, wanted);
+  EXPECT_EQ(recorder.Post("CamBatAddVerify", Batch(Json::Value(Json::arrayValue))).cause, "") << "no row, no cause";
+
+  Json::Value longList(Json::arrayValue);
+  while (longList.size() < 1536) longList.append(untested);
+  EXPECT_EQ(recorder.Post("CamBatAddVerify", Batch(longList)).cause.size(), 6142U);
+  longList.append(untested);
+  EXPECT_FALSE(recorder.Post("CamBatAddVerify", Batch(longList)).headers.contains("Recorder-Cause")) << "over 6 KiB";
+}
+
+TEST(Causes, WithoutAContactHaveTheirName) {
+  const SimCameras cameras(List({Camera("camera"), Camera("asked", ParseJson(R"({"onvif": {}})"))}));
+  const TestRecorder recorder;
+  const int id = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("camera"), "admin", kSecret);
+  recorder.Control({"camera", "status", std::to_string(id), "disabled"});
+  Json::Value params = CameraParams(cameras.Port("camera"), kSecret, "Nobody x");
+  for (const char* method : kCameraMethods) EXPECT_EQ(recorder.Post(method, params).cause, "unknownModel") << method;
+  params = CameraParams(cameras.Port("camera"), kSecret, "Simcam RTSP-Path");
+  for (const char* method : {"GetSnapshot", "CamCapRemote", "CamCapUserDefineReso"}) {
+    EXPECT_EQ(recorder.Post(method, params).cause, "noPath") << method;
+  }
+  params = CameraParams(cameras.Port("camera"), kSecret);
+  params["camId"] = id;
+  EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, "disabled");
+  params["jsonResponse"] = false;
+  EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, "disabled");
+  params["camCapCmd"] = 2;
+  EXPECT_EQ(recorder.Post("CamCapRemote", params).cause, "ok") << "from the model's file";
+
+  params = CameraParams(cameras.Port("camera"), kSecret, "User ");
+  params["camSourcePath"] = "/nothing";
+  params["camVdoType"] = "";
+  for (const char* method : {"CameraTest", "GetSnapshot", "CamCapUserDefineReso"}) {
+    EXPECT_EQ(recorder.Post(method, params).cause, "noSuchStream") << method << ": not what HTTP makes of it";
+  }
+  params = CameraParams(cameras.Port("asked"), kSecret, "ONVIF Generic");
+  std::ofstream(recorder.StateFolder() / "capabilities") << "in the folder's place";
+  EXPECT_EQ(recorder.Post("CamCapRemote", params).cause, "recorderFailed");
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=Nobody").cause, "") << "asks no camera";
 }
 
 TEST(Password, WrongOneIsTriedOnce) {

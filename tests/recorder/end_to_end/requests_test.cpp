@@ -62,6 +62,7 @@ struct CallCase {
 const CallCase kCallCases[] = {
     {"Success", {"CamCap", "vendor=User"}, "", 0, "User Define"},
     {"ErrorAnswer", {"CamCap", "vendor=Nobody"}, "", 1, "400"},
+    {"CauseOfAnError", {"CameraTest", "camModel=Nobody x"}, "", 1, "cause: unknownModel"},
     {"SecretOnTheCommandLine", {"CameraTest", "camPassWord=x"}, "", 2, "--json"},
     {"SecretByInput",
      {"CamBatAddVerify", "--json", "-"},
@@ -147,7 +148,8 @@ TEST(CommandLineCalls, FailWithTheDefaultPicture) {
   for (const char* kind : {"jsonResponse=false", "jsonResponse=true"}) {
     const Finished call = recorder.Control({"call", "GetSnapshot", "camModel=Nobody x", kind, "-o", file});
     EXPECT_EQ(call.status, 1);
-    EXPECT_EQ(call.output.find("success"), std::string::npos) << call.output;
+    EXPECT_THAT(call.output,
+                testing::AllOf(testing::HasSubstr("cause: unknownModel"), testing::Not(testing::HasSubstr("success"))));
   }
   EXPECT_FALSE(std::filesystem::exists(file));
 }

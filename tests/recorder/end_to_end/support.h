@@ -82,6 +82,7 @@ struct Answer {
   std::string body;
   std::string contentType;
   httplib::Headers headers;
+  std::string cause = {};  ///< of the header Recorder-Cause
 
   /// Code of an error answer; 0 for a success; -1 when there was no such answer.
   int Code() const;

@@ -70,5 +70,18 @@ TEST(RequestScopeTest, SpentBytesAnswerForEveryHost) {
   EXPECT_EQ(scope.Refusal("cam3", 80, "", ""), Outcome::kNotUnderstood);
 }
 
+TEST(RequestScopeTest, TheLastCauseCounts) {
+  RequestScope scope{milliseconds(1000)};
+  const auto causeAfter = [&scope](Outcome outcome) {
+    scope.SetCause(outcome);
+    return scope.Cause().value();
+  };
+  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNotThisProtocol);
+  EXPECT_EQ(causeAfter(Outcome::kNoSuchStream), Outcome::kNoSuchStream);
+  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNoSuchStream) << "the right protocol has no such stream";
+  EXPECT_EQ(causeAfter(Outcome::kOk), Outcome::kOk);
+  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNotThisProtocol);
+}
+
 }  // namespace
 }  // namespace recorder

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "recorder/utility/outcome.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+/// Says, as the request's cause, why no camera of that vendor and model is asked: kUnknownModel or
+/// kNoPath.
+inline void ReportUnasked(const std::string& vendor, const std::string& model, Outcome cause) {
+  RequestScope::Current().SetCause(cause);
+}
+
+}  // namespace recorder
