@@ -49,5 +49,23 @@ TEST(DeviceTest, AnotherFileStandsInForAnUnreachableCameraIfAllowed) {
   EXPECT_EQ(path, MODELS_FOLDER "/simcam.json");
 }
 
+TEST(DeviceTest, WhatCannotBeAskedIsLogged) {
+  SetModelsFolder(MODELS_FOLDER);
+  const std::pair<const char*, const char*> cases[] = {
+      {"User ", "\"User \" cannot be asked: no model file knows it"},
+      {"Nobody X", "\"Nobody X\" cannot be asked: no model file knows it"},
+      {"Simcam RTSP-Path", "\"Simcam RTSP-Path\" cannot be asked: the path of its stream is missing"}};
+  for (const auto& [cameraModel, words] : cases) {
+    const std::string text = cameraModel;
+    CamProfile profile;
+    profile.vendor = text.substr(0, text.find(' '));
+    profile.model = text.substr(text.find(' ') + 1);
+    std::string path;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CamCapUtils::GetCamCapFile(profile, path, REMOTE_CAMCAP_ASK_NOW), CAMCAP_FILE_NOT_UNDERSTOOD);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(words), std::string::npos) << cameraModel;
+  }
+}
+
 }  // namespace
 }  // namespace recorder
