@@ -91,6 +91,9 @@ class RequestScope {
   std::optional<Outcome> FailedAsking(const std::string& key) const;
   void RememberFailedAsking(const std::string& key, Outcome outcome) { failedAskings_.try_emplace(key, outcome); }
 
+  /// True once the request works: it has named a camera, contacted one, or said how that ended.
+  bool HasBegun() const { return deadline_ || cause_ || camera_ != CameraEntry{}; }
+
   /// Says for which camera of the request the work is that follows.
   void WorkFor(CameraEntry camera) { camera_ = std::move(camera); }
 

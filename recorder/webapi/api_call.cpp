@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <tuple>
 #include <utility>
 
 #include "recorder/utility/request_scope.h"
@@ -13,7 +14,8 @@ namespace NORV {
 
 struct APIRequest::Impl {
   const recorder::ApiCall& call;
-  std::string lastParameter;  ///< names the culprit when a value cannot be converted
+  std::string lastKey;  ///< of the parameter that was read last, and its value: the culprit if it cannot be converted
+  Json::Value lastValue;
 };
 
 struct APIResponse::Impl {
@@ -23,8 +25,9 @@ struct APIResponse::Impl {
 APIRequest::APIRequest(Impl* requestImpl) : impl(requestImpl) {}
 
 Json::Value APIRequest::GetParam(const std::string& key, const Json::Value& defaultValue) const {
-  impl->lastParameter = key;
-  return impl->call.params.get(key, defaultValue);
+  impl->lastKey = key;
+  impl->lastValue = impl->call.params.get(key, defaultValue);
+  return impl->lastValue;
 }
 
 std::string APIRequest::GetAPIMethod() const { return impl->call.method->name; }
@@ -68,6 +71,20 @@ std::chrono::milliseconds LimitOf(std::string_view method) {
   return method == kPictureMethod ? limits.picture : limits.test;
 }
 
+/// True when a conversion of `value` to text, number or truth fails by the exception that says `reason`.
+bool FailsLike(const Json::Value& value, const std::string& reason) {
+  const auto fails = [&](const auto& convert) {
+    try {
+      convert();
+      return false;
+    } catch (const Json::Exception& error) {
+      return reason == error.what();
+    }
+  };
+  return fails([&] { std::ignore = value.asString(); }) || fails([&] { std::ignore = value.asInt(); }) ||
+         fails([&] { std::ignore = value.asBool(); });
+}
+
 }  // namespace
 
 std::span<const std::string_view> ListMethods() { return kListMethods; }
@@ -86,7 +103,7 @@ ApiAnswer NotAdmitted() {
 }
 
 ApiAnswer RunCall(const ApiCall& call) {
-  NORV::APIRequest::Impl requestState{call, {}};
+  NORV::APIRequest::Impl requestState{call, {}, {}};
   NORV::APIResponse::Impl responseState;
   NORV::APIRequest request(&requestState);
   NORV::APIResponse response(&responseState);
@@ -96,10 +113,11 @@ ApiAnswer RunCall(const ApiCall& call) {
   try {
     call.method->handler(&request, &response);
   } catch (const Json::Exception& error) {
-    return {.kind = ApiAnswer::Kind::kBadParameter,
+    const bool isParameter = !scope.HasBegun() && FailsLike(requestState.lastValue, error.what());
+    return {.kind = isParameter ? ApiAnswer::Kind::kBadParameter : ApiAnswer::Kind::kException,
             .json = {},
             .raw = {},
-            .parameter = requestState.lastParameter,
+            .parameter = isParameter ? requestState.lastKey : "",
             .reason = error.what()};
   } catch (const std::exception& error) {
     return {.kind = ApiAnswer::Kind::kException, .json = {}, .raw = {}, .parameter = {}, .reason = error.what()};
