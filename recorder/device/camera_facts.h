@@ -35,7 +35,15 @@ struct CameraFacts {
 
 /// Asks a camera what it can do on `channel` ("": its default one). kOk: `facts` is filled; else it is untouched.
 /// Contacts the camera, within the deadline of the thread's RequestScope, over one connection at a time; a wrong
-/// password is one login attempt. Logs nothing but what a user must know beside the outcome.
+/// password is one login attempt. kNoService: what answers there does not have the protocol's service. Logs nothing but
+/// what a user must know beside the outcome.
 using AskCamera = Outcome(const CameraAddress& address, const std::string& channel, CameraFacts& facts);
+
+/// How the first question of a protocol ended: where there is no such path, or something else is spoken, there is no
+/// such service.
+inline Outcome OfFirstQuestion(Outcome outcome) {
+  const bool isElsewhere = outcome == Outcome::kNoSuchStream || outcome == Outcome::kNotThisProtocol;
+  return isElsewhere ? Outcome::kNoService : outcome;
+}
 
 }  // namespace recorder

@@ -23,6 +23,7 @@ constexpr std::pair<Outcome, CAMCAP_FILE_RESULT> kFileResults[] = {
     {Outcome::kLoginRefused, CAMCAP_FILE_LOGIN_REFUSED},
     {Outcome::kNoSuchStream, CAMCAP_FILE_NO_SERVICE},
     {Outcome::kNotThisProtocol, CAMCAP_FILE_NO_SERVICE},
+    {Outcome::kNoService, CAMCAP_FILE_NO_SERVICE},
 };
 
 CameraAddress CameraAddressOf(const CamProfile& profile) {

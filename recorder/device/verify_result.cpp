@@ -19,6 +19,7 @@ constexpr std::pair<Outcome, CAMERA_VERIFY_RESULT> kResults[] = {
     {Outcome::kNoVideo, CAMERA_VERIFY_NO_VIDEO},
     {Outcome::kBusy, CAMERA_VERIFY_BUSY},
     {Outcome::kNotThisProtocol, CAMERA_VERIFY_NOT_UNDERSTOOD},
+    {Outcome::kNoService, CAMERA_VERIFY_NOT_UNDERSTOOD},  // "no such stream" would send users to the path
     {Outcome::kNotUnderstood, CAMERA_VERIFY_NOT_UNDERSTOOD},
     {Outcome::kUnknownModel, CAMERA_VERIFY_NOT_PREPARED},
     {Outcome::kNoPath, CAMERA_VERIFY_NOT_PREPARED},

@@ -32,6 +32,8 @@ Words WordsOf(Outcome outcome) {
       return {"busy", "camera busy"};
     case Outcome::kNotThisProtocol:
       return {"notThisProtocol", "another protocol is spoken there"};
+    case Outcome::kNoService:
+      return {"noService", "no such service at this port"};
     case Outcome::kNotUnderstood:
       return {"notUnderstood", "answer not understood"};
     case Outcome::kUnknownModel:

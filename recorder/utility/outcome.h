@@ -17,6 +17,7 @@ enum class Outcome {
   kNoVideo,           ///< no video, or not in the wanted codec or stream type
   kBusy,              ///< too many sessions, service unavailable
   kNotThisProtocol,   ///< what answers there speaks another protocol
+  kNoService,         ///< what answers there does not have the service (ONVIF, PSIA) that the camera is asked by
   kNotUnderstood,     ///< the answer makes no sense, ended early, is too long, or is no picture
   // Nothing was sent:
   kUnknownModel,  ///< no model file knows vendor and model

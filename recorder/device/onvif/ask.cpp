@@ -72,7 +72,7 @@ class Questioning {
   /// Is this ONVIF at all, and what time is it there? No camera should want a login for that.
   Outcome AskClock() {
     const Reply reply = client_.Call(kDevicePath, kDevice, "GetSystemDateAndTime");
-    if (reply.isLast || !reply.IsSoap()) return reply.outcome;
+    if (reply.isLast || !reply.IsSoap()) return OfFirstQuestion(reply.outcome);
     if (const auto time = ReadClock(reply.content)) client_.SetClock(*time);
     return Outcome::kOk;
   }

@@ -78,7 +78,7 @@ void AskAboutChannel(Conversation& camera, StreamingChannel& channel) {
 Outcome AskDevice(Conversation& camera, CameraFacts& facts) {
   const Reading device = camera.Get("/PSIA/System/deviceInfo", {"DeviceInfo"});
   facts.device = ReadDevice(device.document.Root());
-  return device.outcome;
+  return OfFirstQuestion(device.outcome);
 }
 
 Outcome AskChannels(Conversation& camera, std::vector<StreamingChannel>& channels) {

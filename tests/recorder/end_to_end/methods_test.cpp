@@ -120,6 +120,7 @@ TEST(Causes, OfAListStandInItsOrder) {
       {badPort, "badRow"},
       {blocked(), "blocked"},
       {BatchRow("8", cameras.Port("busy"), kSecret), "busy"},
+      {BatchRow("9", good, kSecret, "ONVIF Generic"), "noService"},
       {BatchRow("10", cameras.Port("strange"), kSecret), "notThisProtocol"},
       {BatchRow("11", good, kFakePass), "loginRefused"},
       {BatchRow("12", good, kSecret), "ok"},
