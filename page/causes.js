@@ -126,51 +126,80 @@ export const SIZE_CAUSES = {
  */
 export const NAMED_CAUSES = {
   blocked: {
-    heading: "Address not allowed by this recorder",
+    heading: "Address not allowed",
     happened:
-      "Nothing was sent: the address is the recorder's own, a link's, or closed by the administrator. Something may " +
-      "well answer there.",
-    first: 'Compare the address; the administrator can open it under "addressPolicy" of the configuration.',
+      "Nothing was sent: this recorder does not contact this address. It is the recorder's own machine, belongs to " +
+      "a single link, or was closed by the administrator.",
+    first: 'Compare the address. The administrator can open it under "addressPolicy" of the configuration.',
     field: "address",
   },
   clockUnknown: {
-    heading: "Login refused, the camera's clock may be wrong",
+    heading: "Camera refused the login, perhaps for its time",
     happened:
-      "An ONVIF login holds the time, and this camera does not say what it takes for the time. The password may be " +
-      "right.",
+      "This camera's login holds the time, and the camera does not say what time it has. The password may be right.",
     first: "Set the camera's clock, or let it take the time from a time server.",
     field: "none",
   },
   loginUnsupported: {
     heading: "Login method not supported",
     happened:
-      "The camera asks for a login that the recorder does not know (it knows Basic, and Digest with MD5 or SHA-256).",
-    first: "Switch the camera to Digest.",
+      "The camera asks for a login that the recorder does not know. It knows Basic, and Digest with MD5 or SHA-256.",
+    first: "Switch the camera's login to Digest.",
     field: "none",
   },
   notThisProtocol: {
-    heading: "Another protocol is spoken there",
-    happened: "What answers on that port is no RTSP (or no HTTP) server.",
+    heading: "Another protocol on this port",
+    happened: "What answers on this port is no RTSP server, or no web server.",
     first: "RTSP is mostly on port 554, HTTP on port 80.",
+    field: "port",
+  },
+  noService: {
+    heading: "No ONVIF or PSIA on this port",
+    happened: "Something answers on this port, but it does not have the service that the chosen model asks.",
+    first: "Switch the service on in the camera's settings and look for its port there, or choose another model.",
     field: "port",
   },
   notUnderstood: {
     heading: "Answer not understood",
-    happened: "The camera's answer makes no sense, ended early, or is no picture.",
-    first: "Restart the camera; if it stays so, its firmware may be at fault.",
+    happened:
+      "The camera's answer makes no sense, ended early, is too long, or is no picture; or cameras have sent more " +
+      "than 128 MiB to one request, which the log says.",
+    first: "Restart the camera. If it stays so, its firmware may be at fault.",
     field: "none",
   },
-  notPrepared: {
-    heading: "Test not prepared",
-    happened: "Nothing was sent: the model is not known, or it needs the path of the stream.",
-    first: 'Choose the model again; "Any camera" needs the stream path.',
+  unknownModel: {
+    heading: "Model not known",
+    happened:
+      'Nothing was sent: this recorder has no file for this vendor and model. It has none for "Any camera" either, ' +
+      'so that one cannot be asked what it can do.',
+    first: "Choose a model from the list.",
     field: "model",
   },
-  noOnvif: {
-    heading: "No ONVIF at this port",
-    happened: "Something answers on this port, but it is no ONVIF service.",
-    first: "Switch ONVIF on in the camera's settings, and look for its port there; it is mostly 80.",
-    field: "port",
+  noPath: {
+    heading: "Stream path missing",
+    happened:
+      "Nothing was sent: a camera of this model is asked by its stream path, and none was given. A list never has " +
+      "one.",
+    first: "Type the stream path, and test this camera alone.",
+    field: "path",
+  },
+  disabled: {
+    heading: "Camera is switched off here",
+    happened: "Nothing was sent: the stored camera is disabled on this recorder.",
+    first: "Enable it: recorderctl camera status ID enabled.",
+    field: "none",
+  },
+  badRow: {
+    heading: "Row not readable",
+    happened: "Nothing was sent: the row of the list is no object, or one of its values has a wrong type.",
+    first: "Compare the row with the description of the API.",
+    field: "none",
+  },
+  recorderFailed: {
+    heading: "Recorder failed",
+    happened: "The recorder could not go on with the camera's answer, or could not write it into its state folder.",
+    first: "Ask the recorder's administrator: its log says why.",
+    field: "none",
   },
 };
 
