@@ -49,8 +49,8 @@ class RequestScope {
   /// The calling thread's scope.
   static RequestScope& Current();
 
-  /// Opens a request's scope for the calling thread with `limit` for its camera work, in which cameras may send `bytes`;
-  /// the destructor restores the one before.
+  /// Opens a request's scope for the calling thread with `limit` for its camera work, in which cameras may send
+  /// `bytes`; the destructor restores the one before.
   explicit RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes = kCameraBytes);
   ~RequestScope();
   RequestScope(const RequestScope&) = delete;

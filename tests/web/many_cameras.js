@@ -167,8 +167,8 @@ test("the cause that the recorder names is shown for each row of a list", () =>
     await runEnds(page);
     assert.ok(groupsOf(calls).includes(2));
     await page.click("#many-filters [data-kind=failed]");
-    assert.equal(await text(page, "many-causes"), "Address not allowed by this recorder 6");
-    await expectText(page, "many-advice", "Nothing was sent: the address is the recorder's own");
+    assert.equal(await text(page, "many-causes"), "Address not allowed 6");
+    await expectText(page, "many-advice", "this recorder does not contact this address");
   }));
 
 /** Name, button, and what came of nine cameras that work, and eight that were not sent yet. */

@@ -20,7 +20,7 @@ import {
   withPage,
 } from "./stage.js";
 
-/** @type {[number, string, string, string][]} code, camera, password, field that the link leads to */
+/** @type {[number, string, string, string, string?][]} code, camera, password, field that the link leads to, cause */
 const CAUSES = [
   [462, "refused", RIGHT, "address"],
   [463, "silent", RIGHT, "address"],
@@ -28,16 +28,16 @@ const CAUSES = [
   [465, "noStream", RIGHT, "channel"],
   [466, "noVideo", RIGHT, "codec"],
   [467, "busy", RIGHT, ""],
-  [468, "odd", RIGHT, "model"],
+  [468, "odd", RIGHT, "", "notUnderstood"],
 ];
 
 test("each cause of a failed test has its text, and leads to a field", (t) =>
   withPage("", async (page) => {
-    for (const [code, camera, password, field] of CAUSES)
+    for (const [code, camera, password, field, cause = ""] of CAUSES)
       await t.test(`${code}`, async () => {
         await fillOne(page, { port: ports[camera], password });
         await testOne(page);
-        const { heading, happened, first } = TEST_CAUSES[code];
+        const { heading, happened, first } = NAMED_CAUSES[cause] ?? TEST_CAUSES[code];
         assert.equal(await text(page, "one-result-title"), heading);
         assert.equal(await text(page, "one-result-text"), happened);
         assert.equal(await text(page, "one-result-first"), `First: ${first}`);
@@ -75,19 +75,19 @@ test("the cause that the recorder names has its own text", (t) =>
       });
   }));
 
-/** What has changed when a camera that passed is asked what it can do: code, camera, password. */
+/** What has changed when a camera that passed is asked what it can do: code, camera, password, cause. */
 const TURNS = [
-  [457, "brokenOnvif", RIGHT],
+  [457, "brokenOnvif", RIGHT, "notUnderstood"],
   [458, "refused", RIGHT],
-  [459, "onvif", RIGHT], // and a file is where the recorder keeps its folder
-  [460, "withoutOnvif", RIGHT],
+  [459, "onvif", RIGHT, "recorderFailed"], // and a file is where the recorder keeps its folder
+  [460, "withoutOnvif", RIGHT, "noService"],
   [461, "onvif", WRONG],
 ];
 
 test("each cause of missing capabilities is a note, and the test has passed all the same", (t) =>
   withPage("", async (page) => {
     const kept = join(stateFolder, "capabilities");
-    for (const [code, camera, camPass] of TURNS)
+    for (const [code, camera, camPass, cause = ""] of TURNS)
       await t.test(`${code}`, async () => {
         await page.route("**/CamCapRemote", (route) => {
           const parameters = { ...route.request().postDataJSON(), camPort: ports[camera], camPass };
@@ -100,7 +100,7 @@ test("each cause of missing capabilities is a note, and the test has passed all 
         if (code === 459) rmSync(kept);
         if (code === 459) renameSync(`${kept}.away`, kept);
         await page.unroute("**/CamCapRemote");
-        const { heading, happened, first } = CAPABILITY_CAUSES[code];
+        const { heading, happened, first } = NAMED_CAUSES[cause] ?? CAPABILITY_CAUSES[code];
         assert.equal(await text(page, "one-result-title"), "Camera works");
         const words = `${heading}. ${happened} ${first} The table has the values of the model list. (code ${code})`;
         assert.equal(await text(page, "one-result-notes"), words);

@@ -75,7 +75,7 @@ void ExpectRow(const TestRecorder& recorder, const FaultRow& row, int port) {
   Json::Value params = CameraParams(port, row.fault == "wrongPassword" ? "wrong" : kSecret, "Simcam " + row.model);
   if (row.fault == "otherCodec") params["camVideoType"] = "H.264";
   const auto expect = [&](const char* method, int code) {
-    const Answer answer = recorder.Post(method, params);
+    Answer answer = recorder.Post(method, params);
     EXPECT_EQ(CodeIn(answer, method), code) << method;
     EXPECT_EQ(answer.cause, code == 0 ? "ok" : row.cause) << method;
     return answer;

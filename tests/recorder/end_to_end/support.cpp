@@ -198,7 +198,9 @@ Answer TestRecorder::Send(const std::string& verb, const std::string& path, cons
   if (!body.empty()) request.set_header("Content-Type", contentType);
   const httplib::Result result = client.send(request);
   if (!result) throw std::runtime_error("no answer: " + httplib::to_string(result.error()));
-  Answer answer{result->status, {}, result->body, result->get_header_value("Content-Type"), result->headers};
+  Answer answer{result->status,  {},
+                result->body,    result->get_header_value("Content-Type"),
+                result->headers, result->get_header_value("Recorder-Cause")};
   if (answer.contentType == "application/json") answer.json = ParseJson(answer.body);
   return answer;
 }
