@@ -21,7 +21,16 @@ constexpr std::pair<const char*, int> kFaults[] = {
 constexpr char kSilent[] = "silentAfterConnect";
 constexpr int kSilentCode = 463;
 /// Troubles of cameras that are asked, and the code of a test: small elements are no harm but their number.
-constexpr std::pair<const char*, int> kHostile[] = {{"ampersands", 468}, {"elements", 0}};
+/// Cameras that send as much as they can: a trouble of their ONVIF service, or a fault of their pictures.
+struct Hostile {
+  const char* name;
+  int code;
+  const char* model;  ///< "vendor model" of their list
+};
+constexpr char kOnvifModel[] = "ONVIF Generic";
+constexpr char kPictureModel[] = "Bench Pictures";
+constexpr Hostile kHostile[] = {
+    {"ampersands", 468, kOnvifModel}, {"elements", 0, kOnvifModel}, {"endlessBody", 468, kPictureModel}};
 constexpr int kLoginRefused = 464;
 constexpr int kAskNow = 1;  // values of "camCapCmd"
 constexpr int kTakeKept = 2;
@@ -32,7 +41,9 @@ std::string ModelName(int caller) { return "C" + std::to_string(caller); }
 std::string CameraName(int caller) { return "camera " + std::to_string(caller); }
 int Width(int caller) { return 160 + 16 * caller; }
 int Height(int caller) { return 128 + 16 * (caller % 4); }
-std::string HostileName(const std::string& trouble, int number) { return trouble + " " + std::to_string(number); }
+std::string HostileName(const std::string& name, int number) {
+  return "hostile " + name + " " + std::to_string(number);
+}
 std::string PictureSize(int caller) { return std::to_string(Width(caller)) + "x" + std::to_string(Height(caller)); }
 
 /// Width and height from the frame header of a whole JPEG (ITU-T T.81 B.2.2); "" for anything else.
@@ -89,10 +100,14 @@ Json::Value CameraConfigs(int callers) {
   }
   for (const auto& [fault, code] : kFaults) configs.append(end_to_end::Faulty(fault, fault));
   configs.append(end_to_end::Faulty(kSilent, kSilent));
-  for (const auto& [trouble, code] : kHostile) {
+  for (const auto& [name, code, model] : kHostile) {
     Json::Value camera;
-    camera["onvif"]["trouble"] = trouble;
-    for (int i = 0; i < kAtOnce; ++i) configs.append(end_to_end::Camera(HostileName(trouble, i), camera));
+    if (model == kOnvifModel) {
+      camera["onvif"]["trouble"] = name;
+    } else {
+      camera["fault"] = name;
+    }
+    for (int i = 0; i < kAtOnce; ++i) configs.append(end_to_end::Camera(HostileName(name, i), camera));
   }
   return configs;
 }
@@ -117,6 +132,13 @@ std::filesystem::path WriteModels(const TempFolder& folder, int callers) {
     model["snapshot"]["kind"] = isFromStream ? "stream" : "http-jpeg";
     if (!isFromStream) model["snapshot"]["path"] = "/snapshot.jpg";
   }
+  file["models"].append(ParseJson(R"({
+    "name": "Pictures",
+    "channels": {"values": ["1"], "default": "1"},
+    "codecs": [{"name": "MJPEG", "streamTypes": ["HTTP"]}],
+    "stream": {"path": "/video.mjpg"},
+    "snapshot": {"kind": "http-mjpeg", "path": "/video.mjpg"},
+    "check": "stream"})"));
   folder.Write("bench.json", ToText(file));
   CopySchema(folder);
   return folder.Path();
@@ -175,13 +197,13 @@ Question Questioner::SilentBatch() {
 }
 
 Question Questioner::HostileBatch() {
-  const auto& [trouble, code] = kHostile[hostileLists_++ % std::size(kHostile)];
+  const auto& [name, code, model] = kHostile[hostileLists_++ % std::size(kHostile)];
   std::vector<Target> targets;
   targets.reserve(kAtOnce);
   for (int i = 0; i < kAtOnce; ++i) {
-    targets.push_back({site_.cameras.Port(HostileName(trouble, i)), end_to_end::kSecret, code});
+    targets.push_back({site_.cameras.Port(HostileName(name, i)), end_to_end::kSecret, code});
   }
-  return Batch(targets, "ONVIF Generic");
+  return Batch(targets, model);
 }
 
 Questioner::Target Questioner::AnyTarget() {

@@ -204,7 +204,7 @@ class Soak {
   }
 
   void HostileCameras() {
-    report_.Heading("Hostile cameras: a caller with lists of ten that answer 4.1 million '&' or 24,000 elements");
+    report_.Heading("Hostile cameras: a caller with lists of ten that answer 4.1 million '&', 24,000 elements, or pictures without end");
     const auto before = WorkerHoldings();
     const Callers::Source ask = [&] {
       recorder_.ForgetCameras();  // what is known of a camera is not asked again
@@ -217,6 +217,7 @@ class Soak {
       const long peak = PeakKiB(id) / kKiBInMiB;
       report_.Promise(peak <= kMostPeakMiB, name + "at most " + std::to_string(peak) + " MiB at any time");
       const auto former = before.find(id);
+      report_.Promise(former != before.end(), name + "still the one that was there before");
       const long kept = former == before.end() ? 0 : (after.kiB - former->second.kiB) / kKiBInMiB;
       report_.Promise(kept <= kMostKeptMiB, name + std::to_string(kept) + " MiB more than before");
     }

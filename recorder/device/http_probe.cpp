@@ -41,6 +41,7 @@ class PictureReader : public BodyReader {
 
   Step ReadWhole(std::string_view bytes) {
     if (bytes.size() > kMaxHttpBody - picture_.size()) return Step::kMalformed;
+    picture_.reserve(kMaxHttpBody);  // growth would hold twice as much; what is not filled costs no memory
     picture_ += bytes;
     return Step::kMore;
   }

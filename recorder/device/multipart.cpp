@@ -32,7 +32,9 @@ std::string Boundary(std::string_view contentType) {
 }  // namespace
 
 MultipartReader::MultipartReader(std::string_view contentType, std::size_t maxPart)
-    : boundary_(Boundary(contentType)), maxPart_(maxPart) {}
+    : boundary_(Boundary(contentType)), maxPart_(maxPart) {
+  buffer_.reserve(maxPart);  // growth would hold twice as much; what is not filled costs no memory
+}
 
 bool MultipartReader::IsMultipart(std::string_view contentType) {
   return StartsWithIgnoreCase(contentType, "multipart/");
