@@ -69,7 +69,7 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
   if (outcome != Outcome::kOk || isStalePerhaps) return outcome;
   if (OutcomeOfStatus(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
   login_ = Login::kAccepted;
-  LoginWorked(camera_, challenge_->method);
+  if (OutcomeOfStatus(transfer_.Status()) == Outcome::kOk) LoginWorked(camera_, challenge_->method);
   return outcome;
 }
 

@@ -14,11 +14,11 @@ namespace recorder::onvif {
 namespace {
 
 constexpr std::string_view kSoap12 = "http://www.w3.org/2003/05/soap-envelope";
+constexpr std::string_view kSoap11 = "http://schemas.xmlsoap.org/soap/envelope/";
+
 /// A UsernameToken shows a digest, so it counts as one of the usual kind, and is made whatever stronger one was seen: a
 /// camera that has both for HTTP and RTSP still wants the token for its services.
 constexpr LoginMethod kTokenMethod = LoginMethod::kMd5;
-
-constexpr std::string_view kSoap11 = "http://schemas.xmlsoap.org/soap/envelope/";
 
 std::chrono::sys_seconds Now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
 
@@ -103,7 +103,7 @@ Reply SoapClient::Call(const std::string& path, const Service& service, const st
     EndRefused(reply);
   } else if (usesToken_ && reply.IsSoap()) {
     session_.LoginAccepted();
-    LoginWorked(camera_, kTokenMethod);
+    if (reply.outcome == Outcome::kOk) LoginWorked(camera_, kTokenMethod);
   } else if (usesToken_) {
     reply.isLast = true;  // some refuse by closing: a login that was not accepted is not tried again
   }
