@@ -273,6 +273,7 @@ Outcome RtspClient::TakeChallenge(bool loginWasSent) {
 }
 
 void RtspClient::AnswerRequest(const RtspMessage& request) {
+  if (HoldsControls(request.Header("CSeq"))) return;  // it would become lines of its own
   const bool isKnown = request.method != "REDIRECT";
   const std::string answer = std::string("RTSP/1.0 ") + (isKnown ? "200 OK" : "501 Not Implemented") +
                              "\r\nCSeq: " + std::string(request.Header("CSeq")) + "\r\n\r\n";
