@@ -1,6 +1,7 @@
 #include "recorder/webapi/ctl/trusted_route.h"
 
 #include <exception>
+#include <system_error>
 #include <utility>
 
 #include "recorder/utility/files.h"
@@ -21,8 +22,17 @@ TrustedRoute::TrustedRoute(const std::filesystem::path& folder, std::filesystem:
   Update();
 }
 
-void TrustedRoute::Update() {
-  const bool isTrusted = IsAnybodyTrusted();
+void TrustedRoute::Update() try {
+  SetOpen(IsAnybodyTrusted());
+  failure_.clear();
+} catch (const std::exception& error) {
+  records_.reset();
+  std::error_code ignored;
+  isOpen_ = isOpen_ && !std::filesystem::remove(link_, ignored);
+  if (failure_ != error.what()) LogFailure(failure_ = error.what());
+}
+
+void TrustedRoute::SetOpen(bool isTrusted) {
   if (isTrusted == isOpen_) return;
   if (isTrusted) {
     std::filesystem::create_symlink(kTarget, link_);
@@ -33,15 +43,9 @@ void TrustedRoute::Update() {
 }
 
 bool TrustedRoute::IsAnybodyTrusted() {
-  try {
-    if (records_ && !records_->IsCurrent()) records_.reset();
-    if (!records_ && Records::AreThere(stateFolder_)) records_.emplace(stateFolder_);  // this is no place to make them
-    return records_ && records_->HasKeys();
-  } catch (const std::exception& error) {
-    records_.reset();
-    if (failure_ != error.what()) LogFailure(failure_ = error.what());
-    return false;
-  }
+  if (records_ && !records_->IsCurrent()) records_.reset();
+  if (!records_ && Records::AreThere(stateFolder_)) records_.emplace(stateFolder_);  // this is no place to make them
+  return records_ && records_->HasKeys();
 }
 
 }  // namespace recorder

@@ -16,11 +16,12 @@ class TrustedRoute {
   /// Makes the folder.
   TrustedRoute(const std::filesystem::path& folder, std::filesystem::path stateFolder);
 
-  /// Makes or removes the link as the records say; call now and then. Records that cannot be read hold no key, which
-  /// is logged once.
+  /// Makes or removes the link as the records say; call now and then. Never throws: where that fails, or the records
+  /// cannot be read, nobody is trusted, which is logged once.
   void Update();
 
  private:
+  void SetOpen(bool isTrusted);
   bool IsAnybodyTrusted();
 
   const std::filesystem::path link_;
