@@ -204,7 +204,9 @@ class Soak {
   }
 
   void HostileCameras() {
-    report_.Heading("Hostile cameras: a caller with lists of ten that answer 4.1 million '&', 24,000 elements, or pictures without end");
+    report_.Heading(
+        "Hostile cameras: a caller with lists of ten that answer 4.1 million '&', 24,000 elements, or pictures without "
+        "end");
     const auto before = WorkerHoldings();
     const Callers::Source ask = [&] {
       recorder_.ForgetCameras();  // what is known of a camera is not asked again
