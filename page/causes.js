@@ -177,10 +177,8 @@ export const NAMED_CAUSES = {
   },
   noPath: {
     heading: "Stream path missing",
-    happened:
-      "Nothing was sent: a camera of this model is asked by its stream path, and none was given. A list never has " +
-      "one.",
-    first: "Type the stream path, and test this camera alone.",
+    happened: "Nothing was sent: a camera of this model is asked by its stream path, and none was given.",
+    first: "Fill in the path. A list of the API takes none: test this camera alone.",
     field: "path",
   },
   disabled: {
@@ -197,7 +195,9 @@ export const NAMED_CAUSES = {
   },
   recorderFailed: {
     heading: "Recorder failed",
-    happened: "The recorder could not go on with the camera's answer, or could not write it into its state folder.",
+    happened:
+      "The recorder could not read its records, could not go on with the camera's answer, or could not write it " +
+      "into its state folder.",
     first: "Ask the recorder's administrator: its log says why.",
     field: "none",
   },
