@@ -148,7 +148,8 @@ StockRtsp::StockRtsp(const CameraConfig& camera, Login& login, CameraLog& log, C
     impl_->mounts.push_back(std::make_unique<Mount>(Mount{stream, stream.live ? nullptr : clips.Get(stream)}));
     GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
     gst_rtsp_media_factory_set_launch(factory, Launch(stream).c_str());
-    gst_rtsp_media_factory_set_shared(factory, TRUE);
+    // A shared medium answers 503 while it is taken down; sound alone is cheap enough for one a client.
+    gst_rtsp_media_factory_set_shared(factory, stream.audio == Audio::kOnly ? FALSE : TRUE);
     g_signal_connect(factory, "media-configure", G_CALLBACK(OnMedia), impl_->mounts.back().get());
     gst_rtsp_mount_points_add_factory(points, stream.path.c_str(), factory);
   }
