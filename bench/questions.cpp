@@ -136,8 +136,8 @@ std::filesystem::path WriteModels(const TempFolder& folder, int callers) {
     "name": "Pictures",
     "channels": {"values": ["1"], "default": "1"},
     "codecs": [{"name": "MJPEG", "streamTypes": ["HTTP"]}],
-    "stream": {"path": "/video.mjpg"},
-    "snapshot": {"kind": "http-mjpeg", "path": "/video.mjpg"},
+    "stream": {"path": "/snapshot.jpg"},
+    "snapshot": {"kind": "http-jpeg", "path": "/snapshot.jpg"},
     "check": "stream"})"));
   folder.Write("bench.json", ToText(file));
   CopySchema(folder);
