@@ -1,13 +1,13 @@
 /// The view of one camera: fields, a test, and what it found. A camera is contacted by Test alone.
 
-import { hidesLogin, hostMistake, portMistake, splitAddress } from "./address.js";
+import { hidesLogin, hostMistake, portMistake } from "./address.js";
 import * as api from "./api.js";
+import { forgetPassword, spreadAddress, suggest, watchAddress } from "./camera-fields.js";
 import { ask, byId, say, showMistake } from "./dom.js";
 import { EarlierMarks } from "./earlier.js";
 import { Findings } from "./findings.js";
 import { ModelField } from "./model-field.js";
 import { defaultPort, labelOf } from "./models.js";
-import { splitPath } from "./path-login.js";
 import { Refusals } from "./refusals.js";
 import { ResultPanel, failureOf, troubleOf } from "./result-panel.js";
 import { StoredPassword } from "./stored-password.js";
@@ -76,10 +76,7 @@ export class OneCamera {
         this.#test();
       });
     }
-    for (const field of [this.fields.address, this.fields.path]) {
-      field.addEventListener("change", () => this.#splitAddress());
-      field.addEventListener("paste", () => setTimeout(() => this.#splitAddress()));
-    }
+    watchAddress(this.fields, () => this.#splitAddress());
     this.modelField.addEventListener("change", () => this.#modelChanged());
     byId("one-show", HTMLButtonElement).addEventListener("click", () => this.#showPassword());
   }
@@ -115,36 +112,21 @@ export class OneCamera {
     return { place, values: JSON.stringify([place, ...values, this.#passwords, this.stored.id]) };
   }
 
-  /** Spreads a whole stream address, and a login in the path, over the fields, so that no password can be read. */
+  /** Spreads what stands in address and path over the fields. */
   #splitAddress() {
-    const { address, port, path } = this.fields;
-    const parts = splitAddress(address.value);
-    address.value = parts.host;
-    if (hidesLogin(parts.host)) showMistake(address, hostMistake(parts.host));
-    if (parts.port) {
-      port.value = parts.port;
-      this.#touched.add("port");
-    }
-    this.#fillLogin(parts);
-    if (parts.path) {
-      path.value = parts.path;
+    const { address, password } = this.fields;
+    const before = password.value;
+    const { ofAddress, ofPath } = spreadAddress(this.fields);
+    if (password.value !== before) ++this.#passwords;
+    if (hidesLogin(address.value)) showMistake(address, hostMistake(address.value));
+    if (ofAddress.port) this.#touched.add("port");
+    if (ofAddress.path) {
       if (!this.#touched.has("model")) this.#choose(this.models.userDefined());
       this.more.open = true;
     }
-    const ofPath = splitPath(path.value);
-    path.value = ofPath.path;
-    this.#fillLogin(ofPath);
     if (ofPath.user || ofPath.password) say("The login in the path went into user and password");
     this.streamFold.summarise();
     this.#marks.update();
-  }
-
-  /** @param {{user: string, password: string}} login with "" for what stays as it is */
-  #fillLogin({ user, password }) {
-    if (user) this.fields.user.value = user;
-    if (!password || this.fields.password.disabled) return;
-    this.fields.password.value = password;
-    ++this.#passwords;
   }
 
   async #modelChanged() {
@@ -242,9 +224,8 @@ export class OneCamera {
   }
 
   forgetPasswords() {
-    this.fields.password.value = "";
+    forgetPassword(this.fields);
     this.#refusals.forgetPasswords();
-    if (hidesLogin(this.fields.address.value)) this.fields.address.value = "";
   }
 
   /** Shows what is wrong with the fields. @returns {Camera | null} */
@@ -354,14 +335,4 @@ export class OneCamera {
     this.#showResult(result);
     say(`${result.title}. ${result.text}`);
   }
-}
-
-/**
- * Fills a field that nobody typed into. What is typed into it at this moment takes its place.
- * @param {HTMLInputElement} field
- * @param {string} value
- */
-function suggest(field, value) {
-  field.value = value;
-  if (document.activeElement === field) field.select();
 }

@@ -1,7 +1,7 @@
 /// The details of one row of a list: what came of it, its values, a picture.
 
-import { hidesLogin } from "./address.js";
 import * as api from "./api.js";
+import { forgetPassword, spreadAddress, watchAddress } from "./camera-fields.js";
 import { CODECS, STREAMS, kindOf, meant, splitCells } from "./camera-list.js";
 import { testCause } from "./causes.js";
 import { byId, el, say, setOptions, setSelected } from "./dom.js";
@@ -52,6 +52,7 @@ export class RowDetails {
       event.preventDefault();
       this.#saveAndTest();
     });
+    watchAddress(this.#fields, () => spreadAddress(this.#fields));
     /** @param {string} name @param {() => void} press */
     const on = (name, press) => byId(`row-${name}`, HTMLButtonElement).addEventListener("click", press);
     on("close", () => this.dialog.close());
@@ -73,9 +74,9 @@ export class RowDetails {
     });
   }
 
-  /** @param {(typeof TEXTS)[number]} name */
-  #text(name) {
-    return byId(`row-${name}`, HTMLInputElement);
+  get #fields() {
+    const fields = TEXTS.map((name) => [name, byId(`row-${name}`, HTMLInputElement)]);
+    return /** @type {Record<(typeof TEXTS)[number], HTMLInputElement>} */ (Object.fromEntries(fields));
   }
 
   /** @param {(typeof CHOICES)[number][0]} name */
@@ -84,15 +85,19 @@ export class RowDetails {
   }
 
   forgetPassword() {
-    this.#text("password").value = "";
-    if (hidesLogin(this.#text("address").value)) this.#text("address").value = "";
+    forgetPassword(this.#fields);
+  }
+
+  /** @param {Row} row */
+  #showTexts({ cells }) {
+    for (const name of TEXTS) this.#fields[name].value = cells[name];
   }
 
   /** @param {Row} row */
   open(row) {
     this.#row = row;
     byId("row-title", HTMLElement).textContent = `Line ${row.line}${row.cells.name ? `: ${row.cells.name}` : ""}`;
-    for (const name of TEXTS) this.#text(name).value = row.cells[name];
+    this.#showTexts(row);
     for (const [name, values] of CHOICES) {
       setOptions(this.#choice(name), values);
       setSelected(this.#choice(name), meant(row.cells[name], values) ?? row.cells[name]);
@@ -133,16 +138,18 @@ export class RowDetails {
     if (isBusy) place.append(el("p", { class: "hint", text: "Values can be changed when the run has ended." }));
   }
 
-  /** Takes the fields over into the row. */
+  /** Takes the fields over into the row, and shows what became of them there. */
   #save() {
     const row = this.#row;
     if (!row) return;
     const before = JSON.stringify(row.cells);
-    for (const name of TEXTS)
-      row.cells[name] = name === "password" ? this.#text(name).value : this.#text(name).value.trim();
+    const fields = this.#fields;
+    spreadAddress(fields);
+    for (const name of TEXTS) row.cells[name] = name === "password" ? fields[name].value : fields[name].value.trim();
     for (const [name] of CHOICES) row.cells[name] = this.#choice(name).value;
     this.#saveModel(row);
     row.cells = splitCells(row.cells);
+    this.#showTexts(row);
     if (JSON.stringify(row.cells) === before) return;
     row.shapeMistake = ""; // what was missing stands in the fields now
     this.surroundings.edited(row);

@@ -161,6 +161,9 @@ test("a login in the path goes into user and password", () =>
     assert.equal(await page.inputValue("#one-password"), RIGHT);
     await page.getByRole("button", { name: "Show password", exact: true }).click();
     await page.getByRole("button", { name: "Hide password", exact: true }).click();
+    await page.fill("#one-path", `/user=admin&password=${RIGHT}`);
+    await page.evaluate(() => window.dispatchEvent(new Event("pagehide")));
+    assert.equal(await page.inputValue("#one-path"), "/", "is forgotten with the others");
   }));
 
 test("a whole stream address is spread over the fields, and its picture measured", () =>
