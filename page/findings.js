@@ -21,11 +21,13 @@ export class Findings {
    * @param {import("./result-panel.js").ResultPanel} panel
    * @param {import("./stream-fold.js").StreamFold} streamFold
    * @param {import("./earlier.js").EarlierMarks} marks
+   * @param {(camera: Camera) => boolean} isChosen whether the fields are about this camera's model
    */
-  constructor(panel, streamFold, marks) {
+  constructor(panel, streamFold, marks, isChosen) {
     this.panel = panel;
     this.streamFold = streamFold;
     this.marks = marks;
+    this.isChosen = isChosen;
   }
 
   /**
@@ -112,8 +114,8 @@ export class Findings {
   #showOfCamera(camera, tested, outcome) {
     const host = camera.host.includes(":") ? `[${camera.host}]` : camera.host;
     this.#put([describeCapabilities(outcome, `Capabilities, from the camera at ${host}:${camera.port}`)]);
-    this.marks.set("one-capabilities-earlier", tested, { place: "Of the earlier camera" });
-    if (outcome.value) this.streamFold.offerOfCamera(outcome.value, camera);
+    this.marks.set("one-capabilities-earlier", tested, CAPABILITY_MARKS);
+    if (outcome.value && this.isChosen(camera)) this.streamFold.offerOfCamera(outcome.value, camera);
   }
 
   /** @param {Camera} camera @param {AbortSignal} signal */
@@ -128,3 +130,4 @@ export class Findings {
 }
 
 const PICTURE_MARKS = { place: "Picture of the earlier camera", values: "Picture of the earlier values" };
+const CAPABILITY_MARKS = { place: "Of the earlier camera", values: "Of the earlier values" };

@@ -55,7 +55,7 @@ export class OneCamera {
     this.more = this.streamFold.fold;
     this.buttons = new TestButtons(() => this.#testing?.abort());
     this.panel = new ResultPanel((id) => this.#focusField(id));
-    this.findings = new Findings(this.panel, this.streamFold, this.#marks);
+    this.findings = new Findings(this.panel, this.streamFold, this.#marks, (camera) => this.#isChosen(camera));
     this.stored = new StoredPassword(() => this.#storedChanged());
     this.modelField = new ModelField(this.fields.model, models);
     this.#listen();
@@ -127,6 +127,12 @@ export class OneCamera {
     if (ofPath.user || ofPath.password) say("The login in the path went into user and password");
     this.streamFold.summarise();
     this.#marks.update();
+  }
+
+  /** @param {Camera} camera */
+  #isChosen({ vendor, model }) {
+    const chosen = this.modelField.value;
+    return chosen !== null && chosen.vendor === vendor && chosen.model === model;
   }
 
   async #modelChanged() {

@@ -112,7 +112,7 @@ const RESULT = "Result of the earlier values";
 const PICTURE = "Picture of the earlier camera";
 /** What is typed, and the marks that appear. */
 const MARKS = [
-  ["#one-user", "other", RESULT, "Picture of the earlier values"],
+  ["#one-user", "other", RESULT, "Picture of the earlier values", "Of the earlier values"],
   ["#one-port", "81", RESULT, PICTURE, "Of the earlier camera"],
   ["#one-address", "127.0.0.2", RESULT, PICTURE, "Of the earlier camera"],
 ];
@@ -148,6 +148,22 @@ test("what a camera gives while another one's port is typed is marked at once", 
     });
     await testOne(page);
     assert.deepEqual(await page.locator(".earlier:visible").allInnerTexts(), [RESULT, PICTURE]);
+  }));
+
+test("what a camera says late goes to no other model", () =>
+  withPage("", async (page) => {
+    const other = { port: ports.onvif, model: "Any camera (stream path)" };
+    await page.route("**/CamCapRemote", async (route) => {
+      await fillOne(page, other);
+      await route.continue();
+    });
+    const offered = () => page.locator("#one-codec").innerHTML();
+    await fillOne(page, other);
+    const before = await offered();
+    await fillOne(page, { port: ports.onvif, model: "ONVIF" });
+    await testOne(page);
+    assert.equal(await text(page, "one-capabilities-earlier"), "Of the earlier values");
+    assert.equal(await offered(), before);
   }));
 
 test("a login in the path goes into user and password", () =>
