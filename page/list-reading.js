@@ -20,7 +20,7 @@ import { counted } from "./text.js";
  * @property {Line[]} lines of cameras
  * @property {Heading[]} headings
  * @property {string} mistake of the file, which has no lines then; "" for none
- * @property {string[]} notes
+ * @property {string[]} notes about the text, whichever column its cells go into
  */
 
 const MOST_ROWS = 1000;
@@ -48,11 +48,16 @@ export function readList(text) {
   const at = findHeading(lines);
   const { headings, notes } = at < 0 ? orderedColumns(first.cells.length) : readHeading(lines[at]?.cells ?? []);
   const titles = lines.slice(0, Math.max(at, 0)).map(({ number }) => `Line ${number} stands above the headings.`);
-  if (!headings.some(({ column }) => column === "address")) notes.push("No column holds the address. Choose it below.");
   const cameras = lines.slice(at + 1);
   if (cameras.length === 0) return refused("There are no rows in it.");
   if (cameras.length > MOST_ROWS) return refused(`More than ${MOST_ROWS.toLocaleString("en")} rows. Split the file.`);
   return { lines: cameras, headings, mistake: "", notes: [...titles, ...notes] };
+}
+
+/** What is to be said about a list, as its columns are now. @param {ReadList} list */
+export function notesOf({ lines, headings, notes }) {
+  const lacksAddress = lines.length > 0 && !headings.some(({ column }) => column === "address");
+  return lacksAddress ? [...notes, "No column holds the address. Choose it below."] : notes;
 }
 
 /** @param {string} cell */

@@ -12,7 +12,7 @@ import { ListDefaults } from "./list-defaults.js";
 import { ListFilters } from "./list-filters.js";
 import { ListMistakes } from "./list-mistakes.js";
 import { ListOpening } from "./list-opening.js";
-import { readRows } from "./list-reading.js";
+import { notesOf, readRows } from "./list-reading.js";
 import { ListTable, KINDS } from "./list-table.js";
 import { HELD, Refusals, isSameLogin } from "./refusals.js";
 import { RowDetails } from "./row-details.js";
@@ -106,7 +106,6 @@ export class ManyCameras {
     byId("many-list", HTMLElement).hidden = false;
     window.addEventListener("beforeunload", warnBeforeLeaving);
     byId("many-name", HTMLElement).textContent = name;
-    byId("many-notes", HTMLElement).replaceChildren(...list.notes.map((note) => el("li", { text: note })));
     this.columns.open(list.headings);
     this.#fill(list);
     say(`${counted(this.#rows.length, "row")} read. ${counted(this.#ofKind("toFix").length, "row")} to fix.`);
@@ -115,6 +114,7 @@ export class ManyCameras {
   /** @param {ReadList} list */
   #fill(list) {
     this.#source = list;
+    byId("many-notes", HTMLElement).replaceChildren(...notesOf(list).map((note) => el("li", { text: note })));
     this.#rows = readRows(list);
     this.#isEdited = false;
     this.#refusals = new Refusals();

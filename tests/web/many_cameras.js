@@ -143,6 +143,7 @@ test("unknown headings are mapped by choice, which is remembered", () =>
     await expectText(page, "many-notes", "No column holds the address. Choose it below.");
     await page.selectOption("#many-column-1", "address");
     await page.selectOption("#many-column-0", "name");
+    assert.equal(await text(page, "many-notes"), "");
     await expectText(page, "many-columns-summary", "1 column is not read: Etage");
     await openList(page, [
       ["Adresse", "Standort"],

@@ -9,7 +9,7 @@ import { checkRows } from "./page/camera-list.js";
 import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/csv.js";
 import { exportForImport, exportResults } from "./page/list-export.js";
-import { readListFile, readRows } from "./page/list-reading.js";
+import { notesOf, readListFile, readRows } from "./page/list-reading.js";
 import { ModelList } from "./page/models.js";
 import { splitPath } from "./page/path-login.js";
 import { STORED_PASSWORD } from "./page/api.js";
@@ -50,7 +50,7 @@ const DEFAULTS = { user: "admin", password: "shared", port: "", model: MODELS.mo
 /** Everything that the page says about a file. */
 function remarks(bytes) {
   const list = readListFile(bytes);
-  const { mistake, notes, headings } = list;
+  const { mistake, headings } = list;
   const rows = readRows(list);
   checkRows(rows, DEFAULTS, MODELS);
   for (const text of [exportResults(rows), exportForImport(rows, false)])
@@ -60,7 +60,7 @@ function remarks(bytes) {
     ...(sameAs ? [`${line} same as ${sameAs}`] : []),
   ]);
   const unknown = headings.filter(({ isUnknown }) => isUnknown).map(({ text }) => `${text}?`);
-  return [mistake, ...notes, ...unknown, ...ofRows].filter(Boolean);
+  return [mistake, ...notesOf(list), ...unknown, ...ofRows].filter(Boolean);
 }
 
 const LOGIN = "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).";
