@@ -66,12 +66,22 @@ const isAddress = (cell) => /^(\d{1,3}\.){3}\d{1,3}(:\d+)?$|^[0-9a-f]*:[0-9a-f:]
 const hasAddress = ({ cells }) => cells.some(isAddress);
 /** No heading is a number, so that "user" may be somebody's user name. @param {Line} line */
 const mayBeHeading = (line) => !hasAddress(line) && !line.cells.some((cell) => /^\s*\d+\s*$/.test(cell));
-/** @param {Line} line */
-const countKnown = ({ cells }) => cells.filter((cell) => columnOf(cell) !== null).length;
+/** A name with a dot, as cameras have. @param {string} cell */
+const isHostName = (cell) => /^[\w-]+(\.[\w-]+)+$/.test(cell.trim());
+/** How many headings are known: none beside a host name, where "user" is somebody's. @param {Line} line */
+const countKnown = ({ cells }) => (cells.some(isHostName) ? 0 : cells.filter((cell) => columnOf(cell) !== null).length);
+/** A heading leaves no cell out, except at its ends. @param {Line} line */
+const hasWordsAlone = ({ cells }) =>
+  cells
+    .join("\t")
+    .trim()
+    .split("\t")
+    .every((cell) => /\S/.test(cell) && !/\d/.test(cell) && !isHostName(cell));
 
 /**
- * The line with most known headings; or else one of words alone right above the first address. Titles may stand above
- * it.
+ * The line with most known headings, of which one alone is enough only if it is the address, in the first line; or else
+ * a line of words alone right above the first address. Titles may stand above it. A camera's line that is taken for a
+ * heading would have its password shown.
  * @param {Line[]} lines
  * @returns {number} its place among them; -1 for a file without headings
  */
@@ -80,9 +90,10 @@ function findHeading(lines) {
   const above = lines.slice(0, end < 0 ? MOST_ABOVE : end);
   const known = above.map(countKnown);
   const best = known.indexOf(Math.max(...known, 1));
-  if (best === 0 || (best > 0 && (known[best] ?? 0) > 1)) return best;
-  const isAbove = end > 0 && lines[end] !== undefined && hasAddress(lines[end]);
-  return isAbove && !above.at(-1)?.cells.some((cell) => /\d/.test(cell)) ? end - 1 : -1;
+  const isAddressFirst = best === 0 && above[0]?.cells.some((cell) => columnOf(cell) === "address");
+  if (isAddressFirst || (known[best] ?? 0) > 1) return best;
+  const last = lines[end] && hasAddress(lines[end]) ? above.at(-1) : undefined;
+  return last && hasWordsAlone(last) ? end - 1 : -1;
 }
 
 /** @param {string[]} cells */

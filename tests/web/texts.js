@@ -69,6 +69,7 @@ const STORED = "this text stands for a stored password, which a list cannot use.
 const UNKNOWN = "is not in the list. Nearest:";
 const ADDRESS = "No column holds the address. Choose it below.";
 const ORDER = "Line 1 names no columns, so they are taken in this order: name, address, port.";
+const ORDER_OF_FIVE = `${ORDER.slice(0, -1)}, user, password.`;
 const latin = (text) => Uint8Array.from(Buffer.from(text, "latin1"));
 const utf16 = (text) => Uint8Array.from(Buffer.from(`\ufeff${text}`, "utf16le"));
 const rowsOf = (count) => Array.from({ length: count }, (_, i) => `cam${i}\n`).join("");
@@ -83,6 +84,11 @@ const FILES = [
   ["as many rows as may be", "address\n" + "\n".repeat(9) + rowsOf(1000), []],
   ["one row more", "address\n" + rowsOf(1001), ["More than 1,000 rows. Split the file."]],
   ["no heading", "Gate,cam1,80\n", [ORDER]],
+  ["user named user", "Gate;cam-a.local;;user;xyzzy\n", [ORDER_OF_FIVE]],
+  ["camera named Camera", "Camera;cam-a.local;;user;xyzzy\n", [ORDER_OF_FIVE]],
+  ["undotted host", "Gate;cama;;user;xyzzy\n", [ORDER_OF_FIVE]],
+  ["address further down", "Gate;cam-a.local;;me;xyzzy\nYard;10.0.0.5;;me;xyzzy\n", [ORDER_OF_FIVE]],
+  ["undotted host above it", "Gate;cama;;me;xyzzy\nYard;10.0.0.5;;me;xyzzy\n", [ORDER_OF_FIVE]],
   ["unknown column", "address,floor\ncam1,2\n", ["floor?"]],
   ["unknown columns alone", "Raum;Adresse\nTor;10.0.0.5\n", [ADDRESS, "Raum?", "Adresse?", "2 address: missing."]],
   ["column twice", "address,ip\ncam1,cam2\n", ["The column address is there twice; the first one counts.", "ip?"]],
