@@ -117,7 +117,6 @@ export class ManyCameras {
     byId("many-notes", HTMLElement).replaceChildren(...notesOf(list).map((note) => el("li", { text: note })));
     this.#rows = readRows(list);
     this.#isEdited = false;
-    this.#refusals = new Refusals();
     this.filters.clear();
     this.#check();
   }

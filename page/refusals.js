@@ -1,5 +1,5 @@
 /// Logins that cameras refused, since a camera may lock a user out: what is refused here is sent again only after
-/// somebody was asked. Another port may be another camera, and another password another login.
+/// somebody was asked, for as long as the page is open. Another port may be another camera, and another password another login.
 
 import { UNTESTED } from "./camera-list.js";
 import { LOGIN_REFUSED } from "./causes.js";
@@ -17,7 +17,7 @@ import { LOGIN_REFUSED } from "./causes.js";
 export const HELD = /** @type {const} */ ({
   ...UNTESTED,
   result: "held",
-  note: "This login was refused at this address a moment ago.",
+  note: "This login was refused at this address.",
 });
 
 /** @param {Login} login */

@@ -240,6 +240,11 @@ test("until a login passed only three are refused, and none of them is sent agai
       await page.click("#question-no");
     }
     assert.deepEqual(calls, []);
+    await page.click("#row-close");
+    await openList(page, [HEADING, ...rows]);
+    await page.click("#question-yes");
+    await expectText(page, "status", "10 rows read.");
+    assert.equal(await results(page), "––––‖‖–‖––", "nor when the list is read anew");
   }));
 
 test("a request without an answer pauses the run and is not sent again", () =>
