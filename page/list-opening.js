@@ -19,10 +19,9 @@ export class ListOpening {
     this.text = byId("many-text", HTMLTextAreaElement);
     this.#listenForFiles();
     this.#listenForDrops();
-    byId("many-read", HTMLButtonElement).addEventListener("click", () => {
-      this.#open("Pasted rows", readList(this.text.value));
-      this.forgetPasswords();
-    });
+    byId("many-read", HTMLButtonElement).addEventListener("click", () =>
+      this.#open("Pasted rows", readList(this.text.value)),
+    );
   }
 
   #listenForFiles() {
@@ -66,6 +65,7 @@ export class ListOpening {
       say(text.textContent ?? "");
       text.focus();
     } else if (await this.surroundings.mayReplace(name)) {
+      this.forgetPasswords();
       this.surroundings.opened(name, list);
     }
   }

@@ -261,6 +261,11 @@ test("a request without an answer pauses the run and is not sent again", () =>
 
 test("mistakes of a file and of its rows are shown at once, and can be mended", () =>
   withPage("#many", async (page) => {
+    await page.click("details:has(#many-text) summary");
+    await page.fill("#many-text", 'address\n"cam1');
+    await page.click("#many-read");
+    await expectText(page, "many-mistake", "Pasted rows: The quote opened in line 2 is never closed.");
+    assert.equal(await page.inputValue("#many-text"), 'address\n"cam1', "can be mended");
     await openList(page, [["address"], ['"cam1']]);
     await expectText(page, "many-mistake", "cameras.csv: The quote opened in line 2 is never closed.");
     assert.equal(await focused(page), "many-mistake");
