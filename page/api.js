@@ -320,12 +320,12 @@ export async function testGroup(rows, signal) {
   if (code !== 0) throw new Trouble("refused", `It gave code ${code} for the whole group.`);
   /** @type {{tmpId: unknown, result: number, errinfo?: {code: number}}[]} */
   const results = value?.resultList ?? [];
-  const causes = cause.split(",").map((name) => name.trim()); // one a row, in the order in which they were sent
-  const namedCauses = new Map(rows.map(({ id }, i) => [id, causes.length === rows.length ? causes[i] : ""]));
+  const causes = cause.split(",").map((name) => name.trim()); // one a result
+  const areNamed = causes.length === results.length;
   return new Map(
-    results.map(({ tmpId, result, errinfo }) => {
-      const id = String(tmpId);
-      return [id, { code: result === 0 ? 0 : (errinfo?.code ?? -1), cause: namedCauses.get(id) ?? "" }];
+    results.map(({ tmpId, result, errinfo }, i) => {
+      const named = areNamed ? causes[i] : "";
+      return [String(tmpId), { code: result === 0 ? 0 : (errinfo?.code ?? -1), cause: named }];
     }),
   );
 }

@@ -159,9 +159,10 @@ test("the cause that the recorder names is shown for each row of a list", () =>
     await page.route("**/CamBatAddVerify", (route) => {
       const { camList } = route.request().postDataJSON();
       const isOdd = ({ tmpId }) => tmpId % 2 === 1;
+      camList.reverse(); // results come in any order, each with its cause
       const row = (camera) => ({ tmpId: camera.tmpId, result: isOdd(camera) ? 1 : 0, errinfo: { code: 468 } });
       const names = camList.map((camera) => (isOdd(camera) ? "blocked" : "ok"));
-      const json = { success: true, data: { resultList: camList.map(row).reverse() } };
+      const json = { success: true, data: { resultList: camList.map(row) } };
       return route.fulfill({ json, headers: { "Recorder-Cause": names.join(",") } });
     });
     await page.click("#many-start");
