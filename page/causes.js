@@ -13,6 +13,9 @@
 export const TIMED_OUT = 463;
 /** The code of a test whose login the camera refused. */
 export const LOGIN_REFUSED = 464;
+/** Codes of a camera that answered, and names of such causes that share a code with others. */
+const ANSWERED_CODES = [0, LOGIN_REFUSED, 465, 466, 467];
+const ANSWERED_CAUSES = ["clockUnknown", "loginUnsupported", "notThisProtocol", "noService", "notUnderstood"];
 
 /** Codes of CameraTest and of a list's rows. @type {Readonly<Record<number, Cause>>} */
 export const TEST_CAUSES = {
@@ -220,6 +223,9 @@ function causeOf(causes, { code, cause = "" }) {
     }
   );
 }
+
+/** Whether a camera certainly answered a test. @param {{code: number, cause?: string}} verdict */
+export const hasAnswered = ({ code, cause = "" }) => ANSWERED_CODES.includes(code) || ANSWERED_CAUSES.includes(cause);
 
 /** Why a test failed. @param {{code: number, cause?: string}} failure */
 export const testCause = (failure) => causeOf(TEST_CAUSES, failure);

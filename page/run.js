@@ -203,7 +203,7 @@ export class Run {
     const { code, cause = "" } = verdict;
     Object.assign(row, { result: code === 0 ? "passed" : "failed", code, cause, testedAt: new Date() });
     if (row.camera) this.means.refusals.note(row.camera, code);
-    if (row.camera) this.means.slowness.note(row.camera, code);
+    if (row.camera) this.means.slowness.note(row.camera, verdict);
     if (code === 0) this.isProven = true;
   }
 

@@ -1,6 +1,6 @@
 /// Cameras that are likely to keep others waiting: silent ones, as seen since the page was opened.
 
-import { TIMED_OUT } from "./causes.js";
+import { TIMED_OUT, hasAnswered } from "./causes.js";
 
 /** @typedef {{host: string, port: number}} Place */
 
@@ -18,13 +18,13 @@ export class Slowness {
   /** @type {Set<string>} networks in which something answered */
   #answering = new Set();
 
-  /** Notes what a test gave. @param {Place} place @param {number} code */
-  note(place, code) {
+  /** Notes what a test gave. @param {Place} place @param {import("./api.js").Verdict} verdict */
+  note(place, verdict) {
     const network = networkOf(place);
-    if (code === TIMED_OUT) {
+    if (verdict.code === TIMED_OUT) {
       this.#silent.add(placeOf(place));
       this.#silentNetworks.add(network);
-    } else {
+    } else if (hasAnswered(verdict)) {
       this.#silent.delete(placeOf(place));
       this.#answering.add(network);
     }
