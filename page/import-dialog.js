@@ -39,9 +39,14 @@ export class ImportDialog {
 
   #show() {
     const rows = this.#chosen;
+    const havePasswords = rows.some(({ camera }) => camera?.password);
+    this.withPasswords.disabled = !havePasswords;
+    if (!havePasswords) this.withPasswords.checked = false;
     byId("import-warning", HTMLElement).hidden = !this.withPasswords.checked;
+    const which = this.withOthers.checked ? "" : ": those that passed";
+    const lack = havePasswords || rows.length === 0 ? "" : ". There is no password in this page to export.";
     byId("import-count", HTMLElement).textContent =
-      `${rows.length} of ${counted(this.#rows.length, "row")}${this.withOthers.checked ? "" : ": those that passed"}`;
+      `${rows.length} of ${counted(this.#rows.length, "row")}${which}${lack}`;
     byId("import-export", HTMLButtonElement).disabled = rows.length === 0;
   }
 

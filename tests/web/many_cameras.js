@@ -300,4 +300,7 @@ test("mistakes of a file and of its rows are shown at once, and can be mended", 
     assert.equal(await results(page), "–!–");
     await page.click("#many-forget");
     assert.equal(await page.inputValue("#many-password"), "");
+    await page.click("#many-export-import");
+    await page.check("#import-others");
+    assert.ok(await page.locator("#import-passwords").isDisabled(), "there is none");
   }));
