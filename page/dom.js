@@ -45,6 +45,18 @@ export function button(text, press, attributes = {}) {
 }
 
 /**
+ * Puts new elements in, and the focus on the one that stands for what had it.
+ * @param {HTMLElement} place
+ * @param {HTMLElement[]} elements
+ */
+export function refill(place, elements) {
+  const focused = document.activeElement;
+  const kind = focused instanceof HTMLElement && place.contains(focused) ? focused.dataset.kind : undefined;
+  place.replaceChildren(...elements);
+  if (kind) elements.find((element) => element.dataset.kind === kind)?.focus();
+}
+
+/**
  * "Any", which is the empty text, and these; keeps what is chosen if it can.
  * @param {HTMLSelectElement} select
  * @param {string[]} values

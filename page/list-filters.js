@@ -2,7 +2,7 @@
 
 import { keyOf, testCause } from "./causes.js";
 import { kindOf } from "./camera-list.js";
-import { button, byId, el } from "./dom.js";
+import { button, byId, el, refill } from "./dom.js";
 import { KINDS } from "./list-table.js";
 
 /**
@@ -110,16 +110,4 @@ export class ListFilters {
       cause.first,
     );
   }
-}
-
-/**
- * Puts new elements in, and the focus on the one that stands for what had it.
- * @param {HTMLElement} place
- * @param {HTMLElement[]} elements
- */
-export function refill(place, elements) {
-  const focused = document.activeElement;
-  const kind = focused instanceof HTMLElement && place.contains(focused) ? focused.dataset.kind : undefined;
-  place.replaceChildren(...elements);
-  if (kind) elements.find((element) => element.dataset.kind === kind)?.focus();
 }

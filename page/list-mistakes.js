@@ -1,8 +1,7 @@
 /// All mistakes of a list at once, each with a way to its row.
 
 import { kindOf, reasonOf } from "./camera-list.js";
-import { button, byId, el } from "./dom.js";
-import { refill } from "./list-filters.js";
+import { button, byId, el, refill } from "./dom.js";
 import { counted } from "./text.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
