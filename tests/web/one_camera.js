@@ -54,7 +54,7 @@ test("each cause of a failed test has its text, and leads to a field", (t) =>
 /** Name that the recorder gives, method, code, and whose text that is. */
 const NAMES = [
   ["clockUnknown", "CameraTest", 468, NAMED_CAUSES.clockUnknown],
-  ["noService", "CameraTest", 465, NAMED_CAUSES.noService],
+  ["noService", "CameraTest", 468, NAMED_CAUSES.noService],
   ["ofALaterVersion", "CameraTest", 468, TEST_CAUSES[468]],
   ["blocked", "CamCapRemote", 457, NAMED_CAUSES.blocked],
   ["busy", "CamCapRemote", 457, TEST_CAUSES[467]],
