@@ -144,9 +144,7 @@ Outcome RtspClient::DescribeHere() {
 /// login of its own is what another port may ask for.
 Outcome RtspClient::FollowRedirect() {
   const auto location = ParseLocation(parser_.Message().Header("Location"));
-  if (!location || NormalizedHost(location->host) != NormalizedHost(address_.host)) {
-    return Outcome::kNotUnderstood;
-  }
+  if (!location || NormalizedHost(location->host) != NormalizedHost(address_.host)) return Outcome::kNotUnderstood;
   address_.port = location->port;
   uri_ = MakeUri(address_, location->path);
   challenge_.reset();
@@ -161,9 +159,8 @@ Outcome RtspClient::ReadDescription() {
   auto video = FindVideo(answer.body);
   if (!video) return Outcome::kNoVideo;
   video_ = std::move(*video);
-  for (const std::string_view base : {answer.Header("Content-Base"), answer.Header("Content-Location")}) {
-    if (base_.empty()) base_ = base;
-  }
+  if (base_.empty()) base_ = answer.Header("Content-Base");
+  if (base_.empty()) base_ = answer.Header("Content-Location");
   if (base_.empty()) base_ = uri_;
   return Outcome::kOk;
 }
