@@ -1,6 +1,7 @@
 #include "recorder/webapi/cause_header.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -12,21 +13,24 @@ namespace {
 
 constexpr std::string_view kBatchMethod = "CamBatAddVerify";
 
-std::string TextOf(const Json::Value& value) {
-  return value.isConvertibleTo(Json::stringValue) ? value.asString() : std::string();
+/// Whether the module can read a row: nobody works for any other.
+bool IsReadable(const Json::Value& row) {
+  constexpr std::array kTexts = {"tmpId", "name", "ip", "username", "vendor", "model", "password", "isAuth"};
+  const auto isText = [&](const char* key) { return row[key].isConvertibleTo(Json::stringValue); };
+  return row.isObject() && std::all_of(kTexts.begin(), kTexts.end(), isText) &&
+         row["port"].isConvertibleTo(Json::intValue);
 }
 
-int PortOf(const Json::Value& value) { return value.isConvertibleTo(Json::intValue) ? value.asInt() : 0; }
-
 CameraEntry EntryOf(const Json::Value& row) {
-  return {TextOf(row["vendor"]), TextOf(row["model"]), TextOf(row["ip"]), PortOf(row["port"]), TextOf(row["username"])};
+  return {row["vendor"].asString(), row["model"].asString(), row["ip"].asString(), row["port"].asInt(),
+          row["username"].asString()};
 }
 
 /// The cause of a row with `result`. Rows of one camera have several reports where only their passwords differ; the
-/// result tells which. A row that nobody worked for could not be read.
+/// result tells which.
 Outcome CauseOfRow(const Json::Value& row, int result, const std::vector<RowReport>& reports) {
   if (result == CAMERA_VERIFY_PASSED) return Outcome::kOk;
-  if (!row.isObject()) return Outcome::kBadRow;
+  if (!IsReadable(row)) return Outcome::kBadRow;
   const CameraEntry entry = EntryOf(row);
   const auto report = std::find_if(reports.begin(), reports.end(), [&](const RowReport& candidate) {
     const CameraEntry modelAlone{entry.vendor, entry.model, {}, 0, {}};

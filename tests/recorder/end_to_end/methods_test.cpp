@@ -107,6 +107,8 @@ TEST(Causes, OfAListStandInItsOrder) {
   untested["isAuth"] = true;
   Json::Value badPort = BatchRow("badPort", good, kSecret);
   badPort["port"] = "eighty";
+  Json::Value badAndUnknown = BatchRow("badAndUnknown", good, kSecret, "Nobody x");
+  badAndUnknown["port"] = "eighty";
   const std::pair<Json::Value, const char*> rows[] = {
       {BatchRow("1", good, kSecret), "ok"},
       {BatchRow("2", good, "wrong"), "loginRefused"},
@@ -118,6 +120,7 @@ TEST(Causes, OfAListStandInItsOrder) {
       {BatchRow("6", good, kSecret, "User "), "noPath"},
       {BatchRow("7", good, kSecret, "Simcam RTSP-Path"), "noPath"},
       {badPort, "badRow"},
+      {badAndUnknown, "badRow"},
       {blocked(), "blocked"},
       {BatchRow("8", cameras.Port("busy"), kSecret), "busy"},
       {BatchRow("9", good, kSecret, "ONVIF Generic"), "noService"},
