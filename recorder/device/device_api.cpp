@@ -48,7 +48,12 @@ bool VTHandlerBase::IsValid() const { return isValid; }
 void VTHandlerBase::SetValid(bool valid) { isValid = valid; }
 
 DeviceAPIHandler::DeviceAPIHandler() : impl(std::make_unique<Impl>()) {}
-DeviceAPIHandler::~DeviceAPIHandler() = default;
+
+/// Only now it shows whether the path was wanted, and so nothing was asked: a picture over HTTP does without it.
+DeviceAPIHandler::~DeviceAPIHandler() {
+  const bool isUnasked = impl->lacksPath && recorder::RequestScope::Current().Cause() == recorder::Outcome::kNoPath;
+  if (isUnasked) recorder::ReportUnasked(impl->vendor, impl->model, recorder::Outcome::kNoPath);
+}
 
 void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& address, int port, const std::string& user,
                                    const std::string& password, const std::string& vendor, const std::string& model,
@@ -62,9 +67,10 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
   }
   Device* device = impl->device.get();
   if (device == nullptr) recorder::ReportUnasked(vendor, model, recorder::Outcome::kUnknownModel);
-  if (device != nullptr && device->NeedsSourcePath() && sourcePath.empty()) {
-    recorder::ReportUnasked(vendor, model, recorder::Outcome::kNoPath);
-  }
+  impl->vendor = vendor;
+  impl->model = model;
+  impl->lacksPath = device != nullptr && device->NeedsSourcePath() && sourcePath.empty();
+  if (impl->lacksPath) recorder::RequestScope::Current().SetCause(recorder::Outcome::kNoPath);
   Register<&Device::NeedsSourcePath>(NeedsSourcePath, device, "NeedsSourcePath");
   Register<&Device::HasStreamPath>(HasStreamPath, device, "HasStreamPath");
   Register<&Device::GetStreamPath>(GetStreamPath, device, "GetStreamPath");

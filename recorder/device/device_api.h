@@ -42,4 +42,7 @@ std::unique_ptr<Device> MakeDevice(const std::string& vendor, const std::string&
 
 struct DeviceAPIHandler::Impl {
   std::unique_ptr<recorder::Device> device;
+  std::string vendor;
+  std::string model;
+  bool lacksPath = false;  ///< that of the stream, which the user has to give
 };

@@ -4,6 +4,9 @@
 
 #include "recorder/device/device_api.h"
 #include "recorder/device/model_files.h"
+#include "recorder/utility/files.h"
+#include "recorder/utility/request_scope.h"
+#include "tests/recorder/temp_folder.h"
 
 namespace recorder {
 namespace {
@@ -64,6 +67,32 @@ TEST(DeviceTest, WhatCannotBeAskedIsLogged) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(CamCapUtils::GetCamCapFile(profile, path, REMOTE_CAMCAP_ASK_NOW), CAMCAP_FILE_NOT_UNDERSTOOD);
     EXPECT_NE(testing::internal::GetCapturedStderr().find(words), std::string::npos) << cameraModel;
+  }
+}
+
+TEST(DeviceTest, AMissingPathIsLoggedWhereItWasWanted) {
+  const std::string models = ReadFile(MODELS_FOLDER "/simcam.json");
+  const std::string stream = R"({"kind": "stream"})";  // the last one is that of RTSP-Path
+  for (const std::string& snapshot : {stream, std::string(R"({"kind": "http-jpeg", "path": "/x"})")}) {
+    const TempFolder folder;
+    folder.Write("simcam.json", std::string(models).replace(models.rfind(stream), stream.size(), snapshot));
+    std::filesystem::copy(MODELS_FOLDER "/schema.json", folder.Path());
+    SetModelsFolder(folder.Path());
+    const RequestScope scope(std::chrono::seconds(1));
+    testing::internal::CaptureStderr();
+    {
+      DeviceAPIHandler api;
+      api.LoadByParam(DP_LOAD_FROM_MODEL_FILES, "127.0.0.1", 1, "", "", "Simcam", "RTSP-Path", "", "");
+      std::string path;
+      int port = 1;
+      int kind = 0;
+      unsigned char* jpeg = nullptr;
+      int size = 0;
+      const bool isHttp = api.GetSnapshotPath(path, port, kind) == 0;
+      if (isHttp) SnapshotGetFromAPI("127.0.0.1", 1, "", "", api, "", &jpeg, &size, VIDEO_TYPE_H264);
+    }
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(log.find("path of its stream is missing") != std::string::npos, snapshot == stream) << snapshot << log;
   }
 }
 
