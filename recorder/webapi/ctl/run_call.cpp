@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "recorder/net/text.h"
 #include "recorder/utility/outcome.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/progress.h"
@@ -20,15 +21,23 @@ ApiAnswer RunInSight(const ApiCall& call, const std::string& work) {
   return RunCall(call);
 }
 
+/// Whether `causes`, names with commas between them, tell of a failure.
+bool TellFailure(std::string_view causes) {
+  while (!causes.empty()) {
+    if (Trimmed(TakeUntil(causes, ',')) != NameOf(Outcome::kOk)) return true;
+  }
+  return false;
+}
+
 /// Tells on standard error why a camera failed, which the answer itself may not say.
 void PrintCauses(const std::string& causes) {
-  if (!causes.empty() && causes != NameOf(Outcome::kOk)) std::cerr << "recorderctl: cause: " << causes << "\n";
+  if (TellFailure(causes)) std::cerr << "recorderctl: cause: " << causes << "\n";
 }
 
 /// A camera's picture is a JPEG; the default one alone is a PNG, here as it is or in base64.
 void RefuseDefaultPicture(std::string_view picture) {
   if (picture.starts_with("\x89PNG\r\n\x1a\n") || picture.starts_with("iVBORw0KGgo")) {
-    throw std::runtime_error("no picture came from the camera; a test of it says why");
+    throw std::runtime_error("no picture came from the camera");
   }
 }
 

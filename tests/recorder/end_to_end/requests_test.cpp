@@ -66,7 +66,7 @@ const CallCase kCallCases[] = {
     {"SecretOnTheCommandLine", {"CameraTest", "camPassWord=x"}, "", 2, "--json"},
     {"SecretByInput",
      {"CamBatAddVerify", "--json", "-"},
-     R"({"camList": [{"isAuth": true, "tmpId": "a"}]})",
+     R"({"camList": [{"isAuth": true, "tmpId": "a"}, {"isAuth": true, "tmpId": "b"}]})",
      0,
      "tmpId"},
     {"NoPair", {"CamCap", "vendor"}, "", 2, "key=value"},
@@ -138,6 +138,7 @@ TEST(CommandLineCalls, ExitWithTheirStatus) {
     const Finished call = recorder.Control(arguments, row.input);
     EXPECT_EQ(call.status, row.status) << call.output;
     EXPECT_THAT(call.output, testing::HasSubstr(row.outputHolds));
+    EXPECT_FALSE(row.status == 0 && call.output.find("cause:") != std::string::npos) << call.output;
   }
 }
 
