@@ -236,24 +236,27 @@ bool Records::SetStatus(int id, CAM_CONN_STATUS status) {
   });
 }
 
-bool Records::Change(const CameraRecord& camera, const std::optional<std::string>& password) {
-  if (const auto mistake = FindMistake(camera, password.value_or(""))) {
-    throw RecordsError(mistake->member + ": " + mistake->text);
-  }
+bool Records::Change(int id, const std::function<void(CameraRecord&)>& change,
+                     const std::optional<std::string>& password) {
   return impl_->Guarded([&] {
     SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
-    const auto before = Find(camera.id);
+    const auto before = Find(id);
     if (!before) return false;
+    CameraRecord camera = *before;
+    change(camera);
+    if (const auto mistake = FindMistake(camera, password.value_or(""))) {
+      throw RecordsError(mistake->member + ": " + mistake->text);
+    }
     if (!password && !KeepsPassword(*before, camera)) throw RecordsError("password: must be given again");
     SQLite::Statement update{
         impl_->database,
         "UPDATE cameras SET name = ?, vendor = ?, model = ?, host = ?, port = ?, user = ?, channel "
         "= ?, sourcePath = ?, status = ?, ownerKdId = ? WHERE id = ?"};
     SQLite::bind(update, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
-                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, camera.id);
+                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, id);
     update.exec();
-    if (before->host != camera.host || before->port != camera.port) ForgetLogin(camera.id);
-    if (password) impl_->StorePassword(camera.id, camera.host, camera.port, *password);
+    if (before->host != camera.host || before->port != camera.port) ForgetLogin(id);
+    if (password) impl_->StorePassword(id, camera.host, camera.port, *password);
     transaction.commit();
     return true;
   });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -100,9 +101,9 @@ class Records {
   bool Remove(int id);
   bool SetPassword(int id, const std::string& password);
   bool SetStatus(int id, CAM_CONN_STATUS status);
-  /// Puts `camera` in the place of the record of its id. Without a `password` the stored one stays; where it may not
-  /// (see KeepsPassword), that is a RecordsError. At another address no login has worked yet.
-  bool Change(const CameraRecord& camera, const std::optional<std::string>& password);
+  /// Stores what `change` makes of the record, which nobody else changes meanwhile. Without a `password` the stored one
+  /// stays; where it may not (see KeepsPassword), that is a RecordsError. At another address no login has worked yet.
+  bool Change(int id, const std::function<void(CameraRecord&)>& change, const std::optional<std::string>& password);
   /// Keeps `method` as the strongest login that worked, unless a stronger one did.
   bool RaiseLogin(int id, LoginMethod method);
   /// As if no login had worked yet.

@@ -52,27 +52,36 @@ CameraRecord Changed(CameraRecord camera, const CameraEdit& edit) {
   return camera;
 }
 
-/// Stores the changed record, with the password that the user gives, where one is wanted.
-void Store(const CameraRecord& camera, bool wantsPassword, bool hasNoPassword, Records& records) {
+/// Stores what changes alone, since others may change the record meanwhile. With the password that the user gives,
+/// where one is wanted.
+void Store(const CameraEdit& edit, bool wantsPassword, Records& records) {
+  const auto change = [&](CameraRecord& camera) { camera = Changed(camera, edit); };
   if (!wantsPassword) {
-    Expect(records.Change(camera, std::nullopt), camera.id);
+    Expect(records.Change(edit.id, change, std::nullopt), edit.id);
     return;
   }
-  std::string password = CameraPassword(hasNoPassword);
+  std::string password = CameraPassword(edit.hasNoPassword);
   const WipeAtEnd wipe(password);
-  Expect(records.Change(camera, password), camera.id);
+  Expect(records.Change(edit.id, change, password), edit.id);
 }
 
-void Run(const CameraEdit& edit, const Config& config) {
+/// Checks the model that is wanted, which becomes one by the recorder's own names.
+void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config) {
+  CheckModel(camera, config.modelsFolder, edit.isForced);
+  edit.vendor = camera.vendor;
+  edit.model = camera.model;
+}
+
+void Run(CameraEdit& edit, const Config& config) {
   if (edit.IsEmpty()) throw std::runtime_error("nothing to change; see recorderctl camera edit --help");
   Records records(config.stateFolder);
   const auto before = records.Find(edit.id);
   Expect(before.has_value(), edit.id);
   CameraRecord camera = Changed(*before, edit);
-  if (edit.vendor || edit.model) CheckModel(camera, config.modelsFolder, edit.isForced);
+  if (edit.vendor || edit.model) TakeModelNames(edit, camera, config);
   if (!IsSamePlace(*before, camera)) CheckPlace(camera, records, edit.isForced);
   const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(*before, camera);
-  Store(camera, wantsPassword, edit.hasNoPassword, records);
+  Store(edit, wantsPassword, records);
   if (edit.allowsBasic) records.ForgetLogin(edit.id);
 }
 
@@ -86,8 +95,8 @@ void AddEditOptions(CLI::App& command, CameraEdit& edit) {
   command.add_option("--channel", edit.channel, "channel, \"\" for any");
   command.add_option("--source-path", edit.sourcePath, "path of the stream");
   AddStatus(command, "--status", edit.status);
-  command.add_flag("--password", edit.hasNewPassword, "read a new password from standard input or a prompt");
-  AddNoPasswordFlag(command, edit.hasNoPassword);
+  command.add_flag("--password", edit.hasNewPassword, "read a new password from standard input or a prompt")
+      ->excludes(AddNoPasswordFlag(command, edit.hasNoPassword));
   AddForceFlag(command, edit.isForced);
   command.add_flag("--allow-basic", edit.allowsBasic,
                    "forget the strongest login that worked, so that the stored password may go by a weaker one again");

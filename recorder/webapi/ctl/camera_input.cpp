@@ -14,8 +14,8 @@ CAM_CONN_STATUS StatusOf(const std::string& text) {
   return text == "disabled" ? CAM_CONN_STATUS_DISABLED : CAM_CONN_STATUS_NORMAL;
 }
 
-void AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword) {
-  command.add_flag("--no-password", hasNoPassword, "store no password");
+CLI::Option* AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword) {
+  return command.add_flag("--no-password", hasNoPassword, "store no password");
 }
 
 std::string CameraPassword(bool hasNoPassword) {

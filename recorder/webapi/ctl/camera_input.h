@@ -22,7 +22,7 @@ CLI::Option* AddStatus(CLI::App& command, const std::string& name, Text& status)
 CAM_CONN_STATUS StatusOf(const std::string& text);
 
 /// --no-password, for CameraPassword.
-void AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword);
+CLI::Option* AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword);
 
 /// The password that the user gives on standard input or at a prompt, "" with --no-password. The caller wipes it.
 /// Throws std::runtime_error when there is none.

@@ -103,6 +103,7 @@ TEST(StoredCamera, IsEditedAndAsksForItsPasswordWhenItWouldGoElsewhere) {
 
   EXPECT_THAT(edit({"--model", "RTSP-H26"}).output, HasSubstr("nearest: Simcam RTSP-H26"));
   EXPECT_THAT(edit({}).output, HasSubstr("nothing to change"));
+  EXPECT_THAT(edit({"--password", "--no-password"}).output, HasSubstr("excludes"));
 }
 
 TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {

@@ -87,33 +87,37 @@ TEST_F(RecordsTest, AChangedRecordKeepsItsPasswordForItsOwnStreamAlone) {
   camera.id = records.Add(camera, "secret");
   camera.name = "gate";
   camera.channel = "2";
-  EXPECT_TRUE(records.Change(camera, std::nullopt));
+  const auto change = [&](const std::optional<std::string>& password) {
+    return records.Change(
+        camera.id, [&](CameraRecord& record) { record = camera; }, password);
+  };
+  EXPECT_TRUE(change(std::nullopt));
   EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret");
 
-  const std::function<void(CameraRecord&)> changes[] = {
+  const std::function<void(CameraRecord&)> others[] = {
       [](CameraRecord& c) { c.host = "other.example"; }, [](CameraRecord& c) { c.port = 81; },
       [](CameraRecord& c) { c.vendor = "Other"; },       [](CameraRecord& c) { c.model = "X200"; },
       [](CameraRecord& c) { c.user = "root"; },          [](CameraRecord& c) { c.sourcePath = "/x"; },
   };
-  for (const auto& change : changes) {
-    change(camera);
-    EXPECT_THROW(records.Change(camera, std::nullopt), RecordsError);
+  for (const auto& other : others) {
+    other(camera);
+    EXPECT_THROW(change(std::nullopt), RecordsError);
     EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret");
-    EXPECT_TRUE(records.Change(camera, "secret"));
+    EXPECT_TRUE(change("secret"));
     EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret") << "sealed for the changed record";
   }
   records.RaiseLogin(camera.id, LoginMethod::kMd5);
   camera.name = "yard";
-  EXPECT_TRUE(records.Change(camera, std::nullopt));
+  EXPECT_TRUE(change(std::nullopt));
   EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kMd5);
   camera.port = 82;
-  EXPECT_TRUE(records.Change(camera, "secret"));
+  EXPECT_TRUE(change("secret"));
   EXPECT_EQ(records.Find(camera.id)->strongestLogin, LoginMethod::kNone) << "no login has worked there yet";
   camera.port = 0;
-  EXPECT_THROW(records.Change(camera, "secret"), RecordsError);
+  EXPECT_THROW(change("secret"), RecordsError);
   camera = Camera();
   camera.id = 99;
-  EXPECT_FALSE(records.Change(camera, "secret"));
+  EXPECT_FALSE(change("secret"));
 }
 
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
