@@ -42,11 +42,17 @@ class SecretKey {
   std::array<unsigned char, kSize> bytes_{};
 };
 
+/// Overwrites a text that held a secret, and what is left of one that was moved away or made shorter.
+inline void Wipe(std::string& text) {
+  text.resize(text.capacity());
+  sodium_memzero(text.data(), text.size());
+}
+
 /// Wipes a text that held a secret when the guard ends.
 class WipeAtEnd {
  public:
   explicit WipeAtEnd(std::string& text) : text_(text) {}
-  ~WipeAtEnd() { sodium_memzero(text_.data(), text_.size()); }
+  ~WipeAtEnd() { Wipe(text_); }
   WipeAtEnd(const WipeAtEnd&) = delete;
   WipeAtEnd& operator=(const WipeAtEnd&) = delete;
 

@@ -85,7 +85,10 @@ AddressParts SplitWhole(std::string_view text, std::size_t schemeLength) {
   parts.user = Decoded(Before(login, colon));
   if (colon != std::string_view::npos) parts.password = Decoded(login.substr(colon + 1));
   const std::string_view path = From(rest, pathBegin);
-  if (path != "/") parts.path = path;
+  PathParts ofPath = SplitPath(path == "/" ? "" : path);
+  if (parts.user.empty()) parts.user = std::move(ofPath.user);
+  if (parts.password.empty()) parts.password = std::move(ofPath.password);
+  parts.path = std::move(ofPath.path);
   return parts;
 }
 

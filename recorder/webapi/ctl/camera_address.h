@@ -18,8 +18,8 @@ struct AddressParts {
 };
 
 /// Splits "host", "host:port", "[v6]:port", a bare v6 address, or a whole address (RFC 3986), whose scheme stands for a
-/// port. A text that holds a login which cannot be told from the rest ("@" behind the host) is not split: all of it is
-/// the host.
+/// port, and whose login may stand in its path, too (see SplitPath). A text that holds a login which cannot be told
+/// from the rest ("@" behind the host) is not split: all of it is the host.
 AddressParts SplitAddress(std::string_view text);
 
 /// A path and the login that was in it; "" for what is not there.

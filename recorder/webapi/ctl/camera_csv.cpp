@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "recorder/device/model.h"
@@ -34,6 +35,18 @@ struct Heading {
   std::vector<Column> columns;
   CsvReader rows;
 
+  bool Holds(const std::string& member) const {
+    return std::any_of(columns.begin(), columns.end(), [&](const Column& c) { return c.member == member; });
+  }
+
+  std::ptrdiff_t CountKnown() const {
+    return std::count_if(columns.begin(), columns.end(),
+                         [](const Column& c) { return !c.member.value_or("").empty(); });
+  }
+
+  /// One known word alone may be a value, such as a user name, and a password may stand beside it.
+  bool IsSure() const { return Holds("address") || CountKnown() > 1; }
+
   /// The list's own name for the column that holds `member`.
   std::string NameOf(const std::string& member) const {
     const auto column =
@@ -60,10 +73,6 @@ std::vector<Column> ColumnsOf(const CsvLine& line, const ListRules& rules) {
   return columns;
 }
 
-std::ptrdiff_t CountKnown(const std::vector<Column>& columns) {
-  return std::count_if(columns.begin(), columns.end(), [](const Column& c) { return !c.member.value_or("").empty(); });
-}
-
 /// Whether a cell is a number or an address, which no heading is.
 bool IsValue(const std::string& cell) {
   const bool isNumber = !cell.empty() && cell.find_first_not_of("0123456789.: ") == std::string::npos;
@@ -79,50 +88,63 @@ std::optional<Heading> FindHeading(std::string_view text, const ListRules& rules
       const std::optional<CsvLine> line = reader.Next();
       if (!line || std::any_of(line->cells.begin(), line->cells.end(), IsValue)) break;
       Heading heading{line->number, ColumnsOf(*line, rules), reader};
-      const std::ptrdiff_t known = line->mistake.empty() ? CountKnown(heading.columns) : 0;
-      if (known > (best ? CountKnown(best->columns) : 0)) best = std::move(heading);
+      const bool isBetter = !best || heading.CountKnown() > best->CountKnown();
+      if (line->mistake.empty() && heading.IsSure() && isBetter) best = std::move(heading);
     }
   }
   return best;
 }
 
-std::vector<ListMistake> HeadingMistakes(const Heading& heading) {
+/// What is wrong with the columns. One that is not known goes by its number: if the line is no heading after all, a
+/// password may stand there.
+std::vector<ListMistake> ColumnMistakes(const Heading& heading) {
   std::vector<ListMistake> mistakes;
-  const auto& columns = heading.columns;
-  const auto holds = [&](auto end, const std::string& member) {
-    return std::any_of(columns.begin(), end, [&](const Column& c) { return c.member == member; });
-  };
-  for (auto column = columns.begin(); column != columns.end(); ++column) {
-    if (!column->member) {
+  std::set<std::string> members;
+  int number = 0;
+  for (const auto& [name, member] : heading.columns) {
+    ++number;
+    if (!member) {
       mistakes.push_back(
-          {heading.line, column->name,
+          {heading.line, std::to_string(number),
            "is no known column; --map HEADING=COLUMN says what it holds, --map HEADING=- passes over it"});
-    } else if (!column->member->empty() && holds(column, *column->member)) {
-      mistakes.push_back({heading.line, column->name, "is there twice; --map HEADING=- passes over one of them"});
+    } else if (!member->empty() && !members.insert(*member).second) {
+      mistakes.push_back({heading.line, name, "is there twice; --map HEADING=- passes over one of them"});
     }
   }
-  if (!holds(columns.end(), "address")) {
+  return mistakes;
+}
+
+std::vector<ListMistake> HeadingMistakes(const Heading& heading, const ListRules& rules) {
+  std::vector<ListMistake> mistakes = ColumnMistakes(heading);
+  for (const auto& rule : rules.columns) {
+    const bool isThere = std::any_of(heading.columns.begin(), heading.columns.end(),
+                                     [&](const Column& c) { return PlainHeading(c.name) == rule.first; });
+    if (!isThere) mistakes.push_back({heading.line, rule.first, "is not in the heading, though --map names it"});
+  }
+  if (!heading.Holds("address")) {
     mistakes.push_back({heading.line, HeadingOf("address"), "is missing in the heading"});
   }
   return mistakes;
 }
 
 /// What becomes of a row's parts: a login or a port in an address or a path goes where it belongs, unless something
-/// stands there.
+/// stands there. A login in the path's column comes before one in the address.
 void SpreadAddress(Cells& cells) {
   const auto fill = [&](const char* member, const std::string& value) {
     if (cells[member].empty()) cells[member] = value;
   };
-  const AddressParts address = SplitAddress(cells["address"]);
+  PathParts path = SplitPath(cells["path"]);
+  const WipeAtEnd wipePath(path.password);
+  cells["path"] = path.path;
+  fill("user", path.user);
+  fill("password", path.password);
+  AddressParts address = SplitAddress(cells["address"]);
+  const WipeAtEnd wipeAddress(address.password);
   cells["address"] = address.host;
   fill("port", address.port);
   fill("user", address.user);
   fill("password", address.password);
   fill("path", address.path);
-  const PathParts path = SplitPath(cells["path"]);
-  cells["path"] = path.path;
-  fill("user", path.user);
-  fill("password", path.password);
 }
 
 int PortOf(const std::string& cell, const CameraRecord& camera) {
@@ -137,7 +159,7 @@ RecordMistake OfList(const RecordMistake& mistake, const CameraRecord& camera) {
   return {mistake.member == "sourcePath" ? "path" : mistake.member, mistake.text};
 }
 
-std::optional<RecordMistake> MakeCamera(Cells cells, const ListRules& rules, ListedCamera& listed) {
+std::optional<RecordMistake> MakeCamera(Cells& cells, const ListRules& rules, ListedCamera& listed) {
   SpreadAddress(cells);
   CameraRecord& camera = listed.camera;
   camera.host = cells["address"];
@@ -147,7 +169,7 @@ std::optional<RecordMistake> MakeCamera(Cells cells, const ListRules& rules, Lis
   camera.sourcePath = cells["path"];
   camera.vendor = cells["vendor"];
   camera.model = cells["model"];
-  listed.password = std::move(cells["password"]);
+  listed.password = cells["password"];
   if (camera.vendor.empty() && camera.model.empty() && !camera.sourcePath.empty()) camera.vendor = kUserVendor;
   const bool isNamed = !camera.vendor.empty() || !camera.model.empty();
   const std::string modelMistake = isNamed ? NameModel(camera, rules.models) : "";
@@ -189,13 +211,16 @@ void ReadRow(const CsvLine& line, const Heading& heading, const ListRules& rules
     return;
   }
   Cells cells = CellsOf(line, heading.columns);
+  const WipeAtEnd wipePassword(cells["password"]);
+  const WipeAtEnd wipeAddress(cells["address"]);  // these two may hold a login
+  const WipeAtEnd wipePath(cells["path"]);
   for (const char* member : {"codec", "stream"}) {
     const std::string name = heading.NameOf(member);
     const bool isNew = std::find(list.notStored.begin(), list.notStored.end(), name) == list.notStored.end();
     if (!cells[member].empty() && isNew) list.notStored.push_back(name);
   }
   ListedCamera listed{.line = line.number, .camera = {}, .password = {}};
-  if (const auto mistake = MakeCamera(std::move(cells), rules, listed)) {
+  if (const auto mistake = MakeCamera(cells, rules, listed)) {
     list.mistakes.push_back({line.number, heading.NameOf(mistake->member), mistake->text});
   } else {
     list.cameras.push_back(std::move(listed));
@@ -207,7 +232,7 @@ void ReadRow(const CsvLine& line, const Heading& heading, const ListRules& rules
 CameraList ReadCameraCsv(std::string_view text, const ListRules& rules) {
   CameraList list;
   std::optional<Heading> heading = FindHeading(text, rules);
-  list.mistakes = heading ? HeadingMistakes(*heading) : std::vector<ListMistake>{{1, "", "there is no heading"}};
+  list.mistakes = heading ? HeadingMistakes(*heading, rules) : std::vector<ListMistake>{{1, "", "there is no heading"}};
   if (!list.mistakes.empty()) return list;
   while (const std::optional<CsvLine> line = heading->rows.Next()) ReadRow(*line, *heading, rules, list);
   return list;

@@ -10,8 +10,10 @@
 
 namespace recorder {
 
-/// One camera of a list, with the line that it begins in.
+/// One camera of a list, with the line that it begins in. Its password is wiped at the end.
 struct ListedCamera {
+  ~ListedCamera() { Wipe(password); }
+
   int line = 0;
   CameraRecord camera;
   std::string password;
@@ -20,7 +22,7 @@ struct ListedCamera {
 /// A mistake in a list of cameras.
 struct ListMistake {
   int line = 0;        ///< from 1
-  std::string column;  ///< as the heading names it; "" when the mistake is of the whole line
+  std::string column;  ///< as the heading names it, or its number, from 1; "" when the mistake is of the whole line
   std::string text;    ///< holds no value of the list
 };
 
@@ -44,6 +46,10 @@ struct ListRules {
 /// The address may be a whole one with port, login and path. Vendor and model become the recorder's own names; a row
 /// with a path alone is a camera of vendor "User". A port that is left out is the usual one, a camera without a name is
 /// named by its host. A line with a mistake is left out; a mistake in the heading leaves out all.
+///
+/// The page, where somebody looks at what it made of a file, takes more: UTF-16 and Windows-1252, lines that end with
+/// CR alone, blanks before a quote that opens and quotes inside a cell, lists without headings, and a column that is
+/// there twice. Here they are mistakes, as a rule of `rules` for a heading that is not there is.
 CameraList ReadCameraCsv(std::string_view text, const ListRules& rules);
 
 }  // namespace recorder

@@ -35,7 +35,11 @@ std::pair<std::string, std::string> ReadRule(const std::string& text) {
 
 ListRules RulesOf(const ImportOptions& options, const Config& config) {
   ListRules rules;
-  for (const std::string& column : options.columns) rules.columns.insert(ReadRule(column));
+  for (const std::string& column : options.columns) {
+    if (!rules.columns.insert(ReadRule(column)).second) {
+      throw CLI::ValidationError("--map", column + " is about a heading that another --map is about");
+    }
+  }
   rules.models = KnownModels(config.modelsFolder);
   rules.anyModel = options.isForced;
   return rules;
@@ -45,13 +49,12 @@ ListRules RulesOf(const ImportOptions& options, const Config& config) {
 int Store(CameraList& list, Records& records, bool isForced) {
   CameraPlaces places(records.List());
   int stored = 0;
-  for (ListedCamera& listed : list.cameras) {
-    const WipeAtEnd wipePassword(listed.password);
+  for (const ListedCamera& listed : list.cameras) {
     const std::string place = isForced ? "" : places.Find(listed.camera);
-    places.Add(listed.camera, "line " + std::to_string(listed.line));
     try {
       if (!place.empty()) throw RecordsError("the same camera as " + place);
       records.Add(listed.camera, listed.password);
+      places.Add(listed.camera, "line " + std::to_string(listed.line));
       ++stored;
     } catch (const RecordsError& error) {
       list.mistakes.push_back({listed.line, "", error.what()});

@@ -1,14 +1,19 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "recorder/utility/secrets.h"
+
 namespace recorder {
 
-/// One line of a table; in quotes it may hold line breaks.
+/// One line of a table; in quotes it may hold line breaks. Cells are wiped at the end, since one may be a password.
 struct CsvLine {
+  ~CsvLine() { std::for_each(cells.begin(), cells.end(), Wipe); }
+
   int number = 0;  ///< of the line of text that it begins in, from 1
   std::vector<std::string> cells;
   std::string mistake;  ///< of the cell after `cells`; "" for none

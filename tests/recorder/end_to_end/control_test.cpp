@@ -126,7 +126,9 @@ TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {
   EXPECT_THAT(first.output, HasSubstr("imported 1 cameras\n"));
   EXPECT_THAT(recorder.Control(import).output, HasSubstr("line 3: the same camera as camera 1 (hall)\n"));
   EXPECT_EQ(recorder.Control({"camera", "import", file}).status, 1) << "\"Site\" is no known heading";
-  EXPECT_EQ(recorder.Control({"camera", "import", file, "--map", "Site=place"}).status, 2);
+  for (const char* second : {"Site=place", "SITE=name"}) {
+    EXPECT_EQ(recorder.Control({"camera", "import", file, "--map", "Site=name", "--map", second}).status, 2) << second;
+  }
   EXPECT_THAT(recorder.Control({"camera", "import", "--force", file, "--map", "Site=-"}).output,
               HasSubstr("imported 3 cameras\n"));
 }
