@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "recorder/device/verify_result.h"
+#include "recorder/device/check/verify_result.h"
 
 namespace recorder {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "recorder/device/model_files.h"
+#include "recorder/device/model/model_files.h"
 
 namespace recorder {
 

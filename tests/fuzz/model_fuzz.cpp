@@ -1,8 +1,8 @@
 #include <vector>
 
-#include "recorder/device/capability_document.h"
-#include "recorder/device/model_reader.h"
-#include "recorder/device/path_template.h"
+#include "recorder/device/capability/capability_document.h"
+#include "recorder/device/model/model_reader.h"
+#include "recorder/device/model/path_template.h"
 #include "tests/fuzz/fuzz.h"
 
 // The text of a model file, and the capability documents of what it describes.

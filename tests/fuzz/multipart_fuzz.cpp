@@ -1,6 +1,6 @@
 #include <string>
 
-#include "recorder/device/multipart.h"
+#include "recorder/device/check/multipart.h"
 #include "recorder/net/text.h"
 #include "tests/fuzz/fuzz.h"
 

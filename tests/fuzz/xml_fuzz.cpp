@@ -1,14 +1,14 @@
 #include <algorithm>
 #include <string>
 
-#include "recorder/device/onvif/answers.h"
-#include "recorder/device/onvif/motion.h"
-#include "recorder/device/onvif/profiles.h"
-#include "recorder/device/onvif/soap.h"
-#include "recorder/device/onvif/uri.h"
-#include "recorder/device/onvif/video_facts.h"
-#include "recorder/device/psia/answers.h"
-#include "recorder/device/xml.h"
+#include "recorder/device/asked/onvif/answers.h"
+#include "recorder/device/asked/onvif/motion.h"
+#include "recorder/device/asked/onvif/profiles.h"
+#include "recorder/device/asked/onvif/soap.h"
+#include "recorder/device/asked/onvif/uri.h"
+#include "recorder/device/asked/onvif/video_facts.h"
+#include "recorder/device/asked/psia/answers.h"
+#include "recorder/device/asked/xml.h"
 #include "tests/fuzz/fuzz.h"
 
 // One answer of a camera, of any content, through the XML reader and all that reads its documents. Beside what the

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "recorder/device/model.h"
+#include "recorder/device/model/model.h"
 #include "recorder/utility/text.h"
 #include "recorder/webapi/ctl/camera_address.h"
 #include "recorder/webapi/ctl/csv_cell.h"

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "recorder/device/built_in_models.h"
-#include "recorder/device/onvif/discovery.h"
+#include "recorder/device/asked/onvif/discovery.h"
+#include "recorder/device/model/built_in_models.h"
 #include "recorder/webapi/cgi_answer.h"
 #include "recorder/webapi/ctl/csv_cell.h"
 #include "recorder/webapi/ctl/headings.h"

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "recorder/device/built_in_models.h"
-#include "recorder/device/model_files.h"
+#include "recorder/device/model/built_in_models.h"
+#include "recorder/device/model/model_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "recorder/device/model_files.h"
+#include "recorder/device/model/model_files.h"
 #include "recorder/utility/config.h"
 #include "recorder/webapi/host.h"
 

@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "recorder/device/camera_file_text.h"
-#include "recorder/device/model_files.h"
+#include "recorder/device/asked/camera_file_text.h"
+#include "recorder/device/model/model_files.h"
 
 namespace recorder {
 namespace {

@@ -3,8 +3,8 @@
 #include <sstream>
 
 #include "platform/device.h"
-#include "recorder/device/capability_document.h"
-#include "recorder/device/model_files.h"
+#include "recorder/device/capability/capability_document.h"
+#include "recorder/device/model/model_files.h"
 
 namespace recorder {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "recorder/device/device_api.h"
-#include "recorder/device/model_files.h"
+#include "recorder/device/check/device_api.h"
+#include "recorder/device/model/model_files.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/request_scope.h"
 #include "tests/recorder/temp_folder.h"

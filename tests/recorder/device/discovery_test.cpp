@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "recorder/device/onvif/discovery_answers.h"
+#include "recorder/device/asked/onvif/discovery_answers.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder::onvif {

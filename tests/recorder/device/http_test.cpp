@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "recorder/device/multipart.h"
+#include "recorder/device/check/multipart.h"
 #include "recorder/media/jpeg_check.h"
 #include "recorder/net/http_place.h"
 

@@ -1,4 +1,4 @@
-#include "recorder/device/model_files.h"
+#include "recorder/device/model/model_files.h"
 
 #include <gtest/gtest.h>
 

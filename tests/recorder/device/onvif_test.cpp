@@ -6,10 +6,10 @@
 #include <map>
 #include <thread>
 
-#include "recorder/device/onvif/ask.h"
-#include "recorder/device/onvif/soap.h"
-#include "recorder/device/onvif/uri.h"
-#include "recorder/device/onvif/username_token.h"
+#include "recorder/device/asked/onvif/ask.h"
+#include "recorder/device/asked/onvif/soap.h"
+#include "recorder/device/asked/onvif/uri.h"
+#include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/utility/request_scope.h"
 #include "tests/recorder/rows.h"
 

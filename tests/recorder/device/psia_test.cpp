@@ -3,8 +3,8 @@
 
 #include <thread>
 
-#include "recorder/device/psia/answers.h"
-#include "recorder/device/psia/ask.h"
+#include "recorder/device/asked/psia/answers.h"
+#include "recorder/device/asked/psia/ask.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/request_scope.h"
 

@@ -1,4 +1,4 @@
-#include "recorder/device/xml.h"
+#include "recorder/device/asked/xml.h"
 
 #include <gtest/gtest.h>
 

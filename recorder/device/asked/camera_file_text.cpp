@@ -1,0 +1,170 @@
+#include "recorder/device/asked/camera_file_text.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "platform/device.h"
+#include "recorder/device/model/built_in_models.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+// Bounds of a model file, and of what any client can make use of.
+constexpr std::size_t kMaxText = 64;
+constexpr std::size_t kMaxValues = 128;
+constexpr int kMaxInputs = 256;
+constexpr int kMaxStreams = 16;
+
+bool IsUsable(const std::string& text) {
+  return !text.empty() && text.size() <= kMaxText && IsUtf8(text) && !HoldsControls(text);
+}
+
+/// The usable ones of `texts`, each once.
+Json::Value UsableTexts(const std::vector<std::string>& texts) {
+  Json::Value list(Json::arrayValue);
+  std::vector<std::string> taken;
+  for (const std::string& text : texts) {
+    const bool isNew = std::find(taken.begin(), taken.end(), text) == taken.end();
+    if (!IsUsable(text) || !isNew || taken.size() == kMaxValues) continue;
+    taken.push_back(text);
+    list.append(text);
+  }
+  return list;
+}
+
+/// Null when nothing usable can be chosen.
+Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string& preset) {
+  Json::Value json;
+  const Json::Value list = UsableTexts(values);
+  if (list.empty()) return json;
+  json["values"] = list;
+  const bool hasPreset = std::find(list.begin(), list.end(), Json::Value(preset)) != list.end();
+  json["default"] = hasPreset ? Json::Value(preset) : list[0];
+  return json;
+}
+
+/// Writes the model of one channel, member by member, and notes for each where it comes from.
+class ModelWriter {
+ public:
+  ModelWriter(const std::string& vendor, const CameraFacts& facts, std::int64_t time)
+      : vendor_(vendor), facts_(facts), time_(time) {}
+
+  Json::Value Write() {
+    model_["name"] = facts_.channel;
+    model_["id"] = vendor_ + " " + kGenericName;
+    if (IsUsable(facts_.device)) model_["source"] = facts_.device;
+    Set("channels", ChoicesOf(facts_.channels, facts_.channels.empty() ? "" : facts_.channels.front()), true);
+    WriteVideo();
+    WriteSensors();
+    Set("rtsp", Rtsp(), facts_.rtspProtocols.has_value());
+    WriteStream();
+    WriteSnapshot();
+    model_["check"] = "stream";
+    return model_;
+  }
+
+ private:
+  void Set(const char* member, const Json::Value& value, bool isFromCamera) {
+    if (!value.isNull()) model_[member] = value;
+    Json::Value& reading = model_["readings"][member];
+    reading["source"] = isFromCamera ? "camera" : "assumed";
+    reading["time"] = Json::Int64(time_);
+  }
+
+  void SetChoices(const char* member, const std::optional<Choices>& choices) {
+    Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), choices.has_value());
+  }
+
+  void WriteVideo() {
+    Json::Value codecs(Json::arrayValue);
+    for (const ModelCodec& codec : facts_.codecs) {
+      Json::Value& entry = codecs.append(Json::Value(Json::objectValue));
+      entry["name"] = codec.name;
+      entry["streamTypes"] = UsableTexts(codec.streamTypes);
+    }
+    Set("codecs", codecs, true);
+    const bool isOffered = std::any_of(facts_.codecs.begin(), facts_.codecs.end(),
+                                       [&](const ModelCodec& codec) { return codec.name == facts_.codec; });
+    if (isOffered) Set("defaultCodec", facts_.codec, true);
+    SetChoices("frameRates", facts_.frameRates);
+    SetChoices("resolutions", facts_.resolutions);
+    SetChoices("qualities", facts_.qualities);
+    Set("streams", std::clamp(facts_.streamCount.value_or(1), 1, kMaxStreams), facts_.streamCount.has_value());
+  }
+
+  void WriteSensors() {
+    using Channels = std::vector<std::string>;
+    Set("audioChannels", UsableTexts(facts_.audioChannels.value_or(Channels())), facts_.audioChannels.has_value());
+    Set("motionChannels", UsableTexts(facts_.motionChannels.value_or(Channels())), facts_.motionChannels.has_value());
+    const int count = std::clamp(facts_.digitalInputs.value_or(0), 0, kMaxInputs);
+    Json::Value inputs;
+    inputs["count"] = count;
+    inputs["separate"] = count > 1;  // each input has its own state in both protocols
+    Set("digitalInputs", inputs, facts_.digitalInputs.has_value());
+  }
+
+  Json::Value Rtsp() const {
+    constexpr std::pair<RTSP_PROTOCOL, const char*> kNames[] = {{RTSP_PROTOCOL_UDP, "udp"},
+                                                                {RTSP_PROTOCOL_TCP, "tcp"},
+                                                                {RTSP_PROTOCOL_MULTICAST, "multicast"},
+                                                                {RTSP_PROTOCOL_HTTP, "http"}};
+    constexpr unsigned int kUsual = 1U << RTSP_PROTOCOL_UDP | 1U << RTSP_PROTOCOL_TCP;
+    Json::Value rtsp;
+    rtsp["protocols"] = Json::Value(Json::arrayValue);
+    for (const auto& [protocol, name] : kNames) {
+      if (((facts_.rtspProtocols.value_or(kUsual) >> protocol) & 1U) != 0) rtsp["protocols"].append(name);
+    }
+    return rtsp;
+  }
+
+  static void AddPath(const ModelPath& path, Json::Value& target) {
+    target["path"] = path.path;
+    if (path.port) target["port"] = *path.port;
+  }
+
+  void WriteStream() {
+    Json::Value stream;
+    AddPath(facts_.stream, stream);
+    Set("stream", stream, true);
+  }
+
+  void WriteSnapshot() {
+    Json::Value snapshot;
+    snapshot["kind"] = facts_.snapshot ? "http-jpeg" : "stream";
+    if (facts_.snapshot) AddPath(*facts_.snapshot, snapshot);
+    Set("snapshot", snapshot, facts_.snapshot.has_value());
+  }
+
+  const std::string& vendor_;
+  const CameraFacts& facts_;
+  const std::int64_t time_;
+  Json::Value model_;
+};
+
+/// True for a model of an earlier file that is about another channel which the camera still has.
+bool IsKept(const Json::Value& model, const CameraFacts& facts) {
+  const std::string channel = model["name"].asString();
+  return channel != facts.channel &&
+         std::find(facts.channels.begin(), facts.channels.end(), channel) != facts.channels.end();
+}
+
+}  // namespace
+
+std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraFacts& facts,
+                           std::int64_t time, const Json::Value& earlier) {
+  Json::Value file;
+  file["vendor"] = vendor;
+  file["source"] = "the camera at " + place;
+  Json::Value& models = file["models"];
+  models.append(ModelWriter(vendor, facts, time).Write());
+  for (const Json::Value& model : earlier["models"]) {
+    if (IsKept(model, facts) && models.size() < kMaxValues) models.append(model);
+  }
+  return Json::writeString(Json::StreamWriterBuilder(), file);
+}
+
+}  // namespace recorder

@@ -1,0 +1,240 @@
+#include "recorder/device/asked/onvif/ask.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "recorder/device/asked/onvif/answers.h"
+#include "recorder/device/asked/onvif/motion.h"
+#include "recorder/device/asked/onvif/profiles.h"
+#include "recorder/device/asked/onvif/soap.h"
+#include "recorder/device/asked/onvif/uri.h"
+#include "recorder/device/asked/onvif/video_facts.h"
+#include "recorder/device/asked/xml.h"
+
+namespace recorder::onvif {
+namespace {
+
+constexpr char kDevicePath[] = "/onvif/device_service";  // the same for every camera (ONVIF Core section 5.1.1)
+
+/// An argument of a request.
+std::string Element(const std::string& name, const std::string& text) {
+  return "<" + name + ">" + XmlEscaped(text) + "</" + name + ">";
+}
+
+/// The video sources of `profiles`, in the order in which they are named first.
+std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles) {
+  std::vector<std::string> sources;
+  for (const Profile& profile : profiles) {
+    if (std::find(sources.begin(), sources.end(), profile.source) == sources.end()) sources.push_back(profile.source);
+  }
+  return sources;
+}
+
+/// True for a failure after which the camera's other media service may still answer.
+bool IsAboutOneService(Outcome outcome) {
+  return outcome == Outcome::kNoVideo || outcome == Outcome::kNotUnderstood || outcome == Outcome::kNoSuchStream ||
+         outcome == Outcome::kNotThisProtocol;
+}
+
+/// The questions to one camera, in steps: twelve requests at most, beside those that are sent again with a login. A
+/// step ends the questioning by another outcome than kOk.
+class Questioning {
+ public:
+  Questioning(const CameraAddress& camera, const std::string& channel) : client_(camera), wantedChannel_(channel) {}
+
+  Outcome Run() {
+    const Outcome outcome = Take({&Questioning::AskClock, &Questioning::AskServices, &Questioning::AskProfiles,
+                                  &Questioning::ChooseChannel, &Questioning::AskStream});
+    if (outcome != Outcome::kOk) return outcome;
+    client_.HalveTime();  // a question that a camera never answers leaves time for what was asked for
+    const Outcome more = Take({&Questioning::AskOptions, &Questioning::AskSnapshot, &Questioning::AskInputs,
+                               &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
+    const bool isLoginWrong = more == Outcome::kLoginRefused || more == Outcome::kClockUnknown;
+    return isLoginWrong ? more : Outcome::kOk;
+  }
+
+  CameraFacts TakeFacts() { return std::move(facts_); }
+
+ private:
+  Outcome Take(std::initializer_list<Outcome (Questioning::*)()> steps) {
+    for (const auto step : steps) {
+      if (const Outcome outcome = (this->*step)(); outcome != Outcome::kOk) return outcome;
+    }
+    return Outcome::kOk;
+  }
+
+  /// How a step ends whose question may stay unanswered.
+  static Outcome Optional(const Reply& reply) { return reply.isLast ? reply.outcome : Outcome::kOk; }
+
+  /// Is this ONVIF at all, and what time is it there? No camera should want a login for that.
+  Outcome AskClock() {
+    const Reply reply = client_.Call(kDevicePath, kDevice, "GetSystemDateAndTime");
+    if (reply.isLast || !reply.IsSoap()) return OfFirstQuestion(reply.outcome);
+    if (const auto time = ReadClock(reply.content)) client_.SetClock(*time);
+    return Outcome::kOk;
+  }
+
+  Outcome AskServices() {
+    const Reply reply = client_.Call(kDevicePath, kDevice, "GetServices", Element("IncludeCapability", "false"));
+    if (reply.isLast || reply.outcome == Outcome::kBusy) return reply.outcome;
+    services_ = ReadServices(reply.content);
+    if (HasMedia()) return Outcome::kOk;
+
+    const Reply older = AskCapabilities();
+    if (older.outcome != Outcome::kOk) return older.outcome;
+    services_ = capabilities_->services;
+    return HasMedia() ? Outcome::kOk : Outcome::kNoVideo;
+  }
+
+  bool HasMedia() const { return !services_.media1.empty() || !services_.media2.empty(); }
+
+  Reply AskCapabilities() {
+    Reply reply = client_.Call(kDevicePath, kDevice, "GetCapabilities", Element("Category", "All"));
+    capabilities_ = ReadCapabilities(reply.content);
+    facts_.rtspProtocols = capabilities_->rtspProtocols;
+    return reply;
+  }
+
+  /// Media 2 knows more codecs, but not every camera that names it has it.
+  Outcome AskProfiles() {
+    if (services_.media2.empty()) return AskProfilesOf(kMedia1, services_.media1);
+    const Outcome outcome = AskProfilesOf(kMedia2, services_.media2);
+    const bool isOneLeft = IsAboutOneService(outcome) && !services_.media1.empty();
+    return isOneLeft ? AskProfilesOf(kMedia1, services_.media1) : outcome;
+  }
+
+  Outcome AskProfilesOf(const Service& service, const std::string& path) {
+    media_ = &service;
+    mediaPath_ = path;
+    const Reply reply = client_.Call(path, service, "GetProfiles", IsMedia2() ? Element("Type", "All") : "");
+    if (reply.outcome != Outcome::kOk) return reply.outcome;
+    profiles_ = ReadProfiles(reply.content);
+    const bool hasVideo = std::any_of(profiles_.begin(), profiles_.end(),
+                                      [](const Profile& profile) { return profile.encoder.has_value(); });
+    return hasVideo ? Outcome::kOk : Outcome::kNoVideo;
+  }
+
+  bool IsMedia2() const { return media_ == &kMedia2; }
+
+  /// A channel is a video source.
+  Outcome ChooseChannel() {
+    const std::vector<std::string> sources = SourcesOf(profiles_);
+    for (std::size_t i = 0; i < sources.size(); ++i) facts_.channels.push_back(std::to_string(i + 1));
+    const bool isDefault = wantedChannel_.empty() || sources.size() == 1;
+    facts_.channel = isDefault ? facts_.channels.front() : wantedChannel_;
+    const auto channel = std::find(facts_.channels.begin(), facts_.channels.end(), facts_.channel);
+    if (channel == facts_.channels.end()) return Outcome::kNoSuchStream;
+    return ChooseProfile(sources[static_cast<std::size_t>(channel - facts_.channels.begin())]);
+  }
+
+  Outcome ChooseProfile(const std::string& source) {
+    std::set<std::string> encoders;
+    for (const Profile& profile : profiles_) {
+      if (profile.source != source || !profile.encoder) continue;
+      if (encoders.empty()) profile_ = profile;
+      encoders.insert(profile.encoder->token);
+    }
+    facts_.streamCount = static_cast<int>(encoders.size());
+    facts_.audioChannels = ChannelIf(profile_.hasAudio);
+    if (profile_.hasAnalytics) facts_.motionChannels = ChannelIf(profile_.detectsMotion);
+    return encoders.empty() ? Outcome::kNoVideo : Outcome::kOk;
+  }
+
+  /// Asks the media service for something of the chosen profile.
+  Reply AskMedia(const std::string& name, const std::string& arguments = "") {
+    return client_.Call(mediaPath_, *media_, name, arguments + Element("ProfileToken", profile_.token));
+  }
+
+  Reply AskEncoderOptions(const std::string& name, const std::string& encoder) {
+    return AskMedia(name, encoder.empty() ? "" : Element("ConfigurationToken", encoder));
+  }
+
+  Outcome AskStream() {
+    constexpr char kRtspUnicast[] =
+        R"(<StreamSetup><Stream xmlns="http://www.onvif.org/ver10/schema">RTP-Unicast</Stream>)"
+        R"(<Transport xmlns="http://www.onvif.org/ver10/schema"><Protocol>RTSP</Protocol></Transport></StreamSetup>)";
+    const Reply reply = AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast);
+    if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
+    if (reply.outcome != Outcome::kOk) return reply.outcome;
+    const auto uri = ParseUri(ReadUri(reply.content));
+    if (!uri || uri->scheme != "rtsp") return Outcome::kNoVideo;
+    facts_.stream = {uri->path, uri->port};
+    return Outcome::kOk;
+  }
+
+  Outcome AskOptions() {
+    const VideoEncoder& encoder = *profile_.encoder;
+    const Reply reply = AskEncoderOptions("GetVideoEncoderConfigurationOptions", encoder.token);
+    SetVideoFacts(encoder, ReadVideoOptions(reply.content), facts_);
+    return Optional(reply);
+  }
+
+  Outcome AskSnapshot() {
+    const Reply reply = AskMedia("GetSnapshotUri");
+    facts_.snapshot = SnapshotPath(ReadUri(reply.content), services_.port);
+    return Optional(reply);
+  }
+
+  Outcome AskInputs() {
+    if (!services_.deviceIo.empty()) {
+      const Reply reply = client_.Call(services_.deviceIo, kDeviceIo, "GetDigitalInputs");
+      if (reply.outcome == Outcome::kOk) facts_.digitalInputs = CountDigitalInputs(reply.content);
+      if (reply.isLast || facts_.digitalInputs) return Optional(reply);
+    }
+    if (!capabilities_) {
+      const Reply reply = AskCapabilities();
+      if (reply.isLast) return reply.outcome;
+    }
+    facts_.digitalInputs = capabilities_->digitalInputs;
+    return Outcome::kOk;
+  }
+
+  Outcome AskAudio() {
+    if (!profile_.hasAudio) return Outcome::kOk;
+    const Reply reply = AskEncoderOptions("GetAudioEncoderConfigurationOptions", profile_.audioEncoder);
+    if (reply.outcome == Outcome::kOk) facts_.audioChannels = ChannelIf(OffersAudio(reply.content));
+    return Optional(reply);
+  }
+
+  Outcome AskMotion() {
+    if (profile_.detectsMotion || services_.events.empty()) return Outcome::kOk;
+    const Reply reply = client_.Call(services_.events, kEvents, "GetEventProperties");
+    if (reply.outcome == Outcome::kOk) facts_.motionChannels = ChannelIf(HasMotionTopic(reply.content));
+    return Optional(reply);
+  }
+
+  Outcome AskDevice() {
+    const Reply reply = client_.Call(kDevicePath, kDevice, "GetDeviceInformation");
+    facts_.device = ReadDevice(reply.content);
+    return Optional(reply);
+  }
+
+  /// The channel that is asked about, if it has what a list is about.
+  std::vector<std::string> ChannelIf(bool has) const {
+    return has ? std::vector<std::string>{facts_.channel} : std::vector<std::string>{};
+  }
+
+  SoapClient client_;
+  const std::string wantedChannel_;
+  ServicePaths services_;
+  std::optional<Capabilities> capabilities_;  ///< once they were asked for
+  const Service* media_ = nullptr;            ///< the media service that has the profiles
+  std::string mediaPath_;
+  std::vector<Profile> profiles_;
+  Profile profile_;  ///< that the facts are about; has an encoder
+  CameraFacts facts_;
+};
+
+}  // namespace
+
+Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFacts& facts) {
+  Questioning questioning(address, channel);
+  const Outcome outcome = questioning.Run();
+  if (outcome == Outcome::kOk) facts = questioning.TakeFacts();
+  return outcome;
+}
+
+}  // namespace recorder::onvif

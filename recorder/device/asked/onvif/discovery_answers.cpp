@@ -1,0 +1,113 @@
+#include "recorder/device/asked/onvif/discovery_answers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "recorder/device/asked/onvif/uri.h"
+#include "recorder/device/asked/xml.h"
+#include "recorder/net/camera_address.h"
+#include "recorder/net/text.h"
+#include "recorder/utility/text.h"
+
+namespace recorder::onvif {
+namespace {
+
+constexpr std::string_view kSoap = "http://www.w3.org/2003/05/soap-envelope";
+constexpr std::string_view kAddressing = "http://schemas.xmlsoap.org/ws/2004/08/addressing";
+constexpr std::string_view kDiscovery = "http://schemas.xmlsoap.org/ws/2005/04/discovery";
+
+constexpr std::size_t kMaxText = 128;  // bytes of a name
+
+std::vector<std::string_view> Words(std::string_view text) {
+  std::vector<std::string_view> words;
+  while (!(text = Trimmed(text)).empty()) {
+    const std::size_t end = std::min(text.find_first_of(" \t\r\n"), text.size());
+    words.push_back(text.substr(0, end));
+    text.remove_prefix(end);
+  }
+  return words;
+}
+
+std::string PercentDecoded(std::string_view text) {
+  std::string decoded;
+  while (!text.empty()) {
+    unsigned int byte = 0;
+    const bool isEncoded = text.size() > 2 && text[0] == '%' &&
+                           std::from_chars(text.data() + 1, text.data() + 3, byte, 16).ptr == text.data() + 3;
+    decoded += isEncoded ? static_cast<char>(byte) : text[0];
+    text.remove_prefix(isEncoded ? 3 : 1);
+  }
+  return decoded;
+}
+
+/// `text` as it may be shown: one line of UTF-8 that cannot steer a terminal; "" when it cannot be made one.
+std::string Shown(std::string_view text) {
+  text = Trimmed(text);
+  if (!IsUtf8(text)) return "";
+  std::size_t size = std::min(text.size(), kMaxText);
+  while (!IsUtf8(text.substr(0, size))) --size;
+  return EscapeControls(text.substr(0, size));
+}
+
+/// What the scopes say under `category`, such as "name".
+std::string FromScopes(const std::vector<std::string_view>& scopes, std::string_view category) {
+  const std::string prefix = "onvif://www.onvif.org/" + std::string(category) + "/";
+  const auto scope = std::find_if(scopes.begin(), scopes.end(),
+                                  [&](std::string_view text) { return StartsWithIgnoreCase(text, prefix); });
+  return scope == scopes.end() ? "" : Shown(PercentDecoded(scope->substr(prefix.size())));
+}
+
+/// The port of the service at `sender`: a camera with several addresses names them all, one behind a router its own.
+int ServicePort(const std::vector<std::string_view>& addresses, std::string_view sender) {
+  std::optional<int> first;
+  for (const std::string_view text : addresses) {
+    const auto address = ParseHttpUri(text);
+    if (address && address->host == sender) return address->port;
+    if (address && !first) first = address->port;
+  }
+  return first.value_or(kHttpPort);
+}
+
+/// Others answer too, whatever the probe asks for.
+bool IsCamera(const std::vector<std::string_view>& types, const std::vector<std::string_view>& scopes) {
+  const auto isVideo = [](std::string_view type) {
+    return type.substr(type.rfind(':') + 1) == "NetworkVideoTransmitter";
+  };
+  const auto isOnvif = [](std::string_view scope) { return StartsWithIgnoreCase(scope, "onvif://www.onvif.org/"); };
+  return std::any_of(types.begin(), types.end(), isVideo) || std::any_of(scopes.begin(), scopes.end(), isOnvif);
+}
+
+std::optional<FoundCamera> ReadMatch(const XmlElement& match, const std::string& sender) {
+  const std::string typeText = match.Child(kDiscovery, "Types").Text();
+  const std::string scopeText = match.Child(kDiscovery, "Scopes").Text();
+  const std::string addressText = match.Child(kDiscovery, "XAddrs").Text();
+  const auto scopes = Words(scopeText);
+  if (!IsCamera(Words(typeText), scopes)) return std::nullopt;
+  FoundCamera camera;
+  camera.host = sender;
+  camera.port = ServicePort(Words(addressText), sender);
+  camera.name = FromScopes(scopes, "name");
+  camera.hardware = FromScopes(scopes, "hardware");
+  camera.endpoint = Shown(match.Child(kAddressing, "EndpointReference").Child(kAddressing, "Address").Text());
+  return camera;
+}
+
+}  // namespace
+
+std::vector<FoundCamera> ReadProbeMatches(std::string_view datagram, const std::string& messageId,
+                                          const std::string& sender) {
+  const XmlDocument document(datagram);
+  const XmlElement envelope = document.Root();
+  if (envelope.Name() != "Envelope" || envelope.Namespace() != kSoap) return {};
+  if (envelope.Child(kSoap, "Header").Child(kAddressing, "RelatesTo").Text() != messageId) return {};
+  std::vector<FoundCamera> cameras;
+  const XmlElement matches = envelope.Child(kSoap, "Body").Child(kDiscovery, "ProbeMatches");
+  for (const XmlElement& match : matches.Children(kDiscovery, "ProbeMatch")) {
+    if (auto camera = ReadMatch(match, sender)) cameras.push_back(std::move(*camera));
+  }
+  return cameras;
+}
+
+}  // namespace recorder::onvif

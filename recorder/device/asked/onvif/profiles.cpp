@@ -1,0 +1,159 @@
+#include "recorder/device/asked/onvif/profiles.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "recorder/device/asked/onvif/motion.h"
+#include "recorder/device/asked/onvif/names.h"
+#include "recorder/device/asked/onvif/numbers.h"
+#include "recorder/net/text.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
+
+namespace recorder::onvif {
+namespace {
+
+constexpr int kMaxSide = 65'536;     // pixels
+constexpr int kMaxFrameRate = 120;   // pictures a second
+constexpr int kMaxQuality = 10'000;  // without a unit; the scale is the camera's own
+constexpr std::size_t kMaxProfiles = 1024;
+constexpr std::size_t kMaxResolutions = 256;
+
+/// Media 1 names encodings as elements and in capitals, media 2 by their MIME names.
+constexpr std::pair<std::string_view, std::string_view> kCodecs[] = {
+    {"jpeg", "MJPEG"}, {"mpeg4", "MPEG4"}, {"mpv4-es", "MPEG4"}, {"h264", "H.264"}, {"h265", "H.265"},
+};
+
+/// The recorder's name of an encoding, "" for one that it does not know.
+std::string CodecName(std::string_view encoding) { return std::string(Translate(kCodecs, LowerCase(encoding), "")); }
+
+XmlElement Part(XmlElement element, std::string_view name) { return element.Child(kSchemaNamespace, name); }
+
+std::optional<Size> ReadSize(XmlElement resolution) {
+  const auto width = WholeNumber(Part(resolution, "Width").Text(), 1, kMaxSide);
+  const auto height = WholeNumber(Part(resolution, "Height").Text(), 1, kMaxSide);
+  if (!width || !height) return std::nullopt;
+  return Size{*width, *height};
+}
+
+/// How the two media services name the parts of a profile.
+struct ProfileNames {
+  std::string_view nameSpace;
+  std::string_view videoSource;
+  std::string_view videoEncoder;
+  std::string_view audioSource;
+  std::string_view audioEncoder;
+  std::string_view analytics;
+};
+constexpr ProfileNames kMedia1Names{
+    kSchemaNamespace,           "VideoSourceConfiguration",  "VideoEncoderConfiguration",
+    "AudioSourceConfiguration", "AudioEncoderConfiguration", "VideoAnalyticsConfiguration"};
+constexpr ProfileNames kMedia2Names{kMedia2Namespace, "VideoSource",  "VideoEncoder",
+                                    "AudioSource",    "AudioEncoder", "Analytics"};
+
+std::optional<VideoEncoder> ReadEncoder(XmlElement encoder) {
+  VideoEncoder read;
+  read.token = encoder.Attribute("token");
+  read.codec = CodecName(Part(encoder, "Encoding").Text());
+  read.resolution = ReadSize(Part(encoder, "Resolution"));
+  read.frameRate = WholeNumber(Part(Part(encoder, "RateControl"), "FrameRateLimit").Text(), 1, kMaxFrameRate);
+  read.quality = WholeNumber(Part(encoder, "Quality").Text(), -kMaxQuality, kMaxQuality);
+  if (read.codec.empty()) return std::nullopt;
+  return read;
+}
+
+Profile ReadProfile(XmlElement profile, const ProfileNames& names, XmlElement parts) {
+  const auto part = [&](std::string_view name) { return parts.Child(names.nameSpace, name); };
+  Profile read;
+  read.token = profile.Attribute("token");
+  read.source = Part(part(names.videoSource), "SourceToken").Text();
+  read.encoder = ReadEncoder(part(names.videoEncoder));
+  read.audioEncoder = part(names.audioEncoder).Attribute("token");
+  read.hasAudio = part(names.audioSource) || part(names.audioEncoder);
+  read.hasAnalytics = static_cast<bool>(part(names.analytics));
+  read.detectsMotion = HasMotionPart(part(names.analytics));
+  return read;
+}
+
+/// Adds a codec with its resolutions.
+void AddCodec(const std::string& codec, XmlElement option, VideoOptions& options) {
+  const auto isNew = [](const auto& list, const auto& value) {
+    return std::find(list.begin(), list.end(), value) == list.end();
+  };
+  if (isNew(options.codecs, codec)) options.codecs.push_back(codec);
+  for (const XmlElement resolution : option.Children(kSchemaNamespace, "ResolutionsAvailable")) {
+    const auto size = ReadSize(resolution);
+    if (!size || options.resolutions.size() >= kMaxResolutions) continue;
+    if (isNew(options.resolutions, *size)) options.resolutions.push_back(*size);
+  }
+}
+
+void AddFrameRateRange(XmlElement range, VideoOptions& options) {
+  constexpr int kNoLimit = 1'000'000;
+  const auto min = WholeNumber(Part(range, "Min").Text(), 0, kNoLimit);
+  const auto max = WholeNumber(Part(range, "Max").Text(), 0, kNoLimit);
+  if (!min || !max) return;
+  for (int rate = std::max(*min, 1); rate <= std::min(*max, kMaxFrameRate); ++rate) options.frameRates.insert(rate);
+}
+
+void AddFrameRateList(const std::string& list, VideoOptions& options) {
+  std::string_view rest = Trimmed(list);
+  while (!rest.empty()) {
+    if (const auto rate = WholeNumber(TakeUntil(rest, ' '), 1, kMaxFrameRate)) options.frameRates.insert(*rate);
+  }
+}
+
+/// Widens the quality range by `range`.
+void AddQuality(XmlElement range, VideoOptions& options) {
+  const auto min = WholeNumber(Part(range, "Min").Text(), -kMaxQuality, kMaxQuality);
+  const auto max = WholeNumber(Part(range, "Max").Text(), -kMaxQuality, kMaxQuality);
+  if (!min || !max || *min > *max) return;
+  const VideoOptions::Range before = options.quality.value_or(VideoOptions::Range{*min, *max});
+  options.quality = {std::min(before.min, *min), std::max(before.max, *max)};
+}
+
+/// Media 1 has one element a codec. Codecs that came later, and some that came again, are in an extension, which may
+/// itself be extended.
+void AddMedia1Options(XmlElement all, VideoOptions& options) {
+  AddQuality(Part(all, "QualityRange"), options);
+  for (XmlElement level = all; level; level = Part(level, "Extension")) {
+    for (const XmlElement option : level.Children()) {
+      const std::string codec = option.Namespace() == kSchemaNamespace ? CodecName(option.Name()) : "";
+      if (codec.empty()) continue;
+      AddCodec(codec, option, options);
+      AddFrameRateRange(Part(option, "FrameRateRange"), options);
+    }
+  }
+}
+
+void AddMedia2Option(XmlElement option, VideoOptions& options) {
+  const std::string codec = CodecName(Part(option, "Encoding").Text());
+  if (codec.empty()) return;
+  AddCodec(codec, option, options);
+  AddFrameRateList(option.Attribute("FrameRatesSupported"), options);
+  AddQuality(Part(option, "QualityRange"), options);
+}
+
+}  // namespace
+
+std::vector<Profile> ReadProfiles(XmlElement answer) {
+  const bool isMedia2 = answer.Namespace() == kMedia2Namespace;
+  std::vector<Profile> profiles;
+  for (const XmlElement profile : answer.Children(answer.Namespace(), "Profiles")) {
+    if (profiles.size() == kMaxProfiles) break;
+    Profile read = isMedia2 ? ReadProfile(profile, kMedia2Names, profile.Child(kMedia2Namespace, "Configurations"))
+                            : ReadProfile(profile, kMedia1Names, profile);
+    if (!read.token.empty() && !read.source.empty()) profiles.push_back(std::move(read));
+  }
+  return profiles;
+}
+
+VideoOptions ReadVideoOptions(XmlElement answer) {
+  VideoOptions options;
+  for (const XmlElement option : answer.Children(kMedia2Namespace, "Options")) AddMedia2Option(option, options);
+  AddMedia1Options(answer.Child(kMedia1Namespace, "Options"), options);
+  return options;
+}
+
+}  // namespace recorder::onvif

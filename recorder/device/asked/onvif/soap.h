@@ -1,0 +1,68 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include "recorder/device/asked/onvif/names.h"
+#include "recorder/device/asked/xml.h"
+#include "recorder/net/camera_address.h"
+#include "recorder/net/http_session.h"
+#include "recorder/utility/outcome.h"
+
+// SOAP 1.2 over HTTP as ONVIF speaks it; SOAP 1.1 is understood in answers.
+
+namespace recorder::onvif {
+
+/// What a camera answered to one request.
+struct Reply {
+  /// kOk: `content` is there. A fault is kLoginRefused when it is about the login, else kNotUnderstood. What is no SOAP
+  /// is told by its HTTP status, or is kNotThisProtocol.
+  Outcome outcome = Outcome::kNotUnderstood;
+  bool isFault = false;
+  bool isLoginWanted = false;  ///< the camera wants a login, or another one
+  bool isLast = false;         ///< whatever else the camera were asked, it would not answer
+  XmlElement content;          ///< the answer's own element in the envelope's body; lives as long as `document`
+  XmlDocument document;
+
+  /// True when a camera that speaks SOAP wrote it.
+  bool IsSoap() const { return isFault || outcome == Outcome::kOk; }
+};
+
+/// Makes sense of `answer`, whose content should be the element `name` of `nameSpace`. Faults are faults with any HTTP
+/// status.
+Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name);
+
+/// Requests to one camera, one after the other.
+///
+/// Login: none until the camera wants one: by HTTP it is the session's, by a fault it is a UsernameToken in every
+///        request from then on. One wrong password is one attempt, and is remembered in the RequestScope.
+/// Time, thread: as for HttpSession.
+class SoapClient {
+ public:
+  explicit SoapClient(const CameraAddress& camera) : camera_(camera), session_(camera_) {}
+
+  /// Takes the camera's clock, which a UsernameToken must be dated by. Until then our own has to do.
+  void SetClock(std::chrono::sys_seconds cameraTime);
+
+  /// As HttpSession has it.
+  void HalveTime() { session_.HalveTime(); }
+
+  /// Asks the service at `path` the request `name`; `arguments` is XML in the service's namespace.
+  Reply Call(const std::string& path, const Service& service, const std::string& name,
+             const std::string& arguments = "");
+
+ private:
+  Reply Send(const std::string& path, const Service& service, const std::string& name, const std::string& arguments);
+  std::string Envelope(const Service& service, const std::string& name, const std::string& arguments) const;
+  std::string Token() const;
+  void EndRefused(Reply& reply) const;
+
+  const CameraAddress camera_;
+  HttpSession session_;
+  std::chrono::seconds clockOffset_{0};  ///< the camera's clock minus ours
+  bool isClockKnown_ = false;
+  bool usesToken_ = false;
+};
+
+}  // namespace recorder::onvif

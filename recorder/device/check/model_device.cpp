@@ -1,0 +1,98 @@
+#include "recorder/device/check/model_device.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "recorder/device/check/http_probe.h"
+#include "recorder/device/model/path_template.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+namespace {
+
+/// A camera with one channel has it under any name; of several, a name that the model does not have is left to the
+/// camera, so that a test does not pass for another channel.
+std::string ChannelOf(const Model& model, const std::string& channel) {
+  const bool isPreset = channel.empty() || model.channels.values.size() == 1;
+  return isPreset ? model.channels.preset : channel;
+}
+
+SNAPSHOT_KIND PlatformKind(ModelSnapshotKind kind) {
+  switch (kind) {
+    case ModelSnapshotKind::kStream:
+      return SNAPSHOT_KIND_STREAM;
+    case ModelSnapshotKind::kHttpJpeg:
+      return SNAPSHOT_KIND_HTTP_JPEG;
+    case ModelSnapshotKind::kHttpMjpeg:
+      return SNAPSHOT_KIND_HTTP_MJPEG;
+  }
+  return SNAPSHOT_KIND_NONE;
+}
+
+}  // namespace
+
+ModelDevice::ModelDevice(std::shared_ptr<const Model> model, DeviceParameters parameters)
+    : model_(std::move(model)), parameters_(std::move(parameters)), channel_(ChannelOf(*model_, parameters_.channel)) {}
+
+bool ModelDevice::NeedsSourcePath() { return !model_->stream; }
+
+bool ModelDevice::HasStreamPath() { return model_->stream && model_->check == ModelCheck::kStream; }
+
+int ModelDevice::GetStreamPath(std::string& path, int& port) {
+  if (!model_->stream && parameters_.sourcePath.empty()) return -1;
+  if (!model_->stream) {
+    path = parameters_.sourcePath;
+    return 0;
+  }
+  path = FillPath(model_->stream->path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
+  UsePort(*model_->stream, port);
+  return 0;
+}
+
+int ModelDevice::VerifyConnection() {
+  if (model_->check != ModelCheck::kDevice) return static_cast<int>(Outcome::kNoPath);
+  CameraAddress address = parameters_.address;
+  UsePort(model_->snapshot.from, address.port);
+  const Outcome outcome = ProbeHttpStream(address, HttpSnapshotPath(""));
+  RequestScope::Current().SetCause(outcome);
+  return static_cast<int>(outcome);
+}
+
+int ModelDevice::SelectVideoType(int /*videoType*/, int streamNumber) {
+  streamNumber_ = streamNumber;  // the path is the same for all codecs
+  return 0;
+}
+
+int ModelDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
+  kind = PlatformKind(model_->snapshot.kind);
+  if (kind == SNAPSHOT_KIND_STREAM) return GetStreamPath(path, port);
+  path = HttpSnapshotPath("");
+  UsePort(model_->snapshot.from, port);
+  return 0;
+}
+
+Outcome ModelDevice::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
+  return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
+}
+
+std::string ModelDevice::HttpSnapshotPath(const std::string& setting) const {
+  return FillPath(model_->snapshot.from.path,
+                  {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
+}
+
+std::string ModelDevice::PreferredSetting() const {
+  const auto& all = model_->snapshot.settings;
+  if (all.empty()) return "";
+  const auto preset =
+      std::find_if(all.begin(), all.end(), [&](const auto& s) { return s.codec == model_->presetCodec; });
+  return (preset == all.end() ? all.front() : *preset).values.front();
+}
+
+/// The model names the port, so the password that was lent for the camera may go there.
+void ModelDevice::UsePort(const ModelPath& path, int& port) const {
+  if (!path.port) return;
+  port = *path.port;
+  RequestScope::Current().AllowPort(parameters_.address.host, port);
+}
+
+}  // namespace recorder

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "recorder/device/check/device_api.h"
+#include "recorder/device/model/model.h"
+
+namespace recorder {
+
+/// A camera that a model file describes.
+class ModelDevice : public Device {
+ public:
+  ModelDevice(std::shared_ptr<const Model> model, DeviceParameters parameters);
+
+  bool NeedsSourcePath() override;
+  bool HasStreamPath() override;
+  int GetStreamPath(std::string& path, int& port) override;
+  int VerifyConnection() override;
+  int SelectVideoType(int videoType, int streamNumber) override;
+  int GetSnapshotPath(std::string& path, int& port, int& kind) override;
+  Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
+
+ private:
+  std::string HttpSnapshotPath(const std::string& setting) const;
+  void UsePort(const ModelPath& path, int& port) const;
+  std::string PreferredSetting() const;
+
+  const std::shared_ptr<const Model> model_;
+  const DeviceParameters parameters_;
+  const std::string channel_;
+  int streamNumber_ = 0;
+};
+
+}  // namespace recorder

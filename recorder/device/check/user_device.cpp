@@ -1,0 +1,75 @@
+#include "recorder/device/check/user_device.h"
+
+#include <utility>
+
+#include "recorder/device/check/http_probe.h"
+#include "recorder/utility/request_scope.h"
+
+namespace recorder {
+
+UserDevice::UserDevice(DeviceParameters parameters) : parameters_(std::move(parameters)) {}
+
+bool UserDevice::NeedsSourcePath() { return true; }
+
+bool UserDevice::HasStreamPath() { return false; }
+
+int UserDevice::GetStreamPath(std::string& path, int& /*port*/) {
+  if (parameters_.sourcePath.empty()) return -1;
+  path = parameters_.sourcePath;
+  return 0;
+}
+
+int UserDevice::VerifyConnection() { return static_cast<int>(Outcome::kNoPath); }
+
+int UserDevice::SelectVideoType(int videoType, int /*streamNumber*/) {
+  videoType_ = videoType;
+  return 0;
+}
+
+int UserDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
+  if (GetStreamPath(path, port) != 0) return -1;
+  kind = SnapshotKind();
+  if (kind == SNAPSHOT_KIND_NONE) RequestScope::Current().SetCause(Outcome::kNoVideo);
+  return kind == SNAPSHOT_KIND_NONE ? -1 : 0;
+}
+
+Outcome UserDevice::TakeSnapshot(const CameraAddress& address, const std::string& /*setting*/, std::string& jpeg) {
+  if (!asked_) return FetchPicture(address, parameters_.sourcePath, jpeg);
+  jpeg = std::move(asked_->jpeg);
+  return std::exchange(asked_, std::nullopt)->outcome;
+}
+
+SNAPSHOT_KIND UserDevice::SnapshotKind() {
+  switch (videoType_) {
+    case VIDEO_TYPE_MJPEG:
+      return AskWhetherHttp();
+    case VIDEO_TYPE_MPEG4:
+    case VIDEO_TYPE_H264:
+    case VIDEO_TYPE_H265:
+      return SNAPSHOT_KIND_STREAM;
+    case VIDEO_TYPE_ANY:
+      return AskWhetherRtsp();
+    default:
+      return SNAPSHOT_KIND_NONE;
+  }
+}
+
+/// RTSP first, then HTTP: whoever takes the picture tries one of them only.
+SNAPSHOT_KIND UserDevice::AskWhetherRtsp() const {
+  const CameraAddress& address = parameters_.address;
+  CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
+                     STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
+  return check.Verify() == CAMERA_VERIFY_PASSED ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
+}
+
+/// HTTP, unless the address is none of HTTP's: callers say MJPEG also when they do not know.
+SNAPSHOT_KIND UserDevice::AskWhetherHttp() {
+  std::string jpeg;
+  const Outcome outcome = FetchPicture(parameters_.address, parameters_.sourcePath, jpeg);
+  RequestScope::Current().SetCause(outcome);
+  asked_ = Asked{outcome, std::move(jpeg)};
+  const bool isElsewhere = outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream;
+  return isElsewhere ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
+}
+
+}  // namespace recorder
