@@ -12,7 +12,7 @@
 #include "bench/questions.h"
 #include "bench/rows.h"
 #include "bench/trusted_client.h"
-#include "recorder/webapi/cgi_answer.h"
+#include "recorder/http/cgi_answer.h"
 #include "tests/recorder/end_to_end/support.h"
 
 namespace bench {

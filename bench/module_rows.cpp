@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "bench/rows.h"
-#include "recorder/webapi/api_call.h"
-#include "recorder/webapi/host.h"
+#include "recorder/host/api_call.h"
+#include "recorder/host/host.h"
 #include "tests/recorder/end_to_end/support.h"
 #include "tests/recorder/temp_folder.h"
 

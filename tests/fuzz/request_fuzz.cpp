@@ -2,10 +2,10 @@
 #include <map>
 #include <string>
 
+#include "recorder/http/cgi_answer.h"
+#include "recorder/http/http_request.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
-#include "recorder/webapi/cgi_answer.h"
-#include "recorder/webapi/http_request.h"
 #include "tests/fuzz/fuzz.h"
 
 // A request as a web server hands it over: lines "VARIABLE=value", an empty line, the body.

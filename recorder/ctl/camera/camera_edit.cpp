@@ -1,0 +1,122 @@
+#include "recorder/ctl/camera/camera_edit.h"
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "recorder/ctl/camera/camera_input.h"
+#include "recorder/ctl/camera/camera_places.h"
+#include "recorder/host/host.h"
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+namespace {
+
+using Text = std::optional<std::string>;
+
+struct CameraEdit {
+  int id = 0;
+  Text name;
+  Text vendor;
+  Text model;
+  Text host;
+  std::optional<int> port;
+  Text user;
+  Text channel;
+  Text sourcePath;
+  Text status;
+  bool hasNewPassword = false;
+  bool hasNoPassword = false;
+  bool isForced = false;
+  bool allowsBasic = false;
+
+  bool IsEmpty() const {
+    return !name && !vendor && !model && !host && !port && !user && !channel && !sourcePath && !status &&
+           !hasNewPassword && !hasNoPassword && !allowsBasic;
+  }
+};
+
+/// `camera` as it is to be. Its model is not checked.
+CameraRecord Changed(CameraRecord camera, const CameraEdit& edit) {
+  const std::pair<const Text*, std::string*> texts[] = {
+      {&edit.name, &camera.name}, {&edit.vendor, &camera.vendor},   {&edit.host, &camera.host},
+      {&edit.user, &camera.user}, {&edit.channel, &camera.channel}, {&edit.sourcePath, &camera.sourcePath},
+  };
+  for (const auto& [from, to] : texts) {
+    if (*from) *to = **from;
+  }
+  if (edit.vendor || edit.model) camera.model = edit.model.value_or("");
+  if (edit.port) camera.port = *edit.port;
+  if (edit.status) camera.status = StatusOf(*edit.status);
+  return camera;
+}
+
+/// Stores what changes alone, since others may change the record meanwhile. With the password that the user gives,
+/// where one is wanted.
+void Store(const CameraEdit& edit, bool wantsPassword, Records& records) {
+  const auto change = [&](CameraRecord& camera) { camera = Changed(camera, edit); };
+  if (!wantsPassword) {
+    Expect(records.Change(edit.id, change, std::nullopt), edit.id);
+    return;
+  }
+  std::string password = CameraPassword(edit.hasNoPassword);
+  const WipeAtEnd wipe(password);
+  Expect(records.Change(edit.id, change, password), edit.id);
+}
+
+/// Checks the model that is wanted, which becomes one by the recorder's own names.
+void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config) {
+  CheckModel(camera, config.modelsFolder, edit.isForced);
+  edit.vendor = camera.vendor;
+  edit.model = camera.model;
+}
+
+void Run(CameraEdit& edit, const Config& config) {
+  if (edit.IsEmpty()) throw std::runtime_error("nothing to change; see recorderctl camera edit --help");
+  Records records(config.stateFolder);
+  const auto before = records.Find(edit.id);
+  Expect(before.has_value(), edit.id);
+  CameraRecord camera = Changed(*before, edit);
+  if (edit.vendor || edit.model) TakeModelNames(edit, camera, config);
+  if (!IsSamePlace(*before, camera)) CheckPlace(camera, records, edit.isForced);
+  const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(*before, camera);
+  Store(edit, wantsPassword, records);
+  if (edit.allowsBasic) records.ForgetLogin(edit.id);
+}
+
+void AddEditOptions(CLI::App& command, CameraEdit& edit) {
+  command.add_option("--name", edit.name, "name for users");
+  command.add_option("--vendor", edit.vendor, "vendor, as the model list names it");
+  command.add_option("--model", edit.model, "model, as the model list names it; not for a vendor that has only one");
+  command.add_option("--host", edit.host, "host name or address");
+  command.add_option("--port", edit.port, "port")->check(CLI::Range(1, 65535));
+  command.add_option("--user", edit.user, "user name at the camera");
+  command.add_option("--channel", edit.channel, "channel, \"\" for any");
+  command.add_option("--source-path", edit.sourcePath, "path of the stream");
+  AddStatus(command, "--status", edit.status);
+  command.add_flag("--password", edit.hasNewPassword, "read a new password from standard input or a prompt")
+      ->excludes(AddNoPasswordFlag(command, edit.hasNoPassword));
+  AddForceFlag(command, edit.isForced);
+  command.add_flag("--allow-basic", edit.allowsBasic,
+                   "forget the strongest login that worked, so that the stored password may go by a weaker one again");
+}
+
+}  // namespace
+
+void AddCameraEditCommand(CLI::App& cameraCommand, const std::string& configOption) {
+  const auto edit = std::make_shared<CameraEdit>();
+  CLI::App* command = cameraCommand.add_subcommand("edit", "Change a stored camera");
+  AddId(*command, edit->id);
+  AddEditOptions(*command, *edit);
+  command->footer(
+      "A stored password goes to the stream that it was given for alone. So it is asked for again when host, port,\n"
+      "vendor, model, user or path change.\n"
+      "Examples:\n"
+      "  recorderctl camera edit 3 --name \"back door\" --status disabled\n"
+      "  recorderctl camera edit 3 --host 192.0.2.18 < password\n"
+      "  recorderctl camera edit 7 --allow-basic");
+  command->callback([edit, &configOption] { Run(*edit, LoadConfig(FindConfigFile(configOption))); });
+}
+
+}  // namespace recorder

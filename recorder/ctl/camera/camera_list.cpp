@@ -1,0 +1,89 @@
+#include "recorder/ctl/camera/camera_list.h"
+
+#include <json/json.h>
+
+#include <iostream>
+#include <memory>
+
+#include "recorder/ctl/camera/camera_input.h"
+#include "recorder/ctl/state_folder.h"
+#include "recorder/http/cgi_answer.h"
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+namespace {
+
+struct ListOptions {
+  int id = 0;
+  bool isJson = false;
+};
+
+const char* StatusName(CAM_CONN_STATUS status) { return status == CAM_CONN_STATUS_DISABLED ? "disabled" : "enabled"; }
+
+Json::Value ToJson(const CameraRecord& camera) {
+  Json::Value json;
+  json["id"] = camera.id;
+  json["name"] = camera.name;
+  json["vendor"] = camera.vendor;
+  json["model"] = camera.model;
+  json["host"] = camera.host;
+  json["port"] = camera.port;
+  json["user"] = camera.user;
+  json["channel"] = camera.channel;
+  json["sourcePath"] = camera.sourcePath;
+  json["status"] = StatusName(camera.status);
+  json["ownerKdId"] = camera.ownerKdId;
+  json["strongestLogin"] = NameOf(camera.strongestLogin);
+  return json;
+}
+
+void ListAsJson(const Records& records) {
+  Json::Value list(Json::arrayValue);
+  for (const CameraRecord& camera : records.List()) list.append(ToJson(camera));
+  std::cout << ToText(list) << '\n';
+}
+
+void List(const Records& records) {
+  std::cout << "id\tstatus\tname\tvendor\tmodel\tchannel\thost\tport\n";
+  for (const CameraRecord& camera : records.List()) {
+    std::cout << camera.id << '\t' << StatusName(camera.status) << '\t' << camera.name << '\t' << camera.vendor << '\t'
+              << camera.model << '\t' << camera.channel << '\t' << camera.host << '\t' << camera.port << '\n';
+  }
+}
+
+void Show(const ListOptions& options, const Records& records) {
+  const auto camera = records.Find(options.id);
+  Expect(camera.has_value(), options.id);
+  const Json::Value json = ToJson(*camera);
+  if (options.isJson) {
+    std::cout << ToText(json) << '\n';
+    return;
+  }
+  for (const std::string& name : json.getMemberNames()) std::cout << name << ": " << json[name].asString() << '\n';
+}
+
+void AddJsonFlag(CLI::App& command, bool& isJson) { command.add_flag("--json", isJson, "print JSON"); }
+
+}  // namespace
+
+void AddCameraLists(CLI::App& cameraCommand, const std::string& configOption) {
+  const auto options = std::make_shared<ListOptions>();
+
+  CLI::App* list =
+      cameraCommand.add_subcommand("list", "List the stored cameras, one a line, with tabs between columns");
+  AddJsonFlag(*list, options->isJson);
+  list->footer("Example:\n  recorderctl camera list --json");
+  list->callback([options, &configOption] {
+    const Records records(StateFolder(configOption));
+    options->isJson ? ListAsJson(records) : List(records);
+  });
+
+  CLI::App* show = cameraCommand.add_subcommand("show", "Show one camera, without its password");
+  AddId(*show, options->id);
+  AddJsonFlag(*show, options->isJson);
+  show->footer("Example:\n  recorderctl camera show 3");
+  show->callback([options, &configOption] { Show(*options, Records(StateFolder(configOption))); });
+}
+
+}  // namespace recorder

@@ -1,0 +1,52 @@
+#include "recorder/ctl/serve/child_process.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include "recorder/utility/log.h"
+
+namespace recorder {
+
+ChildProcess::ChildProcess(const std::function<void()>& execute) {
+  const pid_t parent = getpid();
+  process_ = fork();
+  if (process_ < 0) LogFailure(std::string("No process can be started: ") + std::strerror(errno));
+  if (process_ != 0) return;
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) _exit(1);  // it ended before that
+  sigset_t none;
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  execute();
+  _exit(127);
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept : process_(std::exchange(other.process_, -1)) {}
+
+ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
+  std::swap(process_, other.process_);
+  return *this;
+}
+
+ChildProcess::~ChildProcess() {
+  Terminate();
+  if (process_ > 0) waitpid(process_, nullptr, 0);
+}
+
+bool ChildProcess::HasEnded() {
+  if (process_ > 0 && waitpid(process_, nullptr, WNOHANG) == process_) process_ = -1;
+  return process_ < 0;
+}
+
+void ChildProcess::Terminate() const {
+  if (process_ > 0) kill(process_, SIGTERM);
+}
+
+}  // namespace recorder

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "recorder/host/host.h"
+#include "recorder/utility/files.h"
+
+namespace recorder {
+
+/// The state folder that the configuration names, made if missing; see FindConfigFile for `configOption`. Throws
+/// std::exception, also when it is another user's.
+inline std::filesystem::path StateFolder(const std::string& configOption) {
+  std::filesystem::path folder = LoadConfig(FindConfigFile(configOption)).stateFolder;
+  MakePrivateFolder(folder);
+  return folder;
+}
+
+}  // namespace recorder

@@ -1,0 +1,76 @@
+#include "recorder/ctl/stored_call_command.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include "recorder/ctl/camera/camera_input.h"
+#include "recorder/ctl/run_call.h"
+#include "recorder/host/host.h"
+#include "recorder/utility/records.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr char kTestMethod[] = "CameraTest";
+constexpr char kPictureMethod[] = "GetSnapshot";
+
+struct StoredCallOptions {
+  int id = 0;
+  std::string pictureFile;
+};
+
+/// The parameters of either method. The password stays in the records until the login.
+Json::Value ParamsOf(const CameraRecord& camera) {
+  Json::Value params(Json::objectValue);
+  params["camId"] = camera.id;
+  params["camIP"] = camera.host;
+  params["camPort"] = camera.port;
+  params["camUserName"] = camera.user;
+  for (const char* name : {"camPassWord", "camPassword"}) params[name] = gszFakePass;
+  params["camModel"] = camera.vendor + " " + camera.model;
+  params["camChannel"] = camera.channel;
+  params["camSourcePath"] = camera.sourcePath;
+  return params;
+}
+
+/// A camera that may be asked: nobody's password goes to one that is switched off.
+CameraRecord FindCamera(const Records& records, int id) {
+  const auto camera = records.Find(id);
+  Expect(camera.has_value(), id);
+  if (camera->status == CAM_CONN_STATUS_DISABLED) {
+    throw std::runtime_error("camera " + std::to_string(id) + " is disabled");
+  }
+  return *camera;
+}
+
+void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
+  const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
+  const Host host = StartHost(FindConfigFile(configOption));
+  const CameraRecord camera = FindCamera(Records(host.config.stateFolder), options.id);
+  ApiCall call;
+  call.method = host.module.Find(method);
+  if (call.method == nullptr) throw std::runtime_error("the module has no method " + method);
+  call.params = ParamsOf(camera);
+  call.isAuthorized = true;  // whoever can read the records may ask
+  RunAndPrint(call, camera.name, pictureFile);
+}
+
+}  // namespace
+
+void AddStoredCallCommands(CLI::App& app, const std::string& configOption) {
+  const auto options = std::make_shared<StoredCallOptions>();
+
+  CLI::App* test = app.add_subcommand("test", "Test a stored camera and print the answer of CameraTest");
+  AddId(*test, options->id);
+  test->footer("Example:\n  recorderctl test 3");
+  test->callback([options, &configOption] { CallStored(kTestMethod, *options, configOption); });
+
+  CLI::App* snapshot = app.add_subcommand("snapshot", "Take a picture of a stored camera");
+  AddId(*snapshot, options->id);
+  AddPictureFile(*snapshot, options->pictureFile);
+  snapshot->footer("Example:\n  recorderctl snapshot 3 -o picture.jpg");
+  snapshot->callback([options, &configOption] { CallStored(kPictureMethod, *options, configOption); });
+}
+
+}  // namespace recorder

@@ -1,0 +1,137 @@
+#include "recorder/host/api_call.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <tuple>
+#include <utility>
+
+#include "recorder/host/cause_header.h"
+#include "recorder/host/output_capture.h"
+#include "recorder/utility/request_scope.h"
+
+namespace NORV {
+
+struct APIRequest::Impl {
+  const recorder::ApiCall& call;
+  std::string lastKey;  ///< of the parameter that was read last, and its value: the culprit if it cannot be converted
+  Json::Value lastValue;
+};
+
+struct APIResponse::Impl {
+  Json::Value answer;  ///< null: none yet
+};
+
+APIRequest::APIRequest(Impl* requestImpl) : impl(requestImpl) {}
+
+Json::Value APIRequest::GetParam(const std::string& key, const Json::Value& defaultValue) const {
+  impl->lastKey = key;
+  impl->lastValue = impl->call.params.get(key, defaultValue);
+  return impl->lastValue;
+}
+
+std::string APIRequest::GetAPIMethod() const { return impl->call.method->name; }
+
+std::string APIRequest::GetCookie(const std::string& name, const std::string& defaultValue) const {
+  const auto cookie = impl->call.cookies.find(name);
+  return cookie == impl->call.cookies.end() ? defaultValue : cookie->second;
+}
+
+bool APIRequest::IsAuthorized() const { return impl->call.isAuthorized; }
+
+APIResponse::APIResponse(Impl* responseImpl) : impl(responseImpl) {}
+
+void APIResponse::SetSuccess(const Json::Value& data) {
+  impl->answer = Json::Value(Json::objectValue);
+  impl->answer["success"] = true;
+  impl->answer["data"] = data;
+}
+
+void APIResponse::SetError(int code, const Json::Value& data) {
+  impl->answer = Json::Value(Json::objectValue);
+  impl->answer["success"] = false;
+  Json::Value& error = impl->answer["error"];
+  error = data.isObject() ? data : Json::Value(Json::objectValue);
+  error["code"] = code;
+}
+
+}  // namespace NORV
+
+namespace recorder {
+
+namespace {
+
+/// Methods by what the recorder must know of them; all others contact cameras for as long as a test may take.
+constexpr std::string_view kListMethods[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
+constexpr std::string_view kLargeMethods[] = {"CamBatAddVerify"};
+constexpr std::string_view kPictureMethod = "GetSnapshot";
+
+std::chrono::milliseconds LimitOf(std::string_view method) {
+  const CameraLimits& limits = GetCameraLimits();
+  return method == kPictureMethod ? limits.picture : limits.test;
+}
+
+/// True when a conversion of `value` to text, number or truth fails by the exception that says `reason`.
+bool FailsLike(const Json::Value& value, const std::string& reason) {
+  const auto fails = [&](const auto& convert) {
+    try {
+      convert();
+      return false;
+    } catch (const Json::Exception& error) {
+      return reason == error.what();
+    }
+  };
+  return fails([&] { std::ignore = value.asString(); }) || fails([&] { std::ignore = value.asInt(); }) ||
+         fails([&] { std::ignore = value.asBool(); });
+}
+
+}  // namespace
+
+std::span<const std::string_view> ListMethods() { return kListMethods; }
+
+std::span<const std::string_view> LargeMethods() { return kLargeMethods; }
+
+bool IsLarge(std::string_view method) {
+  return std::find(std::begin(kLargeMethods), std::end(kLargeMethods), method) != std::end(kLargeMethods);
+}
+
+ApiAnswer NotAdmitted() {
+  constexpr int kNoPermission = 105;
+  NORV::APIResponse::Impl state;
+  NORV::APIResponse(&state).SetError(kNoPermission, Json::Value());
+  return {.kind = ApiAnswer::Kind::kJson, .json = std::move(state.answer), .raw = {}, .parameter = {}, .reason = {}};
+}
+
+ApiAnswer RunCall(const ApiCall& call) {
+  NORV::APIRequest::Impl requestState{call, {}, {}};
+  NORV::APIResponse::Impl responseState;
+  NORV::APIRequest request(&requestState);
+  NORV::APIResponse response(&responseState);
+
+  const RequestScope scope(LimitOf(call.method->name));
+  OutputCapture output;
+  try {
+    call.method->handler(&request, &response);
+  } catch (const Json::Exception& error) {
+    const bool isParameter = !scope.HasBegun() && FailsLike(requestState.lastValue, error.what());
+    return {.kind = isParameter ? ApiAnswer::Kind::kBadParameter : ApiAnswer::Kind::kException,
+            .json = {},
+            .raw = {},
+            .parameter = isParameter ? requestState.lastKey : "",
+            .reason = error.what()};
+  } catch (const std::exception& error) {
+    return {.kind = ApiAnswer::Kind::kException, .json = {}, .raw = {}, .parameter = {}, .reason = error.what()};
+  }
+  ApiAnswer answer;
+  answer.raw = output.Take();
+  answer.json = std::move(responseState.answer);
+  if (!answer.raw.empty()) {
+    answer.kind = ApiAnswer::Kind::kRaw;
+  } else if (!answer.json.isNull()) {
+    answer.kind = ApiAnswer::Kind::kJson;
+  }
+  answer.causes = CausesOf(call, answer, scope);
+  return answer;
+}
+
+}  // namespace recorder

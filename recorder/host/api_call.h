@@ -1,0 +1,61 @@
+#pragma once
+
+#include <json/json.h>
+
+#include <cstddef>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "platform/webapi.h"
+#include "recorder/host/module_library.h"
+
+namespace recorder {
+
+/// A request as the module gets it.
+struct ApiCall {
+  const ModuleMethod* method = nullptr;
+  Json::Value params{Json::objectValue};
+  std::map<std::string, std::string> cookies;
+  bool isAuthorized = false;
+};
+
+/// What became of a call.
+struct ApiAnswer {
+  enum class Kind {
+    kJson,          ///< `json` is the answer: success or error
+    kRaw,           ///< `raw` is a CGI answer that the module wrote to standard output, header lines first
+    kBadParameter,  ///< the parameter `parameter` could not be converted; `reason` says why
+    kException,     ///< another exception came out of the module; `reason` is its text
+    kNone,          ///< the module answered nothing
+  };
+  Kind kind = Kind::kNone;
+  Json::Value json;
+  std::string raw;
+  std::string parameter;
+  std::string reason;
+  std::string causes = {};  ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
+};
+
+/// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard
+/// output is a memory file, so no other thread may write there. Throws std::runtime_error when the memory file cannot
+/// be had.
+ApiAnswer RunCall(const ApiCall& call);
+
+/// The methods that touch no camera.
+std::span<const std::string_view> ListMethods();
+
+/// The methods that take a list of cameras, and so a larger body than all others.
+std::span<const std::string_view> LargeMethods();
+bool IsLarge(std::string_view method);
+
+/// Largest request body of a method, in bytes: the web server and the workers hold to it.
+inline constexpr std::size_t kLargestBody = std::size_t{64} << 10;
+inline constexpr std::size_t kLargestListBody = std::size_t{1} << 20;  ///< of LargeMethods()
+inline constexpr char kBodyTooLarge[] = "the body is larger than 64 KiB, or 1 MiB for a list of cameras";
+
+/// What the module answers whom it does not admit.
+ApiAnswer NotAdmitted();
+
+}  // namespace recorder

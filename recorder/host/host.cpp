@@ -1,0 +1,41 @@
+#include "recorder/host/host.h"
+
+#include <cstdlib>
+#include <stdexcept>
+#include <system_error>
+
+#include "recorder/device/model/model_files.h"
+
+namespace recorder {
+
+namespace {
+
+/// Where a package installs it.
+constexpr char kSystemConfigFile[] = "/etc/cameracap/recorder.json";
+
+}  // namespace
+
+std::filesystem::path FindConfigFile(const std::string& option) {
+  if (!option.empty()) return std::filesystem::absolute(option);
+  const char* fromEnvironment = std::getenv("RECORDER_CONFIG");
+  if (fromEnvironment != nullptr && *fromEnvironment != '\0') return std::filesystem::absolute(fromEnvironment);
+  std::error_code ignored;
+  if (std::filesystem::exists(kSystemConfigFile, ignored)) return kSystemConfigFile;
+  throw std::runtime_error("no configuration: give --config FILE or set RECORDER_CONFIG");
+}
+
+Config StartPlatform(const std::filesystem::path& configFile) {
+  Config config = LoadConfig(configFile);
+  StartUtility(config);
+  SetModelsFolder(config.modelsFolder);
+  return config;
+}
+
+Host StartHost(const std::filesystem::path& configFile) {
+  Config config = StartPlatform(configFile);
+  std::filesystem::current_path(config.workFolder);
+  ModuleLibrary module(config.module);
+  return {std::move(config), std::move(module)};
+}
+
+}  // namespace recorder

@@ -1,0 +1,127 @@
+// recorder-webapi: serves API calls as a FastCGI responder, or one call as a CGI program (RFC 3875). One process serves
+// one request at a time; a web server runs several.
+
+#define NO_FCGI_DEFINES
+#include <fcgiapp.h>
+#include <fcntl.h>
+#include <malloc.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+#include "recorder/host/host.h"
+#include "recorder/http/cgi_answer.h"
+#include "recorder/http/http_request.h"
+#include "recorder/utility/address_policy.h"
+#include "recorder/utility/log.h"
+#include "recorder/utility/service.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+
+namespace {
+
+/// Requests must not be able to send the recorder to itself. `port` is a variable of CGI (RFC 3875 section 4.1.15).
+void LearnOwnPort(const char* port) {
+  if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
+}
+
+/// Gives what is free back to the system, if it is much: cameras of a list have sent much. One picture's memory stays
+/// for the next one.
+void GiveMemoryBack() {
+  constexpr std::size_t kMuch = std::size_t{16} << 20;
+  if (mallinfo2().fordblks > kMuch) malloc_trim(0);
+}
+
+std::string Answer(const std::function<const char*(const char*)>& variable,
+                   const std::function<std::string(std::size_t)>& readBody, const Host& host) {
+  try {
+    LearnOwnPort(variable("SERVER_PORT"));
+    const HttpRequest request = ReadHttpRequest(variable, readBody);
+    if (IsUntimely(request)) return ToCgi(NotAdmitted());
+    const ApiCall call = ToApiCall(request, host.module, host.config.hostNames);
+    const ApiAnswer answer = RunCall(call);
+    if (IsLarge(call.method->name)) GiveMemoryBack();
+    return ToCgi(answer);
+  } catch (const HttpError& error) {
+    return ToCgi(error);
+  } catch (const std::exception& error) {
+    LogFailure(error.what());
+    return ToCgi(HttpError(500, "the recorder failed; its log says why"));
+  }
+}
+
+/// Of a heap of its own, which each thread of a list would have, GiveMemoryBack does not reach the end.
+void ShareOneHeap() { mallopt(M_ARENA_MAX, 1); }
+
+void ServeFastCgi(const Host& host) {
+  FCGX_Request request;
+  if (FCGX_Init() != 0 || FCGX_InitRequest(&request, 0, 0) != 0) throw std::runtime_error("cannot start FastCGI");
+  // libfcgi 2.4.2 takes SIGTERM for a wish to stop accepting, and may then poll a closed descriptor for ever.
+  std::signal(SIGTERM, SIG_DFL);
+  while (FCGX_Accept_r(&request) == 0) {
+    const std::string answer = Answer([&](const char* name) { return FCGX_GetParam(name, request.envp); },
+                                      [&](std::size_t size) {
+                                        std::string body(size, '\0');
+                                        const int count = FCGX_GetStr(body.data(), static_cast<int>(size), request.in);
+                                        body.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+                                        return body;
+                                      },
+                                      host);
+    FCGX_PutStr(answer.data(), static_cast<int>(answer.size()), request.out);
+    FCGX_Finish_r(&request);
+  }
+}
+
+void ServeCgi(const Host& host) {
+  const std::string answer = Answer([](const char* name) { return std::getenv(name); },
+                                    [](std::size_t size) {
+                                      std::string body(size, '\0');
+                                      body.resize(std::fread(body.data(), 1, size, stdin));
+                                      return body;
+                                    },
+                                    host);
+  std::fwrite(answer.data(), 1, answer.size(), stdout);
+}
+
+/// A FastCGI server may start its workers without standard output and error; nothing else may get these descriptors.
+void OpenStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) std::abort();
+  }
+}
+
+}  // namespace
+
+}  // namespace recorder
+
+int main(int argc, char** argv) {
+  using namespace recorder;
+  OpenStandardDescriptors();
+  ShareOneHeap();
+  CLI::App app("Serves web-API calls behind a web server, as a FastCGI responder or a CGI program.", "recorder-webapi");
+  app.set_version_flag("--version", "recorder-webapi " PROJECT_VERSION);
+  std::string configFile;
+  app.add_option("--config", configFile,
+                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
+  CLI11_PARSE(app, argc, argv);
+  try {
+    const Host host = StartHost(FindConfigFile(configFile));
+    const ServiceLock lock(host.config.stateFolder);
+    if (FCGX_IsCGI() != 0) {
+      ServeCgi(host);
+    } else {
+      ServeFastCgi(host);
+    }
+  } catch (const std::exception& error) {
+    LogFailure(error.what());
+    return 1;
+  }
+  return 0;
+}
