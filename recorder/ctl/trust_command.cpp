@@ -12,8 +12,8 @@
 #include "recorder/ctl/password_input.h"
 #include "recorder/ctl/state_folder.h"
 #include "recorder/http/cgi_answer.h"
-#include "recorder/utility/records.h"
-#include "recorder/utility/trust.h"
+#include "recorder/records/records.h"
+#include "recorder/records/trust.h"
 
 namespace recorder {
 

@@ -8,7 +8,8 @@
 
 #include "recorder/host/cause_header.h"
 #include "recorder/host/output_capture.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
+#include "recorder/utility/config.h"
 
 namespace NORV {
 
@@ -67,7 +68,7 @@ constexpr std::string_view kLargeMethods[] = {"CamBatAddVerify"};
 constexpr std::string_view kPictureMethod = "GetSnapshot";
 
 std::chrono::milliseconds LimitOf(std::string_view method) {
-  const CameraLimits& limits = GetCameraLimits();
+  const CameraLimits& limits = GetConfig().limits;
   return method == kPictureMethod ? limits.picture : limits.test;
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "recorder/host/api_call.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 namespace recorder {
 

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "recorder/device/model/model_files.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 
@@ -26,7 +27,8 @@ std::filesystem::path FindConfigFile(const std::string& option) {
 
 Config StartPlatform(const std::filesystem::path& configFile) {
   Config config = LoadConfig(configFile);
-  StartUtility(config);
+  UseConfig(config);
+  const Records records{config.stateFolder};  // a mistake shows now and not with the first request
   SetModelsFolder(config.modelsFolder);
   return config;
 }

@@ -6,9 +6,9 @@
 #include <charconv>
 
 #include "recorder/net/text.h"
+#include "recorder/records/trust.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
-#include "recorder/utility/trust.h"
 
 namespace recorder {
 

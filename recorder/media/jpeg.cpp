@@ -14,8 +14,8 @@
 #include "recorder/media/access_unit.h"
 #include "recorder/media/jpeg_check.h"
 #include "recorder/media/picture_decoder.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/handle.h"
-#include "recorder/utility/request_scope.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
-#include "recorder/utility/request_scope.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder {

@@ -7,7 +7,7 @@
 #include "recorder/net/http_conversation.h"
 #include "recorder/net/http_place.h"
 #include "recorder/net/http_transfer.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 namespace recorder {
 

@@ -11,8 +11,8 @@
 #include "recorder/net/http_handles.h"
 #include "recorder/net/http_place.h"
 #include "recorder/net/login.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 

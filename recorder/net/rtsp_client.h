@@ -13,8 +13,8 @@
 #include "recorder/net/rtsp_parser.h"
 #include "recorder/net/sdp.h"
 #include "recorder/net/socket.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 

@@ -5,9 +5,9 @@
 #include <span>
 #include <string>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 

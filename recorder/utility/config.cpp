@@ -9,7 +9,7 @@
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
-#include "recorder/utility/records.h"
+#include "recorder/utility/secrets.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -173,12 +173,10 @@ Config LoadConfig(const fs::path& file) {
   return config;
 }
 
-void StartUtility(const Config& config) {
+void UseConfig(const Config& config) {
   PrepareSodium();
   currentConfig = config;
-  SetCameraLimits(config.limits);
   SetAddressPolicy(config.addressPolicy);
-  const Records records{config.stateFolder};  // a mistake shows now and not with the first request
 }
 
 const Config& GetConfig() { return currentConfig; }

@@ -1,14 +1,20 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "recorder/utility/address_policy.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
+
+/// How long the camera work of one request may take, from its first contact with a camera on.
+struct CameraLimits {
+  std::chrono::milliseconds test{10'000};     ///< a test, a size, a capability file
+  std::chrono::milliseconds picture{15'000};  ///< a picture
+};
 
 /// What an administrator decides: one JSON file, described by docs/config.schema.json.
 struct Config {
@@ -33,12 +39,12 @@ class ConfigError : public std::runtime_error {
 /// are absolute. A file of a newer version is refused. Throws ConfigError.
 Config LoadConfig(const std::filesystem::path& file);
 
-/// Prepares what the platform functions of this folder need: libsodium, the state folder with key and records, the
-/// limits and the address policy. Call once at start, before the first request and before there are threads. Throws
-/// std::exception with a text for the administrator.
-void StartUtility(const Config& config);
+/// Makes `config` the configuration of this process, its address policy too, and prepares libsodium. Call once at
+/// start, before the first request and before there are threads. Throws std::exception with a text for the
+/// administrator.
+void UseConfig(const Config& config);
 
-/// The configuration that StartUtility was given; empty before. Any thread.
+/// The configuration that UseConfig was given; that of an empty file before. Any thread.
 const Config& GetConfig();
 
 }  // namespace recorder

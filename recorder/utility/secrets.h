@@ -11,7 +11,7 @@
 
 namespace recorder {
 
-/// Prepares libsodium, which is safe for threads from then on; throws std::runtime_error when that fails. StartUtility
+/// Prepares libsodium, which is safe for threads from then on; throws std::runtime_error when that fails. UseConfig
 /// calls it for the whole process; without that, making a SecretKey or a random password does. [any thread, any number]
 void PrepareSodium();
 

@@ -5,7 +5,7 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/host/host.h"
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

@@ -4,7 +4,7 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/state_folder.h"
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

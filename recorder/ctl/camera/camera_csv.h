@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "recorder/ctl/camera/known_models.h"
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

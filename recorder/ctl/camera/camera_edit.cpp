@@ -7,7 +7,7 @@
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/camera/camera_places.h"
 #include "recorder/host/host.h"
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

@@ -9,8 +9,8 @@
 #include "recorder/ctl/camera/camera_places.h"
 #include "recorder/ctl/camera/headings.h"
 #include "recorder/host/host.h"
+#include "recorder/records/records.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/records.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

@@ -5,7 +5,7 @@
 #include <tuple>
 #include <vector>
 
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

@@ -27,6 +27,7 @@
 #include "recorder/host/api_call.h"
 #include "recorder/host/host.h"
 #include "recorder/http/cgi_answer.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/handle.h"
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

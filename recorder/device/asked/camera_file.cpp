@@ -14,11 +14,11 @@
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/net/hash.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/log.h"
-#include "recorder/utility/request_scope.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/handle.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 

@@ -7,9 +7,9 @@
 #include "recorder/device/capability/capability_document.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
+#include "recorder/records/records.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
-#include "recorder/utility/records.h"
 
 namespace {
 

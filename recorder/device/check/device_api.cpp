@@ -12,7 +12,7 @@
 #include "recorder/device/check/wanted_camera.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 using recorder::Device;
 using recorder::Register;

@@ -5,7 +5,7 @@
 
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/model/path_template.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 namespace recorder {
 namespace {

@@ -4,8 +4,8 @@
 
 #include "platform/device.h"
 #include "recorder/device/check/device_api.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/handle.h"
-#include "recorder/utility/request_scope.h"
 
 int SnapshotGetFromAPI(const std::string& host, int port, const std::string& user, const std::string& password,
                        DeviceAPIHandler& api, const std::string& setting, unsigned char** jpeg, int* jpegSize,

@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 

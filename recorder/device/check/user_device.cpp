@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "recorder/device/check/http_probe.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 namespace recorder {
 

@@ -3,7 +3,7 @@
 #include "recorder/device/asked/camera_file.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 namespace recorder {
 namespace {

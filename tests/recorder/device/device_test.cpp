@@ -4,8 +4,8 @@
 
 #include "recorder/device/check/device_api.h"
 #include "recorder/device/model/model_files.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/request_scope.h"
 #include "tests/recorder/temp_folder.h"
 
 namespace recorder {

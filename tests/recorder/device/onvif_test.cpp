@@ -10,7 +10,7 @@
 #include "recorder/device/asked/onvif/soap.h"
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/onvif/username_token.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder::onvif {

@@ -5,8 +5,8 @@
 
 #include "recorder/device/asked/psia/answers.h"
 #include "recorder/device/asked/psia/ask.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder::psia {
 namespace {

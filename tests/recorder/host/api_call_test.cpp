@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder {

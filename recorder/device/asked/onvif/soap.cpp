@@ -7,7 +7,7 @@
 #include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/net/camera_login.h"
 #include "recorder/net/text.h"
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder::onvif {

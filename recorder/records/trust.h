@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 namespace recorder {
 

@@ -1,4 +1,4 @@
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -11,9 +11,9 @@
 #include <functional>
 #include <thread>
 
+#include "recorder/records/record_schema.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/record_schema.h"
 #include "recorder/utility/service.h"
 #include "tests/recorder/temp_folder.h"
 
@@ -37,7 +37,7 @@ class RecordsTest : public testing::Test {
   void Start() const {
     Config config;
     config.stateFolder = State();
-    StartUtility(config);
+    UseConfig(config);
   }
   fs::path State() const { return folder.Path() / "deep" / "state"; }
   TempFolder folder;

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "recorder/records/records.h"
 #include "recorder/utility/login_method.h"
-#include "recorder/utility/records.h"
 
 namespace recorder {
 

@@ -1,4 +1,4 @@
-#include "recorder/utility/lent_password.h"
+#include "recorder/request/lent_password.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,9 +1,9 @@
-#include "recorder/utility/lent_password.h"
+#include "recorder/request/lent_password.h"
 
 #include <gtest/gtest.h>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
-#include "recorder/utility/request_scope.h"
 #include "tests/recorder/rows.h"
 #include "tests/recorder/temp_folder.h"
 
@@ -72,7 +72,7 @@ class LendingTest : public testing::Test {
   LendingTest() {
     Config config;
     config.stateFolder = folder_.Path();
-    StartUtility(config);
+    UseConfig(config);
     Records records{folder_.Path()};
     for (const CameraRecord& record : kRecords) EXPECT_EQ(records.Add(record, record.name), record.id);
   }

@@ -1,4 +1,4 @@
-#include "recorder/utility/trust.h"
+#include "recorder/records/trust.h"
 
 #include <ctime>
 #include <exception>

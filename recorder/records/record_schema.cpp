@@ -1,4 +1,4 @@
-#include "recorder/utility/record_schema.h"
+#include "recorder/records/record_schema.h"
 
 #include <SQLiteCpp/Transaction.h>
 

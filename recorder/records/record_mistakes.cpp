@@ -1,9 +1,13 @@
-#include "recorder/utility/record_mistakes.h"
+#include "recorder/records/record_mistakes.h"
 
 #include <tuple>
 
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 #include "recorder/utility/text.h"
+
+// Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
+// choice.
+const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
 
 namespace recorder {
 

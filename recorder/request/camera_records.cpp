@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "platform/utility.h"
+#include "recorder/records/records.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
-#include "recorder/utility/records.h"
-#include "recorder/utility/request_scope.h"
 
 namespace recorder {
 namespace {
@@ -31,10 +31,6 @@ std::vector<CameraRecord> FindLenders(int camId, const std::string& vendor, cons
 
 }  // namespace
 }  // namespace recorder
-
-// Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
-// choice.
-const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
 
 int GetCamConnStatus(int camId) try {
   const auto camera = recorder::Records(recorder::GetConfig().stateFolder).Find(camId);

@@ -10,27 +10,16 @@
 #include <utility>
 #include <vector>
 
-#include "recorder/utility/lent_password.h"
+#include "recorder/request/lent_password.h"
+#include "recorder/request/row_reports.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
-#include "recorder/utility/row_reports.h"
 
 namespace recorder {
-
-using Clock = std::chrono::steady_clock;
-
-/// How long the camera work of one request may take, from its first contact with a camera on.
-struct CameraLimits {
-  std::chrono::milliseconds test{10'000};     ///< a test, a size, a capability file
-  std::chrono::milliseconds picture{15'000};  ///< a picture
-};
 
 /// What all cameras together may send to one request, or to one thread of a list, in bytes. A picture has at most 32
 /// MiB, and a stream of 50 Mbit/s brings 90 MiB in the 15 s until a picture must be there.
 inline constexpr std::uint64_t kCameraBytes = std::uint64_t{128} << 20;
-
-/// Sets the limits of this process. Call once, before the first request.
-void SetCameraLimits(const CameraLimits& limits);
-const CameraLimits& GetCameraLimits();
 
 /// What one request knows about the cameras that it contacts: the deadline and the bytes that its contacts share, the
 /// failures that later calls get again without another contact (so that one wrong password is one login attempt), which

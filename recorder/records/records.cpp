@@ -1,4 +1,4 @@
-#include "recorder/utility/records.h"
+#include "recorder/records/records.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/records/record_mistakes.h"
+#include "recorder/records/record_schema.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/record_mistakes.h"
-#include "recorder/utility/record_schema.h"
 
 namespace recorder {
 namespace fs = std::filesystem;

@@ -1,10 +1,11 @@
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
 
+#include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
@@ -15,7 +16,6 @@ namespace {
 /// No camera has such a password: one that begins so and is not lent is lent no more.
 constexpr std::string_view kTokenStart = "[lent-password]-";
 
-CameraLimits cameraLimits;
 thread_local RequestScope* currentScope = nullptr;
 
 std::mutex requestMutex;
@@ -34,13 +34,9 @@ void SetReportsOfRequest(std::shared_ptr<RowReports> reports) {
 
 }  // namespace
 
-void SetCameraLimits(const CameraLimits& limits) { cameraLimits = limits; }
-
-const CameraLimits& GetCameraLimits() { return cameraLimits; }
-
 RequestScope& RequestScope::Current() {
   if (currentScope != nullptr) return *currentScope;
-  thread_local RequestScope scopeOfThread{cameraLimits.test, OfThread{}};
+  thread_local RequestScope scopeOfThread{GetConfig().limits.test, OfThread{}};
   return scopeOfThread;
 }
 

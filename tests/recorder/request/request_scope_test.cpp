@@ -1,4 +1,4 @@
-#include "recorder/utility/request_scope.h"
+#include "recorder/request/request_scope.h"
 
 #include <gtest/gtest.h>
 
