@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "bench/http_client.h"
-#include "bench/questions.h"
 #include "bench/rows.h"
-#include "tests/recorder/end_to_end/cameras.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/cameras.h"
+#include "rig/http_client.h"
+#include "rig/questions.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

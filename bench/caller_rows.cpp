@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "bench/callers.h"
-#include "bench/http_client.h"
-#include "bench/processes.h"
-#include "bench/questions.h"
 #include "bench/rows.h"
 #include "bench/trusted_client.h"
 #include "recorder/http/cgi_answer.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/callers.h"
+#include "rig/http_client.h"
+#include "rig/processes.h"
+#include "rig/questions.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

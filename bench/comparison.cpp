@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "bench/callers.h"
+#include "rig/callers.h"
 
 namespace bench {
 

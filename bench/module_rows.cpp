@@ -8,8 +8,8 @@
 #include "bench/rows.h"
 #include "recorder/host/api_call.h"
 #include "recorder/host/host.h"
-#include "tests/recorder/end_to_end/support.h"
-#include "tests/recorder/temp_folder.h"
+#include "rig/recorder.h"
+#include "rig/temp_folder.h"
 
 namespace bench {
 

@@ -3,14 +3,14 @@
 #include <utility>
 #include <vector>
 
-#include "bench/http_client.h"
 #include "bench/key_frame.h"
-#include "bench/questions.h"
 #include "bench/rows.h"
 #include "bench/session.h"
 #include "bench/trusted_client.h"
-#include "tests/recorder/end_to_end/cameras.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/cameras.h"
+#include "rig/http_client.h"
+#include "rig/questions.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bench/rows.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

@@ -8,7 +8,7 @@
 #include <array>
 #include <stdexcept>
 
-#include "bench/http_client.h"
+#include "rig/http_client.h"
 
 namespace bench {
 

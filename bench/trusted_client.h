@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

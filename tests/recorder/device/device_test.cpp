@@ -6,7 +6,7 @@
 #include "recorder/device/model/model_files.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/files.h"
-#include "tests/recorder/temp_folder.h"
+#include "rig/temp_folder.h"
 
 namespace recorder {
 namespace {

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <fstream>
 
+#include "rig/temp_folder.h"
 #include "tests/recorder/rows.h"
-#include "tests/recorder/temp_folder.h"
 
 namespace recorder {
 namespace {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <set>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 // Cameras of the generic protocols, ONVIF and PSIA, which are asked what they can do.
 

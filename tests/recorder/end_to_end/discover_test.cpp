@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 #include "tests/recorder/rows.h"
 
 // Probes are sent in a network namespace of the test's own, so that no real network hears them.

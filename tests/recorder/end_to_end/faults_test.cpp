@@ -4,7 +4,7 @@
 #include <fstream>
 #include <regex>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 namespace end_to_end {
 

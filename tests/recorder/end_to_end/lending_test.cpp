@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 #include "tests/recorder/end_to_end/proxy.h"
 
 // What can be done with a stored password by callers who do not know it, and by who sits at a camera's address.

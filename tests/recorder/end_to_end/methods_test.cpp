@@ -6,7 +6,7 @@
 #include <functional>
 #include <set>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 namespace end_to_end {
 

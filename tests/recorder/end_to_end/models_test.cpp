@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 namespace end_to_end {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 #include "tests/recorder/end_to_end/proxy.h"
 
 // The network between recorder and camera fails: in time, with a clear code, and for that one request only.

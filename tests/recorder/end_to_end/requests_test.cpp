@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 namespace end_to_end {
 

@@ -9,7 +9,7 @@
 #include <tuple>
 
 #include "recorder/utility/handle.h"
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 namespace end_to_end {
 

@@ -15,7 +15,7 @@
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/service.h"
-#include "tests/recorder/temp_folder.h"
+#include "rig/temp_folder.h"
 
 namespace recorder {
 namespace {

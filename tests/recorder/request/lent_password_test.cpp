@@ -4,8 +4,8 @@
 
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
+#include "rig/temp_folder.h"
 #include "tests/recorder/rows.h"
-#include "tests/recorder/temp_folder.h"
 
 namespace recorder {
 namespace {

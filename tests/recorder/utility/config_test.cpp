@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "recorder/utility/files.h"
+#include "rig/temp_folder.h"
 #include "tests/recorder/rows.h"
-#include "tests/recorder/temp_folder.h"
 
 namespace recorder {
 namespace {

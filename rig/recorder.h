@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/recorder/temp_folder.h"
+#include "rig/temp_folder.h"
 
 // The real thing, end to end: web server, workers, module file and simulated cameras, all on 127.0.0.1, asked over
 // HTTP.

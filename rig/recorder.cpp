@@ -1,4 +1,4 @@
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

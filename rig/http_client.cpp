@@ -1,4 +1,4 @@
-#include "bench/http_client.h"
+#include "rig/http_client.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

@@ -1,4 +1,4 @@
-#include "bench/report.h"
+#include "tests/long/report.h"
 
 #include <iostream>
 

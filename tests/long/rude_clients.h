@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "bench/http_client.h"
+#include "rig/http_client.h"
 
 // Clients that keep connections without asking anything in earnest.
 

@@ -1,4 +1,4 @@
-#include "bench/processes.h"
+#include "rig/processes.h"
 
 extern "C" {
 #include <sys/pidfd.h>  // glibc 2.36 forgets to say that it is C
@@ -14,7 +14,7 @@ extern "C" {
 #include <sstream>
 #include <string_view>
 
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 namespace bench {
 

@@ -1,9 +1,9 @@
-#include "bench/questions.h"
+#include "rig/questions.h"
 
 #include <stdexcept>
 #include <utility>
 
-#include "tests/recorder/end_to_end/cameras.h"
+#include "rig/cameras.h"
 
 namespace bench {
 

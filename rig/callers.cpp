@@ -1,4 +1,4 @@
-#include "bench/callers.h"
+#include "rig/callers.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "bench/record_keeper.h"
+#include "tests/long/record_keeper.h"
 
 #include <json/json.h>
 

@@ -1,4 +1,4 @@
-#include "bench/rude_clients.h"
+#include "tests/long/rude_clients.h"
 
 #include <algorithm>
 #include <chrono>

@@ -4,7 +4,7 @@
 #include <random>
 #include <vector>
 
-#include "bench/processes.h"
+#include "rig/processes.h"
 
 // Processes of this program's own recorder, and their end.
 

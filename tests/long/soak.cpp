@@ -16,13 +16,13 @@
 #include <thread>
 #include <vector>
 
-#include "bench/callers.h"
-#include "bench/processes.h"
-#include "bench/questions.h"
-#include "bench/report.h"
-#include "bench/rude_clients.h"
-#include "tests/recorder/end_to_end/cameras.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/callers.h"
+#include "rig/cameras.h"
+#include "rig/processes.h"
+#include "rig/questions.h"
+#include "rig/recorder.h"
+#include "tests/long/report.h"
+#include "tests/long/rude_clients.h"
 
 namespace bench {
 

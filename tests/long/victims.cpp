@@ -1,4 +1,4 @@
-#include "bench/victims.h"
+#include "tests/long/victims.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

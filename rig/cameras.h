@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/recorder.h"
 
 // Configurations of simulated cameras, requests for them, and what their answers hold.
 

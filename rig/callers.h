@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "bench/http_client.h"
+#include "rig/http_client.h"
 
 namespace bench {
 

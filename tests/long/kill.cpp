@@ -16,13 +16,13 @@
 #include <thread>
 #include <vector>
 
-#include "bench/callers.h"
-#include "bench/processes.h"
-#include "bench/questions.h"
-#include "bench/record_keeper.h"
-#include "bench/report.h"
-#include "bench/victims.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/callers.h"
+#include "rig/processes.h"
+#include "rig/questions.h"
+#include "rig/recorder.h"
+#include "tests/long/record_keeper.h"
+#include "tests/long/report.h"
+#include "tests/long/victims.h"
 
 namespace bench {
 

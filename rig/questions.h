@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/callers.h"
-#include "tests/recorder/end_to_end/support.h"
+#include "rig/callers.h"
+#include "rig/recorder.h"
 
 // Requests whose answers carry a mark. Every caller has a camera model and a camera of its own, whose picture has a
 // size of its own; the rows of its lists have names that are used once; and a faulty camera has its error code.
