@@ -1,0 +1,27 @@
+# Each library is looked for here, once; tests/googletest.cmake has GoogleTest. docs/dependencies.md says what each is for.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+if(MODULE_ONLY)
+  return()
+endif()
+
+# The recorder's.
+find_package(SQLite3 REQUIRED)
+find_package(SQLiteCpp REQUIRED)
+find_package(valijson REQUIRED)  # headers alone, in the system's include folder
+pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
+pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil)
+pkg_check_modules(LIBCURL REQUIRED IMPORTED_TARGET libcurl)
+pkg_check_modules(LIBXML2 REQUIRED IMPORTED_TARGET libxml-2.0)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
+if(PRODUCTS_ONLY OR CMAKE_CROSSCOMPILING)
+  return()
+endif()
+
+# Those of simulated cameras, tests and benchmarks.
+find_package(OpenSSL REQUIRED)
+pkg_check_modules(GSTREAMER REQUIRED IMPORTED_TARGET gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0
+                  gstreamer-sdp-1.0 gstreamer-rtsp-1.0 gstreamer-rtsp-server-1.0 gio-2.0)
+pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)
