@@ -1,8 +1,8 @@
 /// Says, in every view, when the recorder cannot be asked, and finds out when it can again. A test is never sent again
 /// from here.
 
-import { watchRecorder } from "./api.js";
-import { byId } from "./dom.js";
+import { byId } from "./parts/dom.js";
+import { watchRecorder } from "./recorder/api.js";
 
 const RETRY_AFTER_S = [5, 10, 20, 30]; // the last one again and again
 
@@ -13,7 +13,7 @@ const NOT_SIGNED_IN = {
 };
 
 /**
- * @param {import("./models.js").ModelList} models what is asked for, since it contacts no camera
+ * @param {import("./recorder/models.js").ModelList} models what is asked for, since it contacts no camera
  */
 export function watchConnection(models) {
   const offline = byId("offline", HTMLElement);

@@ -1,12 +1,12 @@
 /// Puts the page together: views by address, and passwords that do not outlive it.
 
 import { watchConnection } from "./banners.js";
-import { byId, prepareQuestions } from "./dom.js";
-import { KnownModels } from "./known-models.js";
-import { ManyCameras } from "./many-cameras.js";
-import { ModelList } from "./models.js";
-import { OneCamera } from "./one-camera.js";
-import { decode } from "./text.js";
+import { ManyCameras } from "./many/many-cameras.js";
+import { KnownModels } from "./models/known-models.js";
+import { OneCamera } from "./one/one-camera.js";
+import { byId, prepareQuestions } from "./parts/dom.js";
+import { ModelList } from "./recorder/models.js";
+import { decode } from "./text/text.js";
 
 /** @typedef {"one" | "many" | "models"} View */
 

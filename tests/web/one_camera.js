@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { renameSync, rmSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { test } from "node:test";
-import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/causes.js";
+import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
 import {
   RIGHT,
   WRONG,

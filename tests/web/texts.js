@@ -5,14 +5,14 @@ import { execFile } from "node:child_process";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { promisify } from "node:util";
-import { checkRows } from "./page/camera-list.js";
-import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/causes.js";
-import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/csv.js";
-import { exportForImport, exportResults } from "./page/list-export.js";
-import { notesOf, readListFile, readRows } from "./page/list-reading.js";
-import { ModelList } from "./page/models.js";
-import { splitPath } from "./page/path-login.js";
-import { STORED_PASSWORD } from "./page/api.js";
+import { checkRows } from "./page/list/camera-list.js";
+import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
+import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/text/csv.js";
+import { exportForImport, exportResults } from "./page/list/list-export.js";
+import { notesOf, readListFile, readRows } from "./page/list/list-reading.js";
+import { ModelList } from "./page/recorder/models.js";
+import { splitPath } from "./page/text/path-login.js";
+import { STORED_PASSWORD } from "./page/recorder/api.js";
 import { here, source } from "./stage.js";
 
 /** Works beside the browser tests, which come first. */

@@ -1,0 +1,77 @@
+/// The ways into the view of a list: a file, one that is dropped, rows that are pasted. Nothing is sent.
+
+import { readList, readListFile } from "../list/list-reading.js";
+import { byId, say } from "../parts/dom.js";
+
+/**
+ * @typedef {import("../list/list-reading.js").ReadList} ReadList
+ *
+ * @typedef {object} Surroundings
+ * @property {() => boolean} isRunning
+ * @property {(name: string) => Promise<boolean>} mayReplace asks, if there is a reason to, before the open list is left
+ * @property {(name: string, list: ReadList) => void} opened
+ */
+
+export class ListOpening {
+  /** @param {Surroundings} surroundings */
+  constructor(surroundings) {
+    this.surroundings = surroundings;
+    this.text = byId("many-text", HTMLTextAreaElement);
+    this.#listenForFiles();
+    this.#listenForDrops();
+    byId("many-read", HTMLButtonElement).addEventListener("click", () =>
+      this.#open("Pasted rows", readList(this.text.value)),
+    );
+  }
+
+  #listenForFiles() {
+    const file = byId("many-file", HTMLInputElement);
+    file.addEventListener("change", () => {
+      const [chosen] = file.files ?? [];
+      if (chosen) this.#openFile(chosen);
+      file.value = ""; // the same file can be chosen again
+    });
+    byId("many-other", HTMLButtonElement).addEventListener("click", () => file.click());
+  }
+
+  #listenForDrops() {
+    const view = byId("view-many", HTMLElement);
+    const drop = byId("many-drop", HTMLElement);
+    view.addEventListener("dragover", (event) => {
+      event.preventDefault();
+      drop.classList.add("over");
+    });
+    view.addEventListener("dragleave", () => drop.classList.remove("over"));
+    view.addEventListener("drop", (event) => {
+      event.preventDefault();
+      drop.classList.remove("over");
+      const [dropped] = event.dataTransfer?.files ?? [];
+      if (dropped) this.#openFile(dropped);
+    });
+  }
+
+  /** @param {File} file */
+  async #openFile(file) {
+    this.#open(file.name, readListFile(new Uint8Array(await file.arrayBuffer())));
+  }
+
+  /** A file that cannot be read replaces nothing. @param {string} name @param {ReadList} list */
+  async #open(name, list) {
+    const mistake = this.surroundings.isRunning() ? "not opened. Stop the run first." : list.mistake;
+    const text = byId("many-mistake", HTMLElement);
+    text.textContent = mistake ? `${name}: ${mistake}` : "";
+    text.hidden = mistake === "";
+    if (mistake) {
+      say(text.textContent ?? "");
+      text.focus();
+    } else if (await this.surroundings.mayReplace(name)) {
+      this.forgetPasswords();
+      this.surroundings.opened(name, list);
+    }
+  }
+
+  /** Pasted rows may hold some. */
+  forgetPasswords() {
+    this.text.value = "";
+  }
+}

@@ -1,0 +1,143 @@
+/// The view of the models that the recorder knows. Contacts no camera.
+
+import { button, byId, el, sayLater } from "../parts/dom.js";
+import * as api from "../recorder/api.js";
+import { labelOf } from "../recorder/models.js";
+import { counted, messageOf } from "../text/text.js";
+import { capabilityTable, describeCapabilities } from "./capabilities.js";
+
+/** @typedef {import("../recorder/api.js").Model} Model */
+
+const MOST_SHOWN = 200;
+
+/** An address of this view. @param {Model} model */
+const hashOf = ({ vendor, model }) => `#models/${encodeURIComponent(vendor)}/${encodeURIComponent(model)}`;
+
+export class KnownModels {
+  /** @type {api.StoredCamera[]} */
+  #stored = [];
+  #shownKey = "";
+
+  /**
+   * @param {import("../recorder/models.js").ModelList} models
+   * @param {(model: Model) => void} test
+   */
+  constructor(models, test) {
+    this.models = models;
+    this.test = test;
+    this.search = byId("models-search", HTMLInputElement);
+    this.search.addEventListener("input", () => {
+      this.#show();
+      sayLater(byId("models-count", HTMLElement).textContent ?? "");
+    });
+    byId("models-clear", HTMLButtonElement).addEventListener("click", () => {
+      this.search.value = "";
+      this.#show();
+      this.search.focus();
+    });
+    models.addEventListener("change", () => {
+      this.#show();
+      this.#showDetail();
+    });
+    this.#show();
+  }
+
+  /**
+   * Shows the view, with a model if the address names one.
+   * @param {string} vendor
+   * @param {string} model
+   */
+  open(vendor, model) {
+    this.vendor = vendor;
+    this.model = model;
+    this.#show();
+    this.#showDetail();
+    this.#readStored();
+  }
+
+  async #readStored() {
+    this.#stored = await api.listStoredCameras().catch(() => this.#stored);
+    const items = this.#stored.map((camera) => {
+      const name = `${camera.name || `Camera ${camera.id}`}, ${labelOf(camera)}`;
+      const channel = camera.channel ? `, channel ${camera.channel}` : "";
+      const show = button(name + channel, () => this.#showStored(camera), { class: "link" });
+      return el(
+        "li",
+        {},
+        show,
+        " ",
+        el("a", { href: `#camera/${camera.id}`, text: "Test", "aria-label": `Test ${name}` }),
+      );
+    });
+    byId("models-used-list", HTMLElement).replaceChildren(...items);
+    byId("models-used", HTMLElement).hidden = items.length === 0;
+  }
+
+  #show() {
+    const { models } = this;
+    const found = models.search(this.search.value);
+    const isLoading = models.state === "loading";
+    byId("models-incomplete", HTMLElement).hidden = models.isComplete;
+    byId("models-none", HTMLElement).hidden = found.length > 0 || models.state !== "ready";
+    const rest = found.length - MOST_SHOWN;
+    byId("models-count", HTMLElement).textContent = isLoading
+      ? "Reading the list"
+      : counted(found.length, "model") + (rest > 0 ? `, ${rest.toLocaleString("en")} not shown: type further` : "");
+    const items = isLoading
+      ? Array.from({ length: 8 }, () => el("li", { class: "skeleton", "aria-hidden": "true" }))
+      : found.slice(0, MOST_SHOWN).map((model) => el("li", {}, this.#linkTo(model)));
+    byId("models-list", HTMLElement).replaceChildren(...items);
+  }
+
+  /** @param {Model} model */
+  #linkTo(model) {
+    const isCurrent = model.vendor === this.vendor && model.model === this.model;
+    return el("a", { href: hashOf(model), text: labelOf(model), "aria-current": isCurrent ? "true" : null });
+  }
+
+  async #showDetail() {
+    if (this.vendor === undefined) return;
+    const model = this.models.find(this.vendor, this.model ?? "");
+    if (!model) {
+      if (this.vendor && this.models.state === "ready")
+        this.#put("No such model", [el("p", { text: "It is not in the list." })]);
+      return;
+    }
+    const key = hashOf(model);
+    if (key === this.#shownKey) return;
+    this.#shownKey = key;
+    this.#put(labelOf(model), [el("p", { class: "muted", text: "Reading" })]);
+    const content = await this.#describe(model);
+    if (this.#shownKey === key) this.#put(labelOf(model), content);
+  }
+
+  /** @param {Model} model @returns {Promise<HTMLElement[]>} */
+  async #describe(model) {
+    const test = button("Test a camera with this model", () => this.test(model), { class: "main" });
+    const path = el("p", { class: "hint", text: "The user gives the path of the stream." });
+    try {
+      const outcome = await api.readCapabilities(model.vendor, model.model);
+      const content = describeCapabilities(outcome, "Capabilities, from the model list");
+      return [test, ...(model.needsPath ? [path] : []), content];
+    } catch (error) {
+      this.#shownKey = ""; // the next try reads it again
+      return [el("p", { text: messageOf(error) })];
+    }
+  }
+
+  /** @param {api.StoredCamera} camera */
+  #showStored(camera) {
+    this.#shownKey = `stored ${camera.id}`;
+    const content = camera.capabilities
+      ? capabilityTable(camera.capabilities, "Capabilities, as the recorder keeps them")
+      : el("p", { text: "No model file knows this camera's model." });
+    this.#put(camera.name || `Camera ${camera.id}`, [content]);
+    byId("models-detail-title", HTMLElement).focus();
+  }
+
+  /** @param {string} title @param {HTMLElement[]} content */
+  #put(title, content) {
+    byId("models-detail-title", HTMLElement).textContent = title;
+    byId("models-detail-body", HTMLElement).replaceChildren(...content);
+  }
+}

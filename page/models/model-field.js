@@ -1,0 +1,169 @@
+/// A field that takes a model from the list: a combobox with a list box (WAI-ARIA Authoring Practices).
+
+import { button, el, sayLater } from "../parts/dom.js";
+import { labelOf } from "../recorder/models.js";
+import { counted } from "../text/text.js";
+
+/** @typedef {import("../recorder/api.js").Model} Model */
+
+const MOST_OPTIONS = 50;
+
+/** Tells of "change" when a model was taken, or the text cleared. */
+export class ModelField extends EventTarget {
+  /** @type {Model[]} what is drawn */
+  #options = [];
+  #active = -1;
+  #wasTyped = false; // the text narrows the list only after typing
+
+  /**
+   * @param {HTMLInputElement} input the list and its button come after it
+   * @param {import("../recorder/models.js").ModelList} list
+   */
+  constructor(input, list) {
+    super();
+    this.input = input;
+    this.list = list;
+    this.box = el("ul", {
+      id: `${input.id}-list`,
+      role: "listbox",
+      class: "options",
+      "aria-label": "Choices",
+      hidden: true,
+    });
+    const opener = button("▾", () => this.#toggle(), { class: "opener", tabindex: -1, "aria-hidden": "true" });
+    opener.addEventListener("mousedown", (event) => event.preventDefault());
+    input.after(opener, this.box);
+    for (const [name, value] of Object.entries({
+      role: "combobox",
+      "aria-autocomplete": "list",
+      "aria-expanded": "false",
+      "aria-controls": this.box.id,
+      autocomplete: "off",
+      spellcheck: "false",
+    })) {
+      input.setAttribute(name, value);
+    }
+    input.addEventListener("input", () => this.#typed());
+    input.addEventListener("keydown", (event) => this.#key(event));
+    input.addEventListener("click", () => this.#open());
+    input.addEventListener("blur", () => this.#close());
+    this.box.addEventListener("mousedown", (event) => event.preventDefault()); // the input keeps the focus
+    this.box.addEventListener("click", (event) => this.#click(event));
+  }
+
+  /** The model that the text names, or null. */
+  get value() {
+    return this.list.findText(this.input.value);
+  }
+
+  /** Sets the model without telling. @param {Model | null} model */
+  set value(model) {
+    this.input.value = model ? labelOf(model) : "";
+    this.#wasTyped = false;
+  }
+
+  get isOpen() {
+    return !this.box.hidden;
+  }
+
+  #typed() {
+    this.#wasTyped = true;
+    this.#open();
+    this.dispatchEvent(new Event("change"));
+  }
+
+  #toggle() {
+    this.input.focus();
+    if (this.isOpen) this.#close();
+    else this.#open();
+  }
+
+  #open() {
+    if (this.input.disabled) return;
+    if (!this.#wasTyped) this.input.select(); // typing replaces what stands there
+    const found = this.list.search(this.#wasTyped ? this.input.value : "");
+    this.#options = found.slice(0, MOST_OPTIONS);
+    const chosen = this.value;
+    this.#draw(found.length);
+    this.box.hidden = false;
+    this.input.setAttribute("aria-expanded", "true");
+    this.#activate(this.#wasTyped || !chosen ? -1 : this.#options.indexOf(chosen));
+    sayLater(counted(found.length, "model"));
+  }
+
+  #close() {
+    this.box.hidden = true;
+    this.input.setAttribute("aria-expanded", "false");
+    this.input.removeAttribute("aria-activedescendant");
+    sayLater("");
+  }
+
+  /** @param {number} count */
+  #draw(count) {
+    const options = this.#options.map((model, i) =>
+      el("li", { id: `${this.box.id}-${i}`, role: "option", "aria-selected": "false", text: labelOf(model) }),
+    );
+    const rest = count - options.length;
+    const notes = [];
+    if (rest > 0) notes.push(`${rest.toLocaleString("en")} more: type further`);
+    if (count === 0) notes.push("No model matches. ONVIF or “Any camera (stream path)” will do.");
+    this.box.replaceChildren(
+      ...options,
+      ...notes.map((text) => el("li", { role: "presentation", class: "note", text })),
+    );
+  }
+
+  /** @param {number} index -1 for none */
+  #activate(index) {
+    this.#active = index;
+    for (const [i, option] of [...this.box.querySelectorAll('[role="option"]')].entries()) {
+      option.setAttribute("aria-selected", String(i === index));
+      if (i !== index) continue;
+      this.input.setAttribute("aria-activedescendant", option.id);
+      option.scrollIntoView({ block: "nearest" });
+    }
+    if (index < 0) this.input.removeAttribute("aria-activedescendant");
+  }
+
+  /** @param {number} step */
+  #move(step) {
+    if (!this.isOpen) return this.#open();
+    const last = this.#options.length - 1;
+    if (last < 0) return;
+    const next = this.#active + step;
+    this.#activate(next < 0 ? last : next > last ? 0 : next);
+  }
+
+  #take(/** @type {Model} */ model) {
+    this.value = model;
+    this.#close();
+    this.dispatchEvent(new Event("change"));
+  }
+
+  #clear() {
+    this.value = null;
+    this.dispatchEvent(new Event("change"));
+  }
+
+  /** @param {MouseEvent} event */
+  #click(event) {
+    const option = event.target instanceof Element ? event.target.closest('[role="option"]') : null;
+    const model = option && this.#options[[...this.box.children].indexOf(option)];
+    if (model) this.#take(model);
+  }
+
+  /** @param {KeyboardEvent} event */
+  #key(event) {
+    if (event.isComposing) return;
+    const active = this.#options[this.#active];
+    if (event.key === "ArrowDown") this.#move(1);
+    else if (event.key === "ArrowUp") this.#move(-1);
+    else if (event.key === "Enter" && this.isOpen && active) this.#take(active);
+    else if (event.key === "Enter" && this.isOpen && this.#options.length > 0 && !this.value) this.#close();
+    else if (event.key === "Escape" && this.isOpen) this.#close();
+    else if (event.key === "Escape" && this.input.value !== "" && !this.input.readOnly) this.#clear();
+    else return; // Tab leaves without taking; Enter on a closed list is the form's
+    event.preventDefault();
+    event.stopPropagation();
+  }
+}

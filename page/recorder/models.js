@@ -1,0 +1,111 @@
+/// The list of models, as the page names, finds and suggests them.
+
+import { messageOf } from "../text/text.js";
+import { listModels } from "./api.js";
+
+/** @typedef {import("./api.js").Model} Model */
+
+const USER = "User";
+const PROTOCOLS = ["ONVIF", "PSIA"]; // vendors that name a protocol: one model each, and the camera is asked
+
+/** @param {{vendor: string}} model */
+export const isUserDefined = (model) => model.vendor === USER;
+
+/** @param {{vendor: string}} model */
+export const isAsked = (model) => PROTOCOLS.includes(model.vendor);
+
+/** @param {{vendor: string}} model */
+export const defaultPort = (model) => (isUserDefined(model) ? 554 : 80);
+
+/** @param {{vendor: string, model: string}} model */
+export function labelOf({ vendor, model }) {
+  if (vendor === USER) return "Any camera (stream path)";
+  return isAsked({ vendor }) ? vendor : `${vendor} ${model}`;
+}
+
+/** @param {string} text */
+const words = (text) => text.toLowerCase().split(/\s+/).filter(Boolean);
+
+/** Levenshtein distance. @param {string} one @param {string} other */
+function distance(one, other) {
+  let row = Array.from({ length: other.length + 1 }, (_, i) => i);
+  for (let i = 1; i <= one.length; ++i) {
+    const next = [i];
+    for (let j = 1; j <= other.length; ++j) {
+      const swap = (row[j - 1] ?? 0) + (one[i - 1] === other[j - 1] ? 0 : 1);
+      next.push(Math.min((row[j] ?? 0) + 1, (next[j - 1] ?? 0) + 1, swap));
+    }
+    row = next;
+  }
+  return row[other.length] ?? 0;
+}
+
+/** Tells of "change" when it was loaded or could not be. */
+export class ModelList extends EventTarget {
+  /** @type {Model[]} */
+  models = [];
+  /** @type {"loading" | "ready" | "failed"} */
+  state = "loading";
+  isComplete = true;
+  trouble = "";
+
+  /** Contacts no camera. Keeps the last list when it fails. */
+  async load() {
+    try {
+      Object.assign(this, await listModels(), { state: "ready", trouble: "" });
+    } catch (error) {
+      this.trouble = messageOf(error);
+      if (this.models.length === 0) this.state = "failed";
+    }
+    this.dispatchEvent(new Event("change"));
+  }
+
+  /** Models whose vendor and model hold every word. @param {string} text */
+  search(text) {
+    const wanted = words(text);
+    return this.models.filter((model) => {
+      const name = `${model.vendor} ${model.model} ${labelOf(model)}`.toLowerCase();
+      return wanted.every((word) => name.includes(word));
+    });
+  }
+
+  /** @param {string} text a label, or vendor and model @returns {Model | null} */
+  findText(text) {
+    const wanted = words(text).join(" ");
+    const names = (/** @type {Model} */ model) => [labelOf(model), `${model.vendor} ${model.model}`];
+    return this.models.find((model) => names(model).some((name) => words(name).join(" ") === wanted)) ?? null;
+  }
+
+  /**
+   * Capitals do not matter; a protocol's model has no name of its own, nor has the only model of a vendor need of one.
+   * @param {string} vendor
+   * @param {string} model
+   * @returns {Model | null}
+   */
+  find(vendor, model) {
+    const same = (/** @type {string} */ one, /** @type {string} */ other) => one.toLowerCase() === other.toLowerCase();
+    const ofVendor = this.models.filter((entry) => same(entry.vendor, vendor));
+    const only = ofVendor.length === 1 ? ofVendor[0] : undefined;
+    if (only && (model === "" || isAsked(only) || isUserDefined(only))) return only;
+    return ofVendor.find((entry) => same(entry.model, model)) ?? null;
+  }
+
+  /** Names most like this text. @param {string} text */
+  nearest(text) {
+    const wanted = text.toLowerCase();
+    return this.models
+      .map((model) => ({ label: labelOf(model), far: distance(wanted, labelOf(model).toLowerCase()) }))
+      .sort((one, other) => one.far - other.far)
+      .slice(0, 2)
+      .map(({ label }) => label);
+  }
+
+  /** What a new camera most likely is. */
+  preferred() {
+    return this.models.find((model) => model.vendor === "ONVIF") ?? null;
+  }
+
+  userDefined() {
+    return this.models.find(isUserDefined) ?? null;
+  }
+}

@@ -1,0 +1,236 @@
+/// The testing of a list: what is sent when, what is held back, and when it stops to ask. Knows no document; what sends
+/// is given to it.
+
+import { UNTESTED, ridesInGroup } from "../list/camera-list.js";
+import { Trouble } from "../recorder/api.js";
+import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
+import { messageOf } from "../text/text.js";
+
+/**
+ * @typedef {import("../recorder/api.js").Verdict} Verdict
+ * @typedef {import("../list/camera-list.js").Row} Row
+ */
+
+/** A wrong password that all rows share costs this many logins: until one passes, no more are refused or in flight. */
+const FIRST_ROWS = 3;
+/** Requests in flight at a time; the recorder has room for one more, for others. */
+const LANES = 3;
+/** Most cameras in a request, which is answered when the slowest has answered: few, so that it holds few others. */
+const GROUP = 4;
+/** Requests for each lane that the rest of a run is cut into, so that groups grow smaller towards the end. */
+const CUTS = 3;
+/** Silent cameras hold nobody who is not silent too. The recorder tests this many side by side. */
+const SLOW_GROUP = 10;
+
+/** @param {Row} row */
+const hostOf = (row) => row.camera?.host.toLowerCase() ?? "";
+/** @param {Row} row */
+const rides = (row) => row.camera !== null && ridesInGroup(row.camera);
+
+/**
+ * The next rows to send together: in the file's order, never two of one host; or one that rides in no group.
+ * @param {Row[]} waiting
+ * @param {number} size
+ */
+function nextRows(waiting, size) {
+  /** @type {Map<string, Row>} */
+  const group = new Map();
+  for (const row of waiting.filter(rides)) {
+    if (group.size === size) break;
+    if (!group.has(hostOf(row))) group.set(hostOf(row), row);
+  }
+  return group.size > 0 ? [...group.values()] : waiting.slice(0, 1);
+}
+
+/** How many requests these rows take. @param {Row[]} rows @param {number} size of a group */
+function countRequests(rows, size) {
+  const riding = rows.filter(rides).length;
+  return Math.ceil(riding / size) + rows.length - riding;
+}
+
+/**
+ * Why a run stands still until somebody decides: all first logins were refused, or a request for so many rows was not
+ * answered.
+ * @typedef {{kind: "logins" | "trouble", text: string, rows: number}} Pause
+ *
+ * @typedef {object} Means
+ * @property {(rows: Row[], signal: AbortSignal) => Promise<Map<string, Verdict>>} testGroup verdicts by line
+ * @property {(row: Row, signal: AbortSignal) => Promise<Verdict>} testAlone
+ * @property {import("./refusals.js").Refusals} refusals
+ * @property {import("./slowness.js").Slowness} slowness
+ * @property {import("./estimate.js").Estimate} estimate
+ * @property {(rows: Row[]) => void} changed
+ */
+
+export class Run {
+  /** @type {Pause | null} */
+  pause = null;
+  /** @type {"running" | "stopping"} */
+  state = "running";
+
+  /**
+   * Requests in flight: their rows, when they were sent, and their end.
+   * @type {Map<Row[], {sent: number, end: Promise<void>}>}
+   */
+  #inFlight = new Map();
+  #stop = new AbortController();
+  /** @type {() => void} */
+  #wake = () => {};
+
+  /**
+   * @param {Row[]} rows to be tested, in the file's order
+   * @param {boolean} isProven a login of this list passed before, so that groups are full ones from the start
+   * @param {Means} means
+   */
+  constructor(rows, isProven, means) {
+    this.rows = rows;
+    this.means = means;
+    this.isProven = isProven;
+    for (const row of rows) Object.assign(row, UNTESTED);
+    means.refusals.holdBack(rows);
+  }
+
+  /** Rows that are still to be sent. */
+  get waiting() {
+    return this.rows.filter((row) => row.result === "waiting");
+  }
+
+  /** How many rows need no more work. */
+  get done() {
+    return this.rows.filter(({ result }) => result !== "waiting" && result !== "testing").length;
+  }
+
+  /** Milliseconds that the run most likely still takes; 0 while nothing is known. */
+  get timeLeft() {
+    const waiting = this.state === "running" ? this.waiting : [];
+    const slow = waiting.filter(this.#isSlow);
+    const usual = waiting.filter((row) => !this.#isSlow(row));
+    const inFlight = [...this.#inFlight.values()].map(({ sent }) => Date.now() - sent);
+    return this.means.estimate.left(countRequests(usual, GROUP), countRequests(slow, SLOW_GROUP), inFlight, LANES);
+  }
+
+  /** Sends nothing more; what is in flight counts. */
+  stopSending() {
+    this.state = "stopping";
+    this.resume();
+  }
+
+  /** Waits for nothing more; rows in flight become unknown. */
+  stopNow() {
+    this.stopSending();
+    this.#stop.abort();
+  }
+
+  /** Goes on after a pause; refused logins then no longer stop the run. */
+  resume() {
+    if (this.pause?.kind === "logins") this.isProven = true;
+    this.pause = null;
+    this.#wake();
+  }
+
+  /** Tests until nothing is left or it was stopped. */
+  async test() {
+    for (;;) {
+      if (this.#inFlight.size === 0) await this.#waitWhilePaused();
+      this.#fillLanes();
+      if (this.#inFlight.size === 0) break;
+      await Promise.race([...[...this.#inFlight.values()].map(({ end }) => end), this.#woken()]);
+    }
+    for (const row of this.rows) row.asHeld = false; // the answer to a question holds for one run
+  }
+
+  #woken() {
+    return new Promise((resolve) => {
+      this.#wake = () => resolve(undefined);
+    });
+  }
+
+  #fillLanes() {
+    while (this.state === "running" && !this.pause && this.#inFlight.size < LANES) {
+      const rows = this.#next();
+      if (rows.length === 0) return;
+      const request = { sent: Date.now(), end: Promise.resolve() };
+      this.#inFlight.set(rows, request);
+      request.end = this.#send(rows).finally(() => this.#inFlight.delete(rows));
+    }
+  }
+
+  #isSlow = (/** @type {Row} */ row) => row.camera !== null && this.means.slowness.isLikely(row.camera);
+
+  /** What to send next; nothing while that could cost too many logins. */
+  #next() {
+    const sent = [...this.#inFlight.keys()].flat();
+    if (!this.isProven && sent.length + this.#refused >= FIRST_ROWS) return [];
+    const busy = new Set(sent.map(hostOf));
+    const free = this.waiting.filter((row) => !busy.has(hostOf(row)));
+    const usual = free.filter((row) => !this.#isSlow(row));
+    const size = Math.min(GROUP, Math.ceil(usual.filter(rides).length / (LANES * CUTS)));
+    return usual.length > 0
+      ? nextRows(usual, this.isProven ? size : 1)
+      : nextRows(free, this.isProven ? SLOW_GROUP : 1);
+  }
+
+  /** @param {Row[]} rows @returns {Promise<Map<string, Verdict>>} */
+  async #ask(rows) {
+    const [row] = rows;
+    if (!row || rides(row)) return this.means.testGroup(rows, this.#stop.signal);
+    return new Map([[String(row.line), await this.means.testAlone(row, this.#stop.signal)]]);
+  }
+
+  /** @param {Row[]} rows */
+  async #send(rows) {
+    const isLikely = rows.every(this.#isSlow);
+    const sent = Date.now();
+    for (const row of rows) Object.assign(row, { result: "testing", asHeld: false });
+    this.means.changed(rows);
+    try {
+      const verdicts = await this.#ask(rows);
+      for (const row of rows) this.#settle(row, verdicts.get(String(row.line)));
+      const hadSilent = rows.some(({ code }) => code === TIMED_OUT);
+      this.means.estimate.note(Date.now() - sent, hadSilent, isLikely);
+    } catch (error) {
+      this.#giveUp(rows, error);
+    }
+    this.means.changed([...rows, ...this.means.refusals.holdBack(this.waiting)]);
+  }
+
+  /** @param {Row} row @param {Verdict | undefined} verdict */
+  #settle(row, verdict) {
+    if (!verdict) {
+      Object.assign(row, { result: "unknown", note: "The recorder's answer left this row out." });
+      return;
+    }
+    const { code, cause = "" } = verdict;
+    Object.assign(row, { result: code === 0 ? "passed" : "failed", code, cause, testedAt: new Date() });
+    if (row.camera) this.means.refusals.note(row.camera, code);
+    if (row.camera) this.means.slowness.note(row.camera, verdict);
+    if (code === 0) this.isProven = true;
+  }
+
+  /** @param {Row[]} rows @param {unknown} error */
+  #giveUp(rows, error) {
+    const text = messageOf(error);
+    const isStop = error instanceof Trouble && error.kind === "stopped";
+    for (const row of rows) Object.assign(row, { result: "unknown", note: text });
+    if (!isStop && this.state === "running") this.pause = { kind: "trouble", text, rows: rows.length };
+  }
+
+  get #refused() {
+    return this.rows.filter((row) => row.code === LOGIN_REFUSED).length;
+  }
+
+  /** @returns {Pause | null} */
+  #pauseOfLogins() {
+    const rows = this.#refused;
+    if (this.isProven || rows < FIRST_ROWS || this.waiting.length === 0) return null;
+    const text = `The first ${rows} logins were all refused. Is the shared password right?`;
+    return { kind: "logins", text, rows };
+  }
+
+  async #waitWhilePaused() {
+    while (this.state === "running" && (this.pause ??= this.#pauseOfLogins())) {
+      this.means.changed([]);
+      await this.#woken();
+    }
+  }
+}
