@@ -2,7 +2,7 @@
 /// from here.
 
 import { byId } from "./parts/dom.js";
-import { watchRecorder } from "./recorder/api.js";
+import { watchRecorder } from "./recorder/request.js";
 
 const RETRY_AFTER_S = [5, 10, 20, 30]; // the last one again and again
 

@@ -7,6 +7,7 @@ import { PicturePlace } from "../parts/picture.js";
 import * as api from "../recorder/api.js";
 import { capabilityCause, sizeCause } from "../recorder/causes.js";
 import { isAsked, isUserDefined, labelOf } from "../recorder/models.js";
+import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
 
 /**
@@ -75,7 +76,7 @@ export class Findings {
     try {
       await question();
     } catch (error) {
-      if (error instanceof api.Trouble && error.kind === "stopped") throw error;
+      if (error instanceof Trouble && error.kind === "stopped") throw error;
       this.panel.note(`${what}: ${messageOf(error)}`);
     }
   }

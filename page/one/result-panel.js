@@ -1,8 +1,8 @@
 /// The panel that says what came of a test of one camera.
 
 import { byId, el } from "../parts/dom.js";
-import { Trouble } from "../recorder/api.js";
 import { testCause } from "../recorder/causes.js";
+import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
 
 /**

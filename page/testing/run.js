@@ -2,8 +2,8 @@
 /// is given to it.
 
 import { UNTESTED, ridesInGroup } from "../list/camera-list.js";
-import { Trouble } from "../recorder/api.js";
 import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
+import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
 
 /**
