@@ -1,0 +1,109 @@
+/// The test of one camera: what is sent, one at a time, and what is said about it.
+
+import { ask, say } from "../parts/dom.js";
+import { testCamera } from "../recorder/api.js";
+import { Refusals } from "../testing/refusals.js";
+import { failureOf, troubleOf } from "./result-panel.js";
+import { TestButtons } from "./test-buttons.js";
+
+/**
+ * @typedef {import("../recorder/api.js").Camera} Camera
+ *
+ * @typedef {object} Surroundings
+ * @property {import("./result-panel.js").ResultPanel} panel
+ * @property {import("./findings.js").Findings} findings
+ * @property {import("./earlier.js").EarlierMarks} marks
+ * @property {() => boolean} needsPath whether the path is the user's, and not the model's
+ */
+
+const REFUSALS_BEFORE_ASKING = 2;
+
+export class OneTest {
+  /** @type {AbortController | null} while it runs */
+  #running = null;
+  #refusals = new Refusals();
+  #hasPassed = false; // the latest test
+  /** When the latest test began. @type {import("./earlier.js").Moment} */
+  #began = { place: "", values: "" };
+  #buttons = new TestButtons(() => this.#running?.abort());
+
+  /** @param {Surroundings} surroundings */
+  constructor({ panel, findings, marks, needsPath }) {
+    this.panel = panel;
+    this.findings = findings;
+    this.marks = marks;
+    this.needsPath = needsPath;
+  }
+
+  get isRunning() {
+    return this.#running !== null;
+  }
+
+  forgetPasswords() {
+    this.#refusals.forgetPasswords();
+  }
+
+  /** Asks first, if this user's logins were refused before. @param {Camera} camera */
+  async run(camera) {
+    if (this.#refusals.count(camera) >= REFUSALS_BEFORE_ASKING) {
+      const question = "Two logins were refused. Another may lock this user out. Test anyway?";
+      if (!(await ask(question, "Test anyway"))) return;
+    }
+    const running = new AbortController();
+    this.#begin(running);
+    try {
+      const verdict = await testCamera(camera, running.signal);
+      this.#refusals.note(camera, verdict.code);
+      if (verdict.code !== 0) this.#showFailure(verdict);
+      else await this.#lookCloser(camera, running.signal);
+    } catch (error) {
+      this.#showTrouble(error);
+    } finally {
+      this.#running = null;
+      this.#buttons.end();
+    }
+  }
+
+  /** @param {AbortController} running */
+  #begin(running) {
+    this.#running = running;
+    this.#began = this.marks.now();
+    this.#hasPassed = false;
+    this.#buttons.begin();
+    this.panel.show({ kind: "none", title: "Testing", text: "The recorder contacts the camera." });
+    this.marks.drop("one-result-earlier");
+    say("Testing");
+  }
+
+  /** @param {Camera} camera @param {AbortSignal} signal */
+  async #lookCloser(camera, signal) {
+    this.#showResult({ kind: "ok", title: "Camera works", text: "The recorder logged in and found video." });
+    this.#hasPassed = true;
+    say("Passed: camera works");
+    await this.findings.lookCloser(camera, this.#began, signal);
+  }
+
+  /** @param {import("./result-panel.js").Result} result */
+  #showResult(result) {
+    this.panel.show(result);
+    this.marks.set("one-result-earlier", this.#began, { values: "Result of the earlier values" });
+  }
+
+  /** @param {import("../recorder/api.js").Verdict} verdict */
+  #showFailure(verdict) {
+    const result = failureOf(verdict, this.needsPath());
+    this.#showResult(result);
+    say(`Failed: ${result.title.charAt(0).toLowerCase()}${result.title.slice(1)}`);
+  }
+
+  /** @param {unknown} error */
+  #showTrouble(error) {
+    const result = troubleOf(error);
+    if (result.kind === "none" && this.#hasPassed) {
+      this.panel.note(result.text); // only what comes after the test was stopped
+      return;
+    }
+    this.#showResult(result);
+    say(`${result.title}. ${result.text}`);
+  }
+}

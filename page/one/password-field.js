@@ -1,0 +1,30 @@
+/// The password of one camera: its field, which can be shown, and how often it was changed.
+
+import { byId } from "../parts/dom.js";
+
+export class PasswordField {
+  #show = byId("one-show", HTMLButtonElement);
+  /** No more than this is kept of a password. */
+  changes = 0;
+
+  /** @param {HTMLInputElement} input */
+  constructor(input) {
+    this.input = input;
+    this.input.addEventListener("input", () => ++this.changes);
+    this.#show.addEventListener("click", () => this.#toggle());
+  }
+
+  #toggle() {
+    const isShown = this.input.type === "text";
+    this.input.type = isShown ? "password" : "text";
+    const [word] = this.#show.childNodes; // "password" follows it, out of sight
+    if (word) word.textContent = isShown ? "Show" : "Hide";
+  }
+
+  /** A field that is not to be used holds nothing. @param {boolean} isDisabled */
+  set disabled(isDisabled) {
+    this.input.disabled = isDisabled;
+    this.#show.disabled = isDisabled;
+    if (isDisabled) this.input.value = "";
+  }
+}
