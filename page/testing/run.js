@@ -1,10 +1,12 @@
 /// The testing of a list: what is sent when, what is held back, and when it stops to ask. Knows no document; what sends
 /// is given to it.
 
-import { UNTESTED, ridesInGroup } from "../list/camera-list.js";
+import { UNTESTED } from "../list/camera-list.js";
 import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
+import { LANES, countRequests, nextRequest, rides } from "./grouping.js";
+import { Lanes } from "./lanes.js";
 
 /**
  * @typedef {import("../recorder/api.js").Verdict} Verdict
@@ -13,40 +15,6 @@ import { messageOf } from "../text/text.js";
 
 /** A wrong password that all rows share costs this many logins: until one passes, no more are refused or in flight. */
 const FIRST_ROWS = 3;
-/** Requests in flight at a time; the recorder has room for one more, for others. */
-const LANES = 3;
-/** Most cameras in a request, which is answered when the slowest has answered: few, so that it holds few others. */
-const GROUP = 4;
-/** Requests for each lane that the rest of a run is cut into, so that groups grow smaller towards the end. */
-const CUTS = 3;
-/** Silent cameras hold nobody who is not silent too. The recorder tests this many side by side. */
-const SLOW_GROUP = 10;
-
-/** @param {Row} row */
-const hostOf = (row) => row.camera?.host.toLowerCase() ?? "";
-/** @param {Row} row */
-const rides = (row) => row.camera !== null && ridesInGroup(row.camera);
-
-/**
- * The next rows to send together: in the file's order, never two of one host; or one that rides in no group.
- * @param {Row[]} waiting
- * @param {number} size
- */
-function nextRows(waiting, size) {
-  /** @type {Map<string, Row>} */
-  const group = new Map();
-  for (const row of waiting.filter(rides)) {
-    if (group.size === size) break;
-    if (!group.has(hostOf(row))) group.set(hostOf(row), row);
-  }
-  return group.size > 0 ? [...group.values()] : waiting.slice(0, 1);
-}
-
-/** How many requests these rows take. @param {Row[]} rows @param {number} size of a group */
-function countRequests(rows, size) {
-  const riding = rows.filter(rides).length;
-  return Math.ceil(riding / size) + rows.length - riding;
-}
 
 /**
  * Why a run stands still until somebody decides: all first logins were refused, or a request for so many rows was not
@@ -67,15 +35,8 @@ export class Run {
   pause = null;
   /** @type {"running" | "stopping"} */
   state = "running";
-
-  /**
-   * Requests in flight: their rows, when they were sent, and their end.
-   * @type {Map<Row[], {sent: number, end: Promise<void>}>}
-   */
-  #inFlight = new Map();
+  #lanes = new Lanes();
   #stop = new AbortController();
-  /** @type {() => void} */
-  #wake = () => {};
 
   /**
    * @param {Row[]} rows to be tested, in the file's order
@@ -103,10 +64,8 @@ export class Run {
   /** Milliseconds that the run most likely still takes; 0 while nothing is known. */
   get timeLeft() {
     const waiting = this.state === "running" ? this.waiting : [];
-    const slow = waiting.filter(this.#isSlow);
-    const usual = waiting.filter((row) => !this.#isSlow(row));
-    const inFlight = [...this.#inFlight.values()].map(({ sent }) => Date.now() - sent);
-    return this.means.estimate.left(countRequests(usual, GROUP), countRequests(slow, SLOW_GROUP), inFlight, LANES);
+    const { usual, slow } = countRequests(waiting, this.#isSlow);
+    return this.means.estimate.left(usual, slow, this.#lanes.ages, LANES);
   }
 
   /** Sends nothing more; what is in flight counts. */
@@ -125,33 +84,25 @@ export class Run {
   resume() {
     if (this.pause?.kind === "logins") this.isProven = true;
     this.pause = null;
-    this.#wake();
+    this.#lanes.wake();
   }
 
   /** Tests until nothing is left or it was stopped. */
   async test() {
     for (;;) {
-      if (this.#inFlight.size === 0) await this.#waitWhilePaused();
+      if (this.#lanes.size === 0) await this.#waitWhilePaused();
       this.#fillLanes();
-      if (this.#inFlight.size === 0) break;
-      await Promise.race([...[...this.#inFlight.values()].map(({ end }) => end), this.#woken()]);
+      if (this.#lanes.size === 0) break;
+      await this.#lanes.moved();
     }
     for (const row of this.rows) row.asHeld = false; // the answer to a question holds for one run
   }
 
-  #woken() {
-    return new Promise((resolve) => {
-      this.#wake = () => resolve(undefined);
-    });
-  }
-
   #fillLanes() {
-    while (this.state === "running" && !this.pause && this.#inFlight.size < LANES) {
+    while (this.state === "running" && !this.pause && this.#lanes.size < LANES) {
       const rows = this.#next();
       if (rows.length === 0) return;
-      const request = { sent: Date.now(), end: Promise.resolve() };
-      this.#inFlight.set(rows, request);
-      request.end = this.#send(rows).finally(() => this.#inFlight.delete(rows));
+      this.#lanes.carry(rows, () => this.#send(rows));
     }
   }
 
@@ -159,15 +110,9 @@ export class Run {
 
   /** What to send next; nothing while that could cost too many logins. */
   #next() {
-    const sent = [...this.#inFlight.keys()].flat();
+    const sent = this.#lanes.rows;
     if (!this.isProven && sent.length + this.#refused >= FIRST_ROWS) return [];
-    const busy = new Set(sent.map(hostOf));
-    const free = this.waiting.filter((row) => !busy.has(hostOf(row)));
-    const usual = free.filter((row) => !this.#isSlow(row));
-    const size = Math.min(GROUP, Math.ceil(usual.filter(rides).length / (LANES * CUTS)));
-    return usual.length > 0
-      ? nextRows(usual, this.isProven ? size : 1)
-      : nextRows(free, this.isProven ? SLOW_GROUP : 1);
+    return nextRequest(this.waiting, sent, this.isProven, this.#isSlow);
   }
 
   /** @param {Row[]} rows @returns {Promise<Map<string, Verdict>>} */
@@ -230,7 +175,7 @@ export class Run {
   async #waitWhilePaused() {
     while (this.state === "running" && (this.pause ??= this.#pauseOfLogins())) {
       this.means.changed([]);
-      await this.#woken();
+      await this.#lanes.moved();
     }
   }
 }
