@@ -16,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include "recorder/utility/clock.h"
 #include "rig/callers.h"
 #include "rig/processes.h"
 #include "rig/questions.h"
@@ -28,8 +29,8 @@ namespace bench {
 
 namespace {
 
+using recorder::Clock;
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 constexpr int kCameraWorkers = 4;
 constexpr int kListWorkers = 2;               // the server's default

@@ -7,12 +7,14 @@
 #include <string>
 #include <thread>
 
+#include "recorder/utility/clock.h"
+
 namespace bench {
 
 namespace {
 
+using recorder::Clock;
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kLookAgain{1};
 

@@ -16,8 +16,6 @@ namespace recorder {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// A worker that cannot start is not tried without a pause.
 constexpr std::chrono::seconds kShortestLife{1};
 constexpr int kLongestQueue = 1024;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <vector>
 
 #include "recorder/ctl/serve/child_process.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
 
 namespace recorder {
@@ -27,7 +27,7 @@ class WorkerPool {
  private:
   struct Worker {
     ChildProcess process;
-    std::chrono::steady_clock::time_point start;
+    Clock::time_point start;
   };
   void Start(Worker& worker);
 

@@ -18,13 +18,13 @@
 #include <system_error>
 #include <utility>
 
+#include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using InterfaceList = std::unique_ptr<ifaddrs, Deleter<freeifaddrs>>;
 
 constexpr char kGroup[] = "239.255.255.250";
