@@ -15,7 +15,7 @@
 #include "recorder/media/access_unit.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
-#include "recorder/net/rtsp_client.h"
+#include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {

@@ -1,7 +1,7 @@
 #include <string>
 #include <vector>
 
-#include "recorder/net/login.h"
+#include "recorder/net/login/login.h"
 #include "recorder/net/text.h"
 #include "tests/fuzz/fuzz.h"
 

@@ -6,7 +6,7 @@
 #include "recorder/media/access_unit.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
-#include "recorder/net/sdp.h"
+#include "recorder/net/rtsp/sdp.h"
 #include "recorder/utility/translate.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"

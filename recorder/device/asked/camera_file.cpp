@@ -13,7 +13,7 @@
 #include "recorder/device/asked/psia/ask.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
-#include "recorder/net/hash.h"
+#include "recorder/net/login/hash.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"

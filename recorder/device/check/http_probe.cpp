@@ -6,7 +6,7 @@
 
 #include "recorder/device/check/multipart.h"
 #include "recorder/media/jpeg_check.h"
-#include "recorder/net/http_client.h"
+#include "recorder/net/http/http_client.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {

@@ -7,7 +7,7 @@
 
 #include "platform/device.h"
 #include "recorder/device/check/http_probe.h"
-#include "recorder/net/rtsp_client.h"
+#include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 

@@ -7,8 +7,8 @@
 #include <thread>
 #include <tuple>
 
-#include "recorder/net/http_client.h"
-#include "recorder/net/rtsp_client.h"
+#include "recorder/net/http/http_client.h"
+#include "recorder/net/rtsp/rtsp_client.h"
 
 // All that a camera sends counts for the request, whatever becomes of it.
 

@@ -2,7 +2,7 @@
 
 #include "recorder/device/check/multipart.h"
 #include "recorder/media/jpeg_check.h"
-#include "recorder/net/http_place.h"
+#include "recorder/net/http/http_place.h"
 
 namespace recorder {
 namespace {

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "recorder/net/rtsp_parser.h"
+#include "recorder/net/rtsp/rtsp_parser.h"
 
 namespace recorder {
 

@@ -1,4 +1,4 @@
-#include "recorder/net/login.h"
+#include "recorder/net/login/login.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

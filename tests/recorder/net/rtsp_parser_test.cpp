@@ -1,4 +1,4 @@
-#include "recorder/net/rtsp_parser.h"
+#include "recorder/net/rtsp/rtsp_parser.h"
 
 #include <gtest/gtest.h>
 

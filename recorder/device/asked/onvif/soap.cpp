@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "recorder/device/asked/onvif/username_token.h"
-#include "recorder/net/camera_login.h"
+#include "recorder/net/login/camera_login.h"
 #include "recorder/net/text.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/secrets.h"

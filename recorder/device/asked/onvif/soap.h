@@ -7,7 +7,7 @@
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_address.h"
-#include "recorder/net/http_session.h"
+#include "recorder/net/http/http_session.h"
 #include "recorder/utility/outcome.h"
 
 // SOAP 1.2 over HTTP as ONVIF speaks it; SOAP 1.1 is understood in answers.

@@ -7,7 +7,7 @@
 
 #include "platform/utility.h"
 #include "recorder/device/asked/xml.h"
-#include "recorder/net/hash.h"
+#include "recorder/net/login/hash.h"
 
 namespace recorder::onvif {
 namespace {

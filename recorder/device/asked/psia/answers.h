@@ -9,7 +9,7 @@
 
 #include "recorder/device/asked/camera_facts.h"
 #include "recorder/device/asked/xml.h"
-#include "recorder/net/http_session.h"
+#include "recorder/net/http/http_session.h"
 
 // What the answers of the PSIA IP media device API (1.0, 1.1) say. Elements are found by local name in any namespace,
 // since makers extend PSIA's. Pure functions, any thread; an answer of any content is safe to read.

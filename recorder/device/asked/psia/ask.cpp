@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "recorder/device/asked/psia/answers.h"
-#include "recorder/net/http_session.h"
+#include "recorder/net/http/http_session.h"
 #include "recorder/net/text.h"
 
 // At most six requests: device, channels, two for the chosen channel, inputs, motion detection.

@@ -1,4 +1,4 @@
-#include "recorder/net/http_transfer.h"
+#include "recorder/net/http/http_transfer.h"
 
 #include <unistd.h>
 
@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "recorder/net/http_status.h"
+#include "recorder/net/http/http_status.h"
 #include "recorder/net/socket.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/log.h"

@@ -1,4 +1,4 @@
-#include "recorder/net/login.h"
+#include "recorder/net/login/login.h"
 
 #include <sodium.h>
 
@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "platform/utility.h"
-#include "recorder/net/hash.h"
+#include "recorder/net/login/hash.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"

@@ -1,4 +1,4 @@
-#include "recorder/net/sdp.h"
+#include "recorder/net/rtsp/sdp.h"
 
 #include <algorithm>
 

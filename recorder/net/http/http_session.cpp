@@ -1,12 +1,12 @@
-#include "recorder/net/http_session.h"
+#include "recorder/net/http/http_session.h"
 
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "recorder/net/http_conversation.h"
-#include "recorder/net/http_place.h"
-#include "recorder/net/http_transfer.h"
+#include "recorder/net/http/http_conversation.h"
+#include "recorder/net/http/http_place.h"
+#include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {

@@ -1,4 +1,4 @@
-#include "recorder/net/camera_login.h"
+#include "recorder/net/login/camera_login.h"
 
 #include <algorithm>
 

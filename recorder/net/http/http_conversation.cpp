@@ -1,10 +1,10 @@
-#include "recorder/net/http_conversation.h"
+#include "recorder/net/http/http_conversation.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "recorder/net/camera_login.h"
-#include "recorder/net/http_status.h"
+#include "recorder/net/http/http_status.h"
+#include "recorder/net/login/camera_login.h"
 
 namespace recorder {
 

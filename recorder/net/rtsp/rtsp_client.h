@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/login.h"
-#include "recorder/net/rtsp_parser.h"
-#include "recorder/net/sdp.h"
+#include "recorder/net/login/login.h"
+#include "recorder/net/rtsp/rtsp_parser.h"
+#include "recorder/net/rtsp/sdp.h"
 #include "recorder/net/socket.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"

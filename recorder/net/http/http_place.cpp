@@ -1,9 +1,9 @@
-#include "recorder/net/http_place.h"
+#include "recorder/net/http/http_place.h"
 
 #include <new>
 #include <utility>
 
-#include "recorder/net/http_handles.h"
+#include "recorder/net/curl_handles.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 

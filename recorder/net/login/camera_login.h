@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/login.h"
+#include "recorder/net/login/login.h"
 
 // Logins to cameras, by the rules of the calling thread's RequestScope. All that makes a login goes through here: it is
 // the only place where the token of a lent password becomes a password.

@@ -1,4 +1,4 @@
-#include "recorder/net/hash.h"
+#include "recorder/net/login/hash.h"
 
 #include <array>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include "recorder/net/http_client.h"
+#include "recorder/net/http/http_client.h"
 
-#include "recorder/net/http_conversation.h"
-#include "recorder/net/http_place.h"
-#include "recorder/net/http_status.h"
-#include "recorder/net/http_transfer.h"
+#include "recorder/net/http/http_conversation.h"
+#include "recorder/net/http/http_place.h"
+#include "recorder/net/http/http_status.h"
+#include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {

@@ -1,4 +1,4 @@
-#include "recorder/net/http_status.h"
+#include "recorder/net/http/http_status.h"
 
 #include <algorithm>
 #include <array>

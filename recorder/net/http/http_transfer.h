@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "recorder/net/http_client.h"
-#include "recorder/net/http_handles.h"
-#include "recorder/net/http_place.h"
-#include "recorder/net/login.h"
+#include "recorder/net/curl_handles.h"
+#include "recorder/net/http/http_client.h"
+#include "recorder/net/http/http_place.h"
+#include "recorder/net/login/login.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 

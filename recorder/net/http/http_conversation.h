@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/http_place.h"
-#include "recorder/net/http_transfer.h"
-#include "recorder/net/login.h"
+#include "recorder/net/http/http_place.h"
+#include "recorder/net/http/http_transfer.h"
+#include "recorder/net/login/login.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 

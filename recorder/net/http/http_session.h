@@ -5,7 +5,7 @@
 #include <string>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/http_status.h"
+#include "recorder/net/http/http_status.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {

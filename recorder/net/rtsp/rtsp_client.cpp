@@ -1,10 +1,10 @@
-#include "recorder/net/rtsp_client.h"
+#include "recorder/net/rtsp/rtsp_client.h"
 
 #include <algorithm>
 #include <charconv>
 #include <utility>
 
-#include "recorder/net/camera_login.h"
+#include "recorder/net/login/camera_login.h"
 #include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
