@@ -9,8 +9,8 @@
 
 #include "recorder/ctl/progress.h"
 #include "recorder/http/cgi_answer.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/outcome.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 

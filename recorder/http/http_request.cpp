@@ -3,9 +3,8 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <charconv>
 
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 #include "recorder/records/trust.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
@@ -29,24 +28,8 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
 }
 
 std::string DecodeFormText(std::string_view text) {
-  std::string decoded;
-  decoded.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '+') {
-      decoded += ' ';
-    } else if (text[i] == '%') {
-      unsigned char byte = 0;
-      const char* digits = text.data() + i + 1;
-      if (i + 2 >= text.size() || std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2) {
-        throw HttpError(400, "a percent sign in a form or query must be followed by two hexadecimal digits");
-      }
-      decoded += static_cast<char>(byte);
-      i += 2;
-    } else {
-      decoded += text[i];
-    }
-  }
-  return decoded;
+  if (IsPercentEncoded(text)) return FormDecoded(text);
+  throw HttpError(400, "a percent sign in a form or query must be followed by two hexadecimal digits");
 }
 
 /// The Host header without its port.

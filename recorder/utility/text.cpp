@@ -49,6 +49,33 @@ std::size_t CharacterLength(std::string_view text, std::size_t i) {
 
 }  // namespace
 
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return lower;
+}
+
+bool EqualsIgnoreCase(std::string_view left, std::string_view right) { return LowerCase(left) == LowerCase(right); }
+
+bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix) {
+  return EqualsIgnoreCase(text.substr(0, prefix.size()), prefix);
+}
+
+std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+std::string_view TakeUntil(std::string_view& rest, char separator) {
+  const std::size_t end = rest.find(separator);
+  const std::string_view taken = rest.substr(0, end);
+  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+  return taken;
+}
+
 bool IsUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t length = CharacterLength(text, i);
@@ -72,13 +99,6 @@ std::string NormalizedHost(std::string_view host) {
   std::string normalized(WithoutBrackets(host));
   if (normalized.size() > 1 && normalized.back() == '.') normalized.pop_back();
   return LowerCase(normalized);
-}
-
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return lower;
 }
 
 bool HoldsControls(std::string_view text) {

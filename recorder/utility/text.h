@@ -8,8 +8,20 @@
 
 namespace recorder {
 
-/// `text` with the letters of ASCII in lower case, in no locale.
+// Text as header lines, lists and people hold it. Letters are those of ASCII, in no locale; any thread.
+
+/// `text` with its letters in lower case.
 std::string LowerCase(std::string_view text);
+
+bool EqualsIgnoreCase(std::string_view left, std::string_view right);
+
+bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix);
+
+/// `text` without blanks, tabs and line ends at both ends.
+std::string_view Trimmed(std::string_view text);
+
+/// Takes the text up to `separator` off the front of `rest`, the separator too; all of it when there is none.
+std::string_view TakeUntil(std::string_view& rest, char separator);
 
 /// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
 bool IsUtf8(std::string_view text);

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "recorder/net/login/login.h"
-#include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 #include "tests/fuzz/fuzz.h"
 
 // WWW-Authenticate values, one a line, and what is answered to the one that is chosen.

@@ -1,7 +1,7 @@
 #include <string>
 
 #include "recorder/device/check/multipart.h"
-#include "recorder/net/text.h"
+#include "recorder/utility/text.h"
 #include "tests/fuzz/fuzz.h"
 
 // An answer of several parts: a line with its content type, the body. The first byte tells how many bytes arrive at a

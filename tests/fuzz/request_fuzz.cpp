@@ -4,7 +4,6 @@
 
 #include "recorder/http/cgi_answer.h"
 #include "recorder/http/http_request.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 #include "tests/fuzz/fuzz.h"
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -36,20 +36,8 @@ std::size_t SchemeLength(std::string_view text) {
 
 /// Takes off percent-encoding (RFC 3986 section 2.1). What is none, such as a bare percent sign in a password, stays.
 std::string Decoded(std::string_view text) {
-  std::string decoded;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '%') {
-      decoded += text[i];
-      continue;
-    }
-    unsigned char byte = 0;
-    const std::string_view digits = text.substr(i + 1, 2);
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
-    if (digits.size() != 2 || error != std::errc() || end != digits.data() + 2) return std::string(text);
-    decoded += static_cast<char>(byte);
-    i += 2;
-  }
-  return IsUtf8(decoded) ? decoded : std::string(text);
+  const std::string decoded = PercentDecoded(text);
+  return IsPercentEncoded(text) && IsUtf8(decoded) ? decoded : std::string(text);
 }
 
 /// Splits what stands between scheme or login and path.

@@ -10,8 +10,8 @@
 #include <optional>
 #include <utility>
 
-#include "recorder/net/text.h"
 #include "recorder/utility/handle.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {

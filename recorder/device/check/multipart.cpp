@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 
 namespace recorder {
 namespace {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "recorder/net/curl_handles.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

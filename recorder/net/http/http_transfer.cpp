@@ -8,7 +8,6 @@
 
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/socket.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"

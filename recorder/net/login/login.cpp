@@ -10,7 +10,6 @@
 
 #include "platform/utility.h"
 #include "recorder/net/login/hash.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "recorder/net/login/camera_login.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 

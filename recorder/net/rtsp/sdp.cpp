@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {

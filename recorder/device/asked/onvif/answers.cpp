@@ -8,7 +8,8 @@
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
 #include "recorder/device/asked/onvif/uri.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
+#include "recorder/utility/text.h"
 
 namespace recorder::onvif {
 namespace {

@@ -1,14 +1,13 @@
 #include "recorder/device/asked/onvif/discovery_answers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <optional>
 #include <utility>
 
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_address.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
@@ -28,18 +27,6 @@ std::vector<std::string_view> Words(std::string_view text) {
     text.remove_prefix(end);
   }
   return words;
-}
-
-std::string PercentDecoded(std::string_view text) {
-  std::string decoded;
-  while (!text.empty()) {
-    unsigned int byte = 0;
-    const bool isEncoded = text.size() > 2 && text[0] == '%' &&
-                           std::from_chars(text.data() + 1, text.data() + 3, byte, 16).ptr == text.data() + 3;
-    decoded += isEncoded ? static_cast<char>(byte) : text[0];
-    text.remove_prefix(isEncoded ? 3 : 1);
-  }
-  return decoded;
 }
 
 /// `text` as it may be shown: one line of UTF-8 that cannot steer a terminal; "" when it cannot be made one.

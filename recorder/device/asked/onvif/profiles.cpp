@@ -7,7 +7,6 @@
 #include "recorder/device/asked/onvif/motion.h"
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
-#include "recorder/net/text.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 

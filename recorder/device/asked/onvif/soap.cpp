@@ -6,7 +6,6 @@
 
 #include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/net/login/camera_login.h"
-#include "recorder/net/text.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/secrets.h"
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 

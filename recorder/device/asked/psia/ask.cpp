@@ -5,7 +5,7 @@
 
 #include "recorder/device/asked/psia/answers.h"
 #include "recorder/net/http/http_session.h"
-#include "recorder/net/text.h"
+#include "recorder/net/percent.h"
 
 // At most six requests: device, channels, two for the chosen channel, inputs, motion detection.
 

@@ -3,16 +3,9 @@
 #include <string>
 #include <string_view>
 
+// Percent-encoding (RFC 3986 section 2.1). Pure; any thread.
+
 namespace recorder {
-
-// ASCII text as header lines hold it: no locale, any thread.
-
-/// `text` without blanks, tabs and line ends at both ends.
-std::string_view Trimmed(std::string_view text);
-
-bool EqualsIgnoreCase(std::string_view left, std::string_view right);
-
-bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix);
 
 /// Signs that stay in a path, beside letters and digits: those that have a place in an address (RFC 3986 sections 2.2
 /// and 2.3) but for '#', and the percent sign of what is encoded already.
@@ -24,7 +17,13 @@ inline constexpr std::string_view kUnreservedSigns = "-._~";
 /// `text` with all but letters, digits and `signs` percent-encoded.
 std::string PercentEncoded(std::string_view text, std::string_view signs);
 
-/// Takes the text up to `separator` off the front of `rest`, the separator too; all of it when there is none.
-std::string_view TakeUntil(std::string_view& rest, char separator);
+/// True when two hexadecimal digits follow each percent sign of `text`.
+bool IsPercentEncoded(std::string_view text);
+
+/// `text` decoded. A percent sign without two hexadecimal digits behind it stays as it is.
+std::string PercentDecoded(std::string_view text);
+
+/// The same of a form's key or value (application/x-www-form-urlencoded), where a plus sign is a blank.
+std::string FormDecoded(std::string_view text);
 
 }  // namespace recorder
