@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "recorder/net/camera_url.h"
 #include "recorder/net/login/camera_login.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
@@ -43,29 +44,6 @@ std::string MakeUri(const CameraAddress& address, std::string_view path) {
   const std::string_view withoutZone = host.substr(0, host.find('%'));  // of a link-local address: our own affair
   return "rtsp://" + WithBrackets(withoutZone) + ':' + std::to_string(address.port) +
          (path.starts_with('/') ? "" : "/") + PercentEncoded(path, kAddressSigns);
-}
-
-struct Location {
-  std::string_view host;  // with brackets, if it had them
-  int port = kRtspPort;
-  std::string_view path;
-};
-
-std::optional<Location> ParseLocation(std::string_view text) {
-  constexpr std::string_view kScheme = "rtsp://";
-  if (!StartsWithIgnoreCase(text, kScheme)) return std::nullopt;
-  text.remove_prefix(kScheme.size());
-  std::string_view authority = text.substr(0, text.find('/'));
-  Location location;
-  location.path = text.substr(authority.size());
-  if (const std::size_t at = authority.rfind('@'); at != std::string_view::npos) authority.remove_prefix(at + 1);
-  const std::size_t colon = authority.find(':', authority.starts_with('[') ? authority.find(']') : 0);
-  location.host = authority.substr(0, colon);
-  if (colon == std::string_view::npos) return location;
-  const auto port = ParseNumber<int>(authority.substr(colon + 1));
-  if (!port) return std::nullopt;
-  location.port = *port;
-  return location;
 }
 
 }  // namespace
@@ -143,10 +121,12 @@ Outcome RtspClient::DescribeHere() {
 /// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a
 /// login of its own is what another port may ask for.
 Outcome RtspClient::FollowRedirect() {
-  const auto location = ParseLocation(parser_.Message().Header("Location"));
-  if (!location || NormalizedHost(location->host) != NormalizedHost(address_.host)) return Outcome::kNotUnderstood;
-  address_.port = location->port;
-  uri_ = MakeUri(address_, location->path);
+  const auto here = ParseCameraUrl(uri_);
+  const auto there = ParseCameraUrl(parser_.Message().Header("Location"));
+  const bool isOurs = here && there && there->scheme == "rtsp" && there->host == here->host;
+  if (!isOurs) return Outcome::kNotUnderstood;
+  address_.port = there->port;
+  uri_ = MakeUri(address_, there->path);
   challenge_.reset();
   loginIsProven_ = false;
   RequestScope::Current().AllowPort(address_.host, address_.port);

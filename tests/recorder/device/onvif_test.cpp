@@ -248,22 +248,6 @@ TEST(UsernameTokenTest, DigestIsThatOfOnvifsProgrammersGuide) {
   EXPECT_EQ(PasswordDigest(nonce, "2010-09-16T07:50:45Z", "userpassword"), "tuOSpGlFlIXsozq4HFNeeGeFLEI=");
 }
 
-/// Port and path of an address, "none" for what is no address.
-std::string PortAndPath(const char* address) {
-  const auto uri = ParseUri(address);
-  return uri ? std::to_string(uri->port) + uri->path : "none";
-}
-
-TEST(UriTest, KeepsWhatIsOfUse) {
-  EXPECT_EQ(PortAndPath("http://cam/a?b=/c"), "80/a?b=/c");
-  EXPECT_EQ(PortAndPath("https://cam?x@y:1"), "443/?x@y:1");
-  EXPECT_EQ(PortAndPath("rtsp://[fe80::1]:8554/a"), "8554/a");
-  EXPECT_EQ(PortAndPath("rtsp://u:p@ss:1@cam/\xC3\xA4 {0}"), "554/%C3%A4%20%7B0%7D") << "a colon in the password";
-  for (const char* other : {"http://cam:65536/", "http://cam:8o/", "http:///a", "/onvif"}) {
-    EXPECT_EQ(PortAndPath(other), "none") << other;
-  }
-}
-
 TEST(SnapshotPathTest, PortIsTheUsersWhereServicesAre) {
   const auto port = [](const char* address) { return SnapshotPath(address, 80).value_or(ModelPath{"", -1}).port; };
   EXPECT_EQ(port("http://10.0.0.1/a"), std::nullopt);

@@ -7,7 +7,7 @@
 #include "platform/device.h"
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
-#include "recorder/device/asked/onvif/uri.h"
+#include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 
@@ -40,9 +40,9 @@ std::optional<std::chrono::sys_seconds> TimeOf(XmlElement dateTime) {
 
 /// Path of the service at `address`, whose port becomes that of `services` unless they have one.
 std::string ServicePath(const std::string& address, ServicePaths& services) {
-  if (const auto uri = ParseUri(address)) {
-    if (services.port == 0) services.port = uri->port;
-    return uri->path;
+  if (const auto url = ParseCameraUrl(address)) {
+    if (services.port == 0) services.port = url->port;
+    return url->path;
   }
   return address.starts_with('/') ? PercentEncoded(address, kAddressSigns) : "";
 }

@@ -13,6 +13,7 @@
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/onvif/video_facts.h"
 #include "recorder/device/asked/xml.h"
+#include "recorder/net/camera_url.h"
 
 namespace recorder::onvif {
 namespace {
@@ -159,9 +160,9 @@ class Questioning {
     const Reply reply = AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast);
     if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
     if (reply.outcome != Outcome::kOk) return reply.outcome;
-    const auto uri = ParseUri(ReadUri(reply.content));
-    if (!uri || uri->scheme != "rtsp") return Outcome::kNoVideo;
-    facts_.stream = {uri->path, uri->port};
+    const auto url = ParseCameraUrl(ReadUri(reply.content));
+    if (!url || url->scheme != "rtsp") return Outcome::kNoVideo;
+    facts_.stream = {url->path, url->port};
     return Outcome::kOk;
   }
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
 
@@ -50,7 +50,7 @@ std::string FromScopes(const std::vector<std::string_view>& scopes, std::string_
 int ServicePort(const std::vector<std::string_view>& addresses, std::string_view sender) {
   std::optional<int> first;
   for (const std::string_view text : addresses) {
-    const auto address = ParseHttpUri(text);
+    const auto address = ParseHttpUrl(text);
     if (address && address->host == sender) return address->port;
     if (address && !first) first = address->port;
   }
