@@ -2,9 +2,10 @@
 
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"
+#include "tests/recorder/net/rtsp_story.h"
 
 // What a camera sends over an RTSP connection. The first byte tells whether packets are expected among the messages and
-// how many bytes arrive at a time; what comes out must not depend on the latter.
+// how many bytes arrive at a time; what comes out must not depend on the latter. A session is led by them, too.
 
 namespace recorder {
 namespace {
@@ -33,6 +34,15 @@ std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece
   return items + std::to_string(static_cast<int>(end));
 }
 
+/// Whatever the camera says, what it is sent are requests and answers without bodies.
+void LeadSession(std::string_view bytes, std::size_t piece) {
+  std::vector<std::string> script;
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size())))
+    script.emplace_back(bytes.substr(0, piece));
+  const RtspStory story(script);
+  for (const std::string& sent : story.Sent()) Require(sent.find("\r\n\r\n") + 4 == sent.size());
+}
+
 }  // namespace
 
 void RunInput(std::string_view input) {
@@ -40,7 +50,9 @@ void RunInput(std::string_view input) {
   const auto first = static_cast<unsigned char>(input.front());
   const bool expectsPackets = first % 2 == 1;
   input.remove_prefix(1);
-  Require(Parse(input, expectsPackets, first / 2 + 1U) == Parse(input, expectsPackets, input.size()));
+  const std::size_t piece = first / 2 + 1U;
+  LeadSession(input, piece);
+  Require(Parse(input, expectsPackets, piece) == Parse(input, expectsPackets, input.size()));
 }
 
 }  // namespace recorder

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,29 +8,27 @@
 #include <vector>
 
 #include "recorder/net/camera_address.h"
-#include "recorder/net/login/login.h"
-#include "recorder/net/rtsp/rtsp_parser.h"
-#include "recorder/net/rtsp/sdp.h"
+#include "recorder/net/rtsp/rtsp_session.h"
 #include "recorder/net/socket.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
 
-/// One RTSP 1.0 session (RFC 2326) for the video of one camera, its packets interleaved in the connection. Call
-/// Describe, Setup, Play, then Read as often as wanted; after a failure the object is of no more use.
+/// An RtspSession with one camera over a socket. Call Describe, Setup, Play, then Read as often as wanted; after a
+/// failure the object is of no more use.
 ///
 /// Owner:   holds one connection from Describe on; the destructor says TEARDOWN without waiting for the answer.
 /// Thread:  one thread at a time; it must be that of the request, whose RequestScope is asked.
 /// Time:    no call outlasts the deadline given to the constructor, the name's lookup included.
 /// Failure: an Outcome; nothing throws but std::bad_alloc. kNotUnderstood includes a connection that ended early.
 /// Secrets: the password goes into the Authorization header, to the camera's own host only. A wrong one is one attempt.
-class RtspClient {
+class RtspClient : private RtspLogins {
  public:
   /// `path` is what follows host and port, with its query; bytes that an address cannot hold are percent-encoded.
   RtspClient(CameraAddress address, std::string_view path, Clock::time_point deadline,
              std::string userAgent = "recorder");
-  ~RtspClient();
+  ~RtspClient() override;
   RtspClient(const RtspClient&) = delete;
   RtspClient& operator=(const RtspClient&) = delete;
 
@@ -40,7 +37,7 @@ class RtspClient {
   [[nodiscard]] Outcome Describe();
 
   /// What Describe found.
-  const SdpVideo& Video() const { return video_; }
+  const SdpVideo& Video() const { return session_.Video(); }
 
   /// Asks for a session with the video.
   [[nodiscard]] Outcome Setup();
@@ -55,53 +52,21 @@ class RtspClient {
   void SendControl(std::span<const std::uint8_t> packet);
 
  private:
-  struct EarlyPacket {
-    bool isControl;
-    std::vector<std::uint8_t> bytes;
-  };
+  Outcome Run();
+  Outcome Connect(int port);
+  void Receive();
 
-  Outcome Remembered(Outcome outcome) const;
-  Outcome Connect();
-  Outcome DescribeHere();
-  Outcome FollowRedirect();
-  Outcome ReadDescription();
-  Outcome Request(std::string_view method, const std::string& uri, const std::string& headers);
-  Outcome Exchange(std::string_view method, const std::string& uri, const std::string& headers);
-  Outcome AwaitAnswer();
-  Outcome Fill(Clock::time_point until);
-  Outcome TakeChallenge(bool loginWasSent);
-  Outcome SendRequest(std::string_view method, const std::string& uri, const std::string& headers,
-                      Clock::time_point until);
-  void AnswerRequest(const RtspMessage& request);
-  Outcome KeepEarly(const InterleavedPacket& packet);
-  bool GrantsInterleaved(std::string_view transport);
-  void ReadSession(std::string_view session);
-  void KeepAlive();
-  Outcome NextPacket(InterleavedPacket& packet);
+  bool HasLogin() const override;
+  void Remember(const std::vector<LoginChallenge>& challenges) override;
+  bool MayLogIn(LoginMethod method) override;
+  std::optional<std::string> Authorization(const LoginChallenge& challenge, std::string_view method,
+                                           std::string_view uri, unsigned int use) override;
+  void Worked(LoginMethod method) override;
+  void AllowPort(int port) override;
 
-  CameraAddress address_;
-  std::string uri_;
-  const Clock::time_point deadline_;
-  const std::string userAgent_;
-
+  CameraAddress address_;  // its port is that of the connection
+  RtspSession session_;
   Socket socket_;
-  RtspParser parser_;
-  bool isClosed_ = false;  // by the camera
-  unsigned int lastSequence_ = 0;
-
-  std::optional<LoginChallenge> challenge_;
-  unsigned int nonceUses_ = 0;
-  bool loginIsProven_ = false;
-
-  SdpVideo video_;
-  std::string base_;
-  std::string session_;
-  std::chrono::milliseconds sessionTimeout_;
-  Clock::time_point keepAliveAt_ = Clock::time_point::max();
-  std::uint8_t rtcpChannel_ = 1;
-  std::deque<EarlyPacket> early_;  // came before PLAY was answered
-  std::size_t earlySize_ = 0;
-  std::vector<std::uint8_t> current_;  // the early packet that was handed out
 };
 
 }  // namespace recorder

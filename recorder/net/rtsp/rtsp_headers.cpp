@@ -1,0 +1,51 @@
+#include "recorder/net/rtsp/rtsp_headers.h"
+
+#include <charconv>
+#include <limits>
+
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+/// Takes the next part up to a semicolon off the front of `rest`. Nothing when it is not "`name`=value".
+std::optional<std::string_view> TakeParameter(std::string_view& rest, std::string_view name) {
+  const std::string_view part = Trimmed(TakeUntil(rest, ';'));
+  const bool isNamed = StartsWithIgnoreCase(part, name) && part.substr(name.size()).starts_with('=');
+  return isNamed ? std::optional(part.substr(name.size() + 1)) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<RtspChannels> ParseTransport(std::string_view transport) {
+  unsigned int rtp = 0;
+  unsigned int rtcp = 1;
+  bool isNamed = false;
+  for (std::string_view rest = transport; !rest.empty();) {
+    const auto channels = TakeParameter(rest, "interleaved");
+    if (!channels) continue;
+    isNamed = true;
+    const char* const end = channels->data() + channels->size();
+    const auto first = std::from_chars(channels->data(), end, rtp);
+    rtcp = rtp + 1;
+    if (first.ptr != end && *first.ptr == '-') std::from_chars(first.ptr + 1, end, rtcp);
+  }
+  constexpr unsigned int kMaxChannel = std::numeric_limits<std::uint8_t>::max();
+  const bool isInterleaved = isNamed || transport.empty() || transport.find("TCP") != std::string_view::npos;
+  if (!isInterleaved || rtp > kMaxChannel || rtcp > kMaxChannel) return std::nullopt;
+  return RtspChannels{static_cast<std::uint8_t>(rtp), static_cast<std::uint8_t>(rtcp)};
+}
+
+RtspSessionId ParseSession(std::string_view session) {
+  RtspSessionId read;
+  read.id = Trimmed(TakeUntil(session, ';'));
+  while (!session.empty()) {
+    const auto timeout = TakeParameter(session, "timeout");
+    std::uint16_t seconds = 0;
+    if (timeout) std::from_chars(timeout->data(), timeout->data() + timeout->size(), seconds);
+    if (seconds > 0) read.timeout = std::chrono::seconds(seconds);
+  }
+  return read;
+}
+
+}  // namespace recorder

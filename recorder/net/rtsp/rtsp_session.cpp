@@ -1,0 +1,307 @@
+#include "recorder/net/rtsp/rtsp_session.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+#include <utility>
+
+#include "recorder/net/camera_url.h"
+#include "recorder/net/percent.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
+
+namespace recorder {
+namespace {
+
+constexpr int kMaxRedirects = 3;
+constexpr int kMaxRepeats = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
+constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
+constexpr int kUnauthorized = 401;
+
+// With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
+// (unsupported transport): a camera that grants no interleaved video will not do so later either, which is what "busy"
+// would promise.
+constexpr std::pair<int, Outcome> kRtspStatusOutcomes[] = {
+    {kUnauthorized, Outcome::kLoginRefused},
+    {403, Outcome::kLoginRefused},
+    {404, Outcome::kNoSuchStream},
+    {410, Outcome::kNoSuchStream},
+    {453, Outcome::kBusy},
+    {454, Outcome::kNoSuchStream},
+    {503, Outcome::kBusy},
+};
+
+bool IsSuccess(int status) { return status >= 200 && status < 300; }
+bool IsRedirect(int status) { return status >= 300 && status < 400; }
+
+Outcome OutcomeOf(int status) {
+  return IsSuccess(status) ? Outcome::kOk : Translate(kRtspStatusOutcomes, status, Outcome::kNotUnderstood);
+}
+
+std::string MakeUri(const RtspTarget& target) {
+  const std::string_view host = WithoutBrackets(target.host);
+  const std::string_view withoutZone = host.substr(0, host.find('%'));  // of a link-local address: our own affair
+  return "rtsp://" + WithBrackets(withoutZone) + ':' + std::to_string(target.port) +
+         (target.path.starts_with('/') ? "" : "/") + PercentEncoded(target.path, kAddressSigns);
+}
+
+}  // namespace
+
+RtspSession::RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogins& logins)
+    : target_(std::move(target)), uri_(MakeUri(target_)), deadline_(deadline), logins_(logins) {}
+
+void RtspSession::Describe() {
+  Begin(Goal::kDescribe, {"DESCRIBE", uri_, "Accept: application/sdp\r\n"});
+  Connect();
+}
+
+void RtspSession::Setup() {
+  constexpr std::string_view kTransport = "Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n";
+  Begin(Goal::kSetup, {"SETUP", ResolveControl(base_, video_.control), kTransport});
+  SendRequest();
+}
+
+void RtspSession::Play() {
+  Begin(Goal::kPlay, {"PLAY", ResolveControl(base_, video_.sessionControl), "Range: npt=0.000-\r\n"});
+  SendRequest();
+}
+
+void RtspSession::Read() {
+  goal_ = Goal::kRead;
+  state_ = State::kListening;
+  if (early_.empty()) return;
+  current_ = std::move(early_.front().bytes);
+  packet_ = {early_.front().isControl, current_};
+  early_.pop_front();
+  Finish(Outcome::kOk);
+}
+
+RtspSession::Step RtspSession::Next(Clock::time_point now) {
+  now_ = now;
+  while (state_ == State::kListening && outgoing_.empty()) {
+    const RtspParser::Item item = parser_.Next();
+    if (item == RtspParser::Item::kNone) return Await();
+    Take(item);
+  }
+  if (state_ == State::kConnecting) return Step::kConnect;
+  return state_ == State::kDone ? Step::kDone : Step::kSend;
+}
+
+/// All that came is taken.
+RtspSession::Step RtspSession::Await() {
+  if (now_ >= keepAliveAt_) KeepAlive();
+  if (!outgoing_.empty()) return Step::kSend;
+  if (now_ < deadline_) return Step::kReceive;
+  Finish(Outcome::kTimedOut);
+  return Step::kDone;
+}
+
+void RtspSession::Connected(Outcome outcome) {
+  if (outcome != Outcome::kOk) return Finish(outcome);
+  SendRequest();
+}
+
+std::span<const std::uint8_t> RtspSession::Outgoing() const {
+  return {reinterpret_cast<const std::uint8_t*>(outgoing_.data()), outgoing_.size()};
+}
+
+void RtspSession::Sent(Outcome outcome) {
+  outgoing_.clear();
+  if (state_ != State::kSending) return;  // whether anything else arrived shows in what comes, or does not matter
+  state_ = State::kListening;
+  if (outcome == Outcome::kTimedOut) return Finish(outcome);
+  if (outcome != Outcome::kOk) Ended(Ending::kUsual);
+}
+
+Clock::time_point RtspSession::Until() const { return std::min(deadline_, keepAliveAt_); }
+
+/// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
+/// it over a login is others' way to refuse it.
+void RtspSession::Ended(Ending ending) {
+  const bool isOverLogin = IsLoginSent() && !parser_.HasPart();
+  const bool isUnread = ending == Ending::kUnread && session_.id.empty();
+  if (isOverLogin && isUnread && login_ == Login::kSent) {
+    login_ = Login::kRepeated;
+    ++repeats_;
+    return Connect();
+  }
+  session_ = {};  // it ends with its connection
+  Finish(isOverLogin ? Outcome::kLoginRefused : Outcome::kNotUnderstood);
+}
+
+void RtspSession::Finish(Outcome outcome) {
+  result_ = outcome;
+  state_ = State::kDone;
+}
+
+std::vector<std::uint8_t> RtspSession::ControlFrame(std::span<const std::uint8_t> packet) const {
+  const std::array<std::uint8_t, 4> header = {'$', channels_.rtcp, static_cast<std::uint8_t>(packet.size() >> 8),
+                                              static_cast<std::uint8_t>(packet.size() & 0xff)};
+  std::vector<std::uint8_t> frame(header.size() + packet.size());
+  std::copy(packet.begin(), packet.end(), std::copy(header.begin(), header.end(), frame.begin()));
+  return frame;
+}
+
+std::string RtspSession::Teardown() {
+  std::string text;
+  if (session_.id.empty()) return text;
+  const Outcome outcome = Compose({"TEARDOWN", ResolveControl(base_, video_.sessionControl), ""}, text);
+  return outcome == Outcome::kOk ? text : "";
+}
+
+void RtspSession::Begin(Goal goal, Request request) {
+  goal_ = goal;
+  request_ = std::move(request);
+  repeats_ = 0;
+}
+
+void RtspSession::Connect() {
+  parser_ = RtspParser();
+  state_ = State::kConnecting;
+}
+
+void RtspSession::SendRequest() {
+  if (const Outcome outcome = Compose(request_, outgoing_); outcome != Outcome::kOk) return Finish(outcome);
+  if (login_ == Login::kChallenged) login_ = Login::kSent;
+  state_ = State::kSending;
+}
+
+Outcome RtspSession::Compose(const Request& request, std::string& text) {
+  const bool hasLogin = login_ != Login::kNone;
+  std::optional<std::string> login = "";
+  if (hasLogin) login = logins_.Authorization(challenge_, request.method, request.uri, ++nonceUses_);
+  if (!login) return Outcome::kLoginRefused;
+  // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
+  if (HoldsControls(request.uri) || HoldsControls(session_.id) || HoldsControls(*login)) return Outcome::kNotUnderstood;
+  text = std::string(request.method) + ' ' + request.uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
+         "\r\nUser-Agent: " + target_.userAgent + "\r\n" + std::string(request.headers);
+  if (!session_.id.empty()) text += "Session: " + session_.id + "\r\n";
+  if (hasLogin) text += "Authorization: " + *login + "\r\n";
+  text += "\r\n";
+  return Outcome::kOk;
+}
+
+void RtspSession::KeepAlive() {
+  std::ignore = Compose({"OPTIONS", base_, ""}, outgoing_);
+  keepAliveAt_ = now_ + session_.timeout / 2;
+}
+
+void RtspSession::Take(RtspParser::Item item) {
+  switch (item) {
+    case RtspParser::Item::kNone:
+      return;
+    case RtspParser::Item::kPacket:
+      return TakePacket(parser_.Packet());
+    case RtspParser::Item::kMessage:
+      return TakeMessage(parser_.Message());
+    case RtspParser::Item::kForeign:
+      return Finish(Outcome::kNotThisProtocol);
+    case RtspParser::Item::kMalformed:
+      return Finish(Outcome::kNotUnderstood);
+  }
+}
+
+void RtspSession::TakePacket(const InterleavedPacket& packet) {
+  if (goal_ == Goal::kRead) {
+    packet_ = packet;
+    return Finish(Outcome::kOk);
+  }
+  earlySize_ += packet.bytes.size();
+  if (earlySize_ > kMaxEarlySize) return Finish(Outcome::kNotUnderstood);
+  early_.push_back({packet.isControl, {packet.bytes.begin(), packet.bytes.end()}});
+}
+
+/// Answers are taken in order, since some carry no CSeq. After PLAY there is only that to OPTIONS, which asks nothing.
+void RtspSession::TakeMessage(const RtspMessage& message) {
+  if (message.status == 0) return AnswerRequest(message);
+  const bool isFinal = message.status >= 200;
+  if (isFinal && goal_ != Goal::kRead) TakeAnswer(message);
+}
+
+void RtspSession::AnswerRequest(const RtspMessage& request) {
+  if (HoldsControls(request.Header("CSeq"))) return;  // it would become lines of its own
+  const bool isKnown = request.method != "REDIRECT";
+  outgoing_ = std::string("RTSP/1.0 ") + (isKnown ? "200 OK" : "501 Not Implemented") +
+              "\r\nCSeq: " + std::string(request.Header("CSeq")) + "\r\n\r\n";
+}
+
+void RtspSession::TakeAnswer(const RtspMessage& answer) {
+  if (answer.status == kUnauthorized) return LogIn(answer);
+  if (IsSuccess(answer.status) && IsLoginSent()) ProveLogin();
+  const bool leadsOn = goal_ == Goal::kDescribe && IsRedirect(answer.status) && redirects_ < kMaxRedirects;
+  if (leadsOn) return FollowRedirect(answer);
+  Outcome outcome = OutcomeOf(answer.status);
+  if (outcome == Outcome::kOk && goal_ == Goal::kDescribe) outcome = ReadDescription(answer);
+  if (outcome == Outcome::kOk && goal_ == Goal::kSetup) outcome = ReadGrant(answer);
+  if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
+  Finish(outcome);
+}
+
+/// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a
+/// login of its own is what another port may ask for.
+void RtspSession::FollowRedirect(const RtspMessage& answer) {
+  const auto here = ParseCameraUrl(uri_);
+  const auto there = ParseCameraUrl(answer.Header("Location"));
+  const bool isOurs = here && there && there->scheme == "rtsp" && there->host == here->host;
+  if (!isOurs) return Finish(Outcome::kNotUnderstood);
+  ++redirects_;
+  target_.port = there->port;
+  target_.path = there->path;
+  uri_ = MakeUri(target_);
+  login_ = Login::kNone;
+  logins_.AllowPort(target_.port);
+  Describe();
+}
+
+Outcome RtspSession::ReadDescription(const RtspMessage& answer) {
+  if (!StartsWithIgnoreCase(Trimmed(answer.body), "v=")) return Outcome::kNotUnderstood;
+  auto video = FindVideo(answer.body);
+  if (!video) return Outcome::kNoVideo;
+  video_ = std::move(*video);
+  if (base_.empty()) base_ = answer.Header("Content-Base");
+  if (base_.empty()) base_ = answer.Header("Content-Location");
+  if (base_.empty()) base_ = uri_;
+  return Outcome::kOk;
+}
+
+Outcome RtspSession::ReadGrant(const RtspMessage& answer) {
+  session_ = ParseSession(answer.Header("Session"));
+  const auto channels = ParseTransport(answer.Header("Transport"));
+  if (!channels) return Outcome::kNotUnderstood;
+  channels_ = *channels;
+  parser_.ExpectPackets(channels_.rtp, channels_.rtcp);
+  return Outcome::kOk;
+}
+
+void RtspSession::ProveLogin() {
+  login_ = Login::kProven;
+  logins_.Worked(challenge_.method);
+}
+
+/// Sends the request again with a login that meets the challenge, if one may.
+void RtspSession::LogIn(const RtspMessage& refusal) {
+  if (!logins_.HasLogin() || repeats_ == kMaxRepeats) return Finish(Outcome::kLoginRefused);
+  const Outcome outcome = TakeChallenge(refusal.Headers("WWW-Authenticate"));
+  if (outcome != Outcome::kOk) return Finish(outcome);
+  ++repeats_;
+  const bool isLast = EqualsIgnoreCase(refusal.Header("Connection"), "close");
+  if (isLast && session_.id.empty()) return Connect();
+  SendRequest();
+}
+
+Outcome RtspSession::TakeChallenge(const std::vector<std::string_view>& headers) {
+  const std::vector<LoginChallenge> challenges = ParseChallenges(headers);
+  logins_.Remember(challenges);
+  const bool wasSent = login_ != Login::kNone;
+  const LoginChallenge* strongest = StrongestChallenge(challenges);
+  if (strongest == nullptr) return wasSent ? Outcome::kLoginRefused : Outcome::kLoginUnsupported;
+  // A login that was right before is right still: the camera has only changed its nonce.
+  const bool mayTryAgain = strongest->isStale || login_ == Login::kProven;
+  if ((wasSent && !mayTryAgain) || !logins_.MayLogIn(strongest->method)) return Outcome::kLoginRefused;
+  challenge_ = *strongest;
+  nonceUses_ = 0;
+  if (login_ != Login::kProven) login_ = Login::kChallenged;
+  return Outcome::kOk;
+}
+
+}  // namespace recorder

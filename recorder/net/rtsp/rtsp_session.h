@@ -1,0 +1,187 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "recorder/net/login/login.h"
+#include "recorder/net/rtsp/rtsp_headers.h"
+#include "recorder/net/rtsp/rtsp_parser.h"
+#include "recorder/net/rtsp/sdp.h"
+#include "recorder/utility/clock.h"
+#include "recorder/utility/outcome.h"
+
+namespace recorder {
+
+/// Where the video is.
+struct RtspTarget {
+  std::string host;
+  int port = 0;
+  std::string path;  ///< what follows host and port, with its query; what an address cannot hold is percent-encoded
+  std::string userAgent;
+};
+
+/// Whom a session logs in as, and when it may.
+class RtspLogins {
+ public:
+  virtual ~RtspLogins() = default;
+  /// False when there is nothing to log in with.
+  virtual bool HasLogin() const = 0;
+  /// Says what the camera asks for.
+  virtual void Remember(const std::vector<LoginChallenge>& challenges) = 0;
+  virtual bool MayLogIn(LoginMethod method) = 0;
+  /// Value of the Authorization header of one request, the `use`th that answers `challenge`. Nothing where no password
+  /// is to be had.
+  virtual std::optional<std::string> Authorization(const LoginChallenge& challenge, std::string_view method,
+                                                   std::string_view uri, unsigned int use) = 0;
+  /// Says that the camera took a login.
+  virtual void Worked(LoginMethod method) = 0;
+  /// Says that the camera has named a port of its host, where a login is for that camera, too.
+  virtual void AllowPort(int port) = 0;
+};
+
+/// One RTSP 1.0 session (RFC 2326) for the video of one camera, without socket or clock: whoever has those, or plays
+/// them, begins one of Describe, Setup, Play and Read, in this order, and does what Next() says until that is kDone.
+/// After a failure the session is of no more use, but for Teardown().
+///
+/// Owner:   `logins` must outlive it.
+/// Thread:  one at a time.
+/// Time:    as it is told. It never waits beyond its deadline.
+/// Failure: an Outcome; nothing throws but std::bad_alloc. kNotUnderstood includes a connection that ended early.
+/// Memory:  besides what RtspParser holds, at most 8 MiB of packets that came before PLAY was answered.
+/// Secrets: no password passes through here but in what RtspLogins makes of it. A wrong one is one attempt.
+class RtspSession {
+ public:
+  enum class Step {
+    kConnect,  ///< connect to Port(), instead of a connection that there is, and tell Connected()
+    kSend,     ///< send Outgoing() and tell Sent()
+    kReceive,  ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
+    kDone,     ///< what was begun has ended with Result()
+  };
+
+  /// How the camera closed a connection.
+  enum class Ending {
+    kUsual,
+    kUnread,  ///< it cannot have read all that was sent
+  };
+
+  RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogins& logins);
+
+  /// Connects, logs in if asked to, follows redirects within the camera's host, and reads what the camera offers.
+  /// kNoVideo when there is no video.
+  void Describe();
+  /// What Describe found.
+  const SdpVideo& Video() const { return video_; }
+  /// Asks for a session with the video.
+  void Setup();
+  /// Starts the video.
+  void Play();
+  /// Takes the next packet, and keeps the session alive meanwhile.
+  void Read();
+  /// What Read found; valid until the next call that is not const.
+  const InterleavedPacket& Packet() const { return packet_; }
+
+  /// What is to be done next, `now`.
+  Step Next(Clock::time_point now);
+  Outcome Result() const { return result_; }
+
+  int Port() const { return target_.port; }
+  void Connected(Outcome outcome);
+
+  std::span<const std::uint8_t> Outgoing() const;
+  /// kNotUnderstood: the camera has closed the connection; kTimedOut: it took nothing until the deadline.
+  void Sent(Outcome outcome);
+
+  Clock::time_point Until() const;
+  Clock::time_point Deadline() const { return deadline_; }
+  /// Room for what comes. Received() tells how many bytes did.
+  std::span<std::uint8_t> Space() { return parser_.Space(); }
+  void Received(std::size_t size) { parser_.Filled(size); }
+  void Ended(Ending ending);
+
+  /// Ends what was begun, also for a reason that lies outside.
+  void Finish(Outcome outcome);
+
+  /// One RTCP packet as the connection carries it.
+  std::vector<std::uint8_t> ControlFrame(std::span<const std::uint8_t> packet) const;
+  /// What is to be sent when the connection is given up; "" when there is no session.
+  std::string Teardown();
+
+ private:
+  enum class Goal { kDescribe, kSetup, kPlay, kRead };
+  enum class State { kConnecting, kSending, kListening, kDone };
+  enum class Login {
+    kNone,
+    kChallenged,  ///< the camera asked for it, and it goes along with all requests from now on
+    kSent,
+    kRepeated,  ///< sent once more, since the camera closed the connection before it read it
+    kProven,    ///< the camera took it
+  };
+  struct Request {
+    std::string_view method;
+    std::string uri;
+    std::string_view headers;
+  };
+  struct EarlyPacket {
+    bool isControl;
+    std::vector<std::uint8_t> bytes;
+  };
+
+  void Begin(Goal goal, Request request);
+  void Connect();
+  void SendRequest();
+  Outcome Compose(const Request& request, std::string& text);
+  Step Await();
+  void KeepAlive();
+
+  void Take(RtspParser::Item item);
+  void TakePacket(const InterleavedPacket& packet);
+  void TakeMessage(const RtspMessage& message);
+  void AnswerRequest(const RtspMessage& request);
+  void TakeAnswer(const RtspMessage& answer);
+  void FollowRedirect(const RtspMessage& answer);
+  Outcome ReadDescription(const RtspMessage& answer);
+  Outcome ReadGrant(const RtspMessage& answer);
+
+  bool IsLoginSent() const { return login_ == Login::kSent || login_ == Login::kRepeated; }
+  void ProveLogin();
+  void LogIn(const RtspMessage& refusal);
+  Outcome TakeChallenge(const std::vector<std::string_view>& headers);
+
+  RtspTarget target_;
+  std::string uri_;
+  const Clock::time_point deadline_;
+  RtspLogins& logins_;
+
+  Clock::time_point now_;
+  Goal goal_ = Goal::kDescribe;
+  State state_ = State::kDone;
+  Outcome result_ = Outcome::kOk;
+  Request request_;    // that the goal needs
+  int repeats_ = 0;    // of the request
+  int redirects_ = 0;  // that were followed
+  std::string outgoing_;
+  RtspParser parser_;
+  unsigned int lastSequence_ = 0;
+
+  Login login_ = Login::kNone;
+  LoginChallenge challenge_;  // unless the login is kNone
+  unsigned int nonceUses_ = 0;
+
+  SdpVideo video_;
+  std::string base_;
+  RtspSessionId session_;
+  RtspChannels channels_;
+  Clock::time_point keepAliveAt_ = Clock::time_point::max();
+  InterleavedPacket packet_;
+  std::deque<EarlyPacket> early_;  // came before PLAY was answered
+  std::size_t earlySize_ = 0;
+  std::vector<std::uint8_t> current_;  // the early packet that was handed out
+};
+
+}  // namespace recorder

@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/recorder/net/rtsp_story.h"
+#include "tests/recorder/rows.h"
+
+namespace recorder {
+namespace {
+
+using namespace std::string_literals;
+
+std::string Answer(const std::string& status, const std::string& rest = "\r\n") {
+  return "RTSP/1.0 " + status + "\r\n" + rest;
+}
+
+const std::string kChallenge = Answer("401 No", "WWW-Authenticate: Digest realm=\"r\", nonce=\"n\"\r\n\r\n");
+const std::string kStale = Answer("401 No", "WWW-Authenticate: Digest realm=\"r\", nonce=\"m\", stale=true\r\n\r\n");
+const std::string kSdp =
+    Answer("200 OK", "Content-Length: 51\r\n\r\nv=0\r\nm=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\n");
+const std::string kGranted =
+    Answer("200 OK", "Session: 7;timeout=60\r\nTransport: RTP/AVP/TCP;interleaved=4-5\r\n\r\n");
+const std::string kOk = Answer("200 OK");
+const std::string kPacket = "$\x04\x00\x0c\x80\x60\x00\x01"s + std::string(8, '\x11');
+
+struct SessionCase {
+  const char* name;
+  std::vector<std::string> script;
+  const char* story;
+};
+
+const SessionCase kSessionCases[] = {
+    {"KeptAlive", {kSdp, kGranted, kOk, kPacket}, "554 D S P 12 O O timedOut"},
+    {"PacketsBeforePlayIsAnswered",
+     {kSdp, kGranted, kPacket + kPacket + kOk + kPacket, kClosed},
+     "554 D S P 12 12 12 notUnderstood"},
+    {"QuestionInMidStream",
+     {kSdp, kGranted, kOk, "OPTIONS * RTSP/1.0\r\nCSeq: 9\r\n\r\n" + kPacket, kClosed},
+     "554 D S P R 12 notUnderstood"},
+    {"Login", {kChallenge, kSdp, kGranted, kOk, kClosed}, "554 D Dn1 Sn2 Pn3 notUnderstood"},
+    {"WrongLogin", {kChallenge, kChallenge}, "554 D Dn1 loginRefused"},
+    {"StaleNonce", {kChallenge, kStale, kSdp, kStale, kGranted, kClosed}, "554 D Dn1 Dm1 Sm2 Sm1 Pm2 notUnderstood"},
+    {"ClosedBehindChallenge", {kChallenge, kUnread, kSdp, kClosed}, "554 D Dn1 554 Dn2 Sn3 notUnderstood"},
+    {"ClosedOverLogin", {kChallenge, kClosed}, "554 D Dn1 loginRefused"},
+    {"ClosedOverLoginTwice", {kChallenge, kUnread, kUnread}, "554 D Dn1 554 Dn2 loginRefused"},
+    {"Redirect",
+     {kChallenge, Answer("302 Go", "Location: rtsp://CAM.:8554/b\r\n\r\n"), kClosed},
+     "554 D Dn1 8554 D notUnderstood"},
+    {"RedirectElsewhere", {Answer("302 Go", "Location: rtsp://cam.example/live\r\n\r\n")}, "554 D notUnderstood"},
+};
+
+class SessionTest : public testing::TestWithParam<SessionCase> {};
+
+TEST_P(SessionTest, GoesAsTheCameraLeadsIt) { EXPECT_EQ(RtspStory(GetParam().script).Told(), GetParam().story); }
+
+INSTANTIATE_TEST_SUITE_P(Rtsp, SessionTest, testing::ValuesIn(kSessionCases), kByName);
+
+}  // namespace
+}  // namespace recorder
