@@ -280,7 +280,7 @@ void RtspSession::ProveLogin() {
 
 /// Sends the request again with a login that meets the challenge, if one may.
 void RtspSession::LogIn(const RtspMessage& refusal) {
-  if (!logins_.HasLogin() || repeats_ == kMaxRepeats) return Finish(Outcome::kLoginRefused);
+  if (!logins_.HasLogin() || repeats_ >= kMaxRepeats) return Finish(Outcome::kLoginRefused);
   const Outcome outcome = TakeChallenge(refusal.Headers("WWW-Authenticate"));
   if (outcome != Outcome::kOk) return Finish(outcome);
   ++repeats_;

@@ -44,6 +44,7 @@ const SessionCase kSessionCases[] = {
     {"ClosedBehindChallenge", {kChallenge, kUnread, kSdp, kClosed}, "554 D Dn1 554 Dn2 Sn3 notUnderstood"},
     {"ClosedOverLogin", {kChallenge, kClosed}, "554 D Dn1 loginRefused"},
     {"ClosedOverLoginTwice", {kChallenge, kUnread, kUnread}, "554 D Dn1 554 Dn2 loginRefused"},
+    {"AlwaysStale", {kChallenge, kStale, kUnread, kStale, kStale, kStale}, "554 D Dn1 Dm1 554 Dm2 loginRefused"},
     {"Redirect",
      {kChallenge, Answer("302 Go", "Location: rtsp://CAM.:8554/b\r\n\r\n"), kClosed},
      "554 D Dn1 8554 D notUnderstood"},
