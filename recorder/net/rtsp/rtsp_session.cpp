@@ -16,6 +16,7 @@ namespace {
 constexpr int kMaxRedirects = 3;
 constexpr int kMaxRepeats = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
 constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
+constexpr std::size_t kPacketCost = 64;  // of memory, beside its bytes
 constexpr int kUnauthorized = 401;
 
 // With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
@@ -206,7 +207,7 @@ void RtspSession::TakePacket(const InterleavedPacket& packet) {
     packet_ = packet;
     return Finish(Outcome::kOk);
   }
-  earlySize_ += packet.bytes.size();
+  earlySize_ += packet.bytes.size() + kPacketCost;
   if (earlySize_ > kMaxEarlySize) return Finish(Outcome::kNotUnderstood);
   early_.push_back({packet.isControl, {packet.bytes.begin(), packet.bytes.end()}});
 }

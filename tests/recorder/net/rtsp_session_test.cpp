@@ -24,6 +24,14 @@ const std::string kGranted =
 const std::string kOk = Answer("200 OK");
 const std::string kPacket = "$\x04\x00\x0c\x80\x60\x00\x01"s + std::string(8, '\x11');
 
+/// `script`, then 144,000 packets of one byte.
+std::vector<std::string> Flooded(std::vector<std::string> script) {
+  std::string packets;
+  for (int i = 0; i < 12'000; ++i) packets += "$\x04\x00\x01\x80"s;
+  script.insert(script.end(), 12, packets);
+  return script;
+}
+
 struct SessionCase {
   const char* name;
   std::vector<std::string> script;
@@ -35,6 +43,7 @@ const SessionCase kSessionCases[] = {
     {"PacketsBeforePlayIsAnswered",
      {kSdp, kGranted, kPacket + kPacket + kOk + kPacket, kClosed},
      "554 D S P 12 12 12 notUnderstood"},
+    {"TinyPacketsInsteadOfAnAnswer", Flooded({kSdp, kGranted}), "554 D S P notUnderstood"},
     {"QuestionInMidStream",
      {kSdp, kGranted, kOk, "OPTIONS * RTSP/1.0\r\nCSeq: 9\r\n\r\n" + kPacket, kClosed},
      "554 D S P R 12 notUnderstood"},
