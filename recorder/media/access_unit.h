@@ -7,22 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "recorder/media/codecs.h"
+
 namespace recorder {
-
-/// What the access unit of a codec is good for, the least first.
-enum class UnitKind {
-  kNoPicture,      ///< parameter sets alone, or not recognised
-  kPredicted,      ///< needs other pictures
-  kRecoveryPoint,  ///< H.264: exact from here on, without being called a key frame
-  kKey,            ///< H.264 IDR, H.265 IRAP, MPEG-4 I-VOP, any JPEG
-};
-
-/// Kind of a unit, or of the beginning of one; `codec` is a four-character code such as kCodecH264.
-UnitKind ClassifyUnit(std::uint32_t codec, std::span<const std::uint8_t> unit);
-
-/// Four-character code of the codec in which configuration and frame are written, recognised from their bytes (start
-/// codes and unit types of H.264, H.265 and MPEG-4 part 2, the first marker of JPEG); 0 for none of them.
-std::uint32_t RecogniseCodec(std::span<const std::uint8_t> configuration, std::span<const std::uint8_t> frame);
 
 /// The fields of an RTP packet's fixed header that tell access units apart (RFC 3550 section 5.1).
 struct RtpHeader {

@@ -1,27 +1,22 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <span>
 #include <utility>
 
 #include "platform/media.h"
-#include "recorder/media/access_unit.h"
+#include "recorder/media/codecs.h"
 
 namespace {
-
-constexpr std::uint32_t kSupportedCodecs[] = {kCodecH264, kCodecH265, kCodecMpeg4, kCodecJpeg};
 
 /// A unit is one frame already, as RtpFetch cuts its parts; what is added is the key-frame flag.
 class UnitPacketizer : public Packetizer {
  public:
   int Open(const ESFormat& format) override {
-    const auto* found = std::find(std::begin(kSupportedCodecs), std::end(kSupportedCodecs), format.codec);
-    if (found == std::end(kSupportedCodecs)) return -1;
     codec_ = format.codec;
-    return 0;
+    return recorder::CodecOfCode(codec_) == nullptr ? -1 : 0;
   }
 
   void Close() override {}  // nothing is held from one unit to the next

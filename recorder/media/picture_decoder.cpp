@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/media.h"
+#include "recorder/media/codecs.h"
 #include "recorder/media/jpeg_check.h"
-#include "recorder/utility/translate.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -19,18 +20,14 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::pair<std::uint32_t, AVCodecID> kDecoders[] = {
-    {kCodecH264, AV_CODEC_ID_H264},
-    {kCodecH265, AV_CODEC_ID_HEVC},
-    {kCodecMpeg4, AV_CODEC_ID_MPEG4},
-};
-
 /// 8K and no more: a camera's claim must not cost any memory it likes.
 constexpr std::int64_t kMaxPixels = std::int64_t{1} << 25;
 
 CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
   SilenceLibav();
-  const AVCodec* decoder = avcodec_find_decoder(Translate(kDecoders, codec, AV_CODEC_ID_NONE));
+  const Codec* row = CodecOfCode(codec);
+  if (row == nullptr) return nullptr;
+  const AVCodec* decoder = avcodec_find_decoder_by_name(std::string(row->rtp->libavName).c_str());
   if (decoder == nullptr) return nullptr;
   CodecContext context(avcodec_alloc_context3(decoder));
   if (!context) throw std::bad_alloc();

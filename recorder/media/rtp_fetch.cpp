@@ -13,10 +13,10 @@
 #include "platform/media.h"
 #include "platform/utility.h"
 #include "recorder/media/access_unit.h"
+#include "recorder/media/codecs.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
-#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -26,12 +26,11 @@ using Bytes = std::span<const std::uint8_t>;
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
 
-constexpr std::pair<AVCodecID, std::uint32_t> kCodecs[] = {
-    {AV_CODEC_ID_H264, kCodecH264},
-    {AV_CODEC_ID_HEVC, kCodecH265},
-    {AV_CODEC_ID_MPEG4, kCodecMpeg4},
-    {AV_CODEC_ID_MJPEG, kCodecJpeg},
-};
+/// Four-character code of the codec that the depacketizer has; 0 where there is none, or one unknown to us.
+std::uint32_t CodeOf(const Depacketizer* depacketizer) {
+  const Codec* codec = depacketizer == nullptr ? nullptr : CodecOfLibav(avcodec_get_name(depacketizer->Codec()));
+  return codec == nullptr ? 0 : codec->rtp->code;
+}
 
 Bytes WithoutStartCode(Bytes unit) {
   const auto firstSet = std::find_if(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte != 0; });
@@ -101,7 +100,7 @@ recorder::Outcome RtpFetch::Impl::Open() {
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
   depacketizer = recorder::Depacketizer::Open(
       client->Video().description, [this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
-  codec = depacketizer ? recorder::Translate(recorder::kCodecs, depacketizer->Codec(), 0) : 0;
+  codec = recorder::CodeOf(depacketizer.get());
   if (codec == 0) return Outcome::kNoVideo;
   assembler.emplace(codec);
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;

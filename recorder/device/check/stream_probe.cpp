@@ -1,12 +1,10 @@
 #include "recorder/device/check/stream_probe.h"
 
-#include <algorithm>
-#include <iterator>
 #include <string_view>
-#include <utility>
 
 #include "platform/device.h"
 #include "recorder/device/check/http_probe.h"
+#include "recorder/media/codecs.h"
 #include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
@@ -16,18 +14,16 @@ namespace {
 
 using Probe = Outcome(const CameraAddress& address, const std::string& path, int videoType);
 
-// Encoding names of session descriptions (RFC 6184, 7798, 3016, 2435).
-constexpr std::pair<int, std::string_view> kEncodings[] = {
-    {VIDEO_TYPE_H264, "H264"},
-    {VIDEO_TYPE_H265, "H265"},
-    {VIDEO_TYPE_MPEG4, "MP4V-ES"},
-    {VIDEO_TYPE_MJPEG, "JPEG"},
-};
-
+/// True for a codec whose name in session descriptions is `encoding`.
 bool IsWanted(int videoType, std::string_view encoding) {
   if (videoType == VIDEO_TYPE_ANY) return true;
-  return std::find(std::begin(kEncodings), std::end(kEncodings), std::pair(videoType, encoding)) !=
-         std::end(kEncodings);
+  const Codec* codec = CodecOfType(videoType);
+  return codec != nullptr && codec->rtp && codec->rtp->encoding == encoding;
+}
+
+bool IsOverHttp(int videoType) {
+  const Codec* codec = CodecOfType(videoType);
+  return codec != nullptr && codec->isOverHttp;
 }
 
 Outcome ProbeRtsp(const CameraAddress& address, const std::string& path, int videoType) {
@@ -38,8 +34,8 @@ Outcome ProbeRtsp(const CameraAddress& address, const std::string& path, int vid
 }
 
 Outcome ProbeHttp(const CameraAddress& address, const std::string& path, int videoType) {
-  const bool isJpeg = videoType == VIDEO_TYPE_ANY || videoType == VIDEO_TYPE_MJPEG;
-  return isJpeg ? ProbeHttpStream(address, path) : Outcome::kNoVideo;
+  const bool canBe = videoType == VIDEO_TYPE_ANY || IsOverHttp(videoType);
+  return canBe ? ProbeHttpStream(address, path) : Outcome::kNoVideo;
 }
 
 /// Without a named way to travel both are tried, but the second only where the first found nothing of its kind.
@@ -62,8 +58,8 @@ Outcome ProbeAs(const CameraAddress& address, const std::string& path, int video
     case STREAMING_TYPE_HTTP:
       return ProbeHttp(address, path, videoType);
     default:
-      return videoType == VIDEO_TYPE_MJPEG ? ProbeEither(ProbeHttp, ProbeRtsp, address, path, videoType)
-                                           : ProbeEither(ProbeRtsp, ProbeHttp, address, path, videoType);
+      return IsOverHttp(videoType) ? ProbeEither(ProbeHttp, ProbeRtsp, address, path, videoType)
+                                   : ProbeEither(ProbeRtsp, ProbeHttp, address, path, videoType);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "recorder/device/check/http_probe.h"
+#include "recorder/media/codecs.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {
@@ -40,18 +41,11 @@ Outcome UserDevice::TakeSnapshot(const CameraAddress& address, const std::string
 }
 
 SNAPSHOT_KIND UserDevice::SnapshotKind() {
-  switch (videoType_) {
-    case VIDEO_TYPE_MJPEG:
-      return AskWhetherHttp();
-    case VIDEO_TYPE_MPEG4:
-    case VIDEO_TYPE_H264:
-    case VIDEO_TYPE_H265:
-      return SNAPSHOT_KIND_STREAM;
-    case VIDEO_TYPE_ANY:
-      return AskWhetherRtsp();
-    default:
-      return SNAPSHOT_KIND_NONE;
-  }
+  if (videoType_ == VIDEO_TYPE_ANY) return AskWhetherRtsp();
+  const Codec* codec = CodecOfType(videoType_);
+  if (codec == nullptr) return SNAPSHOT_KIND_NONE;
+  if (codec->isOverHttp) return AskWhetherHttp();
+  return codec->rtp ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_NONE;
 }
 
 /// RTSP first, then HTTP: whoever takes the picture tries one of them only.

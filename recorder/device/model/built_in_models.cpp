@@ -4,31 +4,50 @@
 #include <utility>
 
 #include "platform/device.h"
+#include "recorder/media/codecs.h"
 
 namespace recorder {
 namespace {
 
 constexpr unsigned int kUnicastProtocols = 1U << RTSP_PROTOCOL_UDP | 1U << RTSP_PROTOCOL_TCP | 1U << RTSP_PROTOCOL_HTTP;
 
+/// The codecs that the document of a built-in model names, and how each comes to the recorder.
+std::vector<ModelCodec> CodecsOf(BuiltIn model) {
+  std::vector<ModelCodec> codecs;
+  for (const Codec& codec : Codecs()) {
+    if ((codec.builtIns & model) != 0) codecs.push_back({std::string(codec.name), {"RTSP"}});
+  }
+  return codecs;
+}
+
+/// By a path that the user gives, a codec that comes over HTTP comes by nothing else, and is named first.
+std::vector<ModelCodec> CodecsOfUser() {
+  std::vector<ModelCodec> codecs = CodecsOf(kUserBuiltIn);
+  const auto isOverHttp = [](const ModelCodec& codec) { return CodecOfName(codec.name)->isOverHttp; };
+  const auto rest = std::stable_partition(codecs.begin(), codecs.end(), isOverHttp);
+  std::for_each(codecs.begin(), rest, [](ModelCodec& codec) { codec.streamTypes = {"HTTP"}; });
+  return codecs;
+}
+
 Model MakeUserModel() {
   Model model;
   model.vendor = kUserVendor;
   model.id = "User Define";
   model.channels.preset = "1";
-  model.codecs = {{"MJPEG", {"HTTP"}}, {"H.264", {"RTSP"}}, {"MPEG4", {"RTSP"}}};
+  model.codecs = CodecsOfUser();
   model.streamCount = 0;
   model.rtspProtocols = kUnicastProtocols;
   model.presetRtspProtocol = RTSP_PROTOCOL_AUTO;
   return model;
 }
 
-Model MakeGenericModel(const std::string& vendor, const std::vector<std::string>& codecs) {
+Model MakeGenericModel(const std::string& vendor, BuiltIn codecs) {
   Model model;
   model.vendor = vendor;
   model.name = kGenericName;
   model.id = vendor + " " + kGenericName;
   model.channels = {{"1"}, "1"};
-  for (const std::string& codec : codecs) model.codecs.push_back({codec, {"RTSP"}});
+  model.codecs = CodecsOf(codecs);
   model.streamCount = 0;
   model.rtspProtocols = kUnicastProtocols;
   model.presetRtspProtocol = RTSP_PROTOCOL_AUTO;
@@ -40,8 +59,8 @@ Model MakeGenericModel(const std::string& vendor, const std::vector<std::string>
 
 const std::vector<std::shared_ptr<const Model>>& BuiltInModels() {
   static const std::vector<std::shared_ptr<const Model>> models{
-      std::make_shared<const Model>(MakeGenericModel(kOnvifVendor, {"H.264", "H.265", "MJPEG", "MPEG4"})),
-      std::make_shared<const Model>(MakeGenericModel(kPsiaVendor, {"H.264", "MJPEG", "MPEG4"})),
+      std::make_shared<const Model>(MakeGenericModel(kOnvifVendor, kOnvifBuiltIn)),
+      std::make_shared<const Model>(MakeGenericModel(kPsiaVendor, kPsiaBuiltIn)),
       std::make_shared<const Model>(MakeUserModel()),
   };
   return models;

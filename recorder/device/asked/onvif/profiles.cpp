@@ -7,8 +7,8 @@
 #include "recorder/device/asked/onvif/motion.h"
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
+#include "recorder/media/codecs.h"
 #include "recorder/utility/text.h"
-#include "recorder/utility/translate.h"
 
 namespace recorder::onvif {
 namespace {
@@ -18,14 +18,6 @@ constexpr int kMaxFrameRate = 120;   // pictures a second
 constexpr int kMaxQuality = 10'000;  // without a unit; the scale is the camera's own
 constexpr std::size_t kMaxProfiles = 1024;
 constexpr std::size_t kMaxResolutions = 256;
-
-/// Media 1 names encodings as elements and in capitals, media 2 by their MIME names.
-constexpr std::pair<std::string_view, std::string_view> kCodecs[] = {
-    {"jpeg", "MJPEG"}, {"mpeg4", "MPEG4"}, {"mpv4-es", "MPEG4"}, {"h264", "H.264"}, {"h265", "H.265"},
-};
-
-/// The recorder's name of an encoding, "" for one that it does not know.
-std::string CodecName(std::string_view encoding) { return std::string(Translate(kCodecs, LowerCase(encoding), "")); }
 
 XmlElement Part(XmlElement element, std::string_view name) { return element.Child(kSchemaNamespace, name); }
 
@@ -54,7 +46,7 @@ constexpr ProfileNames kMedia2Names{kMedia2Namespace, "VideoSource",  "VideoEnco
 std::optional<VideoEncoder> ReadEncoder(XmlElement encoder) {
   VideoEncoder read;
   read.token = encoder.Attribute("token");
-  read.codec = CodecName(Part(encoder, "Encoding").Text());
+  read.codec = NameOfOnvifCodec(Part(encoder, "Encoding").Text());
   read.resolution = ReadSize(Part(encoder, "Resolution"));
   read.frameRate = WholeNumber(Part(Part(encoder, "RateControl"), "FrameRateLimit").Text(), 1, kMaxFrameRate);
   read.quality = WholeNumber(Part(encoder, "Quality").Text(), -kMaxQuality, kMaxQuality);
@@ -118,7 +110,7 @@ void AddMedia1Options(XmlElement all, VideoOptions& options) {
   AddQuality(Part(all, "QualityRange"), options);
   for (XmlElement level = all; level; level = Part(level, "Extension")) {
     for (const XmlElement option : level.Children()) {
-      const std::string codec = option.Namespace() == kSchemaNamespace ? CodecName(option.Name()) : "";
+      const std::string codec(option.Namespace() == kSchemaNamespace ? NameOfOnvifCodec(option.Name()) : "");
       if (codec.empty()) continue;
       AddCodec(codec, option, options);
       AddFrameRateRange(Part(option, "FrameRateRange"), options);
@@ -127,7 +119,7 @@ void AddMedia1Options(XmlElement all, VideoOptions& options) {
 }
 
 void AddMedia2Option(XmlElement option, VideoOptions& options) {
-  const std::string codec = CodecName(Part(option, "Encoding").Text());
+  const std::string codec(NameOfOnvifCodec(Part(option, "Encoding").Text()));
   if (codec.empty()) return;
   AddCodec(codec, option, options);
   AddFrameRateList(option.Attribute("FrameRatesSupported"), options);

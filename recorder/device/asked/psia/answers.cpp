@@ -4,9 +4,9 @@
 #include <string_view>
 #include <utility>
 
+#include "recorder/media/codecs.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
-#include "recorder/utility/translate.h"
 
 namespace recorder::psia {
 namespace {
@@ -16,12 +16,6 @@ constexpr int kHundredths = 100;
 constexpr int kDeviceBusy = 2;  // statusCode of a ResponseStatus
 
 constexpr std::string_view kChannelsPath = "/PSIA/Streaming/channels/";
-
-/// The camera's names of codecs in lower case, with and without the point, and the recorder's.
-constexpr std::pair<std::string_view, std::string_view> kCodecs[] = {
-    {"mjpeg", "MJPEG"}, {"mpeg4", "MPEG4"}, {"mpeg-4", "MPEG4"}, {"h.264", "H.264"},
-    {"h264", "H.264"},  {"h.265", "H.265"}, {"h265", "H.265"},
-};
 
 XmlElement Child(const XmlElement& element, std::string_view name) { return element.Child(kAnyNamespace, name); }
 
@@ -98,7 +92,7 @@ Outcome AnswerOutcome(const HttpAnswer& answer, const XmlElement& root,
 bool IsPathSegment(std::string_view id) { return !id.empty() && !HoldsControls(id); }
 
 /// The recorder's name of a codec, or "".
-std::string CodecName(std::string_view name) { return std::string(Translate(kCodecs, LowerCase(name), "")); }
+std::string CodecName(std::string_view name) { return std::string(NameOfPsiaCodec(name)); }
 
 /// What can be chosen, the current value included, which is the one to begin with; nothing when there is nothing.
 std::optional<Choices> MakeChoices(std::vector<std::string> values, const std::string& current) {
@@ -224,8 +218,7 @@ bool FillIn(const StreamingChannel& channel, CameraFacts& facts) {
 
   facts.codecs.clear();
   for (std::string& name : codecs) {
-    // HTTP is to the recorder what carries parts that are JPEGs.
-    const bool hasHttp = channel.hasHttp && name == "MJPEG";
+    const bool hasHttp = channel.hasHttp && CodecOfName(name)->isOverHttp;
     facts.codecs.push_back(
         {std::move(name), hasHttp ? std::vector<std::string>{"RTSP", "HTTP"} : std::vector<std::string>{"RTSP"}});
   }
