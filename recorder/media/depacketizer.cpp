@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "recorder/media/codecs.h"
+
 namespace recorder {
 namespace {
 
@@ -58,6 +60,11 @@ bool Depacketizer::OpenFormat(const std::string& description) {
   piece_.reset(av_packet_alloc());
   if (!piece_) throw std::bad_alloc();
   return format_->nb_streams == 1;
+}
+
+std::uint32_t Depacketizer::Codec() const {
+  const recorder::Codec* codec = CodecOfLibav(avcodec_get_name(format_->streams[0]->codecpar->codec_id));
+  return codec == nullptr ? 0 : codec->rtp->code;
 }
 
 std::span<const std::uint8_t> Depacketizer::Configuration() const {

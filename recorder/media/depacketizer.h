@@ -25,7 +25,8 @@ class Depacketizer {
   Depacketizer(const Depacketizer&) = delete;
   Depacketizer& operator=(const Depacketizer&) = delete;
 
-  AVCodecID Codec() const { return format_->streams[0]->codecpar->codec_id; }
+  /// Four-character code of the video's codec; 0 for one that the recorder does not know.
+  std::uint32_t Codec() const;
 
   /// Codec configuration from the session description, valid as long as this object; may be empty.
   std::span<const std::uint8_t> Configuration() const;

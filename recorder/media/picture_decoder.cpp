@@ -1,15 +1,11 @@
 #include "recorder/media/picture_decoder.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/media.h"
 #include "recorder/media/codecs.h"
-#include "recorder/media/jpeg_check.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -74,22 +70,9 @@ bool HasUndecodedArea(const AVFrame& frame) {
   return false;
 }
 
-/// A picture, and what it was decoded from.
-struct KeptPicture {
-  std::uint32_t codec = 0;
-  std::vector<std::uint8_t> configuration;
-  std::vector<std::uint8_t> unit;
-  Frame frame;
+}  // namespace
 
-  bool IsOf(std::uint32_t otherCodec, Bytes otherConfiguration, Bytes otherUnit) const {
-    return frame && codec == otherCodec && std::ranges::equal(unit, otherUnit) &&
-           std::ranges::equal(configuration, otherConfiguration);
-  }
-};
-
-thread_local KeptPicture keptPicture;
-
-Frame Decode(std::uint32_t codec, Bytes configuration, Bytes unit) {
+Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
   if (unit.empty()) return nullptr;
   const CodecContext context = OpenDecoder(codec, configuration);
   if (!context) return nullptr;
@@ -102,22 +85,5 @@ Frame Decode(std::uint32_t codec, Bytes configuration, Bytes unit) {
   const bool isDamaged = frame->decode_error_flags != 0 || (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0;
   return isDamaged || HasUndecodedArea(*frame) ? nullptr : std::move(frame);
 }
-
-}  // namespace
-
-Frame DecodeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
-  if (keptPicture.IsOf(codec, configuration, unit)) return std::exchange(keptPicture, {}).frame;
-  return Decode(codec, configuration, unit);
-}
-
-bool IsWholeKeyFrame(std::uint32_t codec, Bytes configuration, Bytes unit) {
-  if (codec == kCodecJpeg) return IsWholeJpeg(unit);
-  Frame frame = Decode(codec, configuration, unit);
-  if (!frame) return false;
-  keptPicture = {codec, {configuration.begin(), configuration.end()}, {unit.begin(), unit.end()}, std::move(frame)};
-  return true;
-}
-
-void ForgetKeyFrame() { keptPicture = {}; }
 
 }  // namespace recorder

@@ -12,13 +12,4 @@ namespace recorder {
 Frame DecodeKeyFrame(std::uint32_t codec, std::span<const std::uint8_t> configuration,
                      std::span<const std::uint8_t> unit);
 
-/// True when a picture can be made of the unit, found out by decoding it (of a JPEG by its markers alone). The picture
-/// is kept for this thread: DecodeKeyFrame for the same bytes, which mostly follows, hands it out instead of decoding
-/// again.
-bool IsWholeKeyFrame(std::uint32_t codec, std::span<const std::uint8_t> configuration,
-                     std::span<const std::uint8_t> unit);
-
-/// Frees the picture that IsWholeKeyFrame kept for this thread, if nobody has fetched it.
-void ForgetKeyFrame();
-
 }  // namespace recorder

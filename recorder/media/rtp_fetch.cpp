@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdlib>
-#include <cstring>
 #include <optional>
 #include <span>
 #include <utility>
@@ -13,30 +11,16 @@
 #include "platform/media.h"
 #include "platform/utility.h"
 #include "recorder/media/access_unit.h"
-#include "recorder/media/codecs.h"
 #include "recorder/media/depacketizer.h"
+#include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
 
 namespace recorder {
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
-
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
-
-/// Four-character code of the codec that the depacketizer has; 0 where there is none, or one unknown to us.
-std::uint32_t CodeOf(const Depacketizer* depacketizer) {
-  const Codec* codec = depacketizer == nullptr ? nullptr : CodecOfLibav(avcodec_get_name(depacketizer->Codec()));
-  return codec == nullptr ? 0 : codec->rtp->code;
-}
-
-Bytes WithoutStartCode(Bytes unit) {
-  const auto firstSet = std::find_if(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte != 0; });
-  const bool hasStartCode = firstSet - unit.begin() >= 2 && firstSet != unit.end() && *firstSet == 1;
-  return hasStartCode ? unit.subspan(static_cast<std::size_t>(firstSet - unit.begin()) + 1) : unit;
-}
 
 /// A receiver report without a block and a picture loss indication (RFC 3550 section 6.4.2, RFC 4585 section 6.3.1): it
 /// asks the camera of stream `source` for a key frame now.
@@ -73,22 +57,21 @@ struct RtpFetch::Impl {
   std::unique_ptr<recorder::Depacketizer> depacketizer;
   std::optional<recorder::AccessUnitAssembler> assembler;
   std::uint32_t codec = 0;
-  bool hasKeyFrame = false;
   bool hasAskedForKeyFrame = false;
   recorder::Clock::time_point started;
   std::uint32_t source = 0;  // SSRC of the video
   std::vector<std::uint8_t> pieces;
 
   recorder::AccessUnit unit;
-  std::span<const std::uint8_t> part;  // of `unit`
+  std::optional<recorder::KeyPicture> part;  // made of `unit`
   timeval captureTime{};
   unsigned int nextPart = 0;
 
-  ~Impl() { recorder::ForgetKeyFrame(); }
   recorder::Outcome Open();
   recorder::Outcome NextPart();
   recorder::Outcome ReadUnit();
-  bool IsWanted();
+  recorder::Outcome MakePart();
+  bool IsKeyFrame() const;
   void AskForKeyFrame();
 };
 
@@ -100,7 +83,7 @@ recorder::Outcome RtpFetch::Impl::Open() {
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
   depacketizer = recorder::Depacketizer::Open(
       client->Video().description, [this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
-  codec = recorder::CodeOf(depacketizer.get());
+  codec = depacketizer ? depacketizer->Codec() : 0;
   if (codec == 0) return Outcome::kNoVideo;
   assembler.emplace(codec);
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
@@ -109,17 +92,20 @@ recorder::Outcome RtpFetch::Impl::Open() {
   return Outcome::kOk;
 }
 
+/// A key frame has to be decoded to be judged: whoever takes the parts has only one try, so that a damaged one must be
+/// passed over here. What is decoded is handed on: a part is the picture itself, as a JPEG, whatever the camera sends.
 recorder::Outcome RtpFetch::Impl::NextPart() {
   using recorder::Outcome;
-  part = {};
+  part.reset();
   if (!client) {
     if (const Outcome outcome = Open(); outcome != Outcome::kOk) return outcome;
   }
-  do {
+  while (!part) {
     if (const Outcome outcome = ReadUnit(); outcome != Outcome::kOk) return outcome;
-  } while (!IsWanted());
+    if (const Outcome outcome = MakePart(); outcome != Outcome::kOk) return outcome;
+    if (!part) AskForKeyFrame();
+  }
   captureTime = recorder::Now();
-  part = codec == kCodecH264 ? recorder::WithoutStartCode(unit.bytes) : std::span<const std::uint8_t>(unit.bytes);
   return Outcome::kOk;
 }
 
@@ -141,16 +127,25 @@ recorder::Outcome RtpFetch::Impl::ReadUnit() {
   }
 }
 
-/// From the first whole key frame on all units are wanted. A key frame that the decoder finds damaged is passed over
-/// here, because whoever takes the parts has only one try.
-bool RtpFetch::Impl::IsWanted() {
-  if (hasKeyFrame) return true;
+/// Makes the part of the unit, or none where that is no whole key frame. kNotUnderstood: no JPEG can be made of such
+/// pictures.
+recorder::Outcome RtpFetch::Impl::MakePart() {
+  using recorder::Outcome;
+  if (!IsKeyFrame()) return Outcome::kOk;
+  if (codec == kCodecJpeg) {
+    part = recorder::CopyJpeg(unit.bytes);
+    return Outcome::kOk;
+  }
+  const recorder::Frame frame = recorder::DecodeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);
+  if (!frame) return Outcome::kOk;
+  part = recorder::EncodeJpeg(*frame);
+  return part ? Outcome::kOk : Outcome::kNotUnderstood;
+}
+
+bool RtpFetch::Impl::IsKeyFrame() const {
   const bool takesRecoveryPoint = recorder::Clock::now() >= started + recorder::kKeyFramePatience;
-  const bool isKey =
-      unit.kind == recorder::UnitKind::kKey || (takesRecoveryPoint && unit.kind == recorder::UnitKind::kRecoveryPoint);
-  hasKeyFrame = isKey && recorder::IsWholeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);
-  if (!hasKeyFrame) AskForKeyFrame();
-  return hasKeyFrame;
+  return unit.kind == recorder::UnitKind::kKey ||
+         (takesRecoveryPoint && unit.kind == recorder::UnitKind::kRecoveryPoint);
 }
 
 /// Once: a camera with seconds between its key frames then sends one now.
@@ -190,31 +185,23 @@ int RtpFetch::NextPartInfo(unsigned int& partNumber, char* /*header*/, unsigned 
   return 0;
 }
 
-int RtpFetch::GetVideoFormat(ESFormat& format, int detail) {
+int RtpFetch::GetVideoFormat(ESFormat& format, int /*detail*/) {
   if (impl->codec == 0) return -1;
-  ESFormat known;
-  known.type = ES_CLOCK_LOCAL;
-  known.codec = impl->codec;
-  const auto configuration = impl->depacketizer->Configuration();
-  if (detail == ES_FORMAT_WITH_CONFIGURATION && !configuration.empty()) {
-    known.extradata = static_cast<unsigned char*>(std::malloc(configuration.size()));
-    if (known.extradata == nullptr) throw std::bad_alloc();
-    std::memcpy(known.extradata, configuration.data(), configuration.size());
-    known.extradataSize = static_cast<int>(configuration.size());
-  }
-  format = known;
+  format = {};  // a JPEG has no configuration
+  format.type = ES_CLOCK_LOCAL;
+  format.codec = kCodecJpeg;
   return 0;
 }
 
 int RtpFetch::GetImgContentInfo(int& size, timeval& captureTime) {
-  if (impl->part.empty()) return -1;
-  size = static_cast<int>(impl->part.size());
+  if (!impl->part) return -1;
+  size = impl->part->size;
   captureTime = impl->captureTime;
   return 0;
 }
 
 int RtpFetch::FetchContent(unsigned char* destination, unsigned int size) {
-  if (impl->part.empty() || destination == nullptr || impl->part.size() > size) return -1;
-  std::memcpy(destination, impl->part.data(), impl->part.size());
+  if (!impl->part || destination == nullptr || impl->part->Span().size() > size) return -1;
+  std::ranges::copy(impl->part->Span(), destination);
   return 0;
 }

@@ -2,12 +2,10 @@
 #include <memory>
 #include <vector>
 
-#include "platform/media.h"
 #include "recorder/media/access_unit.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/sdp.h"
-#include "recorder/utility/translate.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"
 
@@ -18,11 +16,6 @@ namespace {
 
 constexpr std::string_view kGap = "\n\n";
 
-constexpr std::pair<AVCodecID, std::uint32_t> kCodecs[] = {{AV_CODEC_ID_H264, kCodecH264},
-                                                           {AV_CODEC_ID_HEVC, kCodecH265},
-                                                           {AV_CODEC_ID_MPEG4, kCodecMpeg4},
-                                                           {AV_CODEC_ID_MJPEG, kCodecJpeg}};
-
 void ReadPacket(const InterleavedPacket& packet, Depacketizer& depacketizer, AccessUnitAssembler& assembler) {
   std::vector<std::uint8_t> pieces;
   depacketizer.Feed(packet.bytes, pieces);
@@ -31,8 +24,8 @@ void ReadPacket(const InterleavedPacket& packet, Depacketizer& depacketizer, Acc
   assembler.Add(*header, pieces);
   while (const auto unit = assembler.Take()) {
     Require(!unit->bytes.empty() && unit->kind != UnitKind::kNoPicture);
-    IsWholeKeyFrame(RecogniseCodec(depacketizer.Configuration(), unit->bytes), depacketizer.Configuration(),
-                    unit->bytes);
+    DecodeKeyFrame(RecogniseCodec(depacketizer.Configuration(), unit->bytes), depacketizer.Configuration(),
+                   unit->bytes);
   }
 }
 
@@ -53,7 +46,7 @@ void RunInput(std::string_view input) {
   const auto depacketizer = Describe(input.substr(0, gap));
   if (!depacketizer) return;
   depacketizer->Configuration();
-  AccessUnitAssembler assembler(Translate(kCodecs, depacketizer->Codec(), 0));
+  AccessUnitAssembler assembler(depacketizer->Codec());
   RtspParser parser;
   parser.ExpectPackets(0, 1);
   Feed(parser, input.substr(std::min(gap + kGap.size(), input.size())), input.size(), [&](RtspParser::Item item) {

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "recorder/media/libav.h"
+#include "recorder/utility/handle.h"
+
+namespace recorder {
+
+/// A JPEG made of a key frame.
+struct KeyPicture {
+  MallocBytes bytes;
+  int size = 0;
+
+  std::span<const std::uint8_t> Span() const { return {bytes.get(), static_cast<std::size_t>(size)}; }
+};
+
+/// Encodes a decoded picture, whose levels it brings to JPEG's own in place. Nothing, and a log line, for a pixel
+/// format that JPEG does not have.
+std::optional<KeyPicture> EncodeJpeg(AVFrame& frame);
+
+/// A copy of what is a JPEG already; nothing when it is not whole.
+std::optional<KeyPicture> CopyJpeg(std::span<const std::uint8_t> jpeg);
+
+}  // namespace recorder
