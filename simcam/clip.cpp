@@ -23,11 +23,11 @@ constexpr int kH264Pps = 8;
 /// Whole GOPs, of a second at least.
 int UnitCount(const StreamConfig& stream) {
   const int gops = (stream.fps + stream.gop - 1) / stream.gop;
-  return stream.codec == Codec::kJpeg ? stream.fps : gops * stream.gop;
+  return stream.codec->isAllKeys ? stream.fps : gops * stream.gop;
 }
 
 std::string ClipName(const StreamConfig& stream) {
-  return stream.file + CodecName(stream.codec) + "-" + std::to_string(stream.size.width) + "x" +
+  return stream.file + stream.codec->name + "-" + std::to_string(stream.size.width) + "x" +
          std::to_string(stream.size.height) + "-" + std::to_string(stream.fps) + "fps-gop" +
          std::to_string(stream.gop) + "-" + std::to_string(stream.bitrate) + "kbps-slices" +
          std::to_string(stream.slices);
@@ -138,7 +138,7 @@ void SeparateParameterSets(RtpClip& clip) {
 
 /// Packetizes by GStreamer. The units' time stamps tell which packets belong together.
 std::shared_ptr<const RtpClip> Packetize(const Clip& clip, const StreamConfig& stream, Fault fault) {
-  const Pipeline pipeline("appsrc name=in format=time max-bytes=0 ! " + Payloader(stream.codec, "pay") +
+  const Pipeline pipeline("appsrc name=in format=time max-bytes=0 ! " + Payloader(*stream.codec, "pay") +
                           " ! appsink name=out sync=false");
   pipeline.SetInputCaps(clip.caps.get());
   pipeline.Play();
@@ -204,7 +204,7 @@ std::shared_ptr<const Clip> ClipStore::Get(const StreamConfig& stream) {
   std::shared_ptr<const Clip>& clip = clips_[name];
   if (clip) return clip;
   if (!stream.file.empty()) {
-    const auto whole = Collect("filesrc location=\"" + stream.file + "\" ! " + Parser(stream.codec));
+    const auto whole = Collect("filesrc location=\"" + stream.file + "\" ! " + stream.codec->parser);
     StartAtKeyFrame(*whole, stream);
     clip = whole;
     return clip;

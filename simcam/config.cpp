@@ -14,8 +14,6 @@
 namespace simcam {
 namespace {
 
-constexpr Named<Codec> kCodecs[] = {
-    {"h264", Codec::kH264}, {"h265", Codec::kH265}, {"mpeg4", Codec::kMpeg4}, {"jpeg", Codec::kJpeg}};
 constexpr Named<Audio> kAudio[] = {{"none", Audio::kNone}, {"first", Audio::kFirst}, {"only", Audio::kOnly}};
 constexpr Named<Server> kServers[] = {{"stock", Server::kStock}, {"scripted", Server::kScripted}};
 constexpr Named<bool> kSources[] = {{"live", true}, {"clip", false}};
@@ -37,9 +35,17 @@ void ReadStart(Members& members, StreamConfig& stream) {
   }
 }
 
-/// Live encoding is for small pictures; MPEG-4 comes without time stamps out of its encoder, so it is always a clip.
-bool CanBeLive(const StreamConfig& stream) { return stream.codec != Codec::kMpeg4 && stream.file.empty(); }
+const Codec* ReadCodec(Members& members, const Codec& usual) {
+  std::string name = usual.name;
+  members.Read("codec", name);
+  const Codec* codec = FindCodec(name);
+  if (codec == nullptr) members.Fail("unknown codec \"" + name + "\"; --help lists them");
+  return codec;
+}
 
+bool CanBeLive(const StreamConfig& stream) { return stream.codec->canBeLive && stream.file.empty(); }
+
+/// Live encoding is for small pictures.
 bool LiveByDefault(const StreamConfig& stream) {
   return CanBeLive(stream) && stream.size.width * stream.size.height <= 1280 * 720;
 }
@@ -52,7 +58,7 @@ int UsualBitrate(const StreamConfig& stream) {
 StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   Members members(value, where);
   StreamConfig stream;
-  members.Read("codec", stream.codec, kCodecs);
+  stream.codec = ReadCodec(members, *stream.codec);
   members.Read("width", stream.size.width, 16, 7680);
   members.Read("height", stream.size.height, 16, 4320);
   members.Read("fps", stream.fps, 1, 60);
@@ -70,11 +76,11 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   ReadStart(members, stream);
   members.Finish();
   CheckPath(members, stream.path);
-  if (stream.live && !CanBeLive(stream)) members.Fail("MPEG-4 and files have no live source, only a clip");
+  if (stream.live && !CanBeLive(stream)) members.Fail("this codec, or a file, has no live source, only a clip");
   if (stream.size.width % 2 != 0 || stream.size.height % 2 != 0) members.Fail("width and height must be even");
-  // RFC 2435: 8 bits of 8 pixels each; beyond that the sizes do not fit.
-  if (stream.codec == Codec::kJpeg && (stream.size.width > 2040 || stream.size.height > 2040)) {
-    members.Fail("JPEG over RTP ends at 2040 pixels");
+  const int most = stream.codec->mostRtpPixels;
+  if (most > 0 && std::max(stream.size.width, stream.size.height) > most) {
+    members.Fail(std::string(stream.codec->name) + " over RTP ends at " + std::to_string(most) + " pixels");
   }
   return stream;
 }
@@ -238,13 +244,6 @@ std::vector<CameraConfig> ReadConfig(const std::string& path) {
     if (!names.insert(cameras.back().name).second) members.Fail("two cameras are named " + cameras.back().name);
   }
   return cameras;
-}
-
-const char* CodecName(Codec codec) {
-  for (const auto& row : kCodecs) {
-    if (row.value == codec) return row.name;
-  }
-  return "";
 }
 
 }  // namespace simcam

@@ -5,16 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "simcam/codecs.h"
 #include "simcam/fault.h"
 
 namespace simcam {
-
-enum class Codec { kH264, kH265, kMpeg4, kJpeg };
-/// What the codecs are called somewhere, in their order above.
-struct CodecWords {
-  const char* words[4];
-  constexpr const char* operator[](Codec codec) const { return words[static_cast<size_t>(codec)]; }
-};
 
 enum class Audio { kNone, kFirst, kOnly };
 enum class Server { kStock, kScripted };
@@ -47,7 +41,7 @@ struct Size {
 };
 
 struct StreamConfig {
-  Codec codec = Codec::kH264;
+  const Codec* codec = FindCodec("h264");
   Size size;
   int fps = 25;
   int gop = 25;     ///< pictures from one key frame to the next
@@ -143,8 +137,5 @@ struct ConfigError : std::runtime_error {
 
 /// Reads the configuration file. Throws ConfigError. README.md shows the format.
 std::vector<CameraConfig> ReadConfig(const std::string& path);
-
-/// "h264" and so on, as in the configuration.
-const char* CodecName(Codec codec);
 
 }  // namespace simcam

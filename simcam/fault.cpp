@@ -2,68 +2,80 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 
 namespace simcam {
 namespace {
 
+/// Which server a fault needs.
+enum Concerns {
+  kRtsp,     ///< the scripted RTSP server; HTTP may have the fault, too
+  kNotRtsp,  ///< RTSP works as usual
+};
+
 struct FaultRow {
   const char* name;
   Fault fault;
+  Concerns concerns;
   const char* effect;
 };
 
 constexpr FaultRow kFaultRows[] = {
-    {"none", Fault::kNone, "a healthy camera"},
-    {"refused", Fault::kRefused, "the port is reserved, but nothing listens: connections are refused"},
-    {"silentAfterConnect", Fault::kSilentAfterConnect, "accepts, reads, never answers (RTSP and HTTP)"},
-    {"silentAfterDescribe", Fault::kSilentAfterDescribe, "answers DESCRIBE, then nothing more"},
-    {"silentAfterSetup", Fault::kSilentAfterSetup, "answers SETUP, then nothing more"},
-    {"silentAfterPlay", Fault::kSilentAfterPlay, "answers PLAY, sends no packet"},
-    {"silentInUnit", Fault::kSilentInUnit,
+    {"none", Fault::kNone, kNotRtsp, "a healthy camera"},
+    {"refused", Fault::kRefused, kRtsp, "the port is reserved, but nothing listens: connections are refused"},
+    {"silentAfterConnect", Fault::kSilentAfterConnect, kRtsp, "accepts, reads, never answers (RTSP and HTTP)"},
+    {"silentAfterDescribe", Fault::kSilentAfterDescribe, kRtsp, "answers DESCRIBE, then nothing more"},
+    {"silentAfterSetup", Fault::kSilentAfterSetup, kRtsp, "answers SETUP, then nothing more"},
+    {"silentAfterPlay", Fault::kSilentAfterPlay, kRtsp, "answers PLAY, sends no packet"},
+    {"silentInUnit", Fault::kSilentInUnit, kRtsp,
      "stops within the first key frame, within a packet; HTTP: within the picture"},
-    {"closeAfterConnect", Fault::kCloseAfterConnect, "closes as soon as the first request comes (RTSP and HTTP)"},
-    {"closeAfterDescribe", Fault::kCloseAfterDescribe, "closes after the answer to DESCRIBE"},
-    {"closeAfterSetup", Fault::kCloseAfterSetup, "closes after the answer to SETUP"},
-    {"closeAfterPlay", Fault::kCloseAfterPlay, "closes after the answer to PLAY"},
-    {"closeInUnit", Fault::kCloseInUnit, "closes within the first key frame; HTTP: within the picture"},
-    {"garbage", Fault::kGarbage, "answers every request with random bytes and closes"},
-    {"notRtsp", Fault::kNotRtsp, "an HTTP server: RTSP requests get HTTP/1.1 400"},
-    {"notHttp", Fault::kNotHttp, "an RTSP server: HTTP requests get RTSP/1.0 400"},
-    {"drip", Fault::kDrip, "answers one byte a second (DESCRIBE and pictures)"},
-    {"hugeLength", Fault::kHugeLength, "claims a Content-Length of 2,147,483,647, sends little and waits"},
-    {"endlessBody", Fault::kEndlessBody, "a body (SDP or picture) that never ends"},
-    {"endlessHeader", Fault::kEndlessHeader, "header lines that never end"},
-    {"staleNonce", Fault::kStaleNonce, "refuses the first right Digest login with stale=true, takes the next"},
-    {"alwaysStale", Fault::kAlwaysStale, "refuses every right Digest login with stale=true"},
-    {"closeWith401", Fault::kCloseWith401, "closes the connection after each 401"},
-    {"hangUpWith401", Fault::kHangUpWith401, "RTSP: the same, without announcing it"},
-    {"hangUpOnLogin", Fault::kHangUpOnLogin, "RTSP: closes the connection instead of answering a wrong login"},
-    {"resetOnLogin", Fault::kResetOnLogin, "RTSP: resets the connection instead of answering a wrong login"},
-    {"lockOut", Fault::kLockOut, "after three wrong logins every login gets 403, the right one too"},
-    {"badSdp", Fault::kBadSdp, "answers DESCRIBE with text that is no SDP"},
-    {"noCseq", Fault::kNoCseq, "RTSP answers lack CSeq"},
-    {"controlAbsolute", Fault::kControlAbsolute, "control addresses are absolute and elsewhere (/media/video)"},
-    {"controlNoSlash", Fault::kControlNoSlash, "relative control address, Content-Base without the final slash"},
-    {"controlNoBase", Fault::kControlNoBase, "relative control address, no Content-Base"},
-    {"controlBreaksLine", Fault::kControlBreaksLine, "Content-Base holds a line break and a header of its own"},
-    {"otherChannels", Fault::kOtherChannels, "grants interleaved channels 4-5, whatever was asked"},
-    {"rtpBeforePlay", Fault::kRtpBeforePlay, "the first key frame comes before the answer to PLAY, glued to it"},
-    {"strayBytes", Fault::kStrayBytes, "zeros, line ends or text before every packet"},
-    {"strayFrames", Fault::kStrayFrames, "before every packet a '$' that begins no frame, also with the right channel"},
-    {"requestInStream", Fault::kRequestInStream, "sends OPTIONS itself, between packets of each key frame"},
-    {"parameterSetsBetweenSlices", Fault::kParameterSetsBetweenSlices, "H.264: SPS and PPS again between two slices"},
-    {"parameterSetsAlone", Fault::kParameterSetsAlone,
+    {"closeAfterConnect", Fault::kCloseAfterConnect, kRtsp,
+     "closes as soon as the first request comes (RTSP and HTTP)"},
+    {"closeAfterDescribe", Fault::kCloseAfterDescribe, kRtsp, "closes after the answer to DESCRIBE"},
+    {"closeAfterSetup", Fault::kCloseAfterSetup, kRtsp, "closes after the answer to SETUP"},
+    {"closeAfterPlay", Fault::kCloseAfterPlay, kRtsp, "closes after the answer to PLAY"},
+    {"closeInUnit", Fault::kCloseInUnit, kRtsp, "closes within the first key frame; HTTP: within the picture"},
+    {"garbage", Fault::kGarbage, kRtsp, "answers every request with random bytes and closes"},
+    {"notRtsp", Fault::kNotRtsp, kRtsp, "an HTTP server: RTSP requests get HTTP/1.1 400"},
+    {"notHttp", Fault::kNotHttp, kNotRtsp, "an RTSP server: HTTP requests get RTSP/1.0 400"},
+    {"drip", Fault::kDrip, kRtsp, "answers one byte a second (DESCRIBE and pictures)"},
+    {"hugeLength", Fault::kHugeLength, kRtsp, "claims a Content-Length of 2,147,483,647, sends little and waits"},
+    {"endlessBody", Fault::kEndlessBody, kRtsp, "a body (SDP or picture) that never ends"},
+    {"endlessHeader", Fault::kEndlessHeader, kRtsp, "header lines that never end"},
+    {"staleNonce", Fault::kStaleNonce, kRtsp, "refuses the first right Digest login with stale=true, takes the next"},
+    {"alwaysStale", Fault::kAlwaysStale, kRtsp, "refuses every right Digest login with stale=true"},
+    {"closeWith401", Fault::kCloseWith401, kRtsp, "closes the connection after each 401"},
+    {"hangUpWith401", Fault::kHangUpWith401, kRtsp, "RTSP: the same, without announcing it"},
+    {"hangUpOnLogin", Fault::kHangUpOnLogin, kRtsp, "RTSP: closes the connection instead of answering a wrong login"},
+    {"resetOnLogin", Fault::kResetOnLogin, kRtsp, "RTSP: resets the connection instead of answering a wrong login"},
+    {"lockOut", Fault::kLockOut, kRtsp, "after three wrong logins every login gets 403, the right one too"},
+    {"badSdp", Fault::kBadSdp, kRtsp, "answers DESCRIBE with text that is no SDP"},
+    {"noCseq", Fault::kNoCseq, kRtsp, "RTSP answers lack CSeq"},
+    {"controlAbsolute", Fault::kControlAbsolute, kRtsp, "control addresses are absolute and elsewhere (/media/video)"},
+    {"controlNoSlash", Fault::kControlNoSlash, kRtsp, "relative control address, Content-Base without the final slash"},
+    {"controlNoBase", Fault::kControlNoBase, kRtsp, "relative control address, no Content-Base"},
+    {"controlBreaksLine", Fault::kControlBreaksLine, kRtsp, "Content-Base holds a line break and a header of its own"},
+    {"otherChannels", Fault::kOtherChannels, kRtsp, "grants interleaved channels 4-5, whatever was asked"},
+    {"rtpBeforePlay", Fault::kRtpBeforePlay, kRtsp, "the first key frame comes before the answer to PLAY, glued to it"},
+    {"strayBytes", Fault::kStrayBytes, kRtsp, "zeros, line ends or text before every packet"},
+    {"strayFrames", Fault::kStrayFrames, kRtsp,
+     "before every packet a '$' that begins no frame, also with the right channel"},
+    {"requestInStream", Fault::kRequestInStream, kRtsp, "sends OPTIONS itself, between packets of each key frame"},
+    {"parameterSetsBetweenSlices", Fault::kParameterSetsBetweenSlices, kRtsp,
+     "H.264: SPS and PPS again between two slices"},
+    {"parameterSetsAlone", Fault::kParameterSetsAlone, kRtsp,
      "H.264: SPS and PPS as a unit of their own, before the key frame"},
-    {"lostPacket", Fault::kLostPacket, "a packet of the first key frame is missing, the next key frame is whole"},
-    {"damagedKeyFrame", Fault::kDamagedKeyFrame, "flipped bytes in the first key frame, the next is good"},
-    {"sessionTimeout", Fault::kSessionTimeout, "closes a session after 5 s without a request, as announced"},
-    {"redirectRtsp", Fault::kRedirectRtsp, "RTSP: DESCRIBE gets 302 to the address in \"redirectTo\""},
-    {"halfJpeg", Fault::kHalfJpeg, "HTTP: half a JPEG, as a complete answer"},
-    {"htmlPage", Fault::kHtmlPage, "HTTP: a page with status 200 instead of a picture"},
-    {"emptyBody", Fault::kEmptyBody, "HTTP: status 200, no body"},
-    {"redirectSame", Fault::kRedirectSame, "HTTP: 302 to /moved, where the picture is"},
-    {"redirectOther", Fault::kRedirectOther, "HTTP: 302 to the camera or address in \"redirectTo\""},
-    {"redirectLoop", Fault::kRedirectLoop, "HTTP: 302 to the same address, for ever"},
+    {"lostPacket", Fault::kLostPacket, kRtsp,
+     "a packet of the first key frame is missing, the next key frame is whole"},
+    {"damagedKeyFrame", Fault::kDamagedKeyFrame, kRtsp, "flipped bytes in the first key frame, the next is good"},
+    {"sessionTimeout", Fault::kSessionTimeout, kRtsp, "closes a session after 5 s without a request, as announced"},
+    {"redirectRtsp", Fault::kRedirectRtsp, kRtsp, "RTSP: DESCRIBE gets 302 to the address in \"redirectTo\""},
+    {"halfJpeg", Fault::kHalfJpeg, kNotRtsp, "HTTP: half a JPEG, as a complete answer"},
+    {"htmlPage", Fault::kHtmlPage, kNotRtsp, "HTTP: a page with status 200 instead of a picture"},
+    {"emptyBody", Fault::kEmptyBody, kNotRtsp, "HTTP: status 200, no body"},
+    {"redirectSame", Fault::kRedirectSame, kNotRtsp, "HTTP: 302 to /moved, where the picture is"},
+    {"redirectOther", Fault::kRedirectOther, kNotRtsp, "HTTP: 302 to the camera or address in \"redirectTo\""},
+    {"redirectLoop", Fault::kRedirectLoop, kNotRtsp, "HTTP: 302 to the same address, for ever"},
 };
 
 constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "http"};
@@ -92,7 +104,9 @@ std::optional<FaultConfig> FaultFromName(std::string_view name) {
 
 bool OnlyHttp(const FaultConfig& fault) {
   if (fault.fault == Fault::kStatus) return fault.method == "HTTP";
-  return fault.fault == Fault::kNone || fault.fault == Fault::kNotHttp || fault.fault >= Fault::kHalfJpeg;
+  const auto* row = std::find_if(std::begin(kFaultRows), std::end(kFaultRows),
+                                 [&](const FaultRow& candidate) { return candidate.fault == fault.fault; });
+  return row->concerns == kNotRtsp;
 }
 
 std::string FaultHelp() {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "simcam/camera.h"
+#include "simcam/codecs.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ using simcam::Camera;
 constexpr const char* kUsage =
     "usage: simcam [--until-stdin-closes] [--cache DIR] CONFIG.json\n"
     "       simcam --help | --version\n"
-    "Serves the configured cameras on 127.0.0.1 and prints their ports as one line of JSON.\n\nfaults:\n";
+    "Serves the configured cameras on 127.0.0.1 and prints their ports as one line of JSON.\n\n";
 
 struct Options {
   std::string config;
@@ -142,7 +143,7 @@ int main(int argc, char** argv) {
   try {
     const Options options = ReadOptions({argv + 1, argv + argc});
     if (options.help) {
-      std::cout << kUsage << simcam::FaultHelp();
+      std::cout << kUsage << "codecs:\n" << simcam::CodecHelp() << "\nfaults:\n" << simcam::FaultHelp();
       return 0;
     }
     if (options.version) {

@@ -10,6 +10,8 @@
 #include <ctime>
 #include <stdexcept>
 
+#include "simcam/xml_text.h"
+
 namespace simcam {
 namespace {
 
@@ -101,52 +103,10 @@ std::string TestPicture(Size size, int fps, const std::string& sourceOptions) {
 }
 
 std::string Encoder(const StreamConfig& stream) {
-  const std::string gop = std::to_string(stream.gop);
-  const std::string bitrate = std::to_string(stream.bitrate);
-  switch (stream.codec) {
-    case Codec::kH264:
-      return "x264enc tune=zerolatency speed-preset=ultrafast threads=1 key-int-max=" + gop + " bitrate=" + bitrate +
-             " option-string=scenecut=0:slices=" + std::to_string(stream.slices) +
-             " ! video/x-h264,stream-format=byte-stream,alignment=au";
-    case Codec::kH265:
-      return "x265enc tune=zerolatency speed-preset=ultrafast key-int-max=" + gop + " bitrate=" + bitrate +
-             " option-string=scenecut=0:log-level=none ! video/x-h265,stream-format=byte-stream,alignment=au";
-    case Codec::kMpeg4:
-      return "avenc_mpeg4 bitrate=" + bitrate + "000 gop-size=" + gop;
-    case Codec::kJpeg:
-      return "jpegenc quality=75";
-  }
-  return {};
+  return Fill(stream.codec->encoder, {{"gop", stream.gop}, {"bitrate", stream.bitrate}, {"slices", stream.slices}});
 }
 
-std::string Parser(Codec codec) {
-  switch (codec) {
-    case Codec::kH264:
-      return "h264parse config-interval=-1 ! video/x-h264,stream-format=byte-stream,alignment=au";
-    case Codec::kH265:
-      return "h265parse config-interval=-1 ! video/x-h265,stream-format=byte-stream,alignment=au";
-    case Codec::kMpeg4:
-      return "mpeg4videoparse config-interval=-1";
-    case Codec::kJpeg:
-      return "jpegparse";
-  }
-  return {};
-}
-
-std::string Payloader(Codec codec, const std::string& payName) {
-  const std::string name = " name=" + payName;
-  switch (codec) {
-    case Codec::kH264:
-      return "rtph264pay pt=96" + name;
-    case Codec::kH265:
-      return "rtph265pay pt=96 config-interval=-1" + name;
-    case Codec::kMpeg4:
-      return "rtpmp4vpay pt=96 config-interval=-1" + name;
-    case Codec::kJpeg:
-      return "rtpjpegpay pt=26" + name;
-  }
-  return {};
-}
+std::string Payloader(const Codec& codec, const std::string& payName) { return codec.payloader + (" name=" + payName); }
 
 void ShowClock(GstElement* pipeline, Clock clock) {
   const Element element(gst_bin_get_by_name(GST_BIN(pipeline), "clock"));

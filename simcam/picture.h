@@ -29,11 +29,9 @@ using Caps = std::unique_ptr<GstCaps, Unref>;
 /// A launch description of the test picture: moving rings, with a place for a clock (ShowClock).
 std::string TestPicture(Size size, int fps, const std::string& sourceOptions);
 
-/// Launch descriptions of a stream's encoder, of a parser that cuts an elementary stream into the same units, and of
-/// its payloader (named `payName`).
+/// Launch descriptions of a stream's encoder, and of a codec's payloader (named `payName`).
 std::string Encoder(const StreamConfig& stream);
-std::string Parser(Codec codec);
-std::string Payloader(Codec codec, const std::string& payName);
+std::string Payloader(const Codec& codec, const std::string& payName);
 
 enum class Clock { kWall, kStream };
 

@@ -39,9 +39,6 @@ HttpAnswer Refuse(const Request& request, const Failure& failure) {
                   failure.status);
 }
 
-/// H.265 is not of this standard.
-constexpr CodecWords kCodecTypes = {{"H.264", "", "MPEG4", "MJPEG"}};
-
 std::string DeviceInfo(const CameraConfig& camera) {
   return Fill(
       "<deviceName>{name}</deviceName><deviceID>51AC0DE5</deviceID>"
@@ -77,7 +74,7 @@ void AddWord(std::string& list, const std::string& word) { list += (list.empty()
 
 Choices ChoicesOf(const PsiaConfig& psia) {
   Choices choices;
-  std::vector<Codec> codecs;
+  std::vector<const Codec*> codecs;
   std::vector<Size> sizes;
   int fastest = 0;
   for (const PsiaChannel& channel : psia.channels) {
@@ -85,7 +82,7 @@ Choices ChoicesOf(const PsiaConfig& psia) {
     fastest = std::max(fastest, stream.fps);
     if (std::find(codecs.begin(), codecs.end(), stream.codec) == codecs.end()) {
       codecs.push_back(stream.codec);
-      AddWord(choices.codecs, kCodecTypes[stream.codec]);
+      AddWord(choices.codecs, stream.codec->psia);
     }
     if (std::find(sizes.begin(), sizes.end(), stream.size) == sizes.end()) {
       sizes.push_back(stream.size);
@@ -134,7 +131,7 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
        {"port", port},
        {"transportOpt", attribute("opt", "RTSP")},
        {"codecOpt", attribute("opt", all.codecs)},
-       {"codec", kCodecTypes[stream.codec]},
+       {"codec", stream.codec->psia},
        {"widthOpt", attribute("opt", all.widths)},
        {"width", stream.size.width},
        {"heightOpt", attribute("opt", all.heights)},

@@ -127,7 +127,8 @@ void ReadPsia(const Json::Value& value, const std::string& where, CameraConfig& 
     const bool enabled = std::find(disabled.begin(), disabled.end(), ids[i]) == disabled.end();
     PsiaChannel& channel =
         psia.channels.emplace_back(PsiaChannel{ids[i], enabled, streams[streams.size() == 1 ? 0 : i]});
-    if (channel.stream.codec == Codec::kH265) members.Fail("PSIA knows no h265");
+    const Codec& codec = *channel.stream.codec;
+    if (codec.psia == nullptr) members.Fail(std::string("PSIA knows no ") + codec.name);
     channel.stream.path = kPsiaChannelsPath + ("/" + ids[i]);
   }
 }

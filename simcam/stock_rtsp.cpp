@@ -111,7 +111,7 @@ std::string Launch(const StreamConfig& stream) {
       "rtppcmapay pt=8 name=pay0 ";
   const std::string source =
       stream.live ? TestPicture(stream.size, stream.fps, "is-live=true") + " ! " + Encoder(stream) : "appsrc name=clip";
-  const std::string video = source + " ! " + Payloader(stream.codec, videoName) + " ";
+  const std::string video = source + " ! " + Payloader(*stream.codec, videoName) + " ";
   if (stream.audio == Audio::kOnly) return "( " + audio + ")";
   return "( " + video + (stream.audio == Audio::kFirst ? audio : "") + ")";
 }

@@ -10,19 +10,6 @@ constexpr const char* kMulticast =
     "<tt:Port>0</tt:Port><tt:TTL>0</tt:TTL><tt:AutoStart>false</tt:AutoStart></tt:Multicast>"
     "<tt:SessionTimeout>PT60S</tt:SessionTimeout>";
 
-/// Media 1 knows no H.265.
-constexpr CodecWords kEncodings = {{"H264", "", "MPEG4", "JPEG"}};
-
-std::string CodecSettings(const StreamConfig& stream) {
-  const char* settings = "";
-  if (stream.codec == Codec::kH264) {
-    settings = "<tt:H264><tt:GovLength>{gop}</tt:GovLength><tt:H264Profile>Main</tt:H264Profile></tt:H264>";
-  } else if (stream.codec == Codec::kMpeg4) {
-    settings = "<tt:MPEG4><tt:GovLength>{gop}</tt:GovLength><tt:Mpeg4Profile>SP</tt:Mpeg4Profile></tt:MPEG4>";
-  }
-  return Fill(settings, {{"gop", stream.gop}});
-}
-
 std::string VideoEncoderXml(const OnvifProfile& profile) {
   const StreamConfig& stream = *profile.stream;
   return Fill(
@@ -33,12 +20,12 @@ std::string VideoEncoderXml(const OnvifProfile& profile) {
       "</tt:VideoEncoderConfiguration>",
       {{"number", profile.number},
        {"entity", EntityXml("Video encoder " + std::to_string(profile.number), 1)},
-       {"encoding", kEncodings[stream.codec]},
+       {"encoding", stream.codec->media1->name},
        {"resolution", ResolutionXml("tt:Resolution", stream.size)},
        {"quality", kUsualQuality},
        {"fps", stream.fps},
        {"bitrate", stream.bitrate},
-       {"settings", CodecSettings(stream)},
+       {"settings", Fill(stream.codec->media1->settings, {{"gop", stream.gop}})},
        {"multicast", kMulticast}});
 }
 
@@ -81,16 +68,16 @@ std::string ProfileXml(const OnvifCamera& camera, const OnvifProfile& profile) {
 }
 
 /// What a codec can be set to; empty if these profiles do not have it.
-std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec, const char* profileNames) {
+std::string CodecOptions(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
   const int fastest = FastestOf(profiles, codec);
   if (fastest == 0) return {};
   return Fill("<tt:{codec}>{resolutions}{gop}{fps}{interval}{profiles}</tt:{codec}>",
-              {{"codec", kEncodings[codec]},
+              {{"codec", codec.media1->name},
                {"resolutions", ResolutionsXml(profiles, codec)},
-               {"gop", codec == Codec::kJpeg ? "" : RangeXml("tt:GovLengthRange", 1, kMostGop)},
+               {"gop", codec.isAllKeys ? "" : RangeXml("tt:GovLengthRange", 1, kMostGop)},
                {"fps", RangeXml("tt:FrameRateRange", 1, fastest)},
                {"interval", RangeXml("tt:EncodingIntervalRange", 1, 1)},
-               {"profiles", profileNames}});
+               {"profiles", codec.media1->options}});
 }
 
 std::string MediaUri(const std::string& address) {
@@ -109,11 +96,9 @@ std::string media1::GetProfiles(const OnvifCamera& camera, const SoapRequest&) {
 
 std::string media1::GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
   const auto profiles = ProfilesAskedFor(camera, request, kMedia1);
-  return "<trt:Options>" + RangeXml("tt:QualityRange", kLeastQuality, kMostQuality) +
-         CodecOptions(profiles, Codec::kJpeg, "") +
-         CodecOptions(profiles, Codec::kMpeg4, "<tt:Mpeg4ProfilesSupported>SP</tt:Mpeg4ProfilesSupported>") +
-         CodecOptions(profiles, Codec::kH264, "<tt:H264ProfilesSupported>Main</tt:H264ProfilesSupported>") +
-         "</trt:Options>";
+  std::string options = RangeXml("tt:QualityRange", kLeastQuality, kMostQuality);
+  for (const Codec& codec : Codecs()) options += CodecOptions(profiles, codec);
+  return "<trt:Options>" + options + "</trt:Options>";
 }
 
 std::string media1::GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {

@@ -7,10 +7,6 @@
 namespace simcam {
 namespace {
 
-/// Media 2 spells codecs mostly as media subtypes, but MPEG-4 as it was once misspelt in the standard.
-constexpr CodecWords kEncodings = {{"H264", "H265", "MPV4-ES", "JPEG"}};
-constexpr CodecWords kCodecProfiles = {{"Main", "Main", "Simple", ""}};
-
 /// Which configurations a profile is to be listed with: none without a wish.
 bool Wanted(const SoapRequest& request, std::string_view type) {
   const auto types = request.All("Type");
@@ -20,10 +16,10 @@ bool Wanted(const SoapRequest& request, std::string_view type) {
 
 std::string VideoEncoderXml(const OnvifProfile& profile) {
   const StreamConfig& stream = *profile.stream;
-  const std::string settings = stream.codec == Codec::kJpeg
+  const std::string settings = stream.codec->isAllKeys
                                    ? ""
                                    : Fill(" GovLength=\"{gop}\" Profile=\"{profile}\"",
-                                          {{"gop", stream.gop}, {"profile", kCodecProfiles[stream.codec]}});
+                                          {{"gop", stream.gop}, {"profile", stream.codec->media2Profile}});
   return Fill(
       "<tr2:VideoEncoder token=\"VideoEncoder_{number}\"{settings}>{entity}<tt:Encoding>{encoding}</tt:Encoding>"
       "{resolution}<tt:RateControl><tt:FrameRateLimit>{fps}</tt:FrameRateLimit>"
@@ -32,7 +28,7 @@ std::string VideoEncoderXml(const OnvifProfile& profile) {
       {{"number", profile.number},
        {"settings", settings},
        {"entity", EntityXml("Video encoder " + std::to_string(profile.number), 1)},
-       {"encoding", kEncodings[stream.codec]},
+       {"encoding", stream.codec->media2},
        {"resolution", ResolutionXml("tt:Resolution", stream.size)},
        {"fps", stream.fps},
        {"bitrate", stream.bitrate},
@@ -69,21 +65,20 @@ std::string ConfigurationsXml(const OnvifCamera& camera, const SoapRequest& requ
   return xml.empty() ? "" : "<tr2:Configurations>" + xml + "</tr2:Configurations>";
 }
 
-std::string CodecOptions(const std::vector<OnvifProfile>& profiles, Codec codec) {
+std::string CodecOptions(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
   const int fastest = FastestOf(profiles, codec);
   if (fastest == 0) return {};
   int bitrate = 0;
   for (const OnvifProfile& profile : profiles) bitrate = std::max(bitrate, profile.stream->bitrate);
-  const std::string settings = codec == Codec::kJpeg
-                                   ? ""
-                                   : Fill(" GovLengthRange=\"1 {gop}\" ProfilesSupported=\"{profile}\"",
-                                          {{"gop", kMostGop}, {"profile", kCodecProfiles[codec]}});
+  const std::string settings = codec.isAllKeys ? ""
+                                               : Fill(" GovLengthRange=\"1 {gop}\" ProfilesSupported=\"{profile}\"",
+                                                      {{"gop", kMostGop}, {"profile", codec.media2Profile}});
   return Fill(
       "<tr2:Options{settings} FrameRatesSupported=\"{rates}\"><tt:Encoding>{encoding}</tt:Encoding>{quality}"
       "{resolutions}{bitrate}</tr2:Options>",
       {{"settings", settings},
        {"rates", RatesUpTo(fastest, 1, " ")},
-       {"encoding", kEncodings[codec]},
+       {"encoding", codec.media2},
        {"quality", RangeXml("tt:QualityRange", kLeastQuality, kMostQuality)},
        {"resolutions", ResolutionsXml(profiles, codec)},
        {"bitrate", RangeXml("tt:BitrateRange", 50, bitrate)}});
@@ -104,8 +99,10 @@ std::string media2::GetProfiles(const OnvifCamera& camera, const SoapRequest& re
 
 std::string media2::GetVideoEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest& request) {
   const auto profiles = ProfilesAskedFor(camera, request, kMedia2);
-  return CodecOptions(profiles, Codec::kH265) + CodecOptions(profiles, Codec::kH264) +
-         CodecOptions(profiles, Codec::kMpeg4) + CodecOptions(profiles, Codec::kJpeg);
+  std::string options;
+  const auto codecs = Codecs();
+  std::for_each(codecs.rbegin(), codecs.rend(), [&](const Codec& codec) { options += CodecOptions(profiles, codec); });
+  return options;
 }
 
 std::string media2::GetAudioEncoderConfigurationOptions(const OnvifCamera& camera, const SoapRequest&) {

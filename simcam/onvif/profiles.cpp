@@ -15,7 +15,7 @@ std::vector<OnvifProfile> ProfilesOf(const OnvifCamera& camera, OnvifServiceInde
   int number = 0;
   for (const StreamConfig& stream : camera.config.streams) {
     const int channel = number++ / StreamsEach(camera) + 1;
-    if (media == kMedia1 && stream.codec == Codec::kH265) continue;
+    if (media == kMedia1 && !stream.codec->media1) continue;
     profiles.push_back({&stream, number, channel});
   }
   return profiles;
@@ -89,22 +89,22 @@ std::string ResolutionXml(const char* element, Size size) {
               {{"element", element}, {"width", size.width}, {"height", size.height}});
 }
 
-std::string ResolutionsXml(const std::vector<OnvifProfile>& profiles, Codec codec) {
+std::string ResolutionsXml(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
   std::vector<Size> sizes;
   std::string xml;
   for (const OnvifProfile& profile : profiles) {
     const Size size = profile.stream->size;
-    if (profile.stream->codec != codec || std::find(sizes.begin(), sizes.end(), size) != sizes.end()) continue;
+    if (profile.stream->codec != &codec || std::find(sizes.begin(), sizes.end(), size) != sizes.end()) continue;
     sizes.push_back(size);
     xml += ResolutionXml("tt:ResolutionsAvailable", size);
   }
   return xml;
 }
 
-int FastestOf(const std::vector<OnvifProfile>& profiles, Codec codec) {
+int FastestOf(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
   int fastest = 0;
   for (const OnvifProfile& profile : profiles) {
-    if (profile.stream->codec == codec) fastest = std::max(fastest, profile.stream->fps);
+    if (profile.stream->codec == &codec) fastest = std::max(fastest, profile.stream->fps);
   }
   return fastest;
 }

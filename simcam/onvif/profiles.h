@@ -42,9 +42,9 @@ std::string SnapshotAddressXml(const OnvifCamera& camera, const OnvifProfile& pr
 
 std::string ResolutionXml(const char* element, Size size);
 /// The sizes that these profiles have in one codec, each once.
-std::string ResolutionsXml(const std::vector<OnvifProfile>& profiles, Codec codec);
+std::string ResolutionsXml(const std::vector<OnvifProfile>& profiles, const Codec& codec);
 /// The fastest of these profiles in one codec, in pictures a second; 0 if there is none.
-int FastestOf(const std::vector<OnvifProfile>& profiles, Codec codec);
+int FastestOf(const std::vector<OnvifProfile>& profiles, const Codec& codec);
 
 std::string RangeXml(const char* element, int least, int most);
 
