@@ -6,7 +6,7 @@
 #include "recorder/device/asked/onvif/profiles.h"
 #include "recorder/device/asked/onvif/soap.h"
 #include "recorder/device/asked/onvif/uri.h"
-#include "recorder/device/asked/onvif/video_facts.h"
+#include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/psia/answers.h"
 #include "recorder/device/asked/xml.h"
 #include "tests/fuzz/fuzz.h"

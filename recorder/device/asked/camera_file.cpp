@@ -6,9 +6,9 @@
 #include <system_error>
 #include <vector>
 
-#include "recorder/device/asked/camera_facts.h"
 #include "recorder/device/asked/camera_file_text.h"
 #include "recorder/device/asked/camera_lock.h"
+#include "recorder/device/asked/camera_report.h"
 #include "recorder/device/asked/onvif/ask.h"
 #include "recorder/device/asked/psia/ask.h"
 #include "recorder/device/model/built_in_models.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "recorder/device/asked/camera_facts.h"
+#include "recorder/device/asked/camera_report.h"
 
 namespace recorder {
 

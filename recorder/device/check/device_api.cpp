@@ -4,10 +4,10 @@
 
 #include "recorder/device/asked/camera_file.h"
 #include "recorder/device/check/member_function.h"
-#include "recorder/device/check/model_device.h"
-#include "recorder/device/check/unanswered_device.h"
+#include "recorder/device/check/model_driver.h"
+#include "recorder/device/check/unanswered_driver.h"
 #include "recorder/device/check/unasked.h"
-#include "recorder/device/check/user_device.h"
+#include "recorder/device/check/user_driver.h"
 #include "recorder/device/check/verify_result.h"
 #include "recorder/device/check/wanted_camera.h"
 #include "recorder/device/model/built_in_models.h"

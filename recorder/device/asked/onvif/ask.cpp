@@ -11,7 +11,7 @@
 #include "recorder/device/asked/onvif/profiles.h"
 #include "recorder/device/asked/onvif/soap.h"
 #include "recorder/device/asked/onvif/uri.h"
-#include "recorder/device/asked/onvif/video_facts.h"
+#include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_url.h"
 

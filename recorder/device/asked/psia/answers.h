@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorder/device/asked/camera_facts.h"
+#include "recorder/device/asked/camera_report.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/http/http_session.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recorder/device/asked/camera_facts.h"
+#include "recorder/device/asked/camera_report.h"
 
 namespace recorder::psia {
 

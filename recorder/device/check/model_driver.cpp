@@ -1,4 +1,4 @@
-#include "recorder/device/check/model_device.h"
+#include "recorder/device/check/model_driver.h"
 
 #include <algorithm>
 #include <utility>

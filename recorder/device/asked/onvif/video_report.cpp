@@ -1,4 +1,4 @@
-#include "recorder/device/asked/onvif/video_facts.h"
+#include "recorder/device/asked/onvif/video_report.h"
 
 #include <algorithm>
 #include <cstdint>

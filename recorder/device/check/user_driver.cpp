@@ -1,4 +1,4 @@
-#include "recorder/device/check/user_device.h"
+#include "recorder/device/check/user_driver.h"
 
 #include <utility>
 
