@@ -35,11 +35,11 @@ void ReadOnvif(XmlElement answer) {
 
   const auto profiles = onvif::ReadProfiles(answer);
   const auto encoder = profiles.empty() ? std::nullopt : profiles.front().encoder;
-  CameraFacts facts;
-  onvif::SetVideoFacts(encoder.value_or(onvif::VideoEncoder{}), onvif::ReadVideoOptions(answer), facts);
-  CheckChoices(facts.frameRates, 120);
-  CheckChoices(facts.resolutions, 257);
-  CheckChoices(facts.qualities, 102);
+  CameraReport report;
+  onvif::ReportVideo(encoder.value_or(onvif::VideoEncoder{}), onvif::ReadVideoOptions(answer), report);
+  CheckChoices(report.frameRates, 120);
+  CheckChoices(report.resolutions, 257);
+  CheckChoices(report.qualities, 102);
 }
 
 void ReadPsia(const HttpAnswer& answer) {
@@ -50,8 +50,8 @@ void ReadPsia(const HttpAnswer& answer) {
   psia::CountInputs(root);
   const auto channels = psia::ReadChannels(root);
   psia::ReadMotionChannels(root, channels, "1");
-  CameraFacts facts;
-  psia::FillIn(channels.empty() ? psia::ReadChannel(root) : channels.front(), facts);
+  CameraReport report;
+  psia::FillIn(channels.empty() ? psia::ReadChannel(root) : channels.front(), report);
 }
 
 }  // namespace

@@ -85,7 +85,7 @@ std::int64_t Now() {
 }
 
 /// The channel that `asked` means where there are `channels`. A camera with one channel has it under any name.
-std::string ChannelOf(const std::string& vendor, const Choices& channels, const std::string& asked) {
+std::string ChannelMeant(const std::string& vendor, const Choices& channels, const std::string& asked) {
   const bool isKnown = std::find(channels.values.begin(), channels.values.end(), asked) != channels.values.end();
   if (isKnown) return asked;
   const bool isReplaced = asked.empty() || channels.values.size() == 1 || vendor == kPsiaVendor;
@@ -116,9 +116,9 @@ FileContent ReadContent(const std::string& vendor, const fs::path& path) try {
 }
 
 /// The channel that is meant, and what the file says about it; no model where it says nothing.
-KnownCamera FindChannel(const std::shared_ptr<const VendorModels>& models, const std::string& asked) {
+AskedModel FindChannel(const std::shared_ptr<const VendorModels>& models, const std::string& asked) {
   if (!models) return {};
-  KnownCamera known{Outcome::kOk, nullptr, ChannelOf(models->vendor, models->models.front().channels, asked), ""};
+  AskedModel known{Outcome::kOk, nullptr, ChannelMeant(models->vendor, models->models.front().channels, asked), ""};
   const auto model = std::find_if(models->models.begin(), models->models.end(),
                                   [&](const Model& candidate) { return candidate.name == known.channel; });
   if (model == models->models.end()) return known;
@@ -127,7 +127,7 @@ KnownCamera FindChannel(const std::shared_ptr<const VendorModels>& models, const
   return known;
 }
 
-bool IsEnough(const KnownCamera& known, Freshness freshness) {
+bool IsEnough(const AskedModel& known, Freshness freshness) {
   if (!known.model || freshness == Freshness::kNow) return false;
   const std::int64_t age = Now() - known.model->readAt;
   return age >= 0 && age < kRecentAge.count();
@@ -146,17 +146,17 @@ bool Keep(const fs::path& path, const std::string& text) try {
 }
 
 /// Asks, keeps the answer beside what was kept before, the text `earlier`, and returns what is to be read in it.
-KnownCamera Ask(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                const fs::path& path, const std::string& earlier) {
-  CameraFacts facts;
+AskedModel Ask(const std::string& vendor, const CameraAddress& address, const std::string& channel,
+               const fs::path& path, const std::string& earlier) {
+  CameraReport report;
   AskCamera& ask = vendor == kPsiaVendor ? psia::Ask : onvif::Ask;
-  const Outcome outcome = ask(address, channel, facts);
+  const Outcome outcome = ask(address, channel, report);
   if (outcome != Outcome::kOk) return {outcome, nullptr, "", ""};
   std::string ignored;
   const Json::Value kept = ParseStrictJson(earlier, ignored).value_or(Json::Value());
-  const std::string text = CameraFileText(vendor, PlaceOf(address), facts, Now(), kept);
+  const std::string text = CameraFileText(vendor, PlaceOf(address), report, Now(), kept);
   std::vector<ModelMistake> mistakes;
-  KnownCamera known = FindChannel(ReadModelText(text, path.string(), mistakes), facts.channel);
+  AskedModel known = FindChannel(ReadModelText(text, path.string(), mistakes), report.channel);
   for (const ModelMistake& mistake : mistakes) {
     LogFailure("What the camera at " + PlaceOf(address) + " says cannot be kept: " + mistake.place + ": " +
                mistake.text);
@@ -166,12 +166,12 @@ KnownCamera Ask(const std::string& vendor, const CameraAddress& address, const s
   return known;
 }
 
-KnownCamera AskOnce(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                    const fs::path& path, const std::string& earlier) {
+AskedModel AskOnce(const std::string& vendor, const CameraAddress& address, const std::string& channel,
+                   const fs::path& path, const std::string& earlier) {
   RequestScope& scope = RequestScope::Current();
   const std::string key = path.filename().string() + channel;
   if (const auto failure = scope.FailedAsking(key)) return {*failure, nullptr, "", ""};
-  KnownCamera known = Ask(vendor, address, channel, path, earlier);
+  AskedModel known = Ask(vendor, address, channel, path, earlier);
   if (known.outcome == Outcome::kOk) return known;
   scope.RememberFailedAsking(key, known.outcome);
   LogFailure("The camera at " + PlaceOf(address) + " does not tell over " + vendor +
@@ -196,27 +196,27 @@ std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std
                                             const std::string& channel) {
   const std::shared_ptr<const VendorModels> models = file.empty() ? nullptr : ReadContent(vendor, file).models;
   if (!models) return BuiltInModel(vendor);
-  KnownCamera known = FindChannel(models, channel);
+  AskedModel known = FindChannel(models, channel);
   return known.model ? known.model : std::shared_ptr<const Model>(models, &models->models.front());
 }
 
-KnownCamera LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                        Freshness freshness) {
+AskedModel LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
+                       Freshness freshness) {
   const fs::path path = PathOf(vendor, address.host, address.port, "");
   if (freshness == Freshness::kRecent) {  // such a file waits for nobody
-    KnownCamera kept = FindChannel(ReadContent(vendor, path).models, channel);
+    AskedModel kept = FindChannel(ReadContent(vendor, path).models, channel);
     if (IsEnough(kept, freshness)) return kept;
   }
   MakeFolder();
   const CameraLock lock(GetConfig().stateFolder / "cameras.lock", LockOf(address), RequestScope::Current().Deadline());
   const FileContent content = ReadContent(vendor, path);
-  KnownCamera kept = FindChannel(content.models, channel);
+  AskedModel kept = FindChannel(content.models, channel);
   if (IsEnough(kept, freshness)) return kept;  // since somebody else has asked meanwhile
   if (!lock) {
     kept.outcome = Outcome::kTimedOut;
     return kept;
   }
-  KnownCamera asked = AskOnce(vendor, address, channel, path, content.text);
+  AskedModel asked = AskOnce(vendor, address, channel, path, content.text);
   if (asked.model) return asked;
   kept.outcome = asked.outcome;
   return kept;

@@ -24,8 +24,8 @@ std::string KeptFile(const std::string& vendor, const std::string& host, int por
 std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std::string& file,
                                             const std::string& channel);
 
-/// What is known of one camera.
-struct KnownCamera {
+/// The model of one camera by what it said of itself, now or before, and how asking it ended.
+struct AskedModel {
   Outcome outcome = Outcome::kNotUnderstood;  ///< of asking the camera; kOk as well when a recent file was enough
   std::shared_ptr<const Model> model;         ///< null: neither the camera nor a kept file tells about the channel
   std::string channel;                        ///< as the camera has it; PSIA: the default one for one that is not there
@@ -41,7 +41,7 @@ enum class Freshness {
 /// is that of an older file if there is one. One thread or process at a time asks a camera. Within one request a camera
 /// that could not be asked is not asked again. Contacts the camera, within the deadline of the thread's RequestScope; a
 /// failure is logged with host, port and outcome.
-KnownCamera LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
-                        Freshness freshness);
+AskedModel LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,
+                       Freshness freshness);
 
 }  // namespace recorder

@@ -50,17 +50,17 @@ Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string&
 /// Writes the model of one channel, member by member, and notes for each where it comes from.
 class ModelWriter {
  public:
-  ModelWriter(const std::string& vendor, const CameraFacts& facts, std::int64_t time)
-      : vendor_(vendor), facts_(facts), time_(time) {}
+  ModelWriter(const std::string& vendor, const CameraReport& report, std::int64_t time)
+      : vendor_(vendor), report_(report), time_(time) {}
 
   Json::Value Write() {
-    model_["name"] = facts_.channel;
+    model_["name"] = report_.channel;
     model_["id"] = vendor_ + " " + kGenericName;
-    if (IsUsable(facts_.device)) model_["source"] = facts_.device;
-    Set("channels", ChoicesOf(facts_.channels, facts_.channels.empty() ? "" : facts_.channels.front()), true);
+    if (IsUsable(report_.device)) model_["source"] = report_.device;
+    Set("channels", ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front()), true);
     WriteVideo();
     WriteSensors();
-    Set("rtsp", Rtsp(), facts_.rtspProtocols.has_value());
+    Set("rtsp", Rtsp(), report_.rtspProtocols.has_value());
     WriteStream();
     WriteSnapshot();
     model_["check"] = "stream";
@@ -81,30 +81,30 @@ class ModelWriter {
 
   void WriteVideo() {
     Json::Value codecs(Json::arrayValue);
-    for (const ModelCodec& codec : facts_.codecs) {
+    for (const ModelCodec& codec : report_.codecs) {
       Json::Value& entry = codecs.append(Json::Value(Json::objectValue));
       entry["name"] = codec.name;
       entry["streamTypes"] = UsableTexts(codec.streamTypes);
     }
     Set("codecs", codecs, true);
-    const bool isOffered = std::any_of(facts_.codecs.begin(), facts_.codecs.end(),
-                                       [&](const ModelCodec& codec) { return codec.name == facts_.codec; });
-    if (isOffered) Set("defaultCodec", facts_.codec, true);
-    SetChoices("frameRates", facts_.frameRates);
-    SetChoices("resolutions", facts_.resolutions);
-    SetChoices("qualities", facts_.qualities);
-    Set("streams", std::clamp(facts_.streamCount.value_or(1), 1, kMaxStreams), facts_.streamCount.has_value());
+    const bool isOffered = std::any_of(report_.codecs.begin(), report_.codecs.end(),
+                                       [&](const ModelCodec& codec) { return codec.name == report_.codec; });
+    if (isOffered) Set("defaultCodec", report_.codec, true);
+    SetChoices("frameRates", report_.frameRates);
+    SetChoices("resolutions", report_.resolutions);
+    SetChoices("qualities", report_.qualities);
+    Set("streams", std::clamp(report_.streamCount.value_or(1), 1, kMaxStreams), report_.streamCount.has_value());
   }
 
   void WriteSensors() {
     using Channels = std::vector<std::string>;
-    Set("audioChannels", UsableTexts(facts_.audioChannels.value_or(Channels())), facts_.audioChannels.has_value());
-    Set("motionChannels", UsableTexts(facts_.motionChannels.value_or(Channels())), facts_.motionChannels.has_value());
-    const int count = std::clamp(facts_.digitalInputs.value_or(0), 0, kMaxInputs);
+    Set("audioChannels", UsableTexts(report_.audioChannels.value_or(Channels())), report_.audioChannels.has_value());
+    Set("motionChannels", UsableTexts(report_.motionChannels.value_or(Channels())), report_.motionChannels.has_value());
+    const int count = std::clamp(report_.digitalInputs.value_or(0), 0, kMaxInputs);
     Json::Value inputs;
     inputs["count"] = count;
     inputs["separate"] = count > 1;  // each input has its own state in both protocols
-    Set("digitalInputs", inputs, facts_.digitalInputs.has_value());
+    Set("digitalInputs", inputs, report_.digitalInputs.has_value());
   }
 
   Json::Value Rtsp() const {
@@ -116,7 +116,7 @@ class ModelWriter {
     Json::Value rtsp;
     rtsp["protocols"] = Json::Value(Json::arrayValue);
     for (const auto& [protocol, name] : kNames) {
-      if (((facts_.rtspProtocols.value_or(kUsual) >> protocol) & 1U) != 0) rtsp["protocols"].append(name);
+      if (((report_.rtspProtocols.value_or(kUsual) >> protocol) & 1U) != 0) rtsp["protocols"].append(name);
     }
     return rtsp;
   }
@@ -128,41 +128,41 @@ class ModelWriter {
 
   void WriteStream() {
     Json::Value stream;
-    AddPath(facts_.stream, stream);
+    AddPath(report_.stream, stream);
     Set("stream", stream, true);
   }
 
   void WriteSnapshot() {
     Json::Value snapshot;
-    snapshot["kind"] = facts_.snapshot ? "http-jpeg" : "stream";
-    if (facts_.snapshot) AddPath(*facts_.snapshot, snapshot);
-    Set("snapshot", snapshot, facts_.snapshot.has_value());
+    snapshot["kind"] = report_.snapshot ? "http-jpeg" : "stream";
+    if (report_.snapshot) AddPath(*report_.snapshot, snapshot);
+    Set("snapshot", snapshot, report_.snapshot.has_value());
   }
 
   const std::string& vendor_;
-  const CameraFacts& facts_;
+  const CameraReport& report_;
   const std::int64_t time_;
   Json::Value model_;
 };
 
 /// True for a model of an earlier file that is about another channel which the camera still has.
-bool IsKept(const Json::Value& model, const CameraFacts& facts) {
+bool IsKept(const Json::Value& model, const CameraReport& report) {
   const std::string channel = model["name"].asString();
-  return channel != facts.channel &&
-         std::find(facts.channels.begin(), facts.channels.end(), channel) != facts.channels.end();
+  return channel != report.channel &&
+         std::find(report.channels.begin(), report.channels.end(), channel) != report.channels.end();
 }
 
 }  // namespace
 
-std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraFacts& facts,
+std::string CameraFileText(const std::string& vendor, const std::string& place, const CameraReport& report,
                            std::int64_t time, const Json::Value& earlier) {
   Json::Value file;
   file["vendor"] = vendor;
   file["source"] = "the camera at " + place;
   Json::Value& models = file["models"];
-  models.append(ModelWriter(vendor, facts, time).Write());
+  models.append(ModelWriter(vendor, report, time).Write());
   for (const Json::Value& model : earlier["models"]) {
-    if (IsKept(model, facts) && models.size() < kMaxValues) models.append(model);
+    if (IsKept(model, report) && models.size() < kMaxValues) models.append(model);
   }
   return Json::writeString(Json::StreamWriterBuilder(), file);
 }

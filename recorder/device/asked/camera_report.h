@@ -12,7 +12,7 @@ namespace recorder {
 
 /// What a camera says of itself. What it does not say is absent, and nothing here is bounded or checked: it is as the
 /// camera sent it, in the recorder's own words for codecs ("H.264") and sizes ("1280x720").
-struct CameraFacts {
+struct CameraReport {
   std::string device;                 ///< maker, model, firmware, for people
   std::vector<std::string> channels;  ///< at least one, the default one first
   std::string channel;                ///< the one of `channels` that what follows is about
@@ -33,11 +33,11 @@ struct CameraFacts {
   std::optional<ModelPath> snapshot;  ///< of a JPEG over HTTP; none: pictures come from the stream alone
 };
 
-/// Asks a camera what it can do on `channel` ("": its default one). kOk: `facts` is filled; else it is untouched.
+/// Asks a camera what it can do on `channel` ("": its default one). kOk: `report` is filled; else it is untouched.
 /// Contacts the camera, within the deadline of the thread's RequestScope, over one connection at a time; a wrong
 /// password is one login attempt. kNoService: what answers there does not have the protocol's service. Logs nothing but
 /// what a user must know beside the outcome.
-using AskCamera = Outcome(const CameraAddress& address, const std::string& channel, CameraFacts& facts);
+using AskCamera = Outcome(const CameraAddress& address, const std::string& channel, CameraReport& report);
 
 /// How the first question of a protocol ended: where there is no such path, or something else is spoken, there is no
 /// such service.

@@ -4,7 +4,7 @@
 
 #include "platform/device.h"
 #include "recorder/device/asked/camera_file.h"
-#include "recorder/device/check/device_api.h"
+#include "recorder/device/check/camera_driver.h"
 #include "recorder/device/check/stream_probe.h"
 #include "recorder/device/check/unasked.h"
 #include "recorder/device/check/wanted_camera.h"
@@ -30,10 +30,10 @@ CameraAddress CameraAddressOf(const CamProfile& profile) {
   return {profile.ip, profile.port, profile.user, profile.pass};
 }
 
-Outcome AskForStream(const CamProfile& profile, const Model& model, Device& device) {
+Outcome AskForStream(const CamProfile& profile, const Model& model, CameraDriver& driver) {
   std::string path;
   int port = profile.port;
-  if (device.GetStreamPath(path, port) != 0) return Outcome::kNotUnderstood;
+  if (driver.GetStreamPath(path, port) != 0) return Outcome::kNotUnderstood;
   const auto codec = std::find_if(model.codecs.begin(), model.codecs.end(),
                                   [&](const auto& candidate) { return candidate.name == model.presetCodec; });
   return ProbeStream({profile.ip, port, profile.user, profile.pass}, path, GetVideoType(codec->name),
@@ -42,14 +42,14 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, Device& devi
 
 /// Asks the camera as a camera test does, for the stream that the model sends unless told otherwise.
 Outcome TestCamera(const CamProfile& profile, const Model& model) {
-  const std::unique_ptr<Device> device =
-      MakeDevice(profile.vendor, profile.model, {CameraAddressOf(profile), profile.channel, ""});
-  if (!device || device->NeedsSourcePath()) {
+  const std::unique_ptr<CameraDriver> driver =
+      MakeDriver(profile.vendor, profile.model, {CameraAddressOf(profile), profile.channel, ""});
+  if (!driver || driver->NeedsSourcePath()) {
     ReportUnasked(profile.vendor, profile.model, Outcome::kNoPath);
     return Outcome::kNoPath;
   }
-  return device->HasStreamPath() ? AskForStream(profile, model, *device)
-                                 : static_cast<Outcome>(device->VerifyConnection());
+  return driver->HasStreamPath() ? AskForStream(profile, model, *driver)
+                                 : static_cast<Outcome>(driver->VerifyConnection());
 }
 
 /// What is known of a camera, and how asking it went. `file` is "" where the built-in values must do.
@@ -59,7 +59,7 @@ struct FileAnswer {
 };
 
 FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
-  KnownCamera camera = LearnCamera(profile.vendor, CameraAddressOf(profile), profile.channel, freshness);
+  AskedModel camera = LearnCamera(profile.vendor, CameraAddressOf(profile), profile.channel, freshness);
   return {camera.outcome, std::move(camera.file)};
 }
 

@@ -8,7 +8,7 @@
 
 namespace recorder {
 
-/// Wraps one member function, such as &Device::NeedsSourcePath, for calls through a Functor.
+/// Wraps one member function, such as &CameraDriver::NeedsSourcePath, for calls through a Functor.
 template <auto kMethod>
 class MemberFunction;
 

@@ -12,7 +12,7 @@ namespace {
 
 /// A camera with one channel has it under any name; of several, a name that the model does not have is left to the
 /// camera, so that a test does not pass for another channel.
-std::string ChannelOf(const Model& model, const std::string& channel) {
+std::string ChannelToAsk(const Model& model, const std::string& channel) {
   const bool isPreset = channel.empty() || model.channels.values.size() == 1;
   return isPreset ? model.channels.preset : channel;
 }
@@ -31,14 +31,16 @@ SNAPSHOT_KIND PlatformKind(ModelSnapshotKind kind) {
 
 }  // namespace
 
-ModelDevice::ModelDevice(std::shared_ptr<const Model> model, DeviceParameters parameters)
-    : model_(std::move(model)), parameters_(std::move(parameters)), channel_(ChannelOf(*model_, parameters_.channel)) {}
+ModelDriver::ModelDriver(std::shared_ptr<const Model> model, DriverParameters parameters)
+    : model_(std::move(model)),
+      parameters_(std::move(parameters)),
+      channel_(ChannelToAsk(*model_, parameters_.channel)) {}
 
-bool ModelDevice::NeedsSourcePath() { return !model_->stream; }
+bool ModelDriver::NeedsSourcePath() { return !model_->stream; }
 
-bool ModelDevice::HasStreamPath() { return model_->stream && model_->check == ModelCheck::kStream; }
+bool ModelDriver::HasStreamPath() { return model_->stream && model_->check == ModelCheck::kStream; }
 
-int ModelDevice::GetStreamPath(std::string& path, int& port) {
+int ModelDriver::GetStreamPath(std::string& path, int& port) {
   if (!model_->stream && parameters_.sourcePath.empty()) return -1;
   if (!model_->stream) {
     path = parameters_.sourcePath;
@@ -49,7 +51,7 @@ int ModelDevice::GetStreamPath(std::string& path, int& port) {
   return 0;
 }
 
-int ModelDevice::VerifyConnection() {
+int ModelDriver::VerifyConnection() {
   if (model_->check != ModelCheck::kDevice) return static_cast<int>(Outcome::kNoPath);
   CameraAddress address = parameters_.address;
   UsePort(model_->snapshot.from, address.port);
@@ -58,12 +60,12 @@ int ModelDevice::VerifyConnection() {
   return static_cast<int>(outcome);
 }
 
-int ModelDevice::SelectVideoType(int /*videoType*/, int streamNumber) {
+int ModelDriver::SelectVideoType(int /*videoType*/, int streamNumber) {
   streamNumber_ = streamNumber;  // the path is the same for all codecs
   return 0;
 }
 
-int ModelDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
+int ModelDriver::GetSnapshotPath(std::string& path, int& port, int& kind) {
   kind = PlatformKind(model_->snapshot.kind);
   if (kind == SNAPSHOT_KIND_STREAM) return GetStreamPath(path, port);
   path = HttpSnapshotPath("");
@@ -71,16 +73,16 @@ int ModelDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
   return 0;
 }
 
-Outcome ModelDevice::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
+Outcome ModelDriver::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
   return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
 }
 
-std::string ModelDevice::HttpSnapshotPath(const std::string& setting) const {
+std::string ModelDriver::HttpSnapshotPath(const std::string& setting) const {
   return FillPath(model_->snapshot.from.path,
                   {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
 }
 
-std::string ModelDevice::PreferredSetting() const {
+std::string ModelDriver::PreferredSetting() const {
   const auto& all = model_->snapshot.settings;
   if (all.empty()) return "";
   const auto preset =
@@ -89,7 +91,7 @@ std::string ModelDevice::PreferredSetting() const {
 }
 
 /// The model names the port, so the password that was lent for the camera may go there.
-void ModelDevice::UsePort(const ModelPath& path, int& port) const {
+void ModelDriver::UsePort(const ModelPath& path, int& port) const {
   if (!path.port) return;
   port = *path.port;
   RequestScope::Current().AllowPort(parameters_.address.host, port);

@@ -3,15 +3,15 @@
 #include <memory>
 #include <string>
 
-#include "recorder/device/check/device_api.h"
+#include "recorder/device/check/camera_driver.h"
 #include "recorder/device/model/model.h"
 
 namespace recorder {
 
 /// A camera that a model file describes.
-class ModelDevice : public Device {
+class ModelDriver : public CameraDriver {
  public:
-  ModelDevice(std::shared_ptr<const Model> model, DeviceParameters parameters);
+  ModelDriver(std::shared_ptr<const Model> model, DriverParameters parameters);
 
   bool NeedsSourcePath() override;
   bool HasStreamPath() override;
@@ -27,7 +27,7 @@ class ModelDevice : public Device {
   std::string PreferredSetting() const;
 
   const std::shared_ptr<const Model> model_;
-  const DeviceParameters parameters_;
+  const DriverParameters parameters_;
   const std::string channel_;
   int streamNumber_ = 0;
 };

@@ -10,9 +10,9 @@
 int SnapshotGetFromAPI(const std::string& host, int port, const std::string& user, const std::string& password,
                        DeviceAPIHandler& api, const std::string& setting, unsigned char** jpeg, int* jpegSize,
                        int /*videoType*/) {
-  if (!api.impl->device) return -1;
+  if (!api.impl->driver) return -1;
   std::string picture;
-  const recorder::Outcome outcome = api.impl->device->TakeSnapshot({host, port, user, password}, setting, picture);
+  const recorder::Outcome outcome = api.impl->driver->TakeSnapshot({host, port, user, password}, setting, picture);
   recorder::RequestScope::Current().SetCause(outcome);
   if (outcome != recorder::Outcome::kOk) return -1;
   recorder::MallocBytes bytes(static_cast<unsigned char*>(std::malloc(picture.size())));

@@ -2,14 +2,14 @@
 
 #include <string>
 
-#include "recorder/device/check/device_api.h"
+#include "recorder/device/check/camera_driver.h"
 
 namespace recorder {
 
 /// A camera that had to be asked first and did not answer: it has no path, and its own check names the cause.
-class UnansweredDevice : public Device {
+class UnansweredDriver : public CameraDriver {
  public:
-  explicit UnansweredDevice(Outcome outcome) : outcome_(outcome) {}
+  explicit UnansweredDriver(Outcome outcome) : outcome_(outcome) {}
 
   bool NeedsSourcePath() override { return false; }
   bool HasStreamPath() override { return false; }

@@ -8,39 +8,39 @@
 
 namespace recorder {
 
-UserDevice::UserDevice(DeviceParameters parameters) : parameters_(std::move(parameters)) {}
+UserDriver::UserDriver(DriverParameters parameters) : parameters_(std::move(parameters)) {}
 
-bool UserDevice::NeedsSourcePath() { return true; }
+bool UserDriver::NeedsSourcePath() { return true; }
 
-bool UserDevice::HasStreamPath() { return false; }
+bool UserDriver::HasStreamPath() { return false; }
 
-int UserDevice::GetStreamPath(std::string& path, int& /*port*/) {
+int UserDriver::GetStreamPath(std::string& path, int& /*port*/) {
   if (parameters_.sourcePath.empty()) return -1;
   path = parameters_.sourcePath;
   return 0;
 }
 
-int UserDevice::VerifyConnection() { return static_cast<int>(Outcome::kNoPath); }
+int UserDriver::VerifyConnection() { return static_cast<int>(Outcome::kNoPath); }
 
-int UserDevice::SelectVideoType(int videoType, int /*streamNumber*/) {
+int UserDriver::SelectVideoType(int videoType, int /*streamNumber*/) {
   videoType_ = videoType;
   return 0;
 }
 
-int UserDevice::GetSnapshotPath(std::string& path, int& port, int& kind) {
+int UserDriver::GetSnapshotPath(std::string& path, int& port, int& kind) {
   if (GetStreamPath(path, port) != 0) return -1;
   kind = SnapshotKind();
   if (kind == SNAPSHOT_KIND_NONE) RequestScope::Current().SetCause(Outcome::kNoVideo);
   return kind == SNAPSHOT_KIND_NONE ? -1 : 0;
 }
 
-Outcome UserDevice::TakeSnapshot(const CameraAddress& address, const std::string& /*setting*/, std::string& jpeg) {
+Outcome UserDriver::TakeSnapshot(const CameraAddress& address, const std::string& /*setting*/, std::string& jpeg) {
   if (!asked_) return FetchPicture(address, parameters_.sourcePath, jpeg);
   jpeg = std::move(asked_->jpeg);
   return std::exchange(asked_, std::nullopt)->outcome;
 }
 
-SNAPSHOT_KIND UserDevice::SnapshotKind() {
+SNAPSHOT_KIND UserDriver::SnapshotKind() {
   if (videoType_ == VIDEO_TYPE_ANY) return AskWhetherRtsp();
   const Codec* codec = CodecOfType(videoType_);
   if (codec == nullptr) return SNAPSHOT_KIND_NONE;
@@ -49,7 +49,7 @@ SNAPSHOT_KIND UserDevice::SnapshotKind() {
 }
 
 /// RTSP first, then HTTP: whoever takes the picture tries one of them only.
-SNAPSHOT_KIND UserDevice::AskWhetherRtsp() const {
+SNAPSHOT_KIND UserDriver::AskWhetherRtsp() const {
   const CameraAddress& address = parameters_.address;
   CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
                      STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
@@ -57,7 +57,7 @@ SNAPSHOT_KIND UserDevice::AskWhetherRtsp() const {
 }
 
 /// HTTP, unless the address is none of HTTP's: callers say MJPEG also when they do not know.
-SNAPSHOT_KIND UserDevice::AskWhetherHttp() {
+SNAPSHOT_KIND UserDriver::AskWhetherHttp() {
   std::string jpeg;
   const Outcome outcome = FetchPicture(parameters_.address, parameters_.sourcePath, jpeg);
   RequestScope::Current().SetCause(outcome);

@@ -3,15 +3,15 @@
 #include <optional>
 #include <string>
 
-#include "recorder/device/check/device_api.h"
+#include "recorder/device/check/camera_driver.h"
 
 namespace recorder {
 
 /// A camera of any make, reached by a path that the user gives: RTSP, or JPEG or MJPEG over HTTP, as its codec says.
 /// Without a codec, and where MJPEG is named, GetSnapshotPath asks the camera which of them the path is.
-class UserDevice : public Device {
+class UserDriver : public CameraDriver {
  public:
-  explicit UserDevice(DeviceParameters parameters);
+  explicit UserDriver(DriverParameters parameters);
 
   bool NeedsSourcePath() override;
   bool HasStreamPath() override;
@@ -32,7 +32,7 @@ class UserDevice : public Device {
   SNAPSHOT_KIND AskWhetherRtsp() const;
   SNAPSHOT_KIND AskWhetherHttp();
 
-  const DeviceParameters parameters_;
+  const DriverParameters parameters_;
   int videoType_ = VIDEO_TYPE_ANY;
   std::optional<Asked> asked_;
 };

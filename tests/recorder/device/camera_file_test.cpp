@@ -8,20 +8,20 @@
 namespace recorder {
 namespace {
 
-CameraFacts Facts() {
-  CameraFacts facts;
-  facts.channels = {"1", "2"};
-  facts.channel = "2";
-  facts.codecs = {{"H.265", {"RTSP"}}};
-  facts.codec = "H.265";
-  facts.stream = {"/two", 8554};
-  return facts;
+CameraReport Report() {
+  CameraReport report;
+  report.channels = {"1", "2"};
+  report.channel = "2";
+  report.codecs = {{"H.265", {"RTSP"}}};
+  report.codec = "H.265";
+  report.stream = {"/two", 8554};
+  return report;
 }
 
-std::string TextOf(const CameraFacts& facts, const std::string& earlier = "null") {
+std::string TextOf(const CameraReport& report, const std::string& earlier = "null") {
   Json::Value json;
   std::istringstream(earlier) >> json;
-  return CameraFileText("ONVIF", "cam:80", facts, 1'700'000'000, json);
+  return CameraFileText("ONVIF", "cam:80", report, 1'700'000'000, json);
 }
 
 std::shared_ptr<const VendorModels> Read(const std::string& text) {
@@ -33,30 +33,30 @@ std::shared_ptr<const VendorModels> Read(const std::string& text) {
 }
 
 TEST(CameraFileTest, OtherChannelsStayAsLongAsTheCameraHasThem) {
-  CameraFacts facts = Facts();
-  const std::string two = TextOf(facts);
+  CameraReport report = Report();
+  const std::string two = TextOf(report);
   EXPECT_EQ(Read(two)->models.at(0).stream->port, 8554);
-  facts.channel = "1";
-  facts.stream = {"/one", std::nullopt};
-  const std::string both = TextOf(facts, two);
+  report.channel = "1";
+  report.stream = {"/one", std::nullopt};
+  const std::string both = TextOf(report, two);
   ASSERT_EQ(Read(both)->models.size(), 2U);
   EXPECT_EQ(Read(both)->models[0].stream->path, "/one");
   EXPECT_EQ(Read(both)->models[1].stream->path, "/two");
-  EXPECT_EQ(Read(TextOf(facts, both))->models.size(), 2U);
-  facts.channels = {"1"};
-  EXPECT_EQ(Read(TextOf(facts, both))->models.size(), 1U);
+  EXPECT_EQ(Read(TextOf(report, both))->models.size(), 2U);
+  report.channels = {"1"};
+  EXPECT_EQ(Read(TextOf(report, both))->models.size(), 1U);
 }
 
 TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
-  CameraFacts facts = Facts();
-  facts.device = std::string(1000, 'x');
-  facts.channels = {"2", "2", "", std::string(100, 'c'), "bad\xFF", "line\nend"};
-  facts.resolutions = Choices{{"640x480", "640x480", "\x1b[31m"}, "not there"};
-  facts.frameRates = Choices{{}, "25"};
-  facts.qualities = Choices{std::vector<std::string>(1000, "q"), "q"};
-  facts.digitalInputs = 2'000'000'000;
-  facts.streamCount = -5;
-  const auto models = Read(TextOf(facts));
+  CameraReport report = Report();
+  report.device = std::string(1000, 'x');
+  report.channels = {"2", "2", "", std::string(100, 'c'), "bad\xFF", "line\nend"};
+  report.resolutions = Choices{{"640x480", "640x480", "\x1b[31m"}, "not there"};
+  report.frameRates = Choices{{}, "25"};
+  report.qualities = Choices{std::vector<std::string>(1000, "q"), "q"};
+  report.digitalInputs = 2'000'000'000;
+  report.streamCount = -5;
+  const auto models = Read(TextOf(report));
   ASSERT_TRUE(models);
   const Model* model = &models->models.front();
   EXPECT_EQ(model->channels.values, std::vector<std::string>{"2"});

@@ -56,8 +56,8 @@ class Camera {
   Camera(const Camera&) = delete;
   Camera& operator=(const Camera&) = delete;
 
-  Outcome Ask(const std::string& channel, const std::string& user, CameraFacts& facts) {
-    return onvif::Ask({"127.0.0.1", port_, user, user.empty() ? "" : "secret"}, channel, facts);
+  Outcome Ask(const std::string& channel, const std::string& user, CameraReport& report) {
+    return onvif::Ask({"127.0.0.1", port_, user, user.empty() ? "" : "secret"}, channel, report);
   }
 
   const std::vector<std::string>& Bodies() const { return bodies_; }
@@ -118,17 +118,17 @@ std::string Summary(const std::optional<std::vector<std::string>>& channels) {
   return channels ? "[" + Joined(*channels) + "]" : "unknown";
 }
 
-/// Lines that say all of `facts`.
-std::string Summary(const CameraFacts& facts) {
+/// Lines that say all of `report`.
+std::string Summary(const CameraReport& report) {
   std::vector<std::string> codecs;
-  for (const ModelCodec& codec : facts.codecs) codecs.push_back(codec.name + "/" + Joined(codec.streamTypes));
-  return facts.channel + " of " + Joined(facts.channels) + ", streams " +
-         std::to_string(facts.streamCount.value_or(0)) + ", " + facts.device + "\ncodecs " + Joined(codecs) + " now " +
-         facts.codec + "\nrates " + Summary(facts.frameRates) + "\nsizes " + Summary(facts.resolutions) +
-         "\nqualities " + Summary(facts.qualities) + "\naudio " + Summary(facts.audioChannels) + ", motion " +
-         Summary(facts.motionChannels) + ", inputs " + std::to_string(facts.digitalInputs.value_or(-1)) + ", rtsp " +
-         std::to_string(facts.rtspProtocols.value_or(0)) + "\n" + Summary(facts.stream) + "\n" +
-         (facts.snapshot ? Summary(*facts.snapshot) : "no snapshot");
+  for (const ModelCodec& codec : report.codecs) codecs.push_back(codec.name + "/" + Joined(codec.streamTypes));
+  return report.channel + " of " + Joined(report.channels) + ", streams " +
+         std::to_string(report.streamCount.value_or(0)) + ", " + report.device + "\ncodecs " + Joined(codecs) +
+         " now " + report.codec + "\nrates " + Summary(report.frameRates) + "\nsizes " + Summary(report.resolutions) +
+         "\nqualities " + Summary(report.qualities) + "\naudio " + Summary(report.audioChannels) + ", motion " +
+         Summary(report.motionChannels) + ", inputs " + std::to_string(report.digitalInputs.value_or(-1)) + ", rtsp " +
+         std::to_string(report.rtspProtocols.value_or(0)) + "\n" + Summary(report.stream) + "\n" +
+         (report.snapshot ? Summary(*report.snapshot) : "no snapshot");
 }
 
 /// 0, 10, 20 up to 1000.
@@ -140,9 +140,9 @@ std::string Tens() {
 
 void ExpectFacts(const Camera::Script& script, const std::string& channel, const std::string& wanted) {
   Camera camera(script);
-  CameraFacts facts;
-  EXPECT_EQ(camera.Ask(channel, "admin", facts), Outcome::kOk);
-  EXPECT_EQ(Summary(facts), wanted);
+  CameraReport report;
+  EXPECT_EQ(camera.Ask(channel, "admin", report), Outcome::kOk);
+  EXPECT_EQ(Summary(report), wanted);
   EXPECT_LE(camera.Bodies().size(), 12U);
   EXPECT_EQ(camera.Logins(), 0) << "nobody asked for one";
 }
@@ -212,12 +212,12 @@ class LoginTest : public testing::TestWithParam<LoginCase> {};
 
 TEST_P(LoginTest, OneWrongPasswordIsOneAttempt) {
   Camera camera(GetParam().script);
-  CameraFacts facts;
-  EXPECT_EQ(camera.Ask("", GetParam().user, facts), GetParam().outcome);
-  EXPECT_EQ(facts.channels.empty(), GetParam().outcome != Outcome::kOk);
+  CameraReport report;
+  EXPECT_EQ(camera.Ask("", GetParam().user, report), GetParam().outcome);
+  EXPECT_EQ(report.channels.empty(), GetParam().outcome != Outcome::kOk);
   EXPECT_EQ(camera.Logins(), GetParam().logins);
   if (GetParam().outcome == Outcome::kLoginRefused && GetParam().logins == 1) {
-    EXPECT_EQ(camera.Ask("", GetParam().user, facts), Outcome::kLoginRefused);
+    EXPECT_EQ(camera.Ask("", GetParam().user, report), Outcome::kLoginRefused);
     EXPECT_EQ(camera.Logins(), 1) << "the refusal is remembered";
   }
   for (const std::string& body : camera.Bodies()) EXPECT_EQ(body.find("secret"), std::string::npos);
@@ -227,18 +227,18 @@ INSTANTIATE_TEST_SUITE_P(Onvif, LoginTest, testing::ValuesIn(kLoginCases), kByNa
 
 TEST(SilenceTest, LeavesWhatIsKnownAndTimeForMore) {
   Camera camera({"media1", {{"GetSnapshotUri", kSilent}}}, std::chrono::milliseconds(800));
-  CameraFacts facts;
-  EXPECT_EQ(camera.Ask("", "", facts), Outcome::kOk);
-  EXPECT_EQ(facts.codecs.size(), 2U);
-  EXPECT_EQ(facts.audioChannels, std::vector<std::string>{}) << "known from the profile";
+  CameraReport report;
+  EXPECT_EQ(camera.Ask("", "", report), Outcome::kOk);
+  EXPECT_EQ(report.codecs.size(), 2U);
+  EXPECT_EQ(report.audioChannels, std::vector<std::string>{}) << "known from the profile";
   EXPECT_EQ(camera.Scope().Refusal("127.0.0.1", 80, "", ""), std::nullopt);
   EXPECT_GT(camera.Scope().Deadline() - Clock::now(), std::chrono::milliseconds(200));
 }
 
 TEST(UsernameTokenTest, IsDatedByTheCamerasClock) {
   Camera camera({"media1", {}, kNoLogin});
-  CameraFacts facts;
-  EXPECT_EQ(camera.Ask("", "a&b", facts), Outcome::kOk);
+  CameraReport report;
+  EXPECT_EQ(camera.Ask("", "a&b", report), Outcome::kOk);
   EXPECT_NE(camera.Bodies().back().find(">2001-02-03T04:05:"), std::string::npos) << camera.Bodies().back();
   EXPECT_NE(camera.Bodies().back().find("<Username>a&amp;b<"), std::string::npos);
 }

@@ -26,10 +26,10 @@ TEST(PsiaAskTest, SilenceLeavesWhatIsKnown) {
   const int port = server.bind_to_any_port("127.0.0.1");
   std::thread thread([&server] { server.listen_after_bind(); });
   const RequestScope scope(std::chrono::milliseconds(800));
-  CameraFacts facts;
-  EXPECT_EQ(Ask({"127.0.0.1", port, "admin", "secret"}, "", facts), Outcome::kOk);
-  EXPECT_EQ(facts.codecs.size(), 3U);
-  EXPECT_EQ(facts.digitalInputs, std::nullopt);
+  CameraReport report;
+  EXPECT_EQ(Ask({"127.0.0.1", port, "admin", "secret"}, "", report), Outcome::kOk);
+  EXPECT_EQ(report.codecs.size(), 3U);
+  EXPECT_EQ(report.digitalInputs, std::nullopt);
   server.stop();
   thread.join();
 }
@@ -47,11 +47,11 @@ TEST(PsiaAnswerTest, HasItsOutcome) {
   EXPECT_EQ(OutcomeOf("device.xml", 404), Outcome::kNoSuchStream) << "the status comes before the content";
 }
 
-CameraFacts FactsOf(const std::string& file) {
+CameraReport ReportOf(const std::string& file) {
   const XmlDocument document(Data(file));
-  CameraFacts facts;
-  EXPECT_TRUE(FillIn(ReadChannel(document.Root()), facts));
-  return facts;
+  CameraReport report;
+  EXPECT_TRUE(FillIn(ReadChannel(document.Root()), report));
+  return report;
 }
 
 std::vector<std::string> NamesOf(const std::vector<ModelCodec>& codecs) {
@@ -62,28 +62,28 @@ std::vector<std::string> NamesOf(const std::vector<ModelCodec>& codecs) {
 }
 
 TEST(PsiaChannelTest, SaysWhatCanBeChosen) {
-  const CameraFacts facts = FactsOf("capabilities.xml");
-  EXPECT_EQ(NamesOf(facts.codecs), (Texts{"MPEG4", "MJPEG", "H.264"}));
-  EXPECT_EQ(facts.codecs[1].streamTypes, (Texts{"RTSP", "HTTP"}));
-  EXPECT_EQ(facts.codec, "H.264");
-  EXPECT_EQ(facts.resolutions->values, (Texts{"640x480", "1280x720", "1920x1080"}));
-  EXPECT_EQ(facts.resolutions->preset, "1280x720");
-  EXPECT_EQ(facts.frameRates->values, (Texts{"30", "25", "12", "1"}));
-  EXPECT_EQ(facts.frameRates->preset, "25");
-  EXPECT_EQ(facts.qualities->values.size(), 100U);
-  EXPECT_EQ(facts.qualities->preset, "60");
-  EXPECT_EQ(facts.stream.path, "/PSIA/Streaming/channels/101");
-  EXPECT_EQ(facts.stream.port, 10554);
+  const CameraReport report = ReportOf("capabilities.xml");
+  EXPECT_EQ(NamesOf(report.codecs), (Texts{"MPEG4", "MJPEG", "H.264"}));
+  EXPECT_EQ(report.codecs[1].streamTypes, (Texts{"RTSP", "HTTP"}));
+  EXPECT_EQ(report.codec, "H.264");
+  EXPECT_EQ(report.resolutions->values, (Texts{"640x480", "1280x720", "1920x1080"}));
+  EXPECT_EQ(report.resolutions->preset, "1280x720");
+  EXPECT_EQ(report.frameRates->values, (Texts{"30", "25", "12", "1"}));
+  EXPECT_EQ(report.frameRates->preset, "25");
+  EXPECT_EQ(report.qualities->values.size(), 100U);
+  EXPECT_EQ(report.qualities->preset, "60");
+  EXPECT_EQ(report.stream.path, "/PSIA/Streaming/channels/101");
+  EXPECT_EQ(report.stream.port, 10554);
 }
 
 TEST(PsiaChannelTest, OfAnotherMakerMakesSenseToo) {
-  const CameraFacts facts = FactsOf("odd-channel.xml");
-  EXPECT_EQ(NamesOf(facts.codecs), (Texts{"H.265", "H.264"}));
-  EXPECT_EQ(facts.resolutions->values, (Texts{"720x576"})) << "the lists do not belong together";
-  EXPECT_EQ(facts.qualities->values, (Texts{"20", "40", "60", "50"}));
-  EXPECT_EQ(facts.qualities->preset, "50");
-  EXPECT_EQ(facts.frameRates->values, (Texts{"1", "2", "3", "4"}));
-  EXPECT_EQ(facts.stream.port, 554) << "what the camera says is no port";
+  const CameraReport report = ReportOf("odd-channel.xml");
+  EXPECT_EQ(NamesOf(report.codecs), (Texts{"H.265", "H.264"}));
+  EXPECT_EQ(report.resolutions->values, (Texts{"720x576"})) << "the lists do not belong together";
+  EXPECT_EQ(report.qualities->values, (Texts{"20", "40", "60", "50"}));
+  EXPECT_EQ(report.qualities->preset, "50");
+  EXPECT_EQ(report.frameRates->values, (Texts{"1", "2", "3", "4"}));
+  EXPECT_EQ(report.stream.port, 554) << "what the camera says is no port";
 }
 
 TEST(PsiaChannelTest, ListHoldsThoseThatAPathCanName) {
@@ -94,10 +94,10 @@ TEST(PsiaChannelTest, ListHoldsThoseThatAPathCanName) {
   EXPECT_FALSE(channels[0].isEnabled);
   EXPECT_FALSE(channels[0].hasAudio);
   EXPECT_TRUE(channels[1].hasAudio);
-  CameraFacts facts;
-  EXPECT_FALSE(FillIn(channels[0], facts)) << "no codec";
-  ASSERT_TRUE(FillIn(channels[1], facts));
-  EXPECT_EQ(facts.snapshot->path, "/PSIA/Streaming/channels/yard%202/picture?snapShotImageType=JPEG");
+  CameraReport report;
+  EXPECT_FALSE(FillIn(channels[0], report)) << "no codec";
+  ASSERT_TRUE(FillIn(channels[1], report));
+  EXPECT_EQ(report.snapshot->path, "/PSIA/Streaming/channels/yard%202/picture?snapShotImageType=JPEG");
 
   const XmlDocument motion(Data("motion.xml"));
   EXPECT_EQ(ReadMotionChannels(motion.Root(), channels, "101"), (Texts{"yard 2"})) << "by its video input";

@@ -57,7 +57,7 @@ class Questioning {
     return isLoginWrong ? more : Outcome::kOk;
   }
 
-  CameraFacts TakeFacts() { return std::move(facts_); }
+  CameraReport TakeReport() { return std::move(report_); }
 
  private:
   Outcome Take(std::initializer_list<Outcome (Questioning::*)()> steps) {
@@ -95,7 +95,7 @@ class Questioning {
   Reply AskCapabilities() {
     Reply reply = client_.Call(kDevicePath, kDevice, "GetCapabilities", Element("Category", "All"));
     capabilities_ = ReadCapabilities(reply.content);
-    facts_.rtspProtocols = capabilities_->rtspProtocols;
+    report_.rtspProtocols = capabilities_->rtspProtocols;
     return reply;
   }
 
@@ -123,12 +123,12 @@ class Questioning {
   /// A channel is a video source.
   Outcome ChooseChannel() {
     const std::vector<std::string> sources = SourcesOf(profiles_);
-    for (std::size_t i = 0; i < sources.size(); ++i) facts_.channels.push_back(std::to_string(i + 1));
+    for (std::size_t i = 0; i < sources.size(); ++i) report_.channels.push_back(std::to_string(i + 1));
     const bool isDefault = wantedChannel_.empty() || sources.size() == 1;
-    facts_.channel = isDefault ? facts_.channels.front() : wantedChannel_;
-    const auto channel = std::find(facts_.channels.begin(), facts_.channels.end(), facts_.channel);
-    if (channel == facts_.channels.end()) return Outcome::kNoSuchStream;
-    return ChooseProfile(sources[static_cast<std::size_t>(channel - facts_.channels.begin())]);
+    report_.channel = isDefault ? report_.channels.front() : wantedChannel_;
+    const auto channel = std::find(report_.channels.begin(), report_.channels.end(), report_.channel);
+    if (channel == report_.channels.end()) return Outcome::kNoSuchStream;
+    return ChooseProfile(sources[static_cast<std::size_t>(channel - report_.channels.begin())]);
   }
 
   Outcome ChooseProfile(const std::string& source) {
@@ -138,9 +138,9 @@ class Questioning {
       if (encoders.empty()) profile_ = profile;
       encoders.insert(profile.encoder->token);
     }
-    facts_.streamCount = static_cast<int>(encoders.size());
-    facts_.audioChannels = ChannelIf(profile_.hasAudio);
-    if (profile_.hasAnalytics) facts_.motionChannels = ChannelIf(profile_.detectsMotion);
+    report_.streamCount = static_cast<int>(encoders.size());
+    report_.audioChannels = ChannelIf(profile_.hasAudio);
+    if (profile_.hasAnalytics) report_.motionChannels = ChannelIf(profile_.detectsMotion);
     return encoders.empty() ? Outcome::kNoVideo : Outcome::kOk;
   }
 
@@ -162,60 +162,60 @@ class Questioning {
     if (reply.outcome != Outcome::kOk) return reply.outcome;
     const auto url = ParseCameraUrl(ReadUri(reply.content));
     if (!url || url->scheme != "rtsp") return Outcome::kNoVideo;
-    facts_.stream = {url->path, url->port};
+    report_.stream = {url->path, url->port};
     return Outcome::kOk;
   }
 
   Outcome AskOptions() {
     const VideoEncoder& encoder = *profile_.encoder;
     const Reply reply = AskEncoderOptions("GetVideoEncoderConfigurationOptions", encoder.token);
-    SetVideoFacts(encoder, ReadVideoOptions(reply.content), facts_);
+    ReportVideo(encoder, ReadVideoOptions(reply.content), report_);
     return Optional(reply);
   }
 
   Outcome AskSnapshot() {
     const Reply reply = AskMedia("GetSnapshotUri");
-    facts_.snapshot = SnapshotPath(ReadUri(reply.content), services_.port);
+    report_.snapshot = SnapshotPath(ReadUri(reply.content), services_.port);
     return Optional(reply);
   }
 
   Outcome AskInputs() {
     if (!services_.deviceIo.empty()) {
       const Reply reply = client_.Call(services_.deviceIo, kDeviceIo, "GetDigitalInputs");
-      if (reply.outcome == Outcome::kOk) facts_.digitalInputs = CountDigitalInputs(reply.content);
-      if (reply.isLast || facts_.digitalInputs) return Optional(reply);
+      if (reply.outcome == Outcome::kOk) report_.digitalInputs = CountDigitalInputs(reply.content);
+      if (reply.isLast || report_.digitalInputs) return Optional(reply);
     }
     if (!capabilities_) {
       const Reply reply = AskCapabilities();
       if (reply.isLast) return reply.outcome;
     }
-    facts_.digitalInputs = capabilities_->digitalInputs;
+    report_.digitalInputs = capabilities_->digitalInputs;
     return Outcome::kOk;
   }
 
   Outcome AskAudio() {
     if (!profile_.hasAudio) return Outcome::kOk;
     const Reply reply = AskEncoderOptions("GetAudioEncoderConfigurationOptions", profile_.audioEncoder);
-    if (reply.outcome == Outcome::kOk) facts_.audioChannels = ChannelIf(OffersAudio(reply.content));
+    if (reply.outcome == Outcome::kOk) report_.audioChannels = ChannelIf(OffersAudio(reply.content));
     return Optional(reply);
   }
 
   Outcome AskMotion() {
     if (profile_.detectsMotion || services_.events.empty()) return Outcome::kOk;
     const Reply reply = client_.Call(services_.events, kEvents, "GetEventProperties");
-    if (reply.outcome == Outcome::kOk) facts_.motionChannels = ChannelIf(HasMotionTopic(reply.content));
+    if (reply.outcome == Outcome::kOk) report_.motionChannels = ChannelIf(HasMotionTopic(reply.content));
     return Optional(reply);
   }
 
   Outcome AskDevice() {
     const Reply reply = client_.Call(kDevicePath, kDevice, "GetDeviceInformation");
-    facts_.device = ReadDevice(reply.content);
+    report_.device = ReadDevice(reply.content);
     return Optional(reply);
   }
 
   /// The channel that is asked about, if it has what a list is about.
   std::vector<std::string> ChannelIf(bool has) const {
-    return has ? std::vector<std::string>{facts_.channel} : std::vector<std::string>{};
+    return has ? std::vector<std::string>{report_.channel} : std::vector<std::string>{};
   }
 
   SoapClient client_;
@@ -225,16 +225,16 @@ class Questioning {
   const Service* media_ = nullptr;            ///< the media service that has the profiles
   std::string mediaPath_;
   std::vector<Profile> profiles_;
-  Profile profile_;  ///< that the facts are about; has an encoder
-  CameraFacts facts_;
+  Profile profile_;  ///< that the report is about; has an encoder
+  CameraReport report_;
 };
 
 }  // namespace
 
-Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFacts& facts) {
+Outcome Ask(const CameraAddress& address, const std::string& channel, CameraReport& report) {
   Questioning questioning(address, channel);
   const Outcome outcome = questioning.Run();
-  if (outcome == Outcome::kOk) facts = questioning.TakeFacts();
+  if (outcome == Outcome::kOk) report = questioning.TakeReport();
   return outcome;
 }
 

@@ -57,12 +57,12 @@ std::vector<ModelCodec> Codecs(std::vector<std::string> names, const std::string
 
 }  // namespace
 
-void SetVideoFacts(const VideoEncoder& current, const VideoOptions& options, CameraFacts& facts) {
-  facts.codecs = Codecs(options.codecs, current.codec);
-  facts.codec = current.codec;
-  facts.frameRates = NumberChoices(options.frameRates, current.frameRate);
-  facts.resolutions = ResolutionChoices(options.resolutions, current.resolution);
-  facts.qualities = NumberChoices(Expanded(options.quality), current.quality);
+void ReportVideo(const VideoEncoder& current, const VideoOptions& options, CameraReport& report) {
+  report.codecs = Codecs(options.codecs, current.codec);
+  report.codec = current.codec;
+  report.frameRates = NumberChoices(options.frameRates, current.frameRate);
+  report.resolutions = ResolutionChoices(options.resolutions, current.resolution);
+  report.qualities = NumberChoices(Expanded(options.quality), current.quality);
 }
 
 }  // namespace recorder::onvif

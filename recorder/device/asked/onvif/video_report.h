@@ -5,8 +5,8 @@
 
 namespace recorder::onvif {
 
-/// Writes into `facts` what the encoder `current` can be set to, and how it is set. What it is set to now is always
+/// Writes into `report` what the encoder `current` can be set to, and how it is set. What it is set to now is always
 /// among what it can be set to.
-void SetVideoFacts(const VideoEncoder& current, const VideoOptions& options, CameraFacts& facts);
+void ReportVideo(const VideoEncoder& current, const VideoOptions& options, CameraReport& report);
 
 }  // namespace recorder::onvif

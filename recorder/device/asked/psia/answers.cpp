@@ -209,28 +209,28 @@ std::vector<std::string> ReadMotionChannels(const XmlElement& motionDetection,
   return found;
 }
 
-bool FillIn(const StreamingChannel& channel, CameraFacts& facts) {
+bool FillIn(const StreamingChannel& channel, CameraReport& report) {
   std::vector<std::string> codecs;
   for (const std::string& value : channel.codec.values) AddOnce(codecs, CodecName(value));
   const std::string codec = CodecName(channel.codec.current);
   AddOnce(codecs, codec);
   if (codecs.empty()) return false;
 
-  facts.codecs.clear();
+  report.codecs.clear();
   for (std::string& name : codecs) {
     const bool hasHttp = channel.hasHttp && CodecOfName(name)->isOverHttp;
-    facts.codecs.push_back(
+    report.codecs.push_back(
         {std::move(name), hasHttp ? std::vector<std::string>{"RTSP", "HTTP"} : std::vector<std::string>{"RTSP"}});
   }
-  facts.codec = codec;
-  facts.frameRates = FrameRates(channel.frameRate);
-  facts.resolutions = Resolutions(channel);
-  facts.qualities = MakeChoices(channel.quality.values, channel.quality.current);
-  facts.streamCount = 1;  // a channel of this API is one stream
+  report.codec = codec;
+  report.frameRates = FrameRates(channel.frameRate);
+  report.resolutions = Resolutions(channel);
+  report.qualities = MakeChoices(channel.quality.values, channel.quality.current);
+  report.streamCount = 1;  // a channel of this API is one stream
 
   const std::string path = std::string(kChannelsPath) + PercentEncoded(channel.id, kUnreservedSigns);
-  facts.stream = {path, channel.rtspPort.value_or(kRtspPort)};
-  facts.snapshot = ModelPath{path + "/picture?snapShotImageType=JPEG", std::nullopt};
+  report.stream = {path, channel.rtspPort.value_or(kRtspPort)};
+  report.snapshot = ModelPath{path + "/picture?snapShotImageType=JPEG", std::nullopt};
   return true;
 }
 

@@ -70,6 +70,6 @@ std::vector<std::string> ReadMotionChannels(const XmlElement& motionDetection,
 
 /// Fills in what follows from the chosen channel alone: codecs, settings, stream and snapshot. False when it names no
 /// codec that the recorder knows.
-bool FillIn(const StreamingChannel& channel, CameraFacts& facts);
+bool FillIn(const StreamingChannel& channel, CameraReport& report);
 
 }  // namespace recorder::psia

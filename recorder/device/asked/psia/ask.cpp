@@ -75,9 +75,9 @@ void AskAboutChannel(Conversation& camera, StreamingChannel& channel) {
   }
 }
 
-Outcome AskDevice(Conversation& camera, CameraFacts& facts) {
+Outcome AskDevice(Conversation& camera, CameraReport& report) {
   const Reading device = camera.Get("/PSIA/System/deviceInfo", {"DeviceInfo"});
-  facts.device = ReadDevice(device.document.Root());
+  report.device = ReadDevice(device.document.Root());
   return OfFirstQuestion(device.outcome);
 }
 
@@ -89,22 +89,22 @@ Outcome AskChannels(Conversation& camera, std::vector<StreamingChannel>& channel
   return channels.empty() ? Outcome::kNoVideo : Outcome::kOk;
 }
 
-void AskAboutInputs(Conversation& camera, CameraFacts& facts) {
+void AskAboutInputs(Conversation& camera, CameraReport& report) {
   const Reading inputs = camera.Get("/PSIA/System/IO/inputs", {"IOInputPortList"});
-  if (inputs.outcome == Outcome::kOk) facts.digitalInputs = CountInputs(inputs.document.Root());
+  if (inputs.outcome == Outcome::kOk) report.digitalInputs = CountInputs(inputs.document.Root());
 }
 
-void AskAboutMotion(Conversation& camera, const std::vector<StreamingChannel>& channels, CameraFacts& facts) {
+void AskAboutMotion(Conversation& camera, const std::vector<StreamingChannel>& channels, CameraReport& report) {
   const Reading motion = camera.Get("/PSIA/Custom/MotionDetection", {"MotionDetectionList", "MotionDetection"});
   if (motion.outcome != Outcome::kOk) return;
-  facts.motionChannels = ReadMotionChannels(motion.document.Root(), channels, facts.channel);
+  report.motionChannels = ReadMotionChannels(motion.document.Root(), channels, report.channel);
 }
 
 }  // namespace
 
-Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFacts& facts) {
+Outcome Ask(const CameraAddress& address, const std::string& channel, CameraReport& report) {
   Conversation camera(address);
-  CameraFacts found;
+  CameraReport found;
   if (const Outcome outcome = AskDevice(camera, found); outcome != Outcome::kOk) return outcome;
   std::vector<StreamingChannel> channels;
   if (const Outcome outcome = AskChannels(camera, channels); outcome != Outcome::kOk) return outcome;
@@ -122,7 +122,7 @@ Outcome Ask(const CameraAddress& address, const std::string& channel, CameraFact
   AskAboutMotion(camera, channels, found);
   if (camera.End() == Outcome::kLoginRefused) return camera.End();
   if (!FillIn(chosen, found)) return camera.HasEnded() ? camera.End() : Outcome::kNoVideo;
-  facts = std::move(found);
+  report = std::move(found);
   return Outcome::kOk;
 }
 
