@@ -47,6 +47,15 @@ Json::Value ChoicesOf(const std::vector<std::string>& values, const std::string&
   return json;
 }
 
+/// Where a member of a model comes from.
+enum class Source { kCamera, kAssumed };
+
+/// A camera that left something out said nothing of it.
+template <class T>
+Source SourceOf(const std::optional<T>& said) {
+  return said ? Source::kCamera : Source::kAssumed;
+}
+
 /// Writes the model of one channel, member by member, and notes for each where it comes from.
 class ModelWriter {
  public:
@@ -57,10 +66,11 @@ class ModelWriter {
     model_["name"] = report_.channel;
     model_["id"] = vendor_ + " " + kGenericName;
     if (IsUsable(report_.device)) model_["source"] = report_.device;
-    Set("channels", ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front()), true);
+    Set("channels", ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front()),
+        Source::kCamera);
     WriteVideo();
     WriteSensors();
-    Set("rtsp", Rtsp(), report_.rtspProtocols.has_value());
+    Set("rtsp", Rtsp(), SourceOf(report_.rtspProtocols));
     WriteStream();
     WriteSnapshot();
     model_["check"] = "stream";
@@ -68,15 +78,15 @@ class ModelWriter {
   }
 
  private:
-  void Set(const char* member, const Json::Value& value, bool isFromCamera) {
+  void Set(const char* member, const Json::Value& value, Source source) {
     if (!value.isNull()) model_[member] = value;
     Json::Value& reading = model_["readings"][member];
-    reading["source"] = isFromCamera ? "camera" : "assumed";
+    reading["source"] = source == Source::kCamera ? "camera" : "assumed";
     reading["time"] = Json::Int64(time_);
   }
 
   void SetChoices(const char* member, const std::optional<Choices>& choices) {
-    Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), choices.has_value());
+    Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), SourceOf(choices));
   }
 
   void WriteVideo() {
@@ -86,25 +96,25 @@ class ModelWriter {
       entry["name"] = codec.name;
       entry["streamTypes"] = UsableTexts(codec.streamTypes);
     }
-    Set("codecs", codecs, true);
+    Set("codecs", codecs, Source::kCamera);
     const bool isOffered = std::any_of(report_.codecs.begin(), report_.codecs.end(),
                                        [&](const ModelCodec& codec) { return codec.name == report_.codec; });
-    if (isOffered) Set("defaultCodec", report_.codec, true);
+    if (isOffered) Set("defaultCodec", report_.codec, Source::kCamera);
     SetChoices("frameRates", report_.frameRates);
     SetChoices("resolutions", report_.resolutions);
     SetChoices("qualities", report_.qualities);
-    Set("streams", std::clamp(report_.streamCount.value_or(1), 1, kMaxStreams), report_.streamCount.has_value());
+    Set("streams", std::clamp(report_.streamCount.value_or(1), 1, kMaxStreams), SourceOf(report_.streamCount));
   }
 
   void WriteSensors() {
     using Channels = std::vector<std::string>;
-    Set("audioChannels", UsableTexts(report_.audioChannels.value_or(Channels())), report_.audioChannels.has_value());
-    Set("motionChannels", UsableTexts(report_.motionChannels.value_or(Channels())), report_.motionChannels.has_value());
+    Set("audioChannels", UsableTexts(report_.audioChannels.value_or(Channels())), SourceOf(report_.audioChannels));
+    Set("motionChannels", UsableTexts(report_.motionChannels.value_or(Channels())), SourceOf(report_.motionChannels));
     const int count = std::clamp(report_.digitalInputs.value_or(0), 0, kMaxInputs);
     Json::Value inputs;
     inputs["count"] = count;
     inputs["separate"] = count > 1;  // each input has its own state in both protocols
-    Set("digitalInputs", inputs, report_.digitalInputs.has_value());
+    Set("digitalInputs", inputs, SourceOf(report_.digitalInputs));
   }
 
   Json::Value Rtsp() const {
@@ -129,14 +139,14 @@ class ModelWriter {
   void WriteStream() {
     Json::Value stream;
     AddPath(report_.stream, stream);
-    Set("stream", stream, true);
+    Set("stream", stream, Source::kCamera);
   }
 
   void WriteSnapshot() {
     Json::Value snapshot;
     snapshot["kind"] = report_.snapshot ? "http-jpeg" : "stream";
     if (report_.snapshot) AddPath(*report_.snapshot, snapshot);
-    Set("snapshot", snapshot, report_.snapshot.has_value());
+    Set("snapshot", snapshot, SourceOf(report_.snapshot));
   }
 
   const std::string& vendor_;

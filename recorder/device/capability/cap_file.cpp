@@ -48,8 +48,7 @@ Outcome TestCamera(const CamProfile& profile, const Model& model) {
     ReportUnasked(profile.vendor, profile.model, Outcome::kNoPath);
     return Outcome::kNoPath;
   }
-  return driver->HasStreamPath() ? AskForStream(profile, model, *driver)
-                                 : static_cast<Outcome>(driver->VerifyConnection());
+  return driver->HasStreamPath() ? AskForStream(profile, model, *driver) : driver->VerifyConnection();
 }
 
 /// What is known of a camera, and how asking it went. `file` is "" where the built-in values must do.

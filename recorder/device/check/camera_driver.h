@@ -10,16 +10,16 @@
 namespace recorder {
 
 /// How one camera is talked to: where its stream and its pictures are, how it is checked. The functors of a
-/// DeviceAPIHandler call it, so that its results are theirs: an int of 0 is success.
-/// Thread: one. Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a declaration
-/// says so.
+/// DeviceAPIHandler call it, so that its results are theirs: an int of 0 is success, and of an outcome they return the
+/// number. Thread: one. Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a
+/// declaration says so.
 class CameraDriver : public DPObjectBase {
  public:
   virtual bool NeedsSourcePath() = 0;
   virtual bool HasStreamPath() = 0;
   virtual int GetStreamPath(std::string& path, int& port) = 0;
-  /// The camera's own check: the number of a recorder::Outcome. kNoPath: it has none without a path.
-  virtual int VerifyConnection() = 0;
+  /// The camera's own check. kNoPath: it has none without a path.
+  virtual Outcome VerifyConnection() = 0;
   virtual int SelectVideoType(int videoType, int streamNumber) = 0;
   virtual int GetSnapshotPath(std::string& path, int& port, int& kind) = 0;
 

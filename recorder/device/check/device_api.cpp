@@ -47,4 +47,7 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
   SetValid(driver != nullptr);
 }
 
-int RetDevApiToRetCV(int code) { return recorder::ToVerifyResult(static_cast<recorder::Outcome>(code)); }
+int RetDevApiToRetCV(int code) {
+  using recorder::Outcome;
+  return recorder::ToVerifyResult(recorder::OutcomeOfNumber(code).value_or(Outcome::kNotUnderstood));
+}

@@ -51,13 +51,13 @@ int ModelDriver::GetStreamPath(std::string& path, int& port) {
   return 0;
 }
 
-int ModelDriver::VerifyConnection() {
-  if (model_->check != ModelCheck::kDevice) return static_cast<int>(Outcome::kNoPath);
+Outcome ModelDriver::VerifyConnection() {
+  if (model_->check != ModelCheck::kDevice) return Outcome::kNoPath;
   CameraAddress address = parameters_.address;
   UsePort(model_->snapshot.from, address.port);
   const Outcome outcome = ProbeHttpStream(address, HttpSnapshotPath(""));
   RequestScope::Current().SetCause(outcome);
-  return static_cast<int>(outcome);
+  return outcome;
 }
 
 int ModelDriver::SelectVideoType(int /*videoType*/, int streamNumber) {

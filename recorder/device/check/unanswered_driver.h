@@ -14,7 +14,7 @@ class UnansweredDriver : public CameraDriver {
   bool NeedsSourcePath() override { return false; }
   bool HasStreamPath() override { return false; }
   int GetStreamPath(std::string& /*path*/, int& /*port*/) override { return -1; }
-  int VerifyConnection() override { return static_cast<int>(outcome_); }
+  Outcome VerifyConnection() override { return outcome_; }
   int SelectVideoType(int /*videoType*/, int /*streamNumber*/) override { return -1; }
   int GetSnapshotPath(std::string& /*path*/, int& /*port*/, int& /*kind*/) override { return -1; }
   Outcome TakeSnapshot(const CameraAddress& /*address*/, const std::string& /*setting*/,

@@ -20,7 +20,7 @@ int UserDriver::GetStreamPath(std::string& path, int& /*port*/) {
   return 0;
 }
 
-int UserDriver::VerifyConnection() { return static_cast<int>(Outcome::kNoPath); }
+Outcome UserDriver::VerifyConnection() { return Outcome::kNoPath; }
 
 int UserDriver::SelectVideoType(int videoType, int /*streamNumber*/) {
   videoType_ = videoType;

@@ -16,7 +16,7 @@ class UserDriver : public CameraDriver {
   bool NeedsSourcePath() override;
   bool HasStreamPath() override;
   int GetStreamPath(std::string& path, int& port) override;
-  int VerifyConnection() override;
+  Outcome VerifyConnection() override;
   int SelectVideoType(int videoType, int streamNumber) override;
   int GetSnapshotPath(std::string& path, int& port, int& kind) override;
   Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
