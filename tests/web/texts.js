@@ -5,7 +5,7 @@ import { execFile } from "node:child_process";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { promisify } from "node:util";
-import { checkRows } from "./page/list/camera-list.js";
+import { CODECS, checkRows } from "./page/list/camera-list.js";
 import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/text/csv.js";
 import { exportForImport, exportResults } from "./page/list/list-export.js";
@@ -106,7 +106,7 @@ const FILES = [
   ["password without scheme", "url\nadmin:xyzzy@10.0.0.5\n", [`2 address: ${LOGIN}`]],
   ["unknown model", "ip,model\ncam1,Acme Dome 8\n", [`2 model: Acme Dome 8 ${UNKNOWN} Acme Dome 7, ONVIF.`]],
   ["path missing", "address,vendor\ncam1,User\n", ["2 path: missing; this model needs the stream path."]],
-  ["unknown codec", "address,codec\ncam1,VP9\n", ["2 codec: VP9 is none of H.264, H.265, MJPEG, MPEG4, MXPEG."]],
+  ["unknown codec", "address,codec\ncam1,VP9\n", [`2 codec: VP9 is none of ${CODECS.join(", ")}.`]],
   ["unknown stream", "address,stream\ncam1,UDP\n", ["2 stream: UDP is none of RTSP, HTTP."]],
   ["stored password", `address,pwd\ncam1,${STORED_PASSWORD}\n`, [`2 password: ${STORED}`]],
   ["same camera", "address,port\ncam1,80\n\nCAM1,\n", ["4 same as 2"]],
