@@ -45,6 +45,23 @@ void ReadCodecs(const Json::Value& json, Model& model) {
   model.presetCodec = json.get("defaultCodec", model.codecs.front().name).asString();
 }
 
+void ReadSettings(const Json::Value& json, Model& model) {
+  model.frameRates = ReadChoices(json["frameRates"]);
+  model.resolutions = ReadChoices(json["resolutions"]);
+  model.qualities = ReadChoices(json["qualities"]);
+  model.hasOwnFrameRates = json["frameRates"]["perStream"].asBool();
+  model.hasOwnResolutions = json["resolutions"]["perStream"].asBool();
+  model.hasOwnQualities = json["qualities"]["perStream"].asBool();
+}
+
+void ReadSensors(const Json::Value& json, Model& model) {
+  model.audioChannels = Texts(json["audioChannels"]);
+  model.motionChannels = Texts(json["motionChannels"]);
+  model.digitalInputs = json["digitalInputs"]["count"].asInt();
+  model.hasSeparateInputs = json["digitalInputs"]["separate"].asBool();
+  model.hasInputSettings = json["digitalInputs"]["settable"].asBool();
+}
+
 void ReadCodecOptimization(const Json::Value& json, Model& model) {
   for (const Json::Value& level : json["levels"]) model.codecOptimizations |= 1U << level.asInt();
   model.presetCodecOptimization = json.get("default", 1).asInt();
@@ -73,18 +90,9 @@ Model ModelOfJson(const std::string& vendor, const Json::Value& json) {
   model.isVideoServer = json["videoServer"].asBool();
   model.channels = ReadChoices(json["channels"]);
   ReadCodecs(json, model);
-  model.frameRates = ReadChoices(json["frameRates"]);
-  model.resolutions = ReadChoices(json["resolutions"]);
-  model.qualities = ReadChoices(json["qualities"]);
-  model.hasOwnFrameRates = json["frameRates"]["perStream"].asBool();
-  model.hasOwnResolutions = json["resolutions"]["perStream"].asBool();
-  model.hasOwnQualities = json["qualities"]["perStream"].asBool();
+  ReadSettings(json, model);
   model.streamCount = json.get("streams", 1).asInt();
-  model.audioChannels = Texts(json["audioChannels"]);
-  model.motionChannels = Texts(json["motionChannels"]);
-  model.digitalInputs = json["digitalInputs"]["count"].asInt();
-  model.hasSeparateInputs = json["digitalInputs"]["separate"].asBool();
-  model.hasInputSettings = json["digitalInputs"]["settable"].asBool();
+  ReadSensors(json, model);
   ReadRtsp(json["rtsp"], model);
   ReadCodecOptimization(json["codecOptimization"], model);
   model.presetUser = json["defaultUser"].asString();
