@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "rig/cameras.h"
-#include "tests/recorder/end_to_end/proxy.h"
+#include "rig/proxy.h"
 
 // What can be done with a stored password by callers who do not know it, and by who sits at a camera's address.
 

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "rig/cameras.h"
-#include "tests/recorder/end_to_end/proxy.h"
+#include "rig/proxy.h"
 
 // The network between recorder and camera fails: in time, with a clear code, and for that one request only.
 
