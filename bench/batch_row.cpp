@@ -5,16 +5,13 @@
 
 #include "bench/rows.h"
 #include "rig/cameras.h"
-#include "rig/http_client.h"
-#include "rig/questions.h"
 #include "rig/recorder.h"
 
 namespace bench {
 
-namespace {
+using namespace rig;
 
-using end_to_end::ParseJson;
-using end_to_end::ToText;
+namespace {
 
 constexpr int kGroups = 20;
 constexpr int kGroupSize = 10;  // as many as are tested side by side
@@ -35,7 +32,7 @@ Json::Value CameraConfigs() {
     Json::Value camera;
     camera["server"] = "scripted";
     if (IsSilent(i / kGroupSize)) camera["fault"] = "silentAfterConnect";
-    cameras.append(end_to_end::Camera(std::to_string(i), camera));
+    cameras.append(Camera(std::to_string(i), camera));
   }
   return cameras;
 }
@@ -49,15 +46,13 @@ class Trial {
   double AskList() const {
     Json::Value rows(Json::arrayValue);
     for (int i = 0; i < kGroups * kGroupSize; ++i) {
-      rows.append(end_to_end::BatchRow(std::to_string(i), PortOf(i), end_to_end::kSecret));
+      rows.append(BatchRow(std::to_string(i), PortOf(i), kSecret));
     }
     Reply reply;
-    const double time = TimeOf([&] { reply = Ask("CamBatAddVerify", end_to_end::Batch(rows)); });
+    const double time = TimeOf([&] { reply = Ask("CamBatAddVerify", Batch(rows)); });
     const Json::Value results = ParseJson(reply.body)["data"]["resultList"];
     if (results.size() != rows.size()) throw WrongAnswer("a list of " + std::to_string(results.size()) + " cameras");
-    for (int i = 0; i < kGroups * kGroupSize; ++i) {
-      CheckCode(i, results[i]["result"] == 0 ? 0 : results[i]["errinfo"]["code"].asInt());
-    }
+    for (int i = 0; i < kGroups * kGroupSize; ++i) CheckCode(i, RowCode(results[i]));
     return time;
   }
 
@@ -82,16 +77,14 @@ class Trial {
   int PortOf(int camera) const { return cameras_.Port(std::to_string(camera)); }
 
   Reply Ask(const std::string& method, const Json::Value& parameters) const {
-    return HttpClient(recorder_.Port())
-        .Ask(HttpRequest("POST", kApi + method, recorder_.Login().begin()->second, ToText(parameters)));
+    return recorder_.Ask("POST", kApi + method, recorder_.Login(), ToText(parameters));
   }
 
   double TestOne(int camera) const {
-    Json::Value parameters = end_to_end::CameraParams(PortOf(camera), end_to_end::kSecret);
+    const Json::Value parameters = CameraParams(PortOf(camera), kSecret);
     Reply reply;
     const double time = TimeOf([&] { reply = Ask("CameraTest", parameters); });
-    const Json::Value answer = ParseJson(reply.body);
-    CheckCode(camera, answer["success"].asBool() ? 0 : answer["error"]["code"].asInt());
+    CheckCode(camera, ErrorCode(ParseJson(reply.body)));
     return time;
   }
 
@@ -100,16 +93,16 @@ class Trial {
     if (code != right) throw WrongAnswer("camera " + std::to_string(camera) + " has code " + std::to_string(code));
   }
 
-  const end_to_end::SimCameras cameras_;
-  const end_to_end::TestRecorder recorder_;
+  const SimCameras cameras_;
+  const TestRecorder recorder_;
 };
 
 }  // namespace
 
-void AddBatchRow(Table& table) {
+void AddBatchRow(Report& table) {
   const Trial trial;
-  table.Add("batch, 200 cameras, 20 of them silent", "CamBatAddVerify", "each group's slowest camera on its own",
-            Compare([&] { return trial.AskList(); }, [&] { return trial.AskEach(); }, kRuns), kGoal);
+  AddRow(table, "batch, 200 cameras, 20 of them silent", "CamBatAddVerify", "each group's slowest camera on its own",
+         Compare([&] { return trial.AskList(); }, [&] { return trial.AskEach(); }, kRuns), kGoal);
 }
 
 }  // namespace bench

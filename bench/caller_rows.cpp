@@ -17,6 +17,8 @@
 
 namespace bench {
 
+using namespace rig;
+
 namespace {
 
 constexpr int kCallers[] = {1, 4, 16, 64};
@@ -31,12 +33,12 @@ constexpr Goal kMemoryGoal{.bound = 0.6};
 std::string CgiAnswer(const std::string& body) {
   recorder::ApiAnswer answer;
   answer.kind = recorder::ApiAnswer::Kind::kJson;
-  answer.json = end_to_end::ParseJson(body);
+  answer.json = ParseJson(body);
   return recorder::ToCgi(answer);
 }
 
 void CheckTally(const Tally& tally) {
-  if (tally.answered != tally.Asked()) throw WrongAnswer(tally.troubles.empty() ? "?" : tally.troubles.front());
+  if (tally.answered != tally.Asked()) throw WrongAnswer(tally.FirstTrouble());
 }
 
 /// A request, and the whole body of its answer.
@@ -46,13 +48,12 @@ struct Exchange {
 };
 
 /// As a user of the recorder asks.
-Exchange WithLogin(const end_to_end::TestRecorder& recorder) {
+Exchange WithLogin(const TestRecorder& recorder) {
   const std::string query = "vendor=Simcam&model=RTSP-H264";
-  return {HttpRequest("GET", kApi + ("CamCap?" + query), recorder.Login().begin()->second, ""),
-          recorder.Get("CamCap", query).body};
+  return {HttpRequest("GET", kApi + ("CamCap?" + query), recorder.Login()), recorder.Get("CamCap", query).body};
 }
 
-Exchange Trusted(const end_to_end::TestRecorder& recorder) {
+Exchange Trusted(const TestRecorder& recorder) {
   Json::Value parameters;
   parameters["vendor"] = "Simcam";
   parameters["model"] = "RTSP-H264";
@@ -61,7 +62,7 @@ Exchange Trusted(const end_to_end::TestRecorder& recorder) {
 }
 
 /// Requests a second.
-Way Rate(const end_to_end::TestRecorder& recorder, int callers, const Exchange& exchange) {
+Way Rate(const TestRecorder& recorder, int callers, const Exchange& exchange) {
   const Question question{"CamCap", exchange.request, [body = exchange.body](const Reply& reply) {
                             return reply.body == body ? "" : "another answer: " + reply.body;
                           }};
@@ -86,8 +87,8 @@ std::string MemoryText(long kiB) { return NumberText(static_cast<double>(kiB) / 
 long PeakOfFfmpeg(const std::string& address, const TempFolder& folder) {
   const std::string output = (folder.Path() / "picture.jpg").string();
   const std::string text =
-      end_to_end::Run("/usr/bin/ffmpeg", {"-nostdin", "-y", "-benchmark", "-rtsp_transport", "tcp", "-probesize", "32",
-                                          "-analyzeduration", "0", "-i", address, "-frames:v", "1", output})
+      rig::Run("/usr/bin/ffmpeg", {"-nostdin", "-y", "-benchmark", "-rtsp_transport", "tcp", "-probesize", "32",
+                                   "-analyzeduration", "0", "-i", address, "-frames:v", "1", output})
           .output;
   const std::string name = "maxrss=";
   const std::size_t place = text.find(name);
@@ -97,23 +98,23 @@ long PeakOfFfmpeg(const std::string& address, const TempFolder& folder) {
 
 }  // namespace
 
-void AddCallerRows(Table& table) {
-  const end_to_end::TestRecorder recorder;
+void AddCallerRows(Report& table) {
+  const TestRecorder recorder;
   const Exchange withLogin = WithLogin(recorder);
   const TempFolder folder;
   setenv("BENCH_ANSWER", folder.Write("answer", CgiAnswer(withLogin.body)).c_str(), 1);
-  const end_to_end::TestRecorder empty({.serveArguments = {"--worker", PROGRAM_FOLDER "/bench_empty_responder"}});
+  const TestRecorder empty({.serveArguments = {"--worker", PROGRAM_FOLDER "/bench_empty_responder"}});
   for (const auto& [how, exchange] : {std::pair("with a login", withLogin), {"trusted", Trusted(recorder)}}) {
     for (const int callers : kCallers) {
       const Comparison rates = Compare(Rate(recorder, callers, exchange), Rate(empty, callers, exchange));
-      table.Add("requests, " + std::to_string(callers) + (callers == 1 ? " caller, " : " callers, ") + how,
-                {"CamCap over HTTP", RateText(rates.ours)},
-                {"the same server and library, an empty responder", RateText(rates.other)}, rates.ratio, kRateGoal);
+      AddRow(table, "requests, " + std::to_string(callers) + (callers == 1 ? " caller, " : " callers, ") + how,
+             {"CamCap over HTTP", RateText(rates.ours)},
+             {"the same server and library, an empty responder", RateText(rates.other)}, rates.ratio, kRateGoal);
     }
   }
 }
 
-void AddMemoryRow(Table& table) {
+void AddMemoryRow(Report& table) {
   const TempFolder folder;
   const TempFolder models;
   Json::Value configs = CameraConfigs(kMixedCallers);
@@ -121,25 +122,19 @@ void AddMemoryRow(Table& table) {
   open["name"] = "open";
   open["login"] = "none";
   configs.append(open);
-  const end_to_end::SimCameras cameras(configs);
-  const end_to_end::TestRecorder recorder({.modelsFolder = WriteModels(models, kMixedCallers)});
-  const Site site(recorder, cameras);
-  std::vector<Questioner> questioners;
-  questioners.reserve(kMixedCallers);
-  for (int i = 0; i < kMixedCallers; ++i) questioners.emplace_back(site, i, 0);
-  std::vector<Callers::Source> sources;
-  sources.reserve(kMixedCallers);
-  for (Questioner& questioner : questioners) sources.emplace_back([&questioner] { return questioner.Any(); });
-  CheckTally(Callers(recorder.Port(), sources, kMixedRequests).Wait());
+  const SimCameras cameras(configs);
+  const TestRecorder recorder({.modelsFolder = WriteModels(models, kMixedCallers)});
+  std::vector<Questioner> questioners = MakeQuestioners(recorder, cameras, kMixedCallers, 0);
+  CheckTally(Callers(recorder.Port(), SourcesOf(questioners, &Questioner::Any), kMixedRequests).Wait());
 
   long largest = 0;
   for (const ProcessInfo& worker : Descendants(getpid(), "recorder-webapi")) {
     largest = std::max(largest, PeakKiB(worker.id));
   }
   const long peak = PeakOfFfmpeg("rtsp://127.0.0.1:" + std::to_string(cameras.Port("open")) + "/stream1", folder);
-  table.Add("memory", {"a worker's peak in 10,000 mixed requests", MemoryText(largest)},
-            {"ffmpeg's peak for one picture", MemoryText(peak)},
-            static_cast<double>(largest) / static_cast<double>(peak), kMemoryGoal);
+  AddRow(table, "memory", {"a worker's peak in 10,000 mixed requests", MemoryText(largest)},
+         {"ffmpeg's peak for one picture", MemoryText(peak)}, static_cast<double>(largest) / static_cast<double>(peak),
+         kMemoryGoal);
 }
 
 }  // namespace bench

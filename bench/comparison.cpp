@@ -1,11 +1,27 @@
 #include "bench/comparison.h"
 
-#include <cstdio>
+#include <cmath>
 #include <vector>
 
 #include "rig/callers.h"
 
 namespace bench {
+
+using rig::Median;
+using rig::NumberText;
+
+namespace {
+
+std::string GoalText(Goal goal) {
+  return (goal.kind == Goal::Kind::kAtMost ? "at most " : "at least ") + NumberText(goal.bound, 2);
+}
+
+std::string Verdict(double ratio, Goal goal) {
+  const bool isMet = goal.kind == Goal::Kind::kAtMost ? ratio <= goal.bound : ratio >= goal.bound;
+  return isMet ? "met" : "missed by " + NumberText(100 * std::abs(ratio / goal.bound - 1)) + " %";
+}
+
+}  // namespace
 
 Comparison Compare(const Way& ours, const Way& other, int pairs) {
   std::vector<double> ourFigures;
@@ -19,17 +35,26 @@ Comparison Compare(const Way& ours, const Way& other, int pairs) {
   return {Median(ourFigures), Median(otherFigures), Median(ratios)};
 }
 
-std::string NumberText(double value, int decimals) {
-  char text[64];
-  std::snprintf(text, sizeof(text), "%.*f", decimals, value);
-  return text;
-}
-
 std::string TimeText(double milliseconds) {
   constexpr double kThousand = 1000;
-  if (milliseconds < 1) return NumberText(milliseconds * kThousand, 1) + " µs";
-  if (milliseconds < kThousand) return NumberText(milliseconds, 1) + " ms";
+  if (milliseconds < 1) return NumberText(milliseconds * kThousand) + " µs";
+  if (milliseconds < kThousand) return NumberText(milliseconds) + " ms";
   return NumberText(milliseconds / kThousand, 2) + " s";
+}
+
+void AddHead(rig::Report& table) {
+  table.Row({"Row", "Ours", "Median", "Against", "Median", "Ratio", "Goal", "Result"});
+  table.Row({"---", "---", "---:", "---", "---:", "---:", "---", "---"});
+}
+
+void AddRow(rig::Report& table, const std::string& name, const Side& ours, const Side& other, double ratio, Goal goal) {
+  table.Row({name, ours.what, ours.figure, other.what, other.figure, NumberText(ratio, ratio < 0.1 ? 3 : 2),
+             GoalText(goal), Verdict(ratio, goal)});
+}
+
+void AddRow(rig::Report& table, const std::string& name, const std::string& ours, const std::string& other,
+            const Comparison& times, Goal goal) {
+  AddRow(table, name, {ours, TimeText(times.ours)}, {other, TimeText(times.other)}, times.ratio, goal);
 }
 
 }  // namespace bench

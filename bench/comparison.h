@@ -5,7 +5,9 @@
 #include <stdexcept>
 #include <string>
 
-// Two ways to the same answer, in turn. Times are in milliseconds.
+#include "rig/report.h"
+
+// Two ways to the same answer, in turn, and a row of the table for them. Times are in milliseconds.
 
 namespace bench {
 
@@ -37,8 +39,27 @@ inline constexpr int kPairs = 9;
 /// Each way `pairs` times, in turn.
 Comparison Compare(const Way& ours, const Way& other, int pairs = kPairs);
 
+/// What a ratio is wished to be.
+struct Goal {
+  enum class Kind { kAtMost, kAtLeast };
+  Kind kind = Kind::kAtMost;
+  double bound = 0;
+};
+
+/// One way and its figure, for the reader.
+struct Side {
+  std::string what;
+  std::string figure;
+};
+
 /// With a unit that suits it.
 std::string TimeText(double milliseconds);
-std::string NumberText(double value, int decimals);
+
+void AddHead(rig::Report& table);
+/// A goal that was missed is a figure like any other.
+void AddRow(rig::Report& table, const std::string& name, const Side& ours, const Side& other, double ratio, Goal goal);
+/// A row of times.
+void AddRow(rig::Report& table, const std::string& name, const std::string& ours, const std::string& other,
+            const Comparison& times, Goal goal);
 
 }  // namespace bench

@@ -6,16 +6,14 @@
 #include "bench/rows.h"
 #include "rig/callers.h"
 #include "rig/cameras.h"
-#include "rig/http_client.h"
 #include "rig/questions.h"
 #include "rig/recorder.h"
 
 namespace bench {
 
-namespace {
+using namespace rig;
 
-using end_to_end::ParseJson;
-using end_to_end::ToText;
+namespace {
 
 constexpr int kModelsAFile = 100;
 constexpr int kTimes = 5;
@@ -37,14 +35,14 @@ std::string Grouped(int number) {
 std::string Figure(const Size& size) { return Grouped(size.items) + ": " + TimeText(size.timeAnItem) + " each"; }
 
 /// The worst step from a size to the next.
-void AddRow(Table& table, const std::string& name, const std::string& what, const std::vector<Size>& sizes) {
+void AddGrowth(Report& table, const std::string& name, const std::string& what, const std::vector<Size>& sizes) {
   double worst = 0;
   std::string smaller;
   for (std::size_t i = 0; i + 1 < sizes.size(); ++i) {
     worst = std::max(worst, sizes[i + 1].timeAnItem / sizes[i].timeAnItem);
     smaller += (smaller.empty() ? "" : "; ") + Figure(sizes[i]);
   }
-  table.Add(name, {what, Figure(sizes.back())}, {"itself, smaller", smaller}, worst, kLinear);
+  AddRow(table, name, {what, Figure(sizes.back())}, {"itself, smaller", smaller}, worst, kLinear);
 }
 
 /// Median time of an answer; `listOf` picks the list of it, which must have so many items.
@@ -61,14 +59,14 @@ Size TimeList(int items, const Request& request, const ListOf& listOf) {
   return {items, Median(times) / items};
 }
 
-std::string Ask(const end_to_end::TestRecorder& recorder, const std::string& verb, const std::string& method,
+std::string Ask(const TestRecorder& recorder, const std::string& verb, const std::string& method,
                 const std::string& body = "") {
-  return HttpClient(recorder.Port()).Ask(HttpRequest(verb, kApi + method, recorder.Login().begin()->second, body)).body;
+  return recorder.Ask(verb, kApi + method, recorder.Login(), body).body;
 }
 
 /// Vendors of 100 models each, all like the first of models/simcam.json.
 std::filesystem::path WriteManyModels(const TempFolder& folder, int count) {
-  Json::Value file = ParseJson(end_to_end::ReadText(std::filesystem::path(SOURCE_FOLDER) / "models/simcam.json"));
+  Json::Value file = ParseJson(ReadText(std::filesystem::path(SOURCE_FOLDER) / "models/simcam.json"));
   Json::Value model = file["models"][0];
   for (int vendor = 0; vendor < count / kModelsAFile; ++vendor) {
     file["vendor"] = "Vendor" + std::to_string(vendor);
@@ -83,13 +81,13 @@ std::filesystem::path WriteManyModels(const TempFolder& folder, int count) {
   return folder.Path();
 }
 
-void AddModelRows(Table& table) {
+void AddModelRows(Report& table) {
   constexpr int kCounts[] = {100, 1000, 10'000};
   std::vector<Size> warm;
   std::vector<Size> cold;
   for (const int count : kCounts) {
     const TempFolder folder;
-    const end_to_end::TestRecorder recorder({.modelsFolder = WriteManyModels(folder, count)});
+    const TestRecorder recorder({.modelsFolder = WriteManyModels(folder, count)});
     const int builtIn = 3;  // "ONVIF", "PSIA" and "User"
     const auto list = [](const Json::Value& data) { return data["cameraModel"]; };
     const auto perModel = [&](Size size) { return Size{count, size.timeAnItem * size.items / count}; };
@@ -104,11 +102,11 @@ void AddModelRows(Table& table) {
     warm.push_back(perModel(TimeList(
         count + builtIn, [&] { return Ask(recorder, "GET", "CameraModelEnum"); }, list)));
   }
-  AddRow(table, "growth, model list, warm", "CameraModelEnum over HTTP", warm);
-  AddRow(table, "growth, model list, cold", "recorderctl call CameraModelEnum", cold);
+  AddGrowth(table, "growth, model list, warm", "CameraModelEnum over HTTP", warm);
+  AddGrowth(table, "growth, model list, cold", "recorderctl call CameraModelEnum", cold);
 }
 
-void Import(const end_to_end::TestRecorder& recorder, int first, int end) {
+void Import(const TestRecorder& recorder, int first, int end) {
   const TempFolder folder;
   std::string csv = "name,vendor,model,channel,host,port,user,password\n";
   for (int i = first; i < end; ++i) {
@@ -119,9 +117,9 @@ void Import(const end_to_end::TestRecorder& recorder, int first, int end) {
   if (finished.status != 0) throw WrongAnswer(finished.output);
 }
 
-void AddCameraRow(Table& table) {
+void AddCameraRow(Report& table) {
   constexpr int kCounts[] = {10, 100, 1000, 10'000};
-  const end_to_end::TestRecorder recorder;
+  const TestRecorder recorder;
   std::vector<Size> sizes;
   int stored = 0;
   for (const int count : kCounts) {
@@ -131,28 +129,27 @@ void AddCameraRow(Table& table) {
         count, [&] { return Ask(recorder, "GET", "EnumExistedCamCap"); },
         [](const Json::Value& data) { return data["camCap"]; }));
   }
-  AddRow(table, "growth, stored cameras", "EnumExistedCamCap over HTTP", sizes);
+  AddGrowth(table, "growth, stored cameras", "EnumExistedCamCap over HTTP", sizes);
 }
 
-void AddListRow(Table& table) {
+void AddListRow(Report& table) {
   constexpr int kCounts[] = {10, 100, 1000};
   constexpr int kCameras = 20;
   Json::Value configs(Json::arrayValue);
   for (int i = 0; i < kCameras; ++i) {
     Json::Value camera;
     camera["server"] = "scripted";
-    configs.append(end_to_end::Camera(std::to_string(i), camera));
+    configs.append(Camera(std::to_string(i), camera));
   }
-  const end_to_end::SimCameras cameras(configs);
-  const end_to_end::TestRecorder recorder;
+  const SimCameras cameras(configs);
+  const TestRecorder recorder;
   std::vector<Size> sizes;
   for (const int count : kCounts) {
     Json::Value rows(Json::arrayValue);
     for (int i = 0; i < count; ++i) {
-      rows.append(
-          end_to_end::BatchRow(std::to_string(i), cameras.Port(std::to_string(i % kCameras)), end_to_end::kSecret));
+      rows.append(BatchRow(std::to_string(i), cameras.Port(std::to_string(i % kCameras)), kSecret));
     }
-    const std::string body = ToText(end_to_end::Batch(rows));
+    const std::string body = ToText(Batch(rows));
     sizes.push_back(TimeList(
         count, [&] { return Ask(recorder, "POST", "CamBatAddVerify", body); },
         [](const Json::Value& data) {
@@ -162,12 +159,12 @@ void AddListRow(Table& table) {
           return data["resultList"];
         }));
   }
-  AddRow(table, "growth, list of cameras", "CamBatAddVerify over HTTP", sizes);
+  AddGrowth(table, "growth, list of cameras", "CamBatAddVerify over HTTP", sizes);
 }
 
 }  // namespace
 
-void AddGrowthRows(Table& table) {
+void AddGrowthRows(Report& table) {
   AddModelRows(table);
   AddCameraRow(table);
   AddListRow(table);

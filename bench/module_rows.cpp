@@ -13,6 +13,8 @@
 
 namespace bench {
 
+using namespace rig;
+
 namespace {
 
 constexpr int kCalls = 2000;  // a sample
@@ -31,7 +33,7 @@ recorder::Host StartModule(const TempFolder& folder) {
   config["modelsFolder"] = kModels.string();
   config["workFolder"] = kModels.string();
   config["module"] = MODULE_FILE;
-  return recorder::StartHost(folder.Write("recorder.json", end_to_end::ToText(config)));
+  return recorder::StartHost(folder.Write("recorder.json", ToText(config)));
 }
 
 /// Runs `handler` as a method of the module, with request and response as the recorder makes them, and returns what it
@@ -55,7 +57,7 @@ Way TimePerCall(const Json::Value& parameters, Handler handler, const Json::Valu
         for (int i = 0; i < kCalls; ++i) handler(request, response);
       });
     });
-    if (answer != right) throw WrongAnswer(end_to_end::ToText(answer));
+    if (answer != right) throw WrongAnswer(ToText(answer));
     return time / kCalls;
   };
 }
@@ -90,7 +92,7 @@ Way TimePerParse(const std::string& text) {
 
 }  // namespace
 
-void AddModuleRows(Table& table) {
+void AddModuleRows(Report& table) {
   const TempFolder folder;
   const recorder::Host host = StartModule(folder);
   const Handler entry = host.module.Find("CamCap")->handler;
@@ -98,17 +100,17 @@ void AddModuleRows(Table& table) {
   Json::Value parameters;
   parameters["vendor"] = "User";
   const Json::Value userDefined = RunInCall(parameters, entry);
-  table.Add("entry and dispatch", "CamCap of vendor \"User\", in one process", "the same document by bare JsonCpp",
-            Compare(TimePerCall(parameters, entry, userDefined),
-                    TimePerCall(parameters, BareJsonCpp(userDefined), userDefined)),
-            kDispatchGoal);
+  AddRow(table, "entry and dispatch", "CamCap of vendor \"User\", in one process", "the same document by bare JsonCpp",
+         Compare(TimePerCall(parameters, entry, userDefined),
+                 TimePerCall(parameters, BareJsonCpp(userDefined), userDefined)),
+         kDispatchGoal);
 
   parameters["vendor"] = kVendor;
   parameters["model"] = kModel;
   const Json::Value known = RunInCall(parameters, entry);
-  table.Add("model document, warm", "CamCap of a known model, in one process", "one parse of its model file",
-            Compare(TimePerCall(parameters, entry, known), TimePerParse(end_to_end::ReadText(kModels / "simcam.json"))),
-            kDocumentGoal);
+  AddRow(table, "model document, warm", "CamCap of a known model, in one process", "one parse of its model file",
+         Compare(TimePerCall(parameters, entry, known), TimePerParse(ReadText(kModels / "simcam.json"))),
+         kDocumentGoal);
 }
 
 }  // namespace bench

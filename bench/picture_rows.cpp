@@ -9,15 +9,15 @@
 #include "bench/trusted_client.h"
 #include "rig/cameras.h"
 #include "rig/http_client.h"
+#include "rig/proxy.h"
 #include "rig/questions.h"
 #include "rig/recorder.h"
 
 namespace bench {
 
-namespace {
+using namespace rig;
 
-using end_to_end::ParseJson;
-using end_to_end::ToText;
+namespace {
 
 constexpr char kUser[] = "admin";
 constexpr char kPassword[] = "bench";  // without a character that has a meaning in an address
@@ -95,14 +95,14 @@ std::filesystem::path WriteStreamModels(const TempFolder& folder) {
 /// The ways to a picture of one stream and to its size.
 class StreamWays {
  public:
-  StreamWays(const Stream& stream, int cameraPort, const end_to_end::TestRecorder& recorder, TrustedClient& trusted,
+  StreamWays(const Stream& stream, int cameraPort, const TestRecorder& recorder, TrustedClient& trusted,
              const TempFolder& folder)
       : stream_(stream),
         cameraPort_(cameraPort),
         recorder_(recorder),
         trusted_(trusted),
         client_(recorder.Port()),
-        login_(recorder.Login().begin()->second),
+        login_(recorder.Login()),
         address_("rtsp://127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
         addressWithLogin_(std::string("rtsp://") + kUser + ":" + kPassword +
                           "@127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
@@ -123,7 +123,7 @@ class StreamWays {
   Way Ffmpeg(const Words& options) {
     const Words words =
         Join({"-nostdin", "-v", "error", "-y"}, options, {"-i", addressWithLogin_, "-frames:v", "1", output_.string()});
-    return TimedOutput([words] { return end_to_end::Run("/usr/bin/ffmpeg", words); });
+    return TimedOutput([words] { return rig::Run("/usr/bin/ffmpeg", words); });
   }
 
   Way GStreamer() {
@@ -142,14 +142,15 @@ class StreamWays {
                          "!",
                          "filesink",
                          "location=" + output_.string()};
-    return TimedOutput([words] { return end_to_end::Run("/usr/bin/gst-launch-1.0", words); });
+    return TimedOutput([words] { return rig::Run("/usr/bin/gst-launch-1.0", words); });
   }
 
   /// The same session by a bare client, and the libraries' work alone.
   Way Floor() {
-    SessionRecorder recorder(cameraPort_);
-    CheckPicture(client_.Ask(Request("GetSnapshot", PictureParameters(recorder.Port()))).body);
-    return [this, session = recorder.Finish(), keyFrame = std::make_shared<KeyFrame>(addressWithLogin_)] {
+    Proxy camera;
+    camera.LeadTo(cameraPort_);
+    CheckPicture(client_.Ask(Request("GetSnapshot", PictureParameters(camera.Port()))).body);
+    return [this, session = SessionOf(camera), keyFrame = std::make_shared<KeyFrame>(addressWithLogin_)] {
       std::string jpeg;
       const double time = TimeOf([&] {
         Replay(session, cameraPort_);
@@ -161,7 +162,7 @@ class StreamWays {
   }
 
   Way Size() {
-    Json::Value parameters = end_to_end::CameraParams(cameraPort_, kPassword, std::string("Simcam ") + stream_.model);
+    Json::Value parameters = CameraParams(cameraPort_, kPassword, std::string("Simcam ") + stream_.model);
     parameters["camVdoType"] = stream_.videoType;
     return [this, request = Request("CamCapUserDefineReso", parameters)] {
       Reply reply;
@@ -177,7 +178,7 @@ class StreamWays {
         {"-select_streams", "v:0", "-show_entries", "stream=width,height", "-of", "csv=p=0:s=x", addressWithLogin_});
     return [this, words] {
       std::string text;
-      const double time = TimeOf([&] { text = end_to_end::Run("/usr/bin/ffprobe", words).output; });
+      const double time = TimeOf([&] { text = rig::Run("/usr/bin/ffprobe", words).output; });
       CheckSize(text.substr(0, text.find('\n')));
       return time;
     };
@@ -185,7 +186,7 @@ class StreamWays {
 
  private:
   Json::Value PictureParameters(int port) const {
-    Json::Value parameters = end_to_end::CameraParams(port, kPassword, std::string("Simcam ") + stream_.model);
+    Json::Value parameters = CameraParams(port, kPassword, std::string("Simcam ") + stream_.model);
     parameters["camVideoType"] = stream_.videoType;
     parameters["jsonResponse"] = false;
     return parameters;
@@ -205,11 +206,11 @@ class StreamWays {
   }
 
   /// A command that leaves a picture in `output_`.
-  Way TimedOutput(std::function<end_to_end::Finished()> command) const {
+  Way TimedOutput(std::function<Finished()> command) const {
     return [this, command = std::move(command)] {
       std::filesystem::remove(output_);
       const double time = TimeOf(command);
-      CheckPicture(end_to_end::ReadText(output_));
+      CheckPicture(ReadText(output_));
       return time;
     };
   }
@@ -226,47 +227,48 @@ class StreamWays {
 
   const Stream& stream_;
   const int cameraPort_;
-  const end_to_end::TestRecorder& recorder_;
+  const TestRecorder& recorder_;
   TrustedClient& trusted_;
   HttpClient client_;
-  const std::string login_;
+  const Headers login_;
   const std::string address_;
   const std::string addressWithLogin_;
   const std::filesystem::path output_;
   const std::filesystem::path parameters_;
 };
 
-void AddRowsOf(const Stream& stream, StreamWays& ways, Table& table) {
+void AddRowsOf(const Stream& stream, StreamWays& ways, Report& table) {
   constexpr char kWarm[] = "GetSnapshot over HTTP";
   constexpr char kCold[] = "recorderctl call, cold";
   const std::string name = std::string("first JPEG, ") + stream.name;
-  table.Add(name, kWarm, "ffmpeg", Compare(ways.Warm(), ways.Ffmpeg(kUsual)), kAgainstUsual);
-  table.Add(name, kWarm, "ffmpeg, tuned", Compare(ways.Warm(), ways.Ffmpeg(kTuned)), kWarmAgainstTuned);
-  table.Add(name, kCold, "ffmpeg, tuned", Compare(ways.Cold(), ways.Ffmpeg(kTuned)), kColdAgainstTuned);
+  AddRow(table, name, kWarm, "ffmpeg", Compare(ways.Warm(), ways.Ffmpeg(kUsual)), kAgainstUsual);
+  AddRow(table, name, kWarm, "ffmpeg, tuned", Compare(ways.Warm(), ways.Ffmpeg(kTuned)), kWarmAgainstTuned);
+  AddRow(table, name, kCold, "ffmpeg, tuned", Compare(ways.Cold(), ways.Ffmpeg(kTuned)), kColdAgainstTuned);
   if (stream.isForGStreamer) {
-    table.Add(name, kWarm, "gst-launch", Compare(ways.Warm(), ways.GStreamer()), kWarmAgainstTuned);
-    table.Add(name, kCold, "gst-launch", Compare(ways.Cold(), ways.GStreamer()), kColdAgainstTuned);
+    AddRow(table, name, kWarm, "gst-launch", Compare(ways.Warm(), ways.GStreamer()), kWarmAgainstTuned);
+    AddRow(table, name, kCold, "gst-launch", Compare(ways.Cold(), ways.GStreamer()), kColdAgainstTuned);
   }
   constexpr char kBareClient[] = "replay + decode + encode";
   const std::string floor = std::string("floor, ") + stream.name;
-  table.Add(floor, kWarm, kBareClient, Compare(ways.Warm(), ways.Floor()), kAgainstFloor);
-  table.Add(floor, "GetSnapshot over HTTP, trusted", kBareClient, Compare(ways.Trusted(), ways.Floor()), kAgainstFloor);
+  AddRow(table, floor, kWarm, kBareClient, Compare(ways.Warm(), ways.Floor()), kAgainstFloor);
+  AddRow(table, floor, "GetSnapshot over HTTP, trusted", kBareClient, Compare(ways.Trusted(), ways.Floor()),
+         kAgainstFloor);
 }
 
-void AddSizeRows(StreamWays& ways, const Stream& stream, Table& table) {
+void AddSizeRows(StreamWays& ways, const Stream& stream, Report& table) {
   const std::string name = std::string("picture size, ") + stream.name;
-  table.Add(name, "CamCapUserDefineReso", "ffprobe", Compare(ways.Size(), ways.Ffprobe(kUsual)), kAgainstUsual);
-  table.Add(name, "CamCapUserDefineReso", "ffprobe, tuned", Compare(ways.Size(), ways.Ffprobe(kTuned)),
-            kSizeAgainstTuned);
+  AddRow(table, name, "CamCapUserDefineReso", "ffprobe", Compare(ways.Size(), ways.Ffprobe(kUsual)), kAgainstUsual);
+  AddRow(table, name, "CamCapUserDefineReso", "ffprobe, tuned", Compare(ways.Size(), ways.Ffprobe(kTuned)),
+         kSizeAgainstTuned);
 }
 
 }  // namespace
 
-void AddPictureRows(Table& table) {
+void AddPictureRows(Report& table) {
   const TempFolder folder;
   const TempFolder models;
-  const end_to_end::SimCameras cameras(end_to_end::List({CameraConfig()}));
-  const end_to_end::TestRecorder recorder({.modelsFolder = WriteStreamModels(models)});
+  const SimCameras cameras(List({CameraConfig()}));
+  const TestRecorder recorder({.modelsFolder = WriteStreamModels(models)});
   TrustedClient trusted(recorder, "bench");
   for (const Stream& stream : kStreams) {
     StreamWays ways(stream, cameras.Port(kCamera), recorder, trusted, folder);

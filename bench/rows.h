@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/table.h"
+#include "bench/comparison.h"
 
 // The rows of bench_run, a function a subject. Each starts what it needs and ends it, and throws WrongAnswer when an
 // answer was not the right one.
@@ -8,16 +8,16 @@
 namespace bench {
 
 /// First pictures and picture sizes of streams of all codecs.
-void AddPictureRows(Table& table);
+void AddPictureRows(rig::Report& table);
 /// A long list of cameras, some of them silent.
-void AddBatchRow(Table& table);
+void AddBatchRow(rig::Report& table);
 /// The module in this process, without a server. Changes the working folder.
-void AddModuleRows(Table& table);
+void AddModuleRows(rig::Report& table);
 /// How many callers the web server and its workers stand.
-void AddCallerRows(Table& table);
+void AddCallerRows(rig::Report& table);
 /// What a worker holds after much work.
-void AddMemoryRow(Table& table);
+void AddMemoryRow(rig::Report& table);
 /// How the time grows with models, stored cameras and lists.
-void AddGrowthRows(Table& table);
+void AddGrowthRows(rig::Report& table);
 
 }  // namespace bench

@@ -5,7 +5,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,11 +14,13 @@
 
 namespace bench {
 
+using namespace rig;
+
 namespace {
 
 struct Subject {
   const char* name;
-  void (*addRows)(Table&);
+  void (*addRows)(Report&);
 };
 
 constexpr Subject kSubjects[] = {
@@ -44,9 +45,9 @@ std::string Title(const std::string& revision) {
   getloadavg(&load, 1);
   return "# Side by side\n\n`bench/run` of " + std::string(date) + ", revision " + revision + ", on " +
          std::to_string(std::thread::hardware_concurrency()) + " processors (" + Processor() + "), load before it " +
-         NumberText(load, 1) +
+         NumberText(load) +
          ".\nEvery answer is checked. Ours and the other take turns: medians of 9 pairs (the batch 3), and the median\n"
-         "of the pairs' ratios. Growth: medians of 5, and the worst step from a size to the next. Memory: one run.\n\n";
+         "of the pairs' ratios. Growth: medians of 5, and the worst step from a size to the next. Memory: one run.\n";
 }
 
 }  // namespace
@@ -66,16 +67,19 @@ int main(int argc, char** argv) {
   app.add_option("--revision", revision, "what is timed, for the title");
   CLI11_PARSE(app, argc, argv);
   if (!output.empty()) output = std::filesystem::absolute(output).string();
-  bench::Table table(bench::Title(revision));
+  rig::Report table;
+  table.Heading(bench::Title(revision));
+  bench::AddHead(table);
+  bool isWrong = false;
   for (const auto& [name, addRows] : bench::kSubjects) {
     if (!chosen.empty() && std::find(chosen.begin(), chosen.end(), name) == chosen.end()) continue;
     try {
       addRows(table);
     } catch (const std::exception& error) {
-      table.AddWrong(name, error.what());
+      table.Row({name, "WRONG ANSWER", "", error.what(), "", "", "", ""});
+      isWrong = true;
     }
   }
-  std::cout << table.Markdown();
-  if (!output.empty()) std::ofstream(output) << table.Markdown();
-  return table.ExitStatus();
+  if (!output.empty()) std::ofstream(output) << table.Text();
+  return isWrong ? 1 : 0;
 }

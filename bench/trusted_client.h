@@ -13,18 +13,15 @@ namespace bench {
 class TrustedClient {
  public:
   /// Makes `recorder` trust a client named `name`. Throws std::runtime_error.
-  TrustedClient(const end_to_end::TestRecorder& recorder, const std::string& name);
+  TrustedClient(const rig::TestRecorder& recorder, const std::string& name);
 
   /// A whole HTTP request, which is good for some minutes.
   std::string Request(const std::string& method, Json::Value parameters);
 
  private:
-  void RenewPair();
-
-  const end_to_end::TestRecorder& recorder_;
+  const rig::TestRecorder& recorder_;
   const std::string name_;
-  std::string cookie_;
-  std::string timestamp_;
+  rig::TestRecorder::Pair pair_;
   std::chrono::steady_clock::time_point made_;
 };
 

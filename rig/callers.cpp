@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <chrono>
 
-namespace bench {
+namespace rig {
 
 namespace {
 
@@ -101,4 +101,4 @@ Tally Callers::Stop() {
   return Wait();
 }
 
-}  // namespace bench
+}  // namespace rig

@@ -10,7 +10,7 @@
 
 #include "rig/http_client.h"
 
-namespace bench {
+namespace rig {
 
 /// A request, and how its own answer is told from all others.
 struct Question {
@@ -30,10 +30,12 @@ struct Tally {
   std::vector<std::string> troubles;                        ///< the first of them, for the reader
 
   long Asked() const { return answered + wrong + failed + unanswered; }
+  /// "" when there was none.
+  std::string FirstTrouble() const { return troubles.empty() ? "" : troubles.front(); }
   void Add(const Tally& other);
 };
 
-/// 0 for no values.
+/// Of no values: 0.
 double Median(std::vector<double> values);
 
 /// Callers that ask side by side, each one question after another, over a connection of its own.
@@ -64,4 +66,4 @@ class Callers {
   std::vector<std::thread> threads_;
 };
 
-}  // namespace bench
+}  // namespace rig

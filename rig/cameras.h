@@ -9,7 +9,7 @@
 
 // Configurations of simulated cameras, requests for them, and what their answers hold.
 
-namespace end_to_end {
+namespace rig {
 
 inline constexpr char kSecret[] = "s3cret, with \"quotes\" & blanks";
 inline constexpr char kFakePass[] = "[stored-password-6f1e0b9c42d7]";
@@ -88,12 +88,14 @@ inline std::string PictureOf(const Answer& answer) {
   return IsJpeg(picture) ? picture : "";
 }
 
+/// The error code in a row of a list's answer.
+inline int RowCode(const Json::Value& row) { return row["result"] == 0 ? 0 : row["errinfo"].get("code", -1).asInt(); }
+
 /// The error code in an answer of `method`, for the first camera of a list; -1 for the default picture.
 inline int CodeIn(const Answer& answer, const std::string& method) {
   if (method == "GetSnapshot") return PictureOf(answer).empty() ? -1 : 0;
   if (method != "CamBatAddVerify") return answer.Code();
-  const Json::Value row = answer.json["data"]["resultList"][0];
-  return row["result"] == 0 ? 0 : row["errinfo"].get("code", -1).asInt();
+  return RowCode(answer.json["data"]["resultList"][0]);
 }
 
 /// The same of the answer to a request.
@@ -101,4 +103,4 @@ inline int CodeOf(const TestRecorder& recorder, const std::string& method, const
   return CodeIn(recorder.Post(method, params), method);
 }
 
-}  // namespace end_to_end
+}  // namespace rig

@@ -9,26 +9,15 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <sstream>
+#include <iterator>
 
-namespace bench {
+namespace rig {
 
 namespace {
 
 constexpr std::chrono::seconds kSilenceLimit{90};
+constexpr char kLineEnd[] = "\r\n";
 constexpr char kHeaderEnd[] = "\r\n\r\n";
-
-/// Value of a header line; "" when there is no such line.
-std::string HeaderOf(const std::string& head, const std::string& name) {
-  std::istringstream lines(head);
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t colon = line.find(':');
-    if (colon == std::string::npos || strcasecmp(line.substr(0, colon).c_str(), name.c_str()) != 0) continue;
-    const std::size_t first = line.find_first_not_of(' ', colon + 1);
-    return first == std::string::npos ? "" : line.substr(first, line.find_last_not_of(" \r") - first + 1);
-  }
-  return "";
-}
 
 }  // namespace
 
@@ -49,7 +38,7 @@ Connection::Connection(int port, std::chrono::seconds silenceLimit)
 Connection::Connection(const recorder::FileDescriptor& listener)
     : socket_(accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC)) {}
 
-bool Connection::Send(const std::string& bytes) const {
+bool Connection::Send(std::string_view bytes) const {
   for (std::size_t done = 0; done < bytes.size();) {
     const ssize_t sent = send(Descriptor(), bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
     if (sent <= 0) return false;
@@ -74,12 +63,36 @@ Connection::Idle Connection::State() const {
   return recv(Descriptor(), &next, 1, MSG_PEEK | MSG_DONTWAIT) == 1 ? Idle::kTalks : Idle::kEnded;
 }
 
-std::string HttpRequest(const std::string& verb, const std::string& path, const std::string& login,
-                        const std::string& body) {
-  std::string request = verb + " " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nAuthorization: " + login + "\r\n";
-  if (verb != "GET") {
-    request += "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
+std::string HeaderOf(std::string_view message, const std::string& name) {
+  for (std::size_t at = message.find(kLineEnd); at != std::string::npos;) {
+    const std::size_t begin = at + std::size(kLineEnd) - 1;
+    at = message.find(kLineEnd, begin);
+    const std::string_view line = message.substr(begin, at - begin);
+    if (line.empty()) return "";
+    if (line.size() <= name.size() || line[name.size()] != ':') continue;
+    if (strncasecmp(line.data(), name.data(), name.size()) != 0) continue;
+    const std::size_t value = line.find_first_not_of(' ', name.size() + 1);
+    return value == std::string::npos ? "" : std::string(line.substr(value));
   }
+  return "";
+}
+
+std::size_t MessageSize(std::string_view bytes) {
+  const std::size_t headEnd = bytes.find(kHeaderEnd);
+  if (headEnd == std::string::npos) return 0;
+  const std::string length = HeaderOf(bytes, "Content-Length");
+  const std::size_t size = headEnd + std::size(kHeaderEnd) - 1 + (length.empty() ? 0 : std::stoul(length));
+  return size <= bytes.size() ? size : 0;
+}
+
+std::string HttpRequest(const std::string& verb, const std::string& path, Headers headers, const std::string& body) {
+  headers.emplace("Host", "127.0.0.1");
+  if (verb != "GET") {
+    headers.emplace("Content-Type", "application/json");
+    headers.emplace("Content-Length", std::to_string(body.size()));
+  }
+  std::string request = verb + " " + path + " HTTP/1.1\r\n";
+  for (const auto& [name, value] : headers) request += name + ": " + value + "\r\n";
   return request + "\r\n" + body;
 }
 
@@ -100,28 +113,24 @@ Reply HttpClient::Ask(const std::string& request) {
 
 Reply HttpClient::ReadReply() {
   std::string bytes;
-  std::size_t headEnd = std::string::npos;
-  while ((headEnd = bytes.find(kHeaderEnd)) == std::string::npos) {
-    if (!connection_->Receive(bytes)) throw NoAnswer("the connection ended before the answer's header");
-  }
-  const std::string head = bytes.substr(0, headEnd);
-  const std::string length = HeaderOf(head, "Content-Length");
-  if (length.empty() || !head.starts_with("HTTP/1.1 ")) throw NoAnswer("the answer has no length");
-
-  Reply reply;
-  reply.status = std::stoi(head.substr(head.find(' ')));
-  reply.contentType = HeaderOf(head, "Content-Type");
-  reply.body = bytes.substr(headEnd + sizeof(kHeaderEnd) - 1);
-  const std::size_t size = std::stoul(length);
-  while (reply.body.size() < size) {
-    if (!connection_->Receive(reply.body)) {
-      throw NoAnswer("the connection ended after " + std::to_string(reply.body.size()) + " of " + length + " bytes");
+  std::size_t size = 0;
+  while ((size = MessageSize(bytes)) == 0) {
+    if (!connection_->Receive(bytes)) {
+      throw NoAnswer("the connection ended after " + std::to_string(bytes.size()) + " bytes of an answer");
     }
   }
-  reply.hasStrayBytes = reply.body.size() > size;
-  reply.body.resize(size);
-  if (HeaderOf(head, "Connection") == "close") connection_.reset();
+  if (HeaderOf(bytes, "Content-Length").empty() || !bytes.starts_with("HTTP/1.1 ")) {
+    throw NoAnswer("the answer has no length");
+  }
+  const std::size_t bodyStart = bytes.find(kHeaderEnd) + std::size(kHeaderEnd) - 1;
+  Reply reply;
+  reply.head = bytes.substr(0, bodyStart);
+  reply.status = std::stoi(reply.head.substr(reply.head.find(' ')));
+  reply.contentType = HeaderOf(reply.head, "Content-Type");
+  reply.body = bytes.substr(bodyStart, size - bodyStart);
+  reply.hasStrayBytes = bytes.size() > size;
+  if (HeaderOf(reply.head, "Connection") == "close") connection_.reset();
   return reply;
 }
 
-}  // namespace bench
+}  // namespace rig

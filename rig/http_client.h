@@ -1,13 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "recorder/utility/handle.h"
 
-namespace bench {
+namespace rig {
 
 /// The connection ended, or was silent too long, before the whole answer was there.
 struct NoAnswer : std::runtime_error {
@@ -25,7 +28,7 @@ class Connection {
   /// For poll(2).
   int Descriptor() const { return socket_.Get(); }
   /// False when the other side has ended the connection.
-  bool Send(const std::string& bytes) const;
+  bool Send(std::string_view bytes) const;
   /// Appends what comes next; false at the end of the connection. Throws NoAnswer after the limit of silence.
   bool Receive(std::string& bytes) const;
 
@@ -37,19 +40,28 @@ class Connection {
   recorder::FileDescriptor socket_;
 };
 
+/// The value of a header line of a message of HTTP or RTSP; "" when it is not there.
+std::string HeaderOf(std::string_view message, const std::string& name);
+/// Size of the message at the beginning of `bytes`, its body included, which is as long as Content-Length says; 0 when
+/// it is not whole yet.
+std::size_t MessageSize(std::string_view bytes);
+
 struct Reply {
   int status = 0;
+  std::string head;  ///< status and headers, as they came
   std::string contentType;
   std::string body;
   bool hasStrayBytes = false;  ///< more came than was asked for
 };
 
-/// A request without a body for GET, with JSON otherwise. `login` is the value of its Authorization header.
-std::string HttpRequest(const std::string& verb, const std::string& path, const std::string& login,
-                        const std::string& body);
+/// Of a request, by name.
+using Headers = std::map<std::string, std::string>;
+/// A whole request (RFC 9112), whose body is JSON unless `headers` say otherwise.
+std::string HttpRequest(const std::string& verb, const std::string& path, Headers headers,
+                        const std::string& body = {});
 
-/// Asks one request after another over one connection (RFC 9112) that stays open as long as the server wishes, and sees
-/// what belongs to no request. One thread.
+/// Asks one request after another over one connection that stays open as long as the server wishes, and sees what
+/// belongs to no request. One thread.
 class HttpClient {
  public:
   explicit HttpClient(int port) : port_(port) {}
@@ -66,4 +78,4 @@ class HttpClient {
   std::optional<Connection> connection_;
 };
 
-}  // namespace bench
+}  // namespace rig

@@ -16,15 +16,16 @@ extern "C" {
 
 #include "rig/recorder.h"
 
-namespace bench {
+namespace rig {
 
 namespace fs = std::filesystem;
-
-using end_to_end::ReadText;  // "" for a file of a process that has ended, which may happen while it is read
 
 namespace {
 
 fs::path Folder(pid_t process) { return fs::path("/proc") / std::to_string(process); }
+
+/// "" for a process that has ended, which may happen meanwhile.
+std::string Told(pid_t process, const char* file) { return ReadText(Folder(process) / file); }
 
 struct Status {
   char state = 'Z';
@@ -33,7 +34,7 @@ struct Status {
 
 /// The program's name stands in brackets and may hold anything, so reading begins behind it.
 Status StatusOf(pid_t process) {
-  const std::string line = ReadText(Folder(process) / "stat");
+  const std::string line = Told(process, "stat");
   Status status;
   const std::size_t nameEnd = line.rfind(')');
   if (nameEnd != std::string::npos) std::istringstream(line.substr(nameEnd + 1)) >> status.state >> status.parent;
@@ -56,14 +57,14 @@ ProcessInfo Describe(pid_t process) {
   ProcessInfo info{process, "", {}};
   std::error_code ended;
   info.program = fs::read_symlink(Folder(process) / "exe", ended).filename();
-  std::istringstream words(ReadText(Folder(process) / "cmdline"));
+  std::istringstream words(Told(process, "cmdline"));
   for (std::string word; std::getline(words, word, '\0');) info.words.push_back(word);
   return info;
 }
 
 /// The number behind a name at the beginning of a line; 0 without one.
 long FigureOf(pid_t process, const char* file, std::string_view name) {
-  std::istringstream lines(ReadText(Folder(process) / file));
+  std::istringstream lines(Told(process, file));
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with(name)) return std::stol(line.substr(name.size()));
   }
@@ -112,4 +113,4 @@ bool Kill(const ProcessInfo& process) {
   return isKilled;
 }
 
-}  // namespace bench
+}  // namespace rig

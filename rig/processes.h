@@ -7,7 +7,7 @@
 
 // What Linux tells of running processes (proc(5)).
 
-namespace bench {
+namespace rig {
 
 struct ProcessInfo {
   pid_t id = -1;
@@ -31,4 +31,4 @@ int OpenDescriptors(pid_t process);
 /// left alone.
 bool Kill(const ProcessInfo& process);
 
-}  // namespace bench
+}  // namespace rig

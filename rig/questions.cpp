@@ -3,12 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "rig/cameras.h"
-
-namespace bench {
-
-using end_to_end::ParseJson;
-using end_to_end::ToText;
+namespace rig {
 
 namespace {
 
@@ -20,7 +15,6 @@ constexpr std::pair<const char*, int> kFaults[] = {
 };
 constexpr char kSilent[] = "silentAfterConnect";
 constexpr int kSilentCode = 463;
-/// Troubles of cameras that are asked, and the code of a test: small elements are no harm but their number.
 /// Cameras that send as much as they can: a trouble of their ONVIF service, or a fault of their pictures.
 struct Hostile {
   const char* name;
@@ -38,6 +32,7 @@ constexpr std::size_t kShownOfAnAnswer = 200;  // bytes
 constexpr int kAtOnce = 10;                    // cameras that a worker tests side by side
 
 std::string ModelName(int caller) { return "C" + std::to_string(caller); }
+std::string WholeModelName(int caller) { return std::string(kVendor) + " " + ModelName(caller); }
 std::string CameraName(int caller) { return "camera " + std::to_string(caller); }
 int Width(int caller) { return 160 + 16 * caller; }
 int Height(int caller) { return 128 + 16 * (caller % 4); }
@@ -48,7 +43,7 @@ std::string PictureSize(int caller) { return std::to_string(Width(caller)) + "x"
 
 /// Width and height from the frame header of a whole JPEG (ITU-T T.81 B.2.2); "" for anything else.
 std::string SizeOfPicture(const std::string& jpeg) {
-  if (!end_to_end::IsJpeg(jpeg)) return "";
+  if (!IsJpeg(jpeg)) return "";
   const auto number = [&](std::size_t at) {
     return static_cast<unsigned char>(jpeg[at]) * 256U + static_cast<unsigned char>(jpeg[at + 1]);
   };
@@ -65,8 +60,7 @@ std::string Differs(const std::string& what, const std::string& wanted, const st
 }
 
 std::string WrongCode(int wanted, const Json::Value& answer) {
-  const int code = answer["success"].asBool() ? 0 : answer["error"]["code"].asInt();
-  return Differs("code", std::to_string(wanted), std::to_string(code));
+  return Differs("code", std::to_string(wanted), std::to_string(ErrorCode(answer)));
 }
 
 std::string WrongSize(const std::string& wanted, const std::string& jpeg) {
@@ -80,8 +74,7 @@ std::string WrongId(const std::string& wanted, const Json::Value& answer) {
 std::string WrongRow(const Json::Value& asked, int code, const Json::Value& result) {
   const bool isThisRow = result["tmpId"] == asked["tmpId"] && result["name"] == asked["name"];
   if (!isThisRow) return "a row of another list: " + ToText(result);
-  if ((result["result"] == 0) != (code == 0)) return "a row with another result: " + ToText(result);
-  return Differs("a row with code", std::to_string(code), std::to_string(result["errinfo"]["code"].asInt()));
+  return Differs("a row with code", std::to_string(code), std::to_string(RowCode(result)));
 }
 
 }  // namespace
@@ -96,10 +89,10 @@ Json::Value CameraConfigs(int callers) {
     camera["stream"]["fps"] = 10;
     camera["stream"]["gop"] = 10;
     camera["onvif"] = Json::Value(Json::objectValue);
-    configs.append(end_to_end::Camera(CameraName(caller), camera));
+    configs.append(Camera(CameraName(caller), camera));
   }
-  for (const auto& [fault, code] : kFaults) configs.append(end_to_end::Faulty(fault, fault));
-  configs.append(end_to_end::Faulty(kSilent, kSilent));
+  for (const auto& [fault, code] : kFaults) configs.append(Faulty(fault, fault));
+  configs.append(Faulty(kSilent, kSilent));
   for (const auto& [name, code, model] : kHostile) {
     Json::Value camera;
     if (model == kOnvifModel) {
@@ -107,7 +100,7 @@ Json::Value CameraConfigs(int callers) {
     } else {
       camera["fault"] = name;
     }
-    for (int i = 0; i < kAtOnce; ++i) configs.append(end_to_end::Camera(HostileName(name, i), camera));
+    for (int i = 0; i < kAtOnce; ++i) configs.append(Camera(HostileName(name, i), camera));
   }
   return configs;
 }
@@ -144,21 +137,18 @@ std::filesystem::path WriteModels(const TempFolder& folder, int callers) {
   return folder.Path();
 }
 
-Site::Site(const end_to_end::TestRecorder& recorder, const end_to_end::SimCameras& simulated)
-    : cameras(simulated),
-      login(recorder.Login().begin()->second),
-      modelList(recorder.Get("CameraModelEnum").body),
-      storedCapabilities(recorder.Get("EnumExistedCamCap").body) {
-  if (modelList.find(kVendor) == std::string::npos) throw std::runtime_error("no models: " + recorder.Log());
-}
-
-Questioner::Questioner(const Site& site, int number, unsigned int seed)
-    : site_(site),
+Questioner::Questioner(const TestRecorder& recorder, const SimCameras& cameras, int number, unsigned int seed)
+    : cameras_(cameras),
+      login_(recorder.Login()),
+      modelList_(recorder.Get("CameraModelEnum").body),
+      storedCapabilities_(recorder.Get("EnumExistedCamCap").body),
       number_(number),
-      own_{site.cameras.Port(CameraName(number)), end_to_end::kSecret, 0},
-      model_(ModelName(number)),
+      own_{cameras.Port(CameraName(number)), kSecret, 0},
+      model_(WholeModelName(number)),
       size_(PictureSize(number)),
-      random_(seed + static_cast<unsigned int>(number)) {}
+      random_(seed + static_cast<unsigned int>(number)) {
+  if (modelList_.find(kVendor) == std::string::npos) throw std::runtime_error("no models: " + recorder.Log());
+}
 
 Question Questioner::Any() {
   constexpr int kListMethods = 3;
@@ -169,9 +159,9 @@ Question Questioner::Any() {
 Question Questioner::List() {
   switch (Random(3)) {
     case 0:
-      return Whole("CameraModelEnum", site_.modelList);
+      return Whole("CameraModelEnum", modelList_);
     case 1:
-      return Whole("EnumExistedCamCap", site_.storedCapabilities);
+      return Whole("EnumExistedCamCap", storedCapabilities_);
     default:
       return Capability();
   }
@@ -182,7 +172,7 @@ Question Questioner::Camera() {
     case 0:
       return Test();
     case 1:
-      return Batch({AnyTarget(), AnyTarget(), own_, AnyTarget()});
+      return Batch({AnyTarget(), AnyTarget(), own_, AnyTarget()}, model_);
     case 2:
       return Random(2) == 0 ? Remote() : AskOnvif();
     case 3:
@@ -193,7 +183,7 @@ Question Questioner::Camera() {
 }
 
 Question Questioner::SilentBatch() {
-  return Batch(std::vector<Target>(kAtOnce, {site_.cameras.Port(kSilent), "", kSilentCode}));
+  return Batch(std::vector<Target>(kAtOnce, {cameras_.Port(kSilent), "", kSilentCode}), model_);
 }
 
 Question Questioner::HostileBatch() {
@@ -201,7 +191,7 @@ Question Questioner::HostileBatch() {
   std::vector<Target> targets;
   targets.reserve(kAtOnce);
   for (int i = 0; i < kAtOnce; ++i) {
-    targets.push_back({site_.cameras.Port(HostileName(name, i)), end_to_end::kSecret, code});
+    targets.push_back({cameras_.Port(HostileName(name, i)), kSecret, code});
   }
   return Batch(targets, model);
 }
@@ -212,28 +202,12 @@ Questioner::Target Questioner::AnyTarget() {
   if (choice == kFaultCount) return own_;
   if (choice > kFaultCount) return {own_.port, "wrong", kLoginRefused};
   const auto& [fault, code] = kFaults[choice];
-  return {site_.cameras.Port(fault), end_to_end::kSecret, code};
-}
-
-/// The parameters of all methods that have a camera; each takes those that it knows.
-Json::Value Questioner::Params(const Target& target) const {
-  Json::Value params;
-  params["camIP"] = "127.0.0.1";
-  params["camPort"] = target.port;
-  for (const char* name : {"camUser", "camUserName"}) params[name] = "admin";
-  for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = target.password;
-  params["vendor"] = kVendor;
-  params["model"] = model_;
-  params["camModel"] = std::string(kVendor) + " " + model_;
-  params["camChannel"] = "1";
-  params["camCapCmd"] = kAskNow;
-  params["jsonResponse"] = true;
-  return params;
+  return {cameras_.Port(fault), kSecret, code};
 }
 
 Question Questioner::Post(const std::string& method, const Json::Value& params,
                           std::function<std::string(const Json::Value&)> mistake) const {
-  return {method, HttpRequest("POST", kApi + method, site_.login, ToText(params)),
+  return {method, HttpRequest("POST", kApi + method, login_, ToText(params)),
           [mistake = std::move(mistake)](const Reply& reply) -> std::string {
             try {
               const std::string found = mistake(ParseJson(reply.body));
@@ -246,7 +220,7 @@ Question Questioner::Post(const std::string& method, const Json::Value& params,
 
 Question Questioner::Get(const std::string& method, const std::string& query,
                          std::function<std::string(const Reply&)> mistake) const {
-  return {method, HttpRequest("GET", kApi + method + query, site_.login, ""), std::move(mistake)};
+  return {method, HttpRequest("GET", kApi + method + query, login_), std::move(mistake)};
 }
 
 Question Questioner::Whole(const std::string& method, const std::string& answer) const {
@@ -258,8 +232,7 @@ Question Questioner::Whole(const std::string& method, const std::string& answer)
 Question Questioner::Capability() {
   Json::Value params = Params(own_);
   params["channel"] = "1";
-  return Post("CamCap", params,
-              [id = std::string(kVendor) + " " + model_](const Json::Value& answer) { return WrongId(id, answer); });
+  return Post("CamCap", params, [id = model_](const Json::Value& answer) { return WrongId(id, answer); });
 }
 
 Question Questioner::Test() {
@@ -268,19 +241,15 @@ Question Questioner::Test() {
               [code = target.code](const Json::Value& answer) { return WrongCode(code, answer); });
 }
 
-Question Questioner::Batch(const std::vector<Target>& targets) {
-  return Batch(targets, std::string(kVendor) + " " + model_);
-}
-
-Question Questioner::Batch(const std::vector<Target>& targets, const std::string& cameraModel) {
+Question Questioner::Batch(const std::vector<Target>& targets, const std::string& model) {
   Json::Value rows(Json::arrayValue);
   std::vector<int> codes;
   for (const Target& target : targets) {
     const std::string id = std::to_string(number_) + "-" + std::to_string(++rows_);
-    rows.append(end_to_end::BatchRow(id, target.port, target.password, cameraModel));
+    rows.append(BatchRow(id, target.port, target.password, model));
     codes.push_back(target.code);
   }
-  return Post("CamBatAddVerify", end_to_end::Batch(rows), [rows, codes](const Json::Value& answer) -> std::string {
+  return Post("CamBatAddVerify", rig::Batch(rows), [rows, codes](const Json::Value& answer) -> std::string {
     const Json::Value& results = answer["data"]["resultList"];
     if (results.size() != rows.size()) return "a list of another size";
     for (Json::ArrayIndex i = 0; i < rows.size(); ++i) {
@@ -292,18 +261,15 @@ Question Questioner::Batch(const std::vector<Target>& targets, const std::string
 }
 
 Question Questioner::Remote() {
-  return Post("CamCapRemote", Params(own_),
-              [id = std::string(kVendor) + " " + model_](const Json::Value& answer) { return WrongId(id, answer); });
+  return Post("CamCapRemote", Params(own_), [id = model_](const Json::Value& answer) { return WrongId(id, answer); });
 }
 
 Question Questioner::AskOnvif() { return Onvif(kAskNow); }
 Question Questioner::AskKept() { return Onvif(kTakeKept); }
 
 Question Questioner::Onvif(int command) {
-  Json::Value params = Params(own_);
+  Json::Value params = CameraParams(own_.port, own_.password, kOnvifModel);
   params["camCapCmd"] = command;
-  params["vendor"] = "ONVIF";
-  params["model"] = "Generic";
   return Post("CamCapRemote", params, [size = size_](const Json::Value& answer) {
     return Differs("capabilities of a camera of", size, answer["data"]["camCap"][0]["defReso"].asString());
   });
@@ -317,15 +283,29 @@ Question Questioner::Size() {
 
 Question Questioner::Picture() {
   return Post("GetSnapshot", Params(own_), [size = size_](const Json::Value& answer) {
-    return WrongSize(size, end_to_end::DecodeBase64(answer["data"]["img"].asString()));
+    return WrongSize(size, DecodeBase64(answer["data"]["img"].asString()));
   });
 }
 
 Question Questioner::RawPicture() {
   Json::Value params = Params(own_);
   params["jsonResponse"] = false;
-  return {"GetSnapshot", HttpRequest("POST", std::string(kApi) + "GetSnapshot", site_.login, ToText(params)),
+  return {"GetSnapshot", HttpRequest("POST", kApi + std::string("GetSnapshot"), login_, ToText(params)),
           [size = size_](const Reply& reply) { return WrongSize(size, reply.body); }};
 }
 
-}  // namespace bench
+std::vector<Questioner> MakeQuestioners(const TestRecorder& recorder, const SimCameras& cameras, int count,
+                                        unsigned int seed) {
+  std::vector<Questioner> all;
+  all.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) all.emplace_back(recorder, cameras, i, seed);
+  return all;
+}
+
+std::vector<Callers::Source> SourcesOf(std::span<Questioner> questioners, Question (Questioner::*ask)()) {
+  std::vector<Callers::Source> sources;
+  for (Questioner& questioner : questioners) sources.emplace_back([&questioner, ask] { return (questioner.*ask)(); });
+  return sources;
+}
+
+}  // namespace rig

@@ -5,18 +5,18 @@
 #include <cstddef>
 #include <filesystem>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "rig/callers.h"
+#include "rig/cameras.h"
 #include "rig/recorder.h"
 
 // Requests whose answers carry a mark. Every caller has a camera model and a camera of its own, whose picture has a
 // size of its own; the rows of its lists have names that are used once; and a faulty camera has its error code.
 
-namespace bench {
-
-inline constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
+namespace rig {
 
 /// The cameras of `callers` callers, and the faulty ones of all.
 Json::Value CameraConfigs(int callers);
@@ -25,21 +25,12 @@ void CopySchema(const TempFolder& folder);
 /// Makes `folder` a models folder: vendor "Bench", for each caller a model "C<number>". Returns its path.
 std::filesystem::path WriteModels(const TempFolder& folder, int callers);
 
-/// What all callers know. The whole answers of the two methods that have no parameter are taken from `recorder` before
-/// the load begins. Throws when the models of this run are not among them.
-struct Site {
-  Site(const end_to_end::TestRecorder& recorder, const end_to_end::SimCameras& cameras);
-
-  const end_to_end::SimCameras& cameras;
-  std::string login;  ///< value of the Authorization header
-  std::string modelList;
-  std::string storedCapabilities;
-};
-
 /// The questions of one caller. One thread.
 class Questioner {
  public:
-  Questioner(const Site& site, int number, unsigned int seed);
+  /// Takes the whole answers of the two methods that have no parameter from `recorder`, before the load begins. Throws
+  /// when the models of this run are not among them.
+  Questioner(const TestRecorder& recorder, const SimCameras& cameras, int number, unsigned int seed);
 
   /// One of the eight methods.
   Question Any();
@@ -68,7 +59,8 @@ class Questioner {
     int code;
   };
   Target AnyTarget();
-  Json::Value Params(const Target& target) const;
+  /// The parameters of all methods that have a camera; each takes those that it knows.
+  Json::Value Params(const Target& target) const { return CameraParams(target.port, target.password, model_); }
   Question Post(const std::string& method, const Json::Value& params,
                 std::function<std::string(const Json::Value&)> mistake) const;
   Question Get(const std::string& method, const std::string& query,
@@ -76,22 +68,28 @@ class Questioner {
   Question Whole(const std::string& method, const std::string& answer) const;
   Question Onvif(int command);
   Question Test();
-  Question Batch(const std::vector<Target>& targets);
-  /// `cameraModel`: vendor and model with a blank between.
-  Question Batch(const std::vector<Target>& targets, const std::string& cameraModel);
+  Question Batch(const std::vector<Target>& targets, const std::string& model);
   Question Remote();
   Question Size();
   Question Picture();
   int Random(int below) { return std::uniform_int_distribution(0, below - 1)(random_); }
 
-  const Site& site_;
+  const SimCameras& cameras_;
+  const Headers login_;
+  const std::string modelList_;
+  const std::string storedCapabilities_;
   const int number_;
   const Target own_;
-  const std::string model_;  ///< "C<number>"
+  const std::string model_;  ///< "Bench C<number>"
   const std::string size_;   ///< of the own camera's picture, as "320x240"
   std::mt19937 random_;
   long rows_ = 0;  ///< of all lists so far
   std::size_t hostileLists_ = 0;
 };
 
-}  // namespace bench
+std::vector<Questioner> MakeQuestioners(const TestRecorder& recorder, const SimCameras& cameras, int count,
+                                        unsigned int seed);
+/// For each of them a source of questions of that kind.
+std::vector<Callers::Source> SourcesOf(std::span<Questioner> questioners, Question (Questioner::*ask)());
+
+}  // namespace rig

@@ -11,6 +11,7 @@ extern "C" {
 
 #include <algorithm>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
@@ -19,7 +20,7 @@ extern "C" {
 
 #include "recorder/utility/handle.h"
 
-namespace end_to_end {
+namespace rig {
 
 namespace {
 
@@ -33,7 +34,6 @@ const std::filesystem::path kPrograms = FromEnvironment("TEST_PROGRAMS", PROGRAM
 const std::filesystem::path kModule = FromEnvironment("TEST_MODULE", MODULE_FILE);
 constexpr char kUser[] = "tester";
 constexpr char kPassword[] = "login of the tester";
-constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
 
 /// Whoever is not root needs a user namespace, too. In a process namespace everything ends with the first process.
 const char* NamespaceFlags() { return geteuid() == 0 ? "-nmpf" : "-rnmpf"; }
@@ -135,13 +135,24 @@ SimCameras::SimCameras(const Json::Value& cameras) {
 }
 
 Json::Value SimCameras::Log(const std::string& name) const {
-  httplib::Client client("127.0.0.1", Port(name));
-  return ParseJson(client.Get("/sim/log")->body);
+  return ParseJson(HttpClient(Port(name)).Ask(HttpRequest("GET", "/sim/log", {})).body);
 }
 
-int Answer::Code() const {
-  if (!json.isMember("success")) return -1;
-  return json["success"].asBool() ? 0 : json["error"]["code"].asInt();
+int ErrorCode(const Json::Value& answer) {
+  if (!answer.isMember("success")) return -1;
+  return answer["success"].asBool() ? 0 : answer["error"]["code"].asInt();
+}
+
+Answer::Answer(Reply reply) : Reply(std::move(reply)), cause(HeaderOf(head, "Recorder-Cause")) {
+  if (contentType == "application/json") json = ParseJson(body);
+}
+
+Headers LoginOf(const std::string& user, const std::string& password) {
+  const std::string text = user + ":" + password;
+  std::string coded(AV_BASE64_SIZE(text.size()), '\0');
+  av_base64_encode(coded.data(), static_cast<int>(coded.size()), reinterpret_cast<const std::uint8_t*>(text.data()),
+                   static_cast<int>(text.size()));
+  return {{"Authorization", "Basic " + std::string(coded.c_str())}};
 }
 
 TestRecorder::TestRecorder() : TestRecorder(Options{}) {}
@@ -176,7 +187,7 @@ TestRecorder::TestRecorder(const Options& options) {
   port_ = std::stoi(address.substr(address.rfind(':') + 1));
 }
 
-httplib::Headers TestRecorder::Login() const { return {httplib::make_basic_authentication_header(kUser, kPassword)}; }
+Headers TestRecorder::Login() const { return LoginOf(kUser, kPassword); }
 
 Answer TestRecorder::Post(const std::string& method, const Json::Value& params) const {
   return Send("POST", kApi + method, Login(), ToText(params));
@@ -186,23 +197,9 @@ Answer TestRecorder::Get(const std::string& method, const std::string& query) co
   return Send("GET", kApi + method + (query.empty() ? "" : "?" + query), Login());
 }
 
-Answer TestRecorder::Send(const std::string& verb, const std::string& path, const httplib::Headers& headers,
-                          const std::string& body, const std::string& contentType) const {
-  httplib::Client client("127.0.0.1", port_);
-  client.set_read_timeout(60);
-  httplib::Request request;
-  request.method = verb;
-  request.path = path;
-  request.headers = headers;
-  request.body = body;
-  if (!body.empty()) request.set_header("Content-Type", contentType);
-  const httplib::Result result = client.send(request);
-  if (!result) throw std::runtime_error("no answer: " + httplib::to_string(result.error()));
-  Answer answer{result->status,  {},
-                result->body,    result->get_header_value("Content-Type"),
-                result->headers, result->get_header_value("Recorder-Cause")};
-  if (answer.contentType == "application/json") answer.json = ParseJson(answer.body);
-  return answer;
+Reply TestRecorder::Ask(const std::string& verb, const std::string& path, const Headers& headers,
+                        const std::string& body) const {
+  return HttpClient(port_).Ask(HttpRequest(verb, path, headers, body));
 }
 
 Finished TestRecorder::Control(const std::vector<std::string>& arguments, const std::string& input) const {
@@ -216,10 +213,20 @@ std::string TestRecorder::Trust(std::vector<std::string> arguments) const {
   const Finished added = Control(arguments);
   if (added.status != 0) throw std::runtime_error(added.output);
   const auto isThere = [&] {
-    return Send("POST", "/trusted/NORV.Vistrel.CameraCap/1/CamCap", {{"Cookie", "timestamp=0"}}, "{}").status != 404;
+    return Send("POST", kTrusted + std::string("CamCap"), {{"Cookie", "timestamp=0"}}, "{}").status != 404;
   };
   for (int tries = 0; tries < 1000 && !isThere(); ++tries) usleep(10'000);
   return added.output;
+}
+
+/// The command prints the lines "cookie ..." and "timestamp ...".
+TestRecorder::Pair TestRecorder::MakePair(std::vector<std::string> arguments) const {
+  arguments.insert(arguments.begin(), {"trust", "pair"});
+  std::string label;
+  Pair pair;
+  std::istringstream output(Control(arguments).output);
+  if (!(output >> label >> pair.cookie >> label >> pair.timestamp)) throw std::runtime_error(output.str());
+  return pair;
 }
 
 int TestRecorder::AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
@@ -239,4 +246,4 @@ std::string DecodeBase64(const std::string& text) {
   return bytes.substr(0, static_cast<std::size_t>(std::max(size, 0)));
 }
 
-}  // namespace end_to_end
+}  // namespace rig

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <httplib.h>
 #include <json/json.h>
 #include <sys/types.h>
 
@@ -8,17 +7,22 @@
 #include <fstream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "rig/http_client.h"
 #include "rig/temp_folder.h"
 
 // The real thing, end to end: web server, workers, module file and simulated cameras, all on 127.0.0.1, asked over
 // HTTP.
 
-namespace end_to_end {
+namespace rig {
 
+/// Where the API's methods are, for users and for trusted recorders.
+inline constexpr char kApi[] = "/api/NORV.Vistrel.CameraCap/1/";
+inline constexpr char kTrusted[] = "/trusted/NORV.Vistrel.CameraCap/1/";
+
+/// Empty when it cannot be read.
 std::string ReadText(const std::filesystem::path& file);
 Json::Value ParseJson(const std::string& text);
 std::string ToText(const Json::Value& json);
@@ -76,17 +80,19 @@ class SimCameras {
   std::map<std::string, int> ports_;
 };
 
-struct Answer {
-  int status = 0;
-  Json::Value json;
-  std::string body;
-  std::string contentType;
-  httplib::Headers headers;
-  std::string cause = {};  ///< of the header Recorder-Cause
+/// The code of an error answer; 0 for a success; -1 when there was no such answer.
+int ErrorCode(const Json::Value& answer);
 
-  /// Code of an error answer; 0 for a success; -1 when there was no such answer.
-  int Code() const;
+struct Answer : Reply {
+  explicit Answer(Reply reply);
+  int Code() const { return ErrorCode(json); }
+
+  Json::Value json;
+  std::string cause;  ///< of the header Recorder-Cause
 };
+
+/// What a login by name and password looks like.
+Headers LoginOf(const std::string& user, const std::string& password);
 
 /// A recorder of its own, with one user. Limits are in milliseconds.
 class TestRecorder {
@@ -107,15 +113,26 @@ class TestRecorder {
   Answer Post(const std::string& method, const Json::Value& params) const;
   Answer Get(const std::string& method, const std::string& query = {}) const;
   /// Any request, without the usual login unless `headers` carry one.
-  Answer Send(const std::string& verb, const std::string& path, const httplib::Headers& headers,
-              const std::string& body = {}, const std::string& contentType = "application/json") const;
-  httplib::Headers Login() const;
+  Answer Send(const std::string& verb, const std::string& path, const Headers& headers,
+              const std::string& body = {}) const {
+    return Answer(Ask(verb, path, headers, body));
+  }
+  /// The same, without a look at what comes.
+  Reply Ask(const std::string& verb, const std::string& path, const Headers& headers,
+            const std::string& body = {}) const;
+  Headers Login() const;
 
   /// recorderctl with this recorder's configuration.
   Finished Control(const std::vector<std::string>& arguments, const std::string& input = {}) const;
   /// Runs "recorderctl trust add" with these arguments, waits until the web server takes requests of trusted recorders,
   /// and returns what was printed.
   std::string Trust(std::vector<std::string> arguments) const;
+  /// What a trusted recorder proves itself by, as "recorderctl trust pair" makes it.
+  struct Pair {
+    std::string cookie;
+    std::string timestamp;
+  };
+  Pair MakePair(std::vector<std::string> arguments) const;
   /// Stores a camera at 127.0.0.1 and returns its id.
   int AddCamera(const std::string& vendor, const std::string& model, int port, const std::string& user,
                 const std::string& password, const std::string& channel = "1", const std::string& path = "") const;
@@ -135,4 +152,4 @@ class TestRecorder {
 
 std::string DecodeBase64(const std::string& text);
 
-}  // namespace end_to_end
+}  // namespace rig

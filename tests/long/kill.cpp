@@ -1,4 +1,4 @@
-// bench_kill: kill -9 of workers, recorderctl and the server at random moments, while cameras are stored and asked.
+// long_kill: kill -9 of workers, recorderctl and the server at random moments, while cameras are stored and asked.
 
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -21,11 +21,13 @@
 #include "rig/processes.h"
 #include "rig/questions.h"
 #include "rig/recorder.h"
+#include "rig/report.h"
 #include "tests/long/record_keeper.h"
-#include "tests/long/report.h"
 #include "tests/long/victims.h"
 
-namespace bench {
+namespace long_tests {
+
+using namespace rig;
 
 namespace {
 
@@ -52,7 +54,7 @@ class Recorder {
   explicit Recorder(const std::filesystem::path& modelsFolder)
       : first_({.testMs = 10'000, .pictureMs = 15'000, .workers = kCameraWorkers, .modelsFolder = modelsFolder}) {}
 
-  const end_to_end::TestRecorder& Asked() const { return first_; }
+  const TestRecorder& Asked() const { return first_; }
 
   /// Throws when it does not come up.
   void StartAgain() {
@@ -60,7 +62,7 @@ class Recorder {
     const std::filesystem::path folder = first_.StateFolder().parent_path();
     const std::string program = std::filesystem::path(PROGRAM_FOLDER) / "recorderctl";
     const std::string config = folder / "recorder.json";
-    again_ = std::make_unique<end_to_end::Process>(
+    again_ = std::make_unique<Process>(
         std::vector<std::string>{program, "--config", config, "serve", "--workers", std::to_string(kCameraWorkers),
                                  "--port", std::to_string(first_.Port())},
         folder / "log");
@@ -68,8 +70,8 @@ class Recorder {
   }
 
  private:
-  end_to_end::TestRecorder first_;
-  std::unique_ptr<end_to_end::Process> again_;
+  TestRecorder first_;
+  std::unique_ptr<Process> again_;
 };
 
 /// Stores cameras until it is told to end.
@@ -103,10 +105,8 @@ class Trial {
         random_(options.seed),
         cameras_(CameraConfigs(kCallers)),
         recorder_(WriteModels(folder_, kCallers)),
-        site_(recorder_.Asked(), cameras_),
-        keeper_(recorder_.Asked()) {
-    for (int i = 0; i < kCallers; ++i) questioners_.emplace_back(site_, i, options.seed);
-  }
+        keeper_(recorder_.Asked()),
+        questioners_(MakeQuestioners(recorder_.Asked(), cameras_, kCallers, options.seed)) {}
   ~Trial() { EndServers(); }
   Trial(const Trial&) = delete;
   Trial& operator=(const Trial&) = delete;
@@ -144,7 +144,7 @@ class Trial {
                                          questioner.Capability()};
       const auto next = [&questions, at = std::size_t{0}]() mutable { return questions[at++]; };
       const Tally tally = Callers(recorder_.Asked().Port(), {next}, static_cast<long>(questions.size())).Wait();
-      Expect(tally.answered == tally.Asked(), when + ": " + (tally.troubles.empty() ? "" : tally.troubles.front()));
+      Expect(tally.answered == tally.Asked(), when + ": " + tally.FirstTrouble());
     }
   }
 
@@ -188,7 +188,7 @@ class Trial {
 
   void Judge(Victim victim, const Tally& tally) {
     all_.Add(tally);
-    const std::string trouble = tally.troubles.empty() ? "" : tally.troubles.front();
+    const std::string trouble = tally.FirstTrouble();
     Expect(tally.wrong + tally.stray == 0, "an answer that is not right: " + trouble);
     if (IsServer(victim)) return;
     Expect(tally.unanswered == 0, "a request without an answer: " + trouble);
@@ -244,9 +244,8 @@ class Trial {
   std::mt19937 random_;
   const TempFolder folder_;
   Report report_;
-  const end_to_end::SimCameras cameras_;
+  const SimCameras cameras_;
   Recorder recorder_;
-  const Site site_;
   RecordKeeper keeper_;
   std::vector<Questioner> questioners_;
   int round_ = 0;
@@ -260,11 +259,11 @@ class Trial {
 
 }  // namespace
 
-}  // namespace bench
+}  // namespace long_tests
 
 int main(int argc, char** argv) {
-  bench::Options options;
-  CLI::App app("Kills the processes of a recorder, all on 127.0.0.1, and looks what is left.", "bench_kill");
+  long_tests::Options options;
+  CLI::App app("Kills the processes of a recorder, all on 127.0.0.1, and looks what is left.", "long_kill");
   app.add_option("--rounds", options.rounds)->check(CLI::Range(1, 1'000'000))->capture_default_str();
   app.add_option("--seed", options.seed, "what the choice of victims and moments begins with (default: random)");
   CLI11_PARSE(app, argc, argv);
@@ -274,9 +273,9 @@ int main(int argc, char** argv) {
   try {
     const TempFolder folder;  // what a killed server leaves in the folder of temporary files goes with it
     setenv("TMPDIR", folder.Path().c_str(), 1);
-    return bench::Trial(options).Run();
+    return long_tests::Trial(options).Run();
   } catch (const std::exception& error) {
-    std::cerr << "bench_kill: " << error.what() << "\n";
+    std::cerr << "long_kill: " << error.what() << "\n";
     return 1;
   }
 }

@@ -5,7 +5,9 @@
 #include <sstream>
 #include <vector>
 
-namespace bench {
+namespace long_tests {
+
+using namespace rig;
 
 namespace fs = std::filesystem;
 
@@ -28,10 +30,9 @@ std::string RecordKeeper::NewCamera() {
 void RecordKeeper::AddOne() {
   const std::string name = NewCamera();
   const std::string port = name.substr(name.find(' ') + 1);
-  const end_to_end::Finished add =
-      recorder_.Control({"camera", "add", "--name", name, "--vendor", "Bench", "--model", "C0", "--channel", "1",
-                         "--host", "127.0.0.1", "--port", port, "--user", "admin"},
-                        "secret of " + name + "\n");
+  const Finished add = recorder_.Control({"camera", "add", "--name", name, "--vendor", "Bench", "--model", "C0",
+                                          "--channel", "1", "--host", "127.0.0.1", "--port", port, "--user", "admin"},
+                                         "secret of " + name + "\n");
   if (add.output.starts_with("added camera ") && add.output.ends_with('\n')) acknowledged_.insert(name);
 }
 
@@ -43,14 +44,13 @@ void RecordKeeper::ImportSome() {
     const std::string name = names.emplace_back(NewCamera());
     csv += name + ",Bench,C0,1,127.0.0.1," + name.substr(name.find(' ') + 1) + ",admin,secret\n";
   }
-  const end_to_end::Finished import =
-      recorder_.Control({"camera", "import", folder.Write("cameras.csv", csv).string()});
+  const Finished import = recorder_.Control({"camera", "import", folder.Write("cameras.csv", csv).string()});
   const std::string whole = "imported " + std::to_string(kImportedAtOnce) + " cameras\n";
   if (import.output == whole) acknowledged_.insert(names.begin(), names.end());
 }
 
 std::string RecordKeeper::Mistake() const {
-  const end_to_end::Finished list = recorder_.Control({"camera", "list"});
+  const Finished list = recorder_.Control({"camera", "list"});
   if (list.status != 0) return "the database does not open: " + list.output;
   std::set<std::string> found;
   std::istringstream lines(list.output);
@@ -74,9 +74,9 @@ std::string CapabilityFileMistake(const fs::path& stateFolder) {
   std::error_code noneYet;
   for (const auto& entry : fs::directory_iterator(CapabilityFolder(stateFolder), noneYet)) {
     if (entry.path().extension() != ".json") continue;
-    const std::string text = end_to_end::ReadText(entry.path());
+    const std::string text = ReadText(entry.path());
     try {
-      if (!end_to_end::ParseJson(text)["models"][0]["stream"].isObject()) return "a file without a stream: " + text;
+      if (!ParseJson(text)["models"][0]["stream"].isObject()) return "a file without a stream: " + text;
     } catch (const Json::Exception&) {
       return "a file that is not whole: " + text;
     }
@@ -93,4 +93,4 @@ int UnfinishedFiles(const fs::path& stateFolder) {
   return count;
 }
 
-}  // namespace bench
+}  // namespace long_tests

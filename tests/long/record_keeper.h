@@ -7,12 +7,12 @@
 
 #include "rig/recorder.h"
 
-namespace bench {
+namespace long_tests {
 
 /// Stores cameras with recorderctl, which may be killed meanwhile, and remembers what it acknowledged. One thread.
 class RecordKeeper {
  public:
-  explicit RecordKeeper(const end_to_end::TestRecorder& recorder) : recorder_(recorder) {}
+  explicit RecordKeeper(const rig::TestRecorder& recorder) : recorder_(recorder) {}
 
   /// One camera, or a file of some.
   void AddOne();
@@ -30,7 +30,7 @@ class RecordKeeper {
   /// A new camera's name; how it must be listed is remembered.
   std::string NewCamera();
 
-  const end_to_end::TestRecorder& recorder_;
+  const rig::TestRecorder& recorder_;
   std::map<std::string, std::string> expected_;  ///< name and the columns that follow its id
   std::set<std::string> acknowledged_;
   int count_ = 0;
@@ -41,4 +41,4 @@ std::string CapabilityFileMistake(const std::filesystem::path& stateFolder);
 /// Files beside them that a killed process has left; nobody reads them.
 int UnfinishedFiles(const std::filesystem::path& stateFolder);
 
-}  // namespace bench
+}  // namespace long_tests

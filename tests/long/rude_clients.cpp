@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <chrono>
 
-namespace bench {
+#include "rig/recorder.h"
+
+namespace long_tests {
+
+using namespace rig;
 
 namespace {
 
 constexpr std::chrono::seconds kSilenceLimit{60};
-constexpr char kPath[] = "/api/NORV.Vistrel.CameraCap/1/CameraTest";
 
 int Count(const std::vector<Connection>& connections, bool areEnded) {
   return static_cast<int>(std::count_if(connections.begin(), connections.end(), [&](const Connection& connection) {
@@ -18,9 +21,9 @@ int Count(const std::vector<Connection>& connections, bool areEnded) {
 
 }  // namespace
 
-DrippingClients::DrippingClients(int port, const std::string& login, int count) {
+DrippingClients::DrippingClients(int port, const Headers& login, int count) {
   const std::string body(1000, ' ');
-  const std::string request = HttpRequest("POST", kPath, login, body);
+  const std::string request = HttpRequest("POST", std::string(kApi) + "CameraTest", login, body);
   for (int i = 0; i < count; ++i) {
     const std::size_t sentAtOnce = i % 2 == 0 ? 0 : request.size() - body.size();
     connections_.emplace_back(port, kSilenceLimit).Send(request.substr(0, sentAtOnce));
@@ -54,4 +57,4 @@ IdleClients::IdleClients(int port, int count) {
 
 int IdleClients::Ended() const { return Count(connections_, true); }
 
-}  // namespace bench
+}  // namespace long_tests

@@ -10,12 +10,12 @@
 
 // Clients that keep connections without asking anything in earnest.
 
-namespace bench {
+namespace long_tests {
 
 /// Send a request each, a byte a second: half of them drip from the first byte, half from the first byte of the body.
 class DrippingClients {
  public:
-  DrippingClients(int port, const std::string& login, int count);
+  DrippingClients(int port, const rig::Headers& login, int count);
   ~DrippingClients();
   DrippingClients(const DrippingClients&) = delete;
   DrippingClients& operator=(const DrippingClients&) = delete;
@@ -26,7 +26,7 @@ class DrippingClients {
  private:
   void Drip();
 
-  std::vector<Connection> connections_;
+  std::vector<rig::Connection> connections_;
   std::vector<std::string> rest_;  ///< what each has yet to send
   std::mutex mutex_;
   std::condition_variable stopping_;
@@ -43,7 +43,7 @@ class IdleClients {
   int Ended() const;
 
  private:
-  std::vector<Connection> connections_;
+  std::vector<rig::Connection> connections_;
 };
 
-}  // namespace bench
+}  // namespace long_tests

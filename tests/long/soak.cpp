@@ -1,4 +1,4 @@
-// bench_soak: a recorder with four times as many callers as workers, with silent and hostile cameras, and with rude
+// long_soak: a recorder with four times as many callers as workers, with silent and hostile cameras, and with rude
 // clients.
 
 #include <unistd.h>
@@ -6,12 +6,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <random>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,10 +21,12 @@
 #include "rig/processes.h"
 #include "rig/questions.h"
 #include "rig/recorder.h"
-#include "tests/long/report.h"
+#include "rig/report.h"
 #include "tests/long/rude_clients.h"
 
-namespace bench {
+namespace long_tests {
+
+using namespace rig;
 
 namespace {
 
@@ -53,12 +55,6 @@ struct Options {
   unsigned int seed = std::random_device()();
 };
 
-std::string Number(double value, int decimals = 1) {
-  char text[64];
-  std::snprintf(text, sizeof(text), "%.*f", decimals, value);
-  return text;
-}
-
 /// The recorder with its cameras, and the phases of the trial.
 class Soak {
  public:
@@ -71,10 +67,9 @@ class Soak {
                    .modelsFolder = WriteModels(folder_, kCallers)}) {
     for (int i = 0; i < 3; ++i) {
       recorder_.AddCamera("Bench", "C" + std::to_string(i), cameras_.Port("camera " + std::to_string(i)), "admin",
-                          end_to_end::kSecret);
+                          kSecret);
     }
-    site_ = std::make_unique<Site>(recorder_, cameras_);
-    for (int i = 0; i < kCallers; ++i) questioners_.emplace_back(*site_, i, options.seed);
+    questioners_ = MakeQuestioners(recorder_, cameras_, kCallers, options.seed);
   }
 
   int Run() {
@@ -87,14 +82,8 @@ class Soak {
   }
 
  private:
-  /// One source of questions a caller.
-  std::vector<Callers::Source> Sources(Question (Questioner::*ask)(), int first, int count) {
-    std::vector<Callers::Source> sources;
-    for (int i = first; i < first + count; ++i) {
-      sources.emplace_back(
-          [ask, &questioner = questioners_.at(static_cast<std::size_t>(i))] { return (questioner.*ask)(); });
-    }
-    return sources;
+  std::vector<Callers::Source> Sources(Question (Questioner::*ask)(), std::size_t first, std::size_t count) {
+    return SourcesOf(std::span(questioners_).subspan(first, count), ask);
   }
 
   Tally AskFor(Callers& callers, milliseconds time) {
@@ -136,8 +125,8 @@ class Soak {
       if (after == late.end()) continue;
       const double growth = static_cast<double>(after->second.kiB) / static_cast<double>(before.kiB) - 1;
       report_.Promise(growth <= kMostGrowth, name + "memory " + std::to_string(before.kiB) + " KiB, then " +
-                                                 std::to_string(after->second.kiB) + " KiB, " + Number(100 * growth) +
-                                                 " %");
+                                                 std::to_string(after->second.kiB) + " KiB, " +
+                                                 NumberText(100 * growth) + " %");
       report_.Promise(after->second.descriptors <= before.descriptors,
                       name + "descriptors " + std::to_string(before.descriptors) + ", then " +
                           std::to_string(after->second.descriptors));
@@ -154,10 +143,10 @@ class Soak {
     const Tally load = AskFor(callers, seconds(options_.seconds));
     const auto late = WorkerHoldings();
 
-    report_.Note(Number(static_cast<double>(load.Asked()) / options_.seconds) +
+    report_.Note(NumberText(static_cast<double>(load.Asked()) / options_.seconds) +
                  " requests a second; median times in ms:");
     for (const auto& [method, times] : load.milliseconds) {
-      report_.Note(method + " " + Number(Median(times)) + " (" + std::to_string(times.size()) + ")");
+      report_.Note(method + " " + NumberText(Median(times)) + " (" + std::to_string(times.size()) + ")");
     }
     tally.Add(load);
     PromiseAllAnswered("all methods", tally);
@@ -188,8 +177,9 @@ class Soak {
     burden.reset();
     const double alone = (before + ListTime(tally)) / 2;
     PromiseAllAnswered("lists", tally);
-    report_.Promise(beside <= kMostSlowdown * alone, "lists: median " + Number(alone, 2) + " ms, with " + name + " " +
-                                                         Number(beside, 2) + " ms, ratio " + Number(beside / alone, 2));
+    report_.Promise(beside <= kMostSlowdown * alone, "lists: median " + NumberText(alone, 2) + " ms, with " + name +
+                                                         " " + NumberText(beside, 2) + " ms, ratio " +
+                                                         NumberText(beside / alone, 2));
   }
 
   void SilentCameras() {
@@ -229,7 +219,7 @@ class Soak {
     report_.Heading("Dripping clients: " + std::to_string(kDrippingClients) + " send a byte a second");
     CompareListTimes<DrippingClients>(
         "dripping clients",
-        [&] { return std::make_unique<DrippingClients>(recorder_.Port(), site_->login, kDrippingClients); },
+        [&] { return std::make_unique<DrippingClients>(recorder_.Port(), recorder_.Login(), kDrippingClients); },
         [&](DrippingClients& clients) {
           Callers callers(recorder_.Port(), Sources(&Questioner::Camera, 0, kCameraWorkers));
           PromiseAllAnswered("cameras", AskFor(callers, milliseconds(options_.seconds * 100)));
@@ -253,36 +243,34 @@ class Soak {
     const Tally tally = Callers(recorder_.Port(), Sources(&Questioner::List, 0, 1), 1).Wait();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     PromiseAllAnswered("a caller in earnest", tally);
-    report_.Promise(time < 2 * kLongestIdle, "it is answered after " + Number(time.count()) + " s");
+    report_.Promise(time < 2 * kLongestIdle, "it is answered after " + NumberText(time.count()) + " s");
     report_.Note(std::to_string(clients.Ended()) + " idle clients were cut by then");
   }
 
   const Options options_;
   const TempFolder folder_;
   Report report_;
-  const end_to_end::SimCameras cameras_;
-  const end_to_end::TestRecorder recorder_;
-  std::unique_ptr<Site> site_;
+  const SimCameras cameras_;
+  const TestRecorder recorder_;
   std::vector<Questioner> questioners_;
 };
 
 }  // namespace
 
-}  // namespace bench
+}  // namespace long_tests
 
 int main(int argc, char** argv) {
-  bench::Options options;
-  CLI::App app("Loads a recorder and its simulated cameras, all on 127.0.0.1, and prints what it stands.",
-               "bench_soak");
+  long_tests::Options options;
+  CLI::App app("Loads a recorder and its simulated cameras, all on 127.0.0.1, and prints what it stands.", "long_soak");
   app.add_option("--seconds", options.seconds, "duration of the load; the other phases take as long together")
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();
   app.add_option("--seed", options.seed, "what the callers' choices begin with (default: random)");
   CLI11_PARSE(app, argc, argv);
   try {
-    return bench::Soak(options).Run();
+    return long_tests::Soak(options).Run();
   } catch (const std::exception& error) {
-    std::cerr << "bench_soak: " << error.what() << "\n";
+    std::cerr << "long_soak: " << error.what() << "\n";
     return 1;
   }
 }

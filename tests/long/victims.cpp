@@ -9,7 +9,9 @@
 
 #include "recorder/utility/clock.h"
 
-namespace bench {
+namespace long_tests {
+
+using namespace rig;
 
 namespace {
 
@@ -74,4 +76,4 @@ bool WaitForEnd(const std::vector<ProcessInfo>& processes, milliseconds limit) {
   }
 }
 
-}  // namespace bench
+}  // namespace long_tests

@@ -8,7 +8,7 @@
 
 // Processes of this program's own recorder, and their end.
 
-namespace bench {
+namespace long_tests {
 
 enum class Victim { kWorker, kControl, kServerTree, kServe, kWebServer };
 
@@ -27,13 +27,13 @@ constexpr VictimKind kVictims[] = {
 };
 
 /// "recorderctl serve", lighttpd and the workers, whoever their parent is by now.
-std::vector<ProcessInfo> ServerProcesses();
+std::vector<rig::ProcessInfo> ServerProcesses();
 
 /// Kills such a victim; false when there was none.
 bool Strike(Victim victim, std::mt19937& random);
 
 /// True once no process of the server is left, whichever it was; false after `limit`. Of `processes`, those that became
 /// this program's children are taken notice of, so that they do not stay as zombies.
-bool WaitForEnd(const std::vector<ProcessInfo>& processes, std::chrono::milliseconds limit);
+bool WaitForEnd(const std::vector<rig::ProcessInfo>& processes, std::chrono::milliseconds limit);
 
-}  // namespace bench
+}  // namespace long_tests

@@ -9,7 +9,7 @@
 
 // Cameras of the generic protocols, ONVIF and PSIA, which are asked what they can do.
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -286,5 +286,3 @@ TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
   EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0)
       << "the stored password goes to the ports that the camera names";
 }
-
-}  // namespace end_to_end

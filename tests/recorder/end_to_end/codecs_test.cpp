@@ -3,7 +3,7 @@
 
 #include "rig/cameras.h"
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -113,5 +113,3 @@ TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
   EXPECT_TRUE(hasPicture("short session", 12'000)) << "it ends after 5 s without a request";
   EXPECT_TRUE(hasPicture("asked", 4'000)) << "a picture loss indication brings a key frame";
 }
-
-}  // namespace end_to_end

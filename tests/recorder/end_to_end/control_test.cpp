@@ -5,13 +5,13 @@
 
 // What an administrator does with recorderctl.
 
-namespace end_to_end {
+using namespace rig;
 
 using testing::HasSubstr;
 
 TEST(Programs, TellTheirVersion) {
   for (const std::string program : {"recorderctl", "recorder-webapi", "simcam"}) {
-    const Finished told = end_to_end::Run(program, {"--version"});
+    const Finished told = rig::Run(program, {"--version"});
     EXPECT_EQ(told.status, 0);
     EXPECT_EQ(told.output, program + " " PROJECT_VERSION "\n");
   }
@@ -132,5 +132,3 @@ TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {
   EXPECT_THAT(recorder.Control({"camera", "import", "--force", file, "--map", "Site=-"}).output,
               HasSubstr("imported 3 cameras\n"));
 }
-
-}  // namespace end_to_end

@@ -6,7 +6,7 @@
 
 // Probes are sent in a network namespace of the test's own, so that no real network hears them.
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -53,5 +53,3 @@ TEST(Discover, SaysWhyNothingIsFound) {
     EXPECT_THAT(refused.output, testing::HasSubstr("network interface"));
   }
 }
-
-}  // namespace end_to_end

@@ -6,7 +6,7 @@
 
 #include "rig/cameras.h"
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -120,5 +120,3 @@ TEST(Faults, AHostWithControlsIsNotContacted) {
   }
   EXPECT_EQ(cameras.Log("camera")["connections"].asInt(), 0);
 }
-
-}  // namespace end_to_end

@@ -11,7 +11,7 @@
 
 // What can be done with a stored password by callers who do not know it, and by who sits at a camera's address.
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -285,5 +285,3 @@ TEST(StoredPassword, IsNotShownToACameraThatTookAStrongerLogin) {
   }
   RecordProperty("variants", variants);
 }
-
-}  // namespace end_to_end

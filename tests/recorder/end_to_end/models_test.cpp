@@ -2,7 +2,7 @@
 
 #include "rig/cameras.h"
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -72,5 +72,3 @@ TEST(Models, EachIsRenderedAndReachesACameraOfItsKind) {
     EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0);
   }
 }
-
-}  // namespace end_to_end

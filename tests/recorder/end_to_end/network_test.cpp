@@ -15,7 +15,7 @@
 
 // The network between recorder and camera fails: in time, with a clear code, and for that one request only.
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -29,7 +29,7 @@ constexpr char kClip[] = R"({"server": "scripted", "stream": {"source": "clip", 
 /// of its stream itself.
 constexpr std::array kModels = {"Simcam RTSP-H264", "Simcam HTTP-Snapshot-Sizes", "ONVIF Generic"};
 
-struct Reply {
+struct Seen {
   int code = 0;         ///< of CameraTest
   std::string passed;   ///< what came to it
   std::string picture;  ///< of GetSnapshot; "" when it was none of the camera's
@@ -57,9 +57,9 @@ class Network : public testing::Test {
   }
 
   /// What a camera behind a faulty network gives. The next request, to another one, works.
-  Reply Through(std::size_t model, NetworkFault fault) {
+  Seen Through(std::size_t model, NetworkFault fault) {
     Proxy& proxy = proxies_[model];
-    Reply reply;
+    Seen reply;
     proxy.LeadTo(cameras_.Port(kModels[model]), fault);
     reply.code = PostInTime("CameraTest", proxy.Port(), kModels[model]).Code();
     reply.passed = proxy.Passed();
@@ -92,7 +92,7 @@ TEST_F(Network, EachFaultHasItsCode) {
   for (std::size_t model = 0; model < kModels.size(); ++model) {
     for (const Row& row : kRows) {
       SCOPED_TRACE(std::string(row.name) + ": " + kModels[model]);
-      const Reply reply = Through(model, row.fault);
+      const Seen reply = Through(model, row.fault);
       EXPECT_EQ(reply.code, row.code);
       EXPECT_EQ(reply.picture.empty(), row.code != 0);
     }
@@ -127,12 +127,12 @@ bool IsLoginUnanswered(const std::string& passed) {
 TEST_F(Network, ACutInAnyPhaseIsAFailureAndNeverHalfAPicture) {
   const std::string streamed = Through(0, {}).picture;
   for (std::size_t model = 0; model < kModels.size(); ++model) {
-    const Reply whole = Through(model, {});
+    const Seen whole = Through(model, {});
     ASSERT_EQ(whole.code, 0);
     int failures = 0;
     for (const std::size_t cut : CutsOf(proxies_[model].Passed())) {
       SCOPED_TRACE(std::to_string(cut) + " bytes: " + kModels[model]);
-      const Reply reply = Through(model, {.cutAfter = cut});
+      const Seen reply = Through(model, {.cutAfter = cut});
       const bool maySeemRefused = IsLoginUnanswered(reply.passed);
       EXPECT_TRUE(reply.code == 0 || reply.code == 468 || (reply.code == 464 && maySeemRefused)) << reply.code;
       failures += reply.code == 0 ? 0 : 1;
@@ -188,5 +188,3 @@ TEST_F(Network, NamesAreLookedUpInTime) {
     }
   }
 }
-
-}  // namespace end_to_end

@@ -3,7 +3,7 @@
 
 #include "rig/cameras.h"
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
@@ -60,16 +60,16 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
   const std::string certificate = (folder.Path() / "certificate.pem").string();
   const std::string key = (folder.Path() / "key.pem").string();
   const Finished made =
-      end_to_end::Run("/usr/bin/openssl",
-                      {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-subj",
-                       "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate});
+      rig::Run("/usr/bin/openssl",
+               {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-subj",
+                "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate});
   ASSERT_EQ(made.status, 0) << made.output;
   const TestRecorder recorder({.serveArguments = {"--tls-certificate", certificate, "--tls-key", key}});
-  const std::string address = "://127.0.0.1:" + std::to_string(recorder.Port()) + "/api/NORV.Vistrel.CameraCap/1/";
-  const std::string login = "Authorization: " + recorder.Login().find("Authorization")->second;
+  const std::string address = "://127.0.0.1:" + std::to_string(recorder.Port()) + kApi;
+  const std::string login = "Authorization: " + recorder.Login().at("Authorization");
   const auto get = [&](const std::string& scheme) {
-    return end_to_end::Run("/usr/bin/curl",
-                           {"-sSi", "--cacert", certificate, "-H", login, scheme + address + "CamCap?vendor=User"});
+    return rig::Run("/usr/bin/curl",
+                    {"-sSi", "--cacert", certificate, "-H", login, scheme + address + "CamCap?vendor=User"});
   };
   EXPECT_THAT(get("https").output, testing::AllOf(testing::HasSubstr("User Define"),
                                                   testing::HasSubstr("\r\nStrict-Transport-Security: max-age=")));
@@ -77,5 +77,3 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
   EXPECT_NE(plain.status, 0);
   EXPECT_THAT(plain.output, testing::Not(testing::HasSubstr("User Define")));
 }
-
-}  // namespace end_to_end

@@ -1,34 +1,21 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <ctime>
 #include <future>
 #include <sstream>
-#include <tuple>
 
-#include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 
-namespace end_to_end {
+using namespace rig;
 
 namespace {
 
-constexpr char kTrusted[] = "/trusted/NORV.Vistrel.CameraCap/1/CamCap";
+const std::string kTrustedCamCap = kTrusted + std::string("CamCap");
 
-/// What `trust pair` prints: lines "cookie ..." and "timestamp ...".
-struct Pair {
-  std::string cookie;
-  std::string timestamp;
-};
-
-Pair MakePair(const TestRecorder& recorder, const std::vector<std::string>& command) {
-  Pair pair;
-  std::string label;
-  std::istringstream(recorder.Control(command).output) >> label >> pair.cookie >> label >> pair.timestamp;
-  return pair;
-}
+using Pair = TestRecorder::Pair;
 
 /// The pair of `key` at a time `offset` seconds from now, made as docs/api.md says and not with our code.
 Pair Sign(const std::string& key, int offset) {
@@ -42,26 +29,18 @@ constexpr int kLargestBody = 64 << 10;  // bytes, as docs/api.md says
 constexpr int kLargestListBody = 1 << 20;
 
 /// The half of a pair that anybody can make.
-httplib::Headers::value_type TimeCookie(int offset = 0) {
+Headers::value_type TimeCookie(int offset = 0) {
   return {"Cookie", "other=1; timestamp=" + std::to_string(std::time(nullptr) + offset)};
 }
 
 /// What comes for a POST of which the head alone is sent, with a body of `size` bytes to follow; "" when nothing comes.
-std::string AnswerToHead(const TestRecorder& recorder, const std::string& path, const httplib::Headers& headers,
-                         int size) {
-  std::string head = "POST " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Type: application/json\r\n";
-  for (const auto& [name, value] : headers) head += name + ": " + value + "\r\n";
-  head += "Content-Length: " + std::to_string(size) + "\r\n\r\n";
-  const recorder::FileDescriptor connection(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_in address = {.sin_family = AF_INET,
-                               .sin_port = htons(static_cast<std::uint16_t>(recorder.Port())),
-                               .sin_addr = {htonl(INADDR_LOOPBACK)},
-                               .sin_zero = {}};
-  std::ignore = connect(connection.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  send(connection.Get(), head.data(), head.size(), MSG_NOSIGNAL);
-  std::string answer(1000, '\0');
-  const ssize_t received = recv(connection.Get(), answer.data(), answer.size(), 0);
-  answer.resize(received > 0 ? static_cast<std::size_t>(received) : 0);
+std::string AnswerToHead(const TestRecorder& recorder, const std::string& path, const Headers& headers, int size) {
+  const Connection connection(recorder.Port(), std::chrono::seconds(60));
+  Headers all = headers;
+  all.emplace("Content-Length", std::to_string(size));
+  connection.Send(HttpRequest("POST", path, all));
+  std::string answer;
+  connection.Receive(answer);
   return answer;
 }
 
@@ -71,7 +50,7 @@ Answer Ask(const TestRecorder& recorder, const Pair& pair, const std::string& cl
   params["client"] = client;
   params["cookie"] = pair.cookie;
   params["isCrossSite"] = isCrossSite;
-  return recorder.Send("POST", kTrusted, {{"Cookie", "timestamp=" + pair.timestamp}}, ToText(params));
+  return recorder.Send("POST", kTrustedCamCap, {{"Cookie", "timestamp=" + pair.timestamp}}, ToText(params));
 }
 
 }  // namespace
@@ -80,8 +59,8 @@ TEST(TrustedRecorders, AreAdmittedByTheirPairAlone) {
   const TestRecorder recorder;
   const std::string key = recorder.Trust({"north"}).substr(0, 64);
   recorder.Trust({"site", "--group"});
-  const Pair client = MakePair(recorder, {"trust", "pair", "north"});
-  const Pair group = MakePair(recorder, {"trust", "pair", "site", "--group"});
+  const Pair client = recorder.MakePair({"north"});
+  const Pair group = recorder.MakePair({"site", "--group"});
 
   EXPECT_EQ(Ask(recorder, client, "NVR").Code(), 0);
   EXPECT_EQ(Ask(recorder, group, "NVR", 1).Code(), 0);
@@ -91,12 +70,13 @@ TEST(TrustedRecorders, AreAdmittedByTheirPairAlone) {
   EXPECT_EQ(Ask(recorder, Sign(key, -290), "NVR").Code(), 0);
   EXPECT_EQ(Ask(recorder, Sign(key, -301), "NVR").Code(), 105) << "too old";
   EXPECT_EQ(Ask(recorder, Sign(key, 60), "NVR").Code(), 105) << "from the future";
-  EXPECT_EQ(recorder.Send("POST", kTrusted, {TimeCookie()}, "{}").Code(), 105) << "neither login nor pair";
+  EXPECT_EQ(recorder.Send("POST", kTrustedCamCap, {TimeCookie()}, "{}").Code(), 105) << "neither login nor pair";
   EXPECT_EQ(Ask(recorder, client, "NVR").Code(), 0) << "a pair may be used again within its five minutes";
-  EXPECT_EQ(recorder.Send("POST", kTrusted, {*recorder.Login().begin(), TimeCookie()}, R"({"vendor": "User"})").Code(),
-            105)
+  EXPECT_EQ(
+      recorder.Send("POST", kTrustedCamCap, {*recorder.Login().begin(), TimeCookie()}, R"({"vendor": "User"})").Code(),
+      105)
       << "a login does not count there";
-  EXPECT_EQ(recorder.Send("GET", std::string(kTrusted) + "?vendor=User", {TimeCookie()}).status, 405);
+  EXPECT_EQ(recorder.Send("GET", kTrustedCamCap + "?vendor=User", {TimeCookie()}).status, 405);
 
   ASSERT_EQ(recorder.Control({"trust", "remove", "north"}).status, 0);
   EXPECT_EQ(Ask(recorder, client, "NVR").Code(), 105);
@@ -104,42 +84,42 @@ TEST(TrustedRecorders, AreAdmittedByTheirPairAlone) {
 
 TEST(TrustedRecorders, HaveNoAddressUntilThereIsAKey) {
   const TestRecorder recorder;
-  for (const httplib::Headers& headers : {httplib::Headers{}, httplib::Headers{TimeCookie()}}) {
-    EXPECT_EQ(recorder.Send("POST", kTrusted, headers, "{}").status, 404);
-    EXPECT_THAT(AnswerToHead(recorder, kTrusted, headers, 1'000), testing::HasSubstr("HTTP/1.1 404 "));
+  for (const Headers& headers : {Headers{}, Headers{TimeCookie()}}) {
+    EXPECT_EQ(recorder.Send("POST", kTrustedCamCap, headers, "{}").status, 404);
+    EXPECT_THAT(AnswerToHead(recorder, kTrustedCamCap, headers, 1'000), testing::HasSubstr("HTTP/1.1 404 "));
   }
   recorder.Trust({"north"});
-  EXPECT_EQ(Ask(recorder, MakePair(recorder, {"trust", "pair", "north"}), "NVR").Code(), 0);
+  EXPECT_EQ(Ask(recorder, recorder.MakePair({"north"}), "NVR").Code(), 0);
   ASSERT_EQ(recorder.Control({"trust", "remove", "north"}).status, 0);
-  const auto status = [&] { return recorder.Send("POST", kTrusted, {TimeCookie()}, "{}").status; };
+  const auto status = [&] { return recorder.Send("POST", kTrustedCamCap, {TimeCookie()}, "{}").status; };
   for (int tries = 0; tries < 1000 && status() != 404; ++tries) usleep(10'000);
   EXPECT_EQ(status(), 404);
 }
 
 TEST(TrustedRecorders, AreRefusedBeforeTheirBodyCostsAnything) {
-  constexpr char kList[] = "/trusted/NORV.Vistrel.CameraCap/1/CamBatAddVerify";
+  const std::string kList = kTrusted + std::string("CamBatAddVerify");
   const TestRecorder recorder;
   recorder.Trust({"north"});
   const struct {
-    const char* path;
-    httplib::Headers headers;
+    std::string path;
+    Headers headers;
     int size;  ///< of the body, which is not sent
     const char* answer;
   } kHeads[] = {
-      {kTrusted, {}, 1, "HTTP/1.1 403 "},
-      {kTrusted, {{"Cookie", "time=1; timestamp="}}, 1, "HTTP/1.1 403 "},
-      {kTrusted, {TimeCookie()}, kLargestBody + 1, "HTTP/1.1 413 "},
+      {kTrustedCamCap, {}, 1, "HTTP/1.1 403 "},
+      {kTrustedCamCap, {{"Cookie", "time=1; timestamp="}}, 1, "HTTP/1.1 403 "},
+      {kTrustedCamCap, {TimeCookie()}, kLargestBody + 1, "HTTP/1.1 413 "},
       {kList, {TimeCookie()}, kLargestListBody + 1, "HTTP/1.1 413 "},
-      {"/api/NORV.Vistrel.CameraCap/1/CameraTest", recorder.Login(), kLargestBody + 1, "HTTP/1.1 413 "},
+      {kApi + std::string("CameraTest"), recorder.Login(), kLargestBody + 1, "HTTP/1.1 413 "},
   };
   for (const auto& [path, headers, size, answer] : kHeads) {
     EXPECT_THAT(AnswerToHead(recorder, path, headers, size), testing::HasSubstr(answer)) << path << size;
   }
   const std::string blanks(kLargestBody, ' ');
-  EXPECT_EQ(recorder.Send("POST", kTrusted, {TimeCookie()}, blanks).status, 400) << "just small enough";
+  EXPECT_EQ(recorder.Send("POST", kTrustedCamCap, {TimeCookie()}, blanks).status, 400) << "just small enough";
   EXPECT_EQ(recorder.Send("POST", kList, {TimeCookie()}, std::string(kLargestListBody, ' ')).status, 400);
   for (const int offset : {-301, 60}) {
-    EXPECT_EQ(recorder.Send("POST", kTrusted, {TimeCookie(offset)}, "no JSON").Code(), 105) << "not looked at";
+    EXPECT_EQ(recorder.Send("POST", kTrustedCamCap, {TimeCookie(offset)}, "no JSON").Code(), 105) << "not looked at";
   }
 }
 
@@ -216,5 +196,3 @@ TEST(Secrets, AreNowhereButInTheirRecord) {
   EXPECT_THAT(seen, testing::HasSubstr("SQLite format 3")) << "the database was searched";
   EXPECT_EQ(seen.find(kSecret), std::string::npos);
 }
-
-}  // namespace end_to_end
