@@ -102,14 +102,16 @@ const std::string kNoFrame =
     R"(log("cameracap:181","DecodeGetJpeg","Failed to get i frame image.\n"); ~MediaUnit #2; )";
 const std::string kNoPart = R"(log("cameracap:221","GetImgByRTP","Get rtp header failed.\n"); )";
 const std::string kNoPacketizer = R"(log("cameracap:230","GetImgByRTP","Failed to create vdo stream Packetizer.\n"); )";
-const std::string kDecoded = "0 7 \"decoded\"; " + kKey + kDecode + "~MediaUnit #2; " + kClosing;
+/// Of a codec whose parts get no start code.
+const std::string kAsItComes = R"(GetImgContentInfo(); GetCurTimestamp(); MediaUnit #1(3); #1.SetPTS(5000000)
+  #1.SetDTS(5000000); #1.SetTimestamp(5000000); FetchContent(3); Packetize("abc"); ~MediaUnit #1
+  MediaUnit #2(3); Packetize(""); DoFFMpegGetJpeg(3,"cfg","key"); ~MediaUnit #2; ~MP4Stream; ~RtpFetch)";
 const std::vector<Row> kGrabRows = {
-    Row("KeyFrame", {}, kDecoded),
+    Row("KeyFrame", {}, R"(0 7 "decoded"; )" + kKey + kDecode + "~MediaUnit #2; " + kClosing),
     Row("OtherCodec", {{"GetVideoFormat", List(0, 1, 0x6d703476, "cfg")}},
-        Swap(Swap(Swap(kDecoded, "#1(7)", "#1(3)"), R"(\u0000\u0000\u0000\u0001)", ""), "0,1748121140",
-             "1,1836070006")),
+        R"(0 7 "decoded"; )" + kOpening + R"(GetVideoFormat(1); Init(1,1836070006,"cfg"); )" + kAsItComes),
     Row("H265PartsAsTheyCome", {{"GetVideoFormat", List(0, 0, kCodecH265, "cfg")}},
-        Swap(Swap(Swap(kDecoded, "#1(7)", "#1(3)"), R"(\u0000\u0000\u0000\u0001)", ""), "1748121140", "1748121141")),
+        R"(0 7 "decoded"; )" + kOpening + R"(GetVideoFormat(1); Init(0,1748121141,"cfg"); )" + kAsItComes),
     Row("NoPart", {{"NextPartInfo", 5}}, "-1 0 null; " + kOpening + kNoPart + kClosing),
     Row("NoPacketizer", {{"Init", List(0, false)}}, "-1 0 null; " + kOpening + kFormat + kNoPacketizer + kClosing),
     Row("NoFrame", {{"Packetize", List(List(2, "<null>"))}},
@@ -147,18 +149,24 @@ TEST_F(ModuleTest, GrabNeedsBothSlots) {
 }
 
 TEST_F(ModuleTest, LostAttemptsAreSilentAndBounded) {
-  const std::pair<std::string, Json::Value> losses[] = {{"GetImgContentInfo", List(0, 1000, 0)},
-                                                        {"GetImgContentInfo", List(-5, 1000, 0)},
-                                                        {"GetImgContentInfo", List(INT_MAX - 3, 1000, 0)},
-                                                        {"FetchContent", 3},
-                                                        {"Packetize", List()}};
-  for (const auto& [function, answer] : losses) {
+  constexpr std::size_t kAttempts = 120;
+  const struct {
+    std::string function;
+    Json::Value answer;
+    std::size_t timesRead, unitsMade;
+  } losses[] = {{"GetImgContentInfo", List(0, 1000, 0), 0, 0},
+                {"GetImgContentInfo", List(-5, 1000, 0), 0, 0},
+                {"GetImgContentInfo", List(INT_MAX - 3, 1000, 0), kAttempts, 0},
+                {"FetchContent", 3, kAttempts, kAttempts},
+                {"Packetize", List(), kAttempts, kAttempts}};
+  for (const auto& [function, answer, timesRead, unitsMade] : losses) {
     Reset();
     Script(function, {answer});
     EXPECT_EQ(Grab(), "-1 0 null\n");
-    EXPECT_EQ(Tails("NextPartInfo(").size(), 120) << function;
-    EXPECT_EQ(Tails("GetVideoFormat(").size() + Tails("log").size(), 1);
-    EXPECT_EQ(Tails("MediaUnit").size(), function == "GetImgContentInfo" ? 0 : 120);
+    EXPECT_EQ(Tails("NextPartInfo(").size(), kAttempts) << function;
+    EXPECT_EQ(Tails("GetVideoFormat(").size() + Tails("log").size(), 1U);
+    EXPECT_EQ(Tails("GetCurTimestamp(").size(), timesRead) << function;
+    EXPECT_EQ(Tails("MediaUnit").size(), unitsMade) << function;
   }
 }
 
