@@ -11,11 +11,11 @@ const std::string kAsk = kAdmitted + R"(
   GetParam("camId",null); GetParam("camPort",null); GetParam("jsonResponse",null); GetParam("camIP",null)
   GetParam("camUserName",null); GetParam("camPassword",null); GetParam("camSourcePath",null); GetParam("camModel",null)
   GetParam("camChannel",null); GetParam("camVideoType",null); )";
-const std::string kTake = R"(
+const std::string kLoad = R"(
   GetCamConnStatus(7); IsGenericApi("Acme","X100"); LoadCapability(1,"Acme","X100","9",""); GetChannelList()
-  LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid(); NeedsSourcePath(); GetListForCodec(3)
-  GetVideoType("H.264"); NeedsSourcePath(); GetSnapshotPath("",80,0)
-  SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )";
+  LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid(); NeedsSourcePath(); )";
+const std::string kTake = kLoad + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath()
+  GetSnapshotPath("",80,0); SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )";
 const std::string kAnswer = R"(HttpBase64EncodeUnsigned("jpg"); SetSuccess({"contentType":"jpeg","img":"base64"}))";
 const std::string kRead = R"(ReadContentFromFileToBuf("../images/add_camera_default.png",true); )";
 const std::string kDefault = kRead + Swap(kAnswer, "jpg", "png");
@@ -23,8 +23,7 @@ const std::string kFailed =
     R"(log("cameracap:792","HandleCameraSnapshot","Failed to get camera snapshot.\n"); )" + kDefault;
 const std::string kNoModel = R"(log("cameracap:746","HandleCameraSnapshot","Get camera capability failed.\n"); )";
 const std::string kNoPath = R"(log("cameracap:275","GetSnapshot","Failed to get snapshot path.\n"); )";
-const std::string kNoCodec = Swap(Swap(kTake, "GetListForCodec(3)\n", ""), "640x480", "");
-const std::string kStream = Swap(Until("GetSnapshotPath", kNoCodec), "H.264", "MPEG2") + R"(
+const std::string kStream = kLoad + R"(GetVideoType("MPEG2"); NeedsSourcePath(); GetSnapshotPath("",80,0)
   RtpFetch("10.0.0.9",554,"/live","root","pw",false,"",2,4,0,"",""); MP4Stream(1,7); NextPartInfo(false,0)
   )";
 const std::vector<Row> kSnapshotRows = {
@@ -44,15 +43,19 @@ const std::vector<Row> kSnapshotRows = {
         GetVideoType("H.264"); NeedsSourcePath(); SelectVideoType(3,0); GetSnapshotPath("",80,0)
         SnapshotGetFromAPI("10.0.0.9",8080,"root","secret","",3); )" +
             kAnswer),
+    Row("CodecWithoutSetting", {{"camVideoType", "mjpeg"}},
+        kLoad + R"(GetVideoType("mjpeg"); NeedsSourcePath()
+        GetSnapshotPath("",80,0); SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","",3); )" +
+            kAnswer),
     Row("OtherKinds", {{"GetSnapshotPath", List(0, "/shot", 8080, 5)}}, kTake + kAnswer),
     Row("FailsButLeavesAPicture", {{"SnapshotGetFromAPI", List(4, "half")}}, kTake + kFailed),
     Row("SuccessWithoutAPicture", {{"SnapshotGetFromAPI", 0}}, kTake + kFailed),
     Row("PictureOfNoBytes", {{"SnapshotGetFromAPI", List(0, "")}}, kTake + kFailed),
     Row("NoPath", {{"GetSnapshotPath", 1}}, Until("GetSnapshotPath", kTake) + kNoPath + kFailed),
     Row("CallThatCannotBeMade", {{"GetSnapshotPath", kNoObject}},
-        Swap(Swap(Lines(kTake), "GetSnapshotPath(\"\",80,0)\n", BadCall(456, "GetSnapshotPath", kNullObject)), "8080",
-             "80") +
-            kAnswer),
+        kLoad + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath(); )" +
+            BadCall(456, "GetSnapshotPath", kNullObject) +
+            R"(SnapshotGetFromAPI("10.0.0.9",80,"root","pw","640x480",3); )" + kAnswer),
     Row("NoSetting", {{"GetListForCodec", List(List())}}, Swap(kTake, "640x480", "") + kAnswer),
     Row("NoDefaultPicture", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}},
         "GetCamConnStatus(7); " + kRead +
@@ -82,11 +85,13 @@ const std::vector<Row> kSnapshotRows = {
 INSTANTIATE_TEST_SUITE_P(GetSnapshot, MethodTest, Rows("GetSnapshot", kAsk, kSnapshotRows), kByName);
 
 TEST_F(ModuleTest, SettingIsOfTheCodec) {
-  for (const auto& [name, number] : {std::pair{"MJPEG", 1}, {"MPEG4", 2}, {"H.264", 3}, {"MXPEG", 5}, {"mjpeg", 0}}) {
+  for (const auto& [name, number] : {std::pair{"MJPEG", "1"}, {"MPEG4", "2"}, {"H.264", "3"}, {"MXPEG", "5"}}) {
     Reset();
     Send("GetSnapshot", With(kCamera, {{"camVideoType", name}}));
-    const std::string taken = number == 0 ? kNoCodec : Swap(kTake, "Codec(3)", "Codec(" + std::to_string(number) + ")");
-    EXPECT_EQ(Transcript(), Lines(kAsk + Swap(taken + kAnswer, "H.264", name)));
+    EXPECT_EQ(Transcript(), Lines(kAsk + kLoad + "GetListForCodec(" + number + "); GetVideoType(\"" + name + R"("); )" +
+                                  R"(NeedsSourcePath(); GetSnapshotPath("",80,0)
+                                  SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )" +
+                                  kAnswer));
   }
 }
 
@@ -103,8 +108,10 @@ const std::vector<Row> kProbeRows = {
     Row("Measured", {}, kMeasure + R"(SetSuccess({"userDefineReso":"1280x720"}))"),
     Row("NoPicture", {{"GetSnapshotPath", 1}, {"GetJpegReso", List(0, 0)}},
         Until("GetSnapshotPath", kMeasure) + kNoPath + "GetJpegReso(null); " + Error(457)),
-    Row("NoWidth", {{"camVdoType", "H.264"}, {"SnapshotGetFromAPI", List(3, "half")}, {"GetJpegReso", List(0, 480)}},
-        Swap(Swap(kMeasure, "MJPEG", "H.264"), "\"jpg", "\"half") + Error(457)),
+    Row("OtherCodec", {{"camVdoType", "H.264"}},
+        Swap(kMeasure, "MJPEG", "H.264") + R"(SetSuccess({"userDefineReso":"1280x720"}))"),
+    Row("NoWidth", {{"SnapshotGetFromAPI", List(3, "half")}, {"GetJpegReso", List(0, 480)}},
+        Swap(kMeasure, "\"jpg", "\"half") + Error(457)),
     Row("NoHeight", {{"camPass", gszFakePass}, {"GetJpegReso", List(640, 0)}},
         R"(GetCamRealPass(7,"Acme","X100","9"); )" + Swap(kMeasure, "\"pw", "\"secret") + Error(457)),
     Row("NotValid", {{"IsValid", false}}, Until("IsValid", kMeasure) + R"(

@@ -9,16 +9,14 @@ const std::string kAsk = kAdmitted + R"(
   GetParam("camChannel",null); GetParam("camSourcePath",null)
   GetVideoType("H.264"); GetStreamingType("RTSP"); )";
 
-const std::string kOwnCheck = R"(
-  IsGenericApi("Acme","X100"); LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid()
-  NeedsSourcePath(); HasStreamPath(); VerifyConnection(); RetDevApiToRetCV(0); SetSuccess({"result":0}))";
+const std::string kPasses = R"(IsValid(); NeedsSourcePath(); HasStreamPath(); VerifyConnection(); RetDevApiToRetCV(0)
+  SetSuccess({"result":0}))";
+const std::string kOwnCheck = R"(IsGenericApi("Acme","X100")
+  LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); )" +
+                              kPasses;
 const std::string kStream = Until("HasStreamPath", kOwnCheck) + R"(GetStreamPath("/src",80)
   CameraVerify("10.0.0.9",8554,"root","pw","/live",3,2,4); Verify(); ~CameraVerify
   )";
-const std::string kGeneric = Swap(kOwnCheck, "LoadBy", R"(
-  GetCamCapFile("10.0.0.9","root","pw","9","Acme","X100",80,0,0,"",0); LoadBy)");
-const std::string kPsia = Swap(Swap(kGeneric, "Acme", "PSIA"), "LoadBy", R"(LoadCapability(1,"PSIA","X100","9","/cap")
-  GetChannelList(); LoadBy)");
 const std::vector<Row> kRows = {
     Row("OwnCheck", {}, kOwnCheck),
     Row("OwnCheckFails", {{"VerifyConnection", -7}, {"RetDevApiToRetCV", 5}},
@@ -40,6 +38,13 @@ const std::vector<Row> kRows = {
 };
 INSTANTIATE_TEST_SUITE_P(CameraTest, MethodTest, Rows("CameraTest", kAsk, kRows), kByName);
 
+const std::string kGeneric = R"(IsGenericApi("Acme","X100")
+  GetCamCapFile("10.0.0.9","root","pw","9","Acme","X100",80,0,0,"",0)
+  LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); )" +
+                             kPasses;
+const std::string kAskPsia = R"(IsGenericApi("PSIA","X100")
+  GetCamCapFile("10.0.0.9","root","pw","9","PSIA","X100",80,0,0,"",0); LoadCapability(1,"PSIA","X100","9","/cap")
+  )";
 const std::vector<Row> kGenericRows = {
     Row("StoredPassword", {{"camPassWord", gszFakePass}, {"GetCamCapFile", 1}},
         R"(GetCamRealPass(7,"Acme","X100","9"); )" + Swap(kGeneric, "\"pw\"", "\"secret\"")),
@@ -47,10 +52,15 @@ const std::vector<Row> kGenericRows = {
     Row("Unreachable", {{"GetCamCapFile", 2}}, Until("GetCamCapFile", kGeneric) + Error(468)),
     Row("OnvifKeepsAnyChannel", {{"camModel", "ONVIF X100"}, {"GetChannelList", List(List("1"))}},
         Swap(kGeneric, "Acme", "ONVIF")),
-    Row("ChannelKept", {{"camModel", "PSIA X100"}}, kPsia),
+    Row("ChannelKept", {{"camModel", "PSIA X100"}},
+        kAskPsia + R"(GetChannelList()
+        LoadByParam(1,"10.0.0.9",80,"root","pw","PSIA","X100","9","/src"); )" +
+            kPasses),
     Row("ChannelReplaced", {{"camModel", "PSIA X100"}, {"GetChannelList", List(List("1"))}},
-        Swap(Swap(kPsia, "List()", "List(); GetDefaultChannel()"), R"("9","/src")", R"("3","/src")")),
-    Row("CapabilityNotLoaded", {{"camModel", "PSIA X100"}, {"LoadCapability", 1}}, Until("LoadCapability", kPsia) + R"(
+        kAskPsia + R"(GetChannelList(); GetDefaultChannel()
+        LoadByParam(1,"10.0.0.9",80,"root","pw","PSIA","X100","3","/src"); )" +
+            kPasses),
+    Row("CapabilityNotLoaded", {{"camModel", "PSIA X100"}, {"LoadCapability", 1}}, kAskPsia + R"(
         log("cameracap:618","HandleCameraTest","Get camera capability failed.\n"); )" + Error(468)),
 };
 INSTANTIATE_TEST_SUITE_P(GenericCameraTest, MethodTest,
