@@ -167,54 +167,57 @@ TEST(AskedCameras, AreAskedByTheirDefaultChannelInAList) {
   EXPECT_EQ(CodeOf(recorder, "CamBatAddVerify", params), 0) << "the default channel is the record's";
 }
 
+struct Trouble {
+  const char* name;
+  const char* config;
+  int testCode;
+  int remoteCode;
+  const char* cause = "ok";
+
+  const char* Vendor() const { return std::string(config).find("psia") == std::string::npos ? "ONVIF" : "PSIA"; }
+};
+
+const Trouble kTroubles[] = {
+    {"refused", R"({"onvif": {}, "fault": "refused"})", 462, 458, "unreachable"},
+    {"silent", R"({"onvif": {}, "fault": "silentAfterConnect"})", 463, 458, "timedOut"},
+    {"noService", R"({"onvif": {"trouble": "noService"}})", 468, 460, "noService"},
+    {"htmlPage", R"({"onvif": {"trouble": "htmlPage"}})", 468, 460, "noService"},
+    {"notHttp", R"({"onvif": {}, "fault": "notHttp"})", 468, 460, "noService"},
+    {"rtspAlone", R"({})", 468, 460, "noService"},
+    {"brokenXml", R"({"onvif": {"trouble": "brokenXml"}})", 468, 457, "notUnderstood"},
+    {"entities", R"({"onvif": {"trouble": "entities"}})", 468, 457, "notUnderstood"},
+    {"ampersands", R"({"onvif": {"trouble": "ampersands"}})", 468, 457, "notUnderstood"},
+    {"elements", R"({"onvif": {"trouble": "elements"}})", 0, 0},
+    {"huge", R"({"onvif": {"trouble": "huge"}})", 468, 457, "notUnderstood"},
+    {"endless", R"({"onvif": {"trouble": "endless"}})", 468, 457, "notUnderstood"},
+    {"unknownLogin", R"({"onvif": {}, "login": "bearer"})", 468, 457, "loginUnsupported"},
+    {"refusedPsia", R"({"psia": {}, "fault": "refused"})", 462, 458, "unreachable"},
+    {"silentPsia", R"({"psia": {}, "fault": "silentAfterConnect"})", 463, 458, "timedOut"},
+    {"noServicePsia", R"({"psia": {"trouble": "noService"}})", 468, 460, "noService"},
+    {"htmlPagePsia", R"({"psia": {"trouble": "htmlPage"}})", 468, 460, "noService"},
+    {"brokenPsia", R"({"psia": {"trouble": "brokenXml"}})", 468, 457, "notUnderstood"},
+    {"clock", R"({"onvif": {"login": "token", "clockHours": 3}})", 0, 0},
+    {"fault401", R"({"onvif": {"login": "token", "faultStatus": 401}})", 0, 0},
+    {"fault500", R"({"onvif": {"login": "token", "faultStatus": 500}})", 0, 0},
+    {"either", R"({"onvif": {"login": "either"}})", 0, 0},
+    {"innerAddress", R"({"onvif": {"innerAddress": "192.0.2.7"}})", 0, 0},
+    {"strangeXml", R"({"onvif": {"prefixes": "strange", "badAmpersand": true}})", 0, 0},
+    {"sha256", R"({"onvif": {}, "login": "digest-sha256"})", 0, 0},
+    {"noLogin", R"({"onvif": {}, "login": "none"})", 0, 0},
+    {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},
+    {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
+    {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
+    {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
+};
+
 TEST(AskedCameras, TroubleHasItsCode) {
-  struct Trouble {
-    const char* name;
-    const char* config;
-    int testCode;
-    int remoteCode;
-    const char* cause = "ok";
-  };
-  const Trouble kTroubles[] = {
-      {"refused", R"({"onvif": {}, "fault": "refused"})", 462, 458, "unreachable"},
-      {"silent", R"({"onvif": {}, "fault": "silentAfterConnect"})", 463, 458, "timedOut"},
-      {"noService", R"({"onvif": {"trouble": "noService"}})", 468, 460, "noService"},
-      {"htmlPage", R"({"onvif": {"trouble": "htmlPage"}})", 468, 460, "noService"},
-      {"notHttp", R"({"onvif": {}, "fault": "notHttp"})", 468, 460, "noService"},
-      {"rtspAlone", R"({})", 468, 460, "noService"},
-      {"brokenXml", R"({"onvif": {"trouble": "brokenXml"}})", 468, 457, "notUnderstood"},
-      {"entities", R"({"onvif": {"trouble": "entities"}})", 468, 457, "notUnderstood"},
-      {"ampersands", R"({"onvif": {"trouble": "ampersands"}})", 468, 457, "notUnderstood"},
-      {"elements", R"({"onvif": {"trouble": "elements"}})", 0, 0},
-      {"huge", R"({"onvif": {"trouble": "huge"}})", 468, 457, "notUnderstood"},
-      {"endless", R"({"onvif": {"trouble": "endless"}})", 468, 457, "notUnderstood"},
-      {"unknownLogin", R"({"onvif": {}, "login": "bearer"})", 468, 457, "loginUnsupported"},
-      {"refusedPsia", R"({"psia": {}, "fault": "refused"})", 462, 458, "unreachable"},
-      {"silentPsia", R"({"psia": {}, "fault": "silentAfterConnect"})", 463, 458, "timedOut"},
-      {"noServicePsia", R"({"psia": {"trouble": "noService"}})", 468, 460, "noService"},
-      {"htmlPagePsia", R"({"psia": {"trouble": "htmlPage"}})", 468, 460, "noService"},
-      {"brokenPsia", R"({"psia": {"trouble": "brokenXml"}})", 468, 457, "notUnderstood"},
-      {"clock", R"({"onvif": {"login": "token", "clockHours": 3}})", 0, 0},
-      {"fault401", R"({"onvif": {"login": "token", "faultStatus": 401}})", 0, 0},
-      {"fault500", R"({"onvif": {"login": "token", "faultStatus": 500}})", 0, 0},
-      {"either", R"({"onvif": {"login": "either"}})", 0, 0},
-      {"innerAddress", R"({"onvif": {"innerAddress": "192.0.2.7"}})", 0, 0},
-      {"strangeXml", R"({"onvif": {"prefixes": "strange", "badAmpersand": true}})", 0, 0},
-      {"sha256", R"({"onvif": {}, "login": "digest-sha256"})", 0, 0},
-      {"noLogin", R"({"onvif": {}, "login": "none"})", 0, 0},
-      {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},
-      {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
-      {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
-      {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
-  };
   Json::Value configs(Json::arrayValue);
   for (const Trouble& trouble : kTroubles) configs.append(Configured(trouble.name, trouble.config));
   const SimCameras cameras(configs);
   const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1});
   for (const Trouble& trouble : kTroubles) {
     SCOPED_TRACE(trouble.name);
-    const char* vendor = std::string(trouble.config).find("psia") == std::string::npos ? "ONVIF" : "PSIA";
-    Json::Value params = GenericParams(vendor, cameras.Port(trouble.name), kSecret);
+    Json::Value params = GenericParams(trouble.Vendor(), cameras.Port(trouble.name), kSecret);
     const auto expect = [&](const char* method, int code) {
       const Answer answer = recorder.Post(method, params);
       EXPECT_EQ(CodeIn(answer, method), code) << method << recorder.Log();
@@ -229,60 +232,79 @@ TEST(AskedCameras, TroubleHasItsCode) {
   }
 }
 
-TEST(AskedCameras, AreKeptForADayAndAskedAgain) {
-  const SimCameras cameras(
-      List({Configured("kept", R"({"onvif": {"channels": 2}, "stream": [{"path": "/one"}, {"path": "/two"}]})")}));
-  const int port = cameras.Port("kept");
-  const TestRecorder recorder;
-  const auto asked = [&] { return Questions(cameras.Log("kept"), "/onvif"); };
-  Json::Value params = GenericParams("ONVIF", port, kSecret);
-
-  params["camCapCmd"] = 2;
-  EXPECT_EQ(Document(recorder, params)["ResoList"].size(), 0U) << "nothing is kept yet";
-  EXPECT_EQ(asked(), 0);
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
-  const int once = asked();
-  EXPECT_GT(once, 0);
-  EXPECT_EQ(Document(recorder, params)["ChanlList"], List({"1", "2"}));
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
-  EXPECT_EQ(asked(), once);
-
-  params["camChannel"] = "2";
-  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0);
-  const int twice = asked();
-  EXPECT_GT(twice, once) << "what is kept is about channel 1";
-  params["camChannel"] = "1";
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0) << "channel 1 is kept still";
-  EXPECT_EQ(asked(), twice);
-  params["camChannel"] = "3";
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 465);
-
-  const std::filesystem::path file = CameraFile(recorder);
-  constexpr std::int64_t kMoreThanADay = 90'000;  // in seconds
-  Json::Value json = ParseJson(ReadText(file));
-  for (Json::Value& model : json["models"]) {
-    Json::Value& time = model["readings"]["stream"]["time"];
-    time = time.asInt64() - kMoreThanADay;
+/// A camera of two channels, and a recorder that has not asked it yet.
+class KeptCamera : public testing::Test {
+ protected:
+  int Code(const char* method, const char* channel = "1") {
+    params_["camChannel"] = channel;
+    return CodeOf(recorder_, method, params_);
   }
-  std::ofstream(file) << json;
-  const int refused = Refused(cameras, "kept");
-  params["camPassWord"] = "wrong";
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 464) << "an old file does not hide a refused login";
-  EXPECT_EQ(Refused(cameras, "kept"), refused + 1);
-  params["camPassWord"] = kSecret;
-  params["camChannel"] = "1";
-  const int before = asked();
-  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
-  EXPECT_GT(asked(), before) << "a day is over";
+  int Asked() const { return Questions(cameras_.Log("kept"), "/onvif"); }
 
-  std::ofstream(file) << "{ half a fi";
-  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0) << "what cannot be read counts as none";
+  /// Makes what is kept more than a day older.
+  void Age() const {
+    constexpr std::int64_t kMoreThanADay = 90'000;  // in seconds
+    const std::filesystem::path file = CameraFile(recorder_);
+    Json::Value json = ParseJson(ReadText(file));
+    for (Json::Value& model : json["models"]) {
+      Json::Value& time = model["readings"]["stream"]["time"];
+      time = time.asInt64() - kMoreThanADay;
+    }
+    std::ofstream(file) << json;
+  }
 
-  const int id = recorder.AddCamera("ONVIF", "Generic", port, "admin", kSecret);
-  EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"][0]["camCap"]["defReso"], "640x480");
-  params = GenericParams("ONVIF", port, kFakePass);
-  params["camId"] = id;
-  recorder.ForgetCameras();
-  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", params), 0)
-      << "the stored password goes to the ports that the camera names";
+  const SimCameras cameras_{
+      List({Configured("kept", R"({"onvif": {"channels": 2}, "stream": [{"path": "/one"}, {"path": "/two"}]})")})};
+  const TestRecorder recorder_;
+  Json::Value params_ = GenericParams("ONVIF", cameras_.Port("kept"), kSecret);
+};
+
+TEST_F(KeptCamera, IsAskedOnce) {
+  params_["camCapCmd"] = 2;
+  EXPECT_EQ(Document(recorder_, params_)["ResoList"].size(), 0U) << "nothing is kept yet";
+  EXPECT_EQ(Asked(), 0);
+  EXPECT_EQ(Code("CameraTest"), 0);
+  const int once = Asked();
+  EXPECT_GT(once, 0);
+  EXPECT_EQ(Document(recorder_, params_)["ChanlList"], List({"1", "2"}));
+  EXPECT_EQ(Code("CameraTest"), 0);
+  EXPECT_EQ(Asked(), once);
+}
+
+TEST_F(KeptCamera, IsKeptByItsChannels) {
+  EXPECT_EQ(Code("CameraTest"), 0);
+  const int once = Asked();
+  EXPECT_EQ(Code("GetSnapshot", "2"), 0);
+  const int twice = Asked();
+  EXPECT_GT(twice, once) << "what is kept is about channel 1";
+  EXPECT_EQ(Code("CameraTest"), 0) << "channel 1 is kept still";
+  EXPECT_EQ(Asked(), twice);
+  EXPECT_EQ(Code("CameraTest", "3"), 465);
+}
+
+TEST_F(KeptCamera, IsAskedAgainAfterADay) {
+  EXPECT_EQ(Code("CameraTest"), 0);
+  Age();
+  params_["camPassWord"] = "wrong";
+  EXPECT_EQ(Code("CameraTest"), 464) << "an old file does not hide a refused login";
+  EXPECT_EQ(Refused(cameras_, "kept"), 1);
+  params_["camPassWord"] = kSecret;
+  const int before = Asked();
+  EXPECT_EQ(Code("CameraTest"), 0);
+  EXPECT_GT(Asked(), before) << "a day is over";
+}
+
+TEST_F(KeptCamera, IsAskedAgainWhenItsFileIsBroken) {
+  EXPECT_EQ(Code("CameraTest"), 0);
+  std::ofstream(CameraFile(recorder_)) << "{ half a fi";
+  EXPECT_EQ(Code("GetSnapshot"), 0);
+}
+
+TEST_F(KeptCamera, IsShownItsStoredPasswordAtThePortsThatItNames) {
+  EXPECT_EQ(Code("CameraTest"), 0);
+  params_["camId"] = recorder_.AddCamera("ONVIF", "Generic", cameras_.Port("kept"), "admin", kSecret);
+  EXPECT_EQ(recorder_.Get("EnumExistedCamCap").json["data"]["camCap"][0]["camCap"]["defReso"], "640x480");
+  params_["camPassword"] = kFakePass;
+  recorder_.ForgetCameras();
+  EXPECT_EQ(Code("GetSnapshot"), 0);
 }
