@@ -72,6 +72,31 @@ const Stored kStored[] = {{"stream", "Simcam RTSP-H264", ""},
                           {"onvif", "ONVIF Generic", ""},
                           {"psia", "PSIA Generic", ""}};
 
+/// What is asked for in place of a stored camera.
+struct Variant {
+  const char* name;
+  std::string what;
+  Json::Value value;
+};
+
+std::vector<Variant> VariantsOf(const Stored& camera, const SimCameras& cameras,
+                                const std::map<std::string, int>& ids) {
+  const bool isStream = std::string(camera.name) == "stream";
+  const char* other = isStream ? "picture" : "stream";
+  return {
+      {"another path", "path", "/cgi-bin/users.cgi?action=modify"},
+      {"a longer path", "path", camera.path + "?"},
+      {"another user", "user", "operator"},
+      {"no user", "user", ""},
+      {"the host by another name", "host", "localhost"},
+      {"another camera's port", "port", cameras.Port(other)},
+      {"another model", "model", isStream ? "Simcam RTSP-Path" : "Simcam RTSP-H264"},
+      {"any camera", "model", std::string(camera.name) == "path" ? "User x" : "User "},
+      {"another camera's id", "id", ids.at(other)},
+      {"no camera's id", "id", 99},
+  };
+}
+
 }  // namespace
 
 TEST(StoredPassword, IsForItsOwnStreamAlone) {
@@ -85,29 +110,9 @@ TEST(StoredPassword, IsForItsOwnStreamAlone) {
     for (const Stored& camera : kStored) connections += cameras.Log(camera.name)["connections"].asInt();
     return connections;
   };
-  const std::string kPath = "path";
-  struct Variant {
-    const char* name;
-    std::string what;
-    Json::Value value;
-  };
-  int variants = 0;
   for (const Stored& camera : kStored) {
-    const bool isStream = std::string(camera.name) == "stream";
-    const Variant kVariants[] = {
-        {"another path", kPath, "/cgi-bin/users.cgi?action=modify"},
-        {"a longer path", kPath, camera.path + "?"},
-        {"another user", "user", "operator"},
-        {"no user", "user", ""},
-        {"the host by another name", "host", "localhost"},
-        {"another camera's port", "port", cameras.Port(isStream ? "picture" : "stream")},
-        {"another model", "model", isStream ? "Simcam RTSP-Path" : "Simcam RTSP-H264"},
-        {"any camera", "model", std::string(camera.name) == "path" ? "User x" : "User "},
-        {"another camera's id", "id", ids[isStream ? "picture" : "stream"]},
-        {"no camera's id", "id", 99},
-    };
     for (const std::string method : kCameraMethods) {
-      for (const Variant& variant : kVariants) {
+      for (const Variant& variant : VariantsOf(camera, cameras, ids)) {
         for (const int id : {ids[camera.name], 0}) {
           SCOPED_TRACE(method + " of " + camera.name + ", " + variant.name + ", id " + std::to_string(id));
           if (!Takes(method, variant.what) || (id == 0 && variant.what == "id")) continue;
@@ -117,14 +122,12 @@ TEST(StoredPassword, IsForItsOwnStreamAlone) {
           const int before = seen();
           EXPECT_NE(CodeOf(recorder, method, params), 0);
           // Before its path is known, a camera that is asked may be asked at its services, as at any time.
-          const bool isAsked = method == "CameraTest" && camera.Model() == "Generic" && variant.what == kPath;
+          const bool isAsked = method == "CameraTest" && camera.Model() == "Generic" && variant.what == "path";
           EXPECT_TRUE(isAsked || seen() == before) << "a camera was contacted";
-          ++variants;
         }
       }
     }
   }
-  RecordProperty("variants", variants);
   for (const std::string name : {"onvif", "psia"}) {
     const Json::Value log = cameras.Log(name);
     for (const Json::Value& request : log["requests"]) {
@@ -168,7 +171,6 @@ TEST(StoredPassword, IsNotShownWhereTheCameraRedirectsTo) {
                           {"rtsp", "User ", "/stream1"},
                           {"http", "Simcam HTTP-Snapshot-Sizes", ""},
                           {"http", "User ", "/snapshot.jpg"}};
-  int variants = 0;
   for (const std::string login : {"none", "basic", "digest-md5", "digest-sha256"}) {
     const SimCameras cameras(List({Clip("rtsp", rtsp + '"' + login + '"'), Clip("http", http + '"' + login + '"')}));
     const TestRecorder recorder;
@@ -184,7 +186,6 @@ TEST(StoredPassword, IsNotShownWhereTheCameraRedirectsTo) {
           Json::Value params = way.Params(port, id, password);
           params["camVideoType"] = params["camVdoType"] = way.name == std::string("rtsp") ? "H.264" : "MJPEG";
           EXPECT_NE(CodeOf(recorder, method, params), 0) << method;
-          ++variants;
         }
       }
       EXPECT_GT(target.Log("basic")["connections"].asInt(), reached) << "the redirect was not followed";
@@ -192,7 +193,6 @@ TEST(StoredPassword, IsNotShownWhereTheCameraRedirectsTo) {
       EXPECT_EQ(recorder.Control({"camera", "remove", std::to_string(id)}).status, 0);
     }
   }
-  RecordProperty("variants", variants);
 }
 
 // The camera's web services name a port for its stream, where a login is asked for by Basic.
@@ -261,7 +261,6 @@ TEST(StoredPassword, IsNotShownToACameraThatTookAStrongerLogin) {
   for (const auto& [name, config] : configs) list.append(Clip(name, config));
   const SimCameras cameras(list);
   const TestRecorder recorder;
-  int variants = 0;
   for (const Fall& fall : kFalls) {
     SCOPED_TRACE(std::string(fall.from) + " to " + fall.to + ": " + fall.camera.model);
     Proxy address;
@@ -274,7 +273,6 @@ TEST(StoredPassword, IsNotShownToACameraThatTookAStrongerLogin) {
     for (const std::string method : kCameraMethods) {
       recorder.ForgetCameras();
       EXPECT_NE(CodeOf(recorder, method, params), 0) << method;
-      ++variants;
     }
     EXPECT_EQ(Logins(cameras, fall.to), before);
     EXPECT_THAT(recorder.Log(), testing::HasSubstr("camera edit " + std::to_string(id) + " --allow-basic"));
@@ -283,5 +281,4 @@ TEST(StoredPassword, IsNotShownToACameraThatTookAStrongerLogin) {
     EXPECT_EQ(CodeOf(recorder, isAsked ? "CamCapRemote" : "CameraTest", params), 0);
     EXPECT_EQ(recorder.Control({"camera", "remove", std::to_string(id)}).status, 0);
   }
-  RecordProperty("variants", variants);
 }
