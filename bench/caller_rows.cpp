@@ -86,10 +86,8 @@ std::string MemoryText(long kiB) { return NumberText(static_cast<double>(kiB) / 
 /// In KiB; ffmpeg tells it itself.
 long PeakOfFfmpeg(const std::string& address, const TempFolder& folder) {
   const std::string output = (folder.Path() / "picture.jpg").string();
-  const std::string text =
-      rig::Run("/usr/bin/ffmpeg", {"-nostdin", "-y", "-benchmark", "-rtsp_transport", "tcp", "-probesize", "32",
-                                   "-analyzeduration", "0", "-i", address, "-frames:v", "1", output})
-          .output;
+  const std::string options = "-nostdin -y -benchmark -rtsp_transport tcp -probesize 32 -analyzeduration 0 -i ";
+  const std::string text = rig::Run("/usr/bin/ffmpeg", Words(options + address + " -frames:v 1 " + output)).output;
   const std::string name = "maxrss=";
   const std::size_t place = text.find(name);
   if (place == std::string::npos) throw WrongAnswer("ffmpeg tells no peak: " + text);

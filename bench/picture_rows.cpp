@@ -40,17 +40,9 @@ constexpr Stream kStreams[] = {
     {"MJPEG 1080p", "mjpeg-1080", "jpeg", "MJPEG", {1920, 1080}, true},
 };
 
-using Words = std::vector<std::string>;
-
 // Options of ffmpeg and ffprobe: as people call them, and without the wait for more of the stream.
-const Words kUsual;
-const Words kTuned = {"-rtsp_transport", "tcp", "-probesize", "32", "-analyzeduration", "0"};
-
-Words Join(Words words, const Words& more, const Words& last) {
-  words.insert(words.end(), more.begin(), more.end());
-  words.insert(words.end(), last.begin(), last.end());
-  return words;
-}
+constexpr char kUsual[] = "";
+constexpr char kTuned[] = " -rtsp_transport tcp -probesize 32 -analyzeduration 0";
 
 constexpr Goal kAgainstUsual{.bound = 0.05};
 constexpr Goal kWarmAgainstTuned{.bound = 0.5};
@@ -101,8 +93,6 @@ class StreamWays {
         cameraPort_(cameraPort),
         recorder_(recorder),
         trusted_(trusted),
-        client_(recorder.Port()),
-        login_(recorder.Login()),
         address_("rtsp://127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
         addressWithLogin_(std::string("rtsp://") + kUser + ":" + kPassword +
                           "@127.0.0.1:" + std::to_string(cameraPort) + "/" + stream.model),
@@ -120,36 +110,23 @@ class StreamWays {
     });
   }
 
-  Way Ffmpeg(const Words& options) {
-    const Words words =
-        Join({"-nostdin", "-v", "error", "-y"}, options, {"-i", addressWithLogin_, "-frames:v", "1", output_.string()});
-    return TimedOutput([words] { return rig::Run("/usr/bin/ffmpeg", words); });
+  Way Ffmpeg(const std::string& options) {
+    return TimedCommand("/usr/bin/ffmpeg",
+                        "-nostdin -v error -y" + options + " -i " + addressWithLogin_ + " -frames:v 1 ");
   }
 
   Way GStreamer() {
-    const Words words = {"-q",
-                         "rtspsrc",
-                         "location=" + address_,
-                         std::string("user-id=") + kUser,
-                         std::string("user-pw=") + kPassword,
-                         "protocols=tcp",
-                         "latency=0",
-                         "!",
-                         "decodebin",
-                         "!",
-                         "jpegenc",
-                         "snapshot=true",
-                         "!",
-                         "filesink",
-                         "location=" + output_.string()};
-    return TimedOutput([words] { return rig::Run("/usr/bin/gst-launch-1.0", words); });
+    const std::string login = std::string(" user-id=") + kUser + " user-pw=" + kPassword;
+    return TimedCommand("/usr/bin/gst-launch-1.0", "-q rtspsrc location=" + address_ + login +
+                                                       " protocols=tcp latency=0 " +
+                                                       "! decodebin ! jpegenc snapshot=true ! filesink location=");
   }
 
   /// The same session by a bare client, and the libraries' work alone.
   Way Floor() {
     Proxy camera;
     camera.LeadTo(cameraPort_);
-    CheckPicture(client_.Ask(Request("GetSnapshot", PictureParameters(camera.Port()))).body);
+    TimedPicture(Request("GetSnapshot", PictureParameters(camera.Port())))();
     return [this, session = SessionOf(camera), keyFrame = std::make_shared<KeyFrame>(addressWithLogin_)] {
       std::string jpeg;
       const double time = TimeOf([&] {
@@ -164,19 +141,14 @@ class StreamWays {
   Way Size() {
     Json::Value parameters = CameraParams(cameraPort_, kPassword, std::string("Simcam ") + stream_.model);
     parameters["camVdoType"] = stream_.videoType;
-    return [this, request = Request("CamCapUserDefineReso", parameters)] {
-      Reply reply;
-      const double time = TimeOf([&] { reply = client_.Ask(request); });
+    return TimedReply(Request("CamCapUserDefineReso", parameters), [this](const Reply& reply) {
       CheckSize(ParseJson(reply.body)["data"]["userDefineReso"].asString());
-      return time;
-    };
+    });
   }
 
-  Way Ffprobe(const Words& options) {
-    const Words words = Join(
-        {"-v", "quiet"}, options,
-        {"-select_streams", "v:0", "-show_entries", "stream=width,height", "-of", "csv=p=0:s=x", addressWithLogin_});
-    return [this, words] {
+  Way Ffprobe(const std::string& options) {
+    return [this, words = Words("-v quiet" + options + " -select_streams v:0 -show_entries stream=width,height -of " +
+                                "csv=p=0:s=x " + addressWithLogin_)] {
       std::string text;
       const double time = TimeOf([&] { text = rig::Run("/usr/bin/ffprobe", words).output; });
       CheckSize(text.substr(0, text.find('\n')));
@@ -193,16 +165,21 @@ class StreamWays {
   }
 
   std::string Request(const std::string& method, const Json::Value& parameters) const {
-    return HttpRequest("POST", kApi + method, login_, ToText(parameters));
+    return HttpRequest("POST", kApi + method, recorder_.Login(), ToText(parameters));
   }
 
-  Way TimedPicture(const std::string& request) {
-    return [this, request] {
+  /// Over a connection of its own, which does not wait idly until the server ends it.
+  Way TimedReply(const std::string& request, std::function<void(const Reply&)> check) const {
+    return [request, check = std::move(check), client = std::make_shared<HttpClient>(recorder_.Port())] {
       Reply reply;
-      const double time = TimeOf([&] { reply = client_.Ask(request); });
-      CheckPicture(reply.body);
+      const double time = TimeOf([&] { reply = client->Ask(request); });
+      check(reply);
       return time;
     };
+  }
+
+  Way TimedPicture(const std::string& request) const {
+    return TimedReply(request, [this](const Reply& reply) { CheckPicture(reply.body); });
   }
 
   /// A command that leaves a picture in `output_`.
@@ -213,6 +190,11 @@ class StreamWays {
       CheckPicture(ReadText(output_));
       return time;
     };
+  }
+
+  /// `line` ends where the name of that file is to stand.
+  Way TimedCommand(const std::string& program, const std::string& line) const {
+    return TimedOutput([program, words = Words(line + output_.string())] { return rig::Run(program, words); });
   }
 
   void CheckPicture(const std::string& jpeg) const {
@@ -229,8 +211,6 @@ class StreamWays {
   const int cameraPort_;
   const TestRecorder& recorder_;
   TrustedClient& trusted_;
-  HttpClient client_;
-  const Headers login_;
   const std::string address_;
   const std::string addressWithLogin_;
   const std::filesystem::path output_;

@@ -105,6 +105,11 @@ Finished Run(const std::string& program, const std::vector<std::string>& argumen
   return {process.Wait(), output};
 }
 
+std::vector<std::string> Words(const std::string& line) {
+  std::istringstream words(line);
+  return {std::istream_iterator<std::string>(words), {}};
+}
+
 bool CanRunAlone() { return Run("/usr/bin/unshare", {NamespaceFlags(), "ip", "link"}).status == 0; }
 
 Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input) {
@@ -152,7 +157,8 @@ Headers LoginOf(const std::string& user, const std::string& password) {
   std::string coded(AV_BASE64_SIZE(text.size()), '\0');
   av_base64_encode(coded.data(), static_cast<int>(coded.size()), reinterpret_cast<const std::uint8_t*>(text.data()),
                    static_cast<int>(text.size()));
-  return {{"Authorization", "Basic " + std::string(coded.c_str())}};
+  coded.pop_back();  // the NUL
+  return {{"Authorization", "Basic " + coded}};
 }
 
 TestRecorder::TestRecorder() : TestRecorder(Options{}) {}

@@ -57,6 +57,9 @@ struct Finished {
 /// Runs a command of this build's to its end, with `input` on its standard input.
 Finished Run(const std::string& program, const std::vector<std::string>& arguments, const std::string& input = {});
 
+/// Those of a line, for Run().
+std::vector<std::string> Words(const std::string& line);
+
 /// False when RunAlone() needs more than this user may do.
 bool CanRunAlone();
 
