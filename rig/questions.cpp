@@ -218,21 +218,20 @@ Question Questioner::Post(const std::string& method, const Json::Value& params,
           }};
 }
 
-Question Questioner::Get(const std::string& method, const std::string& query,
-                         std::function<std::string(const Reply&)> mistake) const {
-  return {method, HttpRequest("GET", kApi + method + query, login_), std::move(mistake)};
-}
-
 Question Questioner::Whole(const std::string& method, const std::string& answer) const {
-  return Get(method, "", [answer](const Reply& reply) {
-    return reply.body == answer ? "" : "another answer than at the start: " + reply.body.substr(0, kShownOfAnAnswer);
-  });
+  return {method, HttpRequest("GET", kApi + method, login_), [answer](const Reply& reply) {
+            const std::string shown = reply.body.substr(0, kShownOfAnAnswer);
+            return reply.body == answer ? "" : "another answer than at the start: " + shown;
+          }};
 }
 
-Question Questioner::Capability() {
+Question Questioner::Capability() { return OfModel("CamCap"); }
+Question Questioner::Remote() { return OfModel("CamCapRemote"); }
+
+Question Questioner::OfModel(const std::string& method) const {
   Json::Value params = Params(own_);
   params["channel"] = "1";
-  return Post("CamCap", params, [id = model_](const Json::Value& answer) { return WrongId(id, answer); });
+  return Post(method, params, [id = model_](const Json::Value& answer) { return WrongId(id, answer); });
 }
 
 Question Questioner::Test() {
@@ -258,10 +257,6 @@ Question Questioner::Batch(const std::vector<Target>& targets, const std::string
     }
     return "";
   });
-}
-
-Question Questioner::Remote() {
-  return Post("CamCapRemote", Params(own_), [id = model_](const Json::Value& answer) { return WrongId(id, answer); });
 }
 
 Question Questioner::AskOnvif() { return Onvif(kAskNow); }

@@ -63,9 +63,8 @@ class Questioner {
   Json::Value Params(const Target& target) const { return CameraParams(target.port, target.password, model_); }
   Question Post(const std::string& method, const Json::Value& params,
                 std::function<std::string(const Json::Value&)> mistake) const;
-  Question Get(const std::string& method, const std::string& query,
-               std::function<std::string(const Reply&)> mistake) const;
   Question Whole(const std::string& method, const std::string& answer) const;
+  Question OfModel(const std::string& method) const;
   Question Onvif(int command);
   Question Test();
   Question Batch(const std::vector<Target>& targets, const std::string& model);
