@@ -26,7 +26,7 @@ bool IsSilent(int group) {
   return std::find(std::begin(kSilentGroups), std::end(kSilentGroups), group) != std::end(kSilentGroups);
 }
 
-Json::Value CameraConfigs() {
+Json::Value ListedCameras() {
   Json::Value cameras(Json::arrayValue);
   for (int i = 0; i < kGroups * kGroupSize; ++i) {
     Json::Value camera;
@@ -40,7 +40,7 @@ Json::Value CameraConfigs() {
 /// The cameras in a list, and each of them on its own.
 class Trial {
  public:
-  Trial() : cameras_(CameraConfigs()), recorder_({.testMs = kTestMs, .workers = kSilent + 1}) {}
+  Trial() : cameras_(ListedCameras()), recorder_({.testMs = kTestMs, .workers = kSilent + 1}) {}
 
   /// All in one list.
   double AskList() const {

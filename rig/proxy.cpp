@@ -19,7 +19,7 @@ namespace {
 using Address = std::unique_ptr<addrinfo, recorder::Deleter<freeaddrinfo>>;
 
 constexpr int kGlanceMs = 10;  // how often a thread looks whether it has to stop
-constexpr std::chrono::seconds kSilenceLimit{60};
+constexpr std::chrono::seconds kRelaySilenceLimit{60};
 
 Address AddressOf(const std::string& host, int port) {
   addrinfo hints{};
@@ -111,7 +111,7 @@ void Proxy::Accept(Stopping stop) {
 void Proxy::Carry(Stopping stop, const Connection& client) {
   const int on = 1;
   setsockopt(client.Descriptor(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-  const Connection camera(cameraPort_, kSilenceLimit);
+  const Connection camera(cameraPort_, kRelaySilenceLimit);
   while (!stop.stop_requested()) {
     pollfd ends[] = {{client.Descriptor(), POLLIN, 0}, {camera.Descriptor(), POLLIN, 0}};
     poll(ends, std::size(ends), kGlanceMs);

@@ -22,13 +22,13 @@ constexpr Failure kWrongMethod = {405, 4, "Invalid Operation"};
 constexpr Failure kInvalidContent = {400, 6, "Invalid XML Content"};
 
 /// An element as the standard has them below no other, and some within.
-std::string Element(const std::string& name, const std::string& content) {
+std::string Tagged(const std::string& name, const std::string& content) {
   return "<" + name + " version=\"1.0\" xmlns=\"urn:psialliance-org\">" + content + "</" + name + ">";
 }
 
 HttpAnswer Document(const std::string& name, const std::string& content, int status = 200) {
   return {status, "application/xml; charset=\"UTF-8\"",
-          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + Element(name, content) + "\n"};
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + Tagged(name, content) + "\n"};
 }
 
 HttpAnswer Refuse(const Request& request, const Failure& failure) {
@@ -57,9 +57,9 @@ std::string Inputs(const PsiaConfig& psia) {
 }
 
 std::string MotionDetection() {
-  return Element("MotionDetection",
-                 "<id>1</id><enabled>true</enabled><samplingInterval>2</samplingInterval>"
-                 "<startTriggerTime>500</startTriggerTime><endTriggerTime>1000</endTriggerTime>");
+  return Tagged("MotionDetection",
+                "<id>1</id><enabled>true</enabled><samplingInterval>2</samplingInterval>"
+                "<startTriggerTime>500</startTriggerTime><endTriggerTime>1000</endTriggerTime>");
 }
 
 /// What may be chosen, as attributes of a capabilities document: the codecs, sizes and rates that the channels have.
@@ -151,7 +151,7 @@ std::string Channel(const PsiaChannel& channel, int port, const Choices* choices
 std::string Channels(const PsiaConfig& psia, int port) {
   std::string channels;
   for (const PsiaChannel& channel : psia.channels) {
-    channels += Element("StreamingChannel", Channel(channel, port, nullptr));
+    channels += Tagged("StreamingChannel", Channel(channel, port, nullptr));
   }
   return channels;
 }

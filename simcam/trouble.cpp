@@ -27,8 +27,8 @@ std::string WithEntities(std::string xml) {
 
 constexpr std::size_t kAmpersands = 4'100'000;
 
-/// Stuff at the end of the document element.
-void Fill(std::string& xml, const std::string& stuff) { xml.insert(xml.rfind("</"), stuff); }
+/// At the end of the document element.
+void Append(std::string& xml, const std::string& stuff) { xml.insert(xml.rfind("</"), stuff); }
 
 /// Nearly 1 MiB of small elements, with text between them.
 std::string SmallElements() {
@@ -67,9 +67,9 @@ void Spoil(Trouble trouble, HttpAnswer& answer) {
       answer.body = WithEntities(answer.body);
       return;
     case Trouble::kAmpersands:
-      return Fill(answer.body, std::string(kAmpersands, '&'));
+      return Append(answer.body, std::string(kAmpersands, '&'));
     case Trouble::kElements:
-      return Fill(answer.body, SmallElements());
+      return Append(answer.body, SmallElements());
     case Trouble::kEndless:
       answer.sending = HttpAnswer::Body::kEndless;
       return;

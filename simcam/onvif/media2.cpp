@@ -14,7 +14,7 @@ bool Wanted(const SoapRequest& request, std::string_view type) {
                      [type](const std::string& wish) { return wish == "All" || wish == type; });
 }
 
-std::string VideoEncoderXml(const OnvifProfile& profile) {
+std::string EncoderXml(const OnvifProfile& profile) {
   const StreamConfig& stream = *profile.stream;
   const std::string settings = stream.codec->isAllKeys
                                    ? ""
@@ -57,7 +57,7 @@ std::string ConfigurationsXml(const OnvifCamera& camera, const SoapRequest& requ
   if (audio && Wanted(request, "AudioSource")) {
     xml += ConfigurationXml("AudioSource", "AudioSourceConfig", profile, AudioSourceXml(camera, profile));
   }
-  if (Wanted(request, "VideoEncoder")) xml += VideoEncoderXml(profile);
+  if (Wanted(request, "VideoEncoder")) xml += EncoderXml(profile);
   if (audio && Wanted(request, "AudioEncoder")) xml += AudioEncoderXml(profile);
   if (camera.onvif.motion == Motion::kAnalytics && Wanted(request, "Analytics")) {
     xml += ConfigurationXml("Analytics", "Analytics", profile, AnalyticsXml(camera));
@@ -65,7 +65,7 @@ std::string ConfigurationsXml(const OnvifCamera& camera, const SoapRequest& requ
   return xml.empty() ? "" : "<tr2:Configurations>" + xml + "</tr2:Configurations>";
 }
 
-std::string CodecOptions(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
+std::string OptionsOf(const std::vector<OnvifProfile>& profiles, const Codec& codec) {
   const int fastest = FastestOf(profiles, codec);
   if (fastest == 0) return {};
   int bitrate = 0;
@@ -101,7 +101,7 @@ std::string media2::GetVideoEncoderConfigurationOptions(const OnvifCamera& camer
   const auto profiles = ProfilesAskedFor(camera, request, kMedia2);
   std::string options;
   const auto codecs = Codecs();
-  std::for_each(codecs.rbegin(), codecs.rend(), [&](const Codec& codec) { options += CodecOptions(profiles, codec); });
+  std::for_each(codecs.rbegin(), codecs.rend(), [&](const Codec& codec) { options += OptionsOf(profiles, codec); });
   return options;
 }
 

@@ -7,14 +7,14 @@ namespace {
 
 // --- The snapshot request -------------------------------------------------------------------------------------------
 
-const std::string kAsk = kAdmitted + R"(
+const std::string kAskPicture = kAdmitted + R"(
   GetParam("camId",null); GetParam("camPort",null); GetParam("jsonResponse",null); GetParam("camIP",null)
   GetParam("camUserName",null); GetParam("camPassword",null); GetParam("camSourcePath",null); GetParam("camModel",null)
   GetParam("camChannel",null); GetParam("camVideoType",null); )";
-const std::string kLoad = R"(
+const std::string kLoadForPicture = R"(
   GetCamConnStatus(7); IsGenericApi("Acme","X100"); LoadCapability(1,"Acme","X100","9",""); GetChannelList()
   LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); IsValid(); NeedsSourcePath(); )";
-const std::string kTake = kLoad + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath()
+const std::string kTake = kLoadForPicture + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath()
   GetSnapshotPath("",80,0); SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )";
 const std::string kAnswer = R"(HttpBase64EncodeUnsigned("jpg"); SetSuccess({"contentType":"jpeg","img":"base64"}))";
 const std::string kRead = R"(ReadContentFromFileToBuf("../images/add_camera_default.png",true); )";
@@ -23,7 +23,8 @@ const std::string kFailed =
     R"(log("cameracap:792","HandleCameraSnapshot","Failed to get camera snapshot.\n"); )" + kDefault;
 const std::string kNoModel = R"(log("cameracap:746","HandleCameraSnapshot","Get camera capability failed.\n"); )";
 const std::string kNoPath = R"(log("cameracap:275","GetSnapshot","Failed to get snapshot path.\n"); )";
-const std::string kStream = kLoad + R"(GetVideoType("MPEG2"); NeedsSourcePath(); GetSnapshotPath("",80,0)
+const std::string kStreamPicture =
+    kLoadForPicture + R"(GetVideoType("MPEG2"); NeedsSourcePath(); GetSnapshotPath("",80,0)
   RtpFetch("10.0.0.9",554,"/live","root","pw",false,"",2,4,0,"",""); MP4Stream(1,7); NextPartInfo(false,0)
   )";
 const std::vector<Row> kSnapshotRows = {
@@ -44,7 +45,7 @@ const std::vector<Row> kSnapshotRows = {
         SnapshotGetFromAPI("10.0.0.9",8080,"root","secret","",3); )" +
             kAnswer),
     Row("CodecWithoutSetting", {{"camVideoType", "mjpeg"}},
-        kLoad + R"(GetVideoType("mjpeg"); NeedsSourcePath()
+        kLoadForPicture + R"(GetVideoType("mjpeg"); NeedsSourcePath()
         GetSnapshotPath("",80,0); SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","",3); )" +
             kAnswer),
     Row("OtherKinds", {{"GetSnapshotPath", List(0, "/shot", 8080, 5)}}, kTake + kAnswer),
@@ -53,20 +54,21 @@ const std::vector<Row> kSnapshotRows = {
     Row("PictureOfNoBytes", {{"SnapshotGetFromAPI", List(0, "")}}, kTake + kFailed),
     Row("NoPath", {{"GetSnapshotPath", 1}}, Until("GetSnapshotPath", kTake) + kNoPath + kFailed),
     Row("CallThatCannotBeMade", {{"GetSnapshotPath", kNoObject}},
-        kLoad + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath(); )" +
+        kLoadForPicture + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath(); )" +
             BadCall(456, "GetSnapshotPath", kNullObject) +
             R"(SnapshotGetFromAPI("10.0.0.9",80,"root","pw","640x480",3); )" + kAnswer),
     Row("NoSetting", {{"GetListForCodec", List(List())}}, Swap(kTake, "640x480", "") + kAnswer),
     Row("NoDefaultPicture", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}},
         "GetCamConnStatus(7); " + kRead +
             R"(log("cameracap:685","GetDefaultSnapshot","Failed to read img[../images/add_camera_default.png]!\n"))"),
-    Row("StreamDecodes", {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}}, kStream + R"(
+    Row("StreamDecodes",
+        {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}}, kStreamPicture + R"(
         GetVideoFormat(1); Init(0,1748121140,"cfg"); GetImgContentInfo(); GetCurTimestamp(); MediaUnit #1(7)
         #1.SetPTS(5000000); #1.SetDTS(5000000); #1.SetTimestamp(5000000); FetchContent(3)
         Packetize("\u0000\u0000\u0000\u0001abc"); ~MediaUnit #1; MediaUnit #2(3); Packetize("")
         DoFFMpegGetJpeg(3,"cfg","key"); ~MediaUnit #2; ~MP4Stream; ~RtpFetch; )" + Swap(kAnswer, "jpg", "decoded")),
     Row("StreamFails", {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}, {"NextPartInfo", 1}},
-        kStream + R"(log("cameracap:221","GetImgByRTP","Get rtp header failed.\n"); ~MP4Stream; ~RtpFetch; )" +
+        kStreamPicture + R"(log("cameracap:221","GetImgByRTP","Get rtp header failed.\n"); ~MP4Stream; ~RtpFetch; )" +
             kFailed),
     Row("Raw", {{"jsonResponse", false}, {"SnapshotGetFromAPI", List(0, std::string("j\0p\ng", 5))}},
         kTake + R"(stdout("Content-type: image/jpeg\r\nContent-length: 5\r\n\r\nj\u0000p\ng"))"),
@@ -82,13 +84,14 @@ const std::vector<Row> kSnapshotRows = {
     Row("ExceptionOfDefault", {{"SnapshotGetFromAPI", List(1, "half")}, {"ReadContentFromFileToBuf", kThrow}},
         kTake + Until("ReadContentFromFileToBuf", kFailed) + "thrown"),
 };
-INSTANTIATE_TEST_SUITE_P(GetSnapshot, MethodTest, Rows("GetSnapshot", kAsk, kSnapshotRows), kByName);
+INSTANTIATE_TEST_SUITE_P(GetSnapshot, MethodTest, Rows("GetSnapshot", kAskPicture, kSnapshotRows), kByName);
 
 TEST_F(ModuleTest, SettingIsOfTheCodec) {
   for (const auto& [name, number] : {std::pair{"MJPEG", "1"}, {"MPEG4", "2"}, {"H.264", "3"}, {"MXPEG", "5"}}) {
     Reset();
     Send("GetSnapshot", With(kCamera, {{"camVideoType", name}}));
-    EXPECT_EQ(Transcript(), Lines(kAsk + kLoad + "GetListForCodec(" + number + "); GetVideoType(\"" + name + R"("); )" +
+    EXPECT_EQ(Transcript(), Lines(kAskPicture + kLoadForPicture + "GetListForCodec(" + number + "); GetVideoType(\"" +
+                                  name + R"("); )" +
                                   R"(NeedsSourcePath(); GetSnapshotPath("",80,0)
                                   SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )" +
                                   kAnswer));

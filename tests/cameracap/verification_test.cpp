@@ -3,7 +3,7 @@
 
 namespace {
 
-const std::string kAsk = kAdmitted + R"(
+const std::string kAskTest = kAdmitted + R"(
   GetParam("camVideoType",null); GetParam("camStreamingType",null); GetParam("camId",null); GetParam("camPort",null)
   GetParam("camIP",null); GetParam("camUserName",null); GetParam("camPassWord",null); GetParam("camModel",null)
   GetParam("camChannel",null); GetParam("camSourcePath",null)
@@ -14,19 +14,19 @@ const std::string kPasses = R"(IsValid(); NeedsSourcePath(); HasStreamPath(); Ve
 const std::string kOwnCheck = R"(IsGenericApi("Acme","X100")
   LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","9","/src"); )" +
                               kPasses;
-const std::string kStream = Until("HasStreamPath", kOwnCheck) + R"(GetStreamPath("/src",80)
+const std::string kStreamPath = Until("HasStreamPath", kOwnCheck) + R"(GetStreamPath("/src",80)
   CameraVerify("10.0.0.9",8554,"root","pw","/live",3,2,4); Verify(); ~CameraVerify
   )";
-const std::vector<Row> kRows = {
+const std::vector<Row> kTestRows = {
     Row("OwnCheck", {}, kOwnCheck),
     Row("OwnCheckFails", {{"VerifyConnection", -7}, {"RetDevApiToRetCV", 5}},
         Swap(Until("RetDevApiToRetCV", kOwnCheck), "CV(0", "CV(-7") + Error(463)),
     Row("GivenPath", {{"NeedsSourcePath", true}}, Until("NeedsSourcePath", kOwnCheck) + R"(
         CameraVerify("10.0.0.9",80,"root","pw","/src",3,2,4); Verify(); ~CameraVerify; SetSuccess({"result":0}))"),
-    Row("StreamPath", {{"HasStreamPath", true}, {"Verify", 15}}, kStream + Error(467)),
-    Row("CheckThrows", {{"HasStreamPath", true}, {"Verify", kThrow}}, kStream + "thrown"),
+    Row("StreamPath", {{"HasStreamPath", true}, {"Verify", 15}}, kStreamPath + Error(467)),
+    Row("CheckThrows", {{"HasStreamPath", true}, {"Verify", kThrow}}, kStreamPath + "thrown"),
     Row("NoStreamPath", {{"HasStreamPath", true}, {"GetStreamPath", List(2, "/live", 8554)}},
-        Until("GetStreamPath", kStream) + Error(468)),
+        Until("GetStreamPath", kStreamPath) + Error(468)),
     Row("CallThatCannotBeMade", {{"HasStreamPath", true}, {"GetStreamPath", kNoObject}},
         Until("HasStreamPath", kOwnCheck) + BadCall(476, "GetStreamPath", kNullObject) +
             R"(CameraVerify("10.0.0.9",80,"root","pw","/src",3,2,4); Verify(); ~CameraVerify; SetSuccess({"result":0}))"),
@@ -36,7 +36,7 @@ const std::vector<Row> kRows = {
     Row("NoBlank", {{"camModel", "Acme\tX100"}}, Swap(kOwnCheck, R"("Acme","X100")", R"("","")")),
     Row("BlankFirst", {{"camModel", " X100"}}, Swap(kOwnCheck, "\"Acme\"", "\"\"")),
 };
-INSTANTIATE_TEST_SUITE_P(CameraTest, MethodTest, Rows("CameraTest", kAsk, kRows), kByName);
+INSTANTIATE_TEST_SUITE_P(CameraTest, MethodTest, Rows("CameraTest", kAskTest, kTestRows), kByName);
 
 const std::string kGeneric = R"(IsGenericApi("Acme","X100")
   GetCamCapFile("10.0.0.9","root","pw","9","Acme","X100",80,0,0,"",0)
@@ -64,7 +64,7 @@ const std::vector<Row> kGenericRows = {
         log("cameracap:618","HandleCameraTest","Get camera capability failed.\n"); )" + Error(468)),
 };
 INSTANTIATE_TEST_SUITE_P(GenericCameraTest, MethodTest,
-                         Rows("CameraTest", kAsk, kGenericRows, {{"IsGenericApi", true}}), kByName);
+                         Rows("CameraTest", kAskTest, kGenericRows, {{"IsGenericApi", true}}), kByName);
 
 TEST_F(ModuleTest, ResultNamesTheCause) {
   const std::map<int, int> kCodes{{4, 462}, {5, 463}, {6, 464}, {7, 465}, {8, 466}, {15, 467}};

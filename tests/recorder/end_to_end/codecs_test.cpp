@@ -36,7 +36,7 @@ const char* const kLogins[] = {"none", "basic", "digest-md5", "digest-sha256"};
 
 std::string NameOf(const Kind& kind, const std::string& login) { return std::string(kind.name) + " " + login; }
 
-Json::Value AllCameras() {
+Json::Value CodecCameras() {
   Json::Value cameras(Json::arrayValue);
   for (const Kind& kind : kKinds) {
     for (const char* login : kLogins) {
@@ -66,7 +66,7 @@ std::string SizeOf(const std::string& jpeg) {
 }  // namespace
 
 TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
-  const SimCameras cameras(AllCameras());
+  const SimCameras cameras(CodecCameras());
   const TestRecorder recorder;
   for (const Kind& kind : kKinds) {
     for (const char* login : kLogins) {

@@ -11,7 +11,7 @@ using namespace rig;
 namespace {
 
 /// The first camera tells of itself when it is asked, the second does not.
-constexpr char kCameras[] = R"({"cameras": [
+constexpr char kHeard[] = R"({"cameras": [
     {"name": "yard", "port": 8080, "onvif": {"media": ["1"]}, "discovery": true},
     {"name": "shy", "port": 8081, "onvif": {"media": ["1"]}}]})";
 
@@ -26,7 +26,7 @@ Finished Discover(const std::string& cameras, std::vector<std::string> arguments
 
 TEST(Discover, FindsCamerasReadyForImport) {
   if (!CanRunAlone()) GTEST_SKIP() << "no namespaces can be made here";
-  const Finished json = Discover(kCameras, {"--interface", "lo", "--json"});
+  const Finished json = Discover(kHeard, {"--interface", "lo", "--json"});
   ASSERT_EQ(json.status, 0) << json.output;
   const Json::Value found = ParseJson(json.output);
   ASSERT_EQ(found.size(), 1U) << json.output;
@@ -34,7 +34,7 @@ TEST(Discover, FindsCamerasReadyForImport) {
   EXPECT_EQ(found[0]["port"].asInt(), 8080);
 
   const TempFolder folder;
-  const auto list = folder.Write("found.csv", Discover(kCameras, {"--interface", "lo"}).output);
+  const auto list = folder.Write("found.csv", Discover(kHeard, {"--interface", "lo"}).output);
   const TestRecorder recorder;
   const Finished imported = recorder.Control({"camera", "import", list.string()});
   EXPECT_EQ(imported.status, 0) << imported.output;
@@ -43,7 +43,7 @@ TEST(Discover, FindsCamerasReadyForImport) {
 
 TEST(Discover, SaysWhyNothingIsFound) {
   if (!CanRunAlone()) GTEST_SKIP() << "no namespaces can be made here";
-  const std::string shy = Replaced(kCameras, R"("discovery": true)", R"("discovery": false)");
+  const std::string shy = Replaced(kHeard, R"("discovery": true)", R"("discovery": false)");
   const Finished nobody = Discover(shy, {"--interface", "lo"});
   EXPECT_EQ(nobody.status, 0);
   EXPECT_THAT(nobody.output, testing::HasSubstr("no camera answered"));

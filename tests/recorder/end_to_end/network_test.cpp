@@ -23,7 +23,7 @@ constexpr int kLimitMs = 1000;
 constexpr std::chrono::milliseconds kLatest{kLimitMs + 4000};  // with what a busy machine adds
 
 // A clip has the same key frame in every session, and costs no time to encode.
-constexpr char kClip[] = R"({"server": "scripted", "stream": {"source": "clip", "start": "key"}})";
+constexpr char kPlainClip[] = R"({"server": "scripted", "stream": {"source": "clip", "start": "key"}})";
 
 /// The models that are asked. Of an ONVIF camera the web services alone lie behind the proxy, since it names the port
 /// of its stream itself.
@@ -38,7 +38,7 @@ struct Seen {
 class Network : public testing::Test {
  protected:
   Json::Value Configs() const {
-    const Json::Value clip = ParseJson(kClip);
+    const Json::Value clip = ParseJson(kPlainClip);
     Json::Value onvif = clip;
     onvif["onvif"]["innerAddress"] = "127.0.0.1:" + std::to_string(proxies_[2].Port());
     return List(
