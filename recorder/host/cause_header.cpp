@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "recorder/device/check/verify_result.h"
+#include "recorder/utility/cause_table.h"
 
 namespace recorder {
 
@@ -34,7 +34,7 @@ Outcome CauseOfRow(const Json::Value& row, int result, const std::vector<RowRepo
   const CameraEntry entry = EntryOf(row);
   const auto report = std::find_if(reports.begin(), reports.end(), [&](const RowReport& candidate) {
     const CameraEntry modelAlone{entry.vendor, entry.model, {}, 0, {}};
-    return (candidate.camera == entry || candidate.camera == modelAlone) && ToVerifyResult(candidate.cause) == result;
+    return (candidate.camera == entry || candidate.camera == modelAlone) && RowOf(candidate.cause).result == result;
   });
   return report == reports.end() ? Outcome::kBadRow : report->cause;
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
@@ -115,9 +116,7 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
 }
 
 void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
-  constexpr std::array kLasting{Outcome::kLoginRefused, Outcome::kClockUnknown, Outcome::kTimedOut};
-  if (std::find(kLasting.begin(), kLasting.end(), outcome) == kLasting.end()) return;
-  failures_.try_emplace({NormalizedHost(host), user}, outcome);
+  if (RowOf(outcome).reach == Reach::kRequest) failures_.try_emplace({NormalizedHost(host), user}, outcome);
 }
 
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {

@@ -73,7 +73,7 @@ class RequestScope {
   std::optional<Outcome> Refusal(const std::string& host, int port, const std::string& user,
                                  const std::string& password) const;
 
-  /// Remembers how a contact failed, if that answers later contacts too (kLoginRefused, kClockUnknown, kTimedOut).
+  /// Remembers how a contact failed, if that answers later contacts too (Reach::kRequest).
   void Remember(const std::string& host, const std::string& user, Outcome outcome);
 
   /// How asking the camera that `key` stands for failed in this request, if it did.

@@ -4,7 +4,8 @@
 
 namespace recorder {
 
-/// How a request about a camera ended: the rung of the ladder on which it failed.
+/// How a request about a camera ended: the rung of the ladder on which it failed. What follows from each stands in
+/// cause_table.cpp.
 enum class Outcome {
   kOk,
   kUnreachable,       ///< host not found, no route, connection refused
@@ -26,6 +27,7 @@ enum class Outcome {
   kBadRow,        ///< the row of a list cannot be read
   // Here, not at the camera:
   kRecorderFailed,  ///< no memory, or the state folder cannot be written
+  kCount            ///< none, but how many there are
 };
 
 /// The name by which callers are told, such as "loginRefused"; docs/causes.md has a text for each.

@@ -11,20 +11,10 @@
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/request/request_scope.h"
-#include "recorder/utility/translate.h"
+#include "recorder/utility/cause_table.h"
 
 namespace recorder {
 namespace {
-
-constexpr std::pair<Outcome, CAMCAP_FILE_RESULT> kFileResults[] = {
-    {Outcome::kOk, CAMCAP_FILE_OBTAINED},
-    {Outcome::kUnreachable, CAMCAP_FILE_UNREACHABLE},
-    {Outcome::kTimedOut, CAMCAP_FILE_UNREACHABLE},
-    {Outcome::kLoginRefused, CAMCAP_FILE_LOGIN_REFUSED},
-    {Outcome::kNoSuchStream, CAMCAP_FILE_NO_SERVICE},
-    {Outcome::kNotThisProtocol, CAMCAP_FILE_NO_SERVICE},
-    {Outcome::kNoService, CAMCAP_FILE_NO_SERVICE},
-};
 
 CameraAddress CameraAddressOf(const CamProfile& profile) {
   return {profile.ip, profile.port, profile.user, profile.pass};
@@ -63,7 +53,7 @@ FileAnswer AskGenericCamera(const CamProfile& profile, Freshness freshness) {
 }
 
 CAMCAP_FILE_RESULT ToFileResult(const FileAnswer& answer, __tag_REMOTE_CAMCAP_CMD cmd) {
-  const CAMCAP_FILE_RESULT result = Translate(kFileResults, answer.outcome, CAMCAP_FILE_NOT_UNDERSTOOD);
+  const CAMCAP_FILE_RESULT result = RowOf(answer.outcome).fileResult;
   if (result == CAMCAP_FILE_OBTAINED) return answer.file.empty() ? CAMCAP_FILE_SUBSTITUTED : result;
   const bool isFailure = cmd == REMOTE_CAMCAP_ASK_NOW || result == CAMCAP_FILE_LOGIN_REFUSED ||
                          answer.outcome == Outcome::kUnknownModel;  // nothing could stand in

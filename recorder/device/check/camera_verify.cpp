@@ -2,8 +2,8 @@
 
 #include "platform/device.h"
 #include "recorder/device/check/stream_probe.h"
-#include "recorder/device/check/verify_result.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/utility/cause_table.h"
 
 struct CameraVerify::Impl {
   recorder::CameraAddress address;
@@ -20,6 +20,5 @@ CameraVerify::CameraVerify(const std::string& address, int port, const std::stri
 CameraVerify::~CameraVerify() = default;
 
 int CameraVerify::Verify() {
-  return recorder::ToVerifyResult(
-      recorder::ProbeStream(impl->address, impl->path, impl->videoType, impl->streamingType));
+  return recorder::RowOf(recorder::ProbeStream(impl->address, impl->path, impl->videoType, impl->streamingType)).result;
 }

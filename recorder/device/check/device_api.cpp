@@ -2,9 +2,9 @@
 
 #include "recorder/device/check/member_function.h"
 #include "recorder/device/check/unasked.h"
-#include "recorder/device/check/verify_result.h"
 #include "recorder/device/check/wanted_camera.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 
 using recorder::CameraDriver;
 using recorder::Register;
@@ -49,5 +49,5 @@ void DeviceAPIHandler::LoadByParam(DP_LOAD_SOURCE source, const std::string& add
 
 int RetDevApiToRetCV(int code) {
   using recorder::Outcome;
-  return recorder::ToVerifyResult(recorder::OutcomeOfNumber(code).value_or(Outcome::kNotUnderstood));
+  return recorder::RowOf(recorder::OutcomeOfNumber(code).value_or(Outcome::kNotUnderstood)).result;
 }

@@ -16,7 +16,7 @@ using FunctorResult = std::conditional_t<std::is_same_v<R, Outcome>, int, R>;
 
 /// The outcome whose number a functor returned; nothing for a number that is none.
 inline std::optional<Outcome> OutcomeOfNumber(int number) {
-  const bool isOutcome = number >= 0 && number <= static_cast<int>(Outcome::kRecorderFailed);
+  const bool isOutcome = number >= 0 && number < static_cast<int>(Outcome::kCount);
   return isOutcome ? std::optional(static_cast<Outcome>(number)) : std::nullopt;
 }
 

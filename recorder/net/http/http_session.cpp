@@ -8,14 +8,11 @@
 #include "recorder/net/http/http_place.h"
 #include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 
 namespace recorder {
 
-bool EndsConversation(Outcome outcome) {
-  return outcome == Outcome::kTimedOut || outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked ||
-         outcome == Outcome::kLoginRefused || outcome == Outcome::kLoginUnsupported ||
-         outcome == Outcome::kClockUnknown;
-}
+bool EndsConversation(Outcome outcome) { return RowOf(outcome).reach != Reach::kContact; }
 
 struct HttpSession::Impl : AnswerReader {
   explicit Impl(const CameraAddress& address) : camera(address) { MoveTo(PlaceAt(camera, "/")); }

@@ -7,8 +7,8 @@
 
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/text.h"
-#include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
@@ -19,25 +19,10 @@ constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
 constexpr std::size_t kPacketCost = 64;  // of memory, beside its bytes
 constexpr int kUnauthorized = 401;
 
-// With 403 the user is known, but not allowed. Any other status of 300 or more is kNotUnderstood. So is 461
-// (unsupported transport): a camera that grants no interleaved video will not do so later either, which is what "busy"
-// would promise.
-constexpr std::pair<int, Outcome> kRtspStatusOutcomes[] = {
-    {kUnauthorized, Outcome::kLoginRefused},
-    {403, Outcome::kLoginRefused},
-    {404, Outcome::kNoSuchStream},
-    {410, Outcome::kNoSuchStream},
-    {453, Outcome::kBusy},
-    {454, Outcome::kNoSuchStream},
-    {503, Outcome::kBusy},
-};
-
 bool IsSuccess(int status) { return status >= 200 && status < 300; }
 bool IsRedirect(int status) { return status >= 300 && status < 400; }
 
-Outcome OutcomeOf(int status) {
-  return IsSuccess(status) ? Outcome::kOk : Translate(kRtspStatusOutcomes, status, Outcome::kNotUnderstood);
-}
+Outcome OutcomeOf(int status) { return IsSuccess(status) ? Outcome::kOk : OutcomeOfRtsp(status); }
 
 std::string MakeUri(const RtspTarget& target) {
   const std::string_view host = WithoutBrackets(target.host);
