@@ -2,10 +2,13 @@
 
 #include <json/json.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
-#include <set>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
@@ -23,100 +26,134 @@ constexpr auto kPage = "index.html";
 
 Config currentConfig;
 
-/// Reads the members of one JSON object; every mistake is a ConfigError that names it.
-class ObjectReader {
+[[noreturn]] void Fail(const fs::path& file, const std::string& member, const std::string& mistake) {
+  throw ConfigError(file.string() + ": " + member + ": " + mistake);
+}
+
+/// One member of the file. What is read into a target leaves that as it is where the member is missing; every mistake
+/// is a ConfigError that names it.
+class Member {
  public:
-  ObjectReader(const fs::path& file, const Json::Value& object, std::string prefix)
-      : file_(file), object_(object), prefix_(std::move(prefix)) {}
+  Member(const fs::path& file, std::string name, const Json::Value& value)
+      : file_(file), name_(std::move(name)), value_(value) {}
 
-  [[noreturn]] void Fail(const std::string& member, const std::string& mistake) const {
-    throw ConfigError(file_.string() + ": " + prefix_ + member + ": " + mistake);
+  fs::path Path() const {
+    if (value_.isNull()) Mistake("missing");
+    if (!value_.isString() || value_.asString().empty()) Mistake("must be a path");
+    return fs::absolute(file_).parent_path() / value_.asString();
   }
 
-  fs::path Path(const char* member) {
-    const Json::Value& value = Take(member);
-    if (value.isNull()) Fail(member, "missing");
-    if (!value.isString() || value.asString().empty()) Fail(member, "must be a path");
-    return fs::absolute(file_).parent_path() / value.asString();
+  void Read(fs::path& target) const {
+    if (!value_.isNull()) target = Path();
   }
 
-  /// Empty when the member is missing.
-  fs::path OptionalPath(const char* member) { return object_.isMember(member) ? Path(member) : fs::path(); }
+  void Read(bool& target) const {
+    if (value_.isNull()) return;
+    if (!value_.isBool()) Mistake("must be true or false");
+    target = value_.asBool();
+  }
 
-  /// Call first: of a newer file's members it is not known what they mean.
-  void RefuseNewerThan(int known) {
-    const Json::Value& value = Take("version");
-    if (value.isNull()) return;
-    if (!value.isInt() || value.asInt() < 1) Fail("version", "must be a whole number from 1");
-    if (value.asInt() > known) {
-      Fail("version", "is " + std::to_string(value.asInt()) + ", this program knows version " + std::to_string(known) +
-                          "; use a newer program");
+  void Read(std::chrono::milliseconds& target) const {
+    if (value_.isNull()) return;
+    if (!value_.isInt() || value_.asInt() < kShortestLimitMs || value_.asInt() > kLongestLimitMs) {
+      Mistake("must be a number of milliseconds from " + std::to_string(kShortestLimitMs) + " to " +
+              std::to_string(kLongestLimitMs));
     }
+    target = std::chrono::milliseconds(value_.asInt());
   }
 
-  void Read(const char* member, bool& target) {
-    const Json::Value& value = Take(member);
-    if (value.isNull()) return;
-    if (!value.isBool()) Fail(member, "must be true or false");
-    target = value.asBool();
-  }
-
-  void Read(const char* member, std::chrono::milliseconds& target) {
-    const Json::Value& value = Take(member);
-    if (value.isNull()) return;
-    if (!value.isInt() || value.asInt() < kShortestLimitMs || value.asInt() > kLongestLimitMs) {
-      Fail(member, "must be a number of milliseconds from " + std::to_string(kShortestLimitMs) + " to " +
-                       std::to_string(kLongestLimitMs));
-    }
-    target = std::chrono::milliseconds(value.asInt());
-  }
-
-  void Read(const char* member, std::vector<std::string>& target) {
-    const Json::Value& value = Take(member);
-    if (value.isNull()) return;
-    if (!value.isArray()) Fail(member, "must be a list of texts");
-    for (const Json::Value& entry : value) {
-      if (!entry.isString() || entry.asString().empty()) Fail(member, "must be a list of texts");
+  void Read(std::vector<std::string>& target) const {
+    if (value_.isNull()) return;
+    if (!value_.isArray()) Mistake("must be a list of texts");
+    for (const Json::Value& entry : value_) {
+      if (!entry.isString() || entry.asString().empty()) Mistake("must be a list of texts");
       target.push_back(entry.asString());
     }
   }
 
-  void Read(const char* member, std::vector<AddressRange>& target) {
+  void Read(std::vector<AddressRange>& target) const {
     std::vector<std::string> texts;
-    Read(member, texts);
+    Read(texts);
     for (const std::string& text : texts) {
       const std::optional<AddressRange> range = ParseAddressRange(text);
-      if (!range) Fail(member, '"' + text + "\" is no range of addresses such as 10.1.0.0/16 or fe80::/10");
+      if (!range) Mistake('"' + text + "\" is no range of addresses such as 10.1.0.0/16 or fe80::/10");
       target.push_back(*range);
     }
   }
 
-  ObjectReader Object(const char* member) {
-    const Json::Value& value = Take(member);
-    if (!value.isNull() && !value.isObject()) Fail(member, "must be an object");
-    return {file_, value, prefix_ + member + "."};
-  }
-
-  /// Call last: a member that nobody read is a mistake.
-  void RefuseOthers() const {
-    if (object_.isNull()) return;
-    for (const std::string& member : object_.getMemberNames()) {
-      if (!taken_.contains(member)) Fail(member, "unknown member");
-      if (object_[member].isNull()) Fail(member, "must not be null");
+  /// The number of a version, of which `known` is the newest that can be read.
+  void RefuseNewerThan(int known) const {
+    if (value_.isNull()) return;
+    if (!value_.isInt() || value_.asInt() < 1) Mistake("must be a whole number from 1");
+    if (value_.asInt() > known) {
+      Mistake("is " + std::to_string(value_.asInt()) + ", this program knows version " + std::to_string(known) +
+              "; use a newer program");
     }
   }
 
  private:
-  const Json::Value& Take(const char* member) {
-    taken_.insert(member);
-    return object_[member];
-  }
+  [[noreturn]] void Mistake(const std::string& mistake) const { Fail(file_, name_, mistake); }
 
   const fs::path& file_;
-  const Json::Value& object_;
-  std::string prefix_;
-  std::set<std::string> taken_;
+  const std::string name_;
+  const Json::Value& value_;
 };
+
+struct Setting {
+  std::string_view object;  ///< in which the member stands; "": in that of the whole file
+  std::string_view member;
+  void (*read)(const Member& value, Config& config);
+};
+
+constexpr Setting kSettings[] = {
+    // First: of a newer file's members it is not known what they mean.
+    {"", "version", [](const Member& value, Config&) { value.RefuseNewerThan(kVersion); }},
+    {"", "stateFolder", [](const Member& value, Config& config) { config.stateFolder = value.Path(); }},
+    {"", "modelsFolder", [](const Member& value, Config& config) { config.modelsFolder = value.Path(); }},
+    {"", "module", [](const Member& value, Config& config) { config.module = value.Path(); }},
+    {"", "workFolder", [](const Member& value, Config& config) { config.workFolder = value.Path(); }},
+    {"", "pageFolder", [](const Member& value, Config& config) { value.Read(config.pageFolder); }},
+    {"", "cmsHost", [](const Member& value, Config& config) { value.Read(config.cmsHost); }},
+    {"", "hostNames", [](const Member& value, Config& config) { value.Read(config.hostNames); }},
+    {"limits", "testMs", [](const Member& value, Config& config) { value.Read(config.limits.test); }},
+    {"limits", "pictureMs", [](const Member& value, Config& config) { value.Read(config.limits.picture); }},
+    {"addressPolicy", "allow", [](const Member& value, Config& config) { value.Read(config.addressPolicy.allow); }},
+    {"addressPolicy", "deny", [](const Member& value, Config& config) { value.Read(config.addressPolicy.deny); }},
+};
+
+std::string NameIn(std::string_view object, std::string_view member) {
+  return object.empty() ? std::string(member) : std::string(object) + '.' + std::string(member);
+}
+
+/// The member of `root` that `setting` is read from; null when it is missing.
+const Json::Value& ValueOf(const Setting& setting, const Json::Value& root, const fs::path& file) {
+  const std::string member(setting.member);
+  if (setting.object.empty()) return root[member];
+  const std::string object(setting.object);
+  const Json::Value& value = root[object];
+  if (!value.isNull() && !value.isObject()) Fail(file, object, "must be an object");
+  return value[member];
+}
+
+bool IsSetting(std::string_view object, std::string_view member) {
+  return std::any_of(std::begin(kSettings), std::end(kSettings),
+                     [&](const Setting& setting) { return setting.object == object && setting.member == member; });
+}
+
+bool IsObject(std::string_view name) {
+  return std::any_of(std::begin(kSettings), std::end(kSettings),
+                     [&](const Setting& setting) { return !setting.object.empty() && setting.object == name; });
+}
+
+/// A member that nobody reads is a mistake. `name`: of `object`, "" for the whole file.
+void RefuseOthers(const Json::Value& object, const std::string& name, const fs::path& file) {
+  for (const std::string& member : object.getMemberNames()) {
+    const bool isObject = name.empty() && IsObject(member);
+    if (!isObject && !IsSetting(name, member)) Fail(file, NameIn(name, member), "unknown member");
+    if (object[member].isNull()) Fail(file, NameIn(name, member), "must not be null");
+    if (isObject) RefuseOthers(object[member], member, file);
+  }
+}
 
 Json::Value Parse(const fs::path& file) {
   std::string text;
@@ -133,43 +170,35 @@ Json::Value Parse(const fs::path& file) {
 }
 
 /// Mistakes that would otherwise show only when the first camera is asked.
-void CheckFiles(const Config& config, const ObjectReader& reader) {
+void CheckFiles(const Config& config, const fs::path& file) {
   std::error_code ignored;
-  if (!fs::is_directory(config.modelsFolder, ignored)) reader.Fail("modelsFolder", "is no folder");
-  if (!fs::is_regular_file(config.module, ignored)) reader.Fail("module", "is no file");
-  if (!fs::is_directory(config.workFolder, ignored)) reader.Fail("workFolder", "is no folder");
+  if (!fs::is_directory(config.modelsFolder, ignored)) Fail(file, "modelsFolder", "is no folder");
+  if (!fs::is_regular_file(config.module, ignored)) Fail(file, "module", "is no file");
+  if (!fs::is_directory(config.workFolder, ignored)) Fail(file, "workFolder", "is no folder");
   if (!fs::is_regular_file(config.workFolder / kDefaultPicture, ignored)) {
-    reader.Fail("workFolder", std::string("there is no ") + kDefaultPicture + " from there");
+    Fail(file, "workFolder", std::string("there is no ") + kDefaultPicture + " from there");
   }
   if (!config.pageFolder.empty() && !fs::is_regular_file(config.pageFolder / kPage, ignored)) {
-    reader.Fail("pageFolder", std::string("there is no ") + kPage + " in it");
+    Fail(file, "pageFolder", std::string("there is no ") + kPage + " in it");
   }
 }
 
 }  // namespace
 
+std::vector<std::string> SettingNames() {
+  std::vector<std::string> names;
+  for (const Setting& setting : kSettings) names.push_back(NameIn(setting.object, setting.member));
+  return names;
+}
+
 Config LoadConfig(const fs::path& file) {
   const Json::Value root = Parse(file);
-  ObjectReader reader{file, root, ""};
-  reader.RefuseNewerThan(kVersion);
   Config config;
-  config.stateFolder = reader.Path("stateFolder");
-  config.modelsFolder = reader.Path("modelsFolder");
-  config.module = reader.Path("module");
-  config.workFolder = reader.Path("workFolder");
-  config.pageFolder = reader.OptionalPath("pageFolder");
-  reader.Read("cmsHost", config.cmsHost);
-  reader.Read("hostNames", config.hostNames);
-  ObjectReader limits = reader.Object("limits");
-  limits.Read("testMs", config.limits.test);
-  limits.Read("pictureMs", config.limits.picture);
-  limits.RefuseOthers();
-  ObjectReader addressPolicy = reader.Object("addressPolicy");
-  addressPolicy.Read("allow", config.addressPolicy.allow);
-  addressPolicy.Read("deny", config.addressPolicy.deny);
-  addressPolicy.RefuseOthers();
-  reader.RefuseOthers();
-  CheckFiles(config, reader);
+  for (const Setting& setting : kSettings) {
+    setting.read({file, NameIn(setting.object, setting.member), ValueOf(setting, root, file)}, config);
+  }
+  RefuseOthers(root, "", file);
+  CheckFiles(config, file);
   return config;
 }
 

@@ -39,6 +39,9 @@ class ConfigError : public std::runtime_error {
 /// are absolute. A file of a newer version is refused. Throws ConfigError.
 Config LoadConfig(const std::filesystem::path& file);
 
+/// What LoadConfig reads, such as "module" and "limits.testMs". A test compares it with docs/config.schema.json.
+std::vector<std::string> SettingNames();
+
 /// Makes `config` the configuration of this process, its address policy too, and prepares libsodium. Call once at
 /// start, before the first request and before there are threads. Throws std::exception with a text for the
 /// administrator.
