@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <map>
+#include <set>
 #include <sstream>
 
 #include "recorder/utility/files.h"
@@ -66,14 +68,49 @@ TEST_P(ConfigTest, NamesFileMemberAndMistake) {
 
 INSTANTIATE_TEST_SUITE_P(Mistake, ConfigTest, testing::ValuesIn(kConfigCases), kByName);
 
-TEST(ConfigSchemaTest, KnowsTheSameMembers) {
+/// All that docs/config.schema.json describes, by the names that the reader has.
+std::map<std::string, Json::Value> SchemaMembers() {
   Json::Value schema;
-  Json::Value good;
   std::istringstream(ReadFile(SOURCE_FOLDER "/docs/config.schema.json")) >> schema;
-  std::istringstream(kGood) >> good;
-  EXPECT_EQ(schema["properties"].getMemberNames(), good.getMemberNames());
-  for (const char* member : {"addressPolicy", "limits"}) {
-    EXPECT_EQ(schema["properties"][member]["properties"].getMemberNames(), good[member].getMemberNames());
+  std::map<std::string, Json::Value> members;
+  const auto add = [&](const Json::Value& object, const std::string& prefix, const auto& self) -> void {
+    for (const std::string& name : object["properties"].getMemberNames()) {
+      const Json::Value& member = object["properties"][name];
+      EXPECT_FALSE(member["description"].asString().empty()) << prefix << name;
+      if (member["type"] == "object") {
+        self(member, name + ".", self);
+      } else {
+        members[prefix + name] = member;
+      }
+    }
+  };
+  add(schema, "", add);
+  return members;
+}
+
+TEST(ConfigSchemaTest, DescribesWhatIsRead) {
+  std::set<std::string> described;
+  for (const auto& [name, member] : SchemaMembers()) described.insert(name);
+  const std::vector<std::string> names = SettingNames();
+  EXPECT_EQ(described, std::set<std::string>(names.begin(), names.end()));
+}
+
+TEST(ConfigSchemaTest, HasTheDefaultsAndLimitsThatCount) {
+  const TempFolder folder;
+  folder.Write("images/add_camera_default.png", "picture");
+  folder.Write("models/readme", "");
+  auto members = SchemaMembers();
+  const auto load = [&](const std::string& limits) {
+    return LoadConfig(folder.Write("recorder.json", R"({"stateFolder": "s", "modelsFolder": "models", "module":
+      "/etc/passwd", "workFolder": "models", "limits": {)" +
+                                                        limits + "}}"));
+  };
+  EXPECT_EQ(load("").limits.test.count(), members["limits.testMs"]["default"].asInt());
+  EXPECT_EQ(load("").limits.picture.count(), members["limits.pictureMs"]["default"].asInt());
+  for (const auto& [limit, outside] : {std::pair("minimum", -1), {"maximum", 1}}) {
+    const int inside = members["limits.testMs"][limit].asInt();
+    EXPECT_EQ(load("\"testMs\": " + std::to_string(inside)).limits.test.count(), inside);
+    EXPECT_THROW(load("\"testMs\": " + std::to_string(inside + outside)), ConfigError) << limit;
   }
 }
 
