@@ -17,27 +17,28 @@ constexpr std::size_t kLongestText = 1024;  // bytes
 
 }  // namespace
 
-std::optional<std::string> TextMistake(const std::string& text, bool mayBeEmpty) {
-  if (text.empty()) return mayBeEmpty ? std::nullopt : std::optional<std::string>("missing");
+std::optional<std::string> TextMistake(const std::string& text) {
   if (text.size() > kLongestText) return "longer than " + std::to_string(kLongestText) + " bytes";
   if (!IsUtf8(text)) return "is not UTF-8";
   if (HoldsControls(text)) return "holds a control character";
   return std::nullopt;
 }
 
+std::optional<std::string> NameMistake(const std::string& text) { return text.empty() ? "missing" : TextMistake(text); }
+
 std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password) {
   const struct {
     const char* member;
     const std::string& text;
-    bool mayBeEmpty;
+    std::optional<std::string> (*mistakeOf)(const std::string& text);
   } texts[] = {
-      {"name", camera.name, false},      {"vendor", camera.vendor, false},
-      {"model", camera.model, true},     {"host", camera.host, false},
-      {"user", camera.user, true},       {"password", password, true},
-      {"channel", camera.channel, true}, {"sourcePath", camera.sourcePath, true},
+      {"name", camera.name, NameMistake},       {"vendor", camera.vendor, NameMistake},
+      {"model", camera.model, TextMistake},     {"host", camera.host, NameMistake},
+      {"user", camera.user, TextMistake},       {"password", password, TextMistake},
+      {"channel", camera.channel, TextMistake}, {"sourcePath", camera.sourcePath, TextMistake},
   };
-  for (const auto& [member, text, mayBeEmpty] : texts) {
-    if (const auto mistake = TextMistake(text, mayBeEmpty)) return RecordMistake{member, *mistake};
+  for (const auto& [member, text, mistakeOf] : texts) {
+    if (const auto mistake = mistakeOf(text)) return RecordMistake{member, *mistake};
   }
   if (camera.vendor.find(' ') != std::string::npos) return RecordMistake{"vendor", "holds a blank"};
   if (camera.host.find_first_of(" /@?#") != std::string::npos) {

@@ -61,9 +61,14 @@ void MakeDatabaseFile(const fs::path& file) {
   if (!fs::exists(file)) CreateFileOnce(file, "");
 }
 
-/// Closing a connection would move the write-ahead log of a newer version's file into it; so that waits for the check.
-void CheckpointOnClose(SQLite::Database& database, bool on) {
-  sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, on ? 0 : 1, nullptr);
+/// What closing a connection does with the write-ahead log.
+enum class OnClose : int {
+  kMoveLog = 0,   ///< into the file, as usual
+  kLeaveLog = 1,  ///< as it is: that of a newer version's file is not for us to move
+};
+
+void Set(SQLite::Database& database, OnClose onClose) {
+  sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, static_cast<int>(onClose), nullptr);
 }
 
 void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
@@ -95,7 +100,7 @@ struct Records::Impl {
     MakeDatabaseFile(file);
     return Guarded([&] {
       SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
-      CheckpointOnClose(opened, false);
+      Set(opened, OnClose::kLeaveLog);
       {
         // Somebody may have died while making or changing the schema: whoever comes next repairs that alone, as SQLite
         // does not wait for another process there.
@@ -107,7 +112,7 @@ struct Records::Impl {
         }
         UpdateSchema(opened);
       }
-      CheckpointOnClose(opened, true);
+      Set(opened, OnClose::kMoveLog);
       opened.exec("PRAGMA synchronous = FULL");
       return opened;
     });
@@ -280,7 +285,7 @@ bool Records::ForgetLogin(int id) {
 }
 
 bool Records::AddKey(TrustKind kind, const std::string& name, const SecretKey& key) {
-  if (const auto mistake = TextMistake(name, false)) throw RecordsError("name: " + *mistake);
+  if (const auto mistake = NameMistake(name)) throw RecordsError("name: " + *mistake);
   return impl_->Guarded([&] {
     SQLite::Statement insert{impl_->database, "INSERT OR IGNORE INTO trustedKeys (kind, name, key) VALUES (?, ?, ?)"};
     SQLite::bind(insert, static_cast<int>(kind), name);
