@@ -16,7 +16,7 @@ constexpr std::int32_t kApiVersion = 1;
 constexpr std::string_view kTrustedClients[] = {"KR180MX", "NVR", "REC_SERVER"};
 
 struct Method {
-  std::string_view name;
+  const char* name;
   void (CameraCapHandler::*handler)();
 };
 constexpr Method kMethods[] = {
@@ -29,6 +29,9 @@ constexpr Method kMethods[] = {
     {"CamBatAddVerify", &CameraCapHandler::HandleCamBatchAddVerify},
     {"EnumExistedCamCap", &CameraCapHandler::HandleEnumExistedCamCap},
 };
+
+/// The row of the table that the framework reads for a method.
+constexpr APIEntry EntryOf(const Method& method) { return {kApiName, kApiVersion, method.name, HandleProcess}; }
 
 bool IsTrustedClient(const std::string& client) {
   const std::string_view name = client.c_str();  // names end at their first NUL
@@ -53,17 +56,12 @@ bool IsAdmitted(const NORV::APIRequest& request) {
 
 }  // namespace
 
-APIEntry gTable[9] = {
-    {kApiName, kApiVersion, "CameraModelEnum", HandleProcess},
-    {kApiName, kApiVersion, "CamCap", HandleProcess},
-    {kApiName, kApiVersion, "CameraTest", HandleProcess},
-    {kApiName, kApiVersion, "GetSnapshot", HandleProcess},
-    {kApiName, kApiVersion, "CamCapRemote", HandleProcess},
-    {kApiName, kApiVersion, "CamCapUserDefineReso", HandleProcess},
-    {kApiName, kApiVersion, "CamBatAddVerify", HandleProcess},
-    {kApiName, kApiVersion, "EnumExistedCamCap", HandleProcess},
-    {nullptr, 0, nullptr, nullptr},
+constinit APIEntry gTable[9] = {
+    EntryOf(kMethods[0]), EntryOf(kMethods[1]), EntryOf(kMethods[2]),
+    EntryOf(kMethods[3]), EntryOf(kMethods[4]), EntryOf(kMethods[5]),
+    EntryOf(kMethods[6]), EntryOf(kMethods[7]), {nullptr, 0, nullptr, nullptr},
 };
+static_assert(std::size(kMethods) + 1 == std::size(gTable), "each method has its row, and the row of zeros ends them");
 
 APIEntry* GetAPITable() { return gTable; }
 
