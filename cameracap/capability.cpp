@@ -96,13 +96,16 @@ bool ReplaceUnknownChannel(CamCapHandler& handler, const CamProfile& profile, co
                                 capFilePath) == 0;
 }
 
-bool LoadRemoteCapability(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath,
-                          bool checkChannel) {
-  if (handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, profile.vendor, profile.model, profile.channel, capFilePath) !=
-      0) {
-    return false;
-  }
-  return !checkChannel || profile.vendor != kVendorPsia || ReplaceUnknownChannel(handler, profile, capFilePath);
+/// Loads what the file that is kept for the camera says.
+bool LoadKeptCapability(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath) {
+  return handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, profile.vendor, profile.model, profile.channel,
+                                capFilePath) == 0;
+}
+
+/// The same of the file that asking the camera has left.
+bool LoadAskedCapability(CamCapHandler& handler, const CamProfile& profile, const std::string& capFilePath) {
+  if (!LoadKeptCapability(handler, profile, capFilePath)) return false;
+  return profile.vendor != kVendorPsia || ReplaceUnknownChannel(handler, profile, capFilePath);
 }
 
 }  // namespace
@@ -176,7 +179,8 @@ void CameraCapHandler::HandleCamCapRemote() {
 
   Json::Value data(Json::objectValue);
   if (hasFile) {
-    if (LoadRemoteCapability(handler, profile, capFilePath, command != REMOTE_CAMCAP_KEPT)) {
+    const auto load = command == REMOTE_CAMCAP_KEPT ? LoadKeptCapability : LoadAskedCapability;
+    if (load(handler, profile, capFilePath)) {
       data = CapabilityDocument(ReadCapability(profile.vendor, profile.model, handler));
     } else {
       SetErrorCode(WEBAPI_ERR_OPERATION_FAILED, "", "");
