@@ -35,19 +35,18 @@ Json::Value ParamsOf(const CameraRecord& camera) {
 }
 
 /// A camera that may be asked: nobody's password goes to one that is switched off.
-CameraRecord FindCamera(const Records& records, int id) {
-  const auto camera = records.Find(id);
-  Expect(camera.has_value(), id);
-  if (camera->status == CAM_CONN_STATUS_DISABLED) {
+CameraRecord FindEnabled(const Records& records, int id) {
+  CameraRecord camera = FindCamera(records, id);
+  if (camera.status == CAM_CONN_STATUS_DISABLED) {
     throw std::runtime_error("camera " + std::to_string(id) + " is disabled");
   }
-  return *camera;
+  return camera;
 }
 
 void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
   const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
   const Host host = StartHost(FindConfigFile(configOption));
-  const CameraRecord camera = FindCamera(Records(host.config.stateFolder), options.id);
+  const CameraRecord camera = FindEnabled(Records(host.config.stateFolder), options.id);
   ApiCall call;
   call.method = host.module.Find(method);
   if (call.method == nullptr) throw std::runtime_error("the module has no method " + method);

@@ -48,17 +48,17 @@ void Remove(const TrustOptions& options, Records records) {
   if (!records.RemoveKey(options.Kind(), options.name)) throw std::runtime_error("there is no key of " + options.name);
 }
 
-void List(bool isJson, const Records& records) {
+void List(const TrustOptions& options, const Records& records) {
   Json::Value list(Json::arrayValue);
   for (const auto& [kind, kindName] : {std::pair(TrustKind::kClient, "client"), {TrustKind::kServerGroup, "group"}}) {
     for (const TrustedKey& trusted : records.ListKeys(kind)) {
       Json::Value& entry = list.append(Json::Value(Json::objectValue));
       entry["kind"] = kindName;
       entry["name"] = trusted.name;
-      if (!isJson) std::cout << kindName << '\t' << trusted.name << '\n';
+      if (!options.isJson) std::cout << kindName << '\t' << trusted.name << '\n';
     }
   }
-  if (isJson) std::cout << ToText(list) << '\n';
+  if (options.isJson) std::cout << ToText(list) << '\n';
 }
 
 void PrintPair(const TrustOptions& options, const Records& records) {
@@ -96,7 +96,7 @@ void AddTrustCommands(CLI::App& app, const std::string& configOption) {
   CLI::App* list = command->add_subcommand("list", "List whose keys there are");
   list->add_flag("--json", options->isJson, "print JSON");
   list->footer("Example:\n  recorderctl trust list");
-  list->callback([options, &configOption] { List(options->isJson, Records(StateFolder(configOption))); });
+  list->callback([options, &configOption] { List(*options, Records(StateFolder(configOption))); });
   CLI::App* pair = addNamed("pair", "Print a cookie and timestamp that are valid for five minutes");
   pair->footer(
       "Example, for a client whose key was made with \"recorderctl trust add hall\":\n  recorderctl trust pair hall");

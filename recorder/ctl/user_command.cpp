@@ -34,13 +34,13 @@ void Remove(const std::string& name, const std::filesystem::path& stateFolder) {
   if (!RemoveUser(stateFolder, name)) throw std::runtime_error("there is no user " + name);
 }
 
-void List(bool isJson, const std::filesystem::path& stateFolder) {
+void List(const UserOptions& options, const std::filesystem::path& stateFolder) {
   Json::Value list(Json::arrayValue);
   for (const std::string& name : ListUsers(stateFolder)) {
     list.append(name);
-    if (!isJson) std::cout << name << "\n";
+    if (!options.isJson) std::cout << name << "\n";
   }
-  if (isJson) std::cout << ToText(list) << "\n";
+  if (options.isJson) std::cout << ToText(list) << "\n";
 }
 
 }  // namespace
@@ -65,7 +65,7 @@ void AddUserCommands(CLI::App& app, const std::string& configOption) {
   CLI::App* list = command->add_subcommand("list", "List the users, one a line");
   list->add_flag("--json", options->isJson, "print JSON");
   list->footer("Example:\n  recorderctl user list");
-  list->callback([options, &configOption] { List(options->isJson, StateFolder(configOption)); });
+  list->callback([options, &configOption] { List(*options, StateFolder(configOption)); });
 }
 
 }  // namespace recorder

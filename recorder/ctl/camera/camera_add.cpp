@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "recorder/ctl/camera/camera_input.h"
+#include "recorder/ctl/camera/known_models.h"
 #include "recorder/host/host.h"
 #include "recorder/records/records.h"
 
@@ -20,10 +21,14 @@ struct AddOptions {
 void Add(AddOptions& options, const Config& config) {
   CameraRecord& camera = options.camera;
   Records records(config.stateFolder);
-  CheckModel(camera, config.modelsFolder, options.isForced);
-  CheckPlace(camera, records, options.isForced);
+  if (options.isForced) {
+    NameModel(camera, KnownModels(config.modelsFolder));  // as far as it is known
+  } else {
+    CheckModel(camera, config.modelsFolder);
+    CheckPlace(camera, records);
+  }
   if (camera.name.empty()) camera.name = camera.host;
-  std::string password = CameraPassword(options.hasNoPassword);
+  std::string password = options.hasNoPassword ? "" : CameraPassword();
   const WipeAtEnd wipe(password);
   std::cout << "added camera " << records.Add(camera, password) << "\n";
 }

@@ -10,47 +10,65 @@ namespace recorder {
 
 namespace {
 
-struct ChangeOptions {
+struct PasswordOptions {
   int id = 0;
   bool hasNoPassword = false;
+};
+
+struct StatusOptions {
+  int id = 0;
   std::string status;
 };
 
-void SetPassword(const ChangeOptions& options, Records records) {
-  Expect(records.Find(options.id).has_value(), options.id);  // before the user types
-  std::string password = CameraPassword(options.hasNoPassword);
-  const WipeAtEnd wipe(password);
-  Expect(records.SetPassword(options.id, password), options.id);
+void Remove(int id, Records records) {
+  if (!records.Remove(id)) FailWithoutCamera(id);
 }
 
-void SetStatus(const ChangeOptions& options, Records records) {
-  Expect(records.SetStatus(options.id, StatusOf(options.status)), options.id);
+void SetPassword(const PasswordOptions& options, Records records) {
+  FindCamera(records, options.id);  // before the user types
+  std::string password = options.hasNoPassword ? "" : CameraPassword();
+  const WipeAtEnd wipe(password);
+  if (!records.SetPassword(options.id, password)) FailWithoutCamera(options.id);
+}
+
+void SetStatus(const StatusOptions& options, Records records) {
+  if (!records.SetStatus(options.id, StatusOf(options.status))) FailWithoutCamera(options.id);
+}
+
+void AddRemove(CLI::App& cameraCommand, const std::string& configOption) {
+  CLI::App* remove = cameraCommand.add_subcommand("remove", "Remove a camera");
+  const auto id = std::make_shared<int>(0);
+  AddId(*remove, *id);
+  remove->footer("Example:\n  recorderctl camera remove 3");
+  remove->callback([id, &configOption] { Remove(*id, Records(StateFolder(configOption))); });
+}
+
+void AddPassword(CLI::App& cameraCommand, const std::string& configOption) {
+  CLI::App* password =
+      cameraCommand.add_subcommand("password", "Change a camera's password, read from standard input or a prompt");
+  const auto options = std::make_shared<PasswordOptions>();
+  AddId(*password, options->id);
+  AddNoPasswordFlag(*password, options->hasNoPassword);
+  password->footer("Example:\n  recorderctl camera password 3");
+  password->callback([options, &configOption] { SetPassword(*options, Records(StateFolder(configOption))); });
+}
+
+void AddStatusCommand(CLI::App& cameraCommand, const std::string& configOption) {
+  CLI::App* status =
+      cameraCommand.add_subcommand("status", "Enable or disable a camera; a disabled one gets the default picture");
+  const auto options = std::make_shared<StatusOptions>();
+  AddId(*status, options->id);
+  AddStatus(*status, "status", options->status)->required();
+  status->footer("Example:\n  recorderctl camera status 3 disabled");
+  status->callback([options, &configOption] { SetStatus(*options, Records(StateFolder(configOption))); });
 }
 
 }  // namespace
 
 void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) {
-  const auto options = std::make_shared<ChangeOptions>();
-
-  CLI::App* remove = cameraCommand.add_subcommand("remove", "Remove a camera");
-  AddId(*remove, options->id);
-  remove->footer("Example:\n  recorderctl camera remove 3");
-  remove->callback(
-      [options, &configOption] { Expect(Records(StateFolder(configOption)).Remove(options->id), options->id); });
-
-  CLI::App* password =
-      cameraCommand.add_subcommand("password", "Change a camera's password, read from standard input or a prompt");
-  AddId(*password, options->id);
-  AddNoPasswordFlag(*password, options->hasNoPassword);
-  password->footer("Example:\n  recorderctl camera password 3");
-  password->callback([options, &configOption] { SetPassword(*options, Records(StateFolder(configOption))); });
-
-  CLI::App* status =
-      cameraCommand.add_subcommand("status", "Enable or disable a camera; a disabled one gets the default picture");
-  AddId(*status, options->id);
-  AddStatus(*status, "status", options->status)->required();
-  status->footer("Example:\n  recorderctl camera status 3 disabled");
-  status->callback([options, &configOption] { SetStatus(*options, Records(StateFolder(configOption))); });
+  AddRemove(cameraCommand, configOption);
+  AddPassword(cameraCommand, configOption);
+  AddStatusCommand(cameraCommand, configOption);
 }
 
 }  // namespace recorder

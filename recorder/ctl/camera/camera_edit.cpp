@@ -6,6 +6,7 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/camera/camera_places.h"
+#include "recorder/ctl/camera/known_models.h"
 #include "recorder/host/host.h"
 #include "recorder/records/records.h"
 
@@ -52,22 +53,25 @@ CameraRecord Changed(CameraRecord camera, const CameraEdit& edit) {
   return camera;
 }
 
-/// Stores what changes alone, since others may change the record meanwhile. With the password that the user gives,
-/// where one is wanted.
-void Store(const CameraEdit& edit, bool wantsPassword, Records& records) {
+/// Stores what changes alone, since others may change the record meanwhile.
+void Store(const CameraEdit& edit, const Text& password, Records& records) {
   const auto change = [&](CameraRecord& camera) { camera = Changed(camera, edit); };
-  if (!wantsPassword) {
-    Expect(records.Change(edit.id, change, std::nullopt), edit.id);
-    return;
-  }
-  std::string password = CameraPassword(edit.hasNoPassword);
-  const WipeAtEnd wipe(password);
-  Expect(records.Change(edit.id, change, password), edit.id);
+  if (!records.Change(edit.id, change, password)) FailWithoutCamera(edit.id);
+}
+
+void StoreWithPassword(const CameraEdit& edit, Records& records) {
+  Text password = edit.hasNoPassword ? "" : CameraPassword();
+  const WipeAtEnd wipe(*password);
+  Store(edit, password, records);
 }
 
 /// Checks the model that is wanted, which becomes one by the recorder's own names.
 void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config) {
-  CheckModel(camera, config.modelsFolder, edit.isForced);
+  if (edit.isForced) {
+    NameModel(camera, KnownModels(config.modelsFolder));  // as far as it is known
+  } else {
+    CheckModel(camera, config.modelsFolder);
+  }
   edit.vendor = camera.vendor;
   edit.model = camera.model;
 }
@@ -75,13 +79,12 @@ void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config
 void Run(CameraEdit& edit, const Config& config) {
   if (edit.IsEmpty()) throw std::runtime_error("nothing to change; see recorderctl camera edit --help");
   Records records(config.stateFolder);
-  const auto before = records.Find(edit.id);
-  Expect(before.has_value(), edit.id);
-  CameraRecord camera = Changed(*before, edit);
+  const CameraRecord before = FindCamera(records, edit.id);
+  CameraRecord camera = Changed(before, edit);
   if (edit.vendor || edit.model) TakeModelNames(edit, camera, config);
-  if (!IsSamePlace(*before, camera)) CheckPlace(camera, records, edit.isForced);
-  const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(*before, camera);
-  Store(edit, wantsPassword, records);
+  if (!edit.isForced && !IsSamePlace(before, camera)) CheckPlace(camera, records);
+  const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(before, camera);
+  wantsPassword ? StoreWithPassword(edit, records) : Store(edit, std::nullopt, records);
   if (edit.allowsBasic) records.ForgetLogin(edit.id);
 }
 

@@ -46,11 +46,11 @@ ListRules RulesOf(const ImportOptions& options, const Config& config) {
 }
 
 /// Stores what is no mistake and not stored already; the others become mistakes. Gives the number stored.
-int Store(CameraList& list, Records& records, bool isForced) {
+int Store(CameraList& list, Records& records, const ImportOptions& options) {
   CameraPlaces places(records.List());
   int stored = 0;
   for (const ListedCamera& listed : list.cameras) {
-    const std::string place = isForced ? "" : places.Find(listed.camera);
+    const std::string place = options.isForced ? "" : places.Find(listed.camera);
     try {
       if (!place.empty()) throw RecordsError("the same camera as " + place);
       records.Add(listed.camera, listed.password);
@@ -84,7 +84,7 @@ void Import(const ImportOptions& options, const Config& config) {
   std::string text = ReadFile(options.file);
   const WipeAtEnd wipe(text);
   CameraList list = ReadCameraCsv(text, rules);
-  const int imported = Store(list, records, options.isForced);
+  const int imported = Store(list, records, options);
   Report(options.file, list);
   std::cout << "imported " << imported << " cameras\n";
   if (!list.mistakes.empty()) throw CLI::RuntimeError(1);

@@ -18,33 +18,34 @@ CLI::Option* AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword) {
   return command.add_flag("--no-password", hasNoPassword, "store no password");
 }
 
-std::string CameraPassword(bool hasNoPassword) {
-  if (hasNoPassword) return "";
+std::string CameraPassword() {
   std::string password = ReadPassword("Password of the camera");
   if (password.empty()) throw std::runtime_error("no password on standard input; --no-password stores none");
   return password;
 }
 
-void Expect(bool isThere, int id) {
-  if (!isThere) throw std::runtime_error("there is no camera " + std::to_string(id));
+void FailWithoutCamera(int id) { throw std::runtime_error("there is no camera " + std::to_string(id)); }
+
+CameraRecord FindCamera(const Records& records, int id) {
+  auto camera = records.Find(id);
+  if (!camera) FailWithoutCamera(id);
+  return *std::move(camera);
 }
 
 void AddForceFlag(CLI::App& command, bool& isForced) {
   command.add_flag("--force", isForced, "store a camera of an unknown model, or one that is stored already");
 }
 
-void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder, bool isForced) {
+void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder) {
   const std::string mistake = NameModel(camera, KnownModels(modelsFolder));
-  if (!mistake.empty() && !isForced) throw std::runtime_error(mistake + "; --force stores it all the same");
+  if (!mistake.empty()) throw std::runtime_error(mistake + "; --force stores it all the same");
 }
 
-void CheckPlace(const CameraRecord& camera, const Records& records, bool isForced) {
+void CheckPlace(const CameraRecord& camera, const Records& records) {
   std::vector<CameraRecord> others = records.List();
   std::erase_if(others, [&](const CameraRecord& other) { return other.id == camera.id; });
   const std::string place = CameraPlaces(others).Find(camera);
-  if (!place.empty() && !isForced) {
-    throw std::runtime_error("the same camera as " + place + "; --force stores it once more");
-  }
+  if (!place.empty()) throw std::runtime_error("the same camera as " + place + "; --force stores it once more");
 }
 
 }  // namespace recorder

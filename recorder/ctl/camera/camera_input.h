@@ -21,24 +21,27 @@ CLI::Option* AddStatus(CLI::App& command, const std::string& name, Text& status)
 
 CAM_CONN_STATUS StatusOf(const std::string& text);
 
-/// --no-password, for CameraPassword.
+/// --no-password, with which CameraPassword is not asked for.
 CLI::Option* AddNoPasswordFlag(CLI::App& command, bool& hasNoPassword);
 
-/// The password that the user gives on standard input or at a prompt, "" with --no-password. The caller wipes it.
-/// Throws std::runtime_error when there is none.
-std::string CameraPassword(bool hasNoPassword);
+/// The password that the user gives on standard input or at a prompt. The caller wipes it. Throws std::runtime_error
+/// when there is none.
+std::string CameraPassword();
 
-/// Throws std::runtime_error, which names the camera, unless it `isThere`.
-void Expect(bool isThere, int id);
+/// The record of that id. Throws std::runtime_error, which names it, when there is none.
+CameraRecord FindCamera(const Records& records, int id);
 
-/// --force, for the following.
+/// Throws the same.
+[[noreturn]] void FailWithoutCamera(int id);
+
+/// --force, which stores a camera in spite of the following.
 void AddForceFlag(CLI::App& command, bool& isForced);
 
 /// Gives the camera the recorder's own names of its vendor and model. Throws std::runtime_error, which names the
-/// nearest ones, when there is no such model, unless `isForced`.
-void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder, bool isForced);
+/// nearest ones, when there is no such model.
+void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder);
 
-/// Throws std::runtime_error when the same camera is stored under another id, unless `isForced`.
-void CheckPlace(const CameraRecord& camera, const Records& records, bool isForced);
+/// Throws std::runtime_error when the same camera is stored under another id.
+void CheckPlace(const CameraRecord& camera, const Records& records);
 
 }  // namespace recorder

@@ -14,7 +14,7 @@ namespace recorder {
 
 namespace {
 
-struct ListOptions {
+struct ShowOptions {
   int id = 0;
   bool isJson = false;
 };
@@ -52,10 +52,8 @@ void List(const Records& records) {
   }
 }
 
-void Show(const ListOptions& options, const Records& records) {
-  const auto camera = records.Find(options.id);
-  Expect(camera.has_value(), options.id);
-  const Json::Value json = ToJson(*camera);
+void Show(const ShowOptions& options, const Records& records) {
+  const Json::Value json = ToJson(FindCamera(records, options.id));
   if (options.isJson) {
     std::cout << ToText(json) << '\n';
     return;
@@ -65,25 +63,32 @@ void Show(const ListOptions& options, const Records& records) {
 
 void AddJsonFlag(CLI::App& command, bool& isJson) { command.add_flag("--json", isJson, "print JSON"); }
 
-}  // namespace
-
-void AddCameraLists(CLI::App& cameraCommand, const std::string& configOption) {
-  const auto options = std::make_shared<ListOptions>();
-
+void AddList(CLI::App& cameraCommand, const std::string& configOption) {
   CLI::App* list =
       cameraCommand.add_subcommand("list", "List the stored cameras, one a line, with tabs between columns");
-  AddJsonFlag(*list, options->isJson);
+  const auto isJson = std::make_shared<bool>(false);
+  AddJsonFlag(*list, *isJson);
   list->footer("Example:\n  recorderctl camera list --json");
-  list->callback([options, &configOption] {
+  list->callback([isJson, &configOption] {
     const Records records(StateFolder(configOption));
-    options->isJson ? ListAsJson(records) : List(records);
+    *isJson ? ListAsJson(records) : List(records);
   });
+}
 
+void AddShow(CLI::App& cameraCommand, const std::string& configOption) {
   CLI::App* show = cameraCommand.add_subcommand("show", "Show one camera, without its password");
+  const auto options = std::make_shared<ShowOptions>();
   AddId(*show, options->id);
   AddJsonFlag(*show, options->isJson);
   show->footer("Example:\n  recorderctl camera show 3");
   show->callback([options, &configOption] { Show(*options, Records(StateFolder(configOption))); });
+}
+
+}  // namespace
+
+void AddCameraLists(CLI::App& cameraCommand, const std::string& configOption) {
+  AddList(cameraCommand, configOption);
+  AddShow(cameraCommand, configOption);
 }
 
 }  // namespace recorder
