@@ -1,24 +1,20 @@
 #include "recorder/utility/address_policy.h"
 
 #include <arpa/inet.h>
-#include <ifaddrs.h>
 #include <netinet/in.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <utility>
 
-#include "recorder/utility/handle.h"
+#include "recorder/utility/interfaces.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
-
-using InterfaceList = std::unique_ptr<ifaddrs, Deleter<freeifaddrs>>;
 
 constexpr int kAllBits = 128;
 constexpr std::size_t kIpv4Size = 4;
@@ -60,11 +56,19 @@ bool IsLoopback(const IpAddress& address) {
 
 bool IsClosedByDefault(const IpAddress& address) {
   static const std::vector<AddressRange> kRanges = {
-      Range("169.254.0.0/16"), Range("fe80::/10"),  // link-local; metadata services are at 169.254.169.254
-      Range("fd00:ec2::/32"),  Range("fd20:ce::254"), Range("100.100.100.200"), Range("168.63.129.16"),
-      Range("192.0.0.192"),  // metadata services at addresses of their own
-      Range("::/96"),          Range("2001::/32"),    Range("64:ff9b:1::/48"),  // IPv4 where only a network's owner
-                                                                                // knows
+      // Link-local; metadata services are at 169.254.169.254.
+      Range("169.254.0.0/16"),
+      Range("fe80::/10"),
+      // Metadata services at addresses of their own.
+      Range("fd00:ec2::/32"),
+      Range("fd20:ce::254"),
+      Range("100.100.100.200"),
+      Range("168.63.129.16"),
+      Range("192.0.0.192"),
+      // IPv4 where only a network's owner knows.
+      Range("::/96"),
+      Range("2001::/32"),
+      Range("64:ff9b:1::/48"),
   };
   return IsLoopback(address) || Holds(kRanges, address);
 }
@@ -85,9 +89,8 @@ IpAddress Destination(const IpAddress& address) {
 /// True for an address of this machine. When they cannot be listed, every address might be one.
 bool IsOwn(const IpAddress& address) {
   if (IsLoopback(address)) return true;
-  ifaddrs* list = nullptr;
-  if (getifaddrs(&list) != 0) return true;
-  const InterfaceList interfaces(list);
+  const InterfaceList interfaces = ListInterfaces();
+  if (!interfaces) return true;
   for (const ifaddrs* entry = interfaces.get(); entry != nullptr; entry = entry->ifa_next) {
     if (entry->ifa_addr != nullptr && AddressOf(*entry->ifa_addr) == address) return true;
   }

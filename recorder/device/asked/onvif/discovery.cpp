@@ -1,7 +1,6 @@
 #include "recorder/device/asked/onvif/discovery.h"
 
 #include <arpa/inet.h>
-#include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -11,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <map>
-#include <memory>
 #include <random>
 #include <stdexcept>
 #include <string_view>
@@ -20,12 +18,11 @@
 
 #include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
+#include "recorder/utility/interfaces.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
 namespace {
-
-using InterfaceList = std::unique_ptr<ifaddrs, Deleter<freeifaddrs>>;
 
 constexpr char kGroup[] = "239.255.255.250";
 constexpr std::uint16_t kPort = 3702;
@@ -65,14 +62,9 @@ struct OwnAddress {
   int interface = 0;
 };
 
-InterfaceList GetInterfaces() {
-  ifaddrs* list = nullptr;
-  if (getifaddrs(&list) != 0) throw std::system_error(errno, std::generic_category(), "network interfaces");
-  return InterfaceList(list);
-}
-
 std::vector<OwnAddress> OwnAddresses(const std::optional<std::string>& wanted) {
-  const InterfaceList interfaces = GetInterfaces();
+  const InterfaceList interfaces = ListInterfaces();
+  if (!interfaces) throw std::system_error(errno, std::generic_category(), "network interfaces");
   std::vector<OwnAddress> addresses;
   for (const ifaddrs* entry = interfaces.get(); entry != nullptr; entry = entry->ifa_next) {
     if (entry->ifa_addr == nullptr || entry->ifa_addr->sa_family != AF_INET) continue;
