@@ -92,6 +92,10 @@ std::span<const std::string_view> ListMethods() { return kListMethods; }
 
 std::span<const std::string_view> LargeMethods() { return kLargeMethods; }
 
+bool IsList(std::string_view method) {
+  return std::find(std::begin(kListMethods), std::end(kListMethods), method) != std::end(kListMethods);
+}
+
 bool IsLarge(std::string_view method) {
   return std::find(std::begin(kLargeMethods), std::end(kLargeMethods), method) != std::end(kLargeMethods);
 }

@@ -45,6 +45,7 @@ ApiAnswer RunCall(const ApiCall& call);
 
 /// The methods that touch no camera.
 std::span<const std::string_view> ListMethods();
+bool IsList(std::string_view method);
 
 /// The methods that take a list of cameras, and so a larger body than all others.
 std::span<const std::string_view> LargeMethods();

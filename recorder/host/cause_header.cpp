@@ -11,8 +11,6 @@ namespace recorder {
 
 namespace {
 
-constexpr std::string_view kBatchMethod = "CamBatAddVerify";
-
 /// Whether the module can read a row: nobody works for any other.
 bool IsReadable(const Json::Value& row) {
   constexpr std::array kTexts = {"tmpId", "name", "ip", "username", "vendor", "model", "password", "isAuth"};
@@ -58,9 +56,8 @@ bool IsDocument(const ApiAnswer& answer) {
 }  // namespace
 
 std::string CausesOf(const ApiCall& call, const ApiAnswer& answer, const RequestScope& scope) {
-  const auto listMethods = ListMethods();
-  if (std::find(listMethods.begin(), listMethods.end(), call.method->name) != listMethods.end()) return "";
-  if (call.method->name == kBatchMethod) {
+  if (IsList(call.method->name)) return "";
+  if (IsLarge(call.method->name)) {
     return CausesOfList(call.params["camList"], answer.json["data"]["resultList"], scope.Reports());
   }
   if (const auto cause = scope.Cause()) return std::string(NameOf(*cause));

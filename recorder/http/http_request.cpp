@@ -81,8 +81,7 @@ const ModuleMethod& FindMethod(std::string_view path, const ModuleLibrary& modul
 
 /// An address ends up in logs and histories, so only what carries no secret may stand in it.
 bool MayBeGet(const HttpRequest& request, const ModuleMethod& method) {
-  const auto lists = ListMethods();
-  return request.path.starts_with(kUserPrefix) && std::find(lists.begin(), lists.end(), method.name) != lists.end();
+  return request.path.starts_with(kUserPrefix) && IsList(method.name);
 }
 
 std::size_t LargestBody(std::string_view path) {
