@@ -179,8 +179,11 @@ AskedModel AskOnce(const std::string& vendor, const CameraAddress& address, cons
   return known;
 }
 
-/// Not reported: without a folder the answers are not kept, which is.
-void MakeFolder() try { MakePrivateFolder(Folder()); } catch (const std::system_error&) {
+void MakeFolder() {
+  try {
+    MakePrivateFolder(Folder());
+  } catch (const std::system_error&) {  // not reported: without a folder the answers are not kept, which is
+  }
 }
 
 }  // namespace
