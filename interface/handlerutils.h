@@ -16,9 +16,8 @@ constexpr int CountArguments() {
 /// Calls a member function that the recorder registered, provided that object and signature are right.
 ///
 /// Owner:   the recorder fills the three fields; what they point to stays its own and may be null.
-/// Failure: one log line, and false, 0, an empty string or an empty list as the result. Beware of 0: most callers take
-/// it
-///          for success. Exceptions of the called function pass through.
+/// Failure: a call that cannot be made costs one log line, and its caller gets the empty value of the type: false, 0,
+///          "" or no entries. As a number, 0 reads as success. What the called function throws passes through.
 /// Thread:  that of the object.
 template <class R, class A1 = NoneT, class A2 = NoneT, class A3 = NoneT, class A4 = NoneT, class A5 = NoneT,
           class A6 = NoneT, class A7 = NoneT>

@@ -17,7 +17,7 @@ enum VT_WEBAPI_ERR_CODE : std::int32_t {
   WEBAPI_ERR_OPERATION_FAILED = 400,
 
   WEBAPI_ERR_CAMCAP_FAILED =
-      457,  ///< no capability file or no picture size, another reason than the four that follow, or no picture size
+      457,  ///< no picture size, or no capability file for a reason that is none of the next four
   WEBAPI_ERR_CAMCAP_UNREACHABLE = 458,
   WEBAPI_ERR_CAMCAP_SUBSTITUTED = 459,  ///< only an older or built-in capability file was to be had
   WEBAPI_ERR_CAMCAP_NO_SERVICE = 460,

@@ -9,8 +9,7 @@
 namespace recorder {
 
 /// The object or array that `text` is in JSON, taken strictly: UTF-8, no comments, no trailing commas, no member twice,
-/// nested 64 deep at most. Nothing when it is none; then `mistakes` says why, mostly in JsonCpp's pairs of lines such
-/// as
+/// nested 64 deep at most. Nothing when it is none; then `mistakes` says why, mostly in JsonCpp's pairs of lines:
 /// "* Line 3, Column 5\n  What is wrong\n". Any thread.
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& mistakes);
 
