@@ -9,13 +9,13 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder {
 
 namespace {
 
-constexpr std::size_t kLongestLine = 1024;
 constexpr std::array kEndingSignals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
 /// A terminal that does not show what is typed, until this object ends. A signal that would end the program ends the
@@ -48,8 +48,8 @@ class QuietTerminal {
 /// A line without its end, which is LF or CR LF. Not through a stream, whose buffer would keep the secret.
 std::string ReadLine() {
   std::string line;
-  line.reserve(kLongestLine + 1);
-  for (char c = 0; line.size() <= kLongestLine; line += c) {
+  line.reserve(kLongestSecretLine + 1);
+  for (char c = 0; line.size() <= kLongestSecretLine; line += c) {
     const ssize_t count = read(STDIN_FILENO, &c, 1);
     if (count < 0) throw std::runtime_error(errno == EINTR ? "interrupted" : "cannot read standard input");
     if (count != 0 && c != '\n') continue;

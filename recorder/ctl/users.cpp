@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "recorder/utility/files.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 
@@ -19,7 +20,6 @@ using std::filesystem::path;
 /// bcrypt as htpasswd(1) writes it. The cost is the logarithm of the rounds; the server pays it with each login.
 constexpr auto kHashMethod = "$2y$";
 constexpr unsigned long kHashCost = 5;
-constexpr std::size_t kLongestPassword = 72;  // bytes; bcrypt does not see more
 
 std::string HashOf(const std::string& password) {
   const auto data = std::make_unique<crypt_data>();
@@ -61,8 +61,8 @@ void CheckName(const std::string& name) {
 
 void CheckPassword(const std::string& password) {
   if (password.empty()) throw std::runtime_error("the password is empty");
-  if (password.size() > kLongestPassword) {
-    throw std::runtime_error("the password is longer than " + std::to_string(kLongestPassword) + " bytes");
+  if (password.size() > kLongestUserPassword) {
+    throw std::runtime_error("the password is longer than " + std::to_string(kLongestUserPassword) + " bytes");
   }
   if (HoldsControls(password)) throw std::runtime_error("the password holds a control character");
 }

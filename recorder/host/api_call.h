@@ -51,11 +51,6 @@ bool IsList(std::string_view method);
 std::span<const std::string_view> LargeMethods();
 bool IsLarge(std::string_view method);
 
-/// Largest request body of a method, in bytes: the web server and the workers hold to it.
-inline constexpr std::size_t kLargestBody = std::size_t{64} << 10;
-inline constexpr std::size_t kLargestListBody = std::size_t{1} << 20;  ///< of LargeMethods()
-inline constexpr char kBodyTooLarge[] = "the body is larger than 64 KiB, or 1 MiB for a list of cameras";
-
 /// What the module answers whom it does not admit.
 ApiAnswer NotAdmitted();
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recorder/utility/cause_table.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 

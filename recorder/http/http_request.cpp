@@ -7,6 +7,7 @@
 #include "recorder/net/percent.h"
 #include "recorder/records/trust.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -15,7 +16,6 @@ namespace {
 
 constexpr std::string_view kUserPrefix = "/api/";
 constexpr std::string_view kTrustedPrefix = "/trusted/";  // no login: the module admits the caller or not
-constexpr std::size_t kMostParameters = 1000;
 
 std::vector<std::string_view> Split(std::string_view text, char separator) {
   std::vector<std::string_view> parts;

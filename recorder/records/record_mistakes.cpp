@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 // Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
@@ -11,14 +12,8 @@ const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
 
 namespace recorder {
 
-namespace {
-
-constexpr std::size_t kLongestText = 1024;  // bytes
-
-}  // namespace
-
 std::optional<std::string> TextMistake(const std::string& text) {
-  if (text.size() > kLongestText) return "longer than " + std::to_string(kLongestText) + " bytes";
+  if (text.size() > kLongestRecordText) return "longer than " + std::to_string(kLongestRecordText) + " bytes";
   if (!IsUtf8(text)) return "is not UTF-8";
   if (HoldsControls(text)) return "holds a control character";
   return std::nullopt;

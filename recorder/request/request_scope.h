@@ -13,13 +13,10 @@
 #include "recorder/request/lent_password.h"
 #include "recorder/request/row_reports.h"
 #include "recorder/utility/clock.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
-
-/// What all cameras together may send to one request, or to one thread of a list, in bytes. A picture has at most 32
-/// MiB, and a stream of 50 Mbit/s brings 90 MiB in the 15 s until a picture must be there.
-inline constexpr std::uint64_t kCameraBytes = std::uint64_t{128} << 20;
 
 /// What one request knows about the cameras that it contacts: the deadline and the bytes that its contacts share, the
 /// failures that later calls get again without another contact (so that one wrong password is one login attempt), which

@@ -15,6 +15,7 @@
 #include <system_error>
 
 #include "platform/utility.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {

@@ -12,9 +12,6 @@
 
 namespace recorder {
 
-/// Largest file that is read whole, in bytes.
-inline constexpr std::size_t kLargestFile = std::size_t{32} << 20U;
-
 /// Reads a regular file of at most kLargestFile. Throws std::system_error that names the file. Any thread.
 std::string ReadFile(const std::filesystem::path& path);
 

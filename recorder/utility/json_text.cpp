@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -13,10 +14,9 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
     mistakes = "the text is not UTF-8";
     return std::nullopt;
   }
-  constexpr int kDeepest = 64;
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
-  builder["stackLimit"] = kDeepest;
+  builder["stackLimit"] = kDeepestJson;
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value value;
   try {

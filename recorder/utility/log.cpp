@@ -4,20 +4,17 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
 #include <string_view>
 
 #include "platform/utility.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
-
-/// Up to this size a write to a pipe is not mixed with others' (POSIX write()).
-constexpr std::size_t kLongestLine = PIPE_BUF;
 
 std::string TimeNow() {
   timespec now{};
@@ -33,8 +30,8 @@ std::string TimeNow() {
 /// Cuts `line` to what one write holds, between two characters of UTF-8, and ends it.
 void Finish(std::string& line) {
   constexpr std::string_view kCut = "...";
-  if (line.size() >= kLongestLine) {
-    std::size_t end = kLongestLine - kCut.size() - 1;
+  if (line.size() >= kLongestLogLine) {
+    std::size_t end = kLongestLogLine - kCut.size() - 1;
     while (end > 0 && (static_cast<unsigned char>(line[end]) & 0xc0U) == 0x80U) --end;
     line.resize(end);
     line += kCut;
@@ -77,7 +74,7 @@ void LogFailure(const std::string& text, const char* file, int line, const char*
 void VTPrintf(LOG_TYPE /*type*/, const char* category1, const char* category2, const char* file, int line,
               const char* function, const char* format, ...) {
   const int savedErrno = errno;
-  std::array<char, recorder::kLongestLine> text{};
+  std::array<char, recorder::kLongestLogLine> text{};
   va_list arguments;
   va_start(arguments, format);
   std::vsnprintf(text.data(), text.size(), format, arguments);

@@ -1,21 +1,20 @@
 #include "recorder/ctl/serve/lighttpd_config.h"
 
-#include <cstddef>
 #include <span>
 #include <string_view>
 
 #include "recorder/host/api_call.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 
 namespace {
 
-constexpr std::size_t kKiB = 1024;  // the server's limits of size are numbers of them
-
 /// Configuration of lighttpd: it brings logins and limits. A body over its address's limit is refused when its length
 /// is known. Others, which may hold passwords, wait in the server's own folder, at most one a connection: HTTP/2 would
 /// have several. The type of its error files comes from their name, which always ends in ".html". It does not tell its
 /// name and version, and what a page's folder holds for its developers stays there.
+/// Its limits of size are numbers of KiB.
 /// API_ADDRESSES are those that the workers answer. Below /trusted/ they do as long as TrustedRoute has its link, and
 /// for whoever sends the open half of a pair; for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(

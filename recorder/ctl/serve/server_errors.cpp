@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-#include "recorder/host/api_call.h"
 #include "recorder/http/cgi_answer.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 

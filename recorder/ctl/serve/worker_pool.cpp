@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -18,7 +19,6 @@ namespace {
 
 /// A worker that cannot start is not tried without a pause.
 constexpr std::chrono::seconds kShortestLife{1};
-constexpr int kLongestQueue = 1024;
 
 FileDescriptor Listen(const std::filesystem::path& file) {
   FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
