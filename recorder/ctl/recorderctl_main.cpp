@@ -21,15 +21,8 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  CLI::App app("Runs the recorder and manages its cameras, users and trusted clients.", "recorderctl");
-  app.set_version_flag("--version", "recorderctl " PROJECT_VERSION);
-  app.require_subcommand(1);
-  std::string configOption;
-  app.add_option("--config", configOption,
-                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
+/// `configOption` is read when a command runs.
+void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddCallCommands(app, configOption);
   recorder::AddServeCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
@@ -40,12 +33,9 @@ int main(int argc, char** argv) {
   recorder::AddTrustCommands(app, configOption);
   recorder::AddCompletionCommand(app);
   recorder::AddWholeHelp(app);
-  app.footer(
-      "Examples:\n"
-      "  recorderctl serve --port 8080\n"
-      "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv\n"
-      "  recorderctl call CamCap vendor=User\n"
-      "\"recorderctl COMMAND --help\" has more, \"recorderctl --help-all\" has all.");
+}
+
+int Run(CLI::App& app, int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::RuntimeError& error) {
@@ -57,4 +47,23 @@ int main(int argc, char** argv) {
     return kFailed;
   }
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Runs the recorder and manages its cameras, users and trusted clients.", "recorderctl");
+  app.set_version_flag("--version", "recorderctl " PROJECT_VERSION);
+  app.require_subcommand(1);
+  std::string configOption;
+  app.add_option("--config", configOption,
+                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
+  AddCommands(app, configOption);
+  app.footer(
+      "Examples:\n"
+      "  recorderctl serve --port 8080\n"
+      "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv\n"
+      "  recorderctl call CamCap vendor=User\n"
+      "\"recorderctl COMMAND --help\" has more, \"recorderctl --help-all\" has all.");
+  return Run(app, argc, argv);
 }
