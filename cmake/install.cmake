@@ -1,4 +1,5 @@
-# What an installation holds. Folders keep their places beside each other, since relative paths lead from one to another.
+# What an installation holds. Folders keep their places beside each other, since relative paths lead from one to the
+# other.
 # Component "module": what a recorder of somebody else's needs.
 install(TARGETS cameracap LIBRARY DESTINATION lib/cameracap COMPONENT module)
 install(DIRECTORY images DESTINATION share/cameracap COMPONENT module)

@@ -1,4 +1,5 @@
-# Each library is looked for here, once; tests/googletest.cmake has GoogleTest. docs/dependencies.md says what each is for.
+# Each library is looked for here, once; tests/googletest.cmake has GoogleTest. docs/dependencies.md says what each is
+# for.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
