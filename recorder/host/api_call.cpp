@@ -104,7 +104,7 @@ ApiAnswer NotAdmitted() {
   constexpr int kNoPermission = 105;
   NORV::APIResponse::Impl state;
   NORV::APIResponse(&state).SetError(kNoPermission, Json::Value());
-  return {.kind = ApiAnswer::Kind::kJson, .json = std::move(state.answer), .raw = {}, .parameter = {}, .reason = {}};
+  return {.kind = ApiAnswer::Kind::kJson, .json = std::move(state.answer)};
 }
 
 ApiAnswer RunCall(const ApiCall& call) {
@@ -119,13 +119,10 @@ ApiAnswer RunCall(const ApiCall& call) {
     call.method->handler(&request, &response);
   } catch (const Json::Exception& error) {
     const bool isParameter = !scope.HasBegun() && FailsLike(requestState.lastValue, error.what());
-    return {.kind = isParameter ? ApiAnswer::Kind::kBadParameter : ApiAnswer::Kind::kException,
-            .json = {},
-            .raw = {},
-            .parameter = isParameter ? requestState.lastKey : "",
-            .reason = error.what()};
+    if (!isParameter) return {.kind = ApiAnswer::Kind::kException, .reason = error.what()};
+    return {.kind = ApiAnswer::Kind::kBadParameter, .parameter = requestState.lastKey, .reason = error.what()};
   } catch (const std::exception& error) {
-    return {.kind = ApiAnswer::Kind::kException, .json = {}, .raw = {}, .parameter = {}, .reason = error.what()};
+    return {.kind = ApiAnswer::Kind::kException, .reason = error.what()};
   }
   ApiAnswer answer;
   answer.raw = output.Take();

@@ -31,10 +31,10 @@ struct ApiAnswer {
     kNone,          ///< the module answered nothing
   };
   Kind kind = Kind::kNone;
-  Json::Value json;
-  std::string raw;
-  std::string parameter;
-  std::string reason;
+  Json::Value json = {};
+  std::string raw = {};
+  std::string parameter = {};
+  std::string reason = {};
   std::string causes = {};  ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
 };
 
