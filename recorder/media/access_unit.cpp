@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "recorder/utility/limits.h"
+
 namespace recorder {
 namespace {
 
@@ -42,7 +44,7 @@ std::optional<AccessUnit> AccessUnitAssembler::Take() {
 }
 
 void AccessUnitAssembler::Append(Bytes bytes) {
-  isDamaged_ = isDamaged_ || open_.size() + bytes.size() > kMaxUnitSize;
+  isDamaged_ = isDamaged_ || open_.size() + bytes.size() > kLargestUnit;
   if (isDamaged_) {
     open_.clear();
   } else {
@@ -54,8 +56,7 @@ void AccessUnitAssembler::Finish() {
   if (std::exchange(isDamaged_, false)) open_.clear();
   const UnitKind kind = ClassifyUnit(codec_, open_);
   if (kind == UnitKind::kNoPicture) {  // parameter sets belong to the picture that follows
-    constexpr std::size_t kMaxParameterSets = std::size_t{64} << 10;
-    if (open_.size() > kMaxParameterSets) open_.clear();
+    if (open_.size() > kLargestParameterSets) open_.clear();
     return;
   }
   finished_.push_back({std::exchange(open_, {}), kind});

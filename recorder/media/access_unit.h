@@ -29,11 +29,9 @@ struct AccessUnit {
 };
 
 /// Puts access units together out of depacketized pieces. A unit ends with the marker bit or a new timestamp. One that
-/// has a gap in its sequence numbers, or is larger than kMaxUnitSize, is dropped.
+/// has a gap in its sequence numbers, or is larger than kLargestUnit, is dropped.
 class AccessUnitAssembler {
  public:
-  static constexpr std::size_t kMaxUnitSize = std::size_t{32} << 20;
-
   explicit AccessUnitAssembler(std::uint32_t codec) : codec_(codec) {}
 
   /// Adds the bytes that one packet completed.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "recorder/media/codecs.h"
+#include "recorder/utility/limits.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -16,9 +17,6 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// 8K and no more: a camera's claim must not cost any memory it likes.
-constexpr std::int64_t kMaxPixels = std::int64_t{1} << 25;
-
 CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
   SilenceLibav();
   const Codec* row = CodecOfCode(codec);
@@ -28,7 +26,7 @@ CodecContext OpenDecoder(std::uint32_t codec, Bytes configuration) {
   CodecContext context(avcodec_alloc_context3(decoder));
   if (!context) throw std::bad_alloc();
   context->thread_count = 1;  // several begin each slice or row anew and do not notice damage in the one before
-  context->max_pixels = kMaxPixels;
+  context->max_pixels = kMostPixels;
   if (!configuration.empty()) {
     context->extradata = static_cast<std::uint8_t*>(av_mallocz(configuration.size() + AV_INPUT_BUFFER_PADDING_SIZE));
     if (context->extradata == nullptr) throw std::bad_alloc();

@@ -45,10 +45,55 @@ inline constexpr std::size_t kLongestSecretLine = kKiB;
 /// Bytes of the password of a user: bcrypt does not see more.
 inline constexpr std::size_t kLongestUserPassword = 72;
 
+/// Capability files of cameras; the oldest go. One has some KiB.
+inline constexpr std::size_t kMostKeptFiles = 10'000;
+
 // --- What cameras send ----------------------------------------------------------------------------------------------
 
 /// Bytes that all cameras together may send to one request, or to one thread of a list. A picture has at most 32 MiB,
 /// and a stream of 50 Mbit/s brings 90 MiB in the 15 s until a picture must be there.
 inline constexpr std::uint64_t kCameraBytes = 128 * kMiB;
+
+/// Bytes of a picture in a stream, one access unit: a key frame of 8K at the best quality has fewer.
+inline constexpr std::size_t kLargestUnit = 32 * kMiB;
+/// Bytes of parameter sets that wait for their picture: they have some hundred.
+inline constexpr std::size_t kLargestParameterSets = 64 * kKiB;
+/// Pixels of a picture: 8K and no more. A camera's claim must not cost any memory it likes.
+inline constexpr std::int64_t kMostPixels = std::int64_t{1} << 25;
+
+/// Bytes of all header lines of one answer of HTTP, login methods included.
+inline constexpr std::size_t kLargestHttpHeaders = 64 * kKiB;
+/// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. The ten threads of a list
+/// hold one each.
+inline constexpr std::size_t kLargestHttpPicture = 12 * kMiB;
+/// Bytes of a body of HTTP that is not used, and read only so that the connection can be used again.
+inline constexpr std::size_t kLargestUnusedBody = 64 * kKiB;
+/// Bytes of delimiter and header lines before a part of a multipart body.
+inline constexpr std::size_t kLargestPartLines = 8 * kKiB;
+
+/// Bytes of the header lines of one message of RTSP, and of its body, a stream's description.
+inline constexpr std::size_t kLargestRtspHeaders = 16 * kKiB;
+inline constexpr std::size_t kLargestRtspBody = 64 * kKiB;
+/// Bytes of packets that come before the answer to PLAY and are kept, with what each costs in memory.
+inline constexpr std::size_t kMostEarlyBytes = 8 * kMiB;
+
+/// Bytes of an answer in XML: a camera with hundreds of profiles sends less.
+inline constexpr std::size_t kLargestXml = kMiB;
+/// Bytes of one tag and of all tags around an element, attributes of a tag, and elements and attributes of an answer:
+/// the parser compares some of them with all others, and its tree has some 250 bytes for each.
+inline constexpr std::size_t kLongestXmlTag = 8 * kKiB;
+inline constexpr std::size_t kLongestOpenXmlTags = 16 * kKiB;
+inline constexpr std::size_t kMostXmlAttributes = 200;
+inline constexpr std::size_t kMostXmlParts = 25'000;
+
+/// Entries that are taken of a list in an answer over ONVIF or PSIA; a list for people to choose from has fewer.
+inline constexpr std::size_t kMostOnvifProfiles = 1024;
+inline constexpr std::size_t kMostResolutions = 256;
+inline constexpr std::size_t kMostPsiaEntries = 256;
+
+/// Cameras that one search of the network finds, bytes of a datagram (UDP has no more) and of a name in it.
+inline constexpr std::size_t kMostFoundCameras = 1000;
+inline constexpr std::size_t kLargestDatagram = 64 * kKiB;
+inline constexpr std::size_t kLongestFoundName = 128;
 
 }  // namespace recorder

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "recorder/utility/limits.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"
 #include "tests/recorder/net/rtsp_story.h"
@@ -12,7 +13,7 @@ namespace {
 
 std::string TextOf(const RtspMessage& message) {
   Require(message.status == 0 || (message.status >= 100 && message.status <= 999));
-  Require(message.body.size() <= RtspParser::kMaxBodySize);
+  Require(message.body.size() <= kLargestRtspBody);
   std::string text = std::to_string(message.status) + message.method + '\n' + message.body + '\n';
   for (const auto& [name, value] : message.headers) text.append(name).append(":").append(value).append("\n");
   return text;

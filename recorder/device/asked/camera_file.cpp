@@ -18,6 +18,7 @@
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
@@ -30,7 +31,6 @@ using std::chrono::seconds;
 constexpr seconds kRecentAge = std::chrono::hours(24);
 constexpr std::chrono::hours kLongestKept{24 * 90};
 constexpr std::chrono::hours kLongestWritten{1};
-constexpr std::size_t kMostKept = 10'000;
 
 // --- The folder -----------------------------------------------------------------------------------------------------
 
@@ -74,7 +74,7 @@ void Prune() {
   const auto now = fs::file_time_type::clock::now();
   for (std::size_t i = 0; i < files.size(); ++i) {
     const auto longest = files[i].path.extension() == kExtension ? kLongestKept : kLongestWritten;
-    if (i >= kMostKept || files[i].time < now - longest) fs::remove(files[i].path, error);
+    if (i >= kMostKeptFiles || files[i].time < now - longest) fs::remove(files[i].path, error);
   }
 }
 

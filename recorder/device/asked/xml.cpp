@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "recorder/utility/handle.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -79,10 +80,6 @@ class TagLimits {
  public:
   /// `tag` is the next one of the document, closing tags included.
   bool Admit(std::string_view tag) {
-    constexpr std::size_t kLongestTag = std::size_t{8} << 10;
-    constexpr std::size_t kMostAttributes = 200;                     // of one tag
-    constexpr std::size_t kLongestOpenTags = std::size_t{16} << 10;  // of all elements around one
-    constexpr std::size_t kMostParts = 25'000;  // elements and attributes, with some 250 bytes each in the tree
     if (tag.starts_with("</")) {
       Close();
       return true;
@@ -91,8 +88,8 @@ class TagLimits {
     const auto attributes = static_cast<std::size_t>(std::count(tag.begin(), tag.end(), '='));
     const auto elements = std::count(tag.begin(), tag.end(), '<');  // the parser may see some where we see a value
     parts_ += static_cast<std::size_t>(elements) + attributes;
-    return tag.size() <= kLongestTag && attributes <= kMostAttributes && openLength_ <= kLongestOpenTags &&
-           parts_ <= kMostParts;
+    return tag.size() <= kLongestXmlTag && attributes <= kMostXmlAttributes && openLength_ <= kLongestOpenXmlTags &&
+           parts_ <= kMostXmlParts;
   }
 
  private:

@@ -7,6 +7,7 @@
 #include "recorder/device/check/multipart.h"
 #include "recorder/media/jpeg_check.h"
 #include "recorder/net/http/http_client.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -16,7 +17,7 @@ namespace {
 class PictureReader : public BodyReader {
  public:
   Step Begin(const std::string& contentType) override {
-    if (MultipartReader::IsMultipart(contentType)) multipart_.emplace(contentType, kMaxHttpBody);
+    if (MultipartReader::IsMultipart(contentType)) multipart_.emplace(contentType, kLargestHttpPicture);
     return Step::kMore;
   }
 
@@ -31,7 +32,7 @@ class PictureReader : public BodyReader {
       case MultipartReader::State::kMalformed:
         return Step::kMalformed;
       case MultipartReader::State::kMore:
-        return received_ > 2 * kMaxHttpBody ? Step::kMalformed : Step::kMore;
+        return received_ > 2 * kLargestHttpPicture ? Step::kMalformed : Step::kMore;
       case MultipartReader::State::kPicture:
         break;
     }
@@ -40,8 +41,8 @@ class PictureReader : public BodyReader {
   }
 
   Step ReadWhole(std::string_view bytes) {
-    if (bytes.size() > kMaxHttpBody - picture_.size()) return Step::kMalformed;
-    picture_.reserve(kMaxHttpBody);  // growth would hold twice as much; what is not filled costs no memory
+    if (bytes.size() > kLargestHttpPicture - picture_.size()) return Step::kMalformed;
+    picture_.reserve(kLargestHttpPicture);  // growth would hold twice as much; what is not filled costs no memory
     picture_ += bytes;
     return Step::kMore;
   }

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
-
-constexpr std::size_t kMaxLines = std::size_t{8} << 10;  // bytes of delimiter and header lines before a part
 
 std::string_view WithoutDashes(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of('-'), text.size()));
@@ -63,7 +62,8 @@ bool MultipartReader::TakeLine(std::string& line) {
   const std::size_t end = buffer_.find('\n');
   const bool isWhole = end != std::string::npos;
   lineBytes_ += isWhole ? end + 1 : 0;
-  if (lineBytes_ > kMaxLines || (!isWhole && lineBytes_ + buffer_.size() > kMaxLines)) state_ = State::kMalformed;
+  if (lineBytes_ > kLargestPartLines || (!isWhole && lineBytes_ + buffer_.size() > kLargestPartLines))
+    state_ = State::kMalformed;
   if (!isWhole || state_ == State::kMalformed) return false;
   line = Trimmed(std::string_view(buffer_).substr(0, end));
   buffer_.erase(0, end + 1);

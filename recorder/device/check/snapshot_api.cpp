@@ -22,6 +22,6 @@ int SnapshotGetFromAPI(const std::string& host, int port, const std::string& use
   }
   std::copy(picture.begin(), picture.end(), bytes.get());
   *jpeg = bytes.release();
-  *jpegSize = static_cast<int>(picture.size());  // at most kMaxHttpBody
+  *jpegSize = static_cast<int>(picture.size());  // at most kLargestHttpPicture
   return 0;
 }

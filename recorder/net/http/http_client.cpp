@@ -5,6 +5,7 @@
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 namespace {
@@ -22,10 +23,9 @@ class PageReader : public AnswerReader {
   }
 
   BodyReader::Step Read(std::string_view bytes) override {
-    constexpr std::size_t kMaxUnusedBody = std::size_t{64} << 10;
     if (isWanted_) return reader_.Read(bytes);
     unusedBytes_ += bytes.size();
-    return unusedBytes_ > kMaxUnusedBody ? BodyReader::Step::kEnough : BodyReader::Step::kMore;
+    return unusedBytes_ > kLargestUnusedBody ? BodyReader::Step::kEnough : BodyReader::Step::kMore;
   }
 
  private:
@@ -37,7 +37,7 @@ class PageReader : public AnswerReader {
 /// Each place is asked anew, without a login at first.
 Contact GetAt(const HttpPlace& place, const CameraAddress& camera, BodyReader& reader) {
   PageReader page(reader);
-  HttpConversation conversation(place, camera, page, kMaxHttpBody);
+  HttpConversation conversation(place, camera, page, kLargestHttpPicture);
   const OutgoingRequest request{place.path, false, "", ""};
   const Outcome answered = conversation.Send(request);
   if (answered != Outcome::kOk) return {answered, ""};

@@ -18,10 +18,6 @@
 
 namespace recorder {
 
-/// Longest body that is taken from a camera, in bytes: a picture of 20 megapixels has up to ten million. The ten
-/// threads of a list hold one each.
-inline constexpr std::size_t kMaxHttpBody = std::size_t{12} << 20;
-
 /// Receives the body of a 200 answer as it arrives.
 class BodyReader {
  public:

@@ -9,6 +9,7 @@
 #include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/cause_table.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 
@@ -35,7 +36,7 @@ struct HttpSession::Impl : AnswerReader {
   void MoveTo(const HttpPlace& place) {
     const bool isThere =
         conversation && conversation->Place().isTls == place.isTls && conversation->Place().port == place.port;
-    if (!isThere) conversation.emplace(place, camera, *this, kMaxHttpAnswer);  // first closes the connection before
+    if (!isThere) conversation.emplace(place, camera, *this, kLargestXml);  // first closes the connection before
   }
 
   HttpAnswer TakeAnswer() {
@@ -49,7 +50,7 @@ struct HttpSession::Impl : AnswerReader {
   }
 
   BodyReader::Step Read(std::string_view bytes) override {
-    if (bytes.size() > kMaxHttpAnswer - body.size()) return BodyReader::Step::kMalformed;
+    if (bytes.size() > kLargestXml - body.size()) return BodyReader::Step::kMalformed;
     body += bytes;
     return BodyReader::Step::kMore;
   }

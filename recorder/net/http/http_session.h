@@ -10,9 +10,6 @@
 
 namespace recorder {
 
-/// Longest answer that a session takes, in bytes: XML, of which a camera with hundreds of profiles sends less.
-inline constexpr std::size_t kMaxHttpAnswer = std::size_t{1} << 20;
-
 struct HttpAnswer {
   /// kOk: an answer came whole, whatever its status (OutcomeOfStatus tells more). kLoginRefused: the camera refused the
   /// login, or wants one and we have none. kLoginUnsupported: none was sent, since the camera names no method that we

@@ -8,14 +8,13 @@
 
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/socket.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {
 namespace {
-
-constexpr std::size_t kMaxHeaders = std::size_t{64} << 10;  // bytes of all header lines of one answer
 
 constexpr std::pair<CURLcode, Outcome> kCurlOutcomes[] = {
     {CURLE_OK, Outcome::kOk},
@@ -229,7 +228,7 @@ bool HttpTransfer::TakeHeader(std::string_view line) {
   constexpr std::string_view kName = "WWW-Authenticate:";
   answer_.headerBytes += line.size();
   if (StartsWithIgnoreCase(line, kName)) answer_.challenges.emplace_back(Trimmed(line.substr(kName.size())));
-  return answer_.headerBytes <= kMaxHeaders;
+  return answer_.headerBytes <= kLargestHttpHeaders;
 }
 
 bool HttpTransfer::TakeBody(std::string_view bytes) {

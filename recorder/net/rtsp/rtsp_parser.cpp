@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -139,13 +140,13 @@ RtspParser::Item RtspParser::NextPacket() {
 RtspParser::Item RtspParser::NextMessage() {
   const std::string_view bytes = Unread();
   const std::size_t headerSize = HeaderBlockSize(bytes);
-  if (std::min(headerSize, bytes.size()) > kMaxHeaderSize) return Item::kMalformed;
+  if (std::min(headerSize, bytes.size()) > kLargestRtspHeaders) return Item::kMalformed;
   if (headerSize == std::string_view::npos) return Item::kNone;
   std::optional<RtspMessage> message = ParseHeaderBlock(bytes.substr(0, headerSize));
   if (!message) return Item::kMalformed;
   const std::string_view length = message->Header("Content-Length");
   const auto bodySize = ParseNumber<std::size_t>(length.empty() ? "0" : length);
-  if (!bodySize || *bodySize > kMaxBodySize) return Item::kMalformed;
+  if (!bodySize || *bodySize > kLargestRtspBody) return Item::kMalformed;
   if (bytes.size() < headerSize + *bodySize) return Item::kNone;
   message->body = bytes.substr(headerSize, *bodySize);
   message_ = std::move(*message);

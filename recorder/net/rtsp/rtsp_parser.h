@@ -41,9 +41,6 @@ class RtspParser {
     kMalformed,  ///< RTSP, but a message without an end or larger than anyone needs
   };
 
-  static constexpr std::size_t kMaxHeaderSize = std::size_t{16} << 10;
-  static constexpr std::size_t kMaxBodySize = std::size_t{64} << 10;
-
   /// From now on there are packets on these channels, and bytes that belong nowhere are passed over instead of
   /// reported.
   void ExpectPackets(std::uint8_t rtpChannel, std::uint8_t rtcpChannel);

@@ -8,14 +8,14 @@
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/cause_table.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
 
 constexpr int kMaxRedirects = 3;
-constexpr int kMaxRepeats = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
-constexpr std::size_t kMaxEarlySize = std::size_t{8} << 20;
+constexpr int kMaxRepeats = 2;           // of one request: the login, and a nonce that has grown stale meanwhile
 constexpr std::size_t kPacketCost = 64;  // of memory, beside its bytes
 constexpr int kUnauthorized = 401;
 
@@ -193,7 +193,7 @@ void RtspSession::TakePacket(const InterleavedPacket& packet) {
     return Finish(Outcome::kOk);
   }
   earlySize_ += packet.bytes.size() + kPacketCost;
-  if (earlySize_ > kMaxEarlySize) return Finish(Outcome::kNotUnderstood);
+  if (earlySize_ > kMostEarlyBytes) return Finish(Outcome::kNotUnderstood);
   early_.push_back({packet.isControl, {packet.bytes.begin(), packet.bytes.end()}});
 }
 

@@ -7,6 +7,7 @@
 #include "recorder/device/asked/psia/ask.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder::psia {
 namespace {
@@ -109,7 +110,7 @@ TEST(PsiaChannelTest, EndlessListsAreCut) {
   for (int i = 0; i < 1'000; ++i) many += std::to_string(i) + ",";
   const XmlDocument document("<StreamingChannel><Video><fixedQuality opt=\"" + many +
                              "\"/></Video></StreamingChannel>");
-  EXPECT_EQ(ReadChannel(document.Root()).quality.values.size(), kMaxListed);
+  EXPECT_EQ(ReadChannel(document.Root()).quality.values.size(), kMostPsiaEntries);
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/interfaces.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
@@ -26,8 +27,6 @@ namespace {
 
 constexpr char kGroup[] = "239.255.255.250";
 constexpr std::uint16_t kPort = 3702;
-constexpr std::size_t kMaxDatagram = std::size_t{64} << 10;
-constexpr std::size_t kMaxCameras = 1000;
 constexpr auto kRepeat = std::chrono::milliseconds{250};  // datagrams get lost: each probe is sent twice
 
 /// A fresh "urn:uuid:..." (RFC 4122, version 4).
@@ -161,7 +160,7 @@ class Search {
     inet_ntop(AF_INET, &from.sin_addr, sender.data(), sender.size());
     const std::string_view datagram(buffer_.data(), static_cast<std::size_t>(length));
     for (FoundCamera& camera : ReadProbeMatches(datagram, messageId_, sender.data())) {
-      if (found_.size() >= kMaxCameras) return;
+      if (found_.size() >= kMostFoundCameras) return;
       const int port = camera.port;
       found_.try_emplace({ntohl(from.sin_addr.s_addr), port}, std::move(camera));
     }
@@ -169,7 +168,7 @@ class Search {
 
   std::string messageId_ = MakeMessageId();
   std::vector<FileDescriptor> sockets_;
-  std::vector<char> buffer_ = std::vector<char>(kMaxDatagram);
+  std::vector<char> buffer_ = std::vector<char>(kLargestDatagram);
   std::map<std::pair<std::uint32_t, int>, FoundCamera> found_;  // by address and port
 };
 

@@ -8,6 +8,7 @@
 #include "recorder/net/camera_address.h"
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
@@ -16,8 +17,6 @@ namespace {
 constexpr std::string_view kSoap = "http://www.w3.org/2003/05/soap-envelope";
 constexpr std::string_view kAddressing = "http://schemas.xmlsoap.org/ws/2004/08/addressing";
 constexpr std::string_view kDiscovery = "http://schemas.xmlsoap.org/ws/2005/04/discovery";
-
-constexpr std::size_t kMaxText = 128;  // bytes of a name
 
 std::vector<std::string_view> Words(std::string_view text) {
   std::vector<std::string_view> words;
@@ -33,7 +32,7 @@ std::vector<std::string_view> Words(std::string_view text) {
 std::string Shown(std::string_view text) {
   text = Trimmed(text);
   if (!IsUtf8(text)) return "";
-  std::size_t size = std::min(text.size(), kMaxText);
+  std::size_t size = std::min(text.size(), kLongestFoundName);
   while (!IsUtf8(text.substr(0, size))) --size;
   return EscapeControls(text.substr(0, size));
 }

@@ -8,6 +8,7 @@
 #include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
 #include "recorder/media/codecs.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
@@ -16,8 +17,6 @@ namespace {
 constexpr int kMaxSide = 65'536;     // pixels
 constexpr int kMaxFrameRate = 120;   // pictures a second
 constexpr int kMaxQuality = 10'000;  // without a unit; the scale is the camera's own
-constexpr std::size_t kMaxProfiles = 1024;
-constexpr std::size_t kMaxResolutions = 256;
 
 XmlElement Part(XmlElement element, std::string_view name) { return element.Child(kSchemaNamespace, name); }
 
@@ -75,7 +74,7 @@ void AddCodec(const std::string& codec, XmlElement option, VideoOptions& options
   if (isNew(options.codecs, codec)) options.codecs.push_back(codec);
   for (const XmlElement resolution : option.Children(kSchemaNamespace, "ResolutionsAvailable")) {
     const auto size = ReadSize(resolution);
-    if (!size || options.resolutions.size() >= kMaxResolutions) continue;
+    if (!size || options.resolutions.size() >= kMostResolutions) continue;
     if (isNew(options.resolutions, *size)) options.resolutions.push_back(*size);
   }
 }
@@ -132,7 +131,7 @@ std::vector<Profile> ReadProfiles(XmlElement answer) {
   const bool isMedia2 = answer.Namespace() == kMedia2Namespace;
   std::vector<Profile> profiles;
   for (const XmlElement profile : answer.Children(answer.Namespace(), "Profiles")) {
-    if (profiles.size() == kMaxProfiles) break;
+    if (profiles.size() == kMostOnvifProfiles) break;
     Profile read = isMedia2 ? ReadProfile(profile, kMedia2Names, profile.Child(kMedia2Namespace, "Configurations"))
                             : ReadProfile(profile, kMedia1Names, profile);
     if (!read.token.empty() && !read.source.empty()) profiles.push_back(std::move(read));

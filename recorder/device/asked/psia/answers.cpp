@@ -6,6 +6,7 @@
 
 #include "recorder/media/codecs.h"
 #include "recorder/net/percent.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::psia {
@@ -22,14 +23,14 @@ XmlElement Child(const XmlElement& element, std::string_view name) { return elem
 bool IsTrue(std::string_view text) { return EqualsIgnoreCase(text, "true") || text == "1"; }
 
 void AddOnce(std::vector<std::string>& values, std::string value) {
-  if (value.empty() || values.size() >= kMaxListed) return;
+  if (value.empty() || values.size() >= kMostPsiaEntries) return;
   if (std::find(values.begin(), values.end(), value) == values.end()) values.push_back(std::move(value));
 }
 
 /// The values of a list such as "a,b,c".
 std::vector<std::string> ReadList(std::string_view list) {
   std::vector<std::string> values;
-  while (!list.empty() && values.size() < kMaxListed) {
+  while (!list.empty() && values.size() < kMostPsiaEntries) {
     AddOnce(values, std::string(Trimmed(TakeUntil(list, ','))));
   }
   return values;
@@ -179,7 +180,7 @@ StreamingChannel ReadChannel(const XmlElement& streamingChannel) {
 std::vector<StreamingChannel> ReadChannels(const XmlElement& streamingChannelList) {
   std::vector<StreamingChannel> channels;
   for (const XmlElement& element : streamingChannelList.Children(kAnyNamespace, "StreamingChannel")) {
-    if (channels.size() >= kMaxListed) break;
+    if (channels.size() >= kMostPsiaEntries) break;
     StreamingChannel channel = ReadChannel(element);
     const bool isKnown =
         std::any_of(channels.begin(), channels.end(), [&](const auto& other) { return other.id == channel.id; });

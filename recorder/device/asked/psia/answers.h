@@ -16,9 +16,6 @@
 
 namespace recorder::psia {
 
-/// Longest list that is taken from an answer; what comes after is left out.
-inline constexpr std::size_t kMaxListed = 256;
-
 struct Reading {
   Outcome outcome = Outcome::kNotUnderstood;
   XmlDocument document;
