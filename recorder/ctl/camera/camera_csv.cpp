@@ -10,6 +10,7 @@
 #include "recorder/ctl/camera/csv_reader.h"
 #include "recorder/ctl/camera/headings.h"
 #include "recorder/device/model/model.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -18,8 +19,6 @@ namespace {
 
 constexpr int kMostLinesToHeading = 5;
 constexpr char kNoColumn[] = "-";
-constexpr int kRtspPort = 554;
-constexpr int kHttpPort = 80;
 
 /// A cell of each column, by what it holds.
 using Cells = std::map<std::string, std::string>;
@@ -55,12 +54,6 @@ struct Heading {
   }
 };
 
-std::string Trimmed(const std::string& text) {
-  constexpr char kBlanks[] = " \t\r\n";
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
 std::optional<std::string> MemberBy(const std::string& heading, const ListRules& rules) {
   const auto rule = rules.columns.find(PlainHeading(heading));
   if (rule == rules.columns.end()) return heading.empty() ? "" : MemberOf(heading);
@@ -69,7 +62,11 @@ std::optional<std::string> MemberBy(const std::string& heading, const ListRules&
 
 std::vector<Column> ColumnsOf(const CsvLine& line, const ListRules& rules) {
   std::vector<Column> columns;
-  for (const std::string& cell : line.cells) columns.push_back({Trimmed(cell), MemberBy(Trimmed(cell), rules)});
+  for (const std::string& cell : line.cells) {
+    std::string name(Trimmed(cell));
+    std::optional<std::string> member = MemberBy(name, rules);
+    columns.push_back({std::move(name), std::move(member)});
+  }
   return columns;
 }
 
@@ -200,7 +197,7 @@ Cells CellsOf(const CsvLine& line, const std::vector<Column>& columns) {
     const std::string& member = *columns[i].member;
     if (member.empty()) continue;
     const std::string& cell = line.cells[i];
-    cells[member] = WithoutGuards(member == "password" ? cell : Trimmed(cell));
+    cells[member] = WithoutGuards(member == "password" ? std::string_view(cell) : Trimmed(cell));
   }
   return cells;
 }

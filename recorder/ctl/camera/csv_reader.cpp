@@ -3,13 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/utility/text.h"
+
 namespace recorder {
 
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
-bool IsBlank(const std::string& cell) { return cell.find_first_not_of(" \t\r\n") == std::string::npos; }
+bool IsBlank(const std::string& cell) { return Trimmed(cell).empty(); }
 
 }  // namespace
 
