@@ -66,6 +66,33 @@ GType CameraAuthType() {
   return type;
 }
 
+/// Shares a medium between clients until it is taken down. GStreamer's own factory goes on handing it out meanwhile,
+/// and the server then answers 503.
+struct SharingFactory {
+  GstRTSPMediaFactory parent;
+  gint generation;  ///< of the media that are shared now; atomic
+};
+
+struct SharingFactoryClass {
+  GstRTSPMediaFactoryClass parent;
+};
+
+GType SharingFactoryType() {
+  static const GType type = g_type_register_static_simple(
+      GST_TYPE_RTSP_MEDIA_FACTORY, "SimcamSharingFactory", sizeof(SharingFactoryClass),
+      [](gpointer cls, gpointer) {
+        GST_RTSP_MEDIA_FACTORY_CLASS(cls)->gen_key = [](GstRTSPMediaFactory* factory, const GstRTSPUrl*) {
+          return g_strdup_printf("%d", g_atomic_int_get(&reinterpret_cast<SharingFactory*>(factory)->generation));
+        };
+      },
+      sizeof(SharingFactory), nullptr, static_cast<GTypeFlags>(0));
+  return type;
+}
+
+void OnTargetState(GstRTSPMedia*, gint state, gpointer factory) {
+  if (state == GST_STATE_NULL) g_atomic_int_inc(&static_cast<SharingFactory*>(factory)->generation);
+}
+
 /// One medium's walk through a clip that never ends.
 struct ClipPlayer {
   std::shared_ptr<const Clip> clip;
@@ -90,7 +117,8 @@ struct Mount {
   std::shared_ptr<const Clip> clip;  ///< null: live
 };
 
-void OnMedia(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) {
+void OnMedia(GstRTSPMediaFactory* factory, GstRTSPMedia* media, gpointer data) {
+  g_signal_connect_object(media, "target-state", G_CALLBACK(OnTargetState), factory, static_cast<GConnectFlags>(0));
   const auto& mount = *static_cast<const Mount*>(data);
   const Element pipeline(gst_rtsp_media_get_element(media));
   ShowClock(pipeline.get(), Clock::kWall);
@@ -146,10 +174,9 @@ StockRtsp::StockRtsp(const CameraConfig& camera, Login& login, CameraLog& log, C
   GstRTSPMountPoints* points = gst_rtsp_server_get_mount_points(server);
   for (const StreamConfig& stream : camera.RtspStreams()) {
     impl_->mounts.push_back(std::make_unique<Mount>(Mount{stream, stream.live ? nullptr : clips.Get(stream)}));
-    GstRTSPMediaFactory* factory = gst_rtsp_media_factory_new();
+    auto* factory = static_cast<GstRTSPMediaFactory*>(g_object_new(SharingFactoryType(), nullptr));
     gst_rtsp_media_factory_set_launch(factory, Launch(stream).c_str());
-    // A shared medium answers 503 while it is taken down; sound alone is cheap enough for one a client.
-    gst_rtsp_media_factory_set_shared(factory, stream.audio == Audio::kOnly ? FALSE : TRUE);
+    gst_rtsp_media_factory_set_shared(factory, TRUE);
     g_signal_connect(factory, "media-configure", G_CALLBACK(OnMedia), impl_->mounts.back().get());
     gst_rtsp_mount_points_add_factory(points, stream.path.c_str(), factory);
   }
