@@ -63,8 +63,8 @@ namespace recorder {
 namespace {
 
 /// Methods by what the recorder must know of them; all others contact cameras for as long as a test may take.
-constexpr std::string_view kListMethods[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
-constexpr std::string_view kLargeMethods[] = {"CamBatAddVerify"};
+constexpr std::string_view kWithoutCamera[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
+constexpr std::string_view kWithList[] = {"CamBatAddVerify"};
 constexpr std::string_view kPictureMethod = "GetSnapshot";
 
 std::chrono::milliseconds LimitOf(std::string_view method) {
@@ -88,16 +88,16 @@ bool FailsLike(const Json::Value& value, const std::string& reason) {
 
 }  // namespace
 
-std::span<const std::string_view> ListMethods() { return kListMethods; }
+std::span<const std::string_view> MethodsWithoutCamera() { return kWithoutCamera; }
 
-std::span<const std::string_view> LargeMethods() { return kLargeMethods; }
+std::span<const std::string_view> MethodsWithList() { return kWithList; }
 
-bool IsList(std::string_view method) {
-  return std::find(std::begin(kListMethods), std::end(kListMethods), method) != std::end(kListMethods);
+bool ContactsNoCamera(std::string_view method) {
+  return std::find(std::begin(kWithoutCamera), std::end(kWithoutCamera), method) != std::end(kWithoutCamera);
 }
 
-bool IsLarge(std::string_view method) {
-  return std::find(std::begin(kLargeMethods), std::end(kLargeMethods), method) != std::end(kLargeMethods);
+bool TakesList(std::string_view method) {
+  return std::find(std::begin(kWithList), std::end(kWithList), method) != std::end(kWithList);
 }
 
 ApiAnswer NotAdmitted() {

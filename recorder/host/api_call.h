@@ -43,13 +43,13 @@ struct ApiAnswer {
 /// be had.
 ApiAnswer RunCall(const ApiCall& call);
 
-/// The methods that touch no camera.
-std::span<const std::string_view> ListMethods();
-bool IsList(std::string_view method);
+/// The methods that contact no camera.
+std::span<const std::string_view> MethodsWithoutCamera();
+bool ContactsNoCamera(std::string_view method);
 
 /// The methods that take a list of cameras, and so a larger body than all others.
-std::span<const std::string_view> LargeMethods();
-bool IsLarge(std::string_view method);
+std::span<const std::string_view> MethodsWithList();
+bool TakesList(std::string_view method);
 
 /// What the module answers whom it does not admit.
 ApiAnswer NotAdmitted();

@@ -57,8 +57,8 @@ bool IsDocument(const ApiAnswer& answer) {
 }  // namespace
 
 std::string CausesOf(const ApiCall& call, const ApiAnswer& answer, const RequestScope& scope) {
-  if (IsList(call.method->name)) return "";
-  if (IsLarge(call.method->name)) {
+  if (ContactsNoCamera(call.method->name)) return "";
+  if (TakesList(call.method->name)) {
     return CausesOfList(call.params["camList"], answer.json["data"]["resultList"], scope.Reports());
   }
   if (const auto cause = scope.Cause()) return std::string(NameOf(*cause));

@@ -81,11 +81,11 @@ const ModuleMethod& FindMethod(std::string_view path, const ModuleLibrary& modul
 
 /// An address ends up in logs and histories, so only what carries no secret may stand in it.
 bool MayBeGet(const HttpRequest& request, const ModuleMethod& method) {
-  return request.path.starts_with(kUserPrefix) && IsList(method.name);
+  return request.path.starts_with(kUserPrefix) && ContactsNoCamera(method.name);
 }
 
 std::size_t LargestBody(std::string_view path) {
-  return IsLarge(path.substr(path.rfind('/') + 1)) ? kLargestListBody : kLargestBody;
+  return TakesList(path.substr(path.rfind('/') + 1)) ? kLargestListBody : kLargestBody;
 }
 
 Json::Value ReadParameters(const HttpRequest& request, const ModuleMethod& method) {

@@ -47,7 +47,7 @@ std::string Answer(const std::function<const char*(const char*)>& variable,
     if (IsUntimely(request)) return ToCgi(NotAdmitted());
     const ApiCall call = ToApiCall(request, host.module, host.config.hostNames);
     const ApiAnswer answer = RunCall(call);
-    if (IsLarge(call.method->name)) GiveMemoryBack();
+    if (TakesList(call.method->name)) GiveMemoryBack();
     return ToCgi(answer);
   } catch (const HttpError& error) {
     return ToCgi(error);

@@ -104,8 +104,8 @@ std::string LighttpdConfig(const WebServerOptions& options, int port) {
   std::string text = kServerConfiguration;
   if (options.hasPage) text += kPageConfiguration;
   if (options.hasTls) text += kTlsConfiguration;
-  Replace(text, "LIST_METHODS", Alternatives(ListMethods()));
-  Replace(text, "LARGE_METHODS", Alternatives(LargeMethods()));
+  Replace(text, "LIST_METHODS", Alternatives(MethodsWithoutCamera()));
+  Replace(text, "LARGE_METHODS", Alternatives(MethodsWithList()));
   Replace(text, "LARGEST_BODY", std::to_string(kLargestBody / kKiB));
   Replace(text, "LARGEST_LIST", std::to_string(kLargestListBody / kKiB));
   Replace(text, "API_ADDRESSES", options.hasPage ? "^/(api|trusted)(/|$)" : "^/");
