@@ -6,10 +6,6 @@
 #include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
-// Printable, so that it travels in JSON, forms and shells as it is; the random end keeps it from being anybody's
-// choice.
-const char gszFakePass[] = "[stored-password-6f1e0b9c42d7]";
-
 namespace recorder {
 
 std::optional<std::string> TextMistake(const std::string& text) {
