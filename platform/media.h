@@ -47,7 +47,7 @@ enum ES_FORMAT_DETAIL : int {
 };
 
 /// One RTP connection to a camera, opened by the first NextPartInfo and closed by the destructor. A part is one access
-/// unit; of an H.264 part the first start code is left out.
+/// unit, or a JPEG that was made of one, as the format says; of an H.264 part the first start code is left out.
 class RtpFetch {
  public:
   struct Impl;

@@ -7,7 +7,7 @@ namespace rig {
 
 namespace {
 
-constexpr char kVendor[] = "Bench";
+constexpr char kVendor[] = "Rig";
 
 /// Cameras that have no good answer, and the code of a test that finds it out.
 constexpr std::pair<const char*, int> kFaults[] = {
@@ -22,7 +22,7 @@ struct Hostile {
   const char* model;  ///< "vendor model" of their list
 };
 constexpr char kOnvifModel[] = "ONVIF Generic";
-constexpr char kPictureModel[] = "Bench Pictures";
+constexpr char kPictureModel[] = "Rig Pictures";
 constexpr Hostile kHostile[] = {
     {"ampersands", 468, kOnvifModel}, {"elements", 0, kOnvifModel}, {"endlessBody", 468, kPictureModel}};
 constexpr int kLoginRefused = 464;

@@ -22,7 +22,7 @@ namespace rig {
 Json::Value CameraConfigs(int callers);
 /// Every models folder holds the schema of its files.
 void CopySchema(const TempFolder& folder);
-/// Makes `folder` a models folder: vendor "Bench", for each caller a model "C<number>". Returns its path.
+/// Makes `folder` a models folder: vendor "Rig", for each caller a model "C<number>". Returns its path.
 std::filesystem::path WriteModels(const TempFolder& folder, int callers);
 
 /// The questions of one caller. One thread.
@@ -79,7 +79,7 @@ class Questioner {
   const std::string storedCapabilities_;
   const int number_;
   const Target own_;
-  const std::string model_;  ///< "Bench C<number>"
+  const std::string model_;  ///< "Rig C<number>"
   const std::string size_;   ///< of the own camera's picture, as "320x240"
   std::mt19937 random_;
   long rows_ = 0;  ///< of all lists so far

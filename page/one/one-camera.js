@@ -109,7 +109,7 @@ export class OneCamera {
 
   /** Offers the password of a stored camera. @param {number} id */
   openStored(id) {
-    this.fields.openStored(id);
+    return this.fields.openStored(id);
   }
 
   forgetPasswords() {

@@ -9,9 +9,9 @@
 
 namespace recorder {
 
-/// What a failure answers besides the contact that had it.
+/// Which later questions get this failure as their answer, without asking the camera.
 enum class Reach {
-  kContact,       ///< nothing
+  kContact,       ///< none
   kConversation,  ///< whatever else was to be asked of that camera in the same conversation
   kRequest,       ///< that, and later contacts of the same request with the same host and user
 };

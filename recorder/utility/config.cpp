@@ -30,7 +30,7 @@ Config currentConfig;
   throw ConfigError(file.string() + ": " + member + ": " + mistake);
 }
 
-/// One member of the file. What is read into a target leaves that as it is where the member is missing; every mistake
+/// One member of the file. A missing member leaves its target as it is; every mistake
 /// is a ConfigError that names it.
 class Member {
  public:

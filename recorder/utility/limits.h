@@ -7,7 +7,7 @@
 namespace recorder {
 
 // All limits of size, with unit and reason. What is longer or more is refused, cut or left out where it is read. How
-// much a name or a value of a format may hold stands with its format; limits of time are settings.
+// much a name or a value of a format may hold stands with its format, and a limit of time where it is used.
 
 inline constexpr std::size_t kKiB = 1024;
 inline constexpr std::size_t kMiB = 1024 * kKiB;
@@ -19,7 +19,7 @@ inline constexpr std::size_t kLargestBody = 64 * kKiB;
 /// Bytes of a body that holds a list of cameras: several thousand rows.
 inline constexpr std::size_t kLargestListBody = kMiB;
 inline constexpr char kBodyTooLarge[] = "the body is larger than 64 KiB, or 1 MiB for a list of cameras";
-/// Parameters of a form: no method has 20, and each is looked for among those before it.
+/// Parameters of a form: no method has 20, and each new one is compared with all before it.
 inline constexpr std::size_t kMostParameters = 1000;
 /// Objects and lists around a value of JSON: its reader calls itself for each.
 inline constexpr int kDeepestJson = 64;
@@ -79,11 +79,13 @@ inline constexpr std::size_t kMostEarlyBytes = 8 * kMiB;
 
 /// Bytes of an answer in XML: a camera with hundreds of profiles sends less.
 inline constexpr std::size_t kLargestXml = kMiB;
-/// Bytes of one tag and of all tags around an element, attributes of a tag, and elements and attributes of an answer:
-/// the parser compares some of them with all others, and its tree has some 250 bytes for each.
+/// Bytes of one tag.
 inline constexpr std::size_t kLongestXmlTag = 8 * kKiB;
+/// Bytes of all tags around an element.
 inline constexpr std::size_t kLongestOpenXmlTags = 16 * kKiB;
+/// Attributes of a tag: the parser compares each with all others.
 inline constexpr std::size_t kMostXmlAttributes = 200;
+/// Elements and attributes of an answer: the parser's tree has some 250 bytes for each.
 inline constexpr std::size_t kMostXmlParts = 25'000;
 
 /// Entries that are taken of a list in an answer over ONVIF or PSIA; a list for people to choose from has fewer.

@@ -44,14 +44,14 @@ void WriteOnce(const std::string& line) {
   }
 }
 
-/// The path from the recorder's own folder on, without its extension: "recorder/utility/records".
+/// The path from the recorder's own folder on, without its extension: "recorder/records/records".
 std::string SourceName(std::string_view file) {
   const std::size_t start = file.rfind("recorder/");
   if (start != std::string_view::npos) file.remove_prefix(start);
   return std::string(file.substr(0, file.rfind('.')));
 }
 
-/// Where an entry comes from: "recorder/utility/records:12 Open".
+/// Where an entry comes from: "recorder/records/records:12 Open".
 std::string Place(const std::string& file, int line, const char* function) {
   return file + ':' + std::to_string(line) + ' ' + function;
 }

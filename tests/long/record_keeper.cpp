@@ -30,7 +30,7 @@ std::string RecordKeeper::NewCamera() {
 void RecordKeeper::AddOne() {
   const std::string name = NewCamera();
   const std::string port = name.substr(name.find(' ') + 1);
-  const Finished add = recorder_.Control({"camera", "add", "--name", name, "--vendor", "Bench", "--model", "C0",
+  const Finished add = recorder_.Control({"camera", "add", "--name", name, "--vendor", "Rig", "--model", "C0",
                                           "--channel", "1", "--host", "127.0.0.1", "--port", port, "--user", "admin"},
                                          "secret of " + name + "\n");
   if (add.output.starts_with("added camera ") && add.output.ends_with('\n')) acknowledged_.insert(name);

@@ -66,7 +66,7 @@ class Soak {
                    .workers = kCameraWorkers,
                    .modelsFolder = WriteModels(folder_, kCallers)}) {
     for (int i = 0; i < 3; ++i) {
-      recorder_.AddCamera("Bench", "C" + std::to_string(i), cameras_.Port("camera " + std::to_string(i)), "admin",
+      recorder_.AddCamera("Rig", "C" + std::to_string(i), cameras_.Port("camera " + std::to_string(i)), "admin",
                           kSecret);
     }
     questioners_ = MakeQuestioners(recorder_, cameras_, kCallers, options.seed);

@@ -102,7 +102,7 @@ ModelCatalog ReadFiles(const std::string& folder, const std::vector<FileState>& 
 }
 
 void LogMistake(const ModelMistake& mistake) {
-  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, "recorder/device/model_files", __LINE__, __func__,
+  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, "recorder/device/model/model_files", __LINE__, __func__,
            "Model file %s is passed over: %s%s%s\n", mistake.file.c_str(), mistake.place.c_str(),
            mistake.place.empty() ? "" : ": ", mistake.text.c_str());
 }
