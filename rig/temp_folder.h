@@ -7,6 +7,8 @@
 #include <string>
 #include <system_error>
 
+namespace rig {
+
 /// A folder of its own for one test, gone with it.
 class TempFolder {
  public:
@@ -34,3 +36,5 @@ class TempFolder {
  private:
   std::filesystem::path path_;
 };
+
+}  // namespace rig

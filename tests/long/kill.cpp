@@ -271,7 +271,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, [](int /*signal*/) {});
   prctl(PR_SET_CHILD_SUBREAPER, 1);  // processes that outlive their server stay in sight
   try {
-    const TempFolder folder;  // what a killed server leaves in the folder of temporary files goes with it
+    const rig::TempFolder folder;  // what a killed server leaves in the folder of temporary files goes with it
     setenv("TMPDIR", folder.Path().c_str(), 1);
     return long_tests::Trial(options).Run();
   } catch (const std::exception& error) {

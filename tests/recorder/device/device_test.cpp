@@ -74,7 +74,7 @@ TEST(DeviceTest, AMissingPathIsLoggedWhereItWasWanted) {
   const std::string models = ReadFile(MODELS_FOLDER "/simcam.json");
   const std::string stream = R"({"kind": "stream"})";  // the last one is that of RTSP-Path
   for (const std::string& snapshot : {stream, std::string(R"({"kind": "http-jpeg", "path": "/x"})")}) {
-    const TempFolder folder;
+    const rig::TempFolder folder;
     folder.Write("simcam.json", std::string(models).replace(models.rfind(stream), stream.size(), snapshot));
     std::filesystem::copy(MODELS_FOLDER "/schema.json", folder.Path());
     SetModelsFolder(folder.Path());

@@ -18,7 +18,7 @@ const std::string kModel = R"({"name": "A", "channels": {"values": ["1"], "defau
 const std::string kAcme = R"({"vendor": "Acme", "source": "a test", "models": [)" + kModel + "]}";
 
 /// A models folder with the repository's schema.
-class ModelFolder : public TempFolder {
+class ModelFolder : public rig::TempFolder {
  public:
   ModelFolder() { std::filesystem::copy_file(MODELS_FOLDER "/schema.json", Path() / "schema.json"); }
 };

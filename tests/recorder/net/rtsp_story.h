@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,6 +59,7 @@ class RtspStory : private RtspLogins {
   void Hear(const std::string& part) {
     if (part == kClosed) return session_.Ended(RtspSession::Ending::kUsual);
     if (part == kUnread) return session_.Ended(RtspSession::Ending::kUnread);
+    if (part.size() > session_.Space().size()) throw std::length_error("a part that no single read would bring");
     std::copy(part.begin(), part.end(), session_.Space().begin());
     session_.Received(part.size());
   }

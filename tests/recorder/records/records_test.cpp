@@ -40,7 +40,7 @@ class RecordsTest : public testing::Test {
     UseConfig(config);
   }
   fs::path State() const { return folder.Path() / "deep" / "state"; }
-  TempFolder folder;
+  rig::TempFolder folder;
 };
 
 TEST_F(RecordsTest, KeepsCamerasAndPasswords) {

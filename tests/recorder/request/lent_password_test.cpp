@@ -76,7 +76,7 @@ class LendingTest : public testing::Test {
     Records records{folder_.Path()};
     for (const CameraRecord& record : kRecords) EXPECT_EQ(records.Add(record, record.name), record.id);
   }
-  TempFolder folder_;
+  rig::TempFolder folder_;
   RequestScope scope_{std::chrono::milliseconds(1000)};
 };
 

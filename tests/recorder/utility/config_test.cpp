@@ -49,7 +49,7 @@ const ConfigCase kConfigCases[] = {
 class ConfigTest : public testing::TestWithParam<ConfigCase> {};
 
 TEST_P(ConfigTest, NamesFileMemberAndMistake) {
-  const TempFolder folder;
+  const rig::TempFolder folder;
   folder.Write("images/add_camera_default.png", "picture");
   folder.Write("models/readme", "");
   folder.Write("page/index.html", "");
@@ -96,7 +96,7 @@ TEST(ConfigSchemaTest, DescribesWhatIsRead) {
 }
 
 TEST(ConfigSchemaTest, HasTheDefaultsAndLimitsThatCount) {
-  const TempFolder folder;
+  const rig::TempFolder folder;
   folder.Write("images/add_camera_default.png", "picture");
   folder.Write("models/readme", "");
   auto members = SchemaMembers();
