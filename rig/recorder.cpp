@@ -133,9 +133,17 @@ SimCameras::SimCameras(const Json::Value& cameras) {
   const std::filesystem::path file = folder_.Write("cameras.json", ToText(config));
   process_ = std::make_unique<Process>(std::vector<std::string>{PROGRAM_FOLDER "/simcam", file.string()},
                                        folder_.Path() / "log");
-  const Json::Value started = ParseJson(process_->ReadLine());
+  const Json::Value started = ParseJson(FirstLine());
   for (const Json::Value& camera : started["cameras"]) {
     ports_[camera["name"].asString()] = camera["port"].asInt();
+  }
+}
+
+std::string SimCameras::FirstLine() const {
+  try {
+    return process_->ReadLine();
+  } catch (const std::exception&) {
+    throw std::runtime_error("simcam did not start: " + ReadText(folder_.Path() / "log"));
   }
 }
 

@@ -78,6 +78,8 @@ class SimCameras {
   Json::Value Log(const std::string& name) const;
 
  private:
+  std::string FirstLine() const;
+
   TempFolder folder_;
   std::unique_ptr<Process> process_;
   std::map<std::string, int> ports_;

@@ -14,6 +14,8 @@ namespace recorder {
 struct CameraLimits {
   std::chrono::milliseconds test{10'000};     ///< a test, a size, a capability file
   std::chrono::milliseconds picture{15'000};  ///< a picture
+
+  bool operator==(const CameraLimits&) const = default;
 };
 
 /// What an administrator decides: one JSON file, described by docs/config.schema.json.
