@@ -38,6 +38,15 @@ void WaitForEnd(const Socket& socket) {
   while (socket.Receive(ignored)) ignored.clear();
 }
 
+/// What RTSP servers say to a request of HTTP: a head without a length, behind which the connection stays open.
+void AnswerGet(const Socket& socket, int status) {
+  if (status != 0) {
+    const std::string head = "HTTP/1.0 " + std::to_string(status) + " " + Reason(status) + "\r\n\r\n";
+    static_cast<void>(socket.Send(head));
+  }
+  WaitForEnd(socket);
+}
+
 bool LeadsToTls(const CameraConfig& config) {
   return (config.onvif && config.onvif->trouble == Trouble::kRedirectTls) ||
          (config.psia && config.psia->trouble == Trouble::kRedirectTls);
@@ -91,6 +100,11 @@ bool Camera::MisbehavesAtOnce(const Socket& socket, const Request& firstLine) {
     static_cast<void>(socket.Send(text));
     return true;
   };
+  const bool mayAnswerGet = config_.fault.method == "GET" || config_.fault.fault == Fault::kGetSilent;
+  if (mayAnswerGet && !firstLine.IsRtsp()) {
+    AnswerGet(socket, config_.fault.status);
+    return true;
+  }
   switch (config_.fault.fault) {
     case Fault::kSilentAfterConnect:
       log_.CountRequest(firstLine);

@@ -60,6 +60,7 @@ struct LoginConfig {
   std::vector<Scheme> offer;  ///< empty: no login wanted
   bool oneHeader = false;     ///< all challenges in one WWW-Authenticate line, by commas
   bool qop = true;            ///< false: Digest without qop, as old cameras do (RFC 2069)
+  bool semicolons = false;    ///< between the parameters of Digest, instead of commas
 };
 
 /// A fixed HTTP answer, for example of a device service.
@@ -82,7 +83,8 @@ struct OnvifConfig {
   bool badAmpersand = false;  ///< addresses with a query, its ampersand not escaped
   std::string innerAddress;   ///< what answers name instead of 127.0.0.1; with a port, that of the services
   SnapshotUri snapshotUri = SnapshotUri::kHttp;
-  bool services = true;  ///< knows GetServices
+  bool tlsStream = false;  ///< streams are named with rtsps
+  bool services = true;    ///< knows GetServices
   bool deviceIo = true;
   int inputs = 1;  ///< digital inputs
   bool audio = true;

@@ -46,10 +46,28 @@ constexpr FaultRow kFaultRows[] = {
     {"alwaysStale", Fault::kAlwaysStale, kRtsp, "refuses every right Digest login with stale=true"},
     {"closeWith401", Fault::kCloseWith401, kRtsp, "closes the connection after each 401"},
     {"hangUpWith401", Fault::kHangUpWith401, kRtsp, "RTSP: the same, without announcing it"},
+    {"hangUpBehind401", Fault::kHangUpBehind401, kRtsp,
+     "RTSP: the same, a moment later, so that a login may meet the end"},
     {"hangUpOnLogin", Fault::kHangUpOnLogin, kRtsp, "RTSP: closes the connection instead of answering a wrong login"},
     {"resetOnLogin", Fault::kResetOnLogin, kRtsp, "RTSP: resets the connection instead of answering a wrong login"},
     {"lockOut", Fault::kLockOut, kRtsp, "after three wrong logins every login gets 403, the right one too"},
+    {"optionsFirst", Fault::kOptionsFirst, kRtsp,
+     "RTSP: 455 to DESCRIBE on a connection that has not brought OPTIONS yet"},
+    {"udpAnswer", Fault::kUdpAnswer, kRtsp, "answers a SETUP over TCP with ports of UDP"},
+    {"getSilent", Fault::kGetSilent, kNotRtsp, "an RTSP server: never answers HTTP"},
     {"badSdp", Fault::kBadSdp, kRtsp, "answers DESCRIBE with text that is no SDP"},
+    {"sdpBlanks", Fault::kSdpBlanks, kRtsp, "two blanks between the words of the \"m=\" line"},
+    {"sdpLowerCase", Fault::kSdpLowerCase, kRtsp, "the profile is \"rtp/avp\""},
+    {"sdpTcpProfile", Fault::kSdpTcpProfile, kRtsp, "the profile is \"TCP/RTP/AVP\""},
+    {"sdpMetadataFirst", Fault::kSdpMetadataFirst, kRtsp, "an \"m=video\" of ONVIF metadata comes before the video"},
+    {"sdpNoVersion", Fault::kSdpNoVersion, kRtsp, "the description has no \"v=\" line"},
+    {"sdpHevc", Fault::kSdpHevc, kRtsp, "H.265 is named \"HEVC\""},
+    {"sdpEncrypted", Fault::kSdpEncrypted, kRtsp, "the profile is \"RTP/SAVP\" (SRTP)"},
+    {"sdpEncryptedFeedback", Fault::kSdpEncryptedFeedback, kRtsp, "the profile is \"RTP/SAVPF\" (SRTP)"},
+    {"sdpVp8", Fault::kSdpVp8, kRtsp, "H.264 is named \"VP8\""},
+    {"sdpH263", Fault::kSdpH263, kRtsp, "H.264 is named \"H263-1998\""},
+    {"sdpMp2t", Fault::kSdpMp2t, kRtsp, "the payload type is 33, an MPEG transport stream"},
+    {"sdpNoRtpmap", Fault::kSdpNoRtpmap, kRtsp, "no line names the codec"},
     {"noCseq", Fault::kNoCseq, kRtsp, "RTSP answers lack CSeq"},
     {"controlAbsolute", Fault::kControlAbsolute, kRtsp, "control addresses are absolute and elsewhere (/media/video)"},
     {"controlNoSlash", Fault::kControlNoSlash, kRtsp, "relative control address, Content-Base without the final slash"},
@@ -78,7 +96,7 @@ constexpr FaultRow kFaultRows[] = {
     {"redirectLoop", Fault::kRedirectLoop, kNotRtsp, "HTTP: 302 to the same address, for ever"},
 };
 
-constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "http"};
+constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "http", "get"};
 
 std::optional<FaultConfig> StatusFault(std::string_view name) {
   for (const std::string_view prefix : kStatusPrefixes) {
@@ -103,7 +121,7 @@ std::optional<FaultConfig> FaultFromName(std::string_view name) {
 }
 
 bool OnlyHttp(const FaultConfig& fault) {
-  if (fault.fault == Fault::kStatus) return fault.method == "HTTP";
+  if (fault.fault == Fault::kStatus) return fault.method == "HTTP" || fault.method == "GET";
   const auto* row = std::find_if(std::begin(kFaultRows), std::end(kFaultRows),
                                  [&](const FaultRow& candidate) { return candidate.fault == fault.fault; });
   return row->concerns == kNotRtsp;
@@ -118,7 +136,8 @@ std::string FaultHelp() {
   }
   return help +
          "  describeNNN setupNNN playNNN  that request gets status NNN (RTSP), for example setup453\n"
-         "  httpNNN                       every picture gets status NNN (HTTP)\n";
+         "  httpNNN                       every picture gets status NNN (HTTP)\n"
+         "  getNNN                        an RTSP server: HTTP gets status NNN without a length, and no end\n";
 }
 
 }  // namespace simcam

@@ -31,11 +31,27 @@ enum class Fault {
   kAlwaysStale,
   kCloseWith401,
   kHangUpWith401,
+  kHangUpBehind401,
   kHangUpOnLogin,
   kResetOnLogin,
   kLockOut,
   kStatus,
+  kOptionsFirst,
+  kUdpAnswer,
+  kGetSilent,
   kBadSdp,
+  kSdpBlanks,
+  kSdpLowerCase,
+  kSdpTcpProfile,
+  kSdpMetadataFirst,
+  kSdpNoVersion,
+  kSdpHevc,
+  kSdpEncrypted,
+  kSdpEncryptedFeedback,
+  kSdpVp8,
+  kSdpH263,
+  kSdpMp2t,
+  kSdpNoRtpmap,
   kNoCseq,
   kControlAbsolute,
   kControlNoSlash,
@@ -60,7 +76,8 @@ enum class Fault {
   kRedirectLoop,
 };
 
-/// A fault as configured. For kStatus, `method` ("DESCRIBE", "SETUP", "PLAY", or "HTTP") is answered with `status`.
+/// A fault as configured. For kStatus, `method` ("DESCRIBE", "SETUP", "PLAY"; "HTTP" for
+/// pictures, "GET" for all of HTTP) is answered with `status`.
 struct FaultConfig {
   Fault fault = Fault::kNone;
   std::string method;

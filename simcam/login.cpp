@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "simcam/glib_handle.h"
@@ -116,6 +117,7 @@ std::string Login::Challenge(Scheme scheme, const std::string& nonce, bool stale
   // Old cameras know no algorithm parameter; its absence means MD5.
   if (scheme == Scheme::kDigestMd5 && camera_.login.qop) challenge += ", algorithm=MD5";
   if (stale) challenge += ", stale=true";
+  if (camera_.login.semicolons) std::replace(challenge.begin(), challenge.end(), ',', ';');
   return challenge;
 }
 

@@ -112,13 +112,14 @@ std::string PortsAsJson(const std::list<Camera>& cameras) {
   return Json::writeString(writer, json);
 }
 
-/// "redirectTo" is another camera's name or an address.
+/// "redirectTo" is another camera's name, an address, or a path.
 std::string RedirectAddress(const std::string& target, const std::list<Camera>& cameras) {
   for (const Camera& camera : cameras) {
     if (camera.Config().name != target) continue;
     return "http://127.0.0.1:" + std::to_string(camera.Port()) + camera.Config().snapshotPath;
   }
-  if (target.find("://") == std::string::npos) throw simcam::ConfigError("redirectTo: no camera " + target);
+  const bool isAddress = target.starts_with('/') || target.find("://") != std::string::npos;
+  if (!isAddress) throw simcam::ConfigError("redirectTo: no camera " + target);
   return target;
 }
 

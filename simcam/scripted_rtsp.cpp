@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "simcam/rtp_player.h"
+#include "simcam/sdp_faults.h"
 
 namespace simcam {
 namespace {
@@ -112,6 +113,8 @@ class Conversation {
     lastRequest_ = SteadyClock::now();
     if (PhaseOf(fault_, &PhaseFault::silent) == phase_) return;
     if (request.method.empty()) return Answer(request, 400);
+    hasOptions_ = hasOptions_ || request.method == "OPTIONS";
+    if (fault_ == Fault::kOptionsFirst && !hasOptions_) return Answer(request, 455);
     if (request.method == "OPTIONS") return Answer(request, 200, {"Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN"});
     if (!LoggedIn(request)) return;
     if (fault_ == Fault::kStatus && request.method == camera_.fault.method)
@@ -141,7 +144,8 @@ class Conversation {
     if (fault_ == Fault::kCloseWith401) headers.emplace_back("Connection: close");
     if (fault_ == Fault::kHangUpWith401) socket_.SendAtEnd();  // or a quick login would arrive before the end
     Answer(request, verdict.status, headers);
-    if (fault_ == Fault::kCloseWith401 || fault_ == Fault::kHangUpWith401) open_ = false;
+    const Fault leaving[] = {Fault::kCloseWith401, Fault::kHangUpWith401, Fault::kHangUpBehind401};
+    if (std::ranges::find(leaving, fault_) != std::end(leaving)) open_ = false;
     return false;
   }
 
@@ -177,7 +181,8 @@ class Conversation {
   // -- methods
 
   void Describe(const Request& request) {
-    if (fault_ == Fault::kRedirectRtsp) return Answer(request, 302, {"Location: " + camera_.redirectTo});
+    const bool isThere = request.Path() == camera_.redirectTo;  // a path alone may be our own
+    if (fault_ == Fault::kRedirectRtsp && !isThere) return Answer(request, 302, {"Location: " + camera_.redirectTo});
     if (!ChooseStream(WithoutSlash(request.Path()), false)) return Answer(request, 404);
     std::vector<std::string> headers = {"Content-Type: application/sdp"};
     if (fault_ != Fault::kControlNoBase) {
@@ -196,7 +201,8 @@ class Conversation {
     std::string sdp = "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nc=IN IP4 0.0.0.0\r\nt=0 0\r\na=control:" +
                       (absolute ? AddressOf(request, stream_->path) : "*") + "\r\na=range:npt=now-\r\n" + clip_->media;
     if (stream_->honoursPli) sdp += "a=rtcp-fb:* nack pli\r\n";
-    return sdp + "a=control:" + (absolute ? AddressOf(request, "/media/video") : "trackID=1") + "\r\n";
+    sdp += "a=control:" + (absolute ? AddressOf(request, "/media/video") : "trackID=1") + "\r\n";
+    return SpoiltSdp(fault_, std::move(sdp));
   }
 
   void SetUp(const Request& request) {
@@ -209,6 +215,9 @@ class Conversation {
     if (fault_ == Fault::kOtherChannels) channel_ = 4;
     session_ = std::to_string(std::random_device()());
     log_.CountSession();
+    if (fault_ == Fault::kUdpAnswer)
+      return Answer(request, 200,
+                    {"Transport: RTP/AVP;unicast;client_port=5000-5001;server_port=6000-6001", SessionHeader()});
     Answer(request, 200,
            {"Transport: RTP/AVP/TCP;unicast;interleaved=" + std::to_string(channel_) + "-" +
                 std::to_string(channel_ + 1) + ";ssrc=51AC0DE5",
@@ -312,6 +321,7 @@ class Conversation {
   bool open_ = true;
   std::string received_;
   std::string held_;  ///< sent ahead of the next answer
+  bool hasOptions_ = false;
   Phase phase_ = Phase::kConnect;
   SteadyClock::time_point lastRequest_ = SteadyClock::now();
   const StreamConfig* stream_ = nullptr;

@@ -89,6 +89,7 @@ void ReadOnvif(const Json::Value& value, const std::string& where, CameraConfig&
   members.Read("badAmpersand", onvif.badAmpersand);
   members.Read("innerAddress", onvif.innerAddress);
   members.Read("snapshotUri", onvif.snapshotUri, kSnapshotUris);
+  members.Read("tlsStream", onvif.tlsStream);
   members.Read("services", onvif.services);
   members.Read("deviceIo", onvif.deviceIo);
   members.Read("inputs", onvif.inputs, 0, 16);

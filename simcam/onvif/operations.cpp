@@ -62,7 +62,7 @@ OnvifCamera::OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entra
   const std::string authority = WithPort(host, entrance.overTls ? entrance.tlsPort : entrance.port);
   services = scheme + authority;
   snapshots = scheme + (onvif.snapshotUri == SnapshotUri::kWithLogin ? config.user + ":wrong@" : "") + authority;
-  streams = "rtsp://" + WithPort(host.substr(0, host.find(':')), entrance.port);
+  streams = (onvif.tlsStream ? "rtsps://" : "rtsp://") + WithPort(host.substr(0, host.find(':')), entrance.port);
 }
 
 std::string OnvifCamera::AddressXml(const std::string& address) const {
