@@ -66,8 +66,6 @@ inline constexpr std::size_t kLargestHttpHeaders = 64 * kKiB;
 /// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. The ten threads of a list
 /// hold one each.
 inline constexpr std::size_t kLargestHttpPicture = 12 * kMiB;
-/// Bytes of a body of HTTP that is not used, and read only so that the connection can be used again.
-inline constexpr std::size_t kLargestUnusedBody = 64 * kKiB;
 /// Bytes of delimiter and header lines before a part of a multipart body.
 inline constexpr std::size_t kLargestPartLines = 8 * kKiB;
 

@@ -10,28 +10,20 @@
 namespace recorder {
 namespace {
 
-/// Hands on the body of a 200 answer. Any other is read past up to a bound, since libcurl tells of a redirect at its
-/// end.
+/// Hands on the body of a 200 answer. Of any other the head is enough: some servers neither tell how long the body is
+/// nor close the connection behind it, so that its end would be waited for until the deadline.
 class PageReader : public AnswerReader {
  public:
   explicit PageReader(BodyReader& reader) : reader_(reader) {}
 
   BodyReader::Step Begin(long status, const std::string& contentType) override {
-    isWanted_ = status == kHttpOk;
-    unusedBytes_ = 0;
-    return isWanted_ ? reader_.Begin(contentType) : BodyReader::Step::kMore;
+    return status == kHttpOk ? reader_.Begin(contentType) : BodyReader::Step::kEnough;
   }
 
-  BodyReader::Step Read(std::string_view bytes) override {
-    if (isWanted_) return reader_.Read(bytes);
-    unusedBytes_ += bytes.size();
-    return unusedBytes_ > kLargestUnusedBody ? BodyReader::Step::kEnough : BodyReader::Step::kMore;
-  }
+  BodyReader::Step Read(std::string_view bytes) override { return reader_.Read(bytes); }
 
  private:
   BodyReader& reader_;
-  bool isWanted_ = false;
-  std::size_t unusedBytes_ = 0;
 };
 
 /// Each place is asked anew, without a login at first.

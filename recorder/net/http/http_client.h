@@ -28,13 +28,14 @@ class BodyReader {
   };
 
   virtual ~BodyReader() = default;
-  /// Called once before the first byte, with the value of Content-Type or "".
+  /// Called once before the first byte, also where none comes, with the value of Content-Type or "".
   virtual Step Begin(const std::string& contentType) = 0;
   virtual Step Read(std::string_view bytes) = 0;
 };
 
 /// Fetches `path` (with its query; a leading slash may lack) into `reader`. https on port 443, else http. Redirects are
-/// followed within the host. kOk means that a 200 answer ended as it should, or that `reader` has enough of it.
+/// followed within the host. Of an answer with another status only the head is read. kOk means that a 200 answer ended
+/// as it should, or that `reader` has enough of it.
 Outcome HttpGet(const CameraAddress& address, const std::string& path, BodyReader& reader);
 
 }  // namespace recorder

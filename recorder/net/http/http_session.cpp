@@ -41,7 +41,7 @@ struct HttpSession::Impl : AnswerReader {
 
   HttpAnswer TakeAnswer() {
     const HttpTransfer& answer = conversation->Answer();
-    return {Outcome::kOk, answer.Status(), answer.ContentType(), answer.HasBody() ? std::move(body) : ""};
+    return {Outcome::kOk, answer.Status(), answer.ContentType(), std::move(body)};
   }
 
   BodyReader::Step Begin(long, const std::string&) override {

@@ -60,6 +60,16 @@ CurlList MakeHeaders(const OutgoingRequest& request, const std::string& authoriz
   return lines;
 }
 
+/// What a Location header stands for in an answer of `here`. What cannot be read stays as it is.
+std::string WholeAddress(const UrlHandle& here, const std::string& location) {
+  constexpr unsigned int kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_ALLOW_SPACE;
+  const UrlHandle url(curl_url_dup(here.get()));
+  char* whole = nullptr;
+  const bool isRead = url && curl_url_set(url.get(), CURLUPART_URL, location.c_str(), kFlags) == CURLUE_OK &&
+                      curl_url_get(url.get(), CURLUPART_URL, &whole, 0) == CURLUE_OK;
+  return isRead ? CurlText(whole).get() : location;
+}
+
 }  // namespace
 
 HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody)
@@ -107,9 +117,8 @@ std::vector<LoginChallenge> HttpTransfer::Challenges() const {
 }
 
 std::string HttpTransfer::Location() const {
-  const char* location = nullptr;
-  if (answer_.isWhole && IsRedirect(Status())) curl_easy_getinfo(curl_.get(), CURLINFO_REDIRECT_URL, &location);
-  return location == nullptr ? "" : location;
+  const bool leadsOn = answer_.isWhole && IsRedirect(Status());
+  return leadsOn ? WholeAddress(url_, answer_.location) : "";
 }
 
 void HttpTransfer::SetLimits(std::size_t maxBody) {
@@ -219,25 +228,33 @@ std::size_t HttpTransfer::OnHeader(const char* line, std::size_t, std::size_t le
 }
 
 std::size_t HttpTransfer::OnBody(const char* bytes, std::size_t, std::size_t length, void* self) try {
-  return static_cast<HttpTransfer*>(self)->TakeBody(std::string_view(bytes, length)) ? length : 0;
+  auto& transfer = *static_cast<HttpTransfer*>(self);
+  return transfer.Take(transfer.reader_.Read(std::string_view(bytes, length))) ? length : 0;
 } catch (const std::bad_alloc&) {
   return 0;
 }
 
 bool HttpTransfer::TakeHeader(std::string_view line) {
-  constexpr std::string_view kName = "WWW-Authenticate:";
+  constexpr std::string_view kChallenge = "WWW-Authenticate:";
+  constexpr std::string_view kLocation = "Location:";
   answer_.headerBytes += line.size();
-  if (StartsWithIgnoreCase(line, kName)) answer_.challenges.emplace_back(Trimmed(line.substr(kName.size())));
-  return answer_.headerBytes <= kLargestHttpHeaders;
+  if (StartsWithIgnoreCase(line, kChallenge)) answer_.challenges.emplace_back(Trimmed(line.substr(kChallenge.size())));
+  if (StartsWithIgnoreCase(line, kLocation)) answer_.location = Trimmed(line.substr(kLocation.size()));
+  if (answer_.headerBytes > kLargestHttpHeaders) return false;
+  const bool isEnd = line == "\r\n" || line == "\n";
+  return !isEnd || EndHead();
 }
 
-bool HttpTransfer::TakeBody(std::string_view bytes) {
-  using Step = BodyReader::Step;
-  const bool isFirst = !std::exchange(answer_.hasBody, true);
-  Step step = isFirst ? reader_.Begin(Status(), ContentType()) : Step::kMore;
-  if (step == Step::kMore) step = reader_.Read(bytes);
-  answer_.isEnough = step == Step::kEnough;
-  return step == Step::kMore;
+bool HttpTransfer::EndHead() {
+  constexpr long kFirstFinal = 200;
+  const bool isOurs = Status() >= kFirstFinal && !std::exchange(answer_.hasHead, true);
+  return !isOurs || Take(reader_.Begin(Status(), ContentType()));
+}
+
+/// False ends the transfer.
+bool HttpTransfer::Take(BodyReader::Step step) {
+  answer_.isEnough = step == BodyReader::Step::kEnough;
+  return step == BodyReader::Step::kMore;
 }
 
 }  // namespace recorder

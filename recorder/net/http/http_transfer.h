@@ -28,7 +28,7 @@ struct OutgoingRequest {
 class AnswerReader {
  public:
   virtual ~AnswerReader() = default;
-  /// Called before the first byte of an answer's body; not at all when it has none.
+  /// Called at the end of an answer's head. kEnough: no body is wanted, and so none is waited for.
   virtual BodyReader::Step Begin(long status, const std::string& contentType) = 0;
   virtual BodyReader::Step Read(std::string_view bytes) = 0;
 };
@@ -58,7 +58,6 @@ class HttpTransfer {
 
   long Status() const;
   std::string ContentType() const;
-  bool HasBody() const { return answer_.hasBody; }
   /// The camera took the request and closed, without a byte of an answer.
   bool IsUnanswered() const { return answer_.isUnanswered; }
   /// What it wants as a login.
@@ -70,7 +69,8 @@ class HttpTransfer {
   struct Answer {
     std::size_t headerBytes = 0;
     std::vector<std::string> challenges;
-    bool hasBody = false;
+    std::string location;
+    bool hasHead = false;   // whole, and not of an answer before the one to the request (RFC 9110 section 15.2)
     bool isEnough = false;  ///< we ended the transfer, content with what has come
     bool isWhole = false;   ///< came as far as we wanted it
     bool isUnanswered = false;
@@ -102,7 +102,8 @@ class HttpTransfer {
   static std::size_t OnHeader(const char* line, std::size_t, std::size_t length, void* self);
   static std::size_t OnBody(const char* bytes, std::size_t, std::size_t length, void* self);
   bool TakeHeader(std::string_view line);
-  bool TakeBody(std::string_view bytes);
+  bool EndHead();
+  bool Take(BodyReader::Step step);
 
   const HttpPlace& place_;
   AnswerReader& reader_;
