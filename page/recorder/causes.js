@@ -15,7 +15,15 @@ export const TIMED_OUT = 463;
 export const LOGIN_REFUSED = 464;
 /** Codes of a camera that answered, and names of such causes that share a code with others. */
 const ANSWERED_CODES = [0, LOGIN_REFUSED, 465, 466, 467];
-const ANSWERED_CAUSES = ["clockUnknown", "loginUnsupported", "notThisProtocol", "noService", "notUnderstood"];
+const ANSWERED_CAUSES = [
+  "clockUnknown",
+  "loginUnsupported",
+  "tlsStream",
+  "transportRefused",
+  "notThisProtocol",
+  "noService",
+  "notUnderstood",
+];
 
 /** Codes of CameraTest and of a list's rows. @type {Readonly<Record<number, Cause>>} */
 export const TEST_CAUSES = {
@@ -150,6 +158,27 @@ export const NAMED_CAUSES = {
     first: "Switch the camera's login to Digest.",
     field: "none",
   },
+  encryptedStream: {
+    heading: "Stream is encrypted (SRTP)",
+    happened: "The camera sends this stream only encrypted (SRTP), which the recorder cannot read.",
+    first:
+      "Switch the stream's encryption (SRTP) off in the camera's settings, or give the path of a stream without it.",
+    field: "path",
+  },
+  tlsStream: {
+    heading: "Stream only over TLS",
+    happened: "The camera has this stream over TLS alone (an address with rtsps), which the recorder does not speak.",
+    first: "Switch RTSP without TLS on in the camera's settings.",
+    field: "none",
+  },
+  transportRefused: {
+    heading: "Camera sends no video this way",
+    happened: "The camera does not send its video over the RTSP connection (TCP), as the recorder wants it.",
+    first:
+      "Switch RTP over RTSP (TCP) on in the camera's settings. If it can only send over UDP or multicast, use " +
+      "its picture over HTTP.",
+    field: "none",
+  },
   notThisProtocol: {
     heading: "Another protocol on this port",
     happened: "What answers on this port is no RTSP server, or no web server.",
@@ -182,6 +211,12 @@ export const NAMED_CAUSES = {
     heading: "Stream path missing",
     happened: "Nothing was sent: a camera of this model is asked by its stream path, and none was given.",
     first: "Fill in the path. A list of the API takes none: test this camera alone.",
+    field: "path",
+  },
+  foreignPath: {
+    heading: "Path leads elsewhere",
+    happened: "Nothing was sent: the stream path is a whole address, and not one of RTSP or HTTP at this host.",
+    first: "Compare its host with the address, or give only what follows the host.",
     field: "path",
   },
   disabled: {

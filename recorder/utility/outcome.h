@@ -16,6 +16,9 @@ enum class Outcome {
   kLoginUnsupported,  ///< the camera asks for a login method that the recorder does not know
   kNoSuchStream,      ///< the path or stream does not exist there
   kNoVideo,           ///< no video, or not in the wanted codec or stream type
+  kEncryptedStream,   ///< the camera sends its video only encrypted (SRTP)
+  kTlsStream,         ///< the stream is to be had over TLS alone (rtsps)
+  kTransportRefused,  ///< the camera does not send its video over the RTSP connection
   kBusy,              ///< too many sessions, service unavailable
   kNotThisProtocol,   ///< what answers there speaks another protocol
   kNoService,         ///< what answers there does not have the service (ONVIF, PSIA) that the camera is asked by
@@ -23,6 +26,7 @@ enum class Outcome {
   // Nothing was sent:
   kUnknownModel,  ///< no model file knows vendor and model
   kNoPath,        ///< the model needs the stream's path, and the request has none
+  kForeignPath,   ///< the stream's path is a whole address, of another host or protocol
   kDisabled,      ///< the stored camera is switched off
   kBadRow,        ///< the row of a list cannot be read
   // Here, not at the camera:
