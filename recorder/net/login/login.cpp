@@ -24,7 +24,8 @@ constexpr std::pair<std::string_view, LoginMethod> kDigestAlgorithms[] = {
 };
 constexpr std::string_view kSessionSuffix = "-sess";
 
-/// The comma-separated elements of a header value; a comma inside a quoted string does not separate.
+/// The elements of a header value, which commas separate, or semicolons as some cameras have it; inside a quoted string
+/// they do not.
 std::vector<std::string_view> SplitElements(std::string_view value) {
   std::vector<std::string_view> elements;
   bool isQuoted = false;
@@ -34,7 +35,7 @@ std::vector<std::string_view> SplitElements(std::string_view value) {
       ++at;
     } else if (value[at] == '"') {
       isQuoted = !isQuoted;
-    } else if (value[at] == ',' && !isQuoted) {
+    } else if ((value[at] == ',' || value[at] == ';') && !isQuoted) {
       elements.push_back(Trimmed(value.substr(begin, at - begin)));
       begin = at + 1;
     }

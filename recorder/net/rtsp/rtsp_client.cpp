@@ -57,10 +57,16 @@ Outcome RtspClient::Run() {
         Receive();
         break;
       case RtspSession::Step::kDone:
-        RequestScope::Current().Remember(address_.host, address_.user, session_.Result());
+        RememberResult();
         return session_.Result();
     }
   }
+}
+
+void RtspClient::RememberResult() {
+  RequestScope& scope = RequestScope::Current();
+  const bool isShare = session_.Result() == Outcome::kTimedOut && session_.Deadline() < scope.Deadline();
+  if (!isShare) scope.Remember(address_.host, address_.user, session_.Result());
 }
 
 Outcome RtspClient::Connect(int port) {

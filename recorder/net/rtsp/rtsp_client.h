@@ -32,14 +32,20 @@ class RtspClient : private RtspLogins {
   RtspClient(const RtspClient&) = delete;
   RtspClient& operator=(const RtspClient&) = delete;
 
+  /// From now on the client gives up at `time` unless the camera has spoken RTSP by then. That is not remembered for
+  /// the request, since it says nothing of later contacts.
+  void AnswerBy(Clock::time_point time) { session_.AnswerBy(time); }
+  /// True once the camera has spoken RTSP.
+  bool HasAnswered() const { return session_.HasAnswered(); }
+
   /// Connects, logs in if asked to, follows redirects within the camera's host, and reads what the camera offers.
-  /// kNoVideo when there is no video.
+  /// kNoVideo when there is no video, kEncryptedStream when it comes encrypted alone.
   [[nodiscard]] Outcome Describe();
 
   /// What Describe found.
   const SdpVideo& Video() const { return session_.Video(); }
 
-  /// Asks for a session with the video.
+  /// Asks for a session with the video. kTransportRefused when the camera does not send it over this connection.
   [[nodiscard]] Outcome Setup();
 
   /// Starts the video.
@@ -53,6 +59,7 @@ class RtspClient : private RtspLogins {
 
  private:
   Outcome Run();
+  void RememberResult();
   Outcome Connect(int port);
   void Receive();
 

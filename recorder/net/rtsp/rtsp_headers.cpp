@@ -48,4 +48,11 @@ RtspSessionId ParseSession(std::string_view session) {
   return read;
 }
 
+std::string WholeAddress(std::string_view here, std::string_view location) {
+  if (location.empty() || location.find("://") != std::string_view::npos) return std::string(location);
+  const std::size_t pathBegin = here.find('/', here.find("://") + 3);
+  const std::size_t nameBegin = here.rfind('/', here.find('?')) + 1;
+  return std::string(here.substr(0, location.starts_with('/') ? pathBegin : nameBegin)).append(location);
+}
+
 }  // namespace recorder

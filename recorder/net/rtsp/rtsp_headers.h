@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-// Headers of an answer to SETUP (RFC 2326 section 12). Pure; any thread.
+// Headers of answers (RFC 2326 section 12). Pure; any thread.
 
 namespace recorder {
 
@@ -16,7 +16,8 @@ struct RtspChannels {
   std::uint8_t rtcp = 1;
 };
 
-/// The channels that the camera chose in its Transport header; nothing when it wants to send in another way.
+/// The channels that the camera chose in its Transport header; nothing when it wants to send in another way, such as
+/// over UDP.
 std::optional<RtspChannels> ParseTransport(std::string_view transport);
 
 /// What its Session header says.
@@ -26,5 +27,9 @@ struct RtspSessionId {
 };
 
 RtspSessionId ParseSession(std::string_view session);
+
+/// The address that a Location header stands for, in which cameras leave out what is as in `here`, the address that was
+/// asked.
+std::string WholeAddress(std::string_view here, std::string_view location);
 
 }  // namespace recorder

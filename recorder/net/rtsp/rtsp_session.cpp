@@ -7,6 +7,7 @@
 
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
+#include "recorder/net/rtsp/rtsp_status.h"
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
@@ -17,10 +18,12 @@ namespace {
 constexpr int kMaxRedirects = 3;
 constexpr int kMaxRepeats = 2;           // of one request: the login, and a nonce that has grown stale meanwhile
 constexpr std::size_t kPacketCost = 64;  // of memory, beside its bytes
-constexpr int kUnauthorized = 401;
 
-bool IsSuccess(int status) { return status >= 200 && status < 300; }
-bool IsRedirect(int status) { return status >= 300 && status < 400; }
+// How long a camera may take to close the connection behind its challenge, when it closes without saying so.
+constexpr std::chrono::milliseconds kShortestPause{20};
+constexpr std::chrono::milliseconds kLongestPause{50};
+
+bool IsLast(const RtspMessage& answer) { return EqualsIgnoreCase(answer.Header("Connection"), "close"); }
 
 Outcome OutcomeOf(int status) { return IsSuccess(status) ? Outcome::kOk : OutcomeOfRtsp(status); }
 
@@ -37,7 +40,7 @@ RtspSession::RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogi
     : target_(std::move(target)), uri_(MakeUri(target_)), deadline_(deadline), logins_(logins) {}
 
 void RtspSession::Describe() {
-  Begin(Goal::kDescribe, {"DESCRIBE", uri_, "Accept: application/sdp\r\n"});
+  BeginDescribe();
   Connect();
 }
 
@@ -64,12 +67,16 @@ void RtspSession::Read() {
 
 RtspSession::Step RtspSession::Next(Clock::time_point now) {
   now_ = now;
+  const bool isPauseOver = now_ >= Until() || parser_.HasPart();  // what speaks on has not closed
+  if (state_ == State::kPausing && isPauseOver) SendRequest();
   while (state_ == State::kListening && outgoing_.empty()) {
     const RtspParser::Item item = parser_.Next();
     if (item == RtspParser::Item::kNone) return Await();
     Take(item);
   }
   if (state_ == State::kConnecting) return Step::kConnect;
+  if (state_ == State::kPausing) return Step::kReceive;
+  if (state_ == State::kSending) sentAt_ = now_;
   return state_ == State::kDone ? Step::kDone : Step::kSend;
 }
 
@@ -77,7 +84,7 @@ RtspSession::Step RtspSession::Next(Clock::time_point now) {
 RtspSession::Step RtspSession::Await() {
   if (now_ >= keepAliveAt_) KeepAlive();
   if (!outgoing_.empty()) return Step::kSend;
-  if (now_ < deadline_) return Step::kReceive;
+  if (now_ < Deadline()) return Step::kReceive;
   Finish(Outcome::kTimedOut);
   return Step::kDone;
 }
@@ -99,11 +106,12 @@ void RtspSession::Sent(Outcome outcome) {
   if (outcome != Outcome::kOk) Ended(Ending::kUsual);
 }
 
-Clock::time_point RtspSession::Until() const { return std::min(deadline_, keepAliveAt_); }
+Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keepAliveAt_, pauseUntil_}); }
 
 /// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
 /// it over a login is others' way to refuse it.
 void RtspSession::Ended(Ending ending) {
+  if (state_ == State::kPausing) return AskAnew();
   const bool isOverLogin = IsLoginSent() && !parser_.HasPart();
   const bool isUnread = ending == Ending::kUnread && session_.id.empty();
   if (isOverLogin && isUnread && login_ == Login::kSent) {
@@ -141,12 +149,35 @@ void RtspSession::Begin(Goal goal, Request request) {
   repeats_ = 0;
 }
 
+void RtspSession::BeginDescribe() { Begin(Goal::kDescribe, {"DESCRIBE", uri_, "Accept: application/sdp\r\n"}); }
+
 void RtspSession::Connect() {
   parser_ = RtspParser();
   state_ = State::kConnecting;
 }
 
+/// Some cameras close the connection right behind their challenge, without saying so. A login that meets the end is
+/// lost, and looks like one that was refused by closing.
+void RtspSession::Pause() {
+  state_ = State::kPausing;
+  pauseUntil_ = now_ + std::clamp<Clock::duration>(now_ - sentAt_, kShortestPause, kLongestPause);
+}
+
+/// The camera has closed the connection behind its challenge. What it challenged with may have ended with that, so it
+/// is asked for another one; a camera that closes behind each is answered over a connection of its own.
+void RtspSession::AskAnew() {
+  if (!std::exchange(hasAskedAnew_, true)) {
+    login_ = Login::kNone;
+    repeats_ = 0;
+  }
+  Connect();
+}
+
+/// Sends the request again, after an answer that was not yet the one to it.
+void RtspSession::Repeat(const RtspMessage& refusal) { IsLast(refusal) ? Connect() : SendRequest(); }
+
 void RtspSession::SendRequest() {
+  pauseUntil_ = Clock::time_point::max();
   if (const Outcome outcome = Compose(request_, outgoing_); outcome != Outcome::kOk) return Finish(outcome);
   if (login_ == Login::kChallenged) login_ = Login::kSent;
   state_ = State::kSending;
@@ -200,6 +231,7 @@ void RtspSession::TakePacket(const InterleavedPacket& packet) {
 /// Answers are taken in order, since some carry no CSeq. After PLAY there is only that to OPTIONS, which asks nothing.
 void RtspSession::TakeMessage(const RtspMessage& message) {
   if (message.status == 0) return AnswerRequest(message);
+  hasAnswered_ = true;
   const bool isFinal = message.status >= 200;
   if (isFinal && goal_ != Goal::kRead) TakeAnswer(message);
 }
@@ -212,24 +244,42 @@ void RtspSession::AnswerRequest(const RtspMessage& request) {
 }
 
 void RtspSession::TakeAnswer(const RtspMessage& answer) {
-  if (answer.status == kUnauthorized) return LogIn(answer);
+  if (IsChallenge(answer.status)) return LogIn(answer);
   if (IsSuccess(answer.status) && IsLoginSent()) ProveLogin();
-  const bool leadsOn = goal_ == Goal::kDescribe && IsRedirect(answer.status) && redirects_ < kMaxRedirects;
+  const bool leadsOn = goal_ == Goal::kDescribe && IsRtspRedirect(answer.status) && redirects_ < kMaxRedirects;
   if (leadsOn) return FollowRedirect(answer);
-  Outcome outcome = OutcomeOf(answer.status);
-  if (outcome == Outcome::kOk && goal_ == Goal::kDescribe) outcome = ReadDescription(answer);
-  if (outcome == Outcome::kOk && goal_ == Goal::kSetup) outcome = ReadGrant(answer);
+  if (goal_ == Goal::kDescribe && WantsOptions(answer.status) && !hasAskedOptions_) return AskOptions(answer);
+  if (goal_ == Goal::kOptions) {
+    BeginDescribe();
+    return Repeat(answer);
+  }
   if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
-  Finish(outcome);
+  Finish(MeaningOf(answer));
+}
+
+/// What the answer means that the goal was after; takes over what it holds.
+Outcome RtspSession::MeaningOf(const RtspMessage& answer) {
+  if (goal_ == Goal::kSetup && RefusesTransport(answer.status)) return Outcome::kTransportRefused;
+  const Outcome outcome = OutcomeOf(answer.status);
+  if (outcome == Outcome::kOk && goal_ == Goal::kDescribe) return ReadDescription(answer);
+  if (outcome == Outcome::kOk && goal_ == Goal::kSetup) return ReadGrant(answer);
+  return outcome;
+}
+
+void RtspSession::AskOptions(const RtspMessage& refusal) {
+  hasAskedOptions_ = true;
+  Begin(Goal::kOptions, {"OPTIONS", uri_, ""});
+  Repeat(refusal);
 }
 
 /// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a
 /// login of its own is what another port may ask for.
 void RtspSession::FollowRedirect(const RtspMessage& answer) {
   const auto here = ParseCameraUrl(uri_);
-  const auto there = ParseCameraUrl(answer.Header("Location"));
-  const bool isOurs = here && there && there->scheme == "rtsp" && there->host == here->host;
-  if (!isOurs) return Finish(Outcome::kNotUnderstood);
+  const auto there = ParseCameraUrl(WholeAddress(uri_, answer.Header("Location")));
+  if (!here || !there || there->host != here->host) return Finish(Outcome::kNotUnderstood);
+  if (there->scheme == "rtsps") return Finish(Outcome::kTlsStream);
+  if (there->scheme != "rtsp") return Finish(Outcome::kNotUnderstood);
   ++redirects_;
   target_.port = there->port;
   target_.path = there->path;
@@ -240,9 +290,10 @@ void RtspSession::FollowRedirect(const RtspMessage& answer) {
 }
 
 Outcome RtspSession::ReadDescription(const RtspMessage& answer) {
-  if (!StartsWithIgnoreCase(Trimmed(answer.body), "v=")) return Outcome::kNotUnderstood;
+  if (!IsDescription(answer.body)) return Outcome::kNotUnderstood;
   auto video = FindVideo(answer.body);
   if (!video) return Outcome::kNoVideo;
+  if (video->isEncrypted) return Outcome::kEncryptedStream;
   video_ = std::move(*video);
   if (base_.empty()) base_ = answer.Header("Content-Base");
   if (base_.empty()) base_ = answer.Header("Content-Location");
@@ -253,7 +304,7 @@ Outcome RtspSession::ReadDescription(const RtspMessage& answer) {
 Outcome RtspSession::ReadGrant(const RtspMessage& answer) {
   session_ = ParseSession(answer.Header("Session"));
   const auto channels = ParseTransport(answer.Header("Transport"));
-  if (!channels) return Outcome::kNotUnderstood;
+  if (!channels) return Outcome::kTransportRefused;
   channels_ = *channels;
   parser_.ExpectPackets(channels_.rtp, channels_.rtcp);
   return Outcome::kOk;
@@ -270,9 +321,8 @@ void RtspSession::LogIn(const RtspMessage& refusal) {
   const Outcome outcome = TakeChallenge(refusal.Headers("WWW-Authenticate"));
   if (outcome != Outcome::kOk) return Finish(outcome);
   ++repeats_;
-  const bool isLast = EqualsIgnoreCase(refusal.Header("Connection"), "close");
-  if (isLast && session_.id.empty()) return Connect();
-  SendRequest();
+  if (!session_.id.empty()) return SendRequest();  // it would end with the connection
+  IsLast(refusal) ? Connect() : Pause();
 }
 
 Outcome RtspSession::TakeChallenge(const std::vector<std::string_view>& headers) {

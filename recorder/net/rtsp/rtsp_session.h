@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -72,12 +73,17 @@ class RtspSession {
 
   RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogins& logins);
 
+  /// From now on the session gives up at `time` unless the camera has spoken RTSP by then.
+  void AnswerBy(Clock::time_point time) { answerBy_ = time; }
+  /// True once the camera has spoken RTSP.
+  bool HasAnswered() const { return hasAnswered_; }
+
   /// Connects, logs in if asked to, follows redirects within the camera's host, and reads what the camera offers.
-  /// kNoVideo when there is no video.
+  /// kNoVideo when there is no video, kEncryptedStream when it comes encrypted alone.
   void Describe();
   /// What Describe found.
   const SdpVideo& Video() const { return video_; }
-  /// Asks for a session with the video.
+  /// Asks for a session with the video. kTransportRefused when the camera does not send it over this connection.
   void Setup();
   /// Starts the video.
   void Play();
@@ -98,7 +104,7 @@ class RtspSession {
   void Sent(Outcome outcome);
 
   Clock::time_point Until() const;
-  Clock::time_point Deadline() const { return deadline_; }
+  Clock::time_point Deadline() const { return hasAnswered_ ? deadline_ : std::min(deadline_, answerBy_); }
   /// Room for what comes. Received() tells how many bytes did.
   std::span<std::uint8_t> Space() { return parser_.Space(); }
   void Received(std::size_t size) { parser_.Filled(size); }
@@ -113,8 +119,14 @@ class RtspSession {
   std::string Teardown();
 
  private:
-  enum class Goal { kDescribe, kSetup, kPlay, kRead };
-  enum class State { kConnecting, kSending, kListening, kDone };
+  enum class Goal { kOptions, kDescribe, kSetup, kPlay, kRead };
+  enum class State {
+    kConnecting,
+    kSending,
+    kListening,
+    kPausing,  ///< before the request is sent again: perhaps the camera closes the connection
+    kDone,
+  };
   enum class Login {
     kNone,
     kChallenged,  ///< the camera asked for it, and it goes along with all requests from now on
@@ -133,7 +145,11 @@ class RtspSession {
   };
 
   void Begin(Goal goal, Request request);
+  void BeginDescribe();
   void Connect();
+  void Pause();
+  void AskAnew();
+  void Repeat(const RtspMessage& refusal);
   void SendRequest();
   Outcome Compose(const Request& request, std::string& text);
   Step Await();
@@ -144,6 +160,8 @@ class RtspSession {
   void TakeMessage(const RtspMessage& message);
   void AnswerRequest(const RtspMessage& request);
   void TakeAnswer(const RtspMessage& answer);
+  Outcome MeaningOf(const RtspMessage& answer);
+  void AskOptions(const RtspMessage& refusal);
   void FollowRedirect(const RtspMessage& answer);
   Outcome ReadDescription(const RtspMessage& answer);
   Outcome ReadGrant(const RtspMessage& answer);
@@ -158,13 +176,20 @@ class RtspSession {
   const Clock::time_point deadline_;
   RtspLogins& logins_;
 
+  Clock::time_point answerBy_ = Clock::time_point::max();
+  bool hasAnswered_ = false;
+
   Clock::time_point now_;
   Goal goal_ = Goal::kDescribe;
   State state_ = State::kDone;
   Outcome result_ = Outcome::kOk;
-  Request request_;    // that the goal needs
-  int repeats_ = 0;    // of the request
-  int redirects_ = 0;  // that were followed
+  Request request_;  // that the goal needs
+  Clock::time_point sentAt_;
+  Clock::time_point pauseUntil_ = Clock::time_point::max();
+  int repeats_ = 0;            // of the request
+  int redirects_ = 0;          // that were followed
+  bool hasAskedAnew_ = false;  // over another connection, without a login
+  bool hasAskedOptions_ = false;
   std::string outgoing_;
   RtspParser parser_;
   unsigned int lastSequence_ = 0;

@@ -12,9 +12,14 @@ struct SdpVideo {
   std::string control;         ///< address of the video as it stands there, may be "" (RFC 2326 appendix C.1.1)
   std::string sessionControl;  ///< address of the whole session, likewise
   std::string description;     ///< a session description of this video alone, without any address of the camera's
+  bool isEncrypted = false;    ///< its packets are SRTP (RFC 3711)
 };
 
-/// The first video section whose packets are plain RTP, or nothing.
+/// True for text that has lines of a session description. Some cameras begin without the version.
+bool IsDescription(std::string_view text);
+
+/// The first video section whose packets are plain RTP, else the first that is encrypted, or nothing. ONVIF's metadata
+/// are no video, although they come as one (ONVIF Streaming section 5.2).
 std::optional<SdpVideo> FindVideo(std::string_view sdp);
 
 /// The address that `control` stands for. Absolute ones stay; "" and "*" are `base`; anything else is appended with one

@@ -13,6 +13,7 @@ namespace recorder {
 
 inline const std::string kClosed = "closed";
 inline const std::string kUnread = "unread";
+inline const std::string kQuiet = "quiet";  // until the session acts by itself
 
 /// A session with a camera that says one part of a script whenever it is waited for, then nothing more. A part is
 /// bytes, or one of the words above.
@@ -58,6 +59,10 @@ class RtspStory : private RtspLogins {
 
   void Hear(const std::string& part) {
     if (part == kClosed) return session_.Ended(RtspSession::Ending::kUsual);
+    if (part == kQuiet) {
+      now_ = session_.Until();
+      return;
+    }
     if (part == kUnread) return session_.Ended(RtspSession::Ending::kUnread);
     if (part.size() > session_.Space().size()) throw std::length_error("a part that no single read would bring");
     std::copy(part.begin(), part.end(), session_.Space().begin());

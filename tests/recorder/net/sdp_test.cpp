@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "recorder/net/rtsp/rtsp_headers.h"
+
 namespace recorder {
 namespace {
 
@@ -26,7 +28,9 @@ TEST(SdpTest, TheFirstReadableVideoIsFound) {
   EXPECT_EQ(Video(kAudio + kVideo + "a=control:track2\r\n"), "H264 track2");
   EXPECT_EQ(Video(kVideo + kAudio), "H264 ") << "the control address is the audio's";
   EXPECT_EQ(Video("m=video 0 RTP/AVP 26\na=control:rtsp://cam/v1\n" + kVideo), "JPEG rtsp://cam/v1");
-  EXPECT_EQ(Video("m=video 0 RTP/SAVP 96\r\na=rtpmap:96 H264/90000\r\n"), "none") << "encrypted";
+  EXPECT_EQ(Video("m=video 0 RTP/SAVP 96\r\na=rtpmap:96 VP8/90000\r\n" + kVideo), "H264 ") << "the first is encrypted";
+  EXPECT_EQ(Video("m=video  0  TCP/rtp/avp  96\r\na=rtpmap:96  h264/90000\r\n"), "H264 ");
+  EXPECT_EQ(Video("m=video 0 RTP/AVP 33\r\na=rtpmap:33 H264/90000\r\n"), "MP2T ") << "the number says it already";
   EXPECT_EQ(Video(kAudio), "none");
   EXPECT_EQ(Video("m=video 0"), "none") << "cut short";
 }
@@ -39,6 +43,12 @@ TEST(SdpTest, ControlIsResolvedAgainstTheBase) {
   EXPECT_EQ(ResolveControl("rtsp://h/live/", "rtsp://10.0.0.9/v"), "rtsp://10.0.0.9/v");
   EXPECT_EQ(ResolveControl("rtsp://h/live/", "*"), "rtsp://h/live/");
   EXPECT_EQ(ResolveControl("rtsp://h/live/", ""), "rtsp://h/live/");
+}
+
+TEST(RtspAddressTest, LocationIsCompletedFromTheAddressThatWasAsked) {
+  EXPECT_EQ(WholeAddress("rtsp://h:8554/a/b?c=/d", "rtsp://h/x"), "rtsp://h/x");
+  EXPECT_EQ(WholeAddress("rtsp://h:8554/a/b?c=/d", "/x"), "rtsp://h:8554/x");
+  EXPECT_EQ(WholeAddress("rtsp://h:8554/a/b?c=/d", "x"), "rtsp://h:8554/a/x");
 }
 
 }  // namespace
