@@ -177,6 +177,14 @@ const Codec* CodecOfLibav(std::string_view name) {
   return Find([name](const Codec& codec) { return codec.rtp && codec.rtp->libavName == name; });
 }
 
+const Codec* CodecOfEncoding(std::string_view encoding) {
+  return Find([encoding](const Codec& codec) { return codec.rtp && codec.rtp->encoding == encoding; });
+}
+
+std::string_view DescribeEncoding(std::string_view encoding) {
+  return encoding.empty() ? "a codec without a name" : encoding;
+}
+
 std::string_view NameOfOnvifCodec(std::string_view word) { return NameOfWord(&Codec::onvif, word); }
 
 std::string_view NameOfPsiaCodec(std::string_view word) { return NameOfWord(&Codec::psia, word); }

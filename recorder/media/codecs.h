@@ -61,6 +61,10 @@ const Codec* CodecOfType(int videoType);
 const Codec* CodecOfName(std::string_view name);
 const Codec* CodecOfCode(std::uint32_t code);
 const Codec* CodecOfLibav(std::string_view name);
+const Codec* CodecOfEncoding(std::string_view encoding);
+
+/// What a session description calls a codec, for log lines.
+std::string_view DescribeEncoding(std::string_view encoding);
 
 /// The recorder's name of what a camera calls `word`, in any capitals; "" for a codec that it does not know.
 std::string_view NameOfOnvifCodec(std::string_view word);

@@ -11,10 +11,12 @@
 #include "platform/media.h"
 #include "platform/utility.h"
 #include "recorder/media/access_unit.h"
+#include "recorder/media/codecs.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 namespace {
@@ -84,7 +86,11 @@ recorder::Outcome RtpFetch::Impl::Open() {
   depacketizer = recorder::Depacketizer::Open(
       client->Video().description, [this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
   codec = depacketizer ? depacketizer->Codec() : 0;
-  if (codec == 0) return Outcome::kNoVideo;
+  if (codec == 0) {
+    recorder::LogFailure("The stream of " + recorder::PlaceOf(address) + " is in " +
+                         std::string(recorder::DescribeEncoding(client->Video().codec)) + ".");
+    return Outcome::kNoVideo;
+  }
   assembler.emplace(codec);
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
   if (const Outcome outcome = client->Play(); outcome != Outcome::kOk) return outcome;

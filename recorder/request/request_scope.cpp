@@ -57,14 +57,9 @@ RequestScope::~RequestScope() {
   currentScope = previous_;
 }
 
-void RequestScope::SetCause(Outcome outcome) {
-  const bool isSettled = cause_ == Outcome::kNoSuchStream || cause_ == Outcome::kNoVideo;
-  if (outcome != Outcome::kNotThisProtocol || !isSettled) cause_ = outcome;
-}
-
 Clock::time_point RequestScope::Deadline() {
   if (!deadline_) deadline_ = Clock::now() + limit_;
-  return *deadline_;
+  return share_.value_or(*deadline_);
 }
 
 bool RequestScope::Spend(std::uint64_t bytes, const std::string& host) {
@@ -116,12 +111,23 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
 }
 
 void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
-  if (RowOf(outcome).reach == Reach::kRequest) failures_.try_emplace({NormalizedHost(host), user}, outcome);
+  const bool isOfShare = share_ && outcome == Outcome::kTimedOut;
+  if (RowOf(outcome).reach == Reach::kRequest && !isOfShare)
+    failures_.try_emplace({NormalizedHost(host), user}, outcome);
 }
 
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
   const auto failure = failedAskings_.find(key);
   return failure == failedAskings_.end() ? std::nullopt : std::optional(failure->second);
+}
+
+HalfTime::HalfTime() : scope_(RequestScope::Current()) { scope_.share_ = End(); }
+
+HalfTime::~HalfTime() { scope_.share_.reset(); }
+
+Clock::time_point HalfTime::End() {
+  const Clock::time_point now = Clock::now();
+  return now + (RequestScope::Current().Deadline() - now) / 2;
 }
 
 }  // namespace recorder

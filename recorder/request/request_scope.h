@@ -42,7 +42,7 @@ class RequestScope {
   RequestScope(const RequestScope&) = delete;
   RequestScope& operator=(const RequestScope&) = delete;
 
-  /// When camera work must end. The first call starts the clock.
+  /// When camera work must end, a HalfTime considered. The first call starts the clock.
   Clock::time_point Deadline();
 
   /// Counts `bytes` that `host` has sent. False when all is spent: the caller then ends with kNotUnderstood. That is
@@ -83,9 +83,8 @@ class RequestScope {
   /// Says for which camera of the request the work is that follows.
   void WorkFor(CameraEntry camera) { camera_ = std::move(camera); }
 
-  /// Says how the work has ended so far; the last word counts. But that another protocol is spoken somewhere does not
-  /// count where the right one had its own cause: whoever tries both gets that one.
-  void SetCause(Outcome outcome);
+  /// Says how the work has ended so far; the last word counts.
+  void SetCause(Outcome outcome) { cause_ = outcome; }
 
   /// What SetCause was told, if it was.
   std::optional<Outcome> Cause() const { return cause_; }
@@ -95,11 +94,14 @@ class RequestScope {
   std::vector<RowReport> Reports() const { return reports_->All(); }
 
  private:
+  friend class HalfTime;
+
   struct OfThread {};
   RequestScope(std::chrono::milliseconds limit, OfThread);
 
   std::chrono::milliseconds limit_;
   std::optional<Clock::time_point> deadline_;
+  std::optional<Clock::time_point> share_;  // ends before the deadline
   std::uint64_t bytesLeft_;
   bool isSpent_ = false;                      // more came than there was left
   std::map<std::string, LentPassword> lent_;  // by token
@@ -111,6 +113,22 @@ class RequestScope {
   std::shared_ptr<RowReports> reports_;  // of the request, also for a thread's scope
   bool isOfThread_ = false;
   RequestScope* previous_;
+};
+
+/// While it lives, camera work of the calling thread has half of the time that is left, so that there is some for what
+/// comes after it. What times out by that is not remembered, since it says nothing of later contacts.
+class HalfTime {
+ public:
+  HalfTime();
+  ~HalfTime();
+  HalfTime(const HalfTime&) = delete;
+  HalfTime& operator=(const HalfTime&) = delete;
+
+  /// When half of the time that is left will be over.
+  static Clock::time_point End();
+
+ private:
+  RequestScope& scope_;
 };
 
 }  // namespace recorder

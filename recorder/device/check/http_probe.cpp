@@ -21,9 +21,14 @@ class PictureReader : public BodyReader {
     return Step::kMore;
   }
 
-  Step Read(std::string_view bytes) override { return multipart_ ? ReadParts(bytes) : ReadWhole(bytes); }
+  Step Read(std::string_view bytes) override {
+    hasBegun_ = true;
+    return multipart_ ? ReadParts(bytes) : ReadWhole(bytes);
+  }
 
   std::string TakePicture() { return std::move(picture_); }
+
+  bool HasBegun() const { return hasBegun_; }
 
  private:
   Step ReadParts(std::string_view bytes) {
@@ -49,14 +54,21 @@ class PictureReader : public BodyReader {
 
   std::optional<MultipartReader> multipart_;
   std::size_t received_ = 0;
+  bool hasBegun_ = false;
   std::string picture_;
 };
 
 }  // namespace
 
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg) {
+  bool hasBegun = false;
+  return FetchPicture(address, path, jpeg, hasBegun);
+}
+
+Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg, bool& hasBegun) {
   PictureReader reader;
   Outcome outcome = HttpGet(address, path, reader);
+  hasBegun = reader.HasBegun();
   std::string picture = reader.TakePicture();
   if (outcome == Outcome::kOk && !IsWholeJpeg(picture)) outcome = Outcome::kNotUnderstood;
   if (outcome == Outcome::kOk) {

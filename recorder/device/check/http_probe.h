@@ -12,6 +12,9 @@ namespace recorder {
 /// and outcome. Time, login and threads: see net/http_client.h.
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg);
 
+/// The same. `hasBegun` tells whether a body came with status 200, so that there is something at `path`.
+Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg, bool& hasBegun);
+
 /// Checks that a first picture comes from `path`, a JPEG or MJPEG address.
 Outcome ProbeHttpStream(const CameraAddress& address, const std::string& path);
 

@@ -14,9 +14,10 @@ bool UserDriver::NeedsSourcePath() { return true; }
 
 bool UserDriver::HasStreamPath() { return false; }
 
-int UserDriver::GetStreamPath(std::string& path, int& /*port*/) {
+int UserDriver::GetStreamPath(std::string& path, int& port) {
   if (parameters_.sourcePath.empty()) return -1;
   path = parameters_.sourcePath;
+  port = parameters_.address.port;
   return 0;
 }
 
@@ -40,30 +41,22 @@ Outcome UserDriver::TakeSnapshot(const CameraAddress& address, const std::string
   return std::exchange(asked_, std::nullopt)->outcome;
 }
 
+/// By RTSP first where no codec is named, by HTTP first where MJPEG is: callers say that also when they do not know.
 SNAPSHOT_KIND UserDriver::SnapshotKind() {
-  if (videoType_ == VIDEO_TYPE_ANY) return AskWhetherRtsp();
+  if (videoType_ == VIDEO_TYPE_ANY) return Ask(FindByRtspFirst);
   const Codec* codec = CodecOfType(videoType_);
   if (codec == nullptr) return SNAPSHOT_KIND_NONE;
-  if (codec->isOverHttp) return AskWhetherHttp();
+  if (codec->isOverHttp) return Ask(FindByHttpFirst);
   return codec->rtp ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_NONE;
 }
 
-/// RTSP first, then HTTP: whoever takes the picture tries one of them only.
-SNAPSHOT_KIND UserDriver::AskWhetherRtsp() const {
-  const CameraAddress& address = parameters_.address;
-  CameraVerify check(address.host, address.port, address.user, address.password, parameters_.sourcePath, VIDEO_TYPE_ANY,
-                     STREAMING_TYPE_RTSP, RTSP_PROTOCOL_AUTO);
-  return check.Verify() == CAMERA_VERIFY_PASSED ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
-}
-
-/// HTTP, unless the address is none of HTTP's: callers say MJPEG also when they do not know.
-SNAPSHOT_KIND UserDriver::AskWhetherHttp() {
-  std::string jpeg;
-  const Outcome outcome = FetchPicture(parameters_.address, parameters_.sourcePath, jpeg);
-  RequestScope::Current().SetCause(outcome);
-  asked_ = Asked{outcome, std::move(jpeg)};
-  const bool isElsewhere = outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream;
-  return isElsewhere ? SNAPSHOT_KIND_STREAM : SNAPSHOT_KIND_HTTP_MJPEG;
+/// Whoever takes the picture tries one protocol only. It gets what was found out from TakeSnapshot, a failure too.
+SNAPSHOT_KIND UserDriver::Ask(Find* find) {
+  FoundStream found = find(parameters_.address, parameters_.sourcePath, VIDEO_TYPE_ANY);
+  if (found.outcome == Outcome::kOk && !found.isOverHttp) return SNAPSHOT_KIND_STREAM;
+  if (found.outcome != Outcome::kOk) LogUnusable(parameters_.address, found.outcome);
+  asked_ = std::move(found);
+  return SNAPSHOT_KIND_HTTP_MJPEG;
 }
 
 }  // namespace recorder

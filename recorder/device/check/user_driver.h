@@ -4,6 +4,7 @@
 #include <string>
 
 #include "recorder/device/check/camera_driver.h"
+#include "recorder/device/check/find_stream.h"
 
 namespace recorder {
 
@@ -22,19 +23,14 @@ class UserDriver : public CameraDriver {
   Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
-  /// What came of asking for a picture over HTTP: whoever takes the picture next need not ask again.
-  struct Asked {
-    Outcome outcome;
-    std::string jpeg;
-  };
+  using Find = FoundStream(const CameraAddress& address, const std::string& path, int videoType);
 
   SNAPSHOT_KIND SnapshotKind();
-  SNAPSHOT_KIND AskWhetherRtsp() const;
-  SNAPSHOT_KIND AskWhetherHttp();
+  SNAPSHOT_KIND Ask(Find* find);
 
   const DriverParameters parameters_;
   int videoType_ = VIDEO_TYPE_ANY;
-  std::optional<Asked> asked_;
+  std::optional<FoundStream> asked_;  // whoever takes the picture next need not ask again
 };
 
 }  // namespace recorder

@@ -70,17 +70,18 @@ TEST(RequestScopeTest, SpentBytesAnswerForEveryHost) {
   EXPECT_EQ(scope.Refusal("cam3", 80, "", ""), Outcome::kNotUnderstood);
 }
 
-TEST(RequestScopeTest, TheLastCauseCounts) {
-  RequestScope scope{milliseconds(1000)};
-  const auto causeAfter = [&scope](Outcome outcome) {
-    scope.SetCause(outcome);
-    return scope.Cause().value();
-  };
-  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNotThisProtocol);
-  EXPECT_EQ(causeAfter(Outcome::kNoSuchStream), Outcome::kNoSuchStream);
-  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNoSuchStream) << "the right protocol has no such stream";
-  EXPECT_EQ(causeAfter(Outcome::kOk), Outcome::kOk);
-  EXPECT_EQ(causeAfter(Outcome::kNotThisProtocol), Outcome::kNotThisProtocol);
+TEST(RequestScopeTest, AShareOfTheTimeIsOverForItselfAlone) {
+  RequestScope scope{milliseconds(10'000)};
+  const auto deadline = scope.Deadline();
+  {
+    const HalfTime half;
+    EXPECT_LT(scope.Deadline(), deadline);
+    scope.Remember("cam1", "admin", Outcome::kTimedOut);
+    scope.Remember("cam2", "admin", Outcome::kLoginRefused);
+  }
+  EXPECT_EQ(scope.Deadline(), deadline);
+  EXPECT_EQ(scope.Refusal("cam1", 80, "admin", ""), std::nullopt);
+  EXPECT_EQ(scope.Refusal("cam2", 80, "admin", ""), Outcome::kLoginRefused);
 }
 
 }  // namespace

@@ -1,0 +1,93 @@
+#include "recorder/device/check/find_stream.h"
+
+#include <optional>
+#include <utility>
+
+#include "recorder/device/check/http_probe.h"
+#include "recorder/device/check/rtsp_probe.h"
+#include "recorder/media/codecs.h"
+#include "recorder/request/request_scope.h"
+#include "recorder/utility/log.h"
+
+namespace recorder {
+namespace {
+
+/// What came of asking for a picture over HTTP.
+struct HttpAnswer {
+  Outcome outcome;
+  bool hasBegun = false;  ///< there is something at that path
+  std::string jpeg;
+};
+
+HttpAnswer AskHttp(const CameraAddress& address, const std::string& path, bool mustHurry) {
+  std::optional<HalfTime> share;
+  if (mustHurry) share.emplace();
+  HttpAnswer answer;
+  answer.outcome = FetchPicture(address, path, answer.jpeg, answer.hasBegun);
+  return answer;
+}
+
+FoundStream OverRtsp(const RtspAnswer& answer) { return {answer.outcome, false, ""}; }
+FoundStream OverHttp(HttpAnswer answer) { return {answer.outcome, true, std::move(answer.jpeg)}; }
+
+/// True where the protocol was not spoken, or has nothing at this path.
+bool IsElsewhere(Outcome outcome) {
+  return outcome == Outcome::kNotThisProtocol || outcome == Outcome::kNoSuchStream || outcome == Outcome::kNoVideo;
+}
+
+/// Of a codec that does not come over HTTP, only that there is a web server is worth knowing.
+bool MayBeOverHttp(const RtspAnswer& rtsp, int videoType) {
+  if (!CanBeOverHttp(videoType)) return rtsp.outcome == Outcome::kNotThisProtocol;
+  const bool isUnanswered = rtsp.outcome == Outcome::kTimedOut || rtsp.outcome == Outcome::kNotUnderstood;
+  return IsElsewhere(rtsp.outcome) || (isUnanswered && !rtsp.isSpoken);
+}
+
+/// RTSP servers have many words for what they do not know, such as 400, 405, 501 and 503.
+bool MayBeOverRtsp(const HttpAnswer& http) {
+  const bool isForeign = http.outcome == Outcome::kNotUnderstood || http.outcome == Outcome::kBusy;
+  return !http.hasBegun && (isForeign || http.outcome == Outcome::kTimedOut || IsElsewhere(http.outcome));
+}
+
+/// The cause where RTSP was expected and is not spoken, and HTTP has nothing either.
+Outcome CauseWithoutRtsp(Outcome rtsp, Outcome http) {
+  if (rtsp == Outcome::kTimedOut) return http == Outcome::kNotThisProtocol ? rtsp : http;
+  return IsElsewhere(http) ? rtsp : http;
+}
+
+/// The cause where HTTP was expected and has nothing, and RTSP is not spoken.
+Outcome CauseWithoutHttp(Outcome http, Outcome rtsp) {
+  const bool isRecognised = http != Outcome::kNotThisProtocol && http != Outcome::kTimedOut;
+  return isRecognised || rtsp == Outcome::kNotThisProtocol ? http : rtsp;
+}
+
+}  // namespace
+
+bool CanBeOverHttp(int videoType) {
+  const Codec* codec = CodecOfType(videoType);
+  return videoType == VIDEO_TYPE_ANY || (codec != nullptr && codec->isOverHttp);
+}
+
+FoundStream FindByRtspFirst(const CameraAddress& address, const std::string& path, int videoType) {
+  const RtspAnswer rtsp = AskRtsp(address, path, videoType, HalfTime::End());
+  if (!MayBeOverHttp(rtsp, videoType)) return OverRtsp(rtsp);
+  HttpAnswer http = AskHttp(address, path, rtsp.isSpoken);
+  const bool isThere = http.outcome == Outcome::kOk || http.hasBegun;
+  if (isThere && CanBeOverHttp(videoType)) return OverHttp(std::move(http));
+  if (http.outcome == Outcome::kOk) return {Outcome::kNoVideo, false, ""};
+  if (rtsp.isSpoken || !CanBeOverHttp(videoType)) return OverRtsp(rtsp);
+  return {CauseWithoutRtsp(rtsp.outcome, http.outcome), false, ""};
+}
+
+FoundStream FindByHttpFirst(const CameraAddress& address, const std::string& path, int videoType) {
+  HttpAnswer http = AskHttp(address, path, true);
+  if (!MayBeOverRtsp(http)) return OverHttp(std::move(http));
+  const RtspAnswer rtsp = AskRtsp(address, path, videoType, HalfTime::End());
+  if (rtsp.isSpoken) return OverRtsp(rtsp);
+  return {CauseWithoutHttp(http.outcome, rtsp.outcome), false, ""};
+}
+
+void LogUnusable(const CameraAddress& address, Outcome outcome) {
+  LogFailure("The stream of " + PlaceOf(address) + " cannot be used: " + std::string(Describe(outcome)) + ".");
+}
+
+}  // namespace recorder
