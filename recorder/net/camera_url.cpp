@@ -63,7 +63,7 @@ std::optional<CameraUrl> ParseCameraUrl(std::string_view text) {
   const std::string scheme = Part(url, CURLUPART_SCHEME).value_or("");
   const std::string host = NormalizedHost(Part(url, CURLUPART_HOST).value_or(""));
   if (host.empty() || Part(url, CURLUPART_PORT) == "0") return std::nullopt;
-  return CameraUrl{scheme, host, PortOf(url, scheme), PathOf(url)};
+  return CameraUrl{scheme, host, PortOf(url, scheme), Part(url, CURLUPART_PORT).has_value(), PathOf(url)};
 }
 
 std::optional<CameraUrl> ParseHttpUrl(std::string_view text) {

@@ -11,7 +11,8 @@ struct CameraUrl {
   std::string scheme;  ///< lower case
   std::string host;    ///< as NormalizedHost has it; only to be compared: many cameras know that of an inner network
   int port = 0;        ///< that of the scheme when the address names none; 0 when that is not known either
-  std::string path;    ///< with the query, as it may stand in a request line (RFC 3986): "/" at least
+  bool namesPort = false;  ///< the port stands in it
+  std::string path;        ///< with the query, as it may stand in a request line (RFC 3986): "/" at least
 };
 
 /// The one reader of addresses that come from cameras, on libcurl's. Nothing when `text` is no absolute address with a

@@ -3,22 +3,37 @@
 #include <utility>
 
 #include "recorder/device/asked/camera_file.h"
+#include "recorder/device/check/find_stream.h"
 #include "recorder/device/check/model_driver.h"
+#include "recorder/device/check/source_path.h"
 #include "recorder/device/check/unanswered_driver.h"
 #include "recorder/device/check/user_driver.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 namespace {
 
+/// Makes a path of the one that the user gave, which may be a whole address.
+Outcome ReadPath(DriverParameters& parameters) {
+  const std::string place = PlaceOf(parameters.address);
+  const bool holdsLogin = HoldsLogin(parameters.sourcePath);
+  const Outcome outcome = TakeApart(parameters.sourcePath, parameters.address);
+  if (outcome != Outcome::kOk) LogUnusable(parameters.address, outcome);
+  if (holdsLogin) LogFailure("The path of " + place + " holds a login. User and password in it are not used.");
+  return outcome;
+}
+
+std::unique_ptr<CameraDriver> MakeUnanswered(Outcome outcome) {
+  RequestScope::Current().SetCause(outcome);
+  return std::make_unique<UnansweredDriver>(outcome);
+}
+
 std::unique_ptr<CameraDriver> MakeAskedDriver(const std::string& vendor, DriverParameters parameters) {
   AskedModel camera = LearnCamera(vendor, parameters.address, parameters.channel, Freshness::kRecent);
-  if (!camera.model) {
-    RequestScope::Current().SetCause(camera.outcome);
-    return std::make_unique<UnansweredDriver>(camera.outcome);
-  }
+  if (!camera.model) return MakeUnanswered(camera.outcome);
   parameters.channel = std::move(camera.channel);
   return std::make_unique<ModelDriver>(std::move(camera.model), std::move(parameters));
 }
@@ -27,10 +42,14 @@ std::unique_ptr<CameraDriver> MakeAskedDriver(const std::string& vendor, DriverP
 
 std::unique_ptr<CameraDriver> MakeDriver(const std::string& vendor, const std::string& model,
                                          DriverParameters parameters) {
-  if (vendor == kUserVendor) return std::make_unique<UserDriver>(std::move(parameters));
   if (IsGenericVendor(vendor)) return MakeAskedDriver(vendor, std::move(parameters));
-  FoundModel found = FindModel(vendor, model);
-  if (!found.model) return nullptr;
+  const bool isUser = vendor == kUserVendor;
+  FoundModel found = isUser ? FoundModel() : FindModel(vendor, model);
+  if (!isUser && !found.model) return nullptr;
+  const bool takesPath = isUser || !found.model->stream;
+  const Outcome read = takesPath ? ReadPath(parameters) : Outcome::kOk;
+  if (read != Outcome::kOk) return MakeUnanswered(read);
+  if (isUser) return std::make_unique<UserDriver>(std::move(parameters));
   return std::make_unique<ModelDriver>(std::move(found.model), std::move(parameters));
 }
 

@@ -44,6 +44,7 @@ int ModelDriver::GetStreamPath(std::string& path, int& port) {
   if (!model_->stream && parameters_.sourcePath.empty()) return -1;
   if (!model_->stream) {
     path = parameters_.sourcePath;
+    port = parameters_.address.port;
     return 0;
   }
   path = FillPath(model_->stream->path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});

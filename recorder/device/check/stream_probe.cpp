@@ -4,6 +4,7 @@
 #include "recorder/device/check/find_stream.h"
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/check/rtsp_probe.h"
+#include "recorder/device/check/source_path.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {
@@ -20,9 +21,10 @@ Outcome ProbeEither(const CameraAddress& address, const std::string& path, int v
   return find(address, path, videoType).outcome;
 }
 
-Outcome ProbeAs(const CameraAddress& address, const std::string& path, int videoType, int streamingType) {
+Outcome ProbeAs(CameraAddress address, std::string path, int videoType, int streamingType) {
   const bool isUnknown = videoType == VIDEO_TYPE_UNKNOWN || streamingType == STREAMING_TYPE_UNKNOWN;
   if (isUnknown) return Outcome::kNoVideo;  // no camera sends it
+  if (const Outcome outcome = TakeApart(path, address); outcome != Outcome::kOk) return outcome;
   switch (streamingType) {
     case STREAMING_TYPE_RTSP:
       return AskRtsp(address, path, videoType, RequestScope::Current().Deadline()).outcome;
