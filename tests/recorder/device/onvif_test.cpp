@@ -189,7 +189,7 @@ const LoginCase kLoginCases[] = {
     {"CutProfiles", {"media1", {{"GetProfiles", "odd/cut.xml"}}}, Outcome::kNotUnderstood, 0},
     {"NoServices", {"media1", {{"GetCapabilities", kUnknown}}}, Outcome::kNotUnderstood, 0},
     {"NoStream", {"media2", {{"GetStreamUri", kUnknown}}}, Outcome::kNoVideo, 0},
-    {"StreamOverTlsAlone", {"media2", {{"GetStreamUri", "odd/rtsps.xml"}}}, Outcome::kNoVideo, 0},
+    {"StreamOverTlsAlone", {"media2", {{"GetStreamUri", "odd/rtsps.xml"}}}, Outcome::kTlsStream, 0},
     {"Right", {"media2", {}, kNoLogin, 400}, Outcome::kOk, 8},
     {"UnauthorizedWithoutChallenge", {"media2", {}, kNoLogin, 401}, Outcome::kOk, 8},
     {"Wrong", {"media2", {}, kNoLogin, 400, true}},

@@ -161,6 +161,7 @@ class Questioning {
     if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
     if (reply.outcome != Outcome::kOk) return reply.outcome;
     const auto url = ParseCameraUrl(ReadUri(reply.content));
+    if (url && url->scheme == "rtsps") return Outcome::kTlsStream;
     if (!url || url->scheme != "rtsp") return Outcome::kNoVideo;
     report_.stream = {url->path, url->port};
     return Outcome::kOk;
