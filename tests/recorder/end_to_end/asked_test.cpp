@@ -207,6 +207,7 @@ const Trouble kTroubles[] = {
     {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},
     {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
     {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
+    {"tlsStream", R"({"onvif": {"tlsStream": true}})", 468, 457, "tlsStream"},
     {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
 };
 
