@@ -7,23 +7,16 @@
  * @property {string} happened
  * @property {string} first what to try first
  * @property {Field} field the field to look at
+ *
+ * @typedef {Cause & {answered: boolean}} NamedCause `answered`: the camera has answered, whatever the code says
  */
 
 /** The code of a test that nobody answered in time. */
 export const TIMED_OUT = 463;
 /** The code of a test whose login the camera refused. */
 export const LOGIN_REFUSED = 464;
-/** Codes of a camera that answered, and names of such causes that share a code with others. */
+/** Codes of a camera that answered. */
 const ANSWERED_CODES = [0, LOGIN_REFUSED, 465, 466, 467];
-const ANSWERED_CAUSES = [
-  "clockUnknown",
-  "loginUnsupported",
-  "tlsStream",
-  "transportRefused",
-  "notThisProtocol",
-  "noService",
-  "notUnderstood",
-];
 
 /** Codes of CameraTest and of a list's rows. @type {Readonly<Record<number, Cause>>} */
 export const TEST_CAUSES = {
@@ -133,7 +126,7 @@ export const SIZE_CAUSES = {
 
 /**
  * Causes that have no code of their own, by the names that the recorder gives.
- * @type {Readonly<Record<string, Cause>>}
+ * @type {Readonly<Record<string, NamedCause>>}
  */
 export const NAMED_CAUSES = {
   blocked: {
@@ -143,6 +136,7 @@ export const NAMED_CAUSES = {
       "a single link, or was closed by the administrator.",
     first: 'Compare the address. The administrator can open it under "addressPolicy" of the configuration.',
     field: "address",
+    answered: false,
   },
   clockUnknown: {
     heading: "Camera refused the login, perhaps for its time",
@@ -150,6 +144,7 @@ export const NAMED_CAUSES = {
       "This camera's login holds the time, and the camera does not say what time it has. The password may be right.",
     first: "Set the camera's clock, or let it take the time from a time server.",
     field: "none",
+    answered: true,
   },
   loginUnsupported: {
     heading: "Login method not supported",
@@ -157,6 +152,7 @@ export const NAMED_CAUSES = {
       "The camera asks for a login that the recorder does not know. It knows Basic, and Digest with MD5 or SHA-256.",
     first: "Switch the camera's login to Digest.",
     field: "none",
+    answered: true,
   },
   encryptedStream: {
     heading: "Stream is encrypted (SRTP)",
@@ -164,12 +160,14 @@ export const NAMED_CAUSES = {
     first:
       "Switch the stream's encryption (SRTP) off in the camera's settings, or give the path of a stream without it.",
     field: "path",
+    answered: true,
   },
   tlsStream: {
     heading: "Stream only over TLS",
     happened: "The camera has this stream over TLS alone (an address with rtsps), which the recorder does not speak.",
     first: "Switch RTSP without TLS on in the camera's settings.",
     field: "none",
+    answered: true,
   },
   transportRefused: {
     heading: "Camera sends no video this way",
@@ -178,18 +176,21 @@ export const NAMED_CAUSES = {
       "Switch RTP over RTSP (TCP) on in the camera's settings. If it can only send over UDP or multicast, use " +
       "its picture over HTTP.",
     field: "none",
+    answered: true,
   },
   notThisProtocol: {
     heading: "Another protocol on this port",
     happened: "What answers on this port is no RTSP server, or no web server.",
     first: "RTSP is mostly on port 554, HTTP on port 80.",
     field: "port",
+    answered: true,
   },
   noService: {
     heading: "No ONVIF or PSIA on this port",
     happened: "Something answers on this port, but it does not have the service that the chosen model asks.",
     first: "Switch the service on in the camera's settings and look for its port there, or choose another model.",
     field: "port",
+    answered: true,
   },
   notUnderstood: {
     heading: "Answer not understood",
@@ -198,6 +199,7 @@ export const NAMED_CAUSES = {
       "than 128 MiB to one request, which the log says.",
     first: "Restart the camera. If it stays so, its firmware may be at fault.",
     field: "none",
+    answered: true,
   },
   unknownModel: {
     heading: "Model not known",
@@ -206,30 +208,35 @@ export const NAMED_CAUSES = {
       'so that one cannot be asked what it can do.',
     first: "Choose a model from the list.",
     field: "model",
+    answered: false,
   },
   noPath: {
     heading: "Stream path missing",
     happened: "Nothing was sent: a camera of this model is asked by its stream path, and none was given.",
     first: "Fill in the path. A list of the API takes none: test this camera alone.",
     field: "path",
+    answered: false,
   },
   foreignPath: {
     heading: "Path leads elsewhere",
     happened: "Nothing was sent: the stream path is a whole address, and not one of RTSP or HTTP at this host.",
     first: "Compare its host with the address, or give only what follows the host.",
     field: "path",
+    answered: false,
   },
   disabled: {
     heading: "Camera is switched off here",
     happened: "Nothing was sent: the stored camera is disabled on this recorder.",
     first: "Enable it: recorderctl camera status ID enabled.",
     field: "none",
+    answered: false,
   },
   badRow: {
     heading: "Row not readable",
     happened: "Nothing was sent: the row of the list is no object, or one of its values has a wrong type.",
     first: "Compare the row with the description of the API.",
     field: "none",
+    answered: false,
   },
   recorderFailed: {
     heading: "Recorder failed",
@@ -238,6 +245,7 @@ export const NAMED_CAUSES = {
       "into its state folder.",
     first: "Ask the recorder's administrator: its log says why.",
     field: "none",
+    answered: false,
   },
 };
 
@@ -260,7 +268,8 @@ function causeOf(causes, { code, cause = "" }) {
 }
 
 /** Whether a camera certainly answered a test. @param {{code: number, cause?: string}} verdict */
-export const hasAnswered = ({ code, cause = "" }) => ANSWERED_CODES.includes(code) || ANSWERED_CAUSES.includes(cause);
+export const hasAnswered = ({ code, cause = "" }) =>
+  ANSWERED_CODES.includes(code) || (NAMED_CAUSES[cause]?.answered ?? false);
 
 /** Why a test failed. @param {{code: number, cause?: string}} failure */
 export const testCause = (failure) => causeOf(TEST_CAUSES, failure);

@@ -37,7 +37,9 @@ test("causes are the same in the page and in docs/causes.md", () => {
       ),
     );
   const alone = documented.map((rows) => rows.filter(([key]) => !HAVE_CODES.includes(key)));
-  assert.deepEqual(alone, [TEST_CAUSES, NAMED_CAUSES, CAPABILITY_CAUSES, SIZE_CAUSES].map(Object.entries));
+  const named = Object.entries(NAMED_CAUSES).map(([key, { answered: _, ...text }]) => [key, text]);
+  const inPage = [TEST_CAUSES, named, CAPABILITY_CAUSES, SIZE_CAUSES];
+  assert.deepEqual(alone, inPage.map((causes) => (Array.isArray(causes) ? causes : Object.entries(causes))));
   const texts = Object.fromEntries(documented.flat());
   for (const cause of HAVE_CODES.slice(1)) {
     const code = new RegExp(`^\\| ${cause} \\| [^|]* \\| (\\d+) `, "m").exec(text)?.[1] ?? "";
