@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -136,6 +137,32 @@ void SeparateParameterSets(RtpClip& clip) {
   clip.units = std::move(units);
 }
 
+/// True for a packet with the last bytes of a NAL unit: no fragment, or the last one (RFC 6184, RFC 7798).
+bool EndsNal(const std::string& packet, const Codec& codec) {
+  const auto at = [&packet](size_t place) { return static_cast<unsigned char>(packet[place]); };
+  const bool isH265 = std::string_view(codec.name) == "h265";
+  const bool isFragment = isH265 ? (at(12) >> 1 & 0x3f) == 49 : (at(12) & 0x1f) == 28;
+  const int header = isH265 ? at(14) : at(13);
+  return !isFragment || (header & 0x40) != 0;
+}
+
+/// Sets the markers as the camera's fault has them. In the place of its timestamp each packet gets what that is later
+/// than its unit's.
+void MarkPackets(RtpClip& clip, const Codec& codec, Fault fault) {
+  constexpr char kMarker = '\x80';
+  for (RtpClip::Unit& unit : clip.units) {
+    char later = 0;
+    for (std::string& packet : unit.packets) {
+      std::fill_n(packet.begin() + 4, 4, '\0');
+      packet[7] = later;
+      const bool endsNal = EndsNal(packet, codec);
+      if (endsNal && fault == Fault::kTimestampPerSlice) ++later;
+      if (endsNal && fault == Fault::kMarkerOnEveryUnit) packet[1] |= kMarker;
+      if (fault == Fault::kNoMarker) packet[1] &= static_cast<char>(~kMarker);
+    }
+  }
+}
+
 /// Packetizes by GStreamer. The units' time stamps tell which packets belong together.
 std::shared_ptr<const RtpClip> Packetize(const Clip& clip, const StreamConfig& stream, Fault fault) {
   const Pipeline pipeline("appsrc name=in format=time max-bytes=0 ! " + Payloader(*stream.codec, "pay") +
@@ -160,6 +187,7 @@ std::shared_ptr<const RtpClip> Packetize(const Clip& clip, const StreamConfig& s
     rtp->media = MediaSection(gst_sample_get_caps(sample.get()));
   }
   if (fault == Fault::kParameterSetsAlone) SeparateParameterSets(*rtp);
+  MarkPackets(*rtp, *stream.codec, fault);
   return rtp;
 }
 
@@ -221,7 +249,9 @@ std::shared_ptr<const Clip> ClipStore::Get(const StreamConfig& stream) {
 }
 
 std::shared_ptr<const RtpClip> ClipStore::GetRtp(const StreamConfig& stream, Fault fault) {
-  const bool special = fault == Fault::kParameterSetsBetweenSlices || fault == Fault::kParameterSetsAlone;
+  constexpr Fault kSpecial[] = {Fault::kParameterSetsBetweenSlices, Fault::kParameterSetsAlone,
+                                Fault::kMarkerOnEveryUnit, Fault::kTimestampPerSlice, Fault::kNoMarker};
+  const bool special = std::ranges::find(kSpecial, fault) != std::end(kSpecial);
   const std::string name = ClipName(stream) + (special ? std::to_string(static_cast<int>(fault)) : "");
   std::shared_ptr<const RtpClip>& clip = rtpClips_[name];
   if (!clip) clip = Packetize(*Get(stream), stream, fault);

@@ -25,7 +25,8 @@ struct Clip {
 /// A clip as RTP packets.
 struct RtpClip {
   struct Unit {
-    std::vector<std::string> packets;  ///< whole RTP packets; sender's fields are for him to fill in
+    std::vector<std::string> packets;  ///< whole RTP packets; sender's fields are for him to fill in, the
+                                       ///< timestamp on top of what stands there
     bool key = false;
   };
   std::string media;  ///< the SDP's media section, without a control address

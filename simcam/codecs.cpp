@@ -51,7 +51,8 @@ constexpr Codec kCodecs[] = {
      .psia = "H.264"},
     {.name = "h265",
      .encoder = "x265enc tune=zerolatency speed-preset=ultrafast key-int-max={gop} bitrate={bitrate}"
-                " option-string=scenecut=0:log-level=none ! video/x-h265,stream-format=byte-stream,alignment=au",
+                " option-string=scenecut=0:slices={slices}:log-level=none ! "
+                "video/x-h265,stream-format=byte-stream,alignment=au",
      .parser = "h265parse config-interval=-1 ! video/x-h265,stream-format=byte-stream,alignment=au",
      .payloader = "rtph265pay pt=96 config-interval=-1",
      .canBeLive = true,

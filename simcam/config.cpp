@@ -163,6 +163,12 @@ bool NeedsScript(const StreamConfig& stream) {
          stream.path.find('?') != std::string::npos || !stream.file.empty();
 }
 
+/// What a fault that is about slices needs.
+int FewestSlices(Fault fault) {
+  if (fault == Fault::kMarkerOnEveryUnit || fault == Fault::kTimestampPerSlice) return 4;
+  return fault == Fault::kParameterSetsBetweenSlices ? 2 : 1;
+}
+
 /// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.
 void ChooseServer(Members& members, CameraConfig& camera) {
   bool script = !OnlyHttp(camera.fault);
@@ -174,7 +180,7 @@ void ChooseServer(Members& members, CameraConfig& camera) {
     if (camera.server != Server::kScripted) continue;
     if (stream.audio != Audio::kNone) members.Fail("the scripted server has no audio");
     stream.live = false;
-    if (camera.fault.fault == Fault::kParameterSetsBetweenSlices && stream.slices < 2) stream.slices = 2;
+    stream.slices = std::max(stream.slices, FewestSlices(camera.fault.fault));
   }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "simcam/motion.h"
 #include "simcam/onvif/onvif.h"
 #include "simcam/picture.h"
 #include "simcam/psia.h"
@@ -106,6 +107,10 @@ class HttpCamera::Conversation {
         if (camera_.fault.method != "HTTP") return false;
         Answer(camera_.fault.status, "text/plain", "no\n");
         return true;
+      case Fault::kWantsUserAgent:
+        if (!request.Header("User-Agent").empty()) return false;
+        Answer(403, "text/plain", "who are you?\n");
+        return true;
       case Fault::kHtmlPage:
         Answer(200, "text/html", "<html><body>Please log in</body></html>\n");
         return true;
@@ -144,23 +149,22 @@ class HttpCamera::Conversation {
       case Fault::kHugeLength:
         return Send(Head(200, kJpegType, 2147483647) + jpeg);
       case Fault::kEndlessBody:
-        return SendForEver("HTTP/1.1 200 OK\r\n" + type + "Connection: close\r\n\r\n" + jpeg, std::string(1000, 'x'));
+        return SendForEver("HTTP/1.1 200 OK\r\n" + type + "Connection: close\r\n\r\n" + half, std::string(1000, 'x'));
       case Fault::kDrip:
         open_ = socket_.Drip(Head(200, kJpegType, jpeg.size()) + jpeg);
         return;
       default:
-        return Answer(200, kJpegType, jpeg);
+        return Answer(200, kJpegType, OddJpeg(fault_, jpeg));
     }
   }
 
-  /// Motion JPEG: a multipart answer (RFC 2046) without end, a picture a part.
   void SendMotion() {
-    Send("HTTP/1.1 200 OK\r\nContent-Type: multipart/x-mixed-replace; boundary=picture\r\nConnection: close\r\n\r\n");
+    Send(MotionHead(fault_));
     const Pipeline pictures = LiveJpeg(camera_.streams[0].size, camera_.streams[0].fps);
+    bool isFirst = true;
     while (const Sample sample = open_ ? pictures.Pull() : Sample()) {
-      const std::string jpeg = Bytes(gst_sample_get_buffer(sample.get()));
-      std::string part = "--picture\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(jpeg.size()) +
-                         "\r\n\r\n" + jpeg + "\r\n";
+      const std::string jpeg = OddJpeg(fault_, Bytes(gst_sample_get_buffer(sample.get())));
+      std::string part = MotionPart(fault_, jpeg, std::exchange(isFirst, false));
       const bool cut = fault_ == Fault::kCloseInUnit || fault_ == Fault::kSilentInUnit;
       if (cut) part.resize(part.size() / 2);
       Send(part);

@@ -80,10 +80,10 @@ std::string RtpPlayer::NextUnit() {
   return bytes;
 }
 
-/// Sets sequence number, time stamp and source of a packet (RFC 3550, section 5.1).
+/// Sets sequence number, time stamp (later by what stands in its place) and source of a packet (RFC 3550, section 5.1).
 std::string RtpPlayer::Numbered(std::string packet) {
   Store16(packet, 2, kFirstSequence + packetsSent_++);
-  Store32(packet, 4, TimeStamp());
+  Store32(packet, 4, TimeStamp() + static_cast<unsigned char>(packet[7]));
   Store32(packet, 8, kSsrc);
   octetsSent_ += packet.size() - 12;
   return packet;
