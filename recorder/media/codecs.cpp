@@ -21,6 +21,24 @@ Bytes AfterStartCode(Bytes bytes) {
   return bytes.subspan(static_cast<std::size_t>(skipped));
 }
 
+/// `startOf` tells what a unit behind a start code begins.
+template <class StartOf>
+PieceStart FirstStart(Bytes piece, const StartOf& startOf) {
+  constexpr std::size_t kLongestStartCode = 4;
+  if (AfterStartCode(piece.first(std::min(piece.size(), kLongestStartCode + 1))).empty()) return PieceStart::kNothing;
+  for (Bytes rest = AfterStartCode(piece); !rest.empty(); rest = AfterStartCode(rest)) {
+    const PieceStart start = startOf(rest);
+    if (start != PieceStart::kOther) return start;
+  }
+  return PieceStart::kOther;
+}
+
+/// A slice whose header, `at` bytes into it, begins with the bit for "first of its picture".
+PieceStart SliceStart(Bytes unit, std::size_t at) {
+  const bool isFirst = unit.size() <= at || (unit[at] & 0x80) != 0;
+  return isFirst ? PieceStart::kPicture : PieceStart::kFurtherSlice;
+}
+
 // --- H.264 ----------------------------------------------------------------------------------------------------------
 
 /// True when the SEI unit (H.264 section 7.3.2.3.1) says that decoding may start here with an exact picture.
@@ -54,6 +72,14 @@ UnitKind ClassifyH264(Bytes unit) {
   return UnitKind::kNoPicture;
 }
 
+/// first_mb_in_slice, an Exp-Golomb number (H.264 section 7.3.3): 0 is one set bit.
+PieceStart H264Start(Bytes piece) {
+  return FirstStart(piece, [](Bytes unit) {
+    const int type = unit[0] & 0x1f;
+    return type == 1 || type == 5 ? SliceStart(unit, 1) : PieceStart::kOther;
+  });
+}
+
 bool IsH264Set(Bytes unit) {  // SPS, PPS
   const int type = unit[0] & 0x1f;
   return (unit[0] & 0x80) == 0 && (type == 7 || type == 8);
@@ -70,6 +96,14 @@ UnitKind ClassifyH265(Bytes unit) {
   return UnitKind::kNoPicture;
 }
 
+/// first_slice_segment_in_pic_flag (H.265 section 7.3.6.1), behind a header of two bytes.
+PieceStart H265Start(Bytes piece) {
+  return FirstStart(piece, [](Bytes unit) {
+    const int type = unit[0] >> 1 & 0x3f;
+    return type < 32 ? SliceStart(unit, 2) : PieceStart::kOther;
+  });
+}
+
 bool IsH265Set(Bytes unit) {  // VPS, SPS, PPS
   return (unit[0] == 0x40 || unit[0] == 0x42 || unit[0] == 0x44) && unit[1] == 1;
 }
@@ -80,16 +114,23 @@ bool IsJpeg(Bytes bytes) { return bytes.size() > 2 && bytes[0] == 0xff && bytes[
 
 UnitKind ClassifyJpeg(Bytes unit) { return IsJpeg(unit) ? UnitKind::kKey : UnitKind::kNoPicture; }
 
+PieceStart JpegStart(Bytes piece) { return IsJpeg(piece) ? PieceStart::kPicture : PieceStart::kNothing; }
+
 bool HasNoSets(Bytes /*unit*/) { return false; }
 
 // --- MPEG-4 ---------------------------------------------------------------------------------------------------------
 
+constexpr std::uint8_t kVop = 0xb6;
+
 UnitKind ClassifyMpeg4(Bytes unit) {
-  constexpr std::uint8_t kVop = 0xb6;
   for (Bytes rest = AfterStartCode(unit); rest.size() > 1; rest = AfterStartCode(rest)) {
     if (rest[0] == kVop) return rest[1] >> 6 == 0 ? UnitKind::kKey : UnitKind::kPredicted;
   }
   return UnitKind::kNoPicture;
+}
+
+PieceStart Mpeg4Start(Bytes piece) {
+  return FirstStart(piece, [](Bytes unit) { return unit[0] == kVop ? PieceStart::kPicture : PieceStart::kOther; });
 }
 
 bool IsMpeg4Set(Bytes unit) { return unit[0] >= 0xb0; }  // H.264 and H.265 keep the highest bit clear
@@ -103,28 +144,28 @@ constexpr Codec kCodecs[] = {
      .psia = {"h.264", "h264"},
      .builtIns = kOnvifBuiltIn | kPsiaBuiltIn | kUserBuiltIn,
      .isOverHttp = false,
-     .rtp = RtpCodec{kCodecH264, "H264", "h264", ClassifyH264, IsH264Set}},
+     .rtp = RtpCodec{kCodecH264, "H264", "h264", ClassifyH264, H264Start, IsH264Set}},
     {.type = VIDEO_TYPE_H265,
      .name = "H.265",
      .onvif = {"h265"},
      .psia = {"h.265", "h265"},
      .builtIns = kOnvifBuiltIn,
      .isOverHttp = false,
-     .rtp = RtpCodec{kCodecH265, "H265", "hevc", ClassifyH265, IsH265Set}},
+     .rtp = RtpCodec{kCodecH265, "H265", "hevc", ClassifyH265, H265Start, IsH265Set}},
     {.type = VIDEO_TYPE_MJPEG,
      .name = "MJPEG",
      .onvif = {"jpeg"},
      .psia = {"mjpeg"},
      .builtIns = kOnvifBuiltIn | kPsiaBuiltIn | kUserBuiltIn,
      .isOverHttp = true,
-     .rtp = RtpCodec{kCodecJpeg, "JPEG", "mjpeg", ClassifyJpeg, HasNoSets}},
+     .rtp = RtpCodec{kCodecJpeg, "JPEG", "mjpeg", ClassifyJpeg, JpegStart, HasNoSets}},
     {.type = VIDEO_TYPE_MPEG4,
      .name = "MPEG4",
      .onvif = {"mpeg4", "mpv4-es"},
      .psia = {"mpeg4", "mpeg-4"},
      .builtIns = kOnvifBuiltIn | kPsiaBuiltIn | kUserBuiltIn,
      .isOverHttp = false,
-     .rtp = RtpCodec{kCodecMpeg4, "MP4V-ES", "mpeg4", ClassifyMpeg4, IsMpeg4Set}},
+     .rtp = RtpCodec{kCodecMpeg4, "MP4V-ES", "mpeg4", ClassifyMpeg4, Mpeg4Start, IsMpeg4Set}},
     {.type = VIDEO_TYPE_MXPEG,
      .name = "MXPEG",
      .onvif = {},
@@ -192,6 +233,11 @@ std::string_view NameOfPsiaCodec(std::string_view word) { return NameOfWord(&Cod
 UnitKind ClassifyUnit(std::uint32_t code, Bytes unit) {
   const Codec* codec = CodecOfCode(code);
   return codec == nullptr ? UnitKind::kNoPicture : codec->rtp->classify(unit);
+}
+
+PieceStart StartOfPiece(std::uint32_t code, Bytes piece) {
+  const Codec* codec = CodecOfCode(code);
+  return codec == nullptr ? PieceStart::kNothing : codec->rtp->startOf(piece);
 }
 
 std::uint32_t RecogniseCodec(Bytes configuration, Bytes frame) {

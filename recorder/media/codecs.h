@@ -21,12 +21,22 @@ enum class UnitKind {
   kKey,            ///< H.264 IDR, H.265 IRAP, MPEG-4 I-VOP, any JPEG
 };
 
+/// What begins in the bytes that one packet completed. A slice's own header tells whether it is the first of its
+/// picture.
+enum class PieceStart {
+  kNothing,       ///< they go on with the unit before
+  kOther,         ///< parameter sets and the like, and no slice
+  kPicture,       ///< the first slice of a picture, or of the second field of one
+  kFurtherSlice,  ///< another slice of the picture before
+};
+
 /// How a codec comes over RTSP, and how its access units are read.
 struct RtpCodec {
   std::uint32_t code;          ///< four-character code, such as kCodecH264
   std::string_view encoding;   ///< its name in session descriptions, in upper case (RFC 6184, 7798, 3016, 2435)
   std::string_view libavName;  ///< FFmpeg's name of the codec and of its decoder, as avcodec_get_name() has it
   UnitKind (*classify)(std::span<const std::uint8_t> unit);  ///< kind of a unit, or of the beginning of one
+  PieceStart (*startOf)(std::span<const std::uint8_t> piece);
   /// True for what, behind a start code, only this codec begins with, at least two bytes of it; never for a codec
   /// without start codes.
   bool (*isParameterSet)(std::span<const std::uint8_t> unit);
@@ -72,6 +82,9 @@ std::string_view NameOfPsiaCodec(std::string_view word);
 
 /// Kind of a unit, or of the beginning of one; `code` is a four-character code such as kCodecH264.
 UnitKind ClassifyUnit(std::uint32_t code, std::span<const std::uint8_t> unit);
+
+/// What begins in a piece, as a Depacketizer gives it: one that begins a unit begins with its start code.
+PieceStart StartOfPiece(std::uint32_t code, std::span<const std::uint8_t> piece);
 
 /// Four-character code of the codec in which configuration and frame are written, recognised from their bytes (start
 /// codes and unit types of H.264, H.265 and MPEG-4 part 2, the first marker of JPEG); 0 for none of them.
