@@ -40,12 +40,14 @@ TEST(CodecTest, IsRecognisedFromConfigurationOrFrame) {
   EXPECT_EQ(RecogniseCodec(Bytes{}, Bytes{1, 2, 3}), 0U);
 }
 
-/// One packet of H.264: sequence number, timestamp, marker, and the type of the unit that it completes.
+/// One packet of H.264: sequence number, timestamp, marker, and the type of the unit that it completes; a slice is the
+/// first of its picture unless it is a further one.
 struct Step {
   std::uint16_t sequence;
   std::uint32_t timestamp;
   bool marker;
   std::uint8_t type;
+  bool isFurther = false;
 };
 
 /// Types of the NAL units in each access unit that comes out, a comma behind each access unit.
@@ -53,9 +55,10 @@ std::string Assemble(const std::vector<Step>& steps) {
   AccessUnitAssembler assembler(kCodecH264);
   std::string units;
   for (const Step& step : steps) {
-    assembler.Add({step.marker, step.sequence, step.timestamp, 77}, Bytes{0, 0, 0, 1, step.type});
+    const std::uint8_t header = step.isFurther ? 0x40 : 0x80;
+    assembler.Add({step.marker, step.sequence, step.timestamp, 77}, Bytes{0, 0, 0, 1, step.type, header});
     while (const auto unit = assembler.Take()) {
-      for (std::size_t at = 4; at < unit->bytes.size(); at += 5) units += std::to_string(unit->bytes[at]);
+      for (std::size_t at = 4; at < unit->bytes.size(); at += 6) units += std::to_string(unit->bytes[at]);
       units += ',';
     }
   }
@@ -72,6 +75,37 @@ TEST(AssemblyTest, GivesWholeUnits) {
   EXPECT_EQ(Assemble({{1, 9, true, 5}, {3, 18, true, 1}, {4, 27, true, 5}}), "5,5,") << "a gap behind a marker";
   EXPECT_EQ(Assemble({{65535, 9, false, 5}, {0, 9, true, 5}}), "55,") << "the sequence wraps";
   EXPECT_EQ(Assemble({{1, 9, false, 5}, {1, 9, false, 5}, {2, 9, true, 5}}), "55,") << "sent twice";
+  EXPECT_EQ(Assemble({{1, 9, false, 5}, {2, 9, true, 1}, {3, 18, true, 1}}), "51,1,") << "two fields of a frame";
+}
+
+TEST(AssemblyTest, SlicesTellWhereMarkersAndTimestampsDoNot) {
+  EXPECT_EQ(Assemble({{1, 9, true, 7},
+                      {2, 9, true, 5},
+                      {3, 9, true, 5, true},
+                      {4, 18, true, 1},
+                      {5, 18, true, 1, true},
+                      {6, 27, true, 7},
+                      {7, 27, true, 5}}),
+            "75,755,11,")
+      << "a marker on every unit: the first is handed out early, the same picture again, and none early from then on";
+  EXPECT_EQ(
+      Assemble(
+          {{1, 9, false, 7}, {2, 10, false, 5}, {3, 11, true, 5, true}, {4, 20, false, 1}, {5, 21, true, 1, true}}),
+      "755,11,")
+      << "a timestamp for each slice";
+  EXPECT_EQ(
+      Assemble({{1, 9, false, 5}, {2, 10, false, 5, true}, {3, 18, false, 7}, {4, 18, false, 5}, {5, 27, false, 1}}),
+      "55,75,")
+      << "and no marker";
+  EXPECT_EQ(
+      Assemble({{1, 9, true, 5}, {2, 9, true, 5, true}, {4, 18, true, 1, true}, {5, 27, true, 5}, {6, 36, true, 5}}),
+      "5,5,")
+      << "a gap ends what was open";
+}
+
+TEST(AssemblyTest, AMarkerEndsAPictureOfOneOrMoreSlicesAtOnce) {
+  EXPECT_EQ(Assemble({{1, 9, false, 5}, {2, 9, true, 5, true}}), "55,");
+  EXPECT_EQ(Assemble({{1, 9, false, 5}, {2, 9, true, 12}}), "512,") << "filler data behind it";
 }
 
 TEST(AssemblyTest, BoundsAUnit) {
