@@ -10,6 +10,7 @@
 #include "platform/media.h"
 #include "platform/utility.h"
 #include "recorder/media/codecs.h"
+#include "recorder/media/jpeg_check.h"
 #include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/request/request_scope.h"
@@ -20,10 +21,11 @@ namespace {
 
 using TurboJpeg = std::unique_ptr<void, Deleter<tjDestroy>>;
 
+/// A JPEG is the fetcher's: it was judged there.
 std::optional<KeyPicture> MakePicture(std::span<const unsigned char> configuration,
                                       std::span<const unsigned char> unit) {
   const std::uint32_t codec = RecogniseCodec(configuration, unit);
-  if (codec == kCodecJpeg) return CopyJpeg(unit);
+  if (codec == kCodecJpeg) return HasJpegMarkers(unit) ? std::optional(CopyJpeg(unit)) : std::nullopt;
   const Frame frame = DecodeKeyFrame(codec, configuration, unit);
   return frame ? EncodeJpeg(*frame) : std::nullopt;
 }

@@ -1,7 +1,9 @@
 #include "recorder/media/jpeg_check.h"
 
-#include <cstddef>
-#include <optional>
+#include <algorithm>
+
+#include "recorder/media/jpeg_decoder.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 namespace {
@@ -10,6 +12,7 @@ namespace {
 constexpr unsigned kStartOfImage = 0xD8;
 constexpr unsigned kEndOfImage = 0xD9;
 constexpr unsigned kStartOfScan = 0xDA;
+constexpr unsigned kFill = 0xFF;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -19,41 +22,81 @@ bool IsFrameHeader(unsigned marker) {  // SOF0 to SOF15 without DHT, JPG and DAC
   return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
 
-/// Position behind the next marker that is neither a stuffed byte nor a restart marker, from `at` on.
-std::optional<std::size_t> SkipScanData(Bytes bytes, std::size_t at) {
-  for (; at + 1 < bytes.size(); ++at) {
-    if (bytes[at] != 0xFF) continue;
-    const unsigned next = bytes[at + 1];
-    if (next != 0x00 && next != 0xFF && (next < 0xD0 || next > 0xD7)) return at;
-  }
-  return std::nullopt;
+/// A stuffed byte, or a restart marker.
+bool IsScanData(unsigned marker) { return marker == 0 || (marker >= 0xD0 && marker <= 0xD7); }
+
+bool HasUsableSize(Bytes header) {
+  if (header.size() < 9) return false;
+  const std::size_t pixels = std::size_t{Number(header, 5)} * Number(header, 7);
+  return pixels > 0 && pixels <= std::size_t{kMostPixels};
 }
 
 }  // namespace
 
-bool IsWholeJpeg(Bytes bytes) {
-  if (bytes.size() < 4 || Number(bytes, 0) != (0xFF00 | kStartOfImage)) return false;
-  bool hasSize = false;
-  bool hasScan = false;
-  for (std::size_t at = 2; at + 1 < bytes.size();) {
-    if (bytes[at] != 0xFF) return false;
-    const unsigned marker = bytes[at + 1];
-    if (marker == 0xFF) {  // fill byte
-      ++at;
-      continue;
-    }
-    if (marker == kEndOfImage) return hasSize && hasScan;
-    if (at + 4 > bytes.size()) return false;
-    const std::size_t length = Number(bytes, at + 2);
-    const std::size_t end = at + 2 + length;
-    if (length < 2 || end > bytes.size()) return false;
-    if (IsFrameHeader(marker)) hasSize = length >= 8 && Number(bytes, at + 5) != 0 && Number(bytes, at + 7) != 0;
-    hasScan = hasScan || marker == kStartOfScan;
-    const std::optional<std::size_t> next = marker == kStartOfScan ? SkipScanData(bytes, end) : end;
-    if (!next) return false;
-    at = *next;
+JpegWalk::State JpegWalk::Advance(Bytes bytes) {
+  while (state_ == State::kMore && Step(bytes)) {
+  }
+  return state_;
+}
+
+/// To the next marker, or past one with its segment. False where that needs more bytes, or the walk ends.
+bool JpegWalk::Step(Bytes bytes) {
+  if (isInScan_ && !SkipScanData(bytes)) return false;
+  if (at_ + 2 > bytes.size()) return false;
+  const unsigned marker = bytes[at_ + 1];
+  if (bytes[at_] != kFill) return Stop(State::kBroken);
+  if (at_ == 0) {
+    at_ = 2;
+    return marker == kStartOfImage || Stop(State::kBroken);
+  }
+  if (marker == kStartOfImage) return Stop(HasScan() ? State::kNext : State::kBroken);
+  if (marker == kEndOfImage) return ReadEnd();
+  if (marker != kFill) return ReadSegment(bytes, marker);
+  ++at_;
+  return true;
+}
+
+/// To the next marker that ends the scan's data. False where it is not there yet.
+bool JpegWalk::SkipScanData(Bytes bytes) {
+  while (at_ + 1 < bytes.size()) {
+    const auto found = std::find(bytes.begin() + static_cast<std::ptrdiff_t>(at_), bytes.end() - 1, kFill);
+    at_ = static_cast<std::size_t>(found - bytes.begin());
+    if (at_ + 1 == bytes.size()) return false;
+    isInScan_ = IsScanData(bytes[at_ + 1]) || bytes[at_ + 1] == kFill;
+    if (!isInScan_) return true;
+    ++at_;
   }
   return false;
+}
+
+bool JpegWalk::ReadSegment(Bytes bytes, unsigned marker) {
+  constexpr int kMostScans = 100;  // a decoder goes over the whole picture for each; progressive ones have some ten
+  if (at_ + 4 > bytes.size()) return false;
+  const std::size_t length = Number(bytes, at_ + 2);
+  if (length < 2) return Stop(State::kBroken);
+  if (at_ + 2 + length > bytes.size()) return false;
+  if (IsFrameHeader(marker)) hasSize_ = HasUsableSize(bytes.subspan(at_, 2 + length));
+  isInScan_ = marker == kStartOfScan;
+  scans_ += isInScan_ ? 1 : 0;
+  at_ += 2 + length;
+  return scans_ <= kMostScans || Stop(State::kBroken);
+}
+
+bool JpegWalk::ReadEnd() {
+  at_ += 2;
+  return Stop(hasSize_ && HasScan() ? State::kEnd : State::kBroken);
+}
+
+bool JpegWalk::Stop(State state) {
+  state_ = state;
+  return false;
+}
+
+bool HasJpegMarkers(Bytes bytes) { return JpegWalk().Advance(bytes) == JpegWalk::State::kEnd; }
+
+bool IsWholeJpeg(Bytes bytes) {
+  JpegWalk walk;
+  return walk.Advance(bytes) == JpegWalk::State::kEnd && DecodesWhole(bytes.first(walk.Position()));
 }
 
 }  // namespace recorder

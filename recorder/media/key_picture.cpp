@@ -12,7 +12,6 @@
 #include <utility>
 
 #include "platform/utility.h"
-#include "recorder/media/jpeg_check.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -105,12 +104,11 @@ std::optional<KeyPicture> EncodeJpeg(AVFrame& frame) {
   return KeyPicture{std::move(bytes), static_cast<int>(size)};
 }
 
-std::optional<KeyPicture> CopyJpeg(std::span<const std::uint8_t> jpeg) {
-  if (!IsWholeJpeg(jpeg)) return std::nullopt;
+KeyPicture CopyJpeg(std::span<const std::uint8_t> jpeg) {
   MallocBytes bytes(static_cast<unsigned char*>(std::malloc(jpeg.size())));
   if (!bytes) throw std::bad_alloc();
   std::memcpy(bytes.get(), jpeg.data(), jpeg.size());
-  return KeyPicture{std::move(bytes), static_cast<int>(jpeg.size())};
+  return {std::move(bytes), static_cast<int>(jpeg.size())};
 }
 
 }  // namespace recorder

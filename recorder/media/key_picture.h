@@ -22,7 +22,7 @@ struct KeyPicture {
 /// format that JPEG does not have.
 std::optional<KeyPicture> EncodeJpeg(AVFrame& frame);
 
-/// A copy of what is a JPEG already; nothing when it is not whole.
-std::optional<KeyPicture> CopyJpeg(std::span<const std::uint8_t> jpeg);
+/// A copy of what is a JPEG already.
+KeyPicture CopyJpeg(std::span<const std::uint8_t> jpeg);
 
 }  // namespace recorder

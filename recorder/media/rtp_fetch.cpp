@@ -13,6 +13,7 @@
 #include "recorder/media/access_unit.h"
 #include "recorder/media/codecs.h"
 #include "recorder/media/depacketizer.h"
+#include "recorder/media/jpeg_check.h"
 #include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
@@ -139,7 +140,7 @@ recorder::Outcome RtpFetch::Impl::MakePart() {
   using recorder::Outcome;
   if (!IsKeyFrame()) return Outcome::kOk;
   if (codec == kCodecJpeg) {
-    part = recorder::CopyJpeg(unit.bytes);
+    if (recorder::IsWholeJpeg(unit.bytes)) part = recorder::CopyJpeg(unit.bytes);
     return Outcome::kOk;
   }
   const recorder::Frame frame = recorder::DecodeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);

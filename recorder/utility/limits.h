@@ -61,13 +61,16 @@ inline constexpr std::size_t kLargestParameterSets = 64 * kKiB;
 /// Pixels of a picture: 8K and no more. A camera's claim must not cost any memory it likes.
 inline constexpr std::int64_t kMostPixels = std::int64_t{1} << 25;
 
+/// Bytes that a decoder holds to judge a JPEG: 3 a pixel of a progressive one, and a few rows of any other.
+inline constexpr int kMostJpegMemory = 64 << 20;
+
 /// Bytes of all header lines of one answer of HTTP, login methods included.
 inline constexpr std::size_t kLargestHttpHeaders = 64 * kKiB;
 /// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. The ten threads of a list
 /// hold one each.
 inline constexpr std::size_t kLargestHttpPicture = 12 * kMiB;
-/// Bytes of delimiter and header lines before a part of a multipart body.
-inline constexpr std::size_t kLargestPartLines = 8 * kKiB;
+/// Bytes of delimiter and header lines before a part of a multipart body, as far as they are looked for.
+inline constexpr std::size_t kLargestPartLines = 16 * kKiB;
 
 /// Bytes of the header lines of one message of RTSP, and of its body, a stream's description.
 inline constexpr std::size_t kLargestRtspHeaders = 16 * kKiB;

@@ -14,13 +14,13 @@ void RunInput(std::string_view input) {
   int height = -1;
   GetJpegReso(bytes, size, &width, &height);
   Require(width >= 0 && height >= 0 && (width == 0) == (height == 0));
-  IsWholeJpeg(input);
+  IsWholeJpeg(AsBytes(input));
 
   unsigned char* jpeg = nullptr;
   int jpegSize = 0;
   if (DoFFMpegGetJpeg(0, nullptr, 0, bytes, size, &jpeg, &jpegSize) != 0) return;
   const MallocBytes owner(jpeg);
-  Require(IsWholeJpeg(std::span(jpeg, static_cast<std::size_t>(jpegSize))));
+  Require(HasJpegMarkers(std::span(jpeg, static_cast<std::size_t>(jpegSize))));
 }
 
 }  // namespace recorder

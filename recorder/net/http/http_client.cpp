@@ -16,8 +16,8 @@ class PageReader : public AnswerReader {
  public:
   explicit PageReader(BodyReader& reader) : reader_(reader) {}
 
-  BodyReader::Step Begin(long status, const std::string& contentType) override {
-    return status == kHttpOk ? reader_.Begin(contentType) : BodyReader::Step::kEnough;
+  BodyReader::Step Begin(long status) override {
+    return status == kHttpOk ? BodyReader::Step::kMore : BodyReader::Step::kEnough;
   }
 
   BodyReader::Step Read(std::string_view bytes) override { return reader_.Read(bytes); }

@@ -28,8 +28,6 @@ class BodyReader {
   };
 
   virtual ~BodyReader() = default;
-  /// Called once before the first byte, also where none comes, with the value of Content-Type or "".
-  virtual Step Begin(const std::string& contentType) = 0;
   virtual Step Read(std::string_view bytes) = 0;
 };
 

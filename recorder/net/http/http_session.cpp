@@ -44,7 +44,7 @@ struct HttpSession::Impl : AnswerReader {
     return {Outcome::kOk, answer.Status(), answer.ContentType(), std::move(body)};
   }
 
-  BodyReader::Step Begin(long, const std::string&) override {
+  BodyReader::Step Begin(long) override {
     body.clear();
     return BodyReader::Step::kMore;
   }

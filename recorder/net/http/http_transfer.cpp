@@ -74,6 +74,7 @@ std::string WholeAddress(const UrlHandle& here, const std::string& location) {
 
 HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody)
     : place_(place), reader_(reader), url_(MakeUrl(place)), curl_(MakeCurl()) {
+  SetProtocol();
   SetLimits(maxBody);
   SetConnecting();
   SetCallbacks();
@@ -121,10 +122,16 @@ std::string HttpTransfer::Location() const {
   return leadsOn ? WholeAddress(url_, answer_.location) : "";
 }
 
-void HttpTransfer::SetLimits(std::size_t maxBody) {
+void HttpTransfer::SetProtocol() {
   Set(CURLOPT_PROTOCOLS_STR, "http,https");
   Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   Set(CURLOPT_PROXY, "");
+  Set(CURLOPT_USERAGENT, "recorder");  // some cameras refuse a client that does not name itself
+  Append(statusLines_, "ICY 200 OK");  // as servers of audio streams answer, and some cameras
+  Set(CURLOPT_HTTP200ALIASES, statusLines_.get());
+}
+
+void HttpTransfer::SetLimits(std::size_t maxBody) {
   Set(CURLOPT_NOSIGNAL, 1L);
   Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBody));
   // Cameras sign their own certificates: an encrypted picture beats none, and the log says so.
@@ -248,7 +255,7 @@ bool HttpTransfer::TakeHeader(std::string_view line) {
 bool HttpTransfer::EndHead() {
   constexpr long kFirstFinal = 200;
   const bool isOurs = Status() >= kFirstFinal && !std::exchange(answer_.hasHead, true);
-  return !isOurs || Take(reader_.Begin(Status(), ContentType()));
+  return !isOurs || Take(reader_.Begin(Status()));
 }
 
 /// False ends the transfer.

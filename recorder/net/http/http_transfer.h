@@ -29,7 +29,7 @@ class AnswerReader {
  public:
   virtual ~AnswerReader() = default;
   /// Called at the end of an answer's head. kEnough: no body is wanted, and so none is waited for.
-  virtual BodyReader::Step Begin(long status, const std::string& contentType) = 0;
+  virtual BodyReader::Step Begin(long status) = 0;
   virtual BodyReader::Step Read(std::string_view bytes) = 0;
 };
 
@@ -81,6 +81,7 @@ class HttpTransfer {
     curl_easy_setopt(curl_.get(), option, value);
   }
 
+  void SetProtocol();
   void SetLimits(std::size_t maxBody);
   void SetConnecting();
   void SetCallbacks();
@@ -111,6 +112,7 @@ class HttpTransfer {
   std::uint64_t counted_ = 0;  // bytes that came over it and are counted
   UrlHandle url_;              // libcurl reads it during a request
   CurlList connectTo_;
+  CurlList statusLines_;  // that count as HTTP/1.0 200
   CurlHandle curl_;
   Clock::time_point deadline_;
   Outcome connected_ = Outcome::kOk;  // of the last attempt, if there was one

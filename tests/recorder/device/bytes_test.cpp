@@ -43,7 +43,6 @@ class OneAnswer {
 };
 
 class TakeAll : public BodyReader {
-  Step Begin(const std::string&) override { return Step::kMore; }
   Step Read(std::string_view) override { return Step::kMore; }
 };
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "recorder/device/check/multipart.h"
+#include "recorder/device/check/picture_finder.h"
 #include "recorder/media/jpeg_check.h"
 #include "recorder/net/http/http_place.h"
 
@@ -26,49 +26,62 @@ TEST(HttpTest, PathCannotAddToTheRequest) {
   EXPECT_EQ(RequestPath("/a\r\nX: y"), std::nullopt);
 }
 
-/// The markers of a JPEG of 16 x 8 pixels, with a few bytes for its scan.
-const std::string kJpeg =
-    "\xFF\xD8"
-    "\xFF\xC0\x00\x0B\x08\x00\x08\x00\x10\x01\x01\x11\x00"
-    "\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00"
-    "abc\xFF\x00\xFF\xD0xyz\xFF\xD9"s;
+/// A grey JPEG of 64 x 64 pixels. Each block is two bits of its scan, both 0.
+const std::string kHead = "\xFF\xD8\xFF\xDB\x00\x43\x00"s + std::string(64, '\1') +
+                          "\xFF\xC0\x00\x0B\x08\x00\x40\x00\x40\x01\x01\x11\x00"
+                          "\xFF\xC4\x00\x14\x00\x01\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+                          "\xFF\xC4\x00\x14\x10\x01\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+                          "\xFF\xDA\x00\x08\x01\x01\x00\x00\x3F\x00"s;
+const std::string kEnd = "\xFF\xD9";
+const std::string kWithoutEnd = kHead + std::string(16, '\0');
+const std::string kJpeg = kWithoutEnd + kEnd;
+const std::string kHalf = kHead + std::string(8, '\0') + kEnd;
 
 TEST(JpegCheckTest, EveryCutIsNoticed) {
-  EXPECT_TRUE(IsWholeJpeg(kJpeg + "padding"));
-  EXPECT_FALSE(IsWholeJpeg("\xFF\xD8\xFF\xD9")) << "neither a size nor a scan";
-  for (std::size_t length = 0; length < kJpeg.size(); ++length) EXPECT_FALSE(IsWholeJpeg(kJpeg.substr(0, length)));
-}
-
-using enum MultipartReader::State;
-
-/// The first picture of an answer with the `parameter` of its content type is found however the answer arrives.
-void ExpectPart(const std::string& parameter, const std::string& body, MultipartReader::State wanted) {
-  for (const std::size_t step : {std::size_t{1}, std::size_t{7}, body.size()}) {
-    MultipartReader reader("multipart/mixed; " + parameter, 1000);
-    auto state = kMore;
-    for (std::size_t at = 0; at < body.size() && state == kMore; at += step) state = reader.Feed(body.substr(at, step));
-    EXPECT_EQ(state, wanted) << body.substr(0, 60) << " by " << step;
-    EXPECT_EQ(reader.TakePicture(), state == kPicture ? kJpeg : "") << body.substr(0, 60) << " by " << step;
+  EXPECT_TRUE(IsWholeJpeg(AsBytes(kJpeg + "padding")));
+  EXPECT_TRUE(IsWholeJpeg(AsBytes(kWithoutEnd + "padding" + kEnd)));
+  EXPECT_TRUE(HasJpegMarkers(AsBytes(kHead + "abc\xFF\x00\xFF\xD0xyz"s + kEnd)));
+  EXPECT_FALSE(IsWholeJpeg(AsBytes(kHalf)));
+  EXPECT_FALSE(IsWholeJpeg(AsBytes("\xFF\xD8\xFF\xD9"))) << "neither a size nor a scan";
+  for (std::size_t length = 0; length < kJpeg.size(); ++length) {
+    EXPECT_FALSE(IsWholeJpeg(AsBytes(kJpeg.substr(0, length))));
   }
 }
 
-const std::string kLength = "Content-Length: " + std::to_string(kJpeg.size()) + "\r\n\r\n";
+using enum PictureFinder::State;
 
-TEST(PartTest, ThePictureIsFound) {
-  ExpectPart("boundary=b", "\r\n--b\r\n\r\n" + kJpeg + "\r\n--b\r\n", kPicture);
-  ExpectPart("boundary=b", "--b\r\n\r\n" + kJpeg, kMore);
-  ExpectPart("boundary=\"--b\"", "--b\n" + kLength + kJpeg, kPicture);
-  ExpectPart("boundary=b", "b\r\n\r\n" + kJpeg + "\r\nb\r\n", kPicture);
-  ExpectPart("", "--any\r\n\r\n" + kJpeg + "\r\n--any", kPicture);
-  ExpectPart("boundary=b", "--b\r\n\r\nhello\r\n--b\r\n" + kLength + kJpeg, kPicture);
+/// The first whole picture of a body is found however the body arrives.
+void ExpectPicture(const std::string& body, PictureFinder::State wanted = kPicture) {
+  for (const std::size_t step : {std::size_t{1}, std::size_t{7}, body.size()}) {
+    PictureFinder finder(400);
+    auto state = kMore;
+    for (std::size_t at = 0; at < body.size() && state == kMore; at += step) state = finder.Feed(body.substr(at, step));
+    if (state == kMore) state = finder.Finish();
+    EXPECT_EQ(state, wanted) << body.substr(0, 60) << " by " << step;
+    EXPECT_EQ(finder.TakePicture(), state == kPicture ? kJpeg : "") << body.substr(0, 60) << " by " << step;
+  }
 }
 
-TEST(PartTest, AnswersAreBounded) {
-  ExpectPart("boundary=b", "--b\r\nContent-Length: 1001\r\n\r\n", kMalformed);
-  ExpectPart("boundary=b", "--b\r\nContent-Length: -1\r\n\r\n", kMalformed);
-  ExpectPart("boundary=b", "--b\r\n\r\n" + std::string(1100, 'x'), kMalformed);
-  ExpectPart("boundary=b", std::string(9000, 'x'), kMalformed);
-  ExpectPart("boundary=b", "--b\r\n" + std::string(9000, 'x'), kMalformed);
+TEST(PictureTest, IsFoundWhateverIsAroundIt) {
+  ExpectPicture(kJpeg);
+  ExpectPicture(kJpeg + kJpeg);
+  ExpectPicture("\r\n--b\r\n\r\n" + kJpeg + "\r\n--b\r\n");
+  ExpectPicture("--b\r\nContent-Length: 0\r\n\r\n\r\n" + kJpeg);
+  ExpectPicture(std::string(9000, 'x') + "\r\n\r\n" + kJpeg);
+  ExpectPicture("--b\r\n\r\n\xFF\xD8\xFF\xD8hello\r\n--b\r\n\r\n" + kJpeg);
+  ExpectPicture(kHalf + "\r\n--b\r\n\r\n" + kJpeg);
+  ExpectPicture(kWithoutEnd + "\r\n--b\r\nContent-Type: image/jpeg\r\n\r\n" + kJpeg);
+  ExpectPicture(kWithoutEnd + kJpeg);
+  ExpectPicture(kWithoutEnd);
+}
+
+TEST(PictureTest, IsBounded) {
+  const std::string large = "\xFF\xD8\xFF\xE1\x01\xF0" + std::string(500, 'x');
+  ExpectPicture(large + kJpeg, kMalformed);
+  ExpectPicture(kHalf + kHalf + kHalf + kHalf + kJpeg, kMalformed);
+  ExpectPicture("<html>Please log in</html>", kMalformed);
+  ExpectPicture(kHalf.substr(0, kHalf.size() - 2), kMalformed);
+  ExpectPicture(kHead, kMalformed);
 }
 
 }  // namespace
