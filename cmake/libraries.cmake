@@ -15,6 +15,9 @@ pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavuti
 pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil)
 pkg_check_modules(LIBCURL REQUIRED IMPORTED_TARGET libcurl)
 pkg_check_modules(LIBJPEG REQUIRED IMPORTED_TARGET libjpeg)
+find_library(LIBYUV_LIBRARY yuv REQUIRED)  # it has neither a pkg-config file nor one of CMake's
+add_library(LIBYUV::LIBYUV UNKNOWN IMPORTED)
+set_target_properties(LIBYUV::LIBYUV PROPERTIES IMPORTED_LOCATION ${LIBYUV_LIBRARY})
 pkg_check_modules(LIBXML2 REQUIRED IMPORTED_TARGET libxml-2.0)
 pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)

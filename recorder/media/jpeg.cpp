@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "platform/media.h"
 #include "platform/utility.h"
@@ -26,8 +27,8 @@ std::optional<KeyPicture> MakePicture(std::span<const unsigned char> configurati
                                       std::span<const unsigned char> unit) {
   const std::uint32_t codec = RecogniseCodec(configuration, unit);
   if (codec == kCodecJpeg) return HasJpegMarkers(unit) ? std::optional(CopyJpeg(unit)) : std::nullopt;
-  const Frame frame = DecodeKeyFrame(codec, configuration, unit);
-  return frame ? EncodeJpeg(*frame) : std::nullopt;
+  Frame frame = DecodeKeyFrame(codec, configuration, unit);
+  return frame ? EncodeJpeg(std::move(frame)) : std::nullopt;
 }
 
 std::span<const unsigned char> ToSpan(const unsigned char* bytes, int size) {

@@ -6,101 +6,63 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "platform/utility.h"
-
-extern "C" {
-#include <libavutil/pixdesc.h>
-}
+#include "recorder/media/jpeg_planes.h"
 
 namespace recorder {
 namespace {
 
 using TurboJpeg = std::unique_ptr<void, Deleter<tjDestroy>>;
-using Table = std::array<std::uint8_t, 256>;
-
 constexpr int kQuality = 85;
 
-/// How a decoder's planes map to JPEG.
-struct PlaneLayout {
-  AVPixelFormat format;
-  TJSAMP sampling;
-};
-
-constexpr PlaneLayout kLayouts[] = {
-    {AV_PIX_FMT_YUV420P, TJSAMP_420},  {AV_PIX_FMT_YUVJ420P, TJSAMP_420}, {AV_PIX_FMT_YUV422P, TJSAMP_422},
-    {AV_PIX_FMT_YUVJ422P, TJSAMP_422}, {AV_PIX_FMT_YUV444P, TJSAMP_444},  {AV_PIX_FMT_YUVJ444P, TJSAMP_444},
-    {AV_PIX_FMT_GRAY8, TJSAMP_GRAY},
-};
-
-const PlaneLayout* FindLayout(int format) {
-  const auto* row = std::find_if(std::begin(kLayouts), std::end(kLayouts),
-                                 [format](const PlaneLayout& layout) { return layout.format == format; });
-  return row == std::end(kLayouts) ? nullptr : row;
-}
-
-/// Maps `offset`..`offset + range` to the whole range of a byte around the same zero.
-constexpr Table StretchTable(int offset, int range, int zero) {
-  Table table{};
-  for (int value = 0; value < 256; ++value) {
-    const int stretched = (2 * (value - offset) * 255 + (value < offset ? -range : range)) / (2 * range) + zero;
-    table[static_cast<std::size_t>(value)] = static_cast<std::uint8_t>(std::clamp(stretched, 0, 255));
-  }
-  return table;
-}
-
-void StretchPlane(std::uint8_t* plane, int stride, int width, int height, const Table& table) {
-  for (int y = 0; y < height; ++y, plane += stride) {
-    std::transform(plane, plane + width, plane, [&table](std::uint8_t value) { return table[value]; });
+TJSAMP SamplingOf(ChromaLayout layout) {
+  switch (layout) {
+    case ChromaLayout::kGrey:
+      return TJSAMP_GRAY;
+    case ChromaLayout::k422:
+      return TJSAMP_422;
+    case ChromaLayout::k444:
+      return TJSAMP_444;
+    default:
+      return TJSAMP_420;
   }
 }
 
-/// Brings video levels (16 to 235, ITU-R BT.601) to the full range that JPEG (JFIF) means.
-void StretchLevels(AVFrame& frame) {
-  static constexpr Table kLuma = StretchTable(16, 219, 0);
-  static constexpr Table kColour = StretchTable(128, 224, 128);
-  StretchPlane(frame.data[0], frame.linesize[0], frame.width, frame.height, kLuma);
-  if (frame.data[2] == nullptr) return;
-  int shiftX = 0;
-  int shiftY = 0;
-  av_pix_fmt_get_chroma_sub_sample(static_cast<AVPixelFormat>(frame.format), &shiftX, &shiftY);
-  for (const int plane : {1, 2}) {
-    StretchPlane(frame.data[plane], frame.linesize[plane], AV_CEIL_RSHIFT(frame.width, shiftX),
-                 AV_CEIL_RSHIFT(frame.height, shiftY), kColour);
-  }
-}
-
-bool HasFullRange(const AVFrame& frame) {
-  return frame.color_range == AVCOL_RANGE_JPEG || frame.format == AV_PIX_FMT_YUVJ420P ||
-         frame.format == AV_PIX_FMT_YUVJ422P || frame.format == AV_PIX_FMT_YUVJ444P;
+/// Writes the shape of a pixel into the first segment (JFIF): densities without a unit, across and down, that are as
+/// the pixel's width to its height. So FFmpeg and most programs read them that show a picture in its shape; ITU-T T.871
+/// would have them the other way round.
+void SetPixelShape(unsigned char* jpeg, AVRational shape) {
+  constexpr int kMost = 0xFFFF;
+  if (shape.num <= 0 || shape.den <= 0) return;
+  av_reduce(&shape.num, &shape.den, shape.num, shape.den, kMost);
+  constexpr std::size_t kUnits = 13;
+  const auto high = [](int value) { return static_cast<unsigned char>(value >> 8); };
+  const auto low = [](int value) { return static_cast<unsigned char>(value); };
+  const std::array<unsigned char, 5> densities = {0, high(shape.num), low(shape.num), high(shape.den), low(shape.den)};
+  std::ranges::copy(densities, jpeg + kUnits);
 }
 
 }  // namespace
 
-std::optional<KeyPicture> EncodeJpeg(AVFrame& frame) {
-  const PlaneLayout* layout = FindLayout(frame.format);
-  if (layout == nullptr) {
-    VTPrintf(LOG_TYPE_FAILURE, "media", nullptr, "recorder/media/key_picture", __LINE__, __func__,
-             "Pixel format %d of the camera's video is not supported.\n", frame.format);
-    return std::nullopt;
-  }
-  if (av_frame_make_writable(&frame) < 0) throw std::bad_alloc();
-  if (!HasFullRange(frame)) StretchLevels(frame);
+std::optional<KeyPicture> EncodeJpeg(Frame frame) {
+  const std::optional<ChromaLayout> layout = ToJpegPlanes(frame);
+  if (!layout) return std::nullopt;
+  const TJSAMP sampling = SamplingOf(*layout);
   const TurboJpeg compressor(tjInitCompress());
-  unsigned long size = tjBufSize(frame.width, frame.height, layout->sampling);
+  unsigned long size = tjBufSize(frame->width, frame->height, sampling);
   MallocBytes bytes(static_cast<unsigned char*>(std::malloc(size)));
   if (!compressor || !bytes) throw std::bad_alloc();
   unsigned char* target = bytes.get();
-  const std::array<const unsigned char*, 3> planes = {frame.data[0], frame.data[1], frame.data[2]};
-  if (tjCompressFromYUVPlanes(compressor.get(), const_cast<const unsigned char**>(planes.data()), frame.width,
-                              frame.linesize, frame.height, layout->sampling, &target, &size, kQuality,
+  const std::array<const unsigned char*, 3> planes = {frame->data[0], frame->data[1], frame->data[2]};
+  if (tjCompressFromYUVPlanes(compressor.get(), const_cast<const unsigned char**>(planes.data()), frame->width,
+                              frame->linesize, frame->height, sampling, &target, &size, kQuality,
                               TJFLAG_NOREALLOC) != 0) {
     return std::nullopt;
   }
+  SetPixelShape(bytes.get(), frame->sample_aspect_ratio);
   return KeyPicture{std::move(bytes), static_cast<int>(size)};
 }
 

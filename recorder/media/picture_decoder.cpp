@@ -44,18 +44,14 @@ AvPacket MakePacket(Bytes unit) {
 }
 
 /// True when a stretch of the picture was never written. The H.265 decoder does not tell that it gave up in
-/// mid-picture, but what it left out is zero in both colour planes, which no colour is (ITU-R BT.601, BT.709: green has
-/// U 43 and V 21 at least, at full range).
+/// mid-picture, but what it left out is zero in both colour planes, which no colour is (ITU-R BT.601, BT.709, BT.2020:
+/// green has U 36 and V 11 at least, at full range of 8 bits).
 bool HasUndecodedArea(const AVFrame& frame) {
-  int shiftX = 0;
-  int shiftY = 0;
-  if (frame.data[2] == nullptr ||
-      av_pix_fmt_get_chroma_sub_sample(static_cast<AVPixelFormat>(frame.format), &shiftX, &shiftY) != 0) {
-    return false;
-  }
-  constexpr int kRun = 16;  // samples; fewer may be a coding artefact
-  const int width = AV_CEIL_RSHIFT(frame.width, shiftX);
-  const int height = AV_CEIL_RSHIFT(frame.height, shiftY);
+  const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
+  if (format == nullptr || frame.data[2] == nullptr || (format->flags & AV_PIX_FMT_FLAG_RGB) != 0) return false;
+  constexpr int kRun = 16;  // bytes; fewer may be a coding artefact
+  const int width = AV_CEIL_RSHIFT(frame.width, format->log2_chroma_w) * format->comp[1].step;
+  const int height = AV_CEIL_RSHIFT(frame.height, format->log2_chroma_h);
   constexpr int kRowStep = 4;  // what is left out is larger
   for (int y = 0; y < height; y += kRowStep) {
     const std::uint8_t* u = frame.data[1] + std::ptrdiff_t{y} * frame.linesize[1];

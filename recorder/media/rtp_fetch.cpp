@@ -143,9 +143,9 @@ recorder::Outcome RtpFetch::Impl::MakePart() {
     if (recorder::IsWholeJpeg(unit.bytes)) part = recorder::CopyJpeg(unit.bytes);
     return Outcome::kOk;
   }
-  const recorder::Frame frame = recorder::DecodeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);
+  recorder::Frame frame = recorder::DecodeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);
   if (!frame) return Outcome::kOk;
-  part = recorder::EncodeJpeg(*frame);
+  part = recorder::EncodeJpeg(std::move(frame));
   return part ? Outcome::kOk : Outcome::kNotUnderstood;
 }
 
