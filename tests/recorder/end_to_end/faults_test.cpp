@@ -35,7 +35,7 @@ std::vector<FaultRow> ReadFaultTable() {
 }
 
 /// Cameras of the table that are no fault of the simulator's, but set up so.
-Json::Value SetUp(const std::string& fault) {
+Json::Value SetUp(const std::string& fault, const std::string& model) {
   const std::map<std::string, const char*> setUps = {
       {"wrongPassword", "{}"},
       {"bearer", R"({"login": "bearer"})"},
@@ -52,13 +52,14 @@ Json::Value SetUp(const std::string& fault) {
   if (found != setUps.end()) return ParseJson(found->second);
   Json::Value camera;
   camera["fault"] = fault;
+  if (model == "RTSP-H265") camera["stream"]["codec"] = "h265";
   camera["stream"]["gop"] = 5;  // where the first key frame is bad, the next one comes soon
   return camera;
 }
 
 Json::Value FaultyCameras(const std::vector<FaultRow>& rows) {
   Json::Value cameras = List({Camera("healthy")});
-  for (const FaultRow& row : rows) cameras.append(Camera(row.fault + " " + row.model, SetUp(row.fault)));
+  for (const FaultRow& row : rows) cameras.append(Camera(row.fault + " " + row.model, SetUp(row.fault, row.model)));
   return cameras;
 }
 
