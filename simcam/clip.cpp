@@ -31,7 +31,7 @@ std::string ClipName(const StreamConfig& stream) {
   return stream.file + stream.codec->name + "-" + std::to_string(stream.size.width) + "x" +
          std::to_string(stream.size.height) + "-" + std::to_string(stream.fps) + "fps-gop" +
          std::to_string(stream.gop) + "-" + std::to_string(stream.bitrate) + "kbps-slices" +
-         std::to_string(stream.slices);
+         std::to_string(stream.slices) + "-depth" + std::to_string(stream.depth);
 }
 
 std::string EncodeDescription(const StreamConfig& stream) {

@@ -66,6 +66,7 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   stream.bitrate = UsualBitrate(stream);
   members.Read("bitrate", stream.bitrate, 50, 100000);
   members.Read("slices", stream.slices, 1, 16);
+  members.Read("depth", stream.depth, 8, 10);
   members.Read("path", stream.path);
   members.Read("audio", stream.audio, kAudio);
   members.Read("file", stream.file);

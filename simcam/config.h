@@ -46,6 +46,7 @@ struct StreamConfig {
   int fps = 25;
   int gop = 25;     ///< pictures from one key frame to the next
   int bitrate = 0;  ///< kbit/s; not for JPEG
+  int depth = 8;    ///< bits of a sample, 8 or 10; H.264 and H.265
   int slices = 1;   ///< of a picture; H.264 and H.265
   std::string path = "/stream1";
   Audio audio = Audio::kNone;

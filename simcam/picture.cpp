@@ -103,7 +103,9 @@ std::string TestPicture(Size size, int fps, const std::string& sourceOptions) {
 }
 
 std::string Encoder(const StreamConfig& stream) {
-  return Fill(stream.codec->encoder, {{"gop", stream.gop}, {"bitrate", stream.bitrate}, {"slices", stream.slices}});
+  const char* deeper = stream.depth > 8 ? "videoconvert ! video/x-raw,format=I420_10LE ! " : "";
+  return deeper +
+         Fill(stream.codec->encoder, {{"gop", stream.gop}, {"bitrate", stream.bitrate}, {"slices", stream.slices}});
 }
 
 std::string Payloader(const Codec& codec, const std::string& payName) { return codec.payloader + (" name=" + payName); }
