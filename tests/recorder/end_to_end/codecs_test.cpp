@@ -20,6 +20,8 @@ struct Kind {
 const Kind kKinds[] = {
     {"H264", R"({"codec": "h264"})", "Simcam RTSP-H264", "", "", "640x480"},
     {"H265", R"({"codec": "h265"})", "Simcam RTSP-H265", "", "H.265", "640x480"},
+    {"H264TenBits", R"({"codec": "h264", "depth": 10})", "Simcam RTSP-H264", "", "", "640x480"},
+    {"H265TenBits", R"({"codec": "h265", "depth": 10})", "Simcam RTSP-H265", "", "H.265", "640x480"},
     {"Mpeg4", R"({"codec": "mpeg4"})", "Simcam RTSP-MPEG4", "", "MPEG4", "640x480"},
     {"HttpMjpeg", R"({"codec": "h264"})", "Simcam HTTP-MJPEG", "", "MJPEG", "640x480"},
     {"HttpJpegSetting", R"({"codec": "h264"})", "Simcam HTTP-Snapshot-Sizes", "", "MJPEG", "320x240"},
