@@ -14,7 +14,7 @@ enum class Audio { kNone, kFirst, kOnly };
 enum class Server { kStock, kScripted };
 enum class Scheme { kBasic, kDigestMd5, kDigestSha256, kDigestUnknown, kBearer };
 enum class OnvifLogin { kHttp, kToken, kEither };
-enum class Prefixes { kUsual, kStrange };
+enum class Prefixes { kUsual, kStrange, kOfService, kUndeclared };
 enum class SnapshotUri { kHttp, kRtsp, kNone, kWithLogin };
 enum class Motion { kAnalytics, kEvents, kNone };
 

@@ -11,7 +11,10 @@ namespace {
 
 constexpr Named<OnvifLogin> kLogins[] = {
     {"http", OnvifLogin::kHttp}, {"token", OnvifLogin::kToken}, {"either", OnvifLogin::kEither}};
-constexpr Named<Prefixes> kPrefixes[] = {{"usual", Prefixes::kUsual}, {"strange", Prefixes::kStrange}};
+constexpr Named<Prefixes> kPrefixes[] = {{"usual", Prefixes::kUsual},
+                                         {"strange", Prefixes::kStrange},
+                                         {"ofService", Prefixes::kOfService},
+                                         {"undeclared", Prefixes::kUndeclared}};
 constexpr Named<SnapshotUri> kSnapshotUris[] = {{"http", SnapshotUri::kHttp},
                                                 {"rtsp", SnapshotUri::kRtsp},
                                                 {"none", SnapshotUri::kNone},

@@ -15,6 +15,7 @@ struct Name {
 };
 
 constexpr Name kNames[] = {
+    // that of SOAP first
     {"env", "S-1", "http://www.w3.org/2003/05/soap-envelope"},
     {"tds", "trt", "http://www.onvif.org/ver10/device/wsdl"},
     {"trt", "tt", "http://www.onvif.org/ver10/media/wsdl"},
@@ -59,21 +60,35 @@ NameSet UsedIn(std::string_view xml) {
   return used;
 }
 
-std::string Renamed(std::string_view xml, Prefixes prefixes) {
-  if (prefixes == Prefixes::kUsual) return std::string(xml);
+/// With the prefixes that `prefixOf` gives to their names.
+template <class PrefixOf>
+std::string Renamed(std::string_view xml, PrefixOf prefixOf) {
   std::string renamed;
   for (size_t i = 0; i < xml.size();) {
     const Name* name = PrefixAt(xml, i);
-    renamed += name == nullptr ? xml.substr(i, 1) : name->strange;
+    renamed += name == nullptr ? xml.substr(i, 1) : prefixOf(*name);
     i += name == nullptr ? 1 : name->usual.size();
   }
   return renamed;
 }
 
+std::string Renamed(std::string_view xml, Prefixes prefixes) {
+  if (prefixes != Prefixes::kStrange) return std::string(xml);
+  return Renamed(xml, [](const Name& name) { return name.strange; });
+}
+
+/// An envelope with the prefix of its body's element in place of the schema's.
+std::string WithSchemaOfService(const std::string& envelope) {
+  constexpr std::string_view kBody = "<env:Body><";
+  const Name* service = PrefixAt(envelope, envelope.find(kBody) + kBody.size());
+  return Renamed(envelope, [service](const Name& name) { return name.usual == "tt" ? service->usual : name.usual; });
+}
+
 std::string Declarations(const NameSet& names, Prefixes prefixes) {
   std::string text;
   for (const Name* name : names) {
-    text += " xmlns:" + std::string(prefixes == Prefixes::kUsual ? name->usual : name->strange) + "=\"" +
+    if (prefixes == Prefixes::kUndeclared && name != &kNames[0]) continue;
+    text += " xmlns:" + std::string(prefixes == Prefixes::kStrange ? name->strange : name->usual) + "=\"" +
             std::string(name->space) + "\"";
   }
   return text;
@@ -82,6 +97,7 @@ std::string Declarations(const NameSet& names, Prefixes prefixes) {
 }  // namespace
 
 std::string WithDeclarations(const std::string& element, Prefixes prefixes) {
+  if (prefixes == Prefixes::kOfService) return WithDeclarations(WithSchemaOfService(element), Prefixes::kUsual);
   std::string xml;
   std::vector<NameSet> scopes = {{}};  // declared names, an entry for each open element
   const std::string_view all = element;
@@ -94,7 +110,7 @@ std::string WithDeclarations(const std::string& element, Prefixes prefixes) {
       continue;
     }
     NameSet added;
-    for (const Name* name : UsedIn(at == 0 && prefixes == Prefixes::kUsual ? all : piece)) {
+    for (const Name* name : UsedIn(at == 0 && prefixes != Prefixes::kStrange ? all : piece)) {
       if (!Has(scopes.back(), name)) added.push_back(name);
     }
     const size_t nameEnd = piece.find_first_of(" />");
