@@ -23,23 +23,26 @@ void CheckChoices(const std::optional<Choices>& choices, std::size_t most) {
   Require(std::find(choices->values.begin(), choices->values.end(), choices->preset) != choices->values.end());
 }
 
+void ReadMedia(XmlElement answer, const onvif::Service& media) {
+  onvif::OffersAudio(answer, media);
+  const auto profiles = onvif::ReadProfiles(answer, media);
+  const auto encoder = profiles.empty() ? std::nullopt : profiles.front().encoder;
+  CameraReport report;
+  onvif::ReportVideo(encoder.value_or(onvif::VideoEncoder{}), onvif::ReadVideoOptions(answer, media), report);
+  CheckChoices(report.frameRates, 120);
+  CheckChoices(report.resolutions, 257);
+  CheckChoices(report.qualities, 102);
+}
+
 void ReadOnvif(XmlElement answer) {
   onvif::ReadClock(answer);
   onvif::ReadServices(answer);
   onvif::ReadCapabilities(answer);
   onvif::ReadDevice(answer);
-  onvif::OffersAudio(answer);
   onvif::CountDigitalInputs(answer);
   onvif::HasMotionTopic(answer);
   onvif::SnapshotPath(onvif::ReadUri(answer), 80);
-
-  const auto profiles = onvif::ReadProfiles(answer);
-  const auto encoder = profiles.empty() ? std::nullopt : profiles.front().encoder;
-  CameraReport report;
-  onvif::ReportVideo(encoder.value_or(onvif::VideoEncoder{}), onvif::ReadVideoOptions(answer), report);
-  CheckChoices(report.frameRates, 120);
-  CheckChoices(report.resolutions, 257);
-  CheckChoices(report.qualities, 102);
+  for (const onvif::Service& media : {onvif::kMedia1, onvif::kMedia2}) ReadMedia(answer, media);
 }
 
 void ReadPsia(const HttpAnswer& answer) {
@@ -60,12 +63,13 @@ void RunInput(std::string_view input) {
   const HttpAnswer answer{Outcome::kOk, 200, "application/xml", std::string(input)};
   ReadPsia(answer);
 
-  const XmlDocument document(answer.body);
+  bool isReadByName = false;
+  const XmlDocument document(answer.body, &isReadByName);
   ReadOnvif(document.Root());
   for (const XmlElement part : document.Root().Children()) {
     for (const XmlElement content : part.Children()) {
       ReadOnvif(content);
-      onvif::ReadReply(answer, content.Namespace(), content.Name());
+      onvif::ReadReply(answer, content.Namespace(), content.Name(), &isReadByName);
     }
   }
 }

@@ -26,9 +26,30 @@ std::string_view View(const xmlChar* text) {
 
 const xmlChar* Chars(const std::string& text) { return reinterpret_cast<const xmlChar*>(text.c_str()); }
 
+/// Without a prefix that was never declared, which libxml2 leaves in the name.
+std::string_view LocalName(const xmlNode* node) {
+  const std::string_view name = View(node->name);
+  return node->ns == nullptr ? name.substr(name.rfind(':') + 1) : name;
+}
+
 bool Matches(const xmlNode* node, std::string_view nameSpace, std::string_view name) {
-  if (node->type != XML_ELEMENT_NODE || View(node->name) != name) return false;
+  if (node->type != XML_ELEMENT_NODE || LocalName(node) != name) return false;
   return nameSpace == kAnyNamespace || nameSpace == (node->ns == nullptr ? "" : View(node->ns->href));
+}
+
+/// The first of `node` and its next siblings that matches, or null.
+const xmlNode* FirstFrom(const xmlNode* node, std::string_view nameSpace, std::string_view name) {
+  while (node != nullptr && !Matches(node, nameSpace, name)) node = node->next;
+  return node;
+}
+
+/// The namespace by which children of `parent` are to be found: any, which is noted, where the document may be read by
+/// names and has none in `nameSpace`.
+std::string_view NamespaceToUse(const xmlNode* parent, std::string_view nameSpace, std::string_view name) {
+  auto* isReadByName = static_cast<bool*>(parent->doc->_private);
+  if (isReadByName == nullptr || FirstFrom(parent->children, nameSpace, name) != nullptr) return nameSpace;
+  if (FirstFrom(parent->children, kAnyNamespace, name) != nullptr) *isReadByName = true;
+  return kAnyNamespace;
 }
 
 /// Ends the parsing before anything of a document type is looked at: whoever declares entities means no good.
@@ -146,22 +167,23 @@ std::optional<std::string> Tidied(std::string_view text) {
 
 }  // namespace
 
-std::string XmlElement::Name() const { return node_ == nullptr ? "" : std::string(View(node_->name)); }
+std::string XmlElement::Name() const { return node_ == nullptr ? "" : std::string(LocalName(node_)); }
 
 std::string XmlElement::Namespace() const {
   return node_ == nullptr || node_->ns == nullptr ? "" : std::string(View(node_->ns->href));
 }
 
 XmlElement XmlElement::Child(std::string_view nameSpace, std::string_view name) const {
-  const xmlNode* child = node_ == nullptr ? nullptr : node_->children;
-  while (child != nullptr && !Matches(child, nameSpace, name)) child = child->next;
-  return XmlElement(child);
+  if (node_ == nullptr) return {};
+  return XmlElement(FirstFrom(node_->children, NamespaceToUse(node_, nameSpace, name), name));
 }
 
 std::vector<XmlElement> XmlElement::Children(std::string_view nameSpace, std::string_view name) const {
   std::vector<XmlElement> found;
-  for (const xmlNode* child = node_ == nullptr ? nullptr : node_->children; child != nullptr; child = child->next) {
-    if (Matches(child, nameSpace, name)) found.emplace_back(child);
+  if (node_ == nullptr) return found;
+  const std::string_view used = NamespaceToUse(node_, nameSpace, name);
+  for (const xmlNode* child = node_->children; child != nullptr; child = child->next) {
+    if (Matches(child, used, name)) found.emplace_back(child);
   }
   return found;
 }
@@ -197,7 +219,7 @@ std::string XmlElement::Attribute(std::string_view name) const {
 
 void XmlDocument::Free::operator()(_xmlDoc* document) const { xmlFreeDoc(document); }
 
-XmlDocument::XmlDocument(std::string_view text) {
+XmlDocument::XmlDocument(std::string_view text, bool* isReadByName) {
   static std::once_flag isPrepared;  // before the first use by several threads
   std::call_once(isPrepared, xmlInitParser);
   const std::optional<std::string> whole = Tidied(text);
@@ -209,6 +231,7 @@ XmlDocument::XmlDocument(std::string_view text) {
                            XML_PARSE_IGNORE_ENC;  // another encoding could hide tags from our limits
   document_.reset(
       xmlCtxtReadMemory(parser.get(), whole->data(), static_cast<int>(whole->size()), nullptr, "UTF-8", kOptions));
+  if (document_) document_->_private = isReadByName;
 }
 
 XmlElement XmlDocument::Root() const { return XmlElement(document_ ? xmlDocGetRootElement(document_.get()) : nullptr); }

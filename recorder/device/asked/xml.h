@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
-// XML as cameras write it, over libxml2. Names are compared by namespace and local name, never by prefix.
+// XML as cameras write it, over libxml2. Names are compared by namespace and local name, never by prefix. A document
+// may be read by local names alone where no element has the namespace that is asked for: some cameras put the elements
+// of one standard into the namespace of another, or use prefixes that they never declare.
 
 struct _xmlDoc;   // libxml2's own name
 struct _xmlNode;  // libxml2's own name
@@ -25,8 +27,8 @@ class XmlElement {
 
   explicit operator bool() const { return node_ != nullptr; }
 
-  std::string Name() const;  ///< local name
-  std::string Namespace() const;
+  std::string Name() const;       ///< local name
+  std::string Namespace() const;  ///< "" also for a prefix that was never declared
 
   XmlElement Child(std::string_view nameSpace, std::string_view name) const;  ///< the first such child
   std::vector<XmlElement> Children(std::string_view nameSpace, std::string_view name) const;
@@ -52,8 +54,10 @@ class XmlDocument {
 
   /// Parses what can be made sense of: an '&' that begins no reference stands for itself, and what is missing at the
   /// end is added. No element at the root when `text` is no XML, holds a document type (entities are refused), or is
-  /// nested deeper than any camera's answer. Never reads another file or address.
-  explicit XmlDocument(std::string_view text);
+  /// nested deeper than any camera's answer. Never reads another file or address. With `isReadByName`, which outlives
+  /// the document, children that are not there by their namespace are found by their local name alone; it becomes true
+  /// once that happens.
+  explicit XmlDocument(std::string_view text, bool* isReadByName = nullptr);
 
   XmlElement Root() const;
 

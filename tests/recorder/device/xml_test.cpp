@@ -16,6 +16,18 @@ TEST(XmlTest, ReadsWhatCamerasWrite) {
   EXPECT_FALSE(root.Child("urn:y", "u"));
 }
 
+TEST(XmlTest, TakesAnotherNamespaceOrNoneWhereTheRightOneIsMissing) {
+  bool isReadByName = false;
+  const XmlDocument document(R"(<a xmlns:p="urn:p" xmlns:q="urn:q"><p:u>p</p:u><q:u>q</q:u><r:v>r</r:v></a>)",
+                             &isReadByName);
+  EXPECT_EQ(document.Root().Child("urn:q", "u").Text(), "q");
+  EXPECT_FALSE(isReadByName);
+  EXPECT_EQ(document.Root().Child("urn:x", "u").Text(), "p");
+  EXPECT_TRUE(isReadByName);
+  EXPECT_EQ(document.Root().Children("urn:x", "u").size(), 2U);
+  EXPECT_EQ(document.Root().Child("urn:x", "v").Text(), "r") << "its prefix was never declared";
+}
+
 TEST(XmlTest, HasNoTagThatItsLimitsHaveNotSeen) {
   for (const char* hidden : {"<r><a <!-- --> b=''/></r>", "<r><a <![CDATA[ b=''/>]]></r>",
                              "<r><![CDATA[\x01<a/>]]></r>", "<r><!-- \x01<a/> --></r>", "<r><<!---->a/></r>"}) {

@@ -202,6 +202,8 @@ const Trouble kTroubles[] = {
     {"either", R"({"onvif": {"login": "either"}})", 0, 0},
     {"innerAddress", R"({"onvif": {"innerAddress": "192.0.2.7"}})", 0, 0},
     {"strangeXml", R"({"onvif": {"prefixes": "strange", "badAmpersand": true}})", 0, 0},
+    {"schemaOfService", R"({"onvif": {"prefixes": "ofService"}})", 0, 0},
+    {"undeclared", R"({"onvif": {"prefixes": "undeclared", "login": "token"}})", 0, 0},
     {"sha256", R"({"onvif": {}, "login": "digest-sha256"})", 0, 0},
     {"noLogin", R"({"onvif": {}, "login": "none"})", 0, 0},
     {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},

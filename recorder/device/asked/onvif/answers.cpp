@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform/device.h"
-#include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
@@ -100,9 +99,11 @@ std::string ReadDevice(XmlElement answer) {
   return answer.ChildTexts(kDeviceNamespace, {"Manufacturer", "Model", "FirmwareVersion"});
 }
 
-bool OffersAudio(XmlElement answer) {
-  std::vector<XmlElement> options = answer.Children(kMedia2Namespace, "Options");
-  if (options.empty()) options = answer.Child(kMedia1Namespace, "Options").Children(kSchemaNamespace, "Options");
+bool OffersAudio(XmlElement answer, const Service& media) {
+  const bool isMedia2 = media.nameSpace == kMedia2Namespace;
+  const std::vector<XmlElement> options =
+      isMedia2 ? answer.Children(kMedia2Namespace, "Options")
+               : answer.Child(kMedia1Namespace, "Options").Children(kSchemaNamespace, "Options");
   return std::any_of(options.begin(), options.end(),
                      [](XmlElement option) { return !Below(option, {"Encoding"}).Text().empty(); });
 }

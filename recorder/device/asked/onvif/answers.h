@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/xml.h"
 
 // What stands in a camera's answers, each given as the answer's own element. What a camera left out, or what makes no
@@ -37,8 +38,8 @@ Capabilities ReadCapabilities(XmlElement answer);
 /// Of GetDeviceInformation: maker, model and firmware, as far as they are there.
 std::string ReadDevice(XmlElement answer);
 
-/// Of GetAudioEncoderConfigurationOptions, of either media service: true when an encoding is offered.
-bool OffersAudio(XmlElement answer);
+/// Of GetAudioEncoderConfigurationOptions, of the media service `media`: true when an encoding is offered.
+bool OffersAudio(XmlElement answer, const Service& media);
 
 /// Of GetStreamUri and GetSnapshotUri, of either media service: the address as it stands there, or "".
 std::string ReadUri(XmlElement answer);

@@ -14,6 +14,7 @@
 #include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_url.h"
+#include "recorder/utility/log.h"
 
 namespace recorder::onvif {
 namespace {
@@ -44,7 +45,8 @@ bool IsAboutOneService(Outcome outcome) {
 /// step ends the questioning by another outcome than kOk.
 class Questioning {
  public:
-  Questioning(const CameraAddress& camera, const std::string& channel) : client_(camera), wantedChannel_(channel) {}
+  Questioning(const CameraAddress& camera, const std::string& channel)
+      : client_(camera), place_(PlaceOf(camera)), wantedChannel_(channel) {}
 
   Outcome Run() {
     const Outcome outcome = Take({&Questioning::AskClock, &Questioning::AskServices, &Questioning::AskProfiles,
@@ -55,6 +57,12 @@ class Questioning {
                                &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
     const bool isLoginWrong = more == Outcome::kLoginRefused || more == Outcome::kClockUnknown;
     return isLoginWrong ? more : Outcome::kOk;
+  }
+
+  void LogNamespaces() const {
+    if (!client_.ReadsByName()) return;
+    LogFailure("The camera at " + place_ + " puts ONVIF's elements into other namespaces than the standard does, or " +
+               "does not declare them: they were read by their names alone.");
   }
 
   CameraReport TakeReport() { return std::move(report_); }
@@ -112,7 +120,7 @@ class Questioning {
     mediaPath_ = path;
     const Reply reply = client_.Call(path, service, "GetProfiles", IsMedia2() ? Element("Type", "All") : "");
     if (reply.outcome != Outcome::kOk) return reply.outcome;
-    profiles_ = ReadProfiles(reply.content);
+    profiles_ = ReadProfiles(reply.content, service);
     const bool hasVideo = std::any_of(profiles_.begin(), profiles_.end(),
                                       [](const Profile& profile) { return profile.encoder.has_value(); });
     return hasVideo ? Outcome::kOk : Outcome::kNoVideo;
@@ -170,8 +178,24 @@ class Questioning {
   Outcome AskOptions() {
     const VideoEncoder& encoder = *profile_.encoder;
     const Reply reply = AskEncoderOptions("GetVideoEncoderConfigurationOptions", encoder.token);
-    ReportVideo(encoder, ReadVideoOptions(reply.content), report_);
+    const VideoOptions options = ReadVideoOptions(reply.content, *media_);
+    ReportVideo(encoder, options, report_);
+    LogMissing(options);
     return Optional(reply);
+  }
+
+  /// Such a camera is used by what it is set to now: whoever wonders why there is nothing to choose finds it here.
+  void LogMissing(const VideoOptions& options) const {
+    std::string missing;
+    const auto add = [&missing](bool isMissing, const char* what) {
+      if (isMissing) missing += (missing.empty() ? "" : ", ") + std::string(what);
+    };
+    add(options.resolutions.empty(), "sizes");
+    add(options.frameRates.empty(), "frame rates");
+    add(!options.quality, "qualities");
+    if (missing.empty()) return;
+    LogFailure("The camera at " + place_ + " does not tell over ONVIF, or not understandably, which of these can be " +
+               "chosen: " + missing + ".");
   }
 
   Outcome AskSnapshot() {
@@ -197,7 +221,7 @@ class Questioning {
   Outcome AskAudio() {
     if (!profile_.hasAudio) return Outcome::kOk;
     const Reply reply = AskEncoderOptions("GetAudioEncoderConfigurationOptions", profile_.audioEncoder);
-    if (reply.outcome == Outcome::kOk) report_.audioChannels = ChannelIf(OffersAudio(reply.content));
+    if (reply.outcome == Outcome::kOk) report_.audioChannels = ChannelIf(OffersAudio(reply.content, *media_));
     return Optional(reply);
   }
 
@@ -220,6 +244,7 @@ class Questioning {
   }
 
   SoapClient client_;
+  const std::string place_;
   const std::string wantedChannel_;
   ServicePaths services_;
   std::optional<Capabilities> capabilities_;  ///< once they were asked for
@@ -235,6 +260,7 @@ class Questioning {
 Outcome Ask(const CameraAddress& address, const std::string& channel, CameraReport& report) {
   Questioning questioning(address, channel);
   const Outcome outcome = questioning.Run();
+  questioning.LogNamespaces();
   if (outcome == Outcome::kOk) report = questioning.TakeReport();
   return outcome;
 }

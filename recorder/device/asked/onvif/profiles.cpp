@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "recorder/device/asked/onvif/motion.h"
-#include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/onvif/numbers.h"
 #include "recorder/media/codecs.h"
 #include "recorder/utility/limits.h"
@@ -103,17 +102,30 @@ void AddQuality(XmlElement range, VideoOptions& options) {
   options.quality = {std::min(before.min, *min), std::max(before.max, *max)};
 }
 
+/// Names of the children of `element`, each once.
+std::vector<std::string> ChildNames(XmlElement element) {
+  std::vector<std::string> names;
+  for (const XmlElement child : element.Children()) {
+    if (std::find(names.begin(), names.end(), child.Name()) == names.end()) names.push_back(child.Name());
+  }
+  return names;
+}
+
+void AddMedia1Codec(XmlElement level, const std::string& name, VideoOptions& options) {
+  const std::string codec(NameOfOnvifCodec(name));
+  if (codec.empty()) return;
+  for (const XmlElement option : level.Children(kSchemaNamespace, name)) {
+    AddCodec(codec, option, options);
+    AddFrameRateRange(Part(option, "FrameRateRange"), options);
+  }
+}
+
 /// Media 1 has one element a codec. Codecs that came later, and some that came again, are in an extension, which may
 /// itself be extended.
 void AddMedia1Options(XmlElement all, VideoOptions& options) {
   AddQuality(Part(all, "QualityRange"), options);
   for (XmlElement level = all; level; level = Part(level, "Extension")) {
-    for (const XmlElement option : level.Children()) {
-      const std::string codec(option.Namespace() == kSchemaNamespace ? NameOfOnvifCodec(option.Name()) : "");
-      if (codec.empty()) continue;
-      AddCodec(codec, option, options);
-      AddFrameRateRange(Part(option, "FrameRateRange"), options);
-    }
+    for (const std::string& name : ChildNames(level)) AddMedia1Codec(level, name, options);
   }
 }
 
@@ -127,10 +139,10 @@ void AddMedia2Option(XmlElement option, VideoOptions& options) {
 
 }  // namespace
 
-std::vector<Profile> ReadProfiles(XmlElement answer) {
-  const bool isMedia2 = answer.Namespace() == kMedia2Namespace;
+std::vector<Profile> ReadProfiles(XmlElement answer, const Service& media) {
+  const bool isMedia2 = media.nameSpace == kMedia2Namespace;
   std::vector<Profile> profiles;
-  for (const XmlElement profile : answer.Children(answer.Namespace(), "Profiles")) {
+  for (const XmlElement profile : answer.Children(media.nameSpace, "Profiles")) {
     if (profiles.size() == kMostOnvifProfiles) break;
     Profile read = isMedia2 ? ReadProfile(profile, kMedia2Names, profile.Child(kMedia2Namespace, "Configurations"))
                             : ReadProfile(profile, kMedia1Names, profile);
@@ -139,10 +151,13 @@ std::vector<Profile> ReadProfiles(XmlElement answer) {
   return profiles;
 }
 
-VideoOptions ReadVideoOptions(XmlElement answer) {
+VideoOptions ReadVideoOptions(XmlElement answer, const Service& media) {
   VideoOptions options;
+  if (media.nameSpace == kMedia1Namespace) {
+    AddMedia1Options(answer.Child(kMedia1Namespace, "Options"), options);
+    return options;
+  }
   for (const XmlElement option : answer.Children(kMedia2Namespace, "Options")) AddMedia2Option(option, options);
-  AddMedia1Options(answer.Child(kMedia1Namespace, "Options"), options);
   return options;
 }
 

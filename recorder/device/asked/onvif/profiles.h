@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "recorder/device/asked/onvif/names.h"
 #include "recorder/device/asked/xml.h"
 
 // The answers about profiles and video encoders, of either media service; see answers.h for what all readers share.
@@ -37,8 +38,8 @@ struct Profile {
   bool detectsMotion = false;  ///< by its analytics
 };
 
-/// Of GetProfiles.
-std::vector<Profile> ReadProfiles(XmlElement answer);
+/// Of GetProfiles of the media service `media`.
+std::vector<Profile> ReadProfiles(XmlElement answer, const Service& media);
 
 /// What a video encoder can be set to, of all its codecs together.
 struct VideoOptions {
@@ -52,7 +53,7 @@ struct VideoOptions {
   std::optional<Range> quality;
 };
 
-/// Of GetVideoEncoderConfigurationOptions.
-VideoOptions ReadVideoOptions(XmlElement answer);
+/// Of GetVideoEncoderConfigurationOptions of the media service `media`.
+VideoOptions ReadVideoOptions(XmlElement answer, const Service& media);
 
 }  // namespace recorder::onvif

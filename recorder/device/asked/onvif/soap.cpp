@@ -25,10 +25,11 @@ std::string ActionOf(const Service& service, const std::string& name) {
   return std::string(service.actionPrefix) + name + std::string(service.actionSuffix);
 }
 
-/// The envelope's body, or no element.
+/// The envelope's body, or no element. A prefix that was never declared leaves the envelope without a namespace.
 XmlElement BodyOf(XmlElement root) {
   const std::string nameSpace = root.Namespace();
-  const bool isEnvelope = root.Name() == "Envelope" && (nameSpace == kSoap12 || nameSpace == kSoap11);
+  const bool isKnown = nameSpace == kSoap12 || nameSpace == kSoap11 || nameSpace.empty();
+  const bool isEnvelope = root.Name() == "Envelope" && isKnown;
   return isEnvelope ? root.Child(nameSpace, "Body") : XmlElement();
 }
 
@@ -66,9 +67,9 @@ Outcome OutcomeOfNoSoap(const HttpAnswer& answer) {
 
 }  // namespace
 
-Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name) {
+Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name, bool* isReadByName) {
   Reply reply;
-  reply.document = XmlDocument(answer.body);
+  reply.document = XmlDocument(answer.body, isReadByName);
   const XmlElement body = BodyOf(reply.document.Root());
   const XmlElement fault = body.Child(body.Namespace(), "Fault");
   reply.isFault = static_cast<bool>(fault);
@@ -114,7 +115,7 @@ Reply SoapClient::Send(const std::string& path, const Service& service, const st
   const std::string contentType = "application/soap+xml; charset=utf-8; action=\"" + ActionOf(service, name) + '"';
   const auto login = usesToken_ ? HttpSession::Login::kInBody : HttpSession::Login::kByHttp;
   const HttpAnswer answer = session_.Post(path, contentType, Envelope(service, name, arguments), login);
-  if (answer.outcome == Outcome::kOk) return ReadReply(answer, service.nameSpace, name + "Response");
+  if (answer.outcome == Outcome::kOk) return ReadReply(answer, service.nameSpace, name + "Response", &readsByName_);
   Reply reply;
   reply.outcome = answer.outcome;
   reply.isLast = EndsConversation(answer.outcome);

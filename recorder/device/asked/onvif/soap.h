@@ -30,8 +30,9 @@ struct Reply {
 };
 
 /// Makes sense of `answer`, whose content should be the element `name` of `nameSpace`. Faults are faults with any HTTP
-/// status.
-Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name);
+/// status. `isReadByName`: as XmlDocument has it.
+Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name,
+                bool* isReadByName = nullptr);
 
 /// Requests to one camera, one after the other.
 ///
@@ -52,6 +53,10 @@ class SoapClient {
   Reply Call(const std::string& path, const Service& service, const std::string& name,
              const std::string& arguments = "");
 
+  /// True once something in an answer was found by its name alone, since the camera has it in another namespace or
+  /// uses a prefix that it does not declare. Replies must not outlive this client.
+  bool ReadsByName() const { return readsByName_; }
+
  private:
   Reply Send(const std::string& path, const Service& service, const std::string& name, const std::string& arguments);
   std::string Envelope(const Service& service, const std::string& name, const std::string& arguments) const;
@@ -63,6 +68,7 @@ class SoapClient {
   std::chrono::seconds clockOffset_{0};  ///< the camera's clock minus ours
   bool isClockKnown_ = false;
   bool usesToken_ = false;
+  bool readsByName_ = false;
 };
 
 }  // namespace recorder::onvif
