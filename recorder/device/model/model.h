@@ -25,6 +25,13 @@ struct ModelCodec {
 struct ModelPath {
   std::string path;
   std::optional<int> port;
+  bool operator==(const ModelPath&) const = default;
+};
+
+/// A stream beside the usual one, in another codec.
+struct ModelStream {
+  std::string codec;  ///< as GetVideoType takes it
+  ModelPath from;
 };
 
 enum class ModelSnapshotKind { kStream, kHttpJpeg, kHttpMjpeg };
@@ -79,7 +86,8 @@ struct Model {
   int streamFisheyeType = 0;  ///< 0: the stream is not dewarped by the camera
   bool hasEdgeStorage = false;
 
-  std::optional<ModelPath> stream;  ///< none: the user gives the path
+  std::optional<ModelPath> stream;        ///< none: the user gives the path
+  std::vector<ModelStream> otherStreams;  ///< for codecs other than that of `stream`, one each
   ModelSnapshot snapshot;
   ModelCheck check = ModelCheck::kStream;
 

@@ -69,10 +69,30 @@ class ModelChecker {
 
   void CheckStream() {
     const Json::Value& stream = json_["stream"];
-    if (!stream["fromUser"].asBool()) return CheckPath("/stream", *model_.stream, {"channel", "stream"});
-    if (stream.isMember("path") || stream.isMember("port")) {
+    if (!stream["fromUser"].asBool()) {
+      CheckPath("/stream", *model_.stream, {"channel", "stream"});
+      return CheckOtherStreams();
+    }
+    if (stream.isMember("path") || stream.isMember("port") || stream.isMember("others")) {
       Report("/stream", "A path that the user gives leaves no room for a path or port of the model.");
     }
+  }
+
+  void CheckOtherStreams() {
+    std::set<std::string> codecs{model_.presetCodec};
+    for (std::size_t i = 0; i < model_.otherStreams.size(); ++i) {
+      const ModelStream& other = model_.otherStreams[i];
+      const std::string place = "/stream/others/" + std::to_string(i);
+      CheckPath(place, other.from, {"channel", "stream"});
+      if (!HasRtsp(other.codec)) Report(place + "/codec", "The codec is not among those that come over RTSP.");
+      if (!codecs.insert(other.codec).second) Report(place + "/codec", "The codec has a path above.");
+    }
+  }
+
+  bool HasRtsp(const std::string& codec) const {
+    const ModelCodec* found = FindCodec(codec);
+    return found != nullptr &&
+           std::find(found->streamTypes.begin(), found->streamTypes.end(), "RTSP") != found->streamTypes.end();
   }
 
   void CheckSnapshot() {
@@ -94,10 +114,7 @@ class ModelChecker {
     if (snapshot.isMember("path") || snapshot.isMember("port") || snapshot.isMember("settings")) {
       Report("/snapshot", "A snapshot from the stream has no path, port or settings of its own.");
     }
-    const ModelCodec* codec = FindCodec(model_.presetCodec);
-    const std::string rtsp = "RTSP";
-    if (codec != nullptr &&
-        std::find(codec->streamTypes.begin(), codec->streamTypes.end(), rtsp) == codec->streamTypes.end()) {
+    if (HasCodec(model_.presetCodec) && !HasRtsp(model_.presetCodec)) {
       Report("/snapshot/kind", "A snapshot is taken from RTSP streams only, and the default codec has none.");
     }
     if (model_.check == ModelCheck::kDevice) Report("/check", "The device check needs a snapshot over HTTP.");

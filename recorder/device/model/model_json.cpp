@@ -25,6 +25,13 @@ ModelPath ReadPath(const Json::Value& json) {
   return path;
 }
 
+void ReadStreams(const Json::Value& json, Model& model) {
+  if (!json["fromUser"].asBool()) model.stream = ReadPath(json);
+  for (const Json::Value& other : json["others"]) {
+    model.otherStreams.push_back({other["codec"].asString(), ReadPath(other)});
+  }
+}
+
 constexpr std::pair<std::string_view, RTSP_PROTOCOL> kRtspProtocols[] = {
     {"udp", RTSP_PROTOCOL_UDP},   {"tcp", RTSP_PROTOCOL_TCP},   {"multicast", RTSP_PROTOCOL_MULTICAST},
     {"http", RTSP_PROTOCOL_HTTP}, {"auto", RTSP_PROTOCOL_AUTO},
@@ -99,7 +106,7 @@ Model ModelOfJson(const std::string& vendor, const Json::Value& json) {
   model.fisheyeType = json["fisheye"]["lens"].asInt();
   model.streamFisheyeType = json["fisheye"]["stream"].asInt();
   model.hasEdgeStorage = json["edgeStorage"].asBool();
-  if (!json["stream"]["fromUser"].asBool()) model.stream = ReadPath(json["stream"]);
+  ReadStreams(json["stream"], model);
   model.snapshot = ReadSnapshot(json["snapshot"]);
   model.check = json["check"].asString() == "device" ? ModelCheck::kDevice : ModelCheck::kStream;
   model.readAt = json["readings"]["stream"]["time"].asInt64();
