@@ -90,6 +90,7 @@ enum SNAPSHOT_KIND : int {
   SNAPSHOT_KIND_NONE = 0,
   SNAPSHOT_KIND_HTTP_JPEG = 1,   ///< one JPEG a request
   SNAPSHOT_KIND_HTTP_MJPEG = 2,  ///< the first part of a multipart stream
+  SNAPSHOT_KIND_BY_CODEC = 3,    ///< the first key frame of the stream in the wanted codec
   SNAPSHOT_KIND_STREAM = 4,      ///< the first key frame of the RTP stream
 };
 

@@ -72,6 +72,12 @@ std::chrono::milliseconds LimitOf(std::string_view method) {
   return method == kPictureMethod ? limits.picture : limits.test;
 }
 
+/// False for a request for a size without a codec: the module then asks for MJPEG, which is a default and no wish.
+bool NamesCodec(const ApiCall& call) {
+  constexpr std::string_view kSizeMethod = "CamCapUserDefineReso";
+  return call.method->name != kSizeMethod || call.params.isMember("camVdoType");
+}
+
 /// True when a conversion of `value` to text, number or truth fails by the exception that says `reason`.
 bool FailsLike(const Json::Value& value, const std::string& reason) {
   const auto fails = [&](const auto& convert) {
@@ -113,7 +119,8 @@ ApiAnswer RunCall(const ApiCall& call) {
   NORV::APIRequest request(&requestState);
   NORV::APIResponse response(&responseState);
 
-  const RequestScope scope(LimitOf(call.method->name));
+  RequestScope scope(LimitOf(call.method->name));
+  if (!NamesCodec(call)) scope.TakeAnyCodec();
   OutputCapture output;
   try {
     call.method->handler(&request, &response);

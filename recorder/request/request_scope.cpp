@@ -93,6 +93,18 @@ void RequestScope::AllowPort(const std::string& host, int port) {
   for (auto& [token, lent] : lent_) lent.AllowPort(host, port);
 }
 
+void RequestScope::RememberStream(const StreamPlace& usual, int videoType, StreamPlace other) {
+  AllowPort(other.host, other.port);
+  streams_.push_back({usual, videoType, std::move(other)});
+}
+
+StreamPlace RequestScope::FindStream(const StreamPlace& usual, int videoType) const {
+  const auto found = std::find_if(streams_.begin(), streams_.end(), [&](const OtherStream& stream) {
+    return stream.usual == usual && stream.videoType == videoType;
+  });
+  return found == streams_.end() ? usual : found->other;
+}
+
 void RequestScope::RememberDigest(const std::string& host) { digestHosts_.insert(NormalizedHost(host)); }
 
 bool RequestScope::KnowsDigest(const std::string& host) const { return digestHosts_.contains(NormalizedHost(host)); }

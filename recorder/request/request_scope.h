@@ -18,6 +18,14 @@
 
 namespace recorder {
 
+/// Where a stream of a camera is.
+struct StreamPlace {
+  std::string host;
+  int port = 0;
+  std::string path;
+  bool operator==(const StreamPlace&) const = default;
+};
+
 /// What one request knows about the cameras that it contacts: the deadline and the bytes that its contacts share, the
 /// failures that later calls get again without another contact (so that one wrong password is one login attempt), which
 /// hosts asked for Digest, and the stored passwords that are lent to it. `net/` asks it before every connection and
@@ -59,6 +67,16 @@ class RequestScope {
   /// Adds a port that a camera itself or its own model named to what is lent for it; ignored for another host.
   void AllowPort(const std::string& host, int port);
 
+  /// Remembers that the camera whose usual stream is at `usual` has one in another codec, a VIDEO_TYPE, at `other`.
+  void RememberStream(const StreamPlace& usual, int videoType, StreamPlace other);
+
+  /// Where the camera whose usual stream is at `usual` has that of `videoType`: `usual`, unless another is remembered.
+  StreamPlace FindStream(const StreamPlace& usual, int videoType) const;
+
+  /// Says that the request names no codec, whatever the module hands on as one.
+  void TakeAnyCodec() { takesAnyCodec_ = true; }
+  bool TakesAnyCodec() const { return takesAnyCodec_; }
+
   /// Remembers that something at `host` asked for Digest: from then on no login by Basic may go there, to any port.
   void RememberDigest(const std::string& host);
   bool KnowsDigest(const std::string& host) const;
@@ -97,6 +115,11 @@ class RequestScope {
   friend class HalfTime;
 
   struct OfThread {};
+  struct OtherStream {
+    StreamPlace usual;
+    int videoType;
+    StreamPlace other;
+  };
   RequestScope(std::chrono::milliseconds limit, OfThread);
 
   std::chrono::milliseconds limit_;
@@ -108,6 +131,8 @@ class RequestScope {
   std::set<std::string> digestHosts_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
+  std::vector<OtherStream> streams_;
+  bool takesAnyCodec_ = false;
   CameraEntry camera_;
   std::optional<Outcome> cause_;
   std::shared_ptr<RowReports> reports_;  // of the request, also for a thread's scope

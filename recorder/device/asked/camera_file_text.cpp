@@ -15,6 +15,7 @@ namespace {
 
 // Bounds of a model file, and of what any client can make use of.
 constexpr std::size_t kMaxText = 64;
+constexpr std::size_t kMaxPath = 2048;
 constexpr std::size_t kMaxValues = 128;
 constexpr int kMaxInputs = 256;
 constexpr int kMaxStreams = 16;
@@ -139,6 +140,12 @@ class ModelWriter {
   void WriteStream() {
     Json::Value stream;
     AddPath(report_.stream, stream);
+    for (const ModelStream& other : report_.otherStreams) {
+      if (other.from.path.size() > kMaxPath) continue;
+      Json::Value& entry = stream["others"].append(Json::Value(Json::objectValue));
+      entry["codec"] = other.codec;
+      AddPath(other.from, entry);
+    }
     Set("stream", stream, Source::kCamera);
   }
 

@@ -29,8 +29,9 @@ struct CameraReport {
   std::optional<std::vector<std::string>> motionChannels;
   std::optional<int> digitalInputs;
 
-  ModelPath stream;                   ///< path and query of the RTSP address, and its port
-  std::optional<ModelPath> snapshot;  ///< of a JPEG over HTTP; none: pictures come from the stream alone
+  ModelPath stream;                       ///< path and query of the RTSP address, and its port
+  std::vector<ModelStream> otherStreams;  ///< in other codecs than `codec`, one each, all of them among `codecs`
+  std::optional<ModelPath> snapshot;      ///< of a JPEG over HTTP; none: pictures come from the stream alone
 };
 
 /// Asks a camera what it can do on `channel` ("": its default one). kOk: `report` is filled; else it is untouched.

@@ -3,6 +3,7 @@
 #include "platform/device.h"
 #include "recorder/device/check/stream_probe.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/cause_table.h"
 
 struct CameraVerify::Impl {
@@ -19,6 +20,11 @@ CameraVerify::CameraVerify(const std::string& address, int port, const std::stri
 
 CameraVerify::~CameraVerify() = default;
 
+/// The path is that of the camera's usual stream, which need not be in the wanted codec.
 int CameraVerify::Verify() {
-  return recorder::RowOf(recorder::ProbeStream(impl->address, impl->path, impl->videoType, impl->streamingType)).result;
+  recorder::CameraAddress address = impl->address;
+  const recorder::StreamPlace place =
+      recorder::RequestScope::Current().FindStream({address.host, address.port, impl->path}, impl->videoType);
+  address.port = place.port;
+  return recorder::RowOf(recorder::ProbeStream(address, place.path, impl->videoType, impl->streamingType)).result;
 }

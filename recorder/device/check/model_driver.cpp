@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "recorder/device/check/http_probe.h"
+#include "recorder/device/check/stream_picture.h"
 #include "recorder/device/model/path_template.h"
 #include "recorder/request/request_scope.h"
 
@@ -47,8 +48,9 @@ int ModelDriver::GetStreamPath(std::string& path, int& port) {
     port = parameters_.address.port;
     return 0;
   }
-  path = FillPath(model_->stream->path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
+  path = StreamPath(*model_->stream);
   UsePort(*model_->stream, port);
+  RememberStreams(path, port);
   return 0;
 }
 
@@ -61,21 +63,57 @@ Outcome ModelDriver::VerifyConnection() {
   return outcome;
 }
 
-int ModelDriver::SelectVideoType(int /*videoType*/, int streamNumber) {
-  streamNumber_ = streamNumber;  // the path is the same for all codecs
+int ModelDriver::SelectVideoType(int videoType, int streamNumber) {
+  videoType_ = videoType;
+  streamNumber_ = streamNumber;
   return 0;
 }
 
 int ModelDriver::GetSnapshotPath(std::string& path, int& port, int& kind) {
   kind = PlatformKind(model_->snapshot.kind);
-  if (kind == SNAPSHOT_KIND_STREAM) return GetStreamPath(path, port);
+  if (kind == SNAPSHOT_KIND_STREAM && !model_->otherStreams.empty()) kind = SNAPSHOT_KIND_BY_CODEC;
+  if (model_->snapshot.kind == ModelSnapshotKind::kStream) return GetStreamPath(path, port);
   path = HttpSnapshotPath("");
   UsePort(model_->snapshot.from, port);
   return 0;
 }
 
 Outcome ModelDriver::TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) {
-  return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
+  const ModelStream* other = OtherStream();
+  const bool isStream = other != nullptr || model_->snapshot.kind == ModelSnapshotKind::kStream;
+  if (!isStream) return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
+  CameraAddress camera = address;
+  camera.port = parameters_.address.port;
+  std::string path;
+  if (other != nullptr) {
+    path = StreamPath(other->from);
+    UsePort(other->from, camera.port);
+  } else if (GetStreamPath(path, camera.port) != 0) {
+    return Outcome::kNoPath;
+  }
+  return GrabPicture(camera, path, jpeg);
+}
+
+/// The stream in the codec that was selected, where that is not the usual one; null for every other codec.
+const ModelStream* ModelDriver::OtherStream() const {
+  const auto& all = model_->otherStreams;
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const auto& s) { return GetVideoType(s.codec) == videoType_; });
+  return found == all.end() ? nullptr : &*found;
+}
+
+/// Whoever checks the usual stream may choose by codec.
+void ModelDriver::RememberStreams(const std::string& usualPath, int usualPort) const {
+  const CameraAddress& camera = parameters_.address;
+  for (const ModelStream& other : model_->otherStreams) {
+    const int port = other.from.port.value_or(camera.port);
+    RequestScope::Current().RememberStream({camera.host, usualPort, usualPath}, GetVideoType(other.codec),
+                                           {camera.host, port, StreamPath(other.from)});
+  }
+}
+
+std::string ModelDriver::StreamPath(const ModelPath& stream) const {
+  return FillPath(stream.path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
 }
 
 std::string ModelDriver::HttpSnapshotPath(const std::string& setting) const {

@@ -22,6 +22,9 @@ class ModelDriver : public CameraDriver {
   Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
+  const ModelStream* OtherStream() const;
+  void RememberStreams(const std::string& usualPath, int usualPort) const;
+  std::string StreamPath(const ModelPath& stream) const;
   std::string HttpSnapshotPath(const std::string& setting) const;
   void UsePort(const ModelPath& path, int& port) const;
   std::string PreferredSetting() const;
@@ -29,6 +32,7 @@ class ModelDriver : public CameraDriver {
   const std::shared_ptr<const Model> model_;
   const DriverParameters parameters_;
   const std::string channel_;
+  int videoType_ = VIDEO_TYPE_ANY;
   int streamNumber_ = 0;
 };
 

@@ -9,8 +9,10 @@
 
 int SnapshotGetFromAPI(const std::string& host, int port, const std::string& user, const std::string& password,
                        DeviceAPIHandler& api, const std::string& setting, unsigned char** jpeg, int* jpegSize,
-                       int /*videoType*/) {
+                       int videoType) {
   if (!api.impl->driver) return -1;
+  const bool takesAny = recorder::RequestScope::Current().TakesAnyCodec();
+  api.impl->driver->SelectVideoType(takesAny ? VIDEO_TYPE_ANY : videoType, 0);
   std::string picture;
   const recorder::Outcome outcome = api.impl->driver->TakeSnapshot({host, port, user, password}, setting, picture);
   recorder::RequestScope::Current().SetCause(outcome);

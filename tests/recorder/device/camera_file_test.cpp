@@ -47,6 +47,16 @@ TEST(CameraFileTest, OtherChannelsStayAsLongAsTheCameraHasThem) {
   EXPECT_EQ(Read(TextOf(report, both))->models.size(), 1U);
 }
 
+TEST(CameraFileTest, HoldsThePathOfEachCodec) {
+  CameraReport report = Report();
+  report.codecs = {{"H.265", {"RTSP"}}, {"H.264", {"RTSP"}}, {"MJPEG", {"RTSP"}}};
+  report.otherStreams = {{"MJPEG", {'/' + std::string(3000, 'x'), 554}}, {"H.264", {"/small", 8555}}};
+  const std::vector<ModelStream> others = Read(TextOf(report))->models.at(0).otherStreams;
+  ASSERT_EQ(others.size(), 1U) << "a path that is too long is no reason to keep nothing";
+  EXPECT_EQ(others[0].codec, "H.264");
+  EXPECT_EQ(others[0].from, (ModelPath{"/small", 8555}));
+}
+
 TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
   CameraReport report = Report();
   report.device = std::string(1000, 'x');

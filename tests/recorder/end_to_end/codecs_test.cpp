@@ -87,6 +87,49 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
   EXPECT_THAT(recorder.Log(), testing::Not(testing::HasSubstr(kSecret)));
 }
 
+/// What comes of a camera with three streams when a codec is named.
+struct WantedCodec {
+  const char* codec;
+  int testCode;
+  const char* size;
+};
+
+const WantedCodec kWantedCodecs[] = {
+    {"", 0, "640x480"},      {"H.265", 0, "640x480"},   {"H.264", 0, "320x240"},
+    {"MJPEG", 0, "160x128"}, {"MPEG4", 466, "640x480"},
+};
+
+TEST(Codecs, OfSeveralTheOneThatIsAskedForComes) {
+  constexpr char kStreams[] =
+      R"("stream": [{"codec": "h265", "path": "/1"}, {"codec": "h264", "path": "/2", "width": 320, "height": 240},
+                    {"codec": "jpeg", "path": "/3", "width": 160, "height": 128}]})";
+  const SimCameras cameras(
+      List({Camera("http", ParseJson(R"({"onvif": {}, )" + std::string(kStreams))),
+            Camera("stream", ParseJson(R"({"onvif": {"snapshotUri": "none"}, )" + std::string(kStreams)))}));
+  const TestRecorder recorder;
+  for (const char* camera : {"http", "stream"}) {
+    const int port = cameras.Port(camera);
+    Json::Value params = CameraParams(port, kSecret, "ONVIF Generic");
+    EXPECT_EQ(CodeOf(recorder, "CamBatAddVerify", params), 0);
+    const auto size = [&] { return recorder.Post("CamCapUserDefineReso", params).json["data"]["userDefineReso"]; };
+    EXPECT_EQ(size(), "640x480") << "no codec is named";
+    const int id = recorder.AddCamera("ONVIF", "Generic", port, "admin", kSecret);
+    for (const std::string password : {kSecret, kFakePass}) {
+      for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = password;
+      params["camId"] = password == kFakePass ? id : 0;
+      for (const WantedCodec& wanted : kWantedCodecs) {
+        SCOPED_TRACE(std::string(camera) + " " + wanted.codec + " " + password);
+        params["camVideoType"] = params["camVdoType"] = wanted.codec;
+        EXPECT_EQ(CodeOf(recorder, "CameraTest", params), wanted.testCode);
+        EXPECT_EQ(SizeOf(PictureOf(recorder.Post("GetSnapshot", params))), wanted.size) << recorder.Log();
+        EXPECT_EQ(size(), wanted.size);
+      }
+    }
+    params.removeMember("camVdoType");
+    EXPECT_EQ(size(), "640x480") << "no codec is named";
+  }
+}
+
 TEST(Codecs, APictureOfAUsersOwnMjpegCameraIsOneRequest) {
   const SimCameras cameras(List({Camera("camera", ParseJson(R"({"login": "none"})"))}));
   Json::Value params = CameraParams(cameras.Port("camera"), "", "User ");

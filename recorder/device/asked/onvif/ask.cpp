@@ -41,8 +41,8 @@ bool IsAboutOneService(Outcome outcome) {
          outcome == Outcome::kNotThisProtocol;
 }
 
-/// The questions to one camera, in steps: twelve requests at most, beside those that are sent again with a login. A
-/// step ends the questioning by another outcome than kOk.
+/// The questions to one camera, in steps: twelve requests at most, and one for each further codec, beside those that
+/// are sent again with a login. A step ends the questioning by another outcome than kOk.
 class Questioning {
  public:
   Questioning(const CameraAddress& camera, const std::string& channel)
@@ -53,8 +53,9 @@ class Questioning {
                                   &Questioning::ChooseChannel, &Questioning::AskStream});
     if (outcome != Outcome::kOk) return outcome;
     client_.HalveTime();  // a question that a camera never answers leaves time for what was asked for
-    const Outcome more = Take({&Questioning::AskOptions, &Questioning::AskSnapshot, &Questioning::AskInputs,
-                               &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
+    const Outcome more =
+        Take({&Questioning::AskOptions, &Questioning::AskOtherStreams, &Questioning::AskSnapshot,
+              &Questioning::AskInputs, &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
     const bool isLoginWrong = more == Outcome::kLoginRefused || more == Outcome::kClockUnknown;
     return isLoginWrong ? more : Outcome::kOk;
   }
@@ -146,32 +147,48 @@ class Questioning {
       if (encoders.empty()) profile_ = profile;
       encoders.insert(profile.encoder->token);
     }
+    if (encoders.empty()) return Outcome::kNoVideo;
     report_.streamCount = static_cast<int>(encoders.size());
     report_.audioChannels = ChannelIf(profile_.hasAudio);
     if (profile_.hasAnalytics) report_.motionChannels = ChannelIf(profile_.detectsMotion);
-    return encoders.empty() ? Outcome::kNoVideo : Outcome::kOk;
+    ChooseOtherProfiles();
+    return Outcome::kOk;
   }
 
-  /// Asks the media service for something of the chosen profile.
-  Reply AskMedia(const std::string& name, const std::string& arguments = "") {
-    return client_.Call(mediaPath_, *media_, name, arguments + Element("ProfileToken", profile_.token));
+  /// The first profile of each codec that the chosen one does not have.
+  void ChooseOtherProfiles() {
+    std::set<std::string> codecs{profile_.encoder->codec};
+    for (const Profile& profile : profiles_) {
+      if (profile.source != profile_.source || !profile.encoder) continue;
+      if (codecs.insert(profile.encoder->codec).second) otherProfiles_.push_back(profile);
+    }
+  }
+
+  /// Asks the media service for something of a profile.
+  Reply AskMedia(const std::string& name, const std::string& arguments, const Profile& profile) {
+    return client_.Call(mediaPath_, *media_, name, arguments + Element("ProfileToken", profile.token));
   }
 
   Reply AskEncoderOptions(const std::string& name, const std::string& encoder) {
-    return AskMedia(name, encoder.empty() ? "" : Element("ConfigurationToken", encoder));
+    return AskMedia(name, encoder.empty() ? "" : Element("ConfigurationToken", encoder), profile_);
   }
 
-  Outcome AskStream() {
+  Reply AskStreamOf(const Profile& profile) {
     constexpr char kRtspUnicast[] =
         R"(<StreamSetup><Stream xmlns="http://www.onvif.org/ver10/schema">RTP-Unicast</Stream>)"
         R"(<Transport xmlns="http://www.onvif.org/ver10/schema"><Protocol>RTSP</Protocol></Transport></StreamSetup>)";
-    const Reply reply = AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast);
+    return AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast, profile);
+  }
+
+  Outcome AskStream() { return ReadStream(AskStreamOf(profile_), report_.stream); }
+
+  static Outcome ReadStream(const Reply& reply, ModelPath& stream) {
     if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
     if (reply.outcome != Outcome::kOk) return reply.outcome;
     const auto url = ParseCameraUrl(ReadUri(reply.content));
     if (url && url->scheme == "rtsps") return Outcome::kTlsStream;
     if (!url || url->scheme != "rtsp") return Outcome::kNoVideo;
-    report_.stream = {url->path, url->port};
+    stream = {url->path, url->port};
     return Outcome::kOk;
   }
 
@@ -182,6 +199,25 @@ class Questioning {
     ReportVideo(encoder, options, report_);
     LogMissing(options);
     return Optional(reply);
+  }
+
+  /// A camera that names one address for all of its profiles has one stream.
+  Outcome AskOtherStreams() {
+    for (const Profile& profile : otherProfiles_) {
+      const Reply reply = AskStreamOf(profile);
+      if (reply.isLast) return reply.outcome;
+      ModelPath path;
+      const bool isThere = ReadStream(reply, path) == Outcome::kOk;
+      if (isThere && path != report_.stream) AddStream(profile.encoder->codec, path);
+    }
+    return Outcome::kOk;
+  }
+
+  void AddStream(const std::string& codec, const ModelPath& path) {
+    report_.otherStreams.push_back({codec, path});
+    const bool isKnown = std::any_of(report_.codecs.begin(), report_.codecs.end(),
+                                     [&](const ModelCodec& known) { return known.name == codec; });
+    if (!isKnown) report_.codecs.push_back({codec, {"RTSP"}});
   }
 
   /// Such a camera is used by what it is set to now: whoever wonders why there is nothing to choose finds it here.
@@ -199,7 +235,7 @@ class Questioning {
   }
 
   Outcome AskSnapshot() {
-    const Reply reply = AskMedia("GetSnapshotUri");
+    const Reply reply = AskMedia("GetSnapshotUri", "", profile_);
     report_.snapshot = SnapshotPath(ReadUri(reply.content), services_.port);
     return Optional(reply);
   }
@@ -251,7 +287,8 @@ class Questioning {
   const Service* media_ = nullptr;            ///< the media service that has the profiles
   std::string mediaPath_;
   std::vector<Profile> profiles_;
-  Profile profile_;  ///< that the report is about; has an encoder
+  Profile profile_;                     ///< that the report is about; has an encoder
+  std::vector<Profile> otherProfiles_;  ///< of the same source, with encoders for other codecs
   CameraReport report_;
 };
 
