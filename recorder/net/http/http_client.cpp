@@ -5,6 +5,7 @@
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/http/http_transfer.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder {
@@ -33,7 +34,7 @@ Contact GetAt(const HttpPlace& place, const CameraAddress& camera, BodyReader& r
   const OutgoingRequest request{place.path, false, "", ""};
   const Outcome answered = conversation.Send(request);
   if (answered != Outcome::kOk) return {answered, ""};
-  const Outcome outcome = OutcomeOfStatus(conversation.Answer().Status());
+  const Outcome outcome = OutcomeOfHttp(conversation.Answer().Status());
   RequestScope::Current().Remember(place.host, camera.user, outcome);
   return {outcome, conversation.Answer().Location()};
 }

@@ -5,6 +5,7 @@
 
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/login/camera_login.h"
+#include "recorder/utility/cause_table.h"
 
 namespace recorder {
 
@@ -67,9 +68,9 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
   if (transfer_.IsUnanswered()) return Outcome::kLoginRefused;  // some refuse by closing
   const bool isStalePerhaps = transfer_.Status() == kHttpUnauthorized;
   if (outcome != Outcome::kOk || isStalePerhaps) return outcome;
-  if (OutcomeOfStatus(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
+  if (OutcomeOfHttp(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
   login_ = Login::kAccepted;
-  if (OutcomeOfStatus(transfer_.Status()) == Outcome::kOk) LoginWorked(camera_, challenge_->method);
+  if (OutcomeOfHttp(transfer_.Status()) == Outcome::kOk) LoginWorked(camera_, challenge_->method);
   return outcome;
 }
 

@@ -11,7 +11,7 @@
 namespace recorder {
 
 struct HttpAnswer {
-  /// kOk: an answer came whole, whatever its status (OutcomeOfStatus tells more). kLoginRefused: the camera refused the
+  /// kOk: an answer came whole, whatever its status (OutcomeOfHttp tells more). kLoginRefused: the camera refused the
   /// login, or wants one and we have none. kLoginUnsupported: none was sent, since the camera names no method that we
   /// know.
   Outcome outcome = Outcome::kNotUnderstood;

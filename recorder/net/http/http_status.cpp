@@ -3,11 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "recorder/utility/cause_table.h"
-
 namespace recorder {
-
-Outcome OutcomeOfStatus(long status) { return OutcomeOfHttp(status); }
 
 bool IsRedirect(long status) {
   constexpr std::array<long, 5> kRedirects{301, 302, 303, 307, 308};

@@ -1,15 +1,10 @@
 #pragma once
 
-#include "recorder/utility/outcome.h"
-
 namespace recorder {
 
 // Status codes of HTTP (RFC 9110 section 15) that the recorder tells apart.
 inline constexpr long kHttpOk = 200;
 inline constexpr long kHttpUnauthorized = 401;
-
-/// What a status means where nothing but 200 is a success.
-Outcome OutcomeOfStatus(long status);
 
 /// True for a status that leads to another address.
 bool IsRedirect(long status);

@@ -7,6 +7,7 @@
 #include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/net/login/camera_login.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder::onvif {
@@ -61,7 +62,7 @@ Outcome OutcomeOfNoSoap(const HttpAnswer& answer) {
   const bool isMeantAsSoap =
       answer.contentType.find("soap") != std::string::npos || answer.body.find("Envelope") != std::string::npos;
   if (isMeantAsSoap) return Outcome::kNotUnderstood;
-  const Outcome outcome = OutcomeOfStatus(answer.status);
+  const Outcome outcome = OutcomeOfHttp(answer.status);
   return outcome == Outcome::kOk || outcome == Outcome::kNotUnderstood ? Outcome::kNotThisProtocol : outcome;
 }
 

@@ -6,6 +6,7 @@
 
 #include "recorder/media/codecs.h"
 #include "recorder/net/percent.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
@@ -77,14 +78,14 @@ bool IsWhole(std::string_view text, const XmlElement& root) {
 
 Outcome ResponseOutcome(const XmlElement& responseStatus, long status) {
   if (ParseNumber<int>(Child(responseStatus, "statusCode").Text()) == kDeviceBusy) return Outcome::kBusy;
-  return status == kHttpOk ? Outcome::kNotUnderstood : OutcomeOfStatus(status);
+  return status == kHttpOk ? Outcome::kNotUnderstood : OutcomeOfHttp(status);
 }
 
 Outcome AnswerOutcome(const HttpAnswer& answer, const XmlElement& root,
                       std::initializer_list<std::string_view> wanted) {
   if (answer.outcome != Outcome::kOk) return answer.outcome;
   if (root.Name() == "ResponseStatus") return ResponseOutcome(root, answer.status);
-  if (answer.status != kHttpOk) return OutcomeOfStatus(answer.status);
+  if (answer.status != kHttpOk) return OutcomeOfHttp(answer.status);
   const bool isWanted = std::find(wanted.begin(), wanted.end(), root.Name()) != wanted.end();
   if (isWanted) return IsWhole(answer.body, root) ? Outcome::kOk : Outcome::kNotUnderstood;
   return IsPage(answer) ? Outcome::kNotThisProtocol : Outcome::kNotUnderstood;
