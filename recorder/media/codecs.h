@@ -37,8 +37,8 @@ struct RtpCodec {
   std::string_view libavName;  ///< FFmpeg's name of the codec and of its decoder, as avcodec_get_name() has it
   UnitKind (*classify)(std::span<const std::uint8_t> unit);  ///< kind of a unit, or of the beginning of one
   PieceStart (*startOf)(std::span<const std::uint8_t> piece);
-  /// True for what, behind a start code, only this codec begins with, at least two bytes of it; never for a codec
-  /// without start codes.
+  /// True when only this codec has such a unit. `unit` is what follows a start code, at least two bytes; never true for
+  /// a codec without start codes.
   bool (*isParameterSet)(std::span<const std::uint8_t> unit);
 };
 

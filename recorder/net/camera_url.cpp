@@ -16,8 +16,8 @@ namespace {
 constexpr std::pair<std::string_view, int> kSchemePorts[] = {
     {"http", kHttpPort}, {"https", kHttpsPort}, {"rtsp", kRtspPort}, {"rtsps", kRtspsPort}};
 
-/// An address without user and password; nothing when two slashes do not lead to a host. libcurl would mind no further
-/// ones, and for it a password ends at the first '@'.
+/// An address without user and password; nothing unless exactly two slashes stand before the host: libcurl takes more.
+/// It also ends a password at the first '@', so the login is cut off here.
 std::optional<std::string> WithoutLogin(std::string_view text) {
   constexpr std::string_view kAfterScheme = "://";
   const std::size_t schemeEnd = std::min(text.find(':'), text.size());

@@ -10,9 +10,8 @@
 namespace recorder {
 
 /// How one camera is talked to: where its stream and its pictures are, how it is checked. The functors of a
-/// DeviceAPIHandler call it, so that its results are theirs: an int of 0 is success, and of an outcome they return the
-/// number. Thread: one. Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a
-/// declaration says so.
+/// DeviceAPIHandler return what it returns: an int of 0 is success, and an Outcome becomes its number. Thread: one.
+/// Contacts the camera in VerifyConnection and TakeSnapshot, and in GetSnapshotPath where a declaration says so.
 class CameraDriver : public DPObjectBase {
  public:
   virtual bool NeedsSourcePath() = 0;

@@ -9,7 +9,7 @@ namespace recorder {
 
 /// Fetches the picture at `path`: a JPEG, or the first whole JPEG of a stream, whatever the answer's type says.
 /// kOk: `jpeg` holds a JPEG whose data a decoder has found whole. An answer that is no picture is kNotUnderstood. A
-/// failure is logged with host, port and outcome. Time, login and threads: see net/http_client.h.
+/// failure is logged with host, port and outcome. Time, login and threads: see net/http/http_client.h.
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg);
 
 /// The same. `hasBegun` tells whether a body came with status 200, so that there is something at `path`.

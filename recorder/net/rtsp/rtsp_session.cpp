@@ -100,7 +100,7 @@ std::span<const std::uint8_t> RtspSession::Outgoing() const {
 
 void RtspSession::Sent(Outcome outcome) {
   outgoing_.clear();
-  if (state_ != State::kSending) return;  // whether anything else arrived shows in what comes, or does not matter
+  if (state_ != State::kSending) return;  // of other sends, a broken connection shows in what is read
   state_ = State::kListening;
   if (outcome == Outcome::kTimedOut) return Finish(outcome);
   if (outcome != Outcome::kOk) Ended(Ending::kUsual);

@@ -46,8 +46,8 @@ class RtspLogins {
   virtual void AllowPort(int port) = 0;
 };
 
-/// One RTSP 1.0 session (RFC 2326) for the video of one camera, without socket or clock: whoever has those, or plays
-/// them, begins one of Describe, Setup, Play and Read, in this order, and does what Next() says until that is kDone.
+/// One RTSP 1.0 session (RFC 2326) for the video of one camera, without socket or clock: the caller has them, or stands
+/// in for them. It begins Describe, Setup, Play and Read, in this order, and does what Next() says until that is kDone.
 /// After a failure the session is of no more use, but for Teardown().
 ///
 /// Owner:   `logins` must outlive it.
@@ -59,7 +59,7 @@ class RtspLogins {
 class RtspSession {
  public:
   enum class Step {
-    kConnect,  ///< connect to Port(), instead of a connection that there is, and tell Connected()
+    kConnect,  ///< connect to Port(), closing an earlier connection first, and tell Connected()
     kSend,     ///< send Outgoing() and tell Sent()
     kReceive,  ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
     kDone,     ///< what was begun has ended with Result()
@@ -183,7 +183,7 @@ class RtspSession {
   Goal goal_ = Goal::kDescribe;
   State state_ = State::kDone;
   Outcome result_ = Outcome::kOk;
-  Request request_;  // that the goal needs
+  Request request_;  // what is asked now
   Clock::time_point sentAt_;
   Clock::time_point pauseUntil_ = Clock::time_point::max();
   int repeats_ = 0;            // of the request
