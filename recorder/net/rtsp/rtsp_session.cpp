@@ -68,6 +68,7 @@ void RtspSession::Read() {
 RtspSession::Step RtspSession::Next(Clock::time_point now) {
   now_ = now;
   const bool isPauseOver = now_ >= Until() || parser_.HasPart();  // what speaks on has not closed
+  if (state_ == State::kPausing && now_ >= deadline_) Finish(Outcome::kTimedOut);
   if (state_ == State::kPausing && isPauseOver) SendRequest();
   while (state_ == State::kListening && outgoing_.empty()) {
     const RtspParser::Item item = parser_.Next();
@@ -109,10 +110,10 @@ void RtspSession::Sent(Outcome outcome) {
 Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keepAliveAt_, pauseUntil_}); }
 
 /// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
-/// it over a login is others' way to refuse it.
+/// it over a login is others' way to refuse it. Before OPTIONS there was an answer to that login already.
 void RtspSession::Ended(Ending ending) {
   if (state_ == State::kPausing) return AskAnew();
-  const bool isOverLogin = IsLoginSent() && !parser_.HasPart();
+  const bool isOverLogin = IsLoginSent() && goal_ != Goal::kOptions && !parser_.HasPart();
   const bool isUnread = ending == Ending::kUnread && session_.id.empty();
   if (isOverLogin && isUnread && login_ == Login::kSent) {
     login_ = Login::kRepeated;

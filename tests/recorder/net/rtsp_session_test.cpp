@@ -62,6 +62,7 @@ const SessionCase kSessionCases[] = {
      {kChallenge, kStale, kClosed, kStale, kStale, kClosed, kStale},
      "554 D Dn1 554 D Dm1 554 Dm1 loginRefused"},
     {"OptionsFirst", {Answer("455 No"), kOk, kSdp, kClosed}, "554 D O D S notUnderstood"},
+    {"OptionsClosed", {kChallenge, Answer("400 No"), kClosed}, "554 D Dn1 On2 notUnderstood"},
     {"OptionsInVain", {Answer("400 No"), kChallenge, kOk, Answer("400 No")}, "554 D O On1 Dn2 notUnderstood"},
     {"Redirect",
      {kChallenge, Answer("302 Go", "Location: rtsp://CAM.:8554/b\r\n\r\n"), kClosed},
