@@ -15,7 +15,7 @@ namespace {
 /// What came of asking for a picture over HTTP.
 struct HttpAnswer {
   Outcome outcome;
-  bool hasBegun = false;  ///< there is something at that path
+  bool hasBegun = false;  ///< a picture, though perhaps no whole one
   std::string jpeg;
 };
 
@@ -68,13 +68,15 @@ bool CanBeOverHttp(int videoType) {
 }
 
 FoundStream FindByRtspFirst(const CameraAddress& address, const std::string& path, int videoType) {
-  const RtspAnswer rtsp = AskRtsp(address, path, videoType, HalfTime::End());
+  const bool canBeOverHttp = CanBeOverHttp(videoType);
+  const Clock::time_point answerBy = canBeOverHttp ? HalfTime::End() : RequestScope::Current().Deadline();
+  const RtspAnswer rtsp = AskRtsp(address, path, videoType, answerBy);
   if (!MayBeOverHttp(rtsp, videoType)) return OverRtsp(rtsp);
-  HttpAnswer http = AskHttp(address, path, rtsp.isSpoken);
+  HttpAnswer http = AskHttp(address, path, rtsp.isSpoken || !canBeOverHttp);
   const bool isThere = http.outcome == Outcome::kOk || http.hasBegun;
-  if (isThere && CanBeOverHttp(videoType)) return OverHttp(std::move(http));
+  if (isThere && canBeOverHttp) return OverHttp(std::move(http));
   if (http.outcome == Outcome::kOk) return {Outcome::kNoVideo, false, ""};
-  if (rtsp.isSpoken || !CanBeOverHttp(videoType)) return OverRtsp(rtsp);
+  if (rtsp.isSpoken || !canBeOverHttp) return OverRtsp(rtsp);
   return {CauseWithoutRtsp(rtsp.outcome, http.outcome), false, ""};
 }
 

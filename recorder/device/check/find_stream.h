@@ -15,10 +15,11 @@ struct FoundStream {
 };
 
 // At a camera's port RTSP or HTTP may be spoken, or both. These ask for the stream at `path` by one, and where that has
-// nothing there, by the other. Each has its share of the time: the first gives up after half of it if it was not spoken
-// by then, and the second has half of what is left where the first was spoken. The cause is what the protocol said that
-// was recognised, RTSP's before HTTP's unless HTTP began to send something; kTimedOut is only said when neither was.
-// `videoType`, a number of platform/device.h, is what is wanted over RTSP.
+// nothing there, by the other. Each has its share of the time where both are tried: RTSP as the first gives up after
+// half of it if it was not spoken by then, HTTP as the first after half of it in any case, and the second has half of
+// what is left where the first was spoken. The cause is what the protocol said that was recognised, RTSP's before
+// HTTP's unless HTTP began to send a picture; kTimedOut is only said when neither was. `videoType`, a number of
+// platform/device.h, is what is wanted over RTSP.
 
 /// For any codec, or one that comes over RTSP alone; a picture over HTTP is then kNoVideo.
 FoundStream FindByRtspFirst(const CameraAddress& address, const std::string& path, int videoType);

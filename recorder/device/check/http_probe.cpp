@@ -16,7 +16,6 @@ namespace {
 class PictureReader : public BodyReader {
  public:
   Step Read(std::string_view bytes) override {
-    hasBegun_ = true;
     received_ += bytes.size();  // what is no picture must come to an end, too
     switch (finder_.Feed(bytes)) {
       case PictureFinder::State::kPicture:
@@ -35,12 +34,11 @@ class PictureReader : public BodyReader {
     return finder_.TakePicture();
   }
 
-  bool HasBegun() const { return hasBegun_; }
+  bool HasBegun() const { return finder_.HasBegun(); }
 
  private:
   PictureFinder finder_{kLargestHttpPicture};
   std::size_t received_ = 0;
-  bool hasBegun_ = false;
 };
 
 }  // namespace

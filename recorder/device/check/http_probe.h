@@ -12,7 +12,7 @@ namespace recorder {
 /// failure is logged with host, port and outcome. Time, login and threads: see net/http/http_client.h.
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg);
 
-/// The same. `hasBegun` tells whether a body came with status 200, so that there is something at `path`.
+/// The same. `hasBegun` tells whether something came from `path` that began like a picture.
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg, bool& hasBegun);
 
 /// Checks that a first picture comes from `path`, a JPEG or MJPEG address.

@@ -26,6 +26,9 @@ class PictureFinder {
   /// The body has ended: never kMore.
   State Finish();
 
+  /// True once something began like a JPEG.
+  bool HasBegun() const { return hasStart_ || passedOver_ > 0; }
+
   /// After kPicture. Moves it out.
   std::string TakePicture() { return std::move(picture_); }
 

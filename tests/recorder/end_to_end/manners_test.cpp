@@ -38,6 +38,8 @@ const Manner kManners[] = {
      "", "640x480"},
     {"Get405AndNoCodecNamed", R"({"fault": "get405"})", "/stream1", "", 0, "ok", "", "640x480"},
     {"NoAnswerToGetAndNoCodecNamed", R"({"fault": "getSilent"})", "/stream1", "", 0, "ok", "", "640x480"},
+    {"PageAndNoPath", R"({"pages": [{"path": "/page", "status": 200, "type": "text/html", "body": "a page"}]})",
+     "/page", "", 465, "noSuchStream", "no such stream", ""},
     {"PageAndH264", R"({"fault": "notRtsp"})", "/snapshot.jpg", "H.264", 466, "noVideo", "no wanted video", nullptr},
     // What is said before a stream, and how it is described.
     {"RelativeLocation", R"({"fault": "redirectRtsp", "redirectTo": "/moved", "stream": {"path": "/moved"}})",
