@@ -22,6 +22,8 @@ Outcome ReadPath(DriverParameters& parameters) {
   const bool holdsLogin = HoldsLogin(parameters.sourcePath);
   const Outcome outcome = TakeApart(parameters.sourcePath, parameters.address);
   if (outcome != Outcome::kOk) LogUnusable(parameters.address, outcome);
+  // A stored camera's password is lent for exactly this path, so that its record names the port as well.
+  if (outcome == Outcome::kOk) RequestScope::Current().AllowPort(parameters.address.host, parameters.address.port);
   if (holdsLogin) LogFailure("The path of " + place + " holds a login. User and password in it are not used.");
   return outcome;
 }
