@@ -27,8 +27,6 @@ class Reader {
     decoder_.client_data = this;
     errors_.error_exit = GiveUp;
     errors_.emit_message = Hear;
-    jpeg_create_decompress(&decoder_);
-    decoder_.mem->max_memory_to_use = long{kMostJpegMemory};
   }
   ~Reader() { jpeg_destroy_decompress(&decoder_); }
   Reader(const Reader&) = delete;
@@ -36,6 +34,8 @@ class Reader {
 
   bool IsWhole(std::span<const std::uint8_t> jpeg) {
     if (setjmp(giveUp_) != 0) return false;  // NOLINT(cert-err52-cpp): how libjpeg is left; nothing needs a destructor
+    jpeg_create_decompress(&decoder_);
+    decoder_.mem->max_memory_to_use = long{kMostJpegMemory};
     jpeg_mem_src(&decoder_, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
     jpeg_read_header(&decoder_, TRUE);
     decoder_.scale_num = 1;  // the data is read all the same; of each block only its mean is computed

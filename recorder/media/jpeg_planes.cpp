@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 
 extern "C" {
@@ -183,6 +184,10 @@ void NameHdr(const AVFrame& frame) {
 
 std::optional<ChromaLayout> ToJpegPlanes(Frame& frame) {
   const PlaneLayout* layout = FindLayout(*frame);
+  if (std::max(frame->width, frame->height) > kLongestJpegSide) {
+    LogFailure("The camera's video is wider or higher than a JPEG can be.");
+    return std::nullopt;
+  }
   if (layout == nullptr) {
     LogFailure("Pixel format " + std::to_string(frame->format) + " of the camera's video is not supported.");
     return std::nullopt;

@@ -64,6 +64,9 @@ inline constexpr std::int64_t kMostPixels = std::int64_t{1} << 25;
 /// Bytes that a decoder holds to judge a JPEG: 3 a pixel of a progressive one, and a few rows of any other.
 inline constexpr int kMostJpegMemory = 64 << 20;
 
+/// Pixels of a side of a JPEG, as libjpeg writes it: 16 bits, and a little less.
+inline constexpr int kLongestJpegSide = 65'500;
+
 /// Bytes of all header lines of one answer of HTTP, login methods included.
 inline constexpr std::size_t kLargestHttpHeaders = 64 * kKiB;
 /// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. The ten threads of a list
