@@ -124,8 +124,8 @@ std::optional<Outcome> RequestScope::Refusal(const std::string& host, int port, 
 
 void RequestScope::Remember(const std::string& host, const std::string& user, Outcome outcome) {
   const bool isOfShare = share_ && outcome == Outcome::kTimedOut;
-  if (RowOf(outcome).reach == Reach::kRequest && !isOfShare)
-    failures_.try_emplace({NormalizedHost(host), user}, outcome);
+  if (RowOf(outcome).reach != Reach::kRequest || isOfShare) return;
+  failures_.try_emplace({NormalizedHost(host), user}, outcome);
 }
 
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
