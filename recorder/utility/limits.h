@@ -69,8 +69,8 @@ inline constexpr int kLongestJpegSide = 65'500;
 
 /// Bytes of all header lines of one answer of HTTP, login methods included.
 inline constexpr std::size_t kLargestHttpHeaders = 64 * kKiB;
-/// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. The ten threads of a list
-/// hold one each.
+/// Bytes of a body of HTTP that is a picture: one of 20 megapixels has up to ten million. Each of the ten threads
+/// of a list holds one, and copies of it while it is judged.
 inline constexpr std::size_t kLargestHttpPicture = 12 * kMiB;
 /// Bytes of delimiter and header lines before a part of a multipart body, as far as they are looked for.
 inline constexpr std::size_t kLargestPartLines = 16 * kKiB;

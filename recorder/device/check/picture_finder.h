@@ -11,8 +11,8 @@ namespace recorder {
 
 /// Finds the first whole JPEG in a body of HTTP as it arrives, whatever is around it: nothing, the delimiters and
 /// header lines of a multipart body (RFC 2046), other JPEGs. What cameras say of it in types, delimiters and lengths is
-/// wrong too often; the JPEG's own markers tell where it is. One that lacks its end marker gets it. Memory: at most one
-/// picture, and what arrived with its end.
+/// wrong too often; the JPEG's own markers tell where it is. One that lacks its end marker gets it. Memory: one picture
+/// and what arrived with its end, and up to two copies of it while it is judged.
 class PictureFinder {
  public:
   enum class State { kMore, kPicture, kMalformed };
