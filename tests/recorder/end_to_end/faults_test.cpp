@@ -5,6 +5,7 @@
 #include <regex>
 
 #include "rig/cameras.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 using namespace rig;
 
@@ -76,10 +77,7 @@ void ExpectRow(const TestRecorder& recorder, const FaultRow& row, int port) {
   Json::Value params = CameraParams(port, row.fault == "wrongPassword" ? "wrong" : kSecret, "Simcam " + row.model);
   if (row.fault == "otherCodec") params["camVideoType"] = "H.264";
   const auto expect = [&](const char* method, int code) {
-    Answer answer = recorder.Post(method, params);
-    EXPECT_EQ(CodeIn(answer, method), code) << method;
-    EXPECT_EQ(answer.cause, code == 0 ? "ok" : row.cause) << method;
-    return answer;
+    return ExpectAnswer(recorder, method, params, code, row.cause);
   };
   expect("CameraTest", row.testCode);
   expect("CamBatAddVerify", row.testCode);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "rig/cameras.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // Manners of cameras that are reached by a path that the user gives, and what the user is told.
 
@@ -85,10 +86,7 @@ void ExpectManner(const TestRecorder& recorder, const Manner& manner, int port) 
   const std::size_t logged = recorder.Log().size();
   const Json::Value params = ParamsOf(manner, port);
   const auto expect = [&](const char* method, int code) {
-    Answer answer = recorder.Post(method, params);
-    EXPECT_EQ(CodeIn(answer, method), code) << method;
-    EXPECT_EQ(answer.cause, code == 0 ? "ok" : manner.cause) << method;
-    return answer;
+    return ExpectAnswer(recorder, method, params, code, manner.cause);
   };
   expect("CameraTest", manner.code);
   if (manner.size != nullptr) {
