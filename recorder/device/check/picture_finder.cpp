@@ -9,12 +9,13 @@ namespace {
 
 constexpr std::string_view kJpegStart = "\xFF\xD8\xFF";
 constexpr std::string_view kJpegEnd = "\xFF\xD9";
-constexpr std::size_t kLookAhead = 4;  // a walk knows its position at most so many bytes later
+constexpr std::size_t kMostFed = 64 * kKiB;  // at a time, by far
+constexpr std::size_t kLookAhead = 4;        // a walk knows its position at most so many bytes later
 
 }  // namespace
 
 PictureFinder::PictureFinder(std::size_t maxPicture) : maxPicture_(maxPicture) {
-  buffer_.reserve(maxPicture);  // growth would hold twice as much; what is not filled costs no memory
+  buffer_.reserve(maxPicture + kMostFed);  // growth would hold twice as much; what is not filled costs no memory
 }
 
 PictureFinder::State PictureFinder::Feed(std::string_view bytes) {
