@@ -23,7 +23,7 @@ fs::path CapabilityFolder(const fs::path& stateFolder) { return stateFolder / "c
 std::string RecordKeeper::NewCamera() {
   const std::string port = std::to_string(kFirstPort + ++count_);
   std::string name = "camera " + port;
-  expected_[name] = "enabled\t" + name + "\tBench\tC0\t1\t127.0.0.1\t" + port;
+  expected_[name] = "enabled\t" + name + "\tRig\tC0\t1\t127.0.0.1\t" + port;
   return name;
 }
 
@@ -42,7 +42,7 @@ void RecordKeeper::ImportSome() {
   std::string csv = "name,vendor,model,channel,host,port,user,password\n";
   for (int i = 0; i < kImportedAtOnce; ++i) {
     const std::string name = names.emplace_back(NewCamera());
-    csv += name + ",Bench,C0,1,127.0.0.1," + name.substr(name.find(' ') + 1) + ",admin,secret\n";
+    csv += name + ",Rig,C0,1,127.0.0.1," + name.substr(name.find(' ') + 1) + ",admin,secret\n";
   }
   const Finished import = recorder_.Control({"camera", "import", folder.Write("cameras.csv", csv).string()});
   const std::string whole = "imported " + std::to_string(kImportedAtOnce) + " cameras\n";
