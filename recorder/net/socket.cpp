@@ -7,7 +7,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <cstddef>
@@ -19,6 +18,7 @@
 #include <thread>
 #include <utility>
 
+#include "recorder/net/wait.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/text.h"
 
@@ -69,18 +69,6 @@ Outcome Resolve(const std::string& host, int port, Clock::time_point deadline, A
   const std::string name(WithoutBrackets(host));
   addresses = GetAddresses(name, port, AI_NUMERICHOST);
   return addresses ? Outcome::kOk : LookUpName(name, port, deadline, addresses);
-}
-
-/// False when the deadline passes first.
-bool WaitFor(int descriptor, short events, Clock::time_point deadline) {
-  for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return false;
-    pollfd entry{descriptor, events, 0};
-    const int ready = poll(&entry, 1, static_cast<int>(std::min<long long>(left, std::numeric_limits<int>::max())));
-    if (ready > 0) return true;
-    if (ready < 0 && errno != EINTR) return true;  // the call that follows reports what is wrong
-  }
 }
 
 Outcome ConnectToAddress(const addrinfo& address, Clock::time_point deadline, FileDescriptor& connection) {
