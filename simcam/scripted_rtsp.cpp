@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <optional>
 #include <random>
 #include <string_view>
 
+#include "simcam/phase.h"
 #include "simcam/rtp_player.h"
 #include "simcam/sdp_faults.h"
 
@@ -18,25 +18,6 @@ using std::chrono::milliseconds;
 
 constexpr int kEnforcedTimeout = 5;
 constexpr int kUsualTimeout = 60;
-
-enum class Phase { kConnect, kDescribe, kSetup, kPlay };
-
-struct PhaseFault {
-  Phase phase;  ///< reached last
-  Fault silent;
-  Fault closing;
-};
-constexpr PhaseFault kPhaseFaults[] = {{Phase::kDescribe, Fault::kSilentAfterDescribe, Fault::kCloseAfterDescribe},
-                                       {Phase::kSetup, Fault::kSilentAfterSetup, Fault::kCloseAfterSetup},
-                                       {Phase::kPlay, Fault::kSilentAfterPlay, Fault::kCloseAfterPlay}};
-
-/// The phase after which a fault makes a camera silent, or leave.
-std::optional<Phase> PhaseOf(Fault fault, Fault PhaseFault::*column) {
-  for (const PhaseFault& row : kPhaseFaults) {
-    if (row.*column == fault) return row.phase;
-  }
-  return std::nullopt;
-}
 
 /// One RTSP connection. Single-threaded.
 class Conversation {
