@@ -17,6 +17,7 @@ namespace {
 constexpr Named<Audio> kAudio[] = {{"none", Audio::kNone}, {"first", Audio::kFirst}, {"only", Audio::kOnly}};
 constexpr Named<Server> kServers[] = {{"stock", Server::kStock}, {"scripted", Server::kScripted}};
 constexpr Named<bool> kSources[] = {{"live", true}, {"clip", false}};
+constexpr Named<bool> kTransports[] = {{"any", false}, {"udp", true}};
 constexpr Named<Scheme> kSchemes[] = {{"basic", Scheme::kBasic},
                                       {"digest-md5", Scheme::kDigestMd5},
                                       {"digest-sha256", Scheme::kDigestSha256},
@@ -74,6 +75,7 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   stream.live = LiveByDefault(stream);
   members.Read("source", stream.live, kSources);
   members.Read("pli", stream.honoursPli);
+  members.Read("transport", stream.isUdpAlone, kTransports);
   ReadStart(members, stream);
   members.Finish();
   CheckPath(members, stream.path);

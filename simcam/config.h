@@ -54,6 +54,7 @@ struct StreamConfig {
   bool live = true;                  ///< encoded while somebody watches; else a clip, encoded beforehand and looped
   bool randomStart = false;          ///< a session starts anywhere in the clip
   double secondsBeforeKeyFrame = 0;  ///< a session starts so long before a key frame
+  bool isUdpAlone = false;           ///< 461 to a SETUP over TCP
   bool honoursPli = false;           ///< RFC 4585: a picture loss indication brings a key frame at once
 };
 

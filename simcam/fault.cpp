@@ -53,7 +53,16 @@ constexpr FaultRow kFaultRows[] = {
     {"lockOut", Fault::kLockOut, kRtsp, "after three wrong logins every login gets 403, the right one too"},
     {"optionsFirst", Fault::kOptionsFirst, kRtsp,
      "RTSP: 455 to DESCRIBE on a connection that has not brought OPTIONS yet"},
-    {"udpAnswer", Fault::kUdpAnswer, kRtsp, "answers a SETUP over TCP with ports of UDP"},
+    {"udpAnswer", Fault::kUdpAnswer, kRtsp,
+     "UDP alone: answers a SETUP over TCP with ports of UDP, which it does not use"},
+    {"udpSilent", Fault::kUdpSilent, kRtsp, "UDP alone: sends nothing, as behind a firewall"},
+    {"udpFirewall", Fault::kUdpFirewall, kRtsp, "UDP alone: sends nothing until the client has sent something"},
+    {"udpDisorder", Fault::kUdpDisorder, kRtsp, "UDP alone: packets change places, and some come twice"},
+    {"udpOtherHost", Fault::kUdpOtherHost, kRtsp, "UDP alone: names and uses 127.0.0.2 as the sender"},
+    {"udpOtherPort", Fault::kUdpOtherPort, kRtsp, "UDP alone: sends from another port than it names"},
+    {"udpVague", Fault::kUdpVague, kRtsp,
+     "UDP alone: names no port of its own, an address of an inner network, and wrong ports of the client"},
+    {"udpMulticast", Fault::kUdpMulticast, kRtsp, "UDP alone: grants multicast, whatever was asked"},
     {"getSilent", Fault::kGetSilent, kNotRtsp, "an RTSP server: never answers HTTP"},
     {"badSdp", Fault::kBadSdp, kRtsp, "answers DESCRIBE with text that is no SDP"},
     {"sdpBlanks", Fault::kSdpBlanks, kRtsp, "two blanks between the words of the \"m=\" line"},
@@ -114,7 +123,7 @@ constexpr FaultRow kFaultRows[] = {
     {"redirectLoop", Fault::kRedirectLoop, kNotRtsp, "HTTP: 302 to the same address, for ever"},
 };
 
-constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "http", "get"};
+constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "tcp", "http", "get"};
 
 std::optional<FaultConfig> StatusFault(std::string_view name) {
   for (const std::string_view prefix : kStatusPrefixes) {
@@ -145,6 +154,10 @@ bool OnlyHttp(const FaultConfig& fault) {
   return row->concerns == kNotRtsp;
 }
 
+bool SendsOverUdp(const FaultConfig& fault) {
+  return fault.method == "TCP" || (fault.fault >= Fault::kUdpAnswer && fault.fault <= Fault::kUdpMulticast);
+}
+
 std::string FaultHelp() {
   std::string help;
   for (const FaultRow& row : kFaultRows) {
@@ -154,6 +167,7 @@ std::string FaultHelp() {
   }
   return help +
          "  describeNNN setupNNN playNNN  that request gets status NNN (RTSP), for example setup453\n"
+         "  tcpNNN                        UDP alone: a SETUP over TCP gets status NNN\n"
          "  httpNNN                       every picture gets status NNN (HTTP)\n"
          "  getNNN                        an RTSP server: HTTP gets status NNN without a length, and no end\n";
 }

@@ -38,6 +38,13 @@ enum class Fault {
   kStatus,
   kOptionsFirst,
   kUdpAnswer,
+  kUdpSilent,
+  kUdpFirewall,
+  kUdpDisorder,
+  kUdpOtherHost,
+  kUdpOtherPort,
+  kUdpVague,
+  kUdpMulticast,
   kGetSilent,
   kBadSdp,
   kSdpBlanks,
@@ -92,8 +99,8 @@ enum class Fault {
   kRedirectLoop,
 };
 
-/// A fault as configured. For kStatus, `method` ("DESCRIBE", "SETUP", "PLAY"; "HTTP" for
-/// pictures, "GET" for all of HTTP) is answered with `status`.
+/// A fault as configured. For kStatus, `method` ("DESCRIBE", "SETUP", "PLAY"; "TCP" for a SETUP that asks for it,
+/// "HTTP" for pictures, "GET" for all of HTTP) is answered with `status`.
 struct FaultConfig {
   Fault fault = Fault::kNone;
   std::string method;
@@ -105,6 +112,9 @@ std::optional<FaultConfig> FaultFromName(std::string_view name);
 
 /// True for a fault that only concerns HTTP, so that RTSP works as usual.
 bool OnlyHttp(const FaultConfig& fault);
+
+/// True for a fault of a camera that sends over UDP alone.
+bool SendsOverUdp(const FaultConfig& fault);
 
 /// One line for each name, for --help.
 std::string FaultHelp();

@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <random>
+#include <utility>
 
 namespace simcam {
 namespace {
@@ -61,22 +62,32 @@ void RtpPlayer::SkipToKeyFrame() {
   while (!IsAtKeyFrame()) ++position_;
 }
 
-std::string RtpPlayer::NextUnit() {
+std::vector<std::string> RtpPlayer::NextPackets() {
   const RtpClip::Unit& unit = Current();
   const bool firstKey = unit.key && keysSent_ == 0;
   const size_t middle = unit.packets.size() / 2;
-  std::string bytes;
+  std::vector<std::string> packets;
   for (size_t i = 0; i < unit.packets.size(); ++i) {
     std::string packet = Numbered(unit.packets[i]);
     if (firstKey && fault_ == Fault::kLostPacket && i == middle) continue;
     if (firstKey && fault_ == Fault::kDamagedKeyFrame && i >= middle) Damage(packet);
-    bytes += StrayBytes(fault_, packetsSent_);
-    if (fault_ == Fault::kRequestInStream && unit.key && i == middle) bytes += OwnRequest();
-    bytes += Interleave(channel_, packet);
+    packets.push_back(std::move(packet));
   }
   if (unit.key) ++keysSent_;
   ++unitsSent_;
   ++position_;
+  return packets;
+}
+
+std::string RtpPlayer::NextUnit() {
+  const bool asks = fault_ == Fault::kRequestInStream && IsAtKeyFrame();
+  const std::vector<std::string> packets = NextPackets();
+  std::string bytes;
+  for (size_t i = 0; i < packets.size(); ++i) {
+    bytes += StrayBytes(fault_, packetsSent_ - packets.size() + i + 1);
+    if (asks && i == packets.size() / 2) bytes += OwnRequest();
+    bytes += Interleave(channel_, packets[i]);
+  }
   return bytes;
 }
 
@@ -108,7 +119,9 @@ std::string RtpPlayer::Report() const {
   Store32(report, 16, TimeStamp());
   Store32(report, 20, packetsSent_);
   Store32(report, 24, octetsSent_);
-  return Interleave(channel_ + 1, report);
+  return report;
 }
+
+std::string RtpPlayer::InterleavedReport() const { return Interleave(channel_ + 1, Report()); }
 
 }  // namespace simcam

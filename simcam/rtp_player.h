@@ -2,14 +2,15 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "simcam/clip.h"
 #include "simcam/config.h"
 
 namespace simcam {
 
-/// One client's walk through a clip that never ends, as interleaved RTP (RFC 3550; RFC 2326, section 10.12), with what
-/// the camera's fault does to it. Sequence numbers and times go on through all starts. Single-threaded.
+/// One client's walk through a clip that never ends, as RTP (RFC 3550), interleaved (RFC 2326, section 10.12) or not,
+/// with what the camera's fault does to it. Sequence numbers and times go on through all starts. Single-threaded.
 class RtpPlayer {
  public:
   explicit RtpPlayer(Fault fault) : fault_(fault) {}
@@ -19,13 +20,17 @@ class RtpPlayer {
   void SkipToKeyFrame();
 
   [[nodiscard]] bool IsAtKeyFrame() const { return Current().key; }
-  /// The unit at hand; moves on.
+  /// The packets of the unit at hand; moves on.
+  std::vector<std::string> NextPackets();
+  /// The same as the connection carries them.
   std::string NextUnit();
 
   /// True after the first unit and every 5 s.
   [[nodiscard]] bool IsReportDue() const { return unitsSent_ % static_cast<size_t>(stream_->fps * 5) == 1; }
   /// A sender report (RFC 3550, section 6.4.1) without report blocks.
   [[nodiscard]] std::string Report() const;
+  /// The same as the connection carries it.
+  [[nodiscard]] std::string InterleavedReport() const;
 
  private:
   [[nodiscard]] const RtpClip::Unit& Current() const { return clip_->units[position_ % clip_->units.size()]; }

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <random>
 #include <string_view>
 
 #include "simcam/phase.h"
 #include "simcam/rtp_player.h"
 #include "simcam/sdp_faults.h"
+#include "simcam/transport.h"
 
 namespace simcam {
 namespace {
@@ -30,7 +30,8 @@ class Conversation {
         log_(log),
         streams_(streams),
         clips_(clips),
-        socket_(socket) {}
+        socket_(socket),
+        transport_(camera.fault) {}
 
   void Run(std::string received) {
     received_ = std::move(received);
@@ -188,28 +189,19 @@ class Conversation {
 
   void SetUp(const Request& request) {
     if (!ChooseStream(WithoutSlash(request.Path()), true)) return Answer(request, 404);
-    const std::string transport = request.Header("Transport");
-    if (transport.find("RTP/AVP/TCP") == std::string::npos) return Answer(request, 461);
-    channel_ = 0;
-    const size_t wish = transport.find("interleaved=");
-    if (wish != std::string::npos) channel_ = std::atoi(transport.c_str() + wish + 12);  // NOLINT(cert-err34-c)
-    if (fault_ == Fault::kOtherChannels) channel_ = 4;
-    session_ = std::to_string(std::random_device()());
-    log_.CountSession();
-    if (fault_ == Fault::kUdpAnswer)
-      return Answer(request, 200,
-                    {"Transport: RTP/AVP;unicast;client_port=5000-5001;server_port=6000-6001", SessionHeader()});
+    const Granted granted = transport_.Grant(request.Header("Transport"), stream_->isUdpAlone);
+    if (granted.status != 200) return Answer(request, granted.status);
+    if (session_.empty()) log_.CountSession();
+    if (session_.empty()) session_ = std::to_string(std::random_device()());
     Answer(request, 200,
-           {"Transport: RTP/AVP/TCP;unicast;interleaved=" + std::to_string(channel_) + "-" +
-                std::to_string(channel_ + 1) + ";ssrc=51AC0DE5",
-            SessionHeader() + ";timeout=" + std::to_string(Timeout())});
+           {"Transport: " + granted.transport, SessionHeader() + ";timeout=" + std::to_string(Timeout())});
     Enter(Phase::kSetup);
   }
 
   void Play(const Request& request) {
     const std::string path = WithoutSlash(request.Path());
     if (path != stream_->path && path != ControlPath(*stream_)) return Answer(request, 404);
-    player_.Start(*stream_, *clip_, channel_, SessionHeader());
+    player_.Start(*stream_, *clip_, transport_.Channel(), SessionHeader());
     nextUnit_ = SteadyClock::now();
     if (fault_ == Fault::kRtpBeforePlay) held_ = player_.NextUnit();
     Answer(request, 200, {SessionHeader(), "Range: npt=now-"});
@@ -279,6 +271,7 @@ class Conversation {
 
   void SendNextUnit() {
     nextUnit_ += std::chrono::microseconds(1000000 / stream_->fps);
+    if (UdpSender* udp = transport_.Udp()) return SendNextUnitOver(*udp);
     const bool key = player_.IsAtKeyFrame();
     const std::string bytes = player_.NextUnit();
     if (key && (fault_ == Fault::kSilentInUnit || fault_ == Fault::kCloseInUnit)) {
@@ -288,7 +281,13 @@ class Conversation {
       return;
     }
     Send(bytes);
-    if (player_.IsReportDue()) Send(player_.Report());
+    if (player_.IsReportDue()) Send(player_.InterleavedReport());
+  }
+
+  void SendNextUnitOver(UdpSender& udp) {
+    while (const auto control = udp.Receive()) HandleRtcp(*control);
+    udp.SendUnit(player_.NextPackets());
+    if (player_.IsReportDue()) udp.SendReport(player_.Report());
   }
 
   const CameraConfig& camera_;
@@ -308,7 +307,7 @@ class Conversation {
   const StreamConfig* stream_ = nullptr;
   const RtpClip* clip_ = nullptr;
   std::string session_;
-  int channel_ = 0;
+  Transport transport_;
 
   bool playing_ = false;
   SteadyClock::time_point nextUnit_;

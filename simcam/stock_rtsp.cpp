@@ -151,6 +151,18 @@ void OnClient(GstRTSPServer*, GstRTSPClient* client, gpointer log) {
                    log);
 }
 
+using LocalPorts = std::unique_ptr<GstRTSPAddressPool, UnrefGlib>;
+
+/// Where media send from over UDP: without it GStreamer's server takes ports of all addresses.
+LocalPorts MakeLocalPorts() {
+  constexpr char kHere[] = "127.0.0.1";
+  constexpr guint16 kFirst = 20000;
+  constexpr guint16 kLast = 29999;
+  LocalPorts ports(gst_rtsp_address_pool_new());
+  gst_rtsp_address_pool_add_range(ports.get(), kHere, kHere, kFirst, kLast, 0);
+  return ports;
+}
+
 using GlibSocket = std::unique_ptr<GSocket, UnrefGlib>;
 
 }  // namespace
@@ -171,12 +183,15 @@ StockRtsp::StockRtsp(const CameraConfig& camera, Login& login, CameraLog& log, C
   gst_rtsp_server_set_auth(server, auth);
   g_object_unref(auth);
 
+  const LocalPorts ports = MakeLocalPorts();
   GstRTSPMountPoints* points = gst_rtsp_server_get_mount_points(server);
   for (const StreamConfig& stream : camera.RtspStreams()) {
     impl_->mounts.push_back(std::make_unique<Mount>(Mount{stream, stream.live ? nullptr : clips.Get(stream)}));
     auto* factory = static_cast<GstRTSPMediaFactory*>(g_object_new(SharingFactoryType(), nullptr));
     gst_rtsp_media_factory_set_launch(factory, Launch(stream).c_str());
     gst_rtsp_media_factory_set_shared(factory, TRUE);
+    gst_rtsp_media_factory_set_address_pool(factory, ports.get());
+    if (stream.isUdpAlone) gst_rtsp_media_factory_set_protocols(factory, GST_RTSP_LOWER_TRANS_UDP);
     g_signal_connect(factory, "media-configure", G_CALLBACK(OnMedia), impl_->mounts.back().get());
     gst_rtsp_mount_points_add_factory(points, stream.path.c_str(), factory);
   }
