@@ -170,11 +170,13 @@ export const NAMED_CAUSES = {
     answered: true,
   },
   transportRefused: {
-    heading: "Camera sends no video this way",
-    happened: "The camera does not send its video over the RTSP connection (TCP), as the recorder wants it.",
+    heading: "No video comes this way",
+    happened:
+      "The camera refuses to send its video over the RTSP connection (TCP), and over UDP it refuses, too, or nothing " +
+      "of it came from the camera itself.",
     first:
-      "Switch RTP over RTSP (TCP) on in the camera's settings. If it can only send over UDP or multicast, use " +
-      "its picture over HTTP.",
+      "Switch RTP over RTSP (TCP) on in the camera's settings, or let UDP from the camera through the firewall. If " +
+      "it can only send by multicast, use its picture over HTTP.",
     field: "none",
     answered: true,
   },

@@ -39,6 +39,9 @@ class Socket {
   /// confirmed less. False when that is not known, as after a reset.
   [[nodiscard]] bool WasClosedUnread() const;
 
+  /// To wait for, beside others.
+  int Descriptor() const { return descriptor_.Get(); }
+
  private:
   FileDescriptor descriptor_;
   std::uint64_t written_ = 0;  // bytes

@@ -45,10 +45,10 @@ constexpr CauseRow kCauses[] = {
     // There may well be a video.
     {Outcome::kTlsStream, "tlsStream", "stream over TLS alone (RTSPS)", CAMERA_VERIFY_NOT_UNDERSTOOD,
      CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kContact},
-    // "Busy" would have users try again: a camera that grants no interleaved video will not do so later either.
+    // "Busy" would have users try again: a camera that refuses each way to send will not grant one later either.
     {Outcome::kTransportRefused,
      "transportRefused",
-     "no video over the RTSP connection",
+     "no video over TCP or UDP",
      CAMERA_VERIFY_NOT_UNDERSTOOD,
      CAMCAP_FILE_NOT_UNDERSTOOD,
      Reach::kContact,

@@ -80,6 +80,8 @@ inline constexpr std::size_t kLargestRtspHeaders = 16 * kKiB;
 inline constexpr std::size_t kLargestRtspBody = 64 * kKiB;
 /// Bytes of packets that come before the answer to PLAY and are kept, with what each costs in memory.
 inline constexpr std::size_t kMostEarlyBytes = 8 * kMiB;
+/// RTP packets over UDP that wait for one before them: networks exchange neighbours.
+inline constexpr std::size_t kMostLateRtp = 64;
 
 /// Bytes of an answer in XML: a camera with hundreds of profiles sends less.
 inline constexpr std::size_t kLargestXml = kMiB;
@@ -97,9 +99,10 @@ inline constexpr std::size_t kMostOnvifProfiles = 1024;
 inline constexpr std::size_t kMostResolutions = 256;
 inline constexpr std::size_t kMostPsiaEntries = 256;
 
-/// Cameras that one search of the network finds, bytes of a datagram (UDP has no more) and of a name in it.
-inline constexpr std::size_t kMostFoundCameras = 1000;
+/// Bytes of a datagram: UDP has no more.
 inline constexpr std::size_t kLargestDatagram = 64 * kKiB;
+/// Cameras that one search of the network finds, and bytes of a name in what they say.
+inline constexpr std::size_t kMostFoundCameras = 1000;
 inline constexpr std::size_t kLongestFoundName = 128;
 
 }  // namespace recorder

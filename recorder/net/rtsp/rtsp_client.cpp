@@ -1,11 +1,19 @@
 #include "recorder/net/rtsp/rtsp_client.h"
 
+#include <algorithm>
+#include <array>
 #include <tuple>
 #include <utility>
 
 #include "recorder/net/login/camera_login.h"
 
 namespace recorder {
+namespace {
+
+/// A receiver report without a block (RFC 3550 section 6.4.2), from nobody yet.
+constexpr std::array<std::uint8_t, 8> kEmptyReport = {0x80, 201, 0, 1, 0, 0, 0, 0};
+
+}  // namespace
 
 RtspClient::RtspClient(CameraAddress address, std::string_view path, Clock::time_point deadline, std::string userAgent)
     : address_(std::move(address)),
@@ -24,10 +32,16 @@ Outcome RtspClient::Describe() {
 
 Outcome RtspClient::Setup() {
   session_.Setup();
-  return Run();
+  const Outcome outcome = Run();
+  const RtspPorts camera = session_.Transport().CameraPorts();
+  if (ports_) ports_->Expect(camera.rtp, camera.rtcp);
+  return outcome;
 }
 
+/// A firewall lets in what comes from where something was sent to.
 Outcome RtspClient::Play() {
+  if (ports_) ports_->SendRtp(kEmptyReport);
+  if (ports_) ports_->SendRtcp(kEmptyReport);
   session_.Play();
   return Run();
 }
@@ -40,6 +54,7 @@ Outcome RtspClient::Read(InterleavedPacket& packet) {
 }
 
 void RtspClient::SendControl(std::span<const std::uint8_t> packet) {
+  if (ports_) return ports_->SendRtcp(packet);
   std::ignore = socket_.Write(session_.ControlFrame(packet), session_.Deadline());
 }
 
@@ -55,6 +70,9 @@ Outcome RtspClient::Run() {
         break;
       case RtspSession::Step::kReceive:
         Receive();
+        break;
+      case RtspSession::Step::kOpenPorts:
+        OpenPorts();
         break;
       case RtspSession::Step::kDone:
         RememberResult();
@@ -75,7 +93,22 @@ Outcome RtspClient::Connect(int port) {
   return refusal ? *refusal : socket_.Connect(address_.host, port, session_.Deadline());
 }
 
+void RtspClient::OpenPorts() {
+  ports_ = UdpPair::OpenBeside(socket_.Descriptor());
+  session_.PortsOpened(ports_ ? ports_->RtpPort() : 0);
+}
+
 void RtspClient::Receive() {
+  if (!ports_) return ReceiveBytes();
+  if (auto packet = order_.Take(Clock::now())) {
+    packet_ = std::move(*packet);
+    return session_.Arrived({false, packet_});
+  }
+  const bool hasBytes = ports_->Wait(socket_.Descriptor(), std::min(session_.Until(), order_.Until()));
+  hasBytes ? ReceiveBytes() : ReceiveDatagram();
+}
+
+void RtspClient::ReceiveBytes() {
   std::size_t received = 0;
   const bool isTimely = socket_.Read(session_.Space(), session_.Until(), received) == Outcome::kOk;
   if (!isTimely) return;  // the session sees what time it is
@@ -83,6 +116,22 @@ void RtspClient::Receive() {
     return session_.Ended(socket_.WasClosedUnread() ? RtspSession::Ending::kUnread : RtspSession::Ending::kUsual);
   }
   session_.Received(received);
+  Spend(received);
+}
+
+void RtspClient::ReceiveDatagram() {
+  const auto datagram = ports_->Receive();
+  if (!datagram) return;
+  if (datagram->isControl) {
+    packet_.assign(datagram->bytes.begin(), datagram->bytes.end());
+    session_.Arrived({true, packet_});
+  } else {
+    order_.Add(datagram->bytes, Clock::now());
+  }
+  Spend(datagram->bytes.size());
+}
+
+void RtspClient::Spend(std::size_t received) {
   const bool isTaken = RequestScope::Current().Spend(received, address_.host);
   if (!isTaken) session_.Finish(Outcome::kNotUnderstood);
 }

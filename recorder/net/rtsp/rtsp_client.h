@@ -8,17 +8,21 @@
 #include <vector>
 
 #include "recorder/net/camera_address.h"
+#include "recorder/net/rtsp/rtp_order.h"
 #include "recorder/net/rtsp/rtsp_session.h"
 #include "recorder/net/socket.h"
+#include "recorder/net/udp_pair.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
 
-/// An RtspSession with one camera over a socket. Call Describe, Setup, Play, then Read as often as wanted; after a
-/// failure the object is of no more use.
+/// An RtspSession with one camera over a socket, and over UDP where the camera sends its packets so alone. Call
+/// Describe, Setup, Play, then Read as often as wanted; after a failure the object is of no more use.
 ///
-/// Owner:   holds one connection from Describe on; the destructor says TEARDOWN without waiting for the answer.
+/// Owner:   holds one connection from Describe on, and two UDP ports from Setup on where the camera refuses to send
+/// over
+///          the connection; the destructor closes them, and says TEARDOWN without waiting for the answer.
 /// Thread:  one thread at a time; it must be that of the request, whose RequestScope is asked.
 /// Time:    no call outlasts the deadline given to the constructor, the name's lookup included.
 /// Failure: an Outcome; nothing throws but std::bad_alloc. kNotUnderstood includes a connection that ended early.
@@ -45,13 +49,15 @@ class RtspClient : private RtspLogins {
   /// What Describe found.
   const SdpVideo& Video() const { return session_.Video(); }
 
-  /// Asks for a session with the video. kTransportRefused when the camera does not send it over this connection.
+  /// Asks for a session with the video: over this connection, or over UDP where the camera refuses that.
+  /// kTransportRefused when it refuses both.
   [[nodiscard]] Outcome Setup();
 
   /// Starts the video.
   [[nodiscard]] Outcome Play();
 
-  /// Waits for the next packet, which is valid until the next call, and keeps the session alive meanwhile.
+  /// Waits for the next packet, which is valid until the next call, and keeps the session alive meanwhile. Over UDP
+  /// they come in their order, some perhaps not at all; kTransportRefused when none has come in half of the time.
   [[nodiscard]] Outcome Read(InterleavedPacket& packet);
 
   /// Sends one RTCP packet to the camera; a failure shows in the next Read.
@@ -61,7 +67,11 @@ class RtspClient : private RtspLogins {
   Outcome Run();
   void RememberResult();
   Outcome Connect(int port);
+  void OpenPorts();
   void Receive();
+  void ReceiveBytes();
+  void ReceiveDatagram();
+  void Spend(std::size_t received);
 
   bool HasLogin() const override;
   void Remember(const std::vector<LoginChallenge>& challenges) override;
@@ -74,6 +84,10 @@ class RtspClient : private RtspLogins {
   CameraAddress address_;  // its port is that of the connection
   RtspSession session_;
   Socket socket_;
+
+  std::optional<UdpPair> ports_;
+  RtpOrder order_;                    // over UDP
+  std::vector<std::uint8_t> packet_;  // the one that the session has, over UDP
 };
 
 }  // namespace recorder

@@ -15,6 +15,15 @@ std::optional<std::string_view> TakeParameter(std::string_view& rest, std::strin
   return isNamed ? std::optional(part.substr(name.size() + 1)) : std::nullopt;
 }
 
+/// Reads "a-b", where the second is the next when it is missing. What is no number stays as it was.
+template <class T>
+void ReadPair(std::string_view text, T& first, T& second) {
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, first);
+  second = static_cast<T>(first + 1);
+  if (read.ptr != end && *read.ptr == '-') std::from_chars(read.ptr + 1, end, second);
+}
+
 }  // namespace
 
 std::optional<RtspChannels> ParseTransport(std::string_view transport) {
@@ -25,15 +34,26 @@ std::optional<RtspChannels> ParseTransport(std::string_view transport) {
     const auto channels = TakeParameter(rest, "interleaved");
     if (!channels) continue;
     isNamed = true;
-    const char* const end = channels->data() + channels->size();
-    const auto first = std::from_chars(channels->data(), end, rtp);
-    rtcp = rtp + 1;
-    if (first.ptr != end && *first.ptr == '-') std::from_chars(first.ptr + 1, end, rtcp);
+    ReadPair(*channels, rtp, rtcp);
   }
   constexpr unsigned int kMaxChannel = std::numeric_limits<std::uint8_t>::max();
   const bool isInterleaved = isNamed || transport.empty() || transport.find("TCP") != std::string_view::npos;
   if (!isInterleaved || rtp > kMaxChannel || rtcp > kMaxChannel) return std::nullopt;
   return RtspChannels{static_cast<std::uint8_t>(rtp), static_cast<std::uint8_t>(rtcp)};
+}
+
+std::optional<RtspPorts> ParseUdpTransport(std::string_view transport) {
+  const std::string_view profile = Trimmed(TakeUntil(transport, ';'));
+  const bool isUdp = EqualsIgnoreCase(profile, "RTP/AVP") || EqualsIgnoreCase(profile, "RTP/AVP/UDP");
+  if (!isUdp && !profile.empty()) return std::nullopt;
+  std::uint16_t rtp = 0;
+  std::uint16_t rtcp = 0;
+  while (!transport.empty()) {
+    std::string_view part = TakeUntil(transport, ';');
+    if (EqualsIgnoreCase(Trimmed(part), "multicast")) return std::nullopt;
+    if (const auto ports = TakeParameter(part, "server_port")) ReadPair(*ports, rtp, rtcp);
+  }
+  return rtp == 0 ? RtspPorts() : RtspPorts{rtp, rtcp};  // some write "0-1" where they mean none
 }
 
 RtspSessionId ParseSession(std::string_view session) {

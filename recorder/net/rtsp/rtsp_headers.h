@@ -20,6 +20,17 @@ struct RtspChannels {
 /// over UDP.
 std::optional<RtspChannels> ParseTransport(std::string_view transport);
 
+/// The ports of a camera from which it sends over UDP; 0: not named.
+struct RtspPorts {
+  int rtp = 0;
+  int rtcp = 0;
+};
+
+/// Those in its Transport header; nothing when it wants to send in another way, such as by multicast.
+///
+/// What else stands there is not believed: of "client_port", "source" and "ssrc" cameras say what is not so.
+std::optional<RtspPorts> ParseUdpTransport(std::string_view transport);
+
 /// What its Session header says.
 struct RtspSessionId {
   std::string id;  ///< "" when there is none

@@ -1,7 +1,6 @@
 #include "recorder/net/rtsp/rtsp_session.h"
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 #include <utility>
 
@@ -45,8 +44,7 @@ void RtspSession::Describe() {
 }
 
 void RtspSession::Setup() {
-  constexpr std::string_view kTransport = "Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n";
-  Begin(Goal::kSetup, {"SETUP", ResolveControl(base_, video_.control), kTransport});
+  Begin(Goal::kSetup, {"SETUP", ResolveControl(base_, video_.control), transport_.Wish()});
   SendRequest();
 }
 
@@ -77,6 +75,7 @@ RtspSession::Step RtspSession::Next(Clock::time_point now) {
   }
   if (state_ == State::kConnecting) return Step::kConnect;
   if (state_ == State::kPausing) return Step::kReceive;
+  if (state_ == State::kOpening) return Step::kOpenPorts;
   if (state_ == State::kSending) sentAt_ = now_;
   return state_ == State::kDone ? Step::kDone : Step::kSend;
 }
@@ -85,8 +84,8 @@ RtspSession::Step RtspSession::Next(Clock::time_point now) {
 RtspSession::Step RtspSession::Await() {
   if (now_ >= keepAliveAt_) KeepAlive();
   if (!outgoing_.empty()) return Step::kSend;
-  if (now_ < Deadline()) return Step::kReceive;
-  Finish(Outcome::kTimedOut);
+  if (now_ < std::min(Deadline(), packetBy_)) return Step::kReceive;
+  Finish(now_ < Deadline() ? Outcome::kTransportRefused : Outcome::kTimedOut);
   return Step::kDone;
 }
 
@@ -107,7 +106,7 @@ void RtspSession::Sent(Outcome outcome) {
   if (outcome != Outcome::kOk) Ended(Ending::kUsual);
 }
 
-Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keepAliveAt_, pauseUntil_}); }
+Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keepAliveAt_, pauseUntil_, packetBy_}); }
 
 /// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
 /// it over a login is others' way to refuse it. Before OPTIONS there was an answer to that login already.
@@ -121,20 +120,24 @@ void RtspSession::Ended(Ending ending) {
     return Connect();
   }
   session_ = {};  // it ends with its connection
-  Finish(isOverLogin ? Outcome::kLoginRefused : Outcome::kNotUnderstood);
+  const Outcome outcome = IsAskingForUdp() ? Outcome::kTransportRefused : Outcome::kNotUnderstood;
+  Finish(isOverLogin ? Outcome::kLoginRefused : outcome);
+}
+
+void RtspSession::PortsOpened(int rtpPort) {
+  if (rtpPort == 0) return Finish(Outcome::kTransportRefused);
+  transport_.WishForUdp(rtpPort);
+  Setup();
+}
+
+void RtspSession::Arrived(const InterleavedPacket& packet) {
+  if (!packet.isControl) packetBy_ = Clock::time_point::max();
+  TakePacket(packet);
 }
 
 void RtspSession::Finish(Outcome outcome) {
   result_ = outcome;
   state_ = State::kDone;
-}
-
-std::vector<std::uint8_t> RtspSession::ControlFrame(std::span<const std::uint8_t> packet) const {
-  const std::array<std::uint8_t, 4> header = {'$', channels_.rtcp, static_cast<std::uint8_t>(packet.size() >> 8),
-                                              static_cast<std::uint8_t>(packet.size() & 0xff)};
-  std::vector<std::uint8_t> frame(header.size() + packet.size());
-  std::copy(packet.begin(), packet.end(), std::copy(header.begin(), header.end(), frame.begin()));
-  return frame;
 }
 
 std::string RtspSession::Teardown() {
@@ -192,7 +195,7 @@ Outcome RtspSession::Compose(const Request& request, std::string& text) {
   // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
   if (HoldsControls(request.uri) || HoldsControls(session_.id) || HoldsControls(*login)) return Outcome::kNotUnderstood;
   text = std::string(request.method) + ' ' + request.uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
-         "\r\nUser-Agent: " + target_.userAgent + "\r\n" + std::string(request.headers);
+         "\r\nUser-Agent: " + target_.userAgent + "\r\n" + request.headers;
   if (!session_.id.empty()) text += "Session: " + session_.id + "\r\n";
   if (hasLogin) text += "Authorization: " + *login + "\r\n";
   text += "\r\n";
@@ -255,13 +258,17 @@ void RtspSession::TakeAnswer(const RtspMessage& answer) {
     return Repeat(answer);
   }
   if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
+  if (goal_ == Goal::kPlay && transport_.IsUdp()) packetBy_ = now_ + (deadline_ - now_) / 2;
   Finish(MeaningOf(answer));
+  const bool mayBeOverUdp = goal_ == Goal::kSetup && !transport_.IsUdp();
+  if (mayBeOverUdp && result_ == Outcome::kTransportRefused) state_ = State::kOpening;
 }
 
 /// What the answer means that the goal was after; takes over what it holds.
 Outcome RtspSession::MeaningOf(const RtspMessage& answer) {
   if (goal_ == Goal::kSetup && RefusesTransport(answer.status)) return Outcome::kTransportRefused;
   const Outcome outcome = OutcomeOf(answer.status);
+  if (outcome == Outcome::kNotUnderstood && IsAskingForUdp()) return Outcome::kTransportRefused;
   if (outcome == Outcome::kOk && goal_ == Goal::kDescribe) return ReadDescription(answer);
   if (outcome == Outcome::kOk && goal_ == Goal::kSetup) return ReadGrant(answer);
   return outcome;
@@ -304,10 +311,8 @@ Outcome RtspSession::ReadDescription(const RtspMessage& answer) {
 
 Outcome RtspSession::ReadGrant(const RtspMessage& answer) {
   session_ = ParseSession(answer.Header("Session"));
-  const auto channels = ParseTransport(answer.Header("Transport"));
-  if (!channels) return Outcome::kTransportRefused;
-  channels_ = *channels;
-  parser_.ExpectPackets(channels_.rtp, channels_.rtcp);
+  if (!transport_.Take(answer.Header("Transport"))) return Outcome::kTransportRefused;
+  if (!transport_.IsUdp()) parser_.ExpectPackets(transport_.Channels().rtp, transport_.Channels().rtcp);
   return Outcome::kOk;
 }
 

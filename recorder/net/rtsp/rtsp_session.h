@@ -13,6 +13,7 @@
 #include "recorder/net/login/login.h"
 #include "recorder/net/rtsp/rtsp_headers.h"
 #include "recorder/net/rtsp/rtsp_parser.h"
+#include "recorder/net/rtsp/rtsp_transport.h"
 #include "recorder/net/rtsp/sdp.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
@@ -59,10 +60,11 @@ class RtspLogins {
 class RtspSession {
  public:
   enum class Step {
-    kConnect,  ///< connect to Port(), closing an earlier connection first, and tell Connected()
-    kSend,     ///< send Outgoing() and tell Sent()
-    kReceive,  ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
-    kDone,     ///< what was begun has ended with Result()
+    kConnect,    ///< connect to Port(), closing an earlier connection first, and tell Connected()
+    kSend,       ///< send Outgoing() and tell Sent()
+    kReceive,    ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
+    kOpenPorts,  ///< open a pair of UDP ports at the connection's local address, and tell PortsOpened()
+    kDone,       ///< what was begun has ended with Result()
   };
 
   /// How the camera closed a connection.
@@ -83,11 +85,13 @@ class RtspSession {
   void Describe();
   /// What Describe found.
   const SdpVideo& Video() const { return video_; }
-  /// Asks for a session with the video. kTransportRefused when the camera does not send it over this connection.
+  /// Asks for a session with the video: over this connection, or over UDP where the camera refuses that.
+  /// kTransportRefused when it refuses both.
   void Setup();
   /// Starts the video.
   void Play();
-  /// Takes the next packet, and keeps the session alive meanwhile.
+  /// Takes the next packet, and keeps the session alive meanwhile. kTransportRefused when none has come over UDP in
+  /// half of the time.
   void Read();
   /// What Read found; valid until the next call that is not const.
   const InterleavedPacket& Packet() const { return packet_; }
@@ -110,11 +114,20 @@ class RtspSession {
   void Received(std::size_t size) { parser_.Filled(size); }
   void Ended(Ending ending);
 
+  /// `rtpPort`: the even one of the pair; 0 when there is none.
+  void PortsOpened(int rtpPort);
+  /// How the packets come, once Setup has succeeded.
+  const RtspTransport& Transport() const { return transport_; }
+  /// Tells of a packet that came over UDP; it has to stay as long as Packet() is wanted.
+  void Arrived(const InterleavedPacket& packet);
+
   /// Ends what was begun, also for a reason that lies outside.
   void Finish(Outcome outcome);
 
   /// One RTCP packet as the connection carries it.
-  std::vector<std::uint8_t> ControlFrame(std::span<const std::uint8_t> packet) const;
+  std::vector<std::uint8_t> ControlFrame(std::span<const std::uint8_t> packet) const {
+    return transport_.ControlFrame(packet);
+  }
   /// What is to be sent when the connection is given up; "" when there is no session.
   std::string Teardown();
 
@@ -125,6 +138,7 @@ class RtspSession {
     kSending,
     kListening,
     kPausing,  ///< before the request is sent again: perhaps the camera closes the connection
+    kOpening,  ///< ports of UDP
     kDone,
   };
   enum class Login {
@@ -137,7 +151,7 @@ class RtspSession {
   struct Request {
     std::string_view method;
     std::string uri;
-    std::string_view headers;
+    std::string headers;
   };
   struct EarlyPacket {
     bool isControl;
@@ -165,6 +179,7 @@ class RtspSession {
   void FollowRedirect(const RtspMessage& answer);
   Outcome ReadDescription(const RtspMessage& answer);
   Outcome ReadGrant(const RtspMessage& answer);
+  bool IsAskingForUdp() const { return goal_ == Goal::kSetup && transport_.IsUdp(); }
 
   bool IsLoginSent() const { return login_ == Login::kSent || login_ == Login::kRepeated; }
   void ProveLogin();
@@ -201,7 +216,8 @@ class RtspSession {
   SdpVideo video_;
   std::string base_;
   RtspSessionId session_;
-  RtspChannels channels_;
+  RtspTransport transport_;
+  Clock::time_point packetBy_ = Clock::time_point::max();  // the first over UDP
   Clock::time_point keepAliveAt_ = Clock::time_point::max();
   InterleavedPacket packet_;
   std::deque<EarlyPacket> early_;  // came before PLAY was answered
