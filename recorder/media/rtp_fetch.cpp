@@ -25,6 +25,9 @@ namespace {
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
 
+/// What was asked for may be lost, or come damaged: so long after it is asked for again.
+constexpr std::chrono::seconds kKeyFrameInterval{1};
+
 /// A receiver report without a block and a picture loss indication (RFC 3550 section 6.4.2, RFC 4585 section 6.3.1): it
 /// asks the camera of stream `source` for a key frame now.
 std::array<std::uint8_t, 20> KeyFrameRequest(std::uint32_t source) {
@@ -60,7 +63,7 @@ struct RtpFetch::Impl {
   std::unique_ptr<recorder::Depacketizer> depacketizer;
   std::optional<recorder::AccessUnitAssembler> assembler;
   std::uint32_t codec = 0;
-  bool hasAskedForKeyFrame = false;
+  recorder::Clock::time_point askForKeyFrameAt;
   recorder::Clock::time_point started;
   std::uint32_t source = 0;  // SSRC of the video
   std::vector<std::uint8_t> pieces;
@@ -155,9 +158,11 @@ bool RtpFetch::Impl::IsKeyFrame() const {
          (takesRecoveryPoint && unit.kind == recorder::UnitKind::kRecoveryPoint);
 }
 
-/// Once: a camera with seconds between its key frames then sends one now.
+/// A camera with seconds between its key frames then sends one now.
 void RtpFetch::Impl::AskForKeyFrame() {
-  if (std::exchange(hasAskedForKeyFrame, true)) return;
+  const recorder::Clock::time_point now = recorder::Clock::now();
+  if (now < askForKeyFrameAt) return;
+  askForKeyFrameAt = now + recorder::kKeyFrameInterval;
   client->SendControl(recorder::KeyFrameRequest(source));
 }
 
