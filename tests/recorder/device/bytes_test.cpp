@@ -6,6 +6,7 @@
 #include <string>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 #include "recorder/net/http/http_client.h"
 #include "recorder/net/rtsp/rtsp_client.h"
@@ -15,28 +16,45 @@
 namespace recorder {
 namespace {
 
-/// Answers what comes first over its one connection.
-class OneAnswer {
+const std::string kMuch(5000, 'x');
+
+/// Answers each request over its one connection by the next answer. Before that to PLAY it sends a large packet over
+/// UDP.
+class Answers {
  public:
-  explicit OneAnswer(std::string answer) : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  explicit Answers(std::vector<std::string> answers) : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address = {.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
     socklen_t size = sizeof address;
     std::ignore = bind(listener_.Get(), reinterpret_cast<sockaddr*>(&address), size);
     listen(listener_.Get(), 1);
     getsockname(listener_.Get(), reinterpret_cast<sockaddr*>(&address), &size);
     port_ = ntohs(address.sin_port);
-    thread_ = std::jthread([this, text = std::move(answer)] {
+    thread_ = std::jthread([this, texts = std::move(answers)] {
       const FileDescriptor connection(accept(listener_.Get(), nullptr, nullptr));
-      char request[4096];
-      recv(connection.Get(), request, sizeof request, 0);
-      send(connection.Get(), text.data(), text.size(), MSG_NOSIGNAL);
-      while (recv(connection.Get(), request, sizeof request, 0) > 0) continue;
+      char bytes[4096];
+      std::string asked;
+      for (const std::string& text : texts) {
+        asked.append(bytes, static_cast<std::size_t>(recv(connection.Get(), bytes, sizeof bytes, 0)));
+        if (asked.find("PLAY ") != std::string::npos) SendPacket(asked.substr(asked.find("client_port=") + 12));
+        send(connection.Get(), text.data(), text.size(), MSG_NOSIGNAL);
+      }
+      while (recv(connection.Get(), bytes, sizeof bytes, 0) > 0) continue;
     });
   }
 
   CameraAddress Address() const { return {.host = "127.0.0.1", .port = port_, .user = "", .password = ""}; }
 
  private:
+  static void SendPacket(const std::string& port) {
+    const FileDescriptor sender(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const sockaddr_in client = {.sin_family = AF_INET,
+                                .sin_port = htons(static_cast<in_port_t>(std::stoi(port))),
+                                .sin_addr = {htonl(INADDR_LOOPBACK)},
+                                .sin_zero = {}};
+    const std::string packet = "\x80" + kMuch;
+    sendto(sender.Get(), packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&client), sizeof client);
+  }
+
   FileDescriptor listener_;
   int port_ = 0;
   std::jthread thread_;
@@ -50,33 +68,49 @@ Outcome Describe(const CameraAddress& camera) {
   return RtspClient(camera, "/", RequestScope::Current().Deadline()).Describe();
 }
 
+Outcome ReadOverUdp(const CameraAddress& camera) {
+  RtspClient client(camera, "/", RequestScope::Current().Deadline());
+  for (Outcome (RtspClient::*step)() : {&RtspClient::Describe, &RtspClient::Setup, &RtspClient::Play}) {
+    if (const Outcome outcome = (client.*step)(); outcome != Outcome::kOk) return outcome;
+  }
+  InterleavedPacket packet;
+  return client.Read(packet);
+}
+
 Outcome Get(const CameraAddress& camera) {
   TakeAll all;
   return HttpGet(camera, "/", all);
 }
 
-const std::string kMuch(5000, 'x');
-
 const struct {
   const char* name;
   Outcome (*ask)(const CameraAddress& camera);
-  std::string answer;
+  std::vector<std::string> answers;
   Outcome outcome;  ///< when all may come
 } kAnswers[] = {
-    {"a message", Describe, "RTSP/1.0 404 No\r\nCSeq: 1\r\nContent-Length: 5000\r\n\r\n" + kMuch,
+    {"a message",
+     Describe,
+     {"RTSP/1.0 404 No\r\nCSeq: 1\r\nContent-Length: 5000\r\n\r\n" + kMuch},
      Outcome::kNoSuchStream},
-    {"a body", Get, "HTTP/1.1 200 OK\r\nContent-Length: 5000\r\n\r\n" + kMuch, Outcome::kOk},
-    {"a header", Get, "HTTP/1.1 200 OK\r\nX: " + kMuch + "\r\nContent-Length: 1\r\n\r\nx", Outcome::kOk},
-    {"a chunk's mark", Get, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;" + kMuch + "\r\nx\r\n0\r\n\r\n",
+    {"a packet over UDP",
+     ReadOverUdp,
+     {"RTSP/1.0 200 OK\r\nContent-Length: 51\r\n\r\nv=0\r\nm=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\n",
+      "RTSP/1.0 461 No\r\n\r\n", "RTSP/1.0 200 OK\r\nSession: 7\r\n\r\n", "RTSP/1.0 200 OK\r\n\r\n"},
+     Outcome::kOk},
+    {"a body", Get, {"HTTP/1.1 200 OK\r\nContent-Length: 5000\r\n\r\n" + kMuch}, Outcome::kOk},
+    {"a header", Get, {"HTTP/1.1 200 OK\r\nX: " + kMuch + "\r\nContent-Length: 1\r\n\r\nx"}, Outcome::kOk},
+    {"a chunk's mark",
+     Get,
+     {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n1;" + kMuch + "\r\nx\r\n0\r\n\r\n"},
      Outcome::kOk},
 };
 
 TEST(BytesTest, AllThatACameraSendsCounts) {
-  for (const auto& [name, ask, answer, outcome] : kAnswers) {
+  for (const auto& [name, ask, answers, outcome] : kAnswers) {
     for (const std::uint64_t limit : {std::uint64_t{4000}, kCameraBytes}) {
       SCOPED_TRACE(name);
-      const bool isTooMuch = limit < answer.size();
-      const OneAnswer camera(answer);
+      const bool isTooMuch = limit < kMuch.size();
+      const Answers camera(answers);
       RequestScope scope(std::chrono::seconds(10), limit);
       EXPECT_EQ(ask(camera.Address()), isTooMuch ? Outcome::kNotUnderstood : outcome);
       EXPECT_EQ(scope.Refusal("elsewhere", 80, "", "") == Outcome::kNotUnderstood, isTooMuch);

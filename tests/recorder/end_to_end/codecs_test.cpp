@@ -23,6 +23,10 @@ const Kind kKinds[] = {
     {"H264TenBits", R"({"codec": "h264", "depth": 10})", "Simcam RTSP-H264", "", "", "640x480"},
     {"H265TenBits", R"({"codec": "h265", "depth": 10})", "Simcam RTSP-H265", "", "H.265", "640x480"},
     {"Mpeg4", R"({"codec": "mpeg4"})", "Simcam RTSP-MPEG4", "", "MPEG4", "640x480"},
+    {"H264OverUdp", R"({"codec": "h264", "transport": "udp"})", "Simcam RTSP-H264", "", "", "640x480"},
+    {"H265OverUdp", R"({"codec": "h265", "transport": "udp"})", "Simcam RTSP-H265", "", "H.265", "640x480"},
+    {"Mpeg4OverUdp", R"({"codec": "mpeg4", "transport": "udp"})", "Simcam RTSP-MPEG4", "", "MPEG4", "640x480"},
+    {"JpegOverUdp", R"({"codec": "jpeg", "transport": "udp"})", "User ", "/stream1", "", "640x480"},
     {"HttpMjpeg", R"({"codec": "h264"})", "Simcam HTTP-MJPEG", "", "MJPEG", "640x480"},
     {"HttpJpegSetting", R"({"codec": "h264"})", "Simcam HTTP-Snapshot-Sizes", "", "MJPEG", "320x240"},
     {"FourthChannel", R"({"codec": "h264", "path": "/ch4/stream1"})", "Simcam VideoServer-4", "", "", "640x480"},
@@ -148,8 +152,10 @@ Json::Value LateKeyFrame(const std::string& name, const char* more) {
 }
 
 TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
-  const SimCameras cameras(List({LateKeyFrame("short session", R"({"fault": "sessionTimeout"})"),
-                                 LateKeyFrame("asked", R"({"stream": {"pli": true}})")}));
+  const SimCameras cameras(
+      List({LateKeyFrame("short session", R"({"fault": "sessionTimeout"})"),
+            LateKeyFrame("asked", R"({"stream": {"pli": true}})"), LateKeyFrame("lost", R"({"fault": "lostPacket",
+                                                          "stream": {"pli": true, "transport": "udp"}})")}));
   const auto hasPicture = [&](const char* camera, int limitMs) {
     const TestRecorder recorder({.testMs = 1000, .pictureMs = limitMs, .workers = 1});
     const Answer answer = recorder.Post("GetSnapshot", CameraParams(cameras.Port(camera), kSecret));
@@ -157,4 +163,5 @@ TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
   };
   EXPECT_TRUE(hasPicture("short session", 12'000)) << "it ends after 5 s without a request";
   EXPECT_TRUE(hasPicture("asked", 4'000)) << "a picture loss indication brings a key frame";
+  EXPECT_TRUE(hasPicture("lost", 4'000)) << "and another one when that is lost";
 }

@@ -46,6 +46,7 @@ Json::Value SetUp(const std::string& fault, const std::string& model) {
       {"manyChallenges", R"({"login": {"offer": ["digest-unknown", "digest-sha256", "digest-md5", "basic"]}})"},
       {"oneLineChallenges",
        R"({"login": {"offer": ["digest-unknown", "bearer", "digest-sha256"], "oneHeader": true}})"},
+      {"udpLost", R"({"fault": "lostPacket", "stream": {"transport": "udp", "gop": 5}})"},
       {"redirectOther", R"({"fault": "redirectOther", "redirectTo": "http://127.0.0.2:9/"})"},
       {"redirectFile", R"({"fault": "redirectOther", "redirectTo": "file:///etc/hostname"})"},
   };

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <set>
+
 #include "rig/cameras.h"
 #include "tests/recorder/end_to_end/expect.h"
 
@@ -122,4 +127,41 @@ TEST(Manners, ALoginReachesACameraThatHangsUpBehindItsChallenge) {
     logins += request["method"] == "DESCRIBE" && request["login"].asBool() ? 1 : 0;
   }
   EXPECT_EQ(logins, kTries) << "one each";
+}
+
+namespace {
+
+/// The UDP sockets that processes of this recorder have (proc(5)).
+int CountUdpSockets(const TestRecorder& recorder) {
+  std::set<std::string> all;
+  std::ifstream table("/proc/net/udp");
+  for (std::string line; std::getline(table, line);) all.insert("socket:[" + Words(line).at(9) + "]");
+  int count = 0;
+  for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+    const bool isOurs = ReadText(process.path() / "environ").find(recorder.ConfigFile()) != std::string::npos;
+    if (!isOurs) continue;
+    std::error_code ignored;
+    for (const auto& descriptor : std::filesystem::directory_iterator(process.path() / "fd", ignored)) {
+      count += all.contains(std::filesystem::read_symlink(descriptor, ignored)) ? 1 : 0;
+    }
+  }
+  return count;
+}
+
+}  // namespace
+
+TEST(Manners, UdpIsOpenForItsRequestAlone) {
+  const SimCameras cameras(List({Faulty("udp", "tcp461"), Faulty("silent", "udpSilent"), Camera("tcp")}));
+  const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1});
+  const auto waiting = std::async(
+      std::launch::async, [&] { CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("silent"), kSecret)); });
+  int most = 0;
+  while (waiting.wait_for(std::chrono::milliseconds(10)) == std::future_status::timeout) {
+    most = std::max(most, CountUdpSockets(recorder));
+  }
+  EXPECT_EQ(most, 2) << "RTP and RTCP";
+  for (const char* camera : {"silent", "udp", "tcp"}) {
+    CodeOf(recorder, "CameraTest", CameraParams(cameras.Port(camera), kSecret));
+    EXPECT_EQ(CountUdpSockets(recorder), 0) << camera;
+  }
 }

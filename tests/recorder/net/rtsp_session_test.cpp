@@ -21,6 +21,9 @@ const std::string kSdp =
     Answer("200 OK", "Content-Length: 51\r\n\r\nv=0\r\nm=video 0 RTP/AVP 96\r\na=rtpmap:96 H264/90000\r\n");
 const std::string kGranted =
     Answer("200 OK", "Session: 7;timeout=60\r\nTransport: RTP/AVP/TCP;interleaved=4-5\r\n\r\n");
+const std::string kGrantedUdp =
+    Answer("200 OK", "Session: 7\r\nTransport: RTP/AVP;unicast;client_port=9-10;server_port=11\r\n\r\n");
+const std::string kGrantedMulticast = Answer("200 OK", "Transport: RTP/AVP;multicast;port=5000-5001\r\n\r\n");
 const std::string kOk = Answer("200 OK");
 const std::string kPacket = "$\x04\x00\x0c\x80\x60\x00\x01"s + std::string(8, '\x11');
 
@@ -47,6 +50,17 @@ const SessionCase kSessionCases[] = {
     {"QuestionInMidStream",
      {kSdp, kGranted, kOk, "OPTIONS * RTSP/1.0\r\nCSeq: 9\r\n\r\n" + kPacket, kClosed},
      "554 D S P R 12 notUnderstood"},
+    {"OverUdp", {kSdp, Answer("461 No"), kGrantedUdp, kOk}, "554 D S ports S P O transportRefused"},
+    {"UdpIsAnsweredToTcp", {kSdp, kGrantedUdp, kGrantedUdp, kClosed}, "554 D S ports S P notUnderstood"},
+    {"MulticastIsAnsweredToUdp", {kSdp, Answer("406 No"), kGrantedMulticast}, "554 D S ports S transportRefused"},
+    {"TcpIsAnsweredToUdp", {kSdp, Answer("500 No"), kGranted}, "554 D S ports S transportRefused"},
+    {"RefusesUdpLikewise", {kSdp, Answer("461 No"), Answer("455 No")}, "554 D S ports S transportRefused"},
+    {"RefusesUdpByClosing", {kSdp, Answer("461 No"), kClosed}, "554 D S ports S transportRefused"},
+    {"IsTooBusyForUdp", {kSdp, Answer("461 No"), Answer("453 No")}, "554 D S ports S busy"},
+    {"WantsALoginForUdp",
+     {kSdp, Answer("461 No"), kChallenge, kGrantedUdp, kClosed},
+     "554 D S ports S Sn1 Pn2 notUnderstood"},
+    {"IsTooBusyForTcp", {kSdp, Answer("453 No")}, "554 D S busy"},
     {"Login", {kChallenge, kSdp, kGranted, kOk, kClosed}, "554 D Dn1 Sn2 Pn3 notUnderstood"},
     {"WrongLogin", {kChallenge, kChallenge}, "554 D Dn1 loginRefused"},
     {"StaleNonce", {kChallenge, kStale, kSdp, kStale, kGranted, kClosed}, "554 D Dn1 Dm1 Sm2 Sm1 Pm2 notUnderstood"},

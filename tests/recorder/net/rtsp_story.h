@@ -51,6 +51,10 @@ class RtspStory : private RtspLogins {
             Hear(script_[next_++]);
           }
           break;
+        case RtspSession::Step::kOpenPorts:
+          Tell("ports");
+          session_.PortsOpened(5000);
+          break;
         case RtspSession::Step::kDone:
           return session_.Result() == Outcome::kOk;
       }
