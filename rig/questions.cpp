@@ -13,8 +13,6 @@ constexpr char kVendor[] = "Rig";
 constexpr std::pair<const char*, int> kFaults[] = {
     {"refused", 462}, {"describe403", 464}, {"describe404", 465}, {"describe453", 467}, {"garbage", 468},
 };
-constexpr char kSilent[] = "silentAfterConnect";
-constexpr int kSilentCode = 463;
 /// Cameras that send as much as they can: a trouble of their ONVIF service, or a fault of their pictures.
 struct Hostile {
   const char* name;
@@ -92,7 +90,6 @@ Json::Value CameraConfigs(int callers) {
     configs.append(Camera(CameraName(caller), camera));
   }
   for (const auto& [fault, code] : kFaults) configs.append(Faulty(fault, fault));
-  configs.append(Faulty(kSilent, kSilent));
   for (const auto& [name, code, model] : kHostile) {
     Json::Value camera;
     if (model == kOnvifModel) {
@@ -180,10 +177,6 @@ Question Questioner::Camera() {
     default:
       return Random(2) == 0 ? Picture() : RawPicture();
   }
-}
-
-Question Questioner::SilentBatch() {
-  return Batch(std::vector<Target>(kAtOnce, {cameras_.Port(kSilent), "", kSilentCode}), model_);
 }
 
 Question Questioner::HostileBatch() {

@@ -38,8 +38,6 @@ class Questioner {
   Question List();
   /// A test, a picture or a size of this caller's camera, or what it says of itself over ONVIF.
   Question Camera();
-  /// A list of cameras that never answer.
-  Question SilentBatch();
   /// A list of ONVIF cameras whose answers only cost memory and time, of each kind in turn.
   Question HostileBatch();
   /// What this caller's camera says over ONVIF, asked now, which writes its capability file.

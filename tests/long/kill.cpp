@@ -5,7 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <atomic>
+#include <array>
 #include <chrono>
 #include <csignal>
 #include <iostream>
@@ -74,28 +74,6 @@ class Recorder {
   std::unique_ptr<Process> again_;
 };
 
-/// Stores cameras until it is told to end.
-class Storing {
- public:
-  explicit Storing(RecordKeeper& keeper)
-      : thread_([this, &keeper] {
-          while (!isStopped_) {
-            keeper.AddOne();
-            if (!isStopped_) keeper.ImportSome();
-          }
-        }) {}
-  ~Storing() {
-    isStopped_ = true;
-    thread_.join();
-  }
-  Storing(const Storing&) = delete;
-  Storing& operator=(const Storing&) = delete;
-
- private:
-  std::atomic<bool> isStopped_ = false;
-  std::thread thread_;
-};
-
 bool IsServer(Victim victim) { return victim != Victim::kWorker && victim != Victim::kControl; }
 
 class Trial {
@@ -149,27 +127,26 @@ class Trial {
   }
 
   std::vector<Callers::Source> Sources() {
+    static constexpr std::array kKinds = {&Questioner::AskOnvif, &Questioner::AskKept, &Questioner::Camera};
     std::vector<Callers::Source> sources;
     for (Questioner& questioner : questioners_) {
-      sources.emplace_back([&questioner, at = 0]() mutable {
-        switch (at++ % 3) {
-          case 0:
-            return questioner.AskOnvif();
-          case 1:
-            return questioner.AskKept();
-          default:
-            return questioner.Camera();
-        }
-      });
+      sources.emplace_back([&questioner, at = 0U]() mutable { return (questioner.*kKinds[at++ % kKinds.size()])(); });
     }
     return sources;
+  }
+
+  void StoreCameras(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      keeper_.AddOne();
+      if (!stop.stop_requested()) keeper_.ImportSome();
+    }
   }
 
   void Round(const VictimKind& kind) {
     victim_ = kind.name;
     Tally tally;
     {
-      const Storing storing(keeper_);
+      const std::jthread storing([this](const std::stop_token& stop) { StoreCameras(stop); });
       Callers callers(recorder_.Asked().Port(), Sources());
       std::this_thread::sleep_for(milliseconds(std::uniform_int_distribution(0, kLongestPrelude)(random_)));
       const std::vector<ProcessInfo> servers = ServerProcesses();
@@ -232,8 +209,6 @@ class Trial {
                  " of them for a killed worker), " + std::to_string(all_.unanswered) + " lost with the server");
     report_.Note("slowest replacement of a worker " + std::to_string(slowestReplacement_.count()) +
                  " ms, slowest start of the server " + std::to_string(slowestStart_.count()) + " ms");
-    report_.Note(std::to_string(UnfinishedFiles(recorder_.Asked().StateFolder())) +
-                 " unfinished capability files lie beside the whole ones");
     report_.Promise(report_.ExitStatus() == 0, std::to_string(keeper_.Acknowledged()) + " acknowledged cameras of " +
                                                    std::to_string(keeper_.Tried()) +
                                                    " tried are there; no half file, no half answer; a killed worker "

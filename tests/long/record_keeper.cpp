@@ -16,8 +16,6 @@ namespace {
 constexpr int kImportedAtOnce = 5;
 constexpr int kFirstPort = 1024;
 
-fs::path CapabilityFolder(const fs::path& stateFolder) { return stateFolder / "capabilities"; }
-
 }  // namespace
 
 std::string RecordKeeper::NewCamera() {
@@ -72,7 +70,7 @@ std::string RecordKeeper::Mistake() const {
 
 std::string CapabilityFileMistake(const fs::path& stateFolder) {
   std::error_code noneYet;
-  for (const auto& entry : fs::directory_iterator(CapabilityFolder(stateFolder), noneYet)) {
+  for (const auto& entry : fs::directory_iterator(stateFolder / "capabilities", noneYet)) {
     if (entry.path().extension() != ".json") continue;
     const std::string text = ReadText(entry.path());
     try {
@@ -82,15 +80,6 @@ std::string CapabilityFileMistake(const fs::path& stateFolder) {
     }
   }
   return "";
-}
-
-int UnfinishedFiles(const fs::path& stateFolder) {
-  int count = 0;
-  std::error_code noneYet;
-  for (const auto& entry : fs::directory_iterator(CapabilityFolder(stateFolder), noneYet)) {
-    if (entry.path().extension() != ".json") ++count;
-  }
-  return count;
 }
 
 }  // namespace long_tests

@@ -38,7 +38,5 @@ class RecordKeeper {
 
 /// What is wrong with the files that are kept of asked cameras; "" for nothing.
 std::string CapabilityFileMistake(const std::filesystem::path& stateFolder);
-/// Files beside them that a killed process has left; nobody reads them.
-int UnfinishedFiles(const std::filesystem::path& stateFolder);
 
 }  // namespace long_tests

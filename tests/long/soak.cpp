@@ -1,15 +1,12 @@
-// long_soak: a recorder with four times as many callers as workers, with silent and hostile cameras, and with rude
-// clients.
+// long_soak: a recorder with four times as many callers as workers, with hostile cameras, and with idle clients.
 
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
-#include <functional>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <random>
 #include <span>
 #include <string>
@@ -22,7 +19,6 @@
 #include "rig/questions.h"
 #include "rig/recorder.h"
 #include "rig/report.h"
-#include "tests/long/rude_clients.h"
 
 namespace long_tests {
 
@@ -39,15 +35,13 @@ constexpr int kCallers = 4 * (kCameraWorkers + kListWorkers);
 constexpr long kWarmUpRequests = 1000;
 constexpr long kKiBInMiB = 1024;
 constexpr double kMostGrowth = 0.05;
-constexpr double kMostSlowdown = 2;
-constexpr int kSilentCallers = 2 * kCameraWorkers;
 constexpr int kLeastHostileLists = 6;
 constexpr long kMostPeakMiB = 200;  // of a worker
 constexpr long kMostKeptMiB = 20;   // more than before
-constexpr int kDrippingClients = 20;
 constexpr int kIdleClients = 400;
 constexpr int kMostConnections = 256;  // the server's limits
 constexpr seconds kLongestIdle{10};    // then the server waits for up to 5 s more whether the client closes
+constexpr seconds kSilenceLimit{60};   // of an idle client
 constexpr int kServersOwnDescriptors = 40;
 
 struct Options {
@@ -74,23 +68,12 @@ class Soak {
 
   int Run() {
     Load();
-    SilentCameras();
     HostileCameras();
-    Drip();
     Idle();
     return report_.ExitStatus();
   }
 
  private:
-  std::vector<Callers::Source> Sources(Question (Questioner::*ask)(), std::size_t first, std::size_t count) {
-    return SourcesOf(std::span(questioners_).subspan(first, count), ask);
-  }
-
-  Tally AskFor(Callers& callers, milliseconds time) {
-    std::this_thread::sleep_for(time);
-    return callers.Stop();
-  }
-
   void PromiseAllAnswered(const std::string& name, const Tally& tally) {
     const auto promise = [&](long count, const char* fate) {
       report_.Promise(count == 0, name + ": " + std::to_string(count) + " of " + std::to_string(tally.Asked()) +
@@ -136,11 +119,12 @@ class Soak {
   void Load() {
     report_.Heading("Load: " + std::to_string(kCallers) + " callers, " + std::to_string(kCameraWorkers) + " + " +
                     std::to_string(kListWorkers) + " workers, all methods, seed " + std::to_string(options_.seed));
-    const auto sources = Sources(&Questioner::Any, 0, kCallers);
+    const auto sources = SourcesOf(questioners_, &Questioner::Any);
     Tally tally = Callers(recorder_.Port(), sources, kWarmUpRequests).Wait();
     const auto early = WorkerHoldings();
     Callers callers(recorder_.Port(), sources);
-    const Tally load = AskFor(callers, seconds(options_.seconds));
+    std::this_thread::sleep_for(seconds(options_.seconds));
+    const Tally load = callers.Stop();
     const auto late = WorkerHoldings();
 
     report_.Note(NumberText(static_cast<double>(load.Asked()) / options_.seconds) +
@@ -152,45 +136,6 @@ class Soak {
     PromiseAllAnswered("all methods", tally);
     report_.Promise(early.size() == kCameraWorkers + kListWorkers, std::to_string(early.size()) + " workers");
     Compare(early, late);
-  }
-
-  /// Median time of the methods that contact no camera, in ms.
-  double ListTime(Tally& all) {
-    Callers callers(recorder_.Port(), Sources(&Questioner::List, 0, kListWorkers));
-    const Tally tally = AskFor(callers, milliseconds(options_.seconds * 100));
-    all.Add(tally);
-    std::vector<double> times;
-    for (const auto& [method, some] : tally.milliseconds) times.insert(times.end(), some.begin(), some.end());
-    return Median(times);
-  }
-
-  /// The list methods' time beside something else, between two times without it. `end` sees it before it goes.
-  template <class Burden>
-  void CompareListTimes(const std::string& name, const std::function<std::unique_ptr<Burden>()>& start,
-                        const std::function<void(Burden&)>& end) {
-    Tally tally;
-    const double before = ListTime(tally);
-    std::unique_ptr<Burden> burden = start();
-    std::this_thread::sleep_for(seconds(1));
-    const double beside = ListTime(tally);
-    end(*burden);
-    burden.reset();
-    const double alone = (before + ListTime(tally)) / 2;
-    PromiseAllAnswered("lists", tally);
-    report_.Promise(beside <= kMostSlowdown * alone, "lists: median " + NumberText(alone, 2) + " ms, with " + name +
-                                                         " " + NumberText(beside, 2) + " ms, ratio " +
-                                                         NumberText(beside / alone, 2));
-  }
-
-  void SilentCameras() {
-    report_.Heading("Silent cameras: " + std::to_string(kSilentCallers) + " callers with lists of them, beside lists");
-    CompareListTimes<Callers>(
-        "silent cameras",
-        [&] {
-          return std::make_unique<Callers>(recorder_.Port(),
-                                           Sources(&Questioner::SilentBatch, kListWorkers, kSilentCallers));
-        },
-        [&](Callers& callers) { PromiseAllAnswered("silent cameras", callers.Stop()); });
   }
 
   void HostileCameras() {
@@ -215,18 +160,6 @@ class Soak {
     }
   }
 
-  void Drip() {
-    report_.Heading("Dripping clients: " + std::to_string(kDrippingClients) + " send a byte a second");
-    CompareListTimes<DrippingClients>(
-        "dripping clients",
-        [&] { return std::make_unique<DrippingClients>(recorder_.Port(), recorder_.Login(), kDrippingClients); },
-        [&](DrippingClients& clients) {
-          Callers callers(recorder_.Port(), Sources(&Questioner::Camera, 0, kCameraWorkers));
-          PromiseAllAnswered("cameras", AskFor(callers, milliseconds(options_.seconds * 100)));
-          report_.Note(std::to_string(clients.Connected()) + " of them were connected all the time");
-        });
-  }
-
   int ServerDescriptors() const {
     const auto servers = Descendants(getpid(), "lighttpd");
     return servers.empty() ? 0 : OpenDescriptors(servers.front().id);
@@ -234,17 +167,18 @@ class Soak {
 
   void Idle() {
     report_.Heading("Idle clients: " + std::to_string(kIdleClients) + " connect and say nothing");
-    const IdleClients clients(recorder_.Port(), kIdleClients);
+    std::vector<Connection> clients;
+    for (int i = 0; i < kIdleClients; ++i) clients.emplace_back(recorder_.Port(), kSilenceLimit);
     std::this_thread::sleep_for(seconds(1));
     const int descriptors = ServerDescriptors();
     report_.Promise(descriptors <= kMostConnections + kServersOwnDescriptors,
                     "the web server has " + std::to_string(descriptors) + " descriptors open");
     const auto start = std::chrono::steady_clock::now();
-    const Tally tally = Callers(recorder_.Port(), Sources(&Questioner::List, 0, 1), 1).Wait();
+    const Tally tally =
+        Callers(recorder_.Port(), SourcesOf(std::span(questioners_).first(1), &Questioner::List), 1).Wait();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     PromiseAllAnswered("a caller in earnest", tally);
     report_.Promise(time < 2 * kLongestIdle, "it is answered after " + NumberText(time.count()) + " s");
-    report_.Note(std::to_string(clients.Ended()) + " idle clients were cut by then");
   }
 
   const Options options_;

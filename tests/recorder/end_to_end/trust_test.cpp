@@ -134,6 +134,19 @@ TEST(Pools, SilentCamerasKeepNobodyFromTheLists) {
   EXPECT_EQ(test.get(), 463);
 }
 
+TEST(Pools, HalfARequestKeepsNoWorkerWaiting) {
+  const TestRecorder recorder({.workers = 1});
+  const std::string whole = HttpRequest("POST", kApi + std::string("CameraTest"), recorder.Login(), "{}");
+  std::vector<Connection> callers;
+  for (const std::size_t missing : {whole.size() - 1, std::size_t{1}, std::size_t{1}}) {
+    callers.emplace_back(recorder.Port(), std::chrono::seconds(60)).Send(whole.substr(0, whole.size() - missing));
+  }
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", CameraParams(1, "")), 462);
+  for (const Connection& caller : callers) {
+    EXPECT_EQ(caller.State(), Connection::Idle::kQuiet) << "the server gave it up before it answered others";
+  }
+}
+
 TEST(Records, SwitchedOffCameraGivesTheDefaultPicture) {
   const SimCameras cameras(List({Camera("camera")}));
   const int port = cameras.Port("camera");
