@@ -4,9 +4,6 @@
 
 #include "recorder/device/check/device_api.h"
 #include "recorder/device/model/model_files.h"
-#include "recorder/request/request_scope.h"
-#include "recorder/utility/files.h"
-#include "rig/temp_folder.h"
 
 namespace recorder {
 namespace {
@@ -38,62 +35,11 @@ TEST(SnapshotPathTest, SaysWhereThePictureIs) {
   EXPECT_EQ(Picture("User", "", "", VIDEO_TYPE_H264), Found());
 }
 
-TEST(DeviceTest, AnotherFileStandsInForAnUnreachableCameraIfAllowed) {
-  SetModelsFolder(MODELS_FOLDER);
-  CamProfile profile;
-  profile.ip = "127.0.0.1";
-  profile.port = 1;
-  profile.vendor = "Simcam";
-  profile.model = "HTTP-Snapshot-Sizes";
-  std::string path;
-  EXPECT_EQ(CamCapUtils::GetCamCapFile(profile, path, REMOTE_CAMCAP_ASK_NOW), CAMCAP_FILE_UNREACHABLE);
-  EXPECT_EQ(path, "");
-  EXPECT_EQ(CamCapUtils::GetCamCapFile(profile, path, REMOTE_CAMCAP_AS_NEEDED), CAMCAP_FILE_SUBSTITUTED);
-  EXPECT_EQ(path, MODELS_FOLDER "/simcam.json");
-}
-
-TEST(DeviceTest, WhatCannotBeAskedIsLogged) {
-  SetModelsFolder(MODELS_FOLDER);
-  const std::pair<const char*, const char*> cases[] = {
-      {"User ", "\"User \" cannot be asked: no model file knows it"},
-      {"Nobody X", "\"Nobody X\" cannot be asked: no model file knows it"},
-      {"Simcam RTSP-Path", "\"Simcam RTSP-Path\" cannot be asked: the path of its stream is missing"}};
-  for (const auto& [cameraModel, words] : cases) {
-    const std::string text = cameraModel;
-    CamProfile profile;
-    profile.vendor = text.substr(0, text.find(' '));
-    profile.model = text.substr(text.find(' ') + 1);
-    std::string path;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(CamCapUtils::GetCamCapFile(profile, path, REMOTE_CAMCAP_ASK_NOW), CAMCAP_FILE_NOT_UNDERSTOOD);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(words), std::string::npos) << cameraModel;
-  }
-}
-
-TEST(DeviceTest, AMissingPathIsLoggedWhereItWasWanted) {
-  const std::string models = ReadFile(MODELS_FOLDER "/simcam.json");
-  const std::string stream = R"({"kind": "stream"})";  // the last one is that of RTSP-Path
-  for (const std::string& snapshot : {stream, std::string(R"({"kind": "http-jpeg", "path": "/x"})")}) {
-    const rig::TempFolder folder;
-    folder.Write("simcam.json", std::string(models).replace(models.rfind(stream), stream.size(), snapshot));
-    std::filesystem::copy(MODELS_FOLDER "/schema.json", folder.Path());
-    SetModelsFolder(folder.Path());
-    const RequestScope scope(std::chrono::seconds(1));
-    testing::internal::CaptureStderr();
-    {
-      DeviceAPIHandler api;
-      api.LoadByParam(DP_LOAD_FROM_MODEL_FILES, "127.0.0.1", 1, "", "", "Simcam", "RTSP-Path", "", "");
-      std::string path;
-      int port = 1;
-      int kind = 0;
-      unsigned char* jpeg = nullptr;
-      int size = 0;
-      const bool isHttp = api.GetSnapshotPath(path, port, kind) == 0;
-      if (isHttp) SnapshotGetFromAPI("127.0.0.1", 1, "", "", api, "", &jpeg, &size, VIDEO_TYPE_H264);
-    }
-    const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(log.find("path of its stream is missing") != std::string::npos, snapshot == stream) << snapshot << log;
-  }
+TEST(CapabilityTest, AnUnaskedCameraKeepsItsChannel) {
+  CamCapHandler handler;
+  ASSERT_EQ(handler.LoadCapability(DP_LOAD_FROM_MODEL_FILES, "PSIA", "Generic", "7", ""), 0);
+  EXPECT_EQ(handler.GetChannelList(), (std::list<std::string>{"1", "7"}));
+  EXPECT_EQ(handler.GetDefaultChannel(), "");
 }
 
 }  // namespace

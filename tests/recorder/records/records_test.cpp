@@ -43,22 +43,6 @@ class RecordsTest : public testing::Test {
   rig::TempFolder folder;
 };
 
-TEST_F(RecordsTest, KeepsCamerasAndPasswords) {
-  const int id = Records(State()).Add(Camera(), "pass word");
-  Records records{State()};
-  const auto found = records.Find(id);
-  ASSERT_TRUE(found);
-  EXPECT_EQ(found->name, "Tür \"Süd\"");
-  EXPECT_EQ(records.Password(*found), "pass word");
-  EXPECT_TRUE(records.SetPassword(id, ""));
-  EXPECT_EQ(records.Password(*found), "");
-  EXPECT_TRUE(records.SetStatus(id, CAM_CONN_STATUS_DISABLED));
-  EXPECT_EQ(records.List().at(0).status, CAM_CONN_STATUS_DISABLED);
-  EXPECT_TRUE(records.Remove(id));
-  EXPECT_FALSE(records.SetPassword(id, "x"));
-  EXPECT_NE(records.Add(Camera(), "x"), id) << "an id is never given again";
-}
-
 TEST_F(RecordsTest, FilesArePrivateAndHoldNoPlainPassword) {
   const mode_t before = umask(0);
   Records records{State()};
@@ -169,15 +153,6 @@ TEST_F(RecordsTest, AFileOfAnEarlierVersionIsWholeInThisOne) {
     ++versions;
   }
   EXPECT_EQ(versions, NewestSchema() - 1) << "a file for each version but the newest";
-}
-
-TEST_F(RecordsTest, KeepsTheStrongestLogin) {
-  Records records{State()};
-  const int id = records.Add(Camera(), "x");
-  for (const LoginMethod method : {LoginMethod::kMd5, LoginMethod::kBasic}) records.RaiseLogin(id, method);
-  EXPECT_EQ(records.Find(id)->strongestLogin, LoginMethod::kMd5);
-  EXPECT_TRUE(records.ForgetLogin(id));
-  EXPECT_EQ(records.Find(id)->strongestLogin, LoginMethod::kNone);
 }
 
 /// What a process does that is started to add a camera. An exception ends it with SIGABRT.

@@ -29,42 +29,33 @@ struct Question {
   const char* password;  ///< or a part of what the log says
 };
 
+WantedCamera Acme(const std::string& host, int port = 80, const std::string& user = "admin") {
+  return {"Acme", "X", host, port, user, "", "1"};
+}
+WantedCamera AcmeY() { return {"Acme", "Y", "cam1", 80, "admin", "", "1"}; }
+WantedCamera WithDefault(const std::string& channel) { return {"Acme", "X", "cam1", 80, "admin", "", channel}; }
+WantedCamera User(const std::optional<std::string>& path) { return {"User", "", "cam3", 554, "admin", path, "1"}; }
+
 const Question kQuestions[] = {
-    {"ById", 1, "2", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "one"},
-    {"ByIdInAnotherSpelling", 1, "", {"Acme", "X", "[CAM1.]", 80, "admin", "", "1"}, "one"},
-    {"WithItsPath", 7, "", {"User", "", "cam3", 554, "admin", "/live", "1"}, "seven"},
-    {"WhereNoPathIsUsed", 7, "", {"User", "", "cam3", 554, "admin", std::nullopt, "1"}, "seven"},
-    {"ByHost", 0, "", {"Acme", "X", "cam2", 80, "admin", "", "1"}, "three"},
-    {"ByChannel", 0, "2", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "two"},
-    {"ByTheDefaultChannel", 0, "", {"Acme", "X", "cam1", 80, "admin", "", "2"}, "two"},
-    {"ByNoChannelThatAnyHas",
-     0,
-     "3",
-     {"Acme", "X", "cam1", 80, "admin", "", "1"},
-     "cameras 1, 2 is not lent: the request names another channel"},
-    {"AnotherModel",
-     1,
-     "",
-     {"Acme", "Y", "cam1", 80, "admin", "", "1"},
-     "camera 1 is not lent: the request names another vendor or model"},
-    {"AnotherHost", 1, "", {"Acme", "X", "cam2", 80, "admin", "", "1"}, "names another host"},
-    {"AnotherPort", 1, "", {"Acme", "X", "cam1", 81, "admin", "", "1"}, "names another port"},
-    {"AnotherUser", 1, "", {"Acme", "X", "cam1", 80, "Admin", "", "1"}, "names another user"},
-    {"AnotherPath", 7, "", {"User", "", "cam3", 554, "admin", "/live?", "1"}, "names another source path"},
+    {"ById", 1, "2", Acme("cam1"), "one"},
+    {"ByIdInAnotherSpelling", 1, "", Acme("[CAM1.]"), "one"},
+    {"WithItsPath", 7, "", User("/live"), "seven"},
+    {"WhereNoPathIsUsed", 7, "", User(std::nullopt), "seven"},
+    {"ByHost", 0, "", Acme("cam2"), "three"},
+    {"ByChannel", 0, "2", Acme("cam1"), "two"},
+    {"ByTheDefaultChannel", 0, "", WithDefault("2"), "two"},
+    {"ByNoChannelThatAnyHas", 0, "3", Acme("cam1"), "cameras 1, 2 is not lent: the request names another channel"},
+    {"AnotherModel", 1, "", AcmeY(), "camera 1 is not lent: the request names another vendor or model"},
+    {"AnotherHost", 1, "", Acme("cam2"), "names another host"},
+    {"AnotherPort", 1, "", Acme("cam1", 81), "names another port"},
+    {"AnotherUser", 1, "", Acme("cam1", 80, "Admin"), "names another user"},
+    {"AnotherPath", 7, "", User("/live?"), "names another source path"},
     {"APathWhereItHasNone", 1, "", {"Acme", "X", "cam1", 80, "admin", "/live", "1"}, "names another source path"},
-    {"SwitchedOff", 0, "", {"Acme", "X", "cam2", 80, "guest", "", "1"}, "camera 4 is not lent: it is switched off"},
-    {"TwoFit",
-     0,
-     "1",
-     {"Acme", "X", "cam3", 80, "admin", "", "1"},
-     "cameras 5, 6 is not lent: they fit the request alike"},
-    {"ByADefaultThatNobodyKnows",
-     0,
-     "",
-     {"Acme", "X", "cam1", 80, "admin", "", ""},
-     "cameras 1, 2 is not lent: they fit the request alike"},
-    {"NoSuchCamera", 8, "", {"Acme", "X", "cam1", 80, "admin", "", "1"}, "there is no camera 8"},
-    {"NoSuchModel", 0, "", {"Acme", "Y", "cam1", 80, "admin", "", "1"}, "no camera of Acme Y is stored"},
+    {"SwitchedOff", 0, "", Acme("cam2", 80, "guest"), "camera 4 is not lent: it is switched off"},
+    {"TwoFit", 0, "1", Acme("cam3"), "cameras 5, 6 is not lent: they fit the request alike"},
+    {"ByADefaultThatNobodyKnows", 0, "", WithDefault(""), "cameras 1, 2 is not lent: they fit the request alike"},
+    {"NoSuchCamera", 8, "", Acme("cam1"), "there is no camera 8"},
+    {"NoSuchModel", 0, "", AcmeY(), "no camera of Acme Y is stored"},
 };
 
 class LendingTest : public testing::Test {
@@ -112,12 +103,14 @@ TEST_F(LendingTest, TheLoginNeverBecomesWeaker) {
     return lent;
   };
   LentPassword* lent = lend();
+  LentPassword* beside = lend();  // of another request at the same time
   EXPECT_TRUE(lent->MayLogIn(kOwn, kBasic));
   EXPECT_FALSE(lent->MayLogIn(kNamed, kBasic));
   lent->Worked(kNamed, kSha256);
   EXPECT_FALSE(lent->MayLogIn(kOwn, kBasic)) << "the camera knows Digest";
   EXPECT_TRUE(lent->MayLogIn(kOwn, kMd5)) << "of the own port nothing else is known";
   lent->Worked(kOwn, kSha256);
+  beside->Worked(kOwn, kMd5);
   for (LentPassword* later : {lent, lend()}) {
     EXPECT_FALSE(later->MayLogIn(kOwn, kMd5));
     EXPECT_TRUE(later->MayLogIn(kOwn, kSha256));
