@@ -80,9 +80,6 @@ const std::vector<Row> kRows = {
         "t1:0; " + kLoadOnvif + Swap(kUse, "Acme", "ONVIF") + kCheck),
     Row("OnvifLogin", {{"vendor", "ONVIF"}, {"GetCamCapFile", 4}}, "t1:6/464; " + kLoadOnvif),
     Row("OnvifUnreachable", {{"vendor", "ONVIF"}, {"GetCamCapFile", 2}}, "t1:1/468; " + kLoadOnvif),
-    Row("CallThatCannotBeMade", {{"GetDefaultChannel", kNoWrapper}},
-        R"(t1:0; LoadCapability(1,"Acme","X100","1",""); )" + BadCall(517, "GetDefaultChannel", kNotRegistered) +
-            R"(LoadByParam(1,"10.0.0.9",80,"root","pw","Acme","X100","",""); IsValid(); NeedsSourcePath(); )" + kCheck),
 };
 struct BatchTest : RowTest {};
 TEST_P(BatchTest, WorkerGoes) {

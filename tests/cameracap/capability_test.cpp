@@ -29,8 +29,6 @@ const std::vector<Row> kCamCapRows = {
         LoadCapability(1,"user","X1","2",""); GetCamCap("user","X1",{}); SetSuccess({"camCap":["document"]}))"),
     Row("LoadFails", {{"LoadCapability", -3}},
         kLoadModel + R"(log("cameracap:395","HandleCamCap","Failed to get camera cap.\n"); )" + Error(400)),
-    Row("CallThatCannotBeMade", {{"LoadCapability", kNoObject}},
-        BadCall(416, "LoadCapability", kNullObject) + kGetModel),
     Row("Exception", {{"GetCamCap", kThrow}}, kLoadModel + R"(GetCamCap("Acme","X100",{}); thrown)"),
     Row("HandlerObjectOfUserDefined", {{"vendor", "User"}, {"CamCapHandler", kThrow}}, "thrown"),
     Row("UserDefined", {{"vendor", "User"}, {"model", "any"}, {"channel", "9"}},
@@ -79,8 +77,6 @@ const std::vector<Row> kRemoteRows = {
         GetCamCap("PSIA","X100",{}); SetSuccess({"camCap":["document"]}))"),
     Row("ChannelListed", {{"vendor", "PSIA"}}, Swap(kPsia, "GetCamCap(", "GetChannelList(); GetCamCap(")),
     Row("ChannelNotListed", {{"vendor", "PSIA"}, {"GetChannelList", List(List("1"))}}, kReplaced),
-    Row("ChannelListMissing", {{"vendor", "PSIA"}, {"GetChannelList", kNoWrapper}},
-        Swap(Lines(kReplaced), "GetChannelList()\n", BadCall(517, "GetChannelList", kNotRegistered))),
     Row("NoChannelCheckForOtherCase", {{"vendor", "psia"}}, Swap(kObtained, "Acme", "psia")),
     Row("NeedsACommand", {{"camCapCmd", "none"}}, "thrown"),
 };

@@ -3,6 +3,15 @@
 
 namespace {
 
+/// The line of a checked call that could not be made.
+std::string BadCall(int line, const std::string& name, const std::string& cause) {
+  return "log(\"interface/handlerutils:" + std::to_string(line) + "\",\"operator()\",\"[" + name + "] Error: " + cause +
+         "\\n\"); ";
+}
+const std::string kNullObject = "Failed to run functor with DPObjectBase as NULL.";
+const std::string kNotRegistered =
+    "Some Functor is not registered properly. Check the template argument list and Function ID.";
+
 /// Makes calls that cannot be made: with no function, with one of another signature, with no object.
 template <class R, class... Types>
 void ExpectNeutral(const Functor<R, Types...>& functor, int line, MemFuncBase* other, auto... args) {

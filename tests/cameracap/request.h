@@ -8,6 +8,7 @@
 
 #include "cameracap/cameracap.h"
 #include "tests/double/script.h"
+#include "tests/recorder/rows.h"
 
 // One request to the module, against the scripted recorder.
 
@@ -42,15 +43,6 @@ inline const std::string kAdmitted = "GetParam(\"relayedCmd\",false); IsCmsHost(
 
 /// The line of an error answer.
 inline std::string Error(int code) { return "SetError(" + std::to_string(code) + R"(,{"param1":"","param2":""}))"; }
-
-/// The line of a checked call that could not be made.
-inline std::string BadCall(int line, const std::string& name, const std::string& cause) {
-  return "log(\"interface/handlerutils:" + std::to_string(line) + "\",\"operator()\",\"[" + name + "] Error: " + cause +
-         "\\n\"); ";
-}
-inline const std::string kNullObject = "Failed to run functor with DPObjectBase as NULL.";
-inline const std::string kNotRegistered =
-    "Some Functor is not registered properly. Check the template argument list and Function ID.";
 
 /// `text` with `from` replaced by `to` wherever it is.
 inline std::string Swap(std::string text, const std::string& from, const std::string& to) {
@@ -105,6 +97,3 @@ inline auto Rows(const std::string& method, const std::string& opening, std::vec
   }
   return testing::ValuesIn(rows);
 }
-
-/// Names a row's test after its member `name`.
-inline const auto kByName = [](const auto& info) { return std::string(info.param.name); };

@@ -53,10 +53,6 @@ const std::vector<Row> kSnapshotRows = {
     Row("SuccessWithoutAPicture", {{"SnapshotGetFromAPI", 0}}, kTake + kFailed),
     Row("PictureOfNoBytes", {{"SnapshotGetFromAPI", List(0, "")}}, kTake + kFailed),
     Row("NoPath", {{"GetSnapshotPath", 1}}, Until("GetSnapshotPath", kTake) + kNoPath + kFailed),
-    Row("CallThatCannotBeMade", {{"GetSnapshotPath", kNoObject}},
-        kLoadForPicture + R"(GetListForCodec(3); GetVideoType("H.264"); NeedsSourcePath(); )" +
-            BadCall(456, "GetSnapshotPath", kNullObject) +
-            R"(SnapshotGetFromAPI("10.0.0.9",80,"root","pw","640x480",3); )" + kAnswer),
     Row("NoSetting", {{"GetListForCodec", List(List())}}, Swap(kTake, "640x480", "") + kAnswer),
     Row("NoDefaultPicture", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}},
         "GetCamConnStatus(7); " + kRead +
@@ -90,11 +86,8 @@ TEST_F(ModuleTest, SettingIsOfTheCodec) {
   for (const auto& [name, number] : {std::pair{"MJPEG", "1"}, {"MPEG4", "2"}, {"H.264", "3"}, {"MXPEG", "5"}}) {
     Reset();
     Send("GetSnapshot", With(kCamera, {{"camVideoType", name}}));
-    EXPECT_EQ(Transcript(), Lines(kAskPicture + kLoadForPicture + "GetListForCodec(" + number + "); GetVideoType(\"" +
-                                  name + R"("); )" +
-                                  R"(NeedsSourcePath(); GetSnapshotPath("",80,0)
-                                  SnapshotGetFromAPI("10.0.0.9",8080,"root","pw","640x480",3); )" +
-                                  kAnswer));
+    const std::string take = Swap(Swap(kTake, "Codec(3", std::string("Codec(") + number), "H.264", name);
+    EXPECT_EQ(Transcript(), Lines(kAskPicture + take + kAnswer));
   }
 }
 

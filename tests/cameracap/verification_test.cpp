@@ -27,9 +27,6 @@ const std::vector<Row> kTestRows = {
     Row("CheckThrows", {{"HasStreamPath", true}, {"Verify", kThrow}}, kStreamPath + "thrown"),
     Row("NoStreamPath", {{"HasStreamPath", true}, {"GetStreamPath", List(2, "/live", 8554)}},
         Until("GetStreamPath", kStreamPath) + Error(468)),
-    Row("CallThatCannotBeMade", {{"HasStreamPath", true}, {"GetStreamPath", kNoObject}},
-        Until("HasStreamPath", kOwnCheck) + BadCall(476, "GetStreamPath", kNullObject) +
-            R"(CameraVerify("10.0.0.9",80,"root","pw","/src",3,2,4); Verify(); ~CameraVerify; SetSuccess({"result":0}))"),
     Row("NotValid", {{"IsValid", false}}, Until("IsValid", kOwnCheck) + Error(468)),
     // The model's name is split at its first blank.
     Row("TwoBlanks", {{"camModel", "Acme  X 1"}}, Swap(kOwnCheck, "\"X100\"", "\" X 1\"")),

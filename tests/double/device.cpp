@@ -20,13 +20,13 @@ struct ScriptedFunction : MemFuncInterface<R, Args...> {
 };
 
 /// The object behind one handler, and the functions registered for it.
-struct ScriptedObject : DPObjectBase, Life {
+struct ScriptedObject : DPObjectBase {
   template <class R, class... Args>
   void Register(auto& functor, const char* name) {
     functions.push_back(std::make_unique<ScriptedFunction<R, Args...>>(name));
     functor.name = name;
-    functor.object = IsScripted(name, kNoObject) ? nullptr : this;
-    functor.wrapper = IsScripted(name, kNoWrapper) ? nullptr : functions.back().get();
+    functor.object = this;
+    functor.wrapper = functions.back().get();
   }
 
   std::vector<std::unique_ptr<MemFuncBase>> functions;
@@ -93,7 +93,7 @@ int SnapshotGetFromAPI(const string& host, int port, const string& user, const s
   return TakePicture(Call("SnapshotGetFromAPI", host, port, user, password, setting, type), jpeg, size);
 }
 
-struct CameraVerify::Impl : Life {};
+struct CameraVerify::Impl {};
 CameraVerify::CameraVerify(const string& address, int port, const string& user, const string& password,
                            const string& path, int videoType, int streamingType, RTSP_PROTOCOL protocol)
     : impl(std::make_unique<Impl>()) {

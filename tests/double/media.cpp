@@ -32,7 +32,7 @@ ESFormat& ESFormat::operator=(const ESFormat& other) {
   return *this;
 }
 
-struct RtpFetch::Impl : Life {};
+struct RtpFetch::Impl {};
 RtpFetch::RtpFetch(const string& host, int port, const string& path, const string& user, const string& pass, bool audio,
                    const string& audioPath, int type, int protocol, int timeout, const string& local,
                    const string& name)
@@ -66,7 +66,7 @@ int RtpFetch::FetchContent(unsigned char* destination, unsigned int size) {
 }
 
 /// A frame of "<null>" is one without data but with a size.
-struct MediaUnit::Impl : Life {
+struct MediaUnit::Impl {
   string name = "#" + std::to_string(++lastUnit);
   string buffer;
   unsigned int flags = 0;
@@ -90,7 +90,7 @@ void MediaUnit::SetFrameType(unsigned int flags) { impl->flags = flags; }
 Packetizer::Packetizer() = default;
 Packetizer::~Packetizer() = default;
 
-struct ScriptedPacketizer : Packetizer, Life {
+struct ScriptedPacketizer : Packetizer {
   int Open(const ESFormat& /*format*/) override { return 0; }
   void Close() override {}
   MediaUnit* Packetize(MP4Stream* /*stream*/, MediaUnit** input) override {
@@ -114,7 +114,7 @@ struct ScriptedPacketizer : Packetizer, Life {
   Json::Value output;  // what is left of the last unit's
 };
 
-struct MP4Stream::Impl : Life {};
+struct MP4Stream::Impl {};
 MP4Stream::MP4Stream(int kind, int camId) : impl(std::make_unique<Impl>()) { WriteCall("MP4Stream", kind, camId); }
 MP4Stream::~MP4Stream() {
   Write("~MP4Stream");

@@ -7,14 +7,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <deque>
-#include <mutex>
-#include <set>
 
 #include "tests/double/script.h"
 
 // The linker's names of what is wrapped and of what wraps it.
 using ThreadBody = void*(void*);
-extern "C" void __real_free(void* block);
 extern "C" int __real_pthread_create(pthread_t* id, const pthread_attr_t* attributes, ThreadBody* body, void* argument);
 extern "C" int __real_pthread_join(pthread_t id, void** result);
 
@@ -38,8 +35,6 @@ struct Process {
   std::deque<Worker> workers;  // of this case; only the test's own thread starts and joins
   std::atomic<bool> caseEnds = false;
   std::vector<void*> keptArguments;  // what the module gave up for ever, here for the leak checker's sake
-  std::mutex pictureMutex;
-  std::set<void*> pictures;
 };
 Process& process = *new Process;
 
@@ -64,8 +59,6 @@ void FinishProcess() {
   }
   process.workers.clear();
   process.caseEnds = false;
-  if (!process.pictures.empty()) Fault("a picture was never freed");
-  process.pictures.clear();
 }
 
 int TakePicture(const Json::Value& answer, unsigned char** picture, int* size) {
@@ -73,22 +66,12 @@ int TakePicture(const Json::Value& answer, unsigned char** picture, int* size) {
   const std::string bytes = answer[1].asString();
   *picture = static_cast<unsigned char*>(std::malloc(bytes.size() + 1));
   *size = static_cast<int>(bytes.copy(reinterpret_cast<char*>(*picture), bytes.size()));
-  const std::lock_guard lock{process.pictureMutex};
-  process.pictures.insert(*picture);
   return answer[0].asInt();
 }
 
 }  // namespace scripted
 
 using namespace scripted;
-
-extern "C" void __wrap_free(void* block) {
-  {
-    const std::lock_guard lock{process.pictureMutex};
-    process.pictures.erase(block);
-  }
-  __real_free(block);
-}
 
 extern "C" int __wrap_pthread_create(pthread_t* id, const pthread_attr_t* attributes, ThreadBody* body,
                                      void* argument) {

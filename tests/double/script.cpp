@@ -28,7 +28,6 @@ struct State {
   std::map<int, std::string> lines;  // by worker
   std::map<std::string, std::deque<Json::Value>> answers;
   std::vector<std::string> faults;
-  std::shared_ptr<void> life = std::make_shared<int>();  // each object of the double holds it too
 };
 
 /// The state, for one thread at a time.
@@ -74,7 +73,6 @@ std::string Transcript(int worker) { return Locked()->lines[worker]; }
 std::vector<std::string> Finish() {
   FinishProcess();
   const Locked state;
-  if (state->life.use_count() != 1) state->faults.emplace_back("an object is still alive");
   return std::exchange(state->faults, {});
 }
 
@@ -119,7 +117,5 @@ std::string Compact(const Json::Value& value) {
   builder["indentation"] = "";
   return Json::writeString(builder, value);
 }
-
-std::shared_ptr<void> NewLife() { return Locked()->life; }
 
 }  // namespace scripted

@@ -4,7 +4,6 @@
 
 #include <list>
 #include <map>
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -28,10 +27,8 @@ struct NORV::APIResponse::Impl {
 namespace scripted {
 
 // Answers that are not values.
-inline constexpr char kThrow[] = "<throw>";           ///< the call throws std::runtime_error
-inline constexpr char kFails[] = "<fails>";           ///< "pthread_create #n" or "pthread_join #n" fails
-inline constexpr char kNoObject[] = "<no object>";    ///< the Functor of that name has no object
-inline constexpr char kNoWrapper[] = "<no wrapper>";  ///< ... no registered function
+inline constexpr char kThrow[] = "<throw>";  ///< the call throws std::runtime_error
+inline constexpr char kFails[] = "<fails>";  ///< "pthread_create #n" or "pthread_join #n" fails
 
 /// The members of a JSON object.
 std::map<std::string, Json::Value> Members(const std::string& json);
@@ -53,8 +50,8 @@ void Script(const std::string& function, const std::vector<Json::Value>& answers
 /// A worker's lines, each with its newline.
 std::string Transcript(int worker = 0);
 
-/// Ends the case: lets workers whose join failed finish (they run only now) and names what went wrong: calls that
-/// nobody scripted, objects still alive, pictures never freed.
+/// Ends the case: lets workers whose join failed finish (they run only now) and names what went wrong, such as calls
+/// that nobody scripted. What was not freed is the leak checker's to tell.
 std::vector<std::string> Finish();
 
 /// A raw string as a transcript: one call a line or several with "; " between, without indentation and empty lines.
@@ -70,7 +67,7 @@ Json::Value Answer(const std::string& function);
 bool IsScripted(const std::string& function, const char* marker);
 /// Number of the worker that calls.
 inline thread_local int currentWorker = 0;
-/// Joins the workers whose join failed, and checks that every worker was joined and every picture freed.
+/// Joins the workers whose join failed, and checks that every other one was joined.
 void FinishProcess();
 
 /// Hands out the picture of an answer [result, bytes], which the code under test has to free, and returns the result.
@@ -80,12 +77,6 @@ int TakePicture(const Json::Value& answer, unsigned char** picture, int* size);
 /// `length` bytes as a text, or null.
 Json::Value Bytes(const unsigned char* data, int length);
 std::string Compact(const Json::Value& value);
-
-/// Part of every object that has to be gone when a case ends.
-std::shared_ptr<void> NewLife();
-struct Life {
-  std::shared_ptr<void> life = NewLife();
-};
 
 template <class... Args>
 void WriteCall(const std::string& function, const Args&... args) {

@@ -26,7 +26,7 @@ bool IsCmsHost() { return Call<bool>("IsCmsHost"); }
 bool IsVTRunning() { return Call<bool>("IsVTRunning"); }
 bool IsAuthPairMatch(const string& cookie, const string& time) { return Call<bool>("IsAuthPairMatch", cookie, time); }
 
-struct SlaveKdAuthentication::Impl : Life {};
+struct SlaveKdAuthentication::Impl {};
 SlaveKdAuthentication::SlaveKdAuthentication() : impl(std::make_unique<Impl>()) {}
 SlaveKdAuthentication::~SlaveKdAuthentication() = default;
 bool SlaveKdAuthentication::IsAuthByPairMatch(const string& cookie, const string& timestamp) {
