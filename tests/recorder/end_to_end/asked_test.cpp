@@ -73,14 +73,9 @@ int Questions(const Json::Value& log, const std::string& path) {
 TEST(AskedCameras, FillTheirDocument) {
   const SimCameras cameras(AllCameras());
   const TestRecorder recorder;
-  const Json::Value known = recorder.Get("CamCap", "vendor=User").json["data"]["camCap"][0];
   for (const AskedCamera& camera : kCameras) {
     SCOPED_TRACE(camera.name);
     const Json::Value document = Document(recorder, GenericParams(camera.vendor, cameras.Port(camera.name), kSecret));
-    EXPECT_EQ(document.getMemberNames(), known.getMemberNames());
-    for (const std::string& member : known.getMemberNames()) {
-      EXPECT_EQ(document[member].type(), known[member].type()) << member;
-    }
     EXPECT_EQ(document["defChanl"], camera.channel);
     EXPECT_THAT(ToText(document["ResoList"]), testing::HasSubstr(R"("640x480")"));
     EXPECT_EQ(document["defReso"], "640x480");
@@ -233,6 +228,7 @@ TEST(AskedCameras, TroubleHasItsCode) {
     params["camCapCmd"] = 0;
     expect("CamCapRemote", trouble.testCode == 0 ? 0 : 459);
   }
+  EXPECT_THAT(recorder.Log(), testing::HasSubstr("read by their names alone"));
 }
 
 /// A camera of two channels, and a recorder that has not asked it yet.

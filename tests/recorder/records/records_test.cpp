@@ -199,14 +199,6 @@ TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {
   EXPECT_EQ(GetCamConnStatus(id), CAM_CONN_STATUS_DISABLED);
 }
 
-TEST_F(RecordsTest, KeysOfOneKindHaveDifferentNames) {
-  Records records{State()};
-  const SecretKey key = *SecretKey::FromHex(std::string(2 * SecretKey::kSize, 'a'));
-  EXPECT_TRUE(records.AddKey(TrustKind::kClient, "site", key));
-  EXPECT_FALSE(records.AddKey(TrustKind::kClient, "site", key));
-  EXPECT_TRUE(records.AddKey(TrustKind::kServerGroup, "site", key));
-}
-
 TEST_F(RecordsTest, TheServiceRunsWhileALockIsHeld) {
   Start();
   EXPECT_FALSE(IsVTRunning());

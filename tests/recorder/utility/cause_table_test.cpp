@@ -61,11 +61,5 @@ TEST(CausesInDocuments, HaveTheWordsAndCodesThatAreTold) {
   }
 }
 
-TEST(CauseTable, TakesANumberThatIsNoCauseForAnAnswerNotUnderstood) {
-  EXPECT_EQ(RowOf(static_cast<Outcome>(-1)).outcome, Outcome::kNotUnderstood);
-  EXPECT_EQ(RowOf(Outcome::kCount).outcome, Outcome::kNotUnderstood);
-  EXPECT_EQ(OutcomeOfHttp(0), Outcome::kNotUnderstood) << "the end of a row's statuses";
-}
-
 }  // namespace
 }  // namespace recorder
