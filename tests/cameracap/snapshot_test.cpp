@@ -57,12 +57,6 @@ const std::vector<Row> kSnapshotRows = {
     Row("NoDefaultPicture", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", -1}},
         "GetCamConnStatus(7); " + kRead +
             R"(log("cameracap:685","GetDefaultSnapshot","Failed to read img[../images/add_camera_default.png]!\n"))"),
-    Row("StreamDecodes",
-        {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}}, kStreamPicture + R"(
-        GetVideoFormat(1); Init(0,1748121140,"cfg"); GetImgContentInfo(); GetCurTimestamp(); MediaUnit #1(7)
-        #1.SetPTS(5000000); #1.SetDTS(5000000); #1.SetTimestamp(5000000); FetchContent(3)
-        Packetize("\u0000\u0000\u0000\u0001abc"); ~MediaUnit #1; MediaUnit #2(3); Packetize("")
-        DoFFMpegGetJpeg(3,"cfg","key"); ~MediaUnit #2; ~MP4Stream; ~RtpFetch; )" + Swap(kAnswer, "jpg", "decoded")),
     Row("StreamFails", {{"camVideoType", "MPEG2"}, {"GetSnapshotPath", List(0, "/live", 554, 4)}, {"NextPartInfo", 1}},
         kStreamPicture + R"(log("cameracap:221","GetImgByRTP","Get rtp header failed.\n"); ~MP4Stream; ~RtpFetch; )" +
             kFailed),
@@ -72,9 +66,6 @@ const std::vector<Row> kSnapshotRows = {
         "GetCamConnStatus(7); " + kRead + R"(stdout("Content-type: image/jpeg\r\nContent-length: 3\r\n\r\npng"))"),
     Row("DefaultOfNoBytes", {{"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", List(0, "")}},
         "GetCamConnStatus(7); " + kRead + Swap(kAnswer, "jpg", "")),
-    Row("RawDefaultOfNoBytes",
-        {{"jsonResponse", false}, {"GetCamConnStatus", 6}, {"ReadContentFromFileToBuf", List(0, "")}},
-        "GetCamConnStatus(7); " + kRead + R"(stdout("Content-type: image/jpeg\r\nContent-length: 0\r\n\r\n"))"),
     Row("Exception", {{"HttpBase64EncodeUnsigned", kThrow}},
         Until("HttpBase64EncodeUnsigned", kTake + kAnswer) + "thrown"),
     Row("ExceptionOfDefault", {{"SnapshotGetFromAPI", List(1, "half")}, {"ReadContentFromFileToBuf", kThrow}},

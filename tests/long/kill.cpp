@@ -175,14 +175,13 @@ class Trial {
   }
 
   void AwaitReplacement() {
-    const auto start = Clock::now();
-    std::size_t workers = 0;
-    for (; workers != kCameraWorkers + kListWorkers; std::this_thread::sleep_for(milliseconds(5))) {
-      workers = Descendants(getpid(), "recorder-webapi").size();
-      if (Clock::now() - start < kReplacementLimit) continue;
-      return Expect(false, "the worker was not replaced, there are " + std::to_string(workers));
+    const auto areAllThere = [] {
+      return Descendants(getpid(), "recorder-webapi").size() == kCameraWorkers + kListWorkers;
+    };
+    for (const auto end = Clock::now() + kReplacementLimit; !areAllThere() && Clock::now() < end;) {
+      std::this_thread::sleep_for(milliseconds(5));
     }
-    slowestReplacement_ = std::max(slowestReplacement_, std::chrono::duration_cast<milliseconds>(Clock::now() - start));
+    Expect(areAllThere(), "the worker was not replaced");
   }
 
   void EndServers() {
@@ -197,9 +196,7 @@ class Trial {
       for (const ProcessInfo& process : ServerProcesses()) Expect(false, process.program + " outlived its server");
       EndServers();
     }
-    const auto start = Clock::now();
     recorder_.StartAgain();
-    slowestStart_ = std::max(slowestStart_, std::chrono::duration_cast<milliseconds>(Clock::now() - start));
   }
 
   void Summarize() {
@@ -207,8 +204,6 @@ class Trial {
     report_.Note(std::to_string(all_.Asked()) + " requests meanwhile: " + std::to_string(all_.answered) +
                  " answered, " + std::to_string(all_.failed) + " with a 5xx (" + std::to_string(paid_) +
                  " of them for a killed worker), " + std::to_string(all_.unanswered) + " lost with the server");
-    report_.Note("slowest replacement of a worker " + std::to_string(slowestReplacement_.count()) +
-                 " ms, slowest start of the server " + std::to_string(slowestStart_.count()) + " ms");
     report_.Promise(report_.ExitStatus() == 0, std::to_string(keeper_.Acknowledged()) + " acknowledged cameras of " +
                                                    std::to_string(keeper_.Tried()) +
                                                    " tried are there; no half file, no half answer; a killed worker "
@@ -228,8 +223,6 @@ class Trial {
   std::map<std::string, int> kills_;
   Tally all_;
   long paid_ = 0;  ///< requests that a killed worker cost
-  milliseconds slowestReplacement_{0};
-  milliseconds slowestStart_{0};
 };
 
 }  // namespace

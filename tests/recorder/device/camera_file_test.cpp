@@ -35,14 +35,12 @@ std::shared_ptr<const VendorModels> Read(const std::string& text) {
 TEST(CameraFileTest, OtherChannelsStayAsLongAsTheCameraHasThem) {
   CameraReport report = Report();
   const std::string two = TextOf(report);
-  EXPECT_EQ(Read(two)->models.at(0).stream->port, 8554);
   report.channel = "1";
   report.stream = {"/one", std::nullopt};
   const std::string both = TextOf(report, two);
   ASSERT_EQ(Read(both)->models.size(), 2U);
   EXPECT_EQ(Read(both)->models[0].stream->path, "/one");
   EXPECT_EQ(Read(both)->models[1].stream->path, "/two");
-  EXPECT_EQ(Read(TextOf(report, both))->models.size(), 2U);
   report.channels = {"1"};
   EXPECT_EQ(Read(TextOf(report, both))->models.size(), 1U);
 }

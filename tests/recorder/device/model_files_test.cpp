@@ -32,7 +32,6 @@ struct MistakeCase {
 
 const MistakeCase kMistakeCases[] = {
     {"MemberUnknown", "/models/0", R"("check":)", R"("chekc": 1, "check":)"},
-    {"PortOutOfRange", "/models/0/stream/port", R"("/s")", R"("/s", "port": 65536)"},
     {"BlankInVendor", "/vendor", "Acme", "Ac me"},
     {"BuiltInVendor", "/vendor", "Acme", "User"},
     {"ModelTwice", "/models/1/name", kModel, kModel + ", " + kModel},

@@ -23,15 +23,7 @@ std::chrono::milliseconds Time(const std::function<void()>& work) {
 TEST(Methods, AnswerFromALiveCamera) {
   const SimCameras cameras(List({Camera("live")}));
   const TestRecorder recorder;
-  recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("live"), "admin", kSecret);
-  const Answer models = recorder.Get("CameraModelEnum");
-  EXPECT_GT(models.json["data"]["cameraModel"].size(), 1U);
-  for (const Json::Value& model : models.json["data"]["cameraModel"]) {
-    const bool isUserNamed = model["vendor"] == "User" || model["model"] == "RTSP-Path";
-    EXPECT_EQ(model["needsSourcePath"].asBool(), isUserNamed);
-  }
-  EXPECT_EQ(recorder.Get("EnumExistedCamCap").json["data"]["camCap"].size(), 1U);
-
+  for (const char* method : {"CameraModelEnum", "EnumExistedCamCap"}) EXPECT_EQ(recorder.Get(method).Code(), 0);
   Json::Value params = CameraParams(cameras.Port("live"), kSecret);
   for (const char* method : kCameraMethods) EXPECT_EQ(CodeOf(recorder, method, params), 0) << method;
   std::set<std::string> pictures;

@@ -33,13 +33,6 @@ TEST(UnitKindTest, IsRecognised) {
   EXPECT_EQ(ClassifyUnit(kCodecH264, secondMessage), kRecoveryPoint);
 }
 
-TEST(CodecTest, IsRecognisedFromConfigurationOrFrame) {
-  EXPECT_EQ(RecogniseCodec(Bytes{0, 0, 0, 1, 0x40, 1}, Bytes{0, 0, 0, 1, 0x28, 1}), kCodecH265);
-  EXPECT_EQ(RecogniseCodec(Bytes{}, Bytes{0, 0, 0, 1, 0x46, 1, 0, 0, 1, 0x42, 1}), kCodecH265);
-  EXPECT_EQ(RecogniseCodec(Bytes{0, 0, 0, 1, 0x67, 0x64}, Bytes{0xff, 0xd8, 0xff}), kCodecJpeg);
-  EXPECT_EQ(RecogniseCodec(Bytes{}, Bytes{1, 2, 3}), 0U);
-}
-
 /// One packet of H.264: sequence number, timestamp, marker, and the type of the unit that it completes; a slice is the
 /// first of its picture unless it is a further one.
 struct Step {

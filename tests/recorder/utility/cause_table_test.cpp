@@ -40,14 +40,6 @@ std::string FileCode(int result) {
   return codes.contains(result) ? codes.at(result) : "457";
 }
 
-TEST(CausesInDocuments, HaveATextForEachCause) {
-  std::set<std::string> documented;
-  for (const auto& [cause, cells] : ReadTable("Cause | Heading")) documented.insert(cause);
-  std::set<std::string> causes;
-  for (const CauseRow& row : Causes()) causes.emplace(row.name);
-  EXPECT_EQ(documented, causes);
-}
-
 /// An empty cell stands for a cause that is never told so, words in parentheses for one that the log does not word.
 TEST(CausesInDocuments, HaveTheWordsAndCodesThatAreTold) {
   const auto table = ReadTable("Cause | Words of the log");

@@ -46,13 +46,18 @@ const ConfigCase kConfigCases[] = {
     {"NoPictureFromThere", "\"workFolder\": \"models\"", "\"workFolder\": \"/\"", "workFolder: there is no ../images"},
 };
 
+/// A folder with all that configurations here name.
+struct ConfigFolder : rig::TempFolder {
+  ConfigFolder() {
+    Write("images/add_camera_default.png", "picture");
+    for (const char* name : {"models/readme", "page/index.html"}) Write(name, "");
+  }
+};
+
 class ConfigTest : public testing::TestWithParam<ConfigCase> {};
 
 TEST_P(ConfigTest, NamesFileMemberAndMistake) {
-  const rig::TempFolder folder;
-  folder.Write("images/add_camera_default.png", "picture");
-  folder.Write("models/readme", "");
-  folder.Write("page/index.html", "");
+  const ConfigFolder folder;
   EXPECT_NO_THROW(LoadConfig(folder.Write("good.json", kGood)));
   const std::string mistaken = Replaced(kGood, GetParam().from, GetParam().to);
   const auto file = folder.Write("recorder.json", mistaken);
@@ -96,9 +101,7 @@ TEST(ConfigSchemaTest, DescribesWhatIsRead) {
 }
 
 TEST(ConfigSchemaTest, HasTheDefaultsAndLimitsThatCount) {
-  const rig::TempFolder folder;
-  folder.Write("images/add_camera_default.png", "picture");
-  folder.Write("models/readme", "");
+  const ConfigFolder folder;
   const auto load = [&](const std::string& limits) {
     return LoadConfig(folder.Write("recorder.json", R"({"stateFolder": "s", "modelsFolder": "models", "module":
       "/etc/passwd", "workFolder": "models", "limits": {)" +
