@@ -1,8 +1,6 @@
 /// One camera: each cause, a pass, and what the keyboard does.
 
 import assert from "node:assert/strict";
-import { renameSync, rmSync, writeFileSync } from "node:fs";
-import { join } from "node:path";
 import { test } from "node:test";
 import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
 import {
@@ -14,7 +12,6 @@ import {
   focused,
   ports,
   sent,
-  stateFolder,
   testOne,
   text,
   withPage,
@@ -53,8 +50,6 @@ test("each cause of a failed test has its text, and leads to a field", (t) =>
 
 /** Name that the recorder gives, method, code, and whose text that is. */
 const NAMES = [
-  ["clockUnknown", "CameraTest", 468, NAMED_CAUSES.clockUnknown],
-  ["noService", "CameraTest", 468, NAMED_CAUSES.noService],
   ["ofALaterVersion", "CameraTest", 468, TEST_CAUSES[468]],
   ["blocked", "CamCapRemote", 457, NAMED_CAUSES.blocked],
   ["busy", "CamCapRemote", 457, TEST_CAUSES[467]],
@@ -79,26 +74,20 @@ test("the cause that the recorder names has its own text", (t) =>
 const TURNS = [
   [457, "brokenOnvif", RIGHT, "notUnderstood"],
   [458, "refused", RIGHT],
-  [459, "onvif", RIGHT, "recorderFailed"], // and a file is where the recorder keeps its folder
   [460, "withoutOnvif", RIGHT, "noService"],
   [461, "onvif", WRONG],
 ];
 
 test("each cause of missing capabilities is a note, and the test has passed all the same", (t) =>
   withPage("", async (page) => {
-    const kept = join(stateFolder, "capabilities");
     for (const [code, camera, camPass, cause = ""] of TURNS)
       await t.test(`${code}`, async () => {
         await page.route("**/CamCapRemote", (route) => {
           const parameters = { ...route.request().postDataJSON(), camPort: ports[camera], camPass };
-          if (code === 459) renameSync(kept, `${kept}.away`);
-          if (code === 459) writeFileSync(kept, "");
           return route.continue({ postData: JSON.stringify(parameters) });
         });
         await fillOne(page, { port: ports.onvif, model: "ONVIF" });
         await testOne(page);
-        if (code === 459) rmSync(kept);
-        if (code === 459) renameSync(`${kept}.away`, kept);
         await page.unroute("**/CamCapRemote");
         const { heading, happened, first } = NAMED_CAUSES[cause] ?? CAPABILITY_CAUSES[code];
         assert.equal(await text(page, "one-result-title"), "Camera works");
@@ -137,17 +126,6 @@ test("a camera that works shows its picture and what it says of itself", () =>
       await page.fill(field, before);
       assert.equal(await page.locator(".earlier:visible").count(), 0, "it is that camera again");
     }
-  }));
-
-test("what a camera gives while another one's port is typed is marked at once", () =>
-  withPage("", async (page) => {
-    await fillOne(page, { port: ports.works });
-    await page.route("**/CameraTest", async (route) => {
-      await page.fill("#one-port", "81");
-      await route.continue();
-    });
-    await testOne(page);
-    assert.deepEqual(await page.locator(".earlier:visible").allInnerTexts(), [RESULT, PICTURE]);
   }));
 
 test("what a camera says late goes to no other model", () =>

@@ -36,7 +36,6 @@ export const DESKTOP = { width: 1280, height: 800 };
 /** Of the cameras, by name. */
 export const ports = {};
 const folder = mkdtempSync(join(tmpdir(), "page-test-"));
-export const stateFolder = join(folder, "state");
 const endings = [() => rmSync(folder, { recursive: true })];
 let address = "";
 let browser;
