@@ -29,7 +29,6 @@ const std::vector<Row> kCamCapRows = {
         LoadCapability(1,"user","X1","2",""); GetCamCap("user","X1",{}); SetSuccess({"camCap":["document"]}))"),
     Row("LoadFails", {{"LoadCapability", -3}},
         kLoadModel + R"(log("cameracap:395","HandleCamCap","Failed to get camera cap.\n"); )" + Error(400)),
-    Row("Exception", {{"GetCamCap", kThrow}}, kLoadModel + R"(GetCamCap("Acme","X100",{}); thrown)"),
     Row("HandlerObjectOfUserDefined", {{"vendor", "User"}, {"CamCapHandler", kThrow}}, "thrown"),
     Row("UserDefined", {{"vendor", "User"}, {"model", "any"}, {"channel", "9"}},
         R"(SetSuccess({"camCap":[{)"
@@ -43,15 +42,6 @@ const std::vector<Row> kCamCapRows = {
         R"({"stList":["RTSP"],"vt":"MPEG4"}]}]}))"),
 };
 INSTANTIATE_TEST_SUITE_P(CamCap, MethodTest, Rows("CamCap", kAskModel, kCamCapRows), kByName);
-
-TEST_F(ModuleTest, TwoNumbersOfAUserDefinedCameraAreUnsigned) {
-  std::string unsignedMembers;
-  const Json::Value capability = Send("CamCap", {{"vendor", "User"}})["camCap"][0];
-  for (const std::string& name : capability.getMemberNames()) {
-    if (capability[name].type() == Json::uintValue) unsignedMembers += name + " ";
-  }
-  EXPECT_EQ(unsignedMembers, "codecOptimizationCap rtspProtocolCap ");
-}
 
 // --- Capability of a camera whose file comes first ------------------------------------------------------------------
 
@@ -96,14 +86,6 @@ TEST_F(ModuleTest, SecondLoadMayFail) {
   Script("LoadCapability", {0, 5});
   Send("CamCapRemote", With(kCamera, {{"vendor", "PSIA"}}));
   EXPECT_EQ(Transcript(), Lines(kAskCamera + kReplaced.substr(0, kReplaced.find("GetCamCap(")) + Error(400)));
-}
-
-TEST_F(ModuleTest, PortMayNotBeMissing) {
-  for (const char* method : {"CamCapRemote", "CamCapUserDefineReso"}) {
-    Reset();
-    EXPECT_THROW(Send(method), Json::Exception);
-    EXPECT_EQ(Transcript(), Lines(kAdmitted + R"(GetParam("camId",0); GetParam("camPort",""))"));
-  }
 }
 
 }  // namespace

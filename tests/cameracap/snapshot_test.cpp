@@ -103,7 +103,6 @@ const std::vector<Row> kProbeRows = {
         R"(GetCamRealPass(7,"Acme","X100","9"); )" + Swap(kMeasure, "\"pw", "\"secret") + Error(457)),
     Row("NotValid", {{"IsValid", false}}, Until("IsValid", kMeasure) + R"(
         log("cameracap:534","HandleCamUserDefineReso","Failed to get camera API.\n"); SetSuccess(null))"),
-    Row("Exception", {{"GetJpegReso", kThrow}}, kMeasure + "thrown"),
 };
 INSTANTIATE_TEST_SUITE_P(CamCapUserDefineReso, MethodTest, Rows("CamCapUserDefineReso", kAskProbe, kProbeRows),
                          kByName);

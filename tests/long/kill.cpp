@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
@@ -116,8 +117,7 @@ class Trial {
 
   /// So many callers, one after another, ask each kind of question once.
   void PromiseAllAnswered(const std::string& when, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      Questioner& questioner = questioners_[i];
+    for (Questioner& questioner : std::span(questioners_).first(count)) {
       std::vector<Question> questions = {questioner.AskOnvif(), questioner.AskKept(), questioner.RawPicture(),
                                          questioner.Capability()};
       const auto next = [&questions, at = std::size_t{0}]() mutable { return questions[at++]; };

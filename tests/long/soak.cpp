@@ -127,11 +127,6 @@ class Soak {
     const Tally load = callers.Stop();
     const auto late = WorkerHoldings();
 
-    report_.Note(NumberText(static_cast<double>(load.Asked()) / options_.seconds) +
-                 " requests a second; median times in ms:");
-    for (const auto& [method, times] : load.milliseconds) {
-      report_.Note(method + " " + NumberText(Median(times)) + " (" + std::to_string(times.size()) + ")");
-    }
     tally.Add(load);
     PromiseAllAnswered("all methods", tally);
     report_.Promise(early.size() == kCameraWorkers + kListWorkers, std::to_string(early.size()) + " workers");

@@ -24,23 +24,13 @@ bool HasWord(const ProcessInfo& process, const std::string& word) {
   return std::find(process.words.begin(), process.words.end(), word) != process.words.end();
 }
 
-bool IsControl(const ProcessInfo& process) { return process.program == "recorderctl" && HasWord(process, "camera"); }
-bool IsServe(const ProcessInfo& process) { return process.program == "recorderctl" && HasWord(process, "serve"); }
-
 bool IsVictim(Victim victim, const ProcessInfo& process) {
-  switch (victim) {
-    case Victim::kWorker:
-      return process.program == "recorder-webapi";
-    case Victim::kControl:
-      return IsControl(process);
-    case Victim::kServe:
-      return IsServe(process);
-    case Victim::kWebServer:
-      return process.program == "lighttpd";
-    case Victim::kServerTree:
-      break;
-  }
-  return IsServe(process) || process.program == "lighttpd" || process.program == "recorder-webapi";
+  const bool isWorker = process.program == "recorder-webapi";
+  const bool isWebServer = process.program == "lighttpd";
+  const bool isServe = process.program == "recorderctl" && HasWord(process, "serve");
+  if (victim == Victim::kServerTree) return isServe || isWebServer || isWorker;
+  if (victim == Victim::kControl) return process.program == "recorderctl" && HasWord(process, "camera");
+  return victim == Victim::kWorker ? isWorker : victim == Victim::kServe ? isServe : isWebServer;
 }
 
 std::vector<ProcessInfo> Find(Victim victim) {

@@ -9,14 +9,6 @@ using namespace rig;
 
 using testing::HasSubstr;
 
-TEST(Programs, TellTheirVersion) {
-  for (const std::string program : {"recorderctl", "recorder-webapi", "simcam"}) {
-    const Finished told = rig::Run(program, {"--version"});
-    EXPECT_EQ(told.status, 0);
-    EXPECT_EQ(told.output, program + " " PROJECT_VERSION "\n");
-  }
-}
-
 TEST(StoredCamera, IsTestedAndPicturedByItsId) {
   const SimCameras cameras(List({Camera("good"), Camera("path")}));
   const TestRecorder recorder;

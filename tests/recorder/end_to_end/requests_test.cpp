@@ -61,10 +61,8 @@ const CallCase kCallCases[] = {
      R"({"camList": [{"isAuth": true, "tmpId": "a"}, {"isAuth": true, "tmpId": "b"}]})",
      0,
      "tmpId"},
-    {"NoPair", {"CamCap", "vendor"}, "", 2, "key=value"},
     {"UnknownMethod", {"Nothing"}, "", 2, "no method"},
     {"UnconvertedValue", {"CameraTest", "camPort=x"}, "", 2, "camPort"},
-    {"NoMethod", {}, "", 2, "method"},
 };
 
 }  // namespace
@@ -152,8 +150,6 @@ TEST(Modules, ThatLackSomethingAreRefusedByName) {
   const std::pair<std::string, const char*> cases[] = {
       {"/no/module.so", "module: is no file"},
       {SOURCE_FOLDER "/README.md", "cannot load the module"},
-      {MODULE_WITHOUT_TABLE, "lacks the symbol GetAPITable"},
-      {MODULE_WITHOUT_END, "lacks the row of zeros"},
   };
   for (const auto& [module, mistake] : cases) {
     const TempFolder folder;

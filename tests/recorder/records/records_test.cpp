@@ -14,7 +14,6 @@
 #include "recorder/records/record_schema.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
-#include "recorder/utility/service.h"
 #include "rig/temp_folder.h"
 
 namespace recorder {
@@ -197,17 +196,6 @@ TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {
   EXPECT_EQ(GetCamConnStatus(id + 1), CAM_CONN_STATUS_UNKNOWN);
   Sql("ALTER TABLE cameras RENAME TO gone");
   EXPECT_EQ(GetCamConnStatus(id), CAM_CONN_STATUS_DISABLED);
-}
-
-TEST_F(RecordsTest, TheServiceRunsWhileALockIsHeld) {
-  Start();
-  EXPECT_FALSE(IsVTRunning());
-  {
-    const ServiceLock first{State()};
-    { const ServiceLock second{State()}; }
-    EXPECT_TRUE(IsVTRunning()) << "while one lock is held";
-  }
-  EXPECT_FALSE(IsVTRunning());
 }
 
 }  // namespace

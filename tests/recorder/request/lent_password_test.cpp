@@ -29,8 +29,8 @@ struct Question {
   const char* password;  ///< or a part of what the log says
 };
 
-WantedCamera Acme(const std::string& host, int port = 80, const std::string& user = "admin") {
-  return {"Acme", "X", host, port, user, "", "1"};
+WantedCamera Acme(const std::string& host, const std::string& user = "admin") {
+  return {"Acme", "X", host, 80, user, "", "1"};
 }
 WantedCamera AcmeY() { return {"Acme", "Y", "cam1", 80, "admin", "", "1"}; }
 WantedCamera WithDefault(const std::string& channel) { return {"Acme", "X", "cam1", 80, "admin", "", channel}; }
@@ -47,14 +47,10 @@ const Question kQuestions[] = {
     {"ByNoChannelThatAnyHas", 0, "3", Acme("cam1"), "cameras 1, 2 is not lent: the request names another channel"},
     {"AnotherModel", 1, "", AcmeY(), "camera 1 is not lent: the request names another vendor or model"},
     {"AnotherHost", 1, "", Acme("cam2"), "names another host"},
-    {"AnotherPort", 1, "", Acme("cam1", 81), "names another port"},
-    {"AnotherUser", 1, "", Acme("cam1", 80, "Admin"), "names another user"},
     {"AnotherPath", 7, "", User("/live?"), "names another source path"},
-    {"APathWhereItHasNone", 1, "", {"Acme", "X", "cam1", 80, "admin", "/live", "1"}, "names another source path"},
-    {"SwitchedOff", 0, "", Acme("cam2", 80, "guest"), "camera 4 is not lent: it is switched off"},
+    {"SwitchedOff", 0, "", Acme("cam2", "guest"), "camera 4 is not lent: it is switched off"},
     {"TwoFit", 0, "1", Acme("cam3"), "cameras 5, 6 is not lent: they fit the request alike"},
     {"ByADefaultThatNobodyKnows", 0, "", WithDefault(""), "cameras 1, 2 is not lent: they fit the request alike"},
-    {"NoSuchCamera", 8, "", Acme("cam1"), "there is no camera 8"},
     {"NoSuchModel", 0, "", AcmeY(), "no camera of Acme Y is stored"},
 };
 

@@ -4,7 +4,6 @@
 
 #include <map>
 #include <regex>
-#include <set>
 #include <sstream>
 
 #include "recorder/utility/files.h"
@@ -43,9 +42,12 @@ std::string FileCode(int result) {
 /// An empty cell stands for a cause that is never told so, words in parentheses for one that the log does not word.
 TEST(CausesInDocuments, HaveTheWordsAndCodesThatAreTold) {
   const auto table = ReadTable("Cause | Words of the log");
+  const auto texts = ReadTable("Cause | Heading");
   ASSERT_EQ(table.size(), Causes().size() - 1) << "all but ok";
+  EXPECT_EQ(texts.size(), Causes().size());
   for (const CauseRow& row : Causes().subspan(1)) {
     ASSERT_TRUE(table.contains(std::string(row.name))) << row.name;
+    EXPECT_TRUE(texts.contains(std::string(row.name))) << row.name;
     const std::vector<std::string>& cells = table.at(std::string(row.name));
     EXPECT_TRUE(cells[0] == row.phrase || cells[0].starts_with('(')) << row.name << ": " << cells[0];
     EXPECT_TRUE(cells[1].empty() || cells[1].starts_with(TestCode(row.result))) << row.name << ": " << cells[1];
