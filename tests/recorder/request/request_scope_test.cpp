@@ -70,5 +70,19 @@ TEST(RequestScopeTest, SpentBytesAnswerForEveryHost) {
   EXPECT_EQ(scope.Refusal("cam3", 80, "", ""), Outcome::kNotUnderstood);
 }
 
+TEST(RequestScopeTest, AShareOfTheTimeIsOverForItselfAlone) {
+  RequestScope scope{milliseconds(10'000)};
+  const auto deadline = scope.Deadline();
+  {
+    const HalfTime half;
+    EXPECT_LT(scope.Deadline(), deadline);
+    scope.Remember("cam1", "admin", Outcome::kTimedOut);
+    scope.Remember("cam2", "admin", Outcome::kLoginRefused);
+  }
+  EXPECT_EQ(scope.Deadline(), deadline);
+  EXPECT_EQ(scope.Refusal("cam1", 80, "admin", ""), std::nullopt);
+  EXPECT_EQ(scope.Refusal("cam2", 80, "admin", ""), Outcome::kLoginRefused);
+}
+
 }  // namespace
 }  // namespace recorder
