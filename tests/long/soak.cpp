@@ -163,6 +163,7 @@ class Soak {
   void Idle() {
     report_.Heading("Idle clients: " + std::to_string(kIdleClients) + " connect and say nothing");
     std::vector<Connection> clients;
+    clients.reserve(kIdleClients);
     for (int i = 0; i < kIdleClients; ++i) clients.emplace_back(recorder_.Port(), kSilenceLimit);
     std::this_thread::sleep_for(seconds(1));
     const int descriptors = ServerDescriptors();
