@@ -5,11 +5,11 @@
 #include "recorder/device/asked/camera_file.h"
 #include "recorder/device/check/find_stream.h"
 #include "recorder/device/check/model_driver.h"
-#include "recorder/device/check/source_path.h"
 #include "recorder/device/check/unanswered_driver.h"
 #include "recorder/device/check/user_driver.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
+#include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 

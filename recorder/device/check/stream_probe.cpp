@@ -4,7 +4,7 @@
 #include "recorder/device/check/find_stream.h"
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/check/rtsp_probe.h"
-#include "recorder/device/check/source_path.h"
+#include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {

@@ -1,4 +1,4 @@
-#include "recorder/device/check/source_path.h"
+#include "recorder/net/source_path.h"
 
 #include <algorithm>
 #include <optional>
