@@ -1,23 +1,15 @@
 #include "recorder/records/records.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <utility>
 
 #include "recorder/records/record_mistakes.h"
-#include "recorder/records/record_schema.h"
-#include "recorder/utility/files.h"
+#include "recorder/records/records_file.h"
 
 namespace recorder {
-namespace fs = std::filesystem;
 namespace {
-
-constexpr auto kDatabaseFile = "recorder.db";
-constexpr auto kKeyFile = "secret.key";
-constexpr int kBusyTimeoutMs = 5000;
 
 constexpr auto kSelectCameras =
     "SELECT id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId, strongestLogin "
@@ -54,106 +46,17 @@ std::string KeyContext(TrustKind kind, const std::string& name) {
   return (kind == TrustKind::kClient ? "client " : "server group ") + name;
 }
 
-/// SQLite gives its side files the mode of the database file, so that this one mode is enough. A file that is there is
-/// for SQLite alone to open: closing any descriptor of it drops the locks that other connections of this process hold
-/// (fcntl(2), "record locks").
-void MakeDatabaseFile(const fs::path& file) {
-  if (!fs::exists(file)) CreateFileOnce(file, "");
-}
-
-/// What closing a connection does with the write-ahead log.
-enum class OnClose : int {
-  kMoveLog = 0,   ///< into the file, as usual
-  kLeaveLog = 1,  ///< as it is: that of a newer version's file is not for us to move
-};
-
-void Set(SQLite::Database& database, OnClose onClose) {
-  sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, static_cast<int>(onClose), nullptr);
-}
-
 void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
   statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
 }
 
 }  // namespace
 
-struct Records::Impl {
-  explicit Impl(const fs::path& stateFolder)
-      : file(stateFolder / kDatabaseFile),
-        keyFile(stateFolder / kKeyFile),
-        fileStamp(StampOf(file)),
-        keyStamp(StampOf(keyFile)),
-        key(LoadOrMakeKey(keyFile)),
-        database(Open(stateFolder)) {}
-
-  /// Runs `action` and gives SQLite's failures the name of the file.
-  template <class Action>
-  auto Guarded(Action action) const {
-    try {
-      return action();
-    } catch (const SQLite::Exception& error) {
-      throw RecordsError(file.string() + ": " + error.what());
-    }
-  }
-
-  SQLite::Database Open(const fs::path& stateFolder) const {
-    MakeDatabaseFile(file);
-    return Guarded([&] {
-      SQLite::Database opened{file.string(), SQLite::OPEN_READWRITE, kBusyTimeoutMs};
-      Set(opened, OnClose::kLeaveLog);
-      {
-        // Somebody may have died while making or changing the schema: whoever comes next repairs that alone, as SQLite
-        // does not wait for another process there.
-        const FileDescriptor lock = LockFolder(stateFolder);
-        if (const int version = SchemaOf(opened); version > NewestSchema()) {
-          throw RecordsError(file.string() + ": has version " + std::to_string(version) +
-                             ", this program knows version " + std::to_string(NewestSchema()) +
-                             "; use a newer program");
-        }
-        UpdateSchema(opened);
-      }
-      Set(opened, OnClose::kMoveLog);
-      opened.exec("PRAGMA synchronous = FULL");
-      return opened;
-    });
-  }
-
-  std::string Sealed(int id, const std::string& host, int port, const std::string& password) const {
-    return Seal(key, PasswordContext(id, host, port), password);
-  }
-
-  void StorePassword(int id, const std::string& host, int port, const std::string& password) {
-    SQLite::Statement update{database, "UPDATE cameras SET password = ? WHERE id = ?"};
-    BindBlob(update, 1, Sealed(id, host, port, password));
-    update.bind(2, id);
-    update.exec();
-  }
-
-  fs::path file;
-  fs::path keyFile;
-  FileStamp fileStamp;  // from before the files were opened, so that an exchange in between shows
-  FileStamp keyStamp;
-  SecretKey key;
-  mutable SQLite::Database database;
-};
-
-Records::Records(const fs::path& stateFolder) {
-  if (stateFolder.empty()) throw RecordsError("no state folder is set");
-  MakePrivateFolder(stateFolder);
-  impl_ = std::make_unique<Impl>(stateFolder);
-}
-
-Records::~Records() = default;
-
-bool Records::AreThere(const fs::path& stateFolder) {
-  std::error_code ignored;
-  return fs::exists(stateFolder / kDatabaseFile, ignored) && fs::exists(stateFolder / kKeyFile, ignored);
-}
-
-bool Records::IsCurrent() const {
-  const FileStamp now = StampOf(impl_->file);  // its content may change
-  const bool isSameFile = now.device == impl_->fileStamp.device && now.inode == impl_->fileStamp.inode;
-  return isSameFile && StampOf(impl_->keyFile) == impl_->keyStamp;
+void Records::Impl::StorePassword(int id, const std::string& host, int port, const std::string& password) {
+  SQLite::Statement update{database, "UPDATE cameras SET password = ? WHERE id = ?"};
+  BindBlob(update, 1, Seal(key, PasswordContext(id, host, port), password));
+  update.bind(2, id);
+  update.exec();
 }
 
 int Records::Add(const CameraRecord& camera, const std::string& password) {
