@@ -29,6 +29,13 @@ CREATE TABLE trustedKeys (
 ) STRICT;
 )"},
     {2, "ALTER TABLE cameras ADD COLUMN strongestLogin INTEGER NOT NULL DEFAULT 0"},
+    {3, R"(
+CREATE TABLE certificates (
+  cameraId INTEGER NOT NULL, port INTEGER NOT NULL, sha256 TEXT NOT NULL, PRIMARY KEY (cameraId, port)
+) STRICT;
+CREATE TRIGGER forgetCertificates AFTER DELETE ON cameras
+  BEGIN DELETE FROM certificates WHERE cameraId = OLD.id; END;
+)"},
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "recorder/records/record_mistakes.h"
 #include "recorder/records/records_file.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 namespace {
@@ -163,7 +164,9 @@ bool Records::Change(int id, const std::function<void(CameraRecord&)>& change,
     SQLite::bind(update, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
                  camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, id);
     update.exec();
-    if (before->host != camera.host || before->port != camera.port) ForgetLogin(id);
+    const bool isElsewhere = before->host != camera.host || before->port != camera.port;
+    if (isElsewhere) ForgetLogin(id);
+    if (isElsewhere) ForgetCertificates(id);
     if (password) impl_->StorePassword(id, camera.host, camera.port, *password);
     transaction.commit();
     return true;
@@ -184,6 +187,36 @@ bool Records::ForgetLogin(int id) {
     SQLite::Statement update{impl_->database, "UPDATE cameras SET strongestLogin = 0 WHERE id = ?"};
     update.bind(1, id);
     return update.exec() == 1;
+  });
+}
+
+Certificates Records::PinnedCertificates(int id) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT port, sha256 FROM certificates WHERE cameraId = ?"};
+    query.bind(1, id);
+    Certificates certificates;
+    while (query.executeStep()) certificates[query.getColumn(0).getInt()] = query.getColumn(1).getString();
+    return certificates;
+  });
+}
+
+std::string Records::PinCertificate(int id, int port, const std::string& certificate) {
+  impl_->Guarded([&] {
+    SQLite::Statement insert{
+        impl_->database,
+        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND (port "
+        "= ?2 OR (SELECT count(*) FROM certificates WHERE cameraId = ?1) < ?4)"};
+    SQLite::bind(insert, id, port, certificate, kMostPinnedPorts);
+    insert.exec();
+  });
+  return PinnedCertificates(id).try_emplace(port, certificate).first->second;
+}
+
+void Records::ForgetCertificates(int id) {
+  impl_->Guarded([&] {
+    SQLite::Statement remove{impl_->database, "DELETE FROM certificates WHERE cameraId = ?"};
+    remove.bind(1, id);
+    remove.exec();
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -29,6 +30,9 @@ struct CameraRecord {
   int ownerKdId = kLocalOwnerKdId;
   LoginMethod strongestLogin = LoginMethod::kNone;  ///< that ever worked; the stored password goes by no weaker one
 };
+
+/// What tells a camera's TLS certificates, by port: the SHA-256 of each one's DER, in hexadecimal.
+using Certificates = std::map<int, std::string>;
 
 /// What is wrong with a record or password.
 struct RecordMistake {
@@ -102,12 +106,21 @@ class Records {
   bool SetPassword(int id, const std::string& password);
   bool SetStatus(int id, CAM_CONN_STATUS status);
   /// Stores what `change` makes of the record, which nobody else changes meanwhile. Without a `password` the stored one
-  /// stays; where it may not (see KeepsPassword), that is a RecordsError. At another address no login has worked yet.
+  /// stays; where it may not (see KeepsPassword), that is a RecordsError. At another address no login has worked and no
+  /// certificate was seen yet.
   bool Change(int id, const std::function<void(CameraRecord&)>& change, const std::optional<std::string>& password);
   /// Keeps `method` as the strongest login that worked, unless a stronger one did.
   bool RaiseLogin(int id, LoginMethod method);
   /// As if no login had worked yet.
   bool ForgetLogin(int id);
+
+  /// The certificates that are pinned for a camera.
+  Certificates PinnedCertificates(int id) const;
+  /// The one that is pinned for `port` of a camera, which is `certificate` where there was none. Of ports other than
+  /// the record's own, those beyond the first kMostPinnedPorts stay without one.
+  std::string PinCertificate(int id, int port, const std::string& certificate);
+  /// As if no certificate had been seen yet.
+  void ForgetCertificates(int id);
 
   /// Stores a key. False when the name is taken.
   bool AddKey(TrustKind kind, const std::string& name, const SecretKey& key);

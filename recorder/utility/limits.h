@@ -40,6 +40,8 @@ inline constexpr int kLongestQueue = 1024;
 inline constexpr std::size_t kLargestFile = 32 * kMiB;
 /// Bytes of a text of a record, such as a name, a path or a password.
 inline constexpr std::size_t kLongestRecordText = kKiB;
+/// Ports of a stored camera, beside its record's own, whose certificates are pinned.
+inline constexpr int kMostPinnedPorts = 8;
 /// Bytes of a secret that is typed.
 inline constexpr std::size_t kLongestSecretLine = kKiB;
 /// Bytes of the password of a user: bcrypt does not see more.
