@@ -65,20 +65,22 @@ Camera::Camera(CameraConfig config, ClipStore& clips)
 
 void Camera::Start() {
   if (config_.fault.fault == Fault::kRefused) return;
-  if (LeadsToTls(config_)) {
-    tls_ = std::make_unique<TlsFront>([this](const Socket& socket) { http_.Serve(socket, {}, true); });
-    http_.SetTlsPort(tls_->Port());
-  }
+  if (config_.tls != TlsUse::kNone || LeadsToTls(config_)) tls_ = std::make_unique<TlsFront>();
   if (config_.discovery) discovery_ = std::make_unique<Discovery>(config_, Port());
   acceptor_.emplace(listener_, [this](int open) {
     log_.CountConnection();
     // What GStreamer's server has taken over is no socket of the acceptor's any more.
     const int openThen = open + (stock_ ? stock_->CountOpen() : 0);
-    return [this, openThen](Socket& socket) { Serve(socket, openThen); };
+    return [this, openThen](Socket& socket) { Welcome(socket, openThen); };
   });
 }
 
-void Camera::Serve(Socket& socket, int openThen) {
+void Camera::Welcome(Socket& socket, int openThen) {
+  if (!TlsFront::IsWanted(socket)) return Serve(socket, openThen, false);
+  if (tls_) tls_->Relay(socket, [this, openThen](Socket& plain) { Serve(plain, openThen, true); });
+}
+
+void Camera::Serve(Socket& socket, int openThen, bool overTls) {
   std::string received;
   std::optional<Request> first;
   while (!(first = FirstLine(received)) && socket.Receive(received)) continue;
@@ -87,9 +89,9 @@ void Camera::Serve(Socket& socket, int openThen) {
     return SendLog(socket, log_);
   }
   log_.CountOpen(openThen);
-  if (!first) return;
+  if (!first || (config_.tls == TlsUse::kOnly && !overTls)) return;
   if (MisbehavesAtOnce(socket, *first)) return;
-  if (!first->IsRtsp()) return http_.Serve(socket, std::move(received));
+  if (!first->IsRtsp()) return http_.Serve(socket, std::move(received), overTls);
   if (scripted_) return scripted_->Serve(socket, std::move(received));
   stock_->Adopt(std::move(socket), received);
 }

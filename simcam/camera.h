@@ -18,8 +18,8 @@
 
 namespace simcam {
 
-/// One camera: a port of 127.0.0.1 on which RTSP and HTTP are told apart by the first request line. It serves from
-/// Start() to destruction.
+/// One camera: a port of 127.0.0.1 on which TLS is told by its first byte, and RTSP and HTTP by the first request line.
+/// It serves from Start() to destruction.
 class Camera {
  public:
   /// Binds the port and encodes what the streams need beforehand. Throws std::runtime_error.
@@ -32,7 +32,8 @@ class Camera {
 
  private:
   /// `openThen`: connections that were open when this one came, itself included.
-  void Serve(Socket& socket, int openThen);
+  void Welcome(Socket& socket, int openThen);
+  void Serve(Socket& socket, int openThen, bool overTls);
   /// Says what a broken front says to any request; false if the fault lies deeper.
   bool MisbehavesAtOnce(const Socket& socket, const Request& firstLine);
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr Named<Audio> kAudio[] = {{"none", Audio::kNone}, {"first", Audio::kFirst}, {"only", Audio::kOnly}};
 constexpr Named<Server> kServers[] = {{"stock", Server::kStock}, {"scripted", Server::kScripted}};
+constexpr Named<TlsUse> kTlsUses[] = {{"none", TlsUse::kNone}, {"too", TlsUse::kToo}, {"only", TlsUse::kOnly}};
 constexpr Named<bool> kSources[] = {{"live", true}, {"clip", false}};
 constexpr Named<bool> kTransports[] = {{"any", false}, {"udp", true}};
 constexpr Named<Scheme> kSchemes[] = {{"basic", Scheme::kBasic},
@@ -174,7 +175,7 @@ int FewestSlices(Fault fault) {
 
 /// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.
 void ChooseServer(Members& members, CameraConfig& camera) {
-  bool script = !OnlyHttp(camera.fault);
+  bool script = !OnlyHttp(camera.fault) || camera.tls != TlsUse::kNone;
   for (const StreamConfig& stream : camera.streams) script |= NeedsScript(stream);
   camera.server = script ? Server::kScripted : Server::kStock;
   members.Read("server", camera.server, kServers);
@@ -215,6 +216,7 @@ CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
     for (const Json::Value& page : members.At("pages")) camera.pages.push_back(ReadPage(page, where + ".pages"));
   }
   if (members.Has("onvif")) ReadOnvif(members.At("onvif"), where + ".onvif", camera);
+  members.Read("tls", camera.tls, kTlsUses);
   ReadFault(members, camera);
   ChooseServer(members, camera);
   if (members.Has("psia")) ReadPsia(members.At("psia"), where + ".psia", camera);

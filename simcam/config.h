@@ -11,6 +11,7 @@
 namespace simcam {
 
 enum class Audio { kNone, kFirst, kOnly };
+enum class TlsUse { kNone, kToo, kOnly };
 enum class Server { kStock, kScripted };
 enum class Scheme { kBasic, kDigestMd5, kDigestSha256, kDigestUnknown, kBearer };
 enum class OnvifLogin { kHttp, kToken, kEither };
@@ -126,7 +127,8 @@ struct CameraConfig {
   std::vector<PageConfig> pages;
   std::optional<OnvifConfig> onvif;
   std::optional<PsiaConfig> psia;
-  bool discovery = false;  ///< answers WS-Discovery probes
+  TlsUse tls = TlsUse::kNone;  ///< whether the port speaks TLS, too or only
+  bool discovery = false;      ///< answers WS-Discovery probes
   FaultConfig fault;
   std::string redirectTo;
 

@@ -41,7 +41,7 @@ class HttpCamera::Conversation {
         camera_(server.camera_),
         fault_(server.camera_.fault.fault),
         socket_(socket),
-        entrance_{server.port_, server.tlsPort_, overTls} {}
+        entrance_{server.port_, overTls} {}
 
   void Run(std::string received) {
     while (open_) {

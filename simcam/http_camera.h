@@ -20,13 +20,11 @@ class HttpCamera {
   HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log);
 
   /// Answers requests until either side ends the connection; `received` has been read already. `overTls`: it came
-  /// through the TLS port.
+  /// inside TLS.
   void Serve(const Socket& connection, std::string received, bool overTls = false);
 
   /// Where the fault redirectOther leads: an address. To be called before Serve.
   void SetRedirect(std::string address) { redirect_ = std::move(address); }
-  /// Where the same pages are to be had over TLS. To be called before Serve.
-  void SetTlsPort(int port) { tlsPort_ = port; }
 
  private:
   class Conversation;
@@ -37,7 +35,6 @@ class HttpCamera {
   CameraLog& log_;
   std::vector<std::unique_ptr<HttpService>> services_;
   std::string redirect_;
-  int tlsPort_ = 0;
 };
 
 }  // namespace simcam

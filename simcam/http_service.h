@@ -10,10 +10,9 @@
 
 namespace simcam {
 
-/// Where the camera listens, and which of its ports a request came to.
+/// Where the camera listens, and whether a request came inside TLS.
 struct Entrance {
   int port;
-  int tlsPort;
   bool overTls;
 };
 

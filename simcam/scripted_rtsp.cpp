@@ -163,7 +163,8 @@ class Conversation {
   // -- methods
 
   void Describe(const Request& request) {
-    const bool isThere = request.Path() == camera_.redirectTo;  // a path alone may be our own
+    const std::string& there = camera_.redirectTo;  // a path alone, or the address of another port, may be our own
+    const bool isThere = request.Path() == there || request.target == there;
     if (fault_ == Fault::kRedirectRtsp && !isThere) return Answer(request, 302, {"Location: " + camera_.redirectTo});
     if (!ChooseStream(WithoutSlash(request.Path()), false)) return Answer(request, 404);
     std::vector<std::string> headers = {"Content-Type: application/sdp"};

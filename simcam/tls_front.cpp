@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 namespace simcam {
@@ -76,18 +77,20 @@ bool ToClient(SSL* tls, const Socket& server) {
 
 }  // namespace
 
-TlsFront::TlsFront(std::function<void(const Socket&)> serve)
-    : serve_(std::move(serve)),
-      context_(NewContext()),
-      listener_(Socket::Bind(0)),
-      acceptor_(listener_, [this](int) { return [this](const Socket& socket) { Relay(socket); }; }) {}
+TlsFront::TlsFront() : context_(NewContext()) {}
 
-void TlsFront::Relay(const Socket& socket) const {
+bool TlsFront::IsWanted(const Socket& socket) {
+  constexpr char kHandshake = 22;  // the type of the first record (RFC 8446 section 5.1)
+  char first = 0;
+  return recv(socket.Descriptor(), &first, 1, MSG_PEEK) == 1 && first == kHandshake;
+}
+
+void TlsFront::Relay(const Socket& socket, const std::function<void(Socket&)>& serve) const {
   const Tls tls(SSL_new(context_.get()));
   if (SSL_set_fd(tls.get(), socket.Descriptor()) != 1 || SSL_accept(tls.get()) != 1) return;
-  const auto [front, back] = SocketPair();
-  const std::jthread server([this, &plain = back] {
-    serve_(plain);
+  auto [front, back] = SocketPair();
+  const std::jthread server([&serve, &plain = back] {
+    serve(plain);
     plain.Shutdown();
   });
   std::array<pollfd, 2> entries = {{{socket.Descriptor(), POLLIN, 0}, {front.Descriptor(), POLLIN, 0}}};

@@ -5,32 +5,29 @@
 #include <functional>
 #include <memory>
 
-#include "simcam/acceptor.h"
 #include "simcam/socket.h"
 
 namespace simcam {
 
-/// A port of 127.0.0.1 that speaks TLS with a certificate made for the day and signed by itself. What comes is handed
-/// to a server as a connection without TLS. It serves from construction to destruction.
+/// A camera's side of TLS, with a certificate made for the day and signed by itself. Any thread.
 class TlsFront {
  public:
-  /// `serve` talks to one client until either side ends; it is called on a thread of its own for each. Throws
-  /// std::runtime_error.
-  explicit TlsFront(std::function<void(const Socket& plain)> serve);
+  /// Makes the certificate. Throws std::runtime_error.
+  TlsFront();
 
-  [[nodiscard]] int Port() const { return listener_.Port(); }
+  /// True for a connection whose client begins with TLS. Waits for its first byte.
+  static bool IsWanted(const Socket& socket);
+
+  /// Speaks TLS with the client of `socket` until either side ends. What comes is handed to `serve` as a connection
+  /// without TLS, on a thread of its own.
+  void Relay(const Socket& socket, const std::function<void(Socket& plain)>& serve) const;
 
  private:
   struct FreeContext {
     void operator()(SSL_CTX* context) const noexcept { SSL_CTX_free(context); }
   };
 
-  void Relay(const Socket& socket) const;
-
-  const std::function<void(const Socket&)> serve_;
   const std::unique_ptr<SSL_CTX, FreeContext> context_;
-  const Socket listener_;
-  const Acceptor acceptor_;
 };
 
 }  // namespace simcam

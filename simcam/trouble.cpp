@@ -49,7 +49,7 @@ std::optional<HttpAnswer> TroubleInstead(Trouble trouble, const std::string& tar
     case Trouble::kRedirectTls:
       if (entrance.overTls) return std::nullopt;
       return HttpAnswer{302, "text/plain", "",
-                        "Location: https://127.0.0.1:" + std::to_string(entrance.tlsPort) + target + "\r\n"};
+                        "Location: https://127.0.0.1:" + std::to_string(entrance.port) + target + "\r\n"};
     case Trouble::kSlow:
       std::this_thread::sleep_for(std::chrono::seconds(1));
       return std::nullopt;

@@ -59,7 +59,7 @@ OnvifCamera::OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entra
     : config(cameraConfig), onvif(*cameraConfig.onvif) {
   const std::string host = onvif.innerAddress.empty() ? "127.0.0.1" : onvif.innerAddress;
   const std::string scheme = entrance.overTls ? "https://" : "http://";
-  const std::string authority = WithPort(host, entrance.overTls ? entrance.tlsPort : entrance.port);
+  const std::string authority = WithPort(host, entrance.port);
   services = scheme + authority;
   snapshots = scheme + (onvif.snapshotUri == SnapshotUri::kWithLogin ? config.user + ":wrong@" : "") + authority;
   streams = (onvif.tlsStream ? "rtsps://" : "rtsp://") + WithPort(host.substr(0, host.find(':')), entrance.port);
