@@ -1,7 +1,5 @@
 #include "recorder/http/http_request.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 
 #include "recorder/net/percent.h"
@@ -36,12 +34,6 @@ std::string DecodeFormText(std::string_view text) {
 std::string_view HostName(std::string_view host) {
   if (!host.empty() && host.front() == '[') return host.substr(0, host.find(']') + 1);
   return host.substr(0, host.find(':'));
-}
-
-bool IsNumericAddress(std::string_view name) {
-  unsigned char address[sizeof(in6_addr)];
-  const int family = name.starts_with('[') ? AF_INET6 : AF_INET;
-  return inet_pton(family, std::string(WithoutBrackets(name)).c_str(), address) == 1;
 }
 
 /// Refuses what a browser sends on behalf of another site, and names that an attacker could point at this server.

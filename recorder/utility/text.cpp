@@ -1,5 +1,7 @@
 #include "recorder/utility/text.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -93,6 +95,14 @@ std::string_view WithoutBrackets(std::string_view host) {
 std::string WithBrackets(std::string_view host) {
   const std::string bare(WithoutBrackets(host));
   return bare.find(':') == std::string::npos ? bare : '[' + bare + ']';
+}
+
+bool IsNumericAddress(std::string_view host) {
+  const std::string_view bare = WithoutBrackets(host);
+  const std::string address(bare.substr(0, bare.find('%')));  // without its zone
+  std::array<unsigned char, sizeof(in6_addr)> bytes{};
+  return inet_pton(AF_INET, address.c_str(), bytes.data()) == 1 ||
+         inet_pton(AF_INET6, address.c_str(), bytes.data()) == 1;
 }
 
 std::string NormalizedHost(std::string_view host) {

@@ -32,6 +32,9 @@ std::string_view WithoutBrackets(std::string_view host);
 /// `host` as an address holds it: with brackets around an IPv6 one.
 std::string WithBrackets(std::string_view host);
 
+/// True for an IPv4 or IPv6 address, with or without brackets, false for a name.
+bool IsNumericAddress(std::string_view host);
+
 /// One text for one host: "CAM1.", "cam1" and "[FE80::1]", "fe80::1".
 std::string NormalizedHost(std::string_view host);
 
