@@ -154,6 +154,17 @@ export const NAMED_CAUSES = {
     field: "none",
     answered: true,
   },
+  certificateChanged: {
+    heading: "Camera shows another certificate",
+    happened:
+      "Nothing was sent: what answers at this address has another TLS certificate than this stored camera had before. " +
+      "It may be another device, or somebody in between.",
+    first:
+      "Find out whether the camera was reset or got a new certificate. If so, run: recorderctl camera edit ID " +
+      "--trust-new-certificate.",
+    field: "none",
+    answered: false,
+  },
   encryptedStream: {
     heading: "Stream is encrypted (SRTP)",
     happened: "The camera sends this stream only encrypted (SRTP), which the recorder cannot read.",

@@ -17,6 +17,7 @@ struct CameraAddress {
   int port = 0;
   std::string user;
   std::string password;
+  bool isTls = false;  ///< what is spoken there goes inside TLS; HTTP does so at kHttpsPort in any case
 };
 
 /// False when there is nothing to log in with.

@@ -49,6 +49,11 @@ std::string NamesOf(const std::vector<CameraRecord>& cameras) {
   return cameras.size() > kMostNamed ? names + ", ..." : names;
 }
 
+/// What the administrator of `camera` can do where it is no impostor.
+std::string AdviceFor(const CameraRecord& camera, const char* flag) {
+  return "If its settings were changed, run: recorderctl camera edit " + std::to_string(camera.id) + " " + flag;
+}
+
 std::string Refusal(const std::vector<CameraRecord>& cameras, const std::string& reason) {
   return "The stored password of " + NamesOf(cameras) + " is not lent: " + reason + ".";
 }
@@ -62,6 +67,7 @@ void LentPassword::LendFor(const WantedCamera& wanted) {
   lastReason_ = std::move(reason);
   if (!chosen || !camera_ || chosen->id != camera_->id) namedPorts_.clear();
   camera_ = std::move(chosen);
+  pinned_.reset();
 }
 
 /// The one record that fits. Nothing, and the reason, where there is none or more than one.
@@ -98,19 +104,66 @@ bool LentPassword::IsFor(const std::string& host, int port, const std::string& u
          (port == camera_->port || namedPorts_.contains(port));
 }
 
-bool LentPassword::MayLogIn(int port, LoginMethod method) const {
+Outcome LentPassword::TrustCertificate(int port, const std::string& certificate) try {
+  if (!camera_) return Outcome::kLoginRefused;
+  if (!Pinned().contains(port)) {
+    Pinned()[port] = Records(GetConfig().stateFolder).PinCertificate(camera_->id, port, certificate);
+  }
+  if (Pinned()[port] == certificate) return Outcome::kOk;
+  LogFailure(NameAt(port) + " has another certificate than before: nothing was sent. " +
+             AdviceFor(*camera_, "--trust-new-certificate"));
+  return Outcome::kCertificateChanged;
+} catch (const std::exception& error) {
+  LogFailure(error.what());
+  return Outcome::kRecorderFailed;
+}
+
+/// Of the camera, by port. Throws what Records throws.
+Certificates& LentPassword::Pinned() {
+  if (!pinned_) pinned_ = Records(GetConfig().stateFolder).PinnedCertificates(camera_->id);
+  return *pinned_;
+}
+
+/// True when what answers at `port` has the certificate of the record's own port, and so is the camera.
+bool LentPassword::IsProven(int port) {
+  const auto own = Pinned().find(camera_->port);
+  const auto there = Pinned().find(port);
+  return own != Pinned().end() && there != Pinned().end() && own->second == there->second;
+}
+
+/// The weakest login that may go to `port`.
+LoginMethod LentPassword::WeakestAt(int port, bool isTls) {
+  if (port == camera_->port) return camera_->strongestLogin;
+  return isTls && IsProven(port) ? std::min(camera_->strongestLogin, LoginMethod::kMd5) : LoginMethod::kMd5;
+}
+
+bool LentPassword::MayLogIn(int port, bool isTls, LoginMethod method) try {
   if (!camera_) return false;
-  const bool isOwnPort = port == camera_->port;
-  if (method >= (isOwnPort ? camera_->strongestLogin : LoginMethod::kMd5)) return true;
-  const std::string id = std::to_string(camera_->id);
-  const std::string asked = std::string(" asks for a login by ") + NameOf(method);
-  LogFailure(isOwnPort ? "Camera " + id + asked + ", where one by " + NameOf(camera_->strongestLogin) +
-                             " worked before: its stored password was not sent. If its settings were changed, run: "
-                             "recorderctl camera edit " +
-                             id + " --allow-basic"
-                       : "Camera " + id + " leads to port " + std::to_string(port) + ", which" + asked +
-                             ": its stored password was not sent, since it goes there by Digest only.");
+  const bool isBare = !isTls && Pinned().contains(port);
+  const LoginMethod weakest = WeakestAt(port, isTls);
+  if (!isBare && method >= weakest) return true;
+  LogFailure(NameAt(port) + " asks for a login by " + NameOf(method) + ReasonAgainst(port, isBare, weakest));
   return false;
+} catch (const std::exception& error) {
+  LogFailure(error.what());
+  return false;
+}
+
+std::string LentPassword::ReasonAgainst(int port, bool isBare, LoginMethod weakest) const {
+  constexpr auto kNotSent = ": its stored password was not sent. ";
+  if (isBare) {
+    return std::string(" without TLS, where it had a certificate before") + kNotSent +
+           AdviceFor(*camera_, "--trust-new-certificate");
+  }
+  if (port != camera_->port) return ": its stored password was not sent, since it goes there by Digest only.";
+  return std::string(", where one by ") + NameOf(weakest) + " worked before" + kNotSent +
+         AdviceFor(*camera_, "--allow-basic");
+}
+
+/// "Camera 3", and at which port where that is not its record's.
+std::string LentPassword::NameAt(int port) const {
+  const std::string name = "Camera " + std::to_string(camera_->id);
+  return port == camera_->port ? name : name + ", at port " + std::to_string(port) + ",";
 }
 
 void LentPassword::Worked(int port, LoginMethod method) try {

@@ -8,6 +8,7 @@
 
 #include "recorder/records/records.h"
 #include "recorder/utility/login_method.h"
+#include "recorder/utility/outcome.h"
 
 namespace recorder {
 
@@ -46,9 +47,16 @@ class LentPassword {
   /// True when it is lent for `user` at that address.
   bool IsFor(const std::string& host, int port, const std::string& user) const;
 
+  /// Compares what was seen at `port`, the SHA-256 of a certificate's DER in hexadecimal, with what is pinned for it in
+  /// the record; the first one is pinned. kCertificateChanged, and logged: it is another one. kRecorderFailed: the
+  /// records cannot be used.
+  Outcome TrustCertificate(int port, const std::string& certificate);
+
   /// True when a login by `method` may go to `port`: to the record's own by none that is weaker than what worked
-  /// before, to one that was named by a Digest. Logged if not.
-  bool MayLogIn(int port, LoginMethod method) const;
+  /// before, to one that was named by a Digest, unless the camera itself is there, as its certificate proves, and took
+  /// none before. `isTls`: the connection is TLS, with a certificate that is trusted; without, no login goes to a port
+  /// that has one. Logged if not.
+  bool MayLogIn(int port, bool isTls, LoginMethod method);
 
   /// Remembers in the records that a login by `method` worked at `port`. What the own port takes is the measure for it;
   /// of any other it counts only that the camera knows Digest, since some have one protocol that is behind the others.
@@ -59,12 +67,18 @@ class LentPassword {
 
  private:
   std::optional<CameraRecord> Choose(const WantedCamera& wanted, std::string& reason) const;
+  Certificates& Pinned();
+  bool IsProven(int port);
+  LoginMethod WeakestAt(int port, bool isTls);
+  std::string ReasonAgainst(int port, bool isBare, LoginMethod weakest) const;
+  std::string NameAt(int port) const;
 
   std::vector<CameraRecord> records_;
   std::optional<std::string> channel_;
   std::optional<CameraRecord> camera_;
   std::set<int> namedPorts_;
-  std::string lastReason_;  // why it was not lent
+  std::optional<Certificates> pinned_;  // for the camera, once they were asked for
+  std::string lastReason_;              // why it was not lent
 };
 
 }  // namespace recorder

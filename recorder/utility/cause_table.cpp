@@ -30,6 +30,9 @@ constexpr CauseRow kCauses[] = {
     // Another password would not help.
     {Outcome::kLoginUnsupported, "loginUnsupported", "login method not supported", CAMERA_VERIFY_NOT_UNDERSTOOD,
      CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kConversation},
+    // Other ports of the camera may have another one.
+    {Outcome::kCertificateChanged, "certificateChanged", "another TLS certificate than before",
+     CAMERA_VERIFY_NOT_UNDERSTOOD, CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kConversation},
     {Outcome::kNoSuchStream,
      "noSuchStream",
      "no such stream",

@@ -8,21 +8,22 @@ namespace recorder {
 /// cause_table.cpp.
 enum class Outcome {
   kOk,
-  kUnreachable,       ///< host not found, no route, connection refused
-  kBlocked,           ///< nothing was sent: the recorder's policy does not let callers have that address contacted
-  kTimedOut,          ///< connected or not, no answer before the deadline
-  kLoginRefused,      ///< user or password refused
-  kClockUnknown,      ///< login refused, but the camera's clock, which the login depends on, could not be read
-  kLoginUnsupported,  ///< the camera asks for a login method that the recorder does not know
-  kNoSuchStream,      ///< the path or stream does not exist there
-  kNoVideo,           ///< no video, or not in the wanted codec or stream type
-  kEncryptedStream,   ///< the camera sends its video only encrypted (SRTP)
-  kTlsStream,         ///< the stream is to be had over TLS alone (rtsps)
-  kTransportRefused,  ///< the camera does not send its video over the RTSP connection, nor over UDP
-  kBusy,              ///< too many sessions, service unavailable
-  kNotThisProtocol,   ///< what answers there speaks another protocol
-  kNoService,         ///< what answers there does not have the service (ONVIF, PSIA) that the camera is asked by
-  kNotUnderstood,     ///< the answer makes no sense, ended early, is too long, or is no picture
+  kUnreachable,         ///< host not found, no route, connection refused
+  kBlocked,             ///< nothing was sent: the recorder's policy does not let callers have that address contacted
+  kTimedOut,            ///< connected or not, no answer before the deadline
+  kLoginRefused,        ///< user or password refused
+  kClockUnknown,        ///< login refused, but the camera's clock, which the login depends on, could not be read
+  kLoginUnsupported,    ///< the camera asks for a login method that the recorder does not know
+  kCertificateChanged,  ///< nothing was sent: a TLS certificate is not the one that is pinned for the stored camera
+  kNoSuchStream,        ///< the path or stream does not exist there
+  kNoVideo,             ///< no video, or not in the wanted codec or stream type
+  kEncryptedStream,     ///< the camera sends its video only encrypted (SRTP)
+  kTlsStream,           ///< the stream is to be had over TLS alone (rtsps)
+  kTransportRefused,    ///< the camera does not send its video over the RTSP connection, nor over UDP
+  kBusy,                ///< too many sessions, service unavailable
+  kNotThisProtocol,     ///< what answers there speaks another protocol
+  kNoService,           ///< what answers there does not have the service (ONVIF, PSIA) that the camera is asked by
+  kNotUnderstood,       ///< the answer makes no sense, ended early, is too long, or is no picture
   // Nothing was sent:
   kUnknownModel,  ///< no model file knows vendor and model
   kNoPath,        ///< the model needs the stream's path, and the request has none

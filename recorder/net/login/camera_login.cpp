@@ -14,14 +14,21 @@ void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChal
   if (isAsked) RequestScope::Current().RememberDigest(camera.host);
 }
 
+Outcome TrustCertificate(const CameraAddress& camera, const std::string& certificate) {
+  LentPassword* lent = RequestScope::Current().FindLent(camera.password);
+  if (lent != nullptr) return lent->TrustCertificate(camera.port, certificate);
+  LogFailure("The certificate of " + PlaceOf(camera) + " is not checked: only that of a stored camera is.");
+  return Outcome::kOk;
+}
+
 bool MayLogIn(const CameraAddress& camera, LoginMethod method) {
   RequestScope& scope = RequestScope::Current();
   if (method == LoginMethod::kBasic && scope.KnowsDigest(camera.host)) {
     LogFailure(PlaceOf(camera) + " asks for a login by Basic, after one by Digest: no password was sent.");
     return false;
   }
-  const LentPassword* lent = scope.FindLent(camera.password);
-  return lent == nullptr || lent->MayLogIn(camera.port, method);
+  LentPassword* lent = scope.FindLent(camera.password);
+  return lent == nullptr || lent->MayLogIn(camera.port, camera.isTls, method);
 }
 
 std::optional<std::string> MakeAuthorization(const CameraAddress& camera, const LoginChallenge& challenge,

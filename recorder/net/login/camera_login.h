@@ -7,6 +7,7 @@
 
 #include "recorder/net/camera_address.h"
 #include "recorder/net/login/login.h"
+#include "recorder/utility/outcome.h"
 
 // Logins to cameras, by the rules of the calling thread's RequestScope. All that makes a login goes through here: it is
 // the only place where the token of a lent password becomes a password.
@@ -15,6 +16,12 @@ namespace recorder {
 
 /// Remembers what `camera` asks for.
 void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChallenge>& challenges);
+
+/// Judges the certificate that `camera`'s port shows, the SHA-256 of its DER in hexadecimal, before anything is sent
+/// inside TLS. Where a password is lent, it is compared with what is pinned in the camera's record: kCertificateChanged
+/// when it is another one, kRecorderFailed when the records cannot be used, both logged. Any other is taken, and that
+/// is logged.
+Outcome TrustCertificate(const CameraAddress& camera, const std::string& certificate);
 
 /// False, and logged, when a login by `method` must not go to `camera`'s port: by Basic to a host that asked for Digest
 /// in this request, or by one that is too weak for a lent password.

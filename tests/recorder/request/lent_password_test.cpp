@@ -4,6 +4,7 @@
 
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/limits.h"
 #include "rig/temp_folder.h"
 #include "tests/recorder/rows.h"
 
@@ -63,6 +64,13 @@ class LendingTest : public testing::Test {
     Records records{folder_.Path()};
     for (const CameraRecord& record : kRecords) EXPECT_EQ(records.Add(record, record.name), record.id);
   }
+  static constexpr int kOwn = 80;
+  static constexpr int kNamed = 554;
+  LentPassword* Lend() {
+    LentPassword* lent = scope_.FindLent(GetCamRealPass(3, "Acme", "X", ""));
+    lent->LendFor({"Acme", "X", "cam2", kOwn, "admin", "", ""});
+    return lent;
+  }
   rig::TempFolder folder_;
   RequestScope scope_{std::chrono::milliseconds(1000)};
 };
@@ -91,27 +99,39 @@ INSTANTIATE_TEST_SUITE_P(Lending, LentPasswordTest, testing::ValuesIn(kQuestions
 
 TEST_F(LendingTest, TheLoginNeverBecomesWeaker) {
   using enum LoginMethod;
-  constexpr int kOwn = 80;
-  constexpr int kNamed = 554;
-  const auto lend = [&] {
-    LentPassword* lent = scope_.FindLent(GetCamRealPass(3, "Acme", "X", ""));
-    lent->LendFor({"Acme", "X", "cam2", kOwn, "admin", "", ""});
-    return lent;
-  };
-  LentPassword* lent = lend();
-  LentPassword* beside = lend();  // of another request at the same time
-  EXPECT_TRUE(lent->MayLogIn(kOwn, kBasic));
-  EXPECT_FALSE(lent->MayLogIn(kNamed, kBasic));
+  LentPassword* lent = Lend();
+  LentPassword* beside = Lend();  // of another request at the same time
+  EXPECT_TRUE(lent->MayLogIn(kOwn, false, kBasic));
+  EXPECT_FALSE(lent->MayLogIn(kNamed, true, kBasic));
   lent->Worked(kNamed, kSha256);
-  EXPECT_FALSE(lent->MayLogIn(kOwn, kBasic)) << "the camera knows Digest";
-  EXPECT_TRUE(lent->MayLogIn(kOwn, kMd5)) << "of the own port nothing else is known";
+  EXPECT_FALSE(lent->MayLogIn(kOwn, false, kBasic)) << "the camera knows Digest";
+  EXPECT_TRUE(lent->MayLogIn(kOwn, false, kMd5)) << "of the own port nothing else is known";
   lent->Worked(kOwn, kSha256);
   beside->Worked(kOwn, kMd5);
-  for (LentPassword* later : {lent, lend()}) {
-    EXPECT_FALSE(later->MayLogIn(kOwn, kMd5));
-    EXPECT_TRUE(later->MayLogIn(kOwn, kSha256));
-    EXPECT_TRUE(later->MayLogIn(kNamed, kMd5));
+  for (LentPassword* later : {lent, Lend()}) {
+    EXPECT_FALSE(later->MayLogIn(kOwn, false, kMd5));
+    EXPECT_TRUE(later->MayLogIn(kOwn, false, kSha256));
+    EXPECT_TRUE(later->MayLogIn(kNamed, false, kMd5));
   }
+}
+
+TEST_F(LendingTest, ANamedPortIsTheCameraWithTheCertificateOfItsOwnPort) {
+  using enum LoginMethod;
+  LentPassword* lent = Lend();
+  EXPECT_EQ(lent->TrustCertificate(kNamed, "a"), Outcome::kOk);
+  EXPECT_EQ(lent->TrustCertificate(kNamed, "b"), Outcome::kCertificateChanged);
+  EXPECT_FALSE(lent->MayLogIn(kNamed, true, kBasic)) << "anybody on the way could have named it";
+  EXPECT_FALSE(lent->MayLogIn(kNamed, false, kSha256)) << "it has done without TLS since";
+  EXPECT_EQ(lent->TrustCertificate(kOwn, "a"), Outcome::kOk);
+  for (LentPassword* later : {lent, Lend()}) EXPECT_TRUE(later->MayLogIn(kNamed, true, kBasic));
+  lent->Worked(kOwn, kSha256);
+  EXPECT_FALSE(lent->MayLogIn(kNamed, true, kBasic)) << "the camera knows Digest";
+
+  for (int port = 1000; port < 1100; ++port) EXPECT_EQ(lent->TrustCertificate(port, "c"), Outcome::kOk);
+  Records records{folder_.Path()};
+  EXPECT_EQ(records.PinnedCertificates(3).size(), kMostPinnedPorts);
+  records.ForgetCertificates(3);
+  for (const int port : {1000, 1001, kOwn}) EXPECT_EQ(Lend()->TrustCertificate(port, "d"), Outcome::kOk);
 }
 
 }  // namespace
