@@ -8,6 +8,7 @@ if(MODULE_ONLY)
 endif()
 
 # The recorder's.
+find_package(OpenSSL REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(SQLiteCpp REQUIRED)
 find_package(valijson REQUIRED)  # headers alone, in the system's include folder
@@ -26,7 +27,6 @@ if(PRODUCTS_ONLY OR CMAKE_CROSSCOMPILING)
 endif()
 
 # Those of simulated cameras, tests and benchmarks.
-find_package(OpenSSL REQUIRED)
 pkg_check_modules(GSTREAMER REQUIRED IMPORTED_TARGET gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0
                   gstreamer-sdp-1.0 gstreamer-rtsp-1.0 gstreamer-rtsp-server-1.0 gio-2.0)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)

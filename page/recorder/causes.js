@@ -173,13 +173,6 @@ export const NAMED_CAUSES = {
     field: "path",
     answered: true,
   },
-  tlsStream: {
-    heading: "Stream only over TLS",
-    happened: "The camera has this stream over TLS alone (an address with rtsps), which the recorder does not speak.",
-    first: "Switch RTSP without TLS on in the camera's settings.",
-    field: "none",
-    answered: true,
-  },
   transportRefused: {
     heading: "No video comes this way",
     happened:

@@ -17,6 +17,7 @@
 #include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
+#include "recorder/net/source_path.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -58,6 +59,7 @@ struct RtpFetch::Impl {
   std::string userAgent;
   int timeoutSeconds = 0;
   bool isSupported = false;
+  recorder::Outcome read = recorder::Outcome::kOk;  // of `path`, which was perhaps a whole address
 
   std::optional<recorder::RtspClient> client;
   std::unique_ptr<recorder::Depacketizer> depacketizer;
@@ -85,6 +87,7 @@ struct RtpFetch::Impl {
 recorder::Outcome RtpFetch::Impl::Open() {
   using recorder::Outcome;
   if (!isSupported) return Outcome::kNotUnderstood;
+  if (read != Outcome::kOk) return read;
   client.emplace(address, path, recorder::DeadlineOf(timeoutSeconds), userAgent.empty() ? "recorder" : userAgent);
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
   depacketizer = recorder::Depacketizer::Open(
@@ -172,6 +175,7 @@ RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, c
     : impl(std::make_unique<Impl>()) {
   impl->address = {host, port, user, password};
   impl->path = path;
+  impl->read = recorder::TakeApart(impl->path, impl->address);
   impl->userAgent = userAgent;
   impl->timeoutSeconds = timeoutSeconds;
   const bool isRtsp = streamingType == STREAMING_TYPE_RTSP || streamingType == STREAMING_TYPE_ANY;

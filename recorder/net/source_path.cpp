@@ -19,9 +19,10 @@ std::optional<std::string_view> BehindScheme(std::string_view path) {
   return isWhole ? std::optional(path.substr(end + kEnd.size())) : std::nullopt;
 }
 
-/// HTTP over TLS is spoken at one port.
-bool IsSpoken(const CameraUrl& url) {
-  return url.scheme == "rtsp" || url.scheme == "http" || (url.scheme == "https" && url.port == kHttpsPort);
+/// Without the zone of a link-local address, which is our own affair.
+std::string_view WithoutZone(std::string_view host) {
+  const std::string_view bare = WithoutBrackets(host);
+  return bare.substr(0, bare.find('%'));
 }
 
 }  // namespace
@@ -29,12 +30,19 @@ bool IsSpoken(const CameraUrl& url) {
 Outcome TakeApart(std::string& path, CameraAddress& address) {
   if (!BehindScheme(Trimmed(path))) return Outcome::kOk;
   const auto url = ParseCameraUrl(path);
-  if (!url || url->host != NormalizedHost(address.host)) return Outcome::kForeignPath;
-  if (url->scheme == "rtsps") return Outcome::kTlsStream;
-  if (!IsSpoken(*url)) return Outcome::kForeignPath;
-  if (url->namesPort || url->scheme == "https") address.port = url->port;
+  if (!url || WithoutZone(url->host) != NormalizedHost(WithoutZone(address.host))) return Outcome::kForeignPath;
+  const bool isTls = url->scheme == "rtsps" || url->scheme == "https";
+  if (!isTls && url->scheme != "rtsp" && url->scheme != "http") return Outcome::kForeignPath;
+  if (url->namesPort || isTls) address.port = url->port;
+  address.isTls = isTls;
   path = url->path;
   return Outcome::kOk;
+}
+
+std::string PutTogether(const std::string& path, const CameraAddress& address) {
+  if (!address.isTls) return path;
+  const char* slash = path.starts_with('/') ? "" : "/";
+  return "rtsps://" + WithBrackets(WithoutZone(address.host)) + ":" + std::to_string(address.port) + slash + path;
 }
 
 bool HoldsLogin(const std::string& path) {

@@ -45,9 +45,6 @@ constexpr CauseRow kCauses[] = {
      Reach::kContact},
     {Outcome::kEncryptedStream, "encryptedStream", "encrypted stream (SRTP)", CAMERA_VERIFY_NO_VIDEO,
      CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kContact},
-    // There may well be a video.
-    {Outcome::kTlsStream, "tlsStream", "stream over TLS alone (RTSPS)", CAMERA_VERIFY_NOT_UNDERSTOOD,
-     CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kContact},
     // "Busy" would have users try again: a camera that refuses each way to send will not grant one later either.
     {Outcome::kTransportRefused,
      "transportRefused",

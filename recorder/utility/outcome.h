@@ -18,7 +18,6 @@ enum class Outcome {
   kNoSuchStream,        ///< the path or stream does not exist there
   kNoVideo,             ///< no video, or not in the wanted codec or stream type
   kEncryptedStream,     ///< the camera sends its video only encrypted (SRTP)
-  kTlsStream,           ///< the stream is to be had over TLS alone (rtsps)
   kTransportRefused,    ///< the camera does not send its video over the RTSP connection, nor over UDP
   kBusy,                ///< too many sessions, service unavailable
   kNotThisProtocol,     ///< what answers there speaks another protocol

@@ -135,6 +135,7 @@ class ModelWriter {
   static void AddPath(const ModelPath& path, Json::Value& target) {
     target["path"] = path.path;
     if (path.port) target["port"] = *path.port;
+    if (path.isTls) target["tls"] = true;
   }
 
   void WriteStream() {

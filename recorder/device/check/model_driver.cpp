@@ -6,6 +6,7 @@
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/check/stream_picture.h"
 #include "recorder/device/model/path_template.h"
+#include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {
@@ -44,7 +45,7 @@ bool ModelDriver::HasStreamPath() { return model_->stream && model_->check == Mo
 int ModelDriver::GetStreamPath(std::string& path, int& port) {
   if (!model_->stream && parameters_.sourcePath.empty()) return -1;
   if (!model_->stream) {
-    path = parameters_.sourcePath;
+    path = PutTogether(parameters_.sourcePath, parameters_.address);
     port = parameters_.address.port;
     return 0;
   }
@@ -113,7 +114,11 @@ void ModelDriver::RememberStreams(const std::string& usualPath, int usualPort) c
 }
 
 std::string ModelDriver::StreamPath(const ModelPath& stream) const {
-  return FillPath(stream.path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}});
+  CameraAddress camera = parameters_.address;
+  camera.port = stream.port.value_or(camera.port);
+  camera.isTls = stream.isTls;
+  return PutTogether(FillPath(stream.path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}}),
+                     camera);
 }
 
 std::string ModelDriver::HttpSnapshotPath(const std::string& setting) const {

@@ -4,6 +4,7 @@
 
 #include "recorder/device/check/http_probe.h"
 #include "recorder/media/codecs.h"
+#include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {
@@ -16,7 +17,7 @@ bool UserDriver::HasStreamPath() { return false; }
 
 int UserDriver::GetStreamPath(std::string& path, int& port) {
   if (parameters_.sourcePath.empty()) return -1;
-  path = parameters_.sourcePath;
+  path = PutTogether(parameters_.sourcePath, parameters_.address);
   port = parameters_.address.port;
   return 0;
 }
@@ -36,7 +37,9 @@ int UserDriver::GetSnapshotPath(std::string& path, int& port, int& kind) {
 }
 
 Outcome UserDriver::TakeSnapshot(const CameraAddress& address, const std::string& /*setting*/, std::string& jpeg) {
-  if (!asked_) return FetchPicture(address, parameters_.sourcePath, jpeg);
+  CameraAddress camera = address;
+  camera.isTls = parameters_.address.isTls;
+  if (!asked_) return FetchPicture(camera, parameters_.sourcePath, jpeg);
   jpeg = std::move(asked_->jpeg);
   return std::exchange(asked_, std::nullopt)->outcome;
 }

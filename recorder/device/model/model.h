@@ -25,6 +25,7 @@ struct ModelCodec {
 struct ModelPath {
   std::string path;
   std::optional<int> port;
+  bool isTls = false;  ///< of a stream: RTSP goes inside TLS
   bool operator==(const ModelPath&) const = default;
 };
 

@@ -73,7 +73,7 @@ class ModelChecker {
       CheckPath("/stream", *model_.stream, {"channel", "stream"});
       return CheckOtherStreams();
     }
-    if (stream.isMember("path") || stream.isMember("port") || stream.isMember("others")) {
+    if (stream.isMember("path") || stream.isMember("port") || stream.isMember("tls") || stream.isMember("others")) {
       Report("/stream", "A path that the user gives leaves no room for a path or port of the model.");
     }
   }

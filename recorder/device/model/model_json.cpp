@@ -20,7 +20,7 @@ std::vector<std::string> Texts(const Json::Value& json) {
 Choices ReadChoices(const Json::Value& json) { return {Texts(json["values"]), json["default"].asString()}; }
 
 ModelPath ReadPath(const Json::Value& json) {
-  ModelPath path{json["path"].asString(), std::nullopt};
+  ModelPath path{json["path"].asString(), std::nullopt, json.get("tls", false).asBool()};
   if (json.isMember("port")) path.port = json["port"].asInt();
   return path;
 }

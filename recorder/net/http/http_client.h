@@ -31,9 +31,9 @@ class BodyReader {
   virtual Step Read(std::string_view bytes) = 0;
 };
 
-/// Fetches `path` (with its query; a leading slash may lack) into `reader`. https on port 443, else http. Redirects are
-/// followed within the host. Of an answer with another status only the head is read. kOk means that a 200 answer ended
-/// as it should, or that `reader` has enough of it.
+/// Fetches `path` (with its query; a leading slash may lack) into `reader`. https on port 443 and where `address` says
+/// so, else http. Redirects are followed within the host. Of an answer with another status only the head is read. kOk
+/// means that a 200 answer ended as it should, or that `reader` has enough of it.
 Outcome HttpGet(const CameraAddress& address, const std::string& path, BodyReader& reader);
 
 }  // namespace recorder

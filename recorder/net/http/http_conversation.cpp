@@ -11,8 +11,8 @@ namespace recorder {
 
 HttpConversation::HttpConversation(HttpPlace place, CameraAddress camera, AnswerReader& reader, std::size_t maxBody)
     : place_(std::move(place)),
-      camera_{std::move(camera.host), place_.port, std::move(camera.user), std::move(camera.password)},
-      transfer_(place_, reader, maxBody) {}
+      camera_{std::move(camera.host), place_.port, std::move(camera.user), std::move(camera.password), place_.isTls},
+      transfer_(place_, reader, maxBody, [this](const std::string& seen) { return TrustCertificate(camera_, seen); }) {}
 
 Outcome HttpConversation::Send(const OutgoingRequest& request, Clock::time_point end) {
   RequestScope& scope = RequestScope::Current();

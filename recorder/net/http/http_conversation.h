@@ -52,7 +52,7 @@ class HttpConversation {
   Outcome MeaningOfUnauthorized(const OutgoingRequest& request, bool isChallenged) const;
 
   const HttpPlace place_;
-  const CameraAddress camera_;  // its port is that of the place
+  const CameraAddress camera_;  // its port and TLS are those of the place
   HttpTransfer transfer_;
   Login login_ = Login::kNone;
   std::optional<LoginChallenge> challenge_;  // what our Authorization headers answer

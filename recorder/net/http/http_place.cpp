@@ -8,7 +8,7 @@
 
 namespace recorder {
 HttpPlace PlaceAt(const CameraAddress& camera, std::string path) {
-  return {camera.port == kHttpsPort, camera.host, camera.port, std::move(path)};
+  return {camera.isTls || camera.port == kHttpsPort, camera.host, camera.port, std::move(path)};
 }
 
 std::optional<std::string> RequestPath(std::string_view path) {

@@ -18,7 +18,7 @@ struct HttpPlace {
   bool operator==(const HttpPlace&) const = default;
 };
 
-/// `path`, as RequestPath gives it, at the camera's own port: https on 443, else http.
+/// `path`, as RequestPath gives it, at the camera's own port: https on 443 and where the address says so, else http.
 HttpPlace PlaceAt(const CameraAddress& camera, std::string path);
 
 /// `path` as it may stand in a request line: with a leading slash, and with percent-encoding for blanks and for

@@ -8,8 +8,8 @@
 
 #include "recorder/net/http/http_status.h"
 #include "recorder/net/socket.h"
+#include "recorder/net/tls_socket.h"
 #include "recorder/utility/limits.h"
-#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/translate.h"
 
@@ -72,8 +72,8 @@ std::string WholeAddress(const UrlHandle& here, const std::string& location) {
 
 }  // namespace
 
-HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody)
-    : place_(place), reader_(reader), url_(MakeUrl(place)), curl_(MakeCurl()) {
+HttpTransfer::HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody, CertificateCheck check)
+    : place_(place), reader_(reader), check_(std::move(check)), url_(MakeUrl(place)), curl_(MakeCurl()) {
   SetProtocol();
   SetLimits(maxBody);
   SetConnecting();
@@ -97,7 +97,6 @@ Outcome HttpTransfer::Perform(const OutgoingRequest& request, const std::string&
   const CURLcode code = curl_easy_perform(curl_.get());
   Set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
   Count();
-  if (place_.isTls) ReportCertificate();
   return OutcomeOf(code);
 }
 
@@ -134,7 +133,7 @@ void HttpTransfer::SetProtocol() {
 void HttpTransfer::SetLimits(std::size_t maxBody) {
   Set(CURLOPT_NOSIGNAL, 1L);
   Set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBody));
-  // Cameras sign their own certificates: an encrypted picture beats none, and the log says so.
+  // Cameras sign their own certificates: OnConnected judges them.
   Set(CURLOPT_SSL_VERIFYPEER, 0L);
   Set(CURLOPT_SSL_VERIFYHOST, 0L);
 }
@@ -148,6 +147,8 @@ void HttpTransfer::SetConnecting() {
   Set(CURLOPT_SOCKOPTFUNCTION, &HttpTransfer::OnSocketOpened);
   Set(CURLOPT_CLOSESOCKETFUNCTION, &HttpTransfer::OnCloseSocket);
   Set(CURLOPT_CLOSESOCKETDATA, this);
+  Set(CURLOPT_PREREQFUNCTION, &HttpTransfer::OnConnected);
+  Set(CURLOPT_PREREQDATA, this);
 }
 
 void HttpTransfer::SetCallbacks() {
@@ -186,15 +187,6 @@ Outcome HttpTransfer::OutcomeOf(CURLcode code) {
   return outcome;
 }
 
-/// Once is enough for one place.
-void HttpTransfer::ReportCertificate() {
-  long result = 0;
-  curl_easy_getinfo(curl_.get(), CURLINFO_SSL_VERIFYRESULT, &result);
-  if (result == 0 || std::exchange(isCertificateReported_, true)) return;
-  LogFailure("Certificate of " + place_.host + ":" + std::to_string(place_.port) +
-             " is from no known authority; going on.");
-}
-
 // libcurl is C: nothing may be thrown through it.
 
 curl_socket_t HttpTransfer::OnOpenSocket(void* self, curlsocktype, curl_sockaddr*) try {
@@ -213,6 +205,19 @@ int HttpTransfer::OnCloseSocket(void* self, curl_socket_t connection) {
   OnProgress(self, 0, 0, 0, 0);
   if (transfer.connection_ == connection) transfer.connection_ = -1;
   return close(connection);
+}
+
+int HttpTransfer::OnConnected(void* self, char*, char*, int, int) try {
+  auto& transfer = *static_cast<HttpTransfer*>(self);
+  if (!transfer.place_.isTls) return CURL_PREREQFUNC_OK;
+  const curl_tlssessioninfo* session = nullptr;
+  curl_easy_getinfo(transfer.curl_.get(), CURLINFO_TLS_SSL_PTR, &session);
+  const bool isThere = session != nullptr && session->internals != nullptr;
+  const std::string certificate = isThere ? CertificateOf(*static_cast<const SSL*>(session->internals)) : "";
+  transfer.connected_ = transfer.check_(certificate);
+  return transfer.connected_ == Outcome::kOk ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+} catch (const std::bad_alloc&) {
+  return CURL_PREREQFUNC_ABORT;
 }
 
 int HttpTransfer::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) try {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,10 @@ class AnswerReader {
   virtual BodyReader::Step Read(std::string_view bytes) = 0;
 };
 
+/// Says whether a certificate may be talked to: the SHA-256 of its DER in hexadecimal. Any other outcome than kOk is
+/// that of the request.
+using CertificateCheck = std::function<Outcome(const std::string& certificate)>;
+
 /// libcurl's part, but for connecting, which is ConnectTo's: one request after the other to one host and port, over at
 /// most one connection at a time. Knows nothing of logins but that their header must not be repeated by accident.
 class HttpTransfer {
@@ -43,7 +48,8 @@ class HttpTransfer {
   };
 
   /// `place` and `reader` must outlive the transfer. An answer that announces more than `maxBody` bytes is refused.
-  HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody);
+  /// `check` is asked before a request is sent over TLS.
+  HttpTransfer(const HttpPlace& place, AnswerReader& reader, std::size_t maxBody, CertificateCheck check);
   HttpTransfer(const HttpTransfer&) = delete;  // libcurl holds its address
   HttpTransfer& operator=(const HttpTransfer&) = delete;
 
@@ -88,12 +94,14 @@ class HttpTransfer {
   void SetTarget(const std::string& path);
   void SetBody(const OutgoingRequest& request);
   Outcome OutcomeOf(CURLcode code);
-  void ReportCertificate();
 
   // Called by libcurl, which neither looks names up nor connects.
   static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr*);
   static int OnSocketOpened(void*, curl_socket_t, curlsocktype) { return CURL_SOCKOPT_ALREADY_CONNECTED; }
   static int OnCloseSocket(void* self, curl_socket_t connection);
+
+  // Called by libcurl between connecting and each request.
+  static int OnConnected(void* self, char*, char*, int, int);
 
   // Called by libcurl whenever it has read, and now and then.
   static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
@@ -108,6 +116,7 @@ class HttpTransfer {
 
   const HttpPlace& place_;
   AnswerReader& reader_;
+  const CertificateCheck check_;
   int connection_ = -1;        // libcurl's, as long as it is open
   std::uint64_t counted_ = 0;  // bytes that came over it and are counted
   UrlHandle url_;              // libcurl reads it during a request
@@ -115,9 +124,8 @@ class HttpTransfer {
   CurlList statusLines_;  // that count as HTTP/1.0 200
   CurlHandle curl_;
   Clock::time_point deadline_;
-  Outcome connected_ = Outcome::kOk;  // of the last attempt, if there was one
+  Outcome connected_ = Outcome::kOk;  // of the last attempt, if there was one, the certificate included
   Answer answer_;
-  bool isCertificateReported_ = false;
 };
 
 }  // namespace recorder

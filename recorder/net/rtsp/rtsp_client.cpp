@@ -17,7 +17,8 @@ constexpr std::array<std::uint8_t, 8> kEmptyReport = {0x80, 201, 0, 1, 0, 0, 0, 
 
 RtspClient::RtspClient(CameraAddress address, std::string_view path, Clock::time_point deadline, std::string userAgent)
     : address_(std::move(address)),
-      session_({address_.host, address_.port, std::string(path), std::move(userAgent)}, deadline, *this) {}
+      session_({address_.host, address_.port, std::string(path), std::move(userAgent), address_.isTls}, deadline,
+               *this) {}
 
 RtspClient::~RtspClient() {
   const std::string teardown = session_.Teardown();
@@ -63,7 +64,7 @@ Outcome RtspClient::Run() {
   for (;;) {
     switch (session_.Next(Clock::now())) {
       case RtspSession::Step::kConnect:
-        session_.Connected(Connect(session_.Port()));
+        session_.Connected(Connect());
         break;
       case RtspSession::Step::kSend:
         session_.Sent(socket_.Write(session_.Outgoing(), session_.Deadline()));
@@ -87,10 +88,18 @@ void RtspClient::RememberResult() {
   if (!isShare) scope.Remember(address_.host, address_.user, session_.Result());
 }
 
-Outcome RtspClient::Connect(int port) {
-  address_.port = port;
-  const auto refusal = RequestScope::Current().Refusal(address_.host, port, address_.user, address_.password);
-  return refusal ? *refusal : socket_.Connect(address_.host, port, session_.Deadline());
+Outcome RtspClient::Connect() {
+  address_.port = session_.Port();
+  address_.isTls = session_.IsTls();
+  const auto refusal = RequestScope::Current().Refusal(address_.host, address_.port, address_.user, address_.password);
+  if (refusal) return *refusal;
+  const Outcome outcome = socket_.Connect(address_.host, address_.port, session_.Deadline());
+  return outcome == Outcome::kOk && address_.isTls ? BeginTls() : outcome;
+}
+
+Outcome RtspClient::BeginTls() {
+  const Outcome outcome = socket_.BeginTls(address_.host, session_.Deadline());
+  return outcome == Outcome::kOk ? TrustCertificate(address_, socket_.Certificate()) : outcome;
 }
 
 void RtspClient::OpenPorts() {
@@ -111,12 +120,12 @@ void RtspClient::Receive() {
 void RtspClient::ReceiveBytes() {
   std::size_t received = 0;
   const bool isTimely = socket_.Read(session_.Space(), session_.Until(), received) == Outcome::kOk;
+  Spend(socket_.TakeCount());
   if (!isTimely) return;  // the session sees what time it is
   if (received == 0) {
     return session_.Ended(socket_.WasClosedUnread() ? RtspSession::Ending::kUnread : RtspSession::Ending::kUsual);
   }
   session_.Received(received);
-  Spend(received);
 }
 
 void RtspClient::ReceiveDatagram() {

@@ -10,23 +10,24 @@
 #include "recorder/net/camera_address.h"
 #include "recorder/net/rtsp/rtp_order.h"
 #include "recorder/net/rtsp/rtsp_session.h"
-#include "recorder/net/socket.h"
+#include "recorder/net/tls_socket.h"
 #include "recorder/net/udp_pair.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
 
-/// An RtspSession with one camera over a socket, and over UDP where the camera sends its packets so alone. Call
-/// Describe, Setup, Play, then Read as often as wanted; after a failure the object is of no more use.
+/// An RtspSession with one camera over a socket, inside TLS where its address says so or a redirect leads there, and
+/// over UDP where the camera sends its packets so alone. Call Describe, Setup, Play, then Read as often as wanted;
+/// after a failure the object is of no more use.
 ///
-/// Owner:   holds one connection from Describe on, and two UDP ports from Setup on where the camera refuses to send
-/// over
+/// Owner:   holds one connection from Describe on, and two UDP ports from Setup on where the camera refuses to send by
 ///          the connection; the destructor closes them, and says TEARDOWN without waiting for the answer.
 /// Thread:  one thread at a time; it must be that of the request, whose RequestScope is asked.
 /// Time:    no call outlasts the deadline given to the constructor, the name's lookup included.
 /// Failure: an Outcome; nothing throws but std::bad_alloc. kNotUnderstood includes a connection that ended early.
 /// Secrets: the password goes into the Authorization header, to the camera's own host only. A wrong one is one attempt.
+///          Nothing is sent to a camera whose certificate is kCertificateChanged.
 class RtspClient : private RtspLogins {
  public:
   /// `path` is what follows host and port, with its query; bytes that an address cannot hold are percent-encoded.
@@ -66,7 +67,8 @@ class RtspClient : private RtspLogins {
  private:
   Outcome Run();
   void RememberResult();
-  Outcome Connect(int port);
+  Outcome Connect();
+  Outcome BeginTls();
   void OpenPorts();
   void Receive();
   void ReceiveBytes();
@@ -81,9 +83,9 @@ class RtspClient : private RtspLogins {
   void Worked(LoginMethod method) override;
   void AllowPort(int port) override;
 
-  CameraAddress address_;  // its port is that of the connection
+  CameraAddress address_;  // its port and TLS are those of the connection
   RtspSession session_;
-  Socket socket_;
+  TlsSocket socket_;
 
   std::optional<UdpPair> ports_;
   RtpOrder order_;                    // over UDP

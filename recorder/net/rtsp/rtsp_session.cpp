@@ -29,7 +29,7 @@ Outcome OutcomeOf(int status) { return IsSuccess(status) ? Outcome::kOk : Outcom
 std::string MakeUri(const RtspTarget& target) {
   const std::string_view host = WithoutBrackets(target.host);
   const std::string_view withoutZone = host.substr(0, host.find('%'));  // of a link-local address: our own affair
-  return "rtsp://" + WithBrackets(withoutZone) + ':' + std::to_string(target.port) +
+  return (target.isTls ? "rtsps://" : "rtsp://") + WithBrackets(withoutZone) + ':' + std::to_string(target.port) +
          (target.path.starts_with('/') ? "" : "/") + PercentEncoded(target.path, kAddressSigns);
 }
 
@@ -260,7 +260,7 @@ void RtspSession::TakeAnswer(const RtspMessage& answer) {
   if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
   if (goal_ == Goal::kPlay && transport_.IsUdp()) packetBy_ = now_ + (deadline_ - now_) / 2;
   Finish(MeaningOf(answer));
-  const bool mayBeOverUdp = goal_ == Goal::kSetup && !transport_.IsUdp();
+  const bool mayBeOverUdp = goal_ == Goal::kSetup && !transport_.IsUdp() && !target_.isTls;  // TLS would be left
   if (mayBeOverUdp && result_ == Outcome::kTransportRefused) state_ = State::kOpening;
 }
 
@@ -281,14 +281,15 @@ void RtspSession::AskOptions(const RtspMessage& refusal) {
 }
 
 /// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a
-/// login of its own is what another port may ask for.
+/// login of its own is what another port may ask for. TLS is not left.
 void RtspSession::FollowRedirect(const RtspMessage& answer) {
   const auto here = ParseCameraUrl(uri_);
   const auto there = ParseCameraUrl(WholeAddress(uri_, answer.Header("Location")));
   if (!here || !there || there->host != here->host) return Finish(Outcome::kNotUnderstood);
-  if (there->scheme == "rtsps") return Finish(Outcome::kTlsStream);
-  if (there->scheme != "rtsp") return Finish(Outcome::kNotUnderstood);
+  const bool isTls = there->scheme == "rtsps";
+  if (!isTls && (there->scheme != "rtsp" || target_.isTls)) return Finish(Outcome::kNotUnderstood);
   ++redirects_;
+  target_.isTls = isTls;
   target_.port = there->port;
   target_.path = there->path;
   uri_ = MakeUri(target_);

@@ -26,6 +26,7 @@ struct RtspTarget {
   int port = 0;
   std::string path;  ///< what follows host and port, with its query; what an address cannot hold is percent-encoded
   std::string userAgent;
+  bool isTls = false;  ///< RTSP goes inside TLS (rtsps)
 };
 
 /// Whom a session logs in as, and when it may.
@@ -60,9 +61,9 @@ class RtspLogins {
 class RtspSession {
  public:
   enum class Step {
-    kConnect,    ///< connect to Port(), closing an earlier connection first, and tell Connected()
-    kSend,       ///< send Outgoing() and tell Sent()
-    kReceive,    ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
+    kConnect,  ///< connect to Port(), inside TLS if IsTls(), closing an earlier connection first, and tell Connected()
+    kSend,     ///< send Outgoing() and tell Sent()
+    kReceive,  ///< wait until Until() for bytes, and tell Received(), Ended() or, when none came, nothing
     kOpenPorts,  ///< open a pair of UDP ports at the connection's local address, and tell PortsOpened()
     kDone,       ///< what was begun has ended with Result()
   };
@@ -101,6 +102,7 @@ class RtspSession {
   Outcome Result() const { return result_; }
 
   int Port() const { return target_.port; }
+  bool IsTls() const { return target_.isTls; }
   void Connected(Outcome outcome);
 
   std::span<const std::uint8_t> Outgoing() const;

@@ -198,7 +198,7 @@ const Trouble kTroubles[] = {
     {"overTls", R"({"onvif": {"trouble": "redirectTls"}})", 0, 0},
     {"rtspSnapshot", R"({"onvif": {"snapshotUri": "rtsp"}})", 0, 0},
     {"noSnapshot", R"({"onvif": {"snapshotUri": "none"}})", 0, 0},
-    {"tlsStream", R"({"onvif": {"tlsStream": true}})", 468, 457, "tlsStream"},
+    {"tlsStream", R"({"onvif": {"tlsStream": true}, "tls": "too"})", 0, 0},
     {"snapshotLogin", R"({"onvif": {"snapshotUri": "withLogin"}})", 0, 0},
 };
 

@@ -81,6 +81,9 @@ const SessionCase kSessionCases[] = {
     {"Redirect",
      {kChallenge, Answer("302 Go", "Location: rtsp://CAM.:8554/b\r\n\r\n"), kClosed},
      "554 D Dn1 8554 D notUnderstood"},
+    {"RedirectIntoTlsAndOut",
+     {Answer("302 Go", "Location: rtsps://cam/b\r\n\r\n"), Answer("302 Go", "Location: rtsp://cam/c\r\n\r\n")},
+     "554 D 322s D notUnderstood"},
     {"RedirectElsewhere", {Answer("302 Go", "Location: rtsp://cam.example/live\r\n\r\n")}, "554 D notUnderstood"},
 };
 

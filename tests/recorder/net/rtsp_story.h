@@ -25,8 +25,8 @@ class RtspStory : private RtspLogins {
     told_ += NameOf(session_.Result());
   }
 
-  /// A port where the session connects, a letter with the login's nonce and use where it sends, the size of each
-  /// packet, the outcome.
+  /// A port where the session connects, with an "s" for TLS, a letter with the login's nonce and use where it sends,
+  /// the size of each packet, the outcome.
   const std::string& Told() const { return told_; }
   const std::vector<std::string>& Sent() const { return sent_; }
 
@@ -36,7 +36,7 @@ class RtspStory : private RtspLogins {
     for (;;) {
       switch (session_.Next(now_)) {
         case RtspSession::Step::kConnect:
-          Tell(std::to_string(session_.Port()));
+          Tell(std::to_string(session_.Port()) + (session_.IsTls() ? "s" : ""));
           session_.Connected(Outcome::kOk);
           break;
         case RtspSession::Step::kSend:

@@ -186,9 +186,9 @@ class Questioning {
     if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
     if (reply.outcome != Outcome::kOk) return reply.outcome;
     const auto url = ParseCameraUrl(ReadUri(reply.content));
-    if (url && url->scheme == "rtsps") return Outcome::kTlsStream;
-    if (!url || url->scheme != "rtsp") return Outcome::kNoVideo;
-    stream = {url->path, url->port};
+    const bool isTls = url && url->scheme == "rtsps";
+    if (!url || (!isTls && url->scheme != "rtsp")) return Outcome::kNoVideo;
+    stream = {url->path, url->port, isTls};
     return Outcome::kOk;
   }
 
