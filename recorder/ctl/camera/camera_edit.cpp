@@ -31,10 +31,11 @@ struct CameraEdit {
   bool hasNoPassword = false;
   bool isForced = false;
   bool allowsBasic = false;
+  bool trustsNewCertificate = false;
 
   bool IsEmpty() const {
     return !name && !vendor && !model && !host && !port && !user && !channel && !sourcePath && !status &&
-           !hasNewPassword && !hasNoPassword && !allowsBasic;
+           !hasNewPassword && !hasNoPassword && !allowsBasic && !trustsNewCertificate;
   }
 };
 
@@ -86,6 +87,7 @@ void Run(CameraEdit& edit, const Config& config) {
   const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(before, camera);
   wantsPassword ? StoreWithPassword(edit, records) : Store(edit, std::nullopt, records);
   if (edit.allowsBasic) records.ForgetLogin(edit.id);
+  if (edit.trustsNewCertificate) records.ForgetCertificates(edit.id);
 }
 
 void AddEditOptions(CLI::App& command, CameraEdit& edit) {
@@ -103,6 +105,8 @@ void AddEditOptions(CLI::App& command, CameraEdit& edit) {
   AddForceFlag(command, edit.isForced);
   command.add_flag("--allow-basic", edit.allowsBasic,
                    "forget the strongest login that worked, so that the stored password may go by a weaker one again");
+  command.add_flag("--trust-new-certificate", edit.trustsNewCertificate,
+                   "forget the camera's TLS certificates, so that those of the next contact are taken");
 }
 
 }  // namespace
@@ -118,7 +122,8 @@ void AddCameraEditCommand(CLI::App& cameraCommand, const std::string& configOpti
       "Examples:\n"
       "  recorderctl camera edit 3 --name \"back door\" --status disabled\n"
       "  recorderctl camera edit 3 --host 192.0.2.18 < password\n"
-      "  recorderctl camera edit 7 --allow-basic");
+      "  recorderctl camera edit 7 --allow-basic\n"
+      "  recorderctl camera edit 7 --trust-new-certificate");
   command->callback([edit, &configOption] { Run(*edit, LoadConfig(FindConfigFile(configOption))); });
 }
 

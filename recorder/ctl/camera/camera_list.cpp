@@ -53,12 +53,18 @@ void List(const Records& records) {
 }
 
 void Show(const ShowOptions& options, const Records& records) {
-  const Json::Value json = ToJson(FindCamera(records, options.id));
+  Json::Value json = ToJson(FindCamera(records, options.id));
+  const Certificates certificates = records.PinnedCertificates(options.id);
   if (options.isJson) {
+    json["certificates"] = Json::Value(Json::objectValue);
+    for (const auto& [port, sha256] : certificates) json["certificates"][std::to_string(port)] = sha256;
     std::cout << ToText(json) << '\n';
     return;
   }
   for (const std::string& name : json.getMemberNames()) std::cout << name << ": " << json[name].asString() << '\n';
+  for (const auto& [port, sha256] : certificates) {
+    std::cout << "certificate at port " << port << ": SHA-256 " << sha256 << '\n';
+  }
 }
 
 void AddJsonFlag(CLI::App& command, bool& isJson) { command.add_flag("--json", isJson, "print JSON"); }
