@@ -9,7 +9,7 @@ import { decode } from "./text.js";
  * @property {string} port as written; "" when there is none
  * @property {string} user
  * @property {string} password
- * @property {string} path with its query; "" when there is none
+ * @property {string} path with its query; "" when there is none; the whole address, without login, of rtsps
  */
 
 /** @type {Readonly<Record<string, string>>} */
@@ -52,13 +52,18 @@ export function splitAddress(text) {
   const [user = "", ...password] = authority.slice(0, Math.max(at, 0)).split(":");
   const { host, port } = splitHost(authority.slice(at + 1));
   const ofPath = splitPath(path === "/" ? "" : path);
+  const place = { host, port: port || (SCHEME_PORTS[scheme.toLowerCase()] ?? "") };
   return {
-    host,
-    port: port || (SCHEME_PORTS[scheme.toLowerCase()] ?? ""),
+    ...place,
     user: decode(user) || ofPath.user,
     password: decode(password.join(":")) || ofPath.password,
-    path: ofPath.path,
+    path: scheme.toLowerCase() === "rtsps" ? tlsAddress(place, ofPath.path) : ofPath.path,
   };
+}
+
+/** A path that is read inside TLS: the scheme alone tells it. @param {{host: string, port: string}} place @param {string} path */
+function tlsAddress({ host, port }, path) {
+  return `rtsps://${host.includes(":") ? `[${host}]` : host}:${port}${path || "/"}`;
 }
 
 /**

@@ -2,7 +2,7 @@
 /// rule; the tests of both read its cases from tests/data/path_logins.json.
 ///
 /// - "NAME:PASSWORD@" at the beginning, where at most a "/" or a scheme stands before it, up to the last "@" before the
-///   next "/" or "?". Behind a scheme, the host goes too.
+///   next "/" or "?". Behind a scheme other than rtsps, which tells of TLS, scheme and host go too.
 /// - "user=NAME" and "password=TEXT", under one of the names below, in any case. They begin behind "/", "?", "&" or "_".
 ///   In the query (behind the first "?") they end at "&"; before it at "/", "&", or a "_" that letters and "=" follow. The
 ///   first of each counts, and all are taken out. Without a password among them the path stays as it is.
@@ -34,7 +34,8 @@ export function splitPath(path) {
   const [, start = "", user = "", password = "", host = "", rest = ""] = BEFORE_AT.exec(path) ?? [];
   if (!user) return splitParameters(path);
   const left = splitParameters(start.endsWith("://") ? rest : `/${host}${rest}`);
-  return { user: decode(user), password: decode(password), path: left.path || "/" };
+  const kept = /^rtsps:/i.test(start) ? `rtsps://${host}` : "";
+  return { user: decode(user), password: decode(password), path: kept + (left.path || "/") };
 }
 
 /** @param {string} path @returns {PathParts} */

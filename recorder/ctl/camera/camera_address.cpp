@@ -60,6 +60,13 @@ std::string_view SchemePort(std::string_view scheme) {
   return "";
 }
 
+/// True for a scheme that tells, and tells alone, that a path is read inside TLS.
+bool IsTls(std::string_view schemeWithSlashes) { return EqualsIgnoreCase(schemeWithSlashes, "rtsps://"); }
+
+std::string TlsAddress(const AddressParts& place, const std::string& path) {
+  return "rtsps://" + WithBrackets(place.host) + ":" + place.port + (path.empty() ? "/" : path);
+}
+
 AddressParts SplitWhole(std::string_view text, std::size_t schemeLength) {
   const std::string_view rest = text.substr(schemeLength);
   const std::size_t pathBegin = rest.find_first_of("/?#");
@@ -76,7 +83,8 @@ AddressParts SplitWhole(std::string_view text, std::size_t schemeLength) {
   PathParts ofPath = SplitPath(path == "/" ? "" : path);
   if (parts.user.empty()) parts.user = std::move(ofPath.user);
   if (parts.password.empty()) parts.password = std::move(ofPath.password);
-  parts.path = std::move(ofPath.path);
+  const bool isTls = IsTls(Before(text, schemeLength));
+  parts.path = isTls ? TlsAddress(parts, ofPath.path) : std::move(ofPath.path);
   return parts;
 }
 
@@ -172,6 +180,7 @@ PathParts SplitPath(std::string_view path) {
   parts.user = Decoded(Before(authority, colon));
   parts.password = Decoded(authority.substr(colon + 1, at - colon - 1));
   if (parts.path.empty()) parts.path = "/";
+  if (IsTls(Before(path, schemeLength))) parts.path = "rtsps://" + std::string(authority.substr(at + 1)) + parts.path;
   return parts;
 }
 

@@ -14,7 +14,7 @@ struct AddressParts {
   std::string port;
   std::string user;
   std::string password;
-  std::string path;  ///< with its query
+  std::string path;  ///< with its query; the whole address, without login, of rtsps
 };
 
 /// Splits "host", "host:port", "[v6]:port", a bare v6 address, or a whole address (RFC 3986), whose scheme stands for a
