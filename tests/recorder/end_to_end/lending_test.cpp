@@ -195,6 +195,29 @@ TEST(StoredPassword, IsNotShownWhereTheCameraRedirectsTo) {
   }
 }
 
+// A camera that takes Basic leads into TLS: with the certificate of the port in its record it is the camera for sure.
+TEST(StoredPassword, IsShownAtANamedPortThatHasTheCertificateOfItsOwn) {
+  Proxy own;
+  Proxy named;
+  const std::string port = std::to_string(named.Port());
+  const SimCameras cameras(List({Clip("camera", R"("tls": "too", "login": "basic", "fault": "redirectRtsp",
+      "redirectTo": "rtsps://127.0.0.1:)" + port + "/stream1\"")}));
+  const TestRecorder recorder;
+  for (Proxy* proxy : {&own, &named}) proxy->LeadTo(cameras.Port("camera"));
+  const std::string ownPlace = "127.0.0.1:" + std::to_string(own.Port()) + "/stream1";
+  for (const bool isTls : {true, false}) {
+    const Stored way{"camera", "User ", (isTls ? "rtsps://" : "rtsp://") + ownPlace};
+    const int id = way.Add(recorder, own.Port());
+    Json::Value params = way.Params(own.Port(), id);
+    params["camVideoType"] = "H.264";
+    for (int contact = 1; contact <= 2; ++contact) {
+      EXPECT_EQ(CodeOf(recorder, "CameraTest", params), isTls ? 0 : 464) << contact << recorder.Log();
+    }
+    EXPECT_EQ(recorder.Log().find("it goes there by Digest only") == std::string::npos, isTls);
+    EXPECT_EQ(recorder.Control({"camera", "remove", std::to_string(id)}).status, 0);
+  }
+}
+
 // The camera's web services name a port for its stream, where a login is asked for by Basic.
 TEST(StoredPassword, IsNotShownAtAPortThatTheCameraNames) {
   const Stored kWays[] = {{"token", "ONVIF Generic", ""}, {"http", "ONVIF Generic", ""}, {"psia", "PSIA Generic", ""}};

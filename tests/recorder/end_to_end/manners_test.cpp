@@ -7,6 +7,7 @@
 #include <set>
 
 #include "rig/cameras.h"
+#include "rig/proxy.h"
 #include "tests/recorder/end_to_end/expect.h"
 
 // Manners of cameras that are reached by a path that the user gives, and what the user is told.
@@ -62,7 +63,18 @@ const Manner kManners[] = {
      "640x480"},
     {"AddressOfAnotherHost", "{}", "rtsp://192.0.2.1/stream1", "", 468, "foreignPath", "an address elsewhere", ""},
     {"AddressOfAnotherProtocol", "{}", "rtmp://127.0.0.1/stream1", "", 468, "foreignPath", "an address elsewhere", ""},
-    {"AddressOverTls", "{}", "rtsps://127.0.0.1/stream1", "", 468, "tlsStream", "stream over TLS", ""},
+    // Inside TLS.
+    {"RtspsWithDigest", R"({"tls": "only"})", "rtsps://127.0.0.1:PORT/stream1", "", 0, "ok", "is not checked",
+     "640x480"},
+    {"RtspsWithBasic", R"({"tls": "only", "login": "basic"})", "rtsps://127.0.0.1:PORT/stream1", "H.264", 0, "ok", "",
+     "640x480"},
+    {"Https", R"({"tls": "only"})", "https://127.0.0.1:PORT/snapshot.jpg", "MJPEG", 0, "ok", "is not checked",
+     "640x480"},
+    {"RtspsIsNotLeftForUdp", R"({"tls": "only", "fault": "tcp461"})", "rtsps://127.0.0.1:PORT/stream1", "H.264", 468,
+     "transportRefused", "No picture from", ""},
+    {"RtspsWhereThereIsNone", "{}", "rtsps://127.0.0.1:PORT/stream1", "", 468, "notThisProtocol", "No TLS with", ""},
+    {"RtspWhereThereIsRtspsAlone", R"({"tls": "only"})", "/stream1", "H.264", 468, "notUnderstood", "not understood",
+     ""},
 };
 
 Json::Value MannerCameras() {
@@ -163,5 +175,39 @@ TEST(Manners, UdpIsOpenForItsRequestAlone) {
   for (const char* camera : {"silent", "udp", "tcp"}) {
     CodeOf(recorder, "CameraTest", CameraParams(cameras.Port(camera), kSecret));
     EXPECT_EQ(CountUdpSockets(recorder), 0) << camera;
+  }
+}
+
+// Another camera at its address, or somebody else.
+TEST(Manners, ANewCertificateOfAStoredCameraIsRefusedUntilItIsTrusted) {
+  const Json::Value basic = ParseJson(R"({"tls": "only", "login": "basic", "stream": {"source": "clip"}})");
+  const SimCameras cameras(List({Camera("first", basic), Camera("second", basic)}));
+  const TestRecorder recorder;
+  for (const std::string place : {"rtsps://127.0.0.1:PORT/stream1", "https://127.0.0.1:PORT/snapshot.jpg"}) {
+    SCOPED_TRACE(place);
+    Proxy address;
+    const std::string path = std::string(place).replace(place.find("PORT"), 4, std::to_string(address.Port()));
+    const int id = recorder.AddCamera("User", "", address.Port(), "admin", kSecret, "1", path);
+    Json::Value params = CameraParams(address.Port(), kFakePass, "User ");
+    params["camId"] = id;
+    params["camSourcePath"] = path;
+    params["camVideoType"] = place.starts_with("https") ? "MJPEG" : "H.264";
+    address.LeadTo(cameras.Port("first"));
+    ExpectAnswer(recorder, "CameraTest", params, 0, "ok");
+    const std::string pinned = "certificate at port " + std::to_string(address.Port()) + ": SHA-256 ";
+    EXPECT_THAT(recorder.Control({"camera", "show", std::to_string(id)}).output, testing::HasSubstr(pinned));
+
+    const int before = cameras.Log("second")["requestCount"].asInt();
+    address.LeadTo(cameras.Port("second"));
+    ExpectAnswer(recorder, "CameraTest", params, 468, "certificateChanged");
+    ExpectAnswer(recorder, "GetSnapshot", params, -1, "certificateChanged");
+    EXPECT_EQ(cameras.Log("second")["requestCount"].asInt(), before) << "something was sent";
+    Json::Value typed = params;
+    for (const char* name : {"camPass", "camPassword", "camPassWord"}) typed[name] = kSecret;
+    ExpectAnswer(recorder, "CameraTest", typed, 0, "ok");
+
+    EXPECT_EQ(recorder.Control({"camera", "edit", std::to_string(id), "--trust-new-certificate"}).status, 0);
+    ExpectAnswer(recorder, "CameraTest", params, 0, "ok");
+    EXPECT_EQ(recorder.Control({"camera", "remove", std::to_string(id)}).status, 0);
   }
 }
