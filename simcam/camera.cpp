@@ -59,7 +59,7 @@ Camera::Camera(CameraConfig config, ClipStore& clips)
   if (config_.server == Server::kStock) {
     stock_ = std::make_unique<StockRtsp>(config_, login_, log_, clips);
   } else {
-    scripted_ = std::make_unique<ScriptedRtsp>(config_, login_, log_, clips);
+    scripted_ = std::make_unique<ScriptedRtsp>(config_, login_, log_, syncPoints_, clips);
   }
 }
 

@@ -14,6 +14,7 @@
 #include "simcam/scripted_rtsp.h"
 #include "simcam/socket.h"
 #include "simcam/stock_rtsp.h"
+#include "simcam/sync_points.h"
 #include "simcam/tls_front.h"
 
 namespace simcam {
@@ -41,7 +42,8 @@ class Camera {
   const Socket listener_;
   CameraLog log_;
   Login login_{config_, log_};
-  HttpCamera http_{config_, listener_.Port(), login_, log_};
+  SyncPoints syncPoints_;
+  HttpCamera http_{config_, listener_.Port(), login_, log_, syncPoints_};
   std::unique_ptr<StockRtsp> stock_;
   std::unique_ptr<ScriptedRtsp> scripted_;
   std::unique_ptr<TlsFront> tls_;

@@ -64,7 +64,7 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   members.Read("width", stream.size.width, 16, 7680);
   members.Read("height", stream.size.height, 16, 4320);
   members.Read("fps", stream.fps, 1, 60);
-  members.Read("gop", stream.gop, 1, 1000);
+  members.Read("gop", stream.gop, 1, 1500);
   stream.bitrate = UsualBitrate(stream);
   members.Read("bitrate", stream.bitrate, 50, 100000);
   members.Read("slices", stream.slices, 1, 16);
@@ -77,6 +77,8 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   members.Read("source", stream.live, kSources);
   members.Read("pli", stream.honoursPli);
   members.Read("transport", stream.isUdpAlone, kTransports);
+  members.Read("fir", stream.honoursFir);
+  members.Read("sync", stream.honoursSync);
   ReadStart(members, stream);
   members.Finish();
   CheckPath(members, stream.path);
@@ -163,7 +165,8 @@ void ReadFault(Members& members, CameraConfig& camera) {
 }
 
 bool NeedsScript(const StreamConfig& stream) {
-  return stream.randomStart || stream.secondsBeforeKeyFrame > 0 || stream.honoursPli ||
+  const bool sendsKeyFramesWhenAsked = stream.honoursPli || stream.honoursFir || stream.honoursSync;
+  return stream.randomStart || stream.secondsBeforeKeyFrame > 0 || sendsKeyFramesWhenAsked ||
          stream.path.find('?') != std::string::npos || !stream.file.empty();
 }
 

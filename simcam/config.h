@@ -56,7 +56,10 @@ struct StreamConfig {
   bool randomStart = false;          ///< a session starts anywhere in the clip
   double secondsBeforeKeyFrame = 0;  ///< a session starts so long before a key frame
   bool isUdpAlone = false;           ///< 461 to a SETUP over TCP
-  bool honoursPli = false;           ///< RFC 4585: a picture loss indication brings a key frame at once
+  // What brings a key frame at once:
+  bool honoursPli = false;   ///< a picture loss indication (RFC 4585)
+  bool honoursFir = false;   ///< a full intra request with another number than the last (RFC 5104)
+  bool honoursSync = false;  ///< ONVIF's SetSynchronizationPoint
 };
 
 struct LoginConfig {

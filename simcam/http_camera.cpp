@@ -220,9 +220,9 @@ class HttpCamera::Conversation {
   bool keepsAlive_ = true;
 };
 
-HttpCamera::HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log)
+HttpCamera::HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log, SyncPoints& syncPoints)
     : camera_(camera), port_(port), login_(login), log_(log) {
-  if (camera.onvif) services_.push_back(std::make_unique<Onvif>(camera, login, log));
+  if (camera.onvif) services_.push_back(std::make_unique<Onvif>(camera, login, log, syncPoints));
   if (camera.psia) services_.push_back(std::make_unique<Psia>(camera, login, log));
 }
 

@@ -10,6 +10,7 @@
 #include "simcam/http_service.h"
 #include "simcam/login.h"
 #include "simcam/socket.h"
+#include "simcam/sync_points.h"
 
 namespace simcam {
 
@@ -17,7 +18,7 @@ namespace simcam {
 class HttpCamera {
  public:
   /// `port` is where the camera listens.
-  HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log);
+  HttpCamera(const CameraConfig& camera, int port, Login& login, CameraLog& log, SyncPoints& syncPoints);
 
   /// Answers requests until either side ends the connection; `received` has been read already. `overTls`: it came
   /// inside TLS.

@@ -8,7 +8,6 @@
 namespace simcam {
 namespace {
 
-constexpr uint32_t kSsrc = 0x51AC0DE5;
 constexpr int kVideoClock = 90000;          ///< Hz, for all our payload formats
 constexpr uint64_t kFirstSequence = 65500;  ///< so that the 16 bits overflow early
 
@@ -95,7 +94,7 @@ std::string RtpPlayer::NextUnit() {
 std::string RtpPlayer::Numbered(std::string packet) {
   Store16(packet, 2, kFirstSequence + packetsSent_++);
   Store32(packet, 4, TimeStamp() + static_cast<unsigned char>(packet[7]));
-  Store32(packet, 8, kSsrc);
+  Store32(packet, 8, kSource);
   octetsSent_ += packet.size() - 12;
   return packet;
 }
@@ -113,7 +112,7 @@ std::string RtpPlayer::Report() const {
   std::string report(28, '\0');
   Store16(report, 0, 0x80C8);
   Store16(report, 2, 6);
-  Store32(report, 4, kSsrc);
+  Store32(report, 4, kSource);
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   Store32(report, 8, kSecondsTo1970 + static_cast<uint64_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
   Store32(report, 16, TimeStamp());

@@ -13,6 +13,8 @@ namespace simcam {
 /// with what the camera's fault does to it. Sequence numbers and times go on through all starts. Single-threaded.
 class RtpPlayer {
  public:
+  static constexpr uint32_t kSource = 0x51AC0DE5;  ///< SSRC
+
   explicit RtpPlayer(Fault fault) : fault_(fault) {}
 
   /// Goes to where a session starts. Stream and clip must live on; `session` is the header line of requests of ours.

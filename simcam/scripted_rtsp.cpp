@@ -5,6 +5,7 @@
 #include <random>
 #include <string_view>
 
+#include "simcam/feedback.h"
 #include "simcam/phase.h"
 #include "simcam/rtp_player.h"
 #include "simcam/sdp_faults.h"
@@ -22,8 +23,9 @@ constexpr int kUsualTimeout = 60;
 /// One RTSP connection. Single-threaded.
 class Conversation {
  public:
-  Conversation(const CameraConfig& camera, Login& login, CameraLog& log, const std::vector<StreamConfig>& streams,
-               const std::vector<std::shared_ptr<const RtpClip>>& clips, const Socket& socket)
+  Conversation(const CameraConfig& camera, Login& login, CameraLog& log, const SyncPoints& syncPoints,
+               const std::vector<StreamConfig>& streams, const std::vector<std::shared_ptr<const RtpClip>>& clips,
+               const Socket& socket)
       : camera_(camera),
         fault_(camera.fault.fault),
         login_(login),
@@ -31,7 +33,8 @@ class Conversation {
         streams_(streams),
         clips_(clips),
         socket_(socket),
-        transport_(camera.fault) {}
+        transport_(camera.fault),
+        wishes_(syncPoints) {}
 
   void Run(std::string received) {
     received_ = std::move(received);
@@ -76,18 +79,10 @@ class Conversation {
   /// A client's answer to a request of ours needs no reaction.
   bool TakeAnswer() { return TakeRequest(received_).has_value(); }
 
-  /// RFC 4585, section 6.1: payload-specific feedback is type 206; format 1 is PLI, 4 is FIR (RFC 5104).
   void HandleRtcp(std::string_view compound) {
-    while (compound.size() >= 4) {
-      const auto type = static_cast<unsigned char>(compound[1]);
-      const auto format = static_cast<unsigned char>(compound[0]) & 0x1f;
-      if (type == 206 && (format == 1 || format == 4)) {
-        log_.CountPli();
-        if (playing_ && stream_->honoursPli) player_.SkipToKeyFrame();
-      }
-      const size_t words = static_cast<unsigned char>(compound[2]) * 256U + static_cast<unsigned char>(compound[3]) + 1;
-      compound.remove_prefix(std::min(compound.size(), words * 4));
-    }
+    const Feedback feedback = ReadFeedback(compound, RtpPlayer::kSource);
+    if (feedback.pictureLoss) log_.CountPli();
+    if (playing_ && wishes_.Heeds(feedback)) player_.SkipToKeyFrame();
   }
 
   void Handle(const Request& request) {
@@ -184,6 +179,7 @@ class Conversation {
     std::string sdp = "v=0\r\no=- 1 1 IN IP4 127.0.0.1\r\ns=camera\r\nc=IN IP4 0.0.0.0\r\nt=0 0\r\na=control:" +
                       (absolute ? AddressOf(request, stream_->path) : "*") + "\r\na=range:npt=now-\r\n" + clip_->media;
     if (stream_->honoursPli) sdp += "a=rtcp-fb:* nack pli\r\n";
+    if (stream_->honoursFir) sdp += "a=rtcp-fb:* ccm fir\r\n";
     sdp += "a=control:" + (absolute ? AddressOf(request, "/media/video") : "trackID=1") + "\r\n";
     return SpoiltSdp(fault_, std::move(sdp));
   }
@@ -204,6 +200,7 @@ class Conversation {
     if (path != stream_->path && path != ControlPath(*stream_)) return Answer(request, 404);
     player_.Start(*stream_, *clip_, transport_.Channel(), SessionHeader());
     nextUnit_ = SteadyClock::now();
+    wishes_.Begin(*stream_);
     if (fault_ == Fault::kRtpBeforePlay) held_ = player_.NextUnit();
     Answer(request, 200, {SessionHeader(), "Range: npt=now-"});
     playing_ = PhaseOf(fault_, &PhaseFault::silent) != Phase::kPlay;
@@ -272,6 +269,7 @@ class Conversation {
 
   void SendNextUnit() {
     nextUnit_ += std::chrono::microseconds(1000000 / stream_->fps);
+    if (wishes_.HeedsSync()) player_.SkipToKeyFrame();
     if (UdpSender* udp = transport_.Udp()) return SendNextUnitOver(*udp);
     const bool key = player_.IsAtKeyFrame();
     const std::string bytes = player_.NextUnit();
@@ -313,17 +311,19 @@ class Conversation {
   bool playing_ = false;
   SteadyClock::time_point nextUnit_;
   RtpPlayer player_{fault_};
+  KeyFrameWishes wishes_;
 };
 
 }  // namespace
 
-ScriptedRtsp::ScriptedRtsp(const CameraConfig& camera, Login& login, CameraLog& log, ClipStore& clips)
-    : camera_(camera), login_(login), log_(log), streams_(camera.RtspStreams()) {
+ScriptedRtsp::ScriptedRtsp(const CameraConfig& camera, Login& login, CameraLog& log, const SyncPoints& syncPoints,
+                           ClipStore& clips)
+    : camera_(camera), login_(login), log_(log), syncPoints_(syncPoints), streams_(camera.RtspStreams()) {
   for (const StreamConfig& stream : streams_) clips_.push_back(clips.GetRtp(stream, camera.fault.fault));
 }
 
 void ScriptedRtsp::Serve(const Socket& connection, std::string received) {
-  Conversation(camera_, login_, log_, streams_, clips_, connection).Run(std::move(received));
+  Conversation(camera_, login_, log_, syncPoints_, streams_, clips_, connection).Run(std::move(received));
 }
 
 }  // namespace simcam

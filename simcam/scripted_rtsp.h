@@ -9,6 +9,7 @@
 #include "simcam/config.h"
 #include "simcam/login.h"
 #include "simcam/socket.h"
+#include "simcam/sync_points.h"
 
 namespace simcam {
 
@@ -16,7 +17,9 @@ namespace simcam {
 /// clip, video only. Any thread; each connection has its own.
 class ScriptedRtsp {
  public:
-  ScriptedRtsp(const CameraConfig& camera, Login& login, CameraLog& log, ClipStore& clips);
+  /// Of `syncPoints` it heeds those that come during a session.
+  ScriptedRtsp(const CameraConfig& camera, Login& login, CameraLog& log, const SyncPoints& syncPoints,
+               ClipStore& clips);
 
   /// Talks until either side ends the connection; `received` has been read already.
   void Serve(const Socket& connection, std::string received);
@@ -25,6 +28,7 @@ class ScriptedRtsp {
   const CameraConfig& camera_;
   Login& login_;
   CameraLog& log_;
+  const SyncPoints& syncPoints_;
   const std::vector<StreamConfig> streams_;
   std::vector<std::shared_ptr<const RtpClip>> clips_;  ///< one for each of streams_
 };

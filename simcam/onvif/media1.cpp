@@ -118,4 +118,8 @@ std::string media1::GetSnapshotUri(const OnvifCamera& camera, const SoapRequest&
   return MediaUri(SnapshotAddressXml(camera, ProfileNamed(camera, request)));
 }
 
+std::string media1::SetSynchronizationPoint(const OnvifCamera& camera, const SoapRequest& request) {
+  return Synchronize(camera, request);
+}
+
 }  // namespace simcam

@@ -121,4 +121,8 @@ std::string media2::GetSnapshotUri(const OnvifCamera& camera, const SoapRequest&
   return "<tr2:Uri>" + SnapshotAddressXml(camera, ProfileNamed(camera, request)) + "</tr2:Uri>";
 }
 
+std::string media2::SetSynchronizationPoint(const OnvifCamera& camera, const SoapRequest& request) {
+  return Synchronize(camera, request);
+}
+
 }  // namespace simcam

@@ -54,7 +54,7 @@ HttpAnswer Onvif::AnswerWell(const Request& request, const Entrance& entrance) {
   }
   try {
     if (!soap) throw InvalidRequest("ter:WellFormed", "this is no SOAP 1.2 request");
-    const OnvifCamera camera(camera_, entrance);
+    const OnvifCamera camera(camera_, entrance, syncPoints_);
     return Xml(200, SoapAnswer(AnswerOnvif(camera, request.Path(), ActionOf(request), *soap), prefixes));
   } catch (const SoapFault& fault) {
     return Xml(fault.status, SoapFaultAnswer(fault, prefixes));

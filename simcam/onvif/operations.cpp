@@ -23,11 +23,13 @@ constexpr Operation kOperations[] = {
     {kMedia1, "GetAudioEncoderConfigurationOptions", media1::GetAudioEncoderConfigurationOptions},
     {kMedia1, "GetStreamUri", media1::GetStreamUri},
     {kMedia1, "GetSnapshotUri", media1::GetSnapshotUri},
+    {kMedia1, "SetSynchronizationPoint", media1::SetSynchronizationPoint},
     {kMedia2, "GetProfiles", media2::GetProfiles},
     {kMedia2, "GetVideoEncoderConfigurationOptions", media2::GetVideoEncoderConfigurationOptions},
     {kMedia2, "GetAudioEncoderConfigurationOptions", media2::GetAudioEncoderConfigurationOptions},
     {kMedia2, "GetStreamUri", media2::GetStreamUri},
     {kMedia2, "GetSnapshotUri", media2::GetSnapshotUri},
+    {kMedia2, "SetSynchronizationPoint", media2::SetSynchronizationPoint},
     {kAnalytics, "GetAnalyticsModules", motion::GetAnalyticsModules},
     {kAnalytics, "GetRules", motion::GetRules},
 };
@@ -55,8 +57,8 @@ const OnvifService kOnvifServices[6] = {
      "http://www.onvif.org/ver10/events/wsdl/EventPortType/",
      [](const OnvifConfig& onvif) { return onvif.motion == Motion::kEvents; }}};
 
-OnvifCamera::OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entrance)
-    : config(cameraConfig), onvif(*cameraConfig.onvif) {
+OnvifCamera::OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entrance, SyncPoints& points)
+    : config(cameraConfig), onvif(*cameraConfig.onvif), syncPoints(points) {
   const std::string host = onvif.innerAddress.empty() ? "127.0.0.1" : onvif.innerAddress;
   const std::string scheme = entrance.overTls ? "https://" : "http://";
   const std::string authority = WithPort(host, entrance.port);

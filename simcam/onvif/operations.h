@@ -5,18 +5,20 @@
 #include "simcam/config.h"
 #include "simcam/http_service.h"
 #include "simcam/onvif/soap.h"
+#include "simcam/sync_points.h"
 
 namespace simcam {
 
 /// What ONVIF answers are made of. Addresses in it have no path.
 struct OnvifCamera {
-  OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entrance);
+  OnvifCamera(const CameraConfig& cameraConfig, const Entrance& entrance, SyncPoints& points);
 
   /// An address as XML, or with its ampersands as they are if that is what is wrong with the camera.
   [[nodiscard]] std::string AddressXml(const std::string& address) const;
 
   const CameraConfig& config;
   const OnvifConfig& onvif;
+  SyncPoints& syncPoints;
   std::string services;   ///< for example "http://127.0.0.1:80"
   std::string snapshots;  ///< the same, for snapshots
   std::string streams;    ///< "rtsp://127.0.0.1:80"
@@ -43,11 +45,11 @@ OnvifAnswer GetSystemDateAndTime, GetDeviceInformation, GetServices, GetCapabili
 }
 namespace media1 {
 OnvifAnswer GetProfiles, GetVideoEncoderConfigurationOptions, GetAudioEncoderConfigurationOptions, GetStreamUri,
-    GetSnapshotUri;
+    GetSnapshotUri, SetSynchronizationPoint;
 }
 namespace media2 {
 OnvifAnswer GetProfiles, GetVideoEncoderConfigurationOptions, GetAudioEncoderConfigurationOptions, GetStreamUri,
-    GetSnapshotUri;
+    GetSnapshotUri, SetSynchronizationPoint;
 }
 namespace motion {
 OnvifAnswer GetAnalyticsModules, GetRules, GetEventProperties;

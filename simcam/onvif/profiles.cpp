@@ -46,6 +46,11 @@ std::vector<OnvifProfile> ProfilesAskedFor(const OnvifCamera& camera, const Soap
   throw InvalidRequest("ter:InvalidArgVal ter:NoConfig", "there is no such configuration");
 }
 
+std::string Synchronize(const OnvifCamera& camera, const SoapRequest& request) {
+  camera.syncPoints.Ask(ProfileNamed(camera, request).stream->path);
+  return {};
+}
+
 std::string EntityXml(const std::string& name, int useCount) {
   return Fill("<tt:Name>{name}</tt:Name><tt:UseCount>{count}</tt:UseCount>", {{"name", name}, {"count", useCount}});
 }

@@ -40,6 +40,10 @@ std::string AnalyticsXml(const OnvifCamera& camera);
 std::string StreamAddressXml(const OnvifCamera& camera, const OnvifProfile& profile);
 std::string SnapshotAddressXml(const OnvifCamera& camera, const OnvifProfile& profile);
 
+/// Asks for a key frame of the stream of the profile that a request names, and answers with nothing, as both media
+/// services do; throws SoapFault.
+std::string Synchronize(const OnvifCamera& camera, const SoapRequest& request);
+
 std::string ResolutionXml(const char* element, Size size);
 /// The sizes that these profiles have in one codec, each once.
 std::string ResolutionsXml(const std::vector<OnvifProfile>& profiles, const Codec& codec);
