@@ -1,7 +1,6 @@
 #include <sys/time.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <optional>
 #include <span>
@@ -14,6 +13,7 @@
 #include "recorder/media/codecs.h"
 #include "recorder/media/depacketizer.h"
 #include "recorder/media/jpeg_check.h"
+#include "recorder/media/key_frame_request.h"
 #include "recorder/media/key_picture.h"
 #include "recorder/media/picture_decoder.h"
 #include "recorder/net/rtsp/rtsp_client.h"
@@ -25,18 +25,6 @@ namespace {
 
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
-
-/// What was asked for may be lost, or come damaged: so long after it is asked for again.
-constexpr std::chrono::seconds kKeyFrameInterval{1};
-
-/// A receiver report without a block and a picture loss indication (RFC 3550 section 6.4.2, RFC 4585 section 6.3.1): it
-/// asks the camera of stream `source` for a key frame now.
-std::array<std::uint8_t, 20> KeyFrameRequest(std::uint32_t source) {
-  constexpr std::uint8_t kSelf = 1;
-  const auto byteOf = [source](int shift) { return static_cast<std::uint8_t>(source >> shift & 0xff); };
-  return {0x80, 201, 0, 1, 0, 0, 0, kSelf,  //
-          0x81, 206, 0, 2, 0, 0, 0, kSelf, byteOf(24), byteOf(16), byteOf(8), byteOf(0)};
-}
 
 timeval Now() {
   timeval now{};
@@ -65,7 +53,7 @@ struct RtpFetch::Impl {
   std::unique_ptr<recorder::Depacketizer> depacketizer;
   std::optional<recorder::AccessUnitAssembler> assembler;
   std::uint32_t codec = 0;
-  recorder::Clock::time_point askForKeyFrameAt;
+  recorder::KeyFramePace requests;  // for a key frame
   recorder::Clock::time_point started;
   std::uint32_t source = 0;  // SSRC of the video
   std::vector<std::uint8_t> pieces;
@@ -99,7 +87,9 @@ recorder::Outcome RtpFetch::Impl::Open() {
     return Outcome::kNoVideo;
   }
   assembler.emplace(codec);
+  const auto asked = recorder::Clock::now();
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
+  requests = recorder::KeyFramePace(recorder::Clock::now() - asked);
   if (const Outcome outcome = client->Play(); outcome != Outcome::kOk) return outcome;
   started = recorder::Clock::now();
   return Outcome::kOk;
@@ -161,12 +151,12 @@ bool RtpFetch::Impl::IsKeyFrame() const {
          (takesRecoveryPoint && unit.kind == recorder::UnitKind::kRecoveryPoint);
 }
 
-/// A camera with seconds between its key frames then sends one now.
+/// A camera with many seconds between its key frames then sends one now.
 void RtpFetch::Impl::AskForKeyFrame() {
-  const recorder::Clock::time_point now = recorder::Clock::now();
-  if (now < askForKeyFrameAt) return;
-  askForKeyFrameAt = now + recorder::kKeyFrameInterval;
-  client->SendControl(recorder::KeyFrameRequest(source));
+  using recorder::Clock;
+  if (!requests.IsDue(Clock::now(), IsKeyFrame())) return;
+  client->SendControl(recorder::KeyFrameRequest(source, static_cast<std::uint8_t>(requests.Count())));
+  requests.Sent(Clock::now());
 }
 
 RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, const std::string& user,
