@@ -26,6 +26,9 @@ namespace {
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
 
+/// How long one call for a key frame, beside the stream, may keep us from reading that.
+constexpr std::chrono::seconds kLongestCall{1};
+
 timeval Now() {
   timeval now{};
   gettimeofday(&now, nullptr);
@@ -152,10 +155,18 @@ bool RtpFetch::Impl::IsKeyFrame() const {
 }
 
 /// A camera with many seconds between its key frames then sends one now.
+///
+/// A call beside the stream (ONVIF) is made only where the camera runs the stream, so that the login is proven or none
+/// is needed, and where the first request has brought nothing: it costs several round trips, and keeps us from reading.
+/// What comes meanwhile waits in the socket; a call that takes too long is given up and not made again.
 void RtpFetch::Impl::AskForKeyFrame() {
   using recorder::Clock;
   if (!requests.IsDue(Clock::now(), IsKeyFrame())) return;
   client->SendControl(recorder::KeyFrameRequest(source, static_cast<std::uint8_t>(requests.Count())));
+  if (requests.Count() > 0) {
+    recorder::RequestScope::Current().CallForKeyFrame({address.host, address.port, path}, address.user,
+                                                      address.password, Clock::now() + recorder::kLongestCall);
+  }
   requests.Sent(Clock::now());
 }
 

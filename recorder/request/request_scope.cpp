@@ -105,6 +105,18 @@ StreamPlace RequestScope::FindStream(const StreamPlace& usual, int videoType) co
   return found == streams_.end() ? usual : found->other;
 }
 
+void RequestScope::RememberKeyFrameCall(const StreamPlace& stream, KeyFrameCall call) {
+  std::erase_if(keyFrameCalls_, [&](const auto& known) { return known.first == stream; });
+  keyFrameCalls_.emplace_back(stream, std::move(call));
+}
+
+void RequestScope::CallForKeyFrame(const StreamPlace& stream, const std::string& user, const std::string& password,
+                                   Clock::time_point end) {
+  const auto call = std::find_if(keyFrameCalls_.begin(), keyFrameCalls_.end(),
+                                 [&](const auto& known) { return known.first == stream; });
+  if (call != keyFrameCalls_.end() && !call->second(user, password, end)) keyFrameCalls_.erase(call);
+}
+
 void RequestScope::RememberDigest(const std::string& host) { digestHosts_.insert(NormalizedHost(host)); }
 
 bool RequestScope::KnowsDigest(const std::string& host) const { return digestHosts_.contains(NormalizedHost(host)); }

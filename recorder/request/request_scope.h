@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,6 +26,10 @@ struct StreamPlace {
   std::string path;
   bool operator==(const StreamPlace&) const = default;
 };
+
+/// Asks a camera for a key frame of a stream by another way than that stream, with this login, until `end` at the
+/// latest. False when that failed.
+using KeyFrameCall = std::function<bool(const std::string& user, const std::string& password, Clock::time_point end)>;
 
 /// What one request knows about the cameras that it contacts: the deadline and the bytes that its contacts share, the
 /// failures that later calls get again without another contact (so that one wrong password is one login attempt), which
@@ -72,6 +77,13 @@ class RequestScope {
 
   /// Where the camera whose usual stream is at `usual` has that of `videoType`: `usual`, unless another is remembered.
   StreamPlace FindStream(const StreamPlace& usual, int videoType) const;
+
+  /// Remembers by what call the camera is asked for a key frame of the stream at `stream`.
+  void RememberKeyFrameCall(const StreamPlace& stream, KeyFrameCall call);
+
+  /// Makes that call, if there is one. One that fails is not made again.
+  void CallForKeyFrame(const StreamPlace& stream, const std::string& user, const std::string& password,
+                       Clock::time_point end);
 
   /// Says that the request names no codec, whatever the module hands on as one.
   void TakeAnyCodec() { takesAnyCodec_ = true; }
@@ -132,6 +144,7 @@ class RequestScope {
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
   std::vector<OtherStream> streams_;
+  std::vector<std::pair<StreamPlace, KeyFrameCall>> keyFrameCalls_;  // one a stream
   bool takesAnyCodec_ = false;
   CameraEntry camera_;
   std::optional<Outcome> cause_;

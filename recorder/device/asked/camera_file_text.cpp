@@ -73,6 +73,7 @@ class ModelWriter {
     WriteSensors();
     Set("rtsp", Rtsp(), SourceOf(report_.rtspProtocols));
     WriteStream();
+    WriteMedia();
     WriteSnapshot();
     model_["check"] = "stream";
     return model_;
@@ -148,6 +149,21 @@ class ModelWriter {
       AddPath(other.from, entry);
     }
     Set("stream", stream, Source::kCamera);
+  }
+
+  /// Without readings: nobody chooses by it.
+  void WriteMedia() {
+    if (!report_.media || report_.media->path.size() > kMaxPath) return;
+    Json::Value& media = model_["onvifMedia"];
+    media["path"] = report_.media->path;
+    media["version"] = report_.media->isMedia2 ? 2 : 1;
+    media["profiles"] = Json::Value(Json::arrayValue);
+    for (const auto& [codec, token] : report_.media->profiles) {
+      if (!IsUsable(token)) continue;
+      Json::Value& profile = media["profiles"].append(Json::Value(Json::objectValue));
+      profile["codec"] = codec;
+      profile["token"] = token;
+    }
   }
 
   void WriteSnapshot() {

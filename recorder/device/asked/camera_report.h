@@ -31,6 +31,7 @@ struct CameraReport {
 
   ModelPath stream;                       ///< path and query of the RTSP address, and its port
   std::vector<ModelStream> otherStreams;  ///< in other codecs than `codec`, one each, all of them among `codecs`
+  std::optional<OnvifMedia> media;        ///< ONVIF: of these streams
   std::optional<ModelPath> snapshot;      ///< of a JPEG over HTTP; none: pictures come from the stream alone
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/device/asked/onvif/synchronization.h"
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/check/stream_picture.h"
 #include "recorder/device/model/path_template.h"
@@ -52,6 +53,7 @@ int ModelDriver::GetStreamPath(std::string& path, int& port) {
   path = StreamPath(*model_->stream);
   UsePort(*model_->stream, port);
   RememberStreams(path, port);
+  RememberKeyFrameCall(model_->presetCodec, path, port);
   return 0;
 }
 
@@ -89,6 +91,7 @@ Outcome ModelDriver::TakeSnapshot(const CameraAddress& address, const std::strin
   if (other != nullptr) {
     path = StreamPath(other->from);
     UsePort(other->from, camera.port);
+    RememberKeyFrameCall(other->codec, path, camera.port);
   } else if (GetStreamPath(path, camera.port) != 0) {
     return Outcome::kNoPath;
   }
@@ -111,6 +114,18 @@ void ModelDriver::RememberStreams(const std::string& usualPath, int usualPort) c
     RequestScope::Current().RememberStream({camera.host, usualPort, usualPath}, GetVideoType(other.codec),
                                            {camera.host, port, StreamPath(other.from)});
   }
+}
+
+/// A camera that was asked over ONVIF gives a key frame over ONVIF as well.
+void ModelDriver::RememberKeyFrameCall(const std::string& codec, const std::string& path, int port) const {
+  if (!model_->media || !model_->media->profiles.contains(codec)) return;
+  const CameraAddress& camera = parameters_.address;
+  RequestScope::Current().RememberKeyFrameCall(
+      {camera.host, port, path}, [model = model_, codec, host = camera.host, servicePort = camera.port](
+                                     const std::string& user, const std::string& password, Clock::time_point end) {
+        return onvif::SetSynchronizationPoint({host, servicePort, user, password}, *model->media,
+                                              model->media->profiles.at(codec), end) == Outcome::kOk;
+      });
 }
 
 std::string ModelDriver::StreamPath(const ModelPath& stream) const {

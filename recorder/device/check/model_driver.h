@@ -24,6 +24,7 @@ class ModelDriver : public CameraDriver {
  private:
   const ModelStream* OtherStream() const;
   void RememberStreams(const std::string& usualPath, int usualPort) const;
+  void RememberKeyFrameCall(const std::string& codec, const std::string& path, int port) const;
   std::string StreamPath(const ModelPath& stream) const;
   std::string HttpSnapshotPath(const std::string& setting) const;
   void UsePort(const ModelPath& path, int& port) const;

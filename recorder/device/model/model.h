@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,6 +34,13 @@ struct ModelPath {
 struct ModelStream {
   std::string codec;  ///< as GetVideoType takes it
   ModelPath from;
+};
+
+/// Where a camera that was asked over ONVIF is asked for a key frame.
+struct OnvifMedia {
+  std::string path;  ///< of its media service
+  bool isMedia2 = false;
+  std::map<std::string, std::string> profiles;  ///< tokens, by the codec of the profile's stream
 };
 
 enum class ModelSnapshotKind { kStream, kHttpJpeg, kHttpMjpeg };
@@ -89,6 +97,7 @@ struct Model {
 
   std::optional<ModelPath> stream;        ///< none: the user gives the path
   std::vector<ModelStream> otherStreams;  ///< for codecs other than that of `stream`, one each
+  std::optional<OnvifMedia> media;        ///< of these streams; only a camera itself tells
   ModelSnapshot snapshot;
   ModelCheck check = ModelCheck::kStream;
 

@@ -32,6 +32,15 @@ void ReadStreams(const Json::Value& json, Model& model) {
   }
 }
 
+std::optional<OnvifMedia> ReadMedia(const Json::Value& json) {
+  if (json.isNull()) return std::nullopt;
+  OnvifMedia media{json["path"].asString(), json["version"] == 2, {}};
+  for (const Json::Value& profile : json["profiles"]) {
+    media.profiles.emplace(profile["codec"].asString(), profile["token"].asString());
+  }
+  return media;
+}
+
 constexpr std::pair<std::string_view, RTSP_PROTOCOL> kRtspProtocols[] = {
     {"udp", RTSP_PROTOCOL_UDP},   {"tcp", RTSP_PROTOCOL_TCP},   {"multicast", RTSP_PROTOCOL_MULTICAST},
     {"http", RTSP_PROTOCOL_HTTP}, {"auto", RTSP_PROTOCOL_AUTO},
@@ -107,6 +116,7 @@ Model ModelOfJson(const std::string& vendor, const Json::Value& json) {
   model.streamFisheyeType = json["fisheye"]["stream"].asInt();
   model.hasEdgeStorage = json["edgeStorage"].asBool();
   ReadStreams(json["stream"], model);
+  model.media = ReadMedia(json["onvifMedia"]);
   model.snapshot = ReadSnapshot(json["snapshot"]);
   model.check = json["check"].asString() == "device" ? ModelCheck::kDevice : ModelCheck::kStream;
   model.readAt = json["readings"]["stream"]["time"].asInt64();

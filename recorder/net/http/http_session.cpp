@@ -72,10 +72,7 @@ HttpAnswer HttpSession::Post(const std::string& path, const std::string& content
   return impl_->Send({path, true, contentType, body, login == Login::kInBody});
 }
 
-void HttpSession::HalveTime() {
-  const Clock::time_point now = Clock::now();
-  impl_->end = now + (RequestScope::Current().Deadline() - now) / 2;
-}
+void HttpSession::EndBy(Clock::time_point end) { impl_->end = end; }
 
 void HttpSession::LoginAccepted() { impl_->conversation->LoginAccepted(); }
 

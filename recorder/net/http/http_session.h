@@ -6,6 +6,7 @@
 
 #include "recorder/net/camera_address.h"
 #include "recorder/net/http/http_status.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
@@ -49,9 +50,8 @@ class HttpSession {
   HttpAnswer Post(const std::string& path, const std::string& contentType, const std::string& body,
                   Login login = Login::kByHttp);
 
-  /// Gives the requests that follow half of the time that is left for the RequestScope. What is kTimedOut by that
-  /// is not remembered.
-  void HalveTime();
+  /// Ends the requests that follow at `end` at the latest. What is kTimedOut by that is not remembered.
+  void EndBy(Clock::time_point end);
 
   /// Says that the camera accepted a login that the caller sent in a body, so that the connection can be kept.
   void LoginAccepted();

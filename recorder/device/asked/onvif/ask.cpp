@@ -14,17 +14,11 @@
 #include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_url.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 
 namespace recorder::onvif {
 namespace {
-
-constexpr char kDevicePath[] = "/onvif/device_service";  // the same for every camera (ONVIF Core section 5.1.1)
-
-/// An argument of a request.
-std::string Element(const std::string& name, const std::string& text) {
-  return "<" + name + ">" + XmlEscaped(text) + "</" + name + ">";
-}
 
 /// The video sources of `profiles`, in the order in which they are named first.
 std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles) {
@@ -52,7 +46,7 @@ class Questioning {
     const Outcome outcome = Take({&Questioning::AskClock, &Questioning::AskServices, &Questioning::AskProfiles,
                                   &Questioning::ChooseChannel, &Questioning::AskStream});
     if (outcome != Outcome::kOk) return outcome;
-    client_.HalveTime();  // a question that a camera never answers leaves time for what was asked for
+    client_.EndBy(HalfTime::End());  // a question that a camera never answers leaves time for what was asked for
     const Outcome more =
         Take({&Questioning::AskOptions, &Questioning::AskOtherStreams, &Questioning::AskSnapshot,
               &Questioning::AskInputs, &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
@@ -81,10 +75,8 @@ class Questioning {
 
   /// Is this ONVIF at all, and what time is it there? No camera should want a login for that.
   Outcome AskClock() {
-    const Reply reply = client_.Call(kDevicePath, kDevice, "GetSystemDateAndTime");
-    if (reply.isLast || !reply.IsSoap()) return OfFirstQuestion(reply.outcome);
-    if (const auto time = ReadClock(reply.content)) client_.SetClock(*time);
-    return Outcome::kOk;
+    const Reply reply = client_.AskClock();
+    return reply.isLast || !reply.IsSoap() ? OfFirstQuestion(reply.outcome) : Outcome::kOk;
   }
 
   Outcome AskServices() {
@@ -180,7 +172,10 @@ class Questioning {
     return AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast, profile);
   }
 
-  Outcome AskStream() { return ReadStream(AskStreamOf(profile_), report_.stream); }
+  Outcome AskStream() {
+    report_.media = {mediaPath_, IsMedia2(), {{profile_.encoder->codec, profile_.token}}};
+    return ReadStream(AskStreamOf(profile_), report_.stream);
+  }
 
   static Outcome ReadStream(const Reply& reply, ModelPath& stream) {
     if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
@@ -208,12 +203,14 @@ class Questioning {
       if (reply.isLast) return reply.outcome;
       ModelPath path;
       const bool isThere = ReadStream(reply, path) == Outcome::kOk;
-      if (isThere && path != report_.stream) AddStream(profile.encoder->codec, path);
+      if (isThere && path != report_.stream) AddStream(profile, path);
     }
     return Outcome::kOk;
   }
 
-  void AddStream(const std::string& codec, const ModelPath& path) {
+  void AddStream(const Profile& profile, const ModelPath& path) {
+    const std::string& codec = profile.encoder->codec;
+    report_.media->profiles.emplace(codec, profile.token);
     report_.otherStreams.push_back({codec, path});
     const bool isKnown = std::any_of(report_.codecs.begin(), report_.codecs.end(),
                                      [&](const ModelCodec& known) { return known.name == codec; });

@@ -13,6 +13,8 @@ inline constexpr std::string_view kDeviceIoNamespace = "http://www.onvif.org/ver
 inline constexpr std::string_view kEventsNamespace = "http://www.onvif.org/ver10/events/wsdl";
 inline constexpr std::string_view kSchemaNamespace = "http://www.onvif.org/ver10/schema";
 
+inline constexpr char kDevicePath[] = "/onvif/device_service";  // the same for every camera (ONVIF Core section 5.1.1)
+
 /// A service of a camera. Its SOAP actions are a prefix, the request's name and a suffix.
 struct Service {
   std::string_view nameSpace;

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "recorder/device/asked/onvif/answers.h"
 #include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/net/login/camera_login.h"
 #include "recorder/request/request_scope.h"
@@ -86,9 +87,18 @@ Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::strin
   return reply;
 }
 
-void SoapClient::SetClock(std::chrono::sys_seconds cameraTime) {
-  clockOffset_ = cameraTime - Now();
-  isClockKnown_ = true;
+std::string Element(const std::string& name, const std::string& text) {
+  return "<" + name + ">" + XmlEscaped(text) + "</" + name + ">";
+}
+
+Reply SoapClient::AskClock() {
+  hasAskedClock_ = true;
+  Reply reply = Call(kDevicePath, kDevice, "GetSystemDateAndTime");
+  if (const auto time = ReadClock(reply.content)) {
+    clockOffset_ = *time - Now();
+    isClockKnown_ = true;
+  }
+  return reply;
 }
 
 Reply SoapClient::Call(const std::string& path, const Service& service, const std::string& name,
@@ -96,6 +106,7 @@ Reply SoapClient::Call(const std::string& path, const Service& service, const st
   const bool wasLoggedIn = session_.IsLoggedIn();
   Reply reply = Send(path, service, name, arguments);
   if (reply.isLoginWanted && !session_.IsLoggedIn() && !usesToken_ && HasLogin(camera_)) {
+    if (!hasAskedClock_) AskClock();
     usesToken_ = true;
     reply = Send(path, service, name, arguments);
   }

@@ -34,6 +34,9 @@ struct Reply {
 Reply ReadReply(const HttpAnswer& answer, std::string_view nameSpace, std::string_view name,
                 bool* isReadByName = nullptr);
 
+/// An argument of a request.
+std::string Element(const std::string& name, const std::string& text);
+
 /// Requests to one camera, one after the other.
 ///
 /// Login: none until the camera wants one: by HTTP it is the session's, by a fault it is a UsernameToken in every
@@ -43,11 +46,12 @@ class SoapClient {
  public:
   explicit SoapClient(const CameraAddress& camera) : camera_(camera), session_(camera_) {}
 
-  /// Takes the camera's clock, which a UsernameToken must be dated by. Until then our own has to do.
-  void SetClock(std::chrono::sys_seconds cameraTime);
+  /// Asks for the camera's clock, which a UsernameToken must be dated by; our own has to do where it does not tell.
+  /// Before the first token it is asked in any case.
+  Reply AskClock();
 
   /// As HttpSession has it.
-  void HalveTime() { session_.HalveTime(); }
+  void EndBy(Clock::time_point end) { session_.EndBy(end); }
 
   /// Asks the service at `path` the request `name`; `arguments` is XML in the service's namespace.
   Reply Call(const std::string& path, const Service& service, const std::string& name,
@@ -66,6 +70,7 @@ class SoapClient {
   const CameraAddress camera_;
   HttpSession session_;
   std::chrono::seconds clockOffset_{0};  ///< the camera's clock minus ours
+  bool hasAskedClock_ = false;
   bool isClockKnown_ = false;
   bool usesToken_ = false;
   bool readsByName_ = false;

@@ -6,6 +6,7 @@
 #include "recorder/device/asked/psia/answers.h"
 #include "recorder/net/http/http_session.h"
 #include "recorder/net/percent.h"
+#include "recorder/request/request_scope.h"
 
 // At most six requests: device, channels, two for the chosen channel, inputs, motion detection.
 
@@ -27,7 +28,7 @@ class Conversation {
   }
 
   /// As HttpSession has it.
-  void HalveTime() { session_.HalveTime(); }
+  void EndBy(Clock::time_point end) { session_.EndBy(end); }
 
   bool HasEnded() const { return end_ != Outcome::kOk; }
   Outcome End() const { return end_; }
@@ -109,7 +110,7 @@ Outcome Ask(const CameraAddress& address, const std::string& channel, CameraRepo
   std::vector<StreamingChannel> channels;
   if (const Outcome outcome = AskChannels(camera, channels); outcome != Outcome::kOk) return outcome;
   StreamingChannel& chosen = Choose(channels, channel);
-  camera.HalveTime();  // all that follows may stay unanswered
+  camera.EndBy(HalfTime::End());  // all that follows may stay unanswered
   AskAboutChannel(camera, chosen);
 
   found.channel = chosen.id;
