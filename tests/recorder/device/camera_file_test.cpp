@@ -55,6 +55,7 @@ TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
   report.codecs.push_back({"H.264", {"RTSP"}});
   report.otherStreams = {{"H.264", {'/' + std::string(3000, 'x'), 554}}};
   report.digitalInputs = 2'000'000'000;
+  report.media = OnvifMedia{"/media", true, {{"H.264", std::string(100, 't')}}};
   report.streamCount = -5;
   const auto models = Read(TextOf(report));
   ASSERT_TRUE(models);

@@ -143,25 +143,55 @@ TEST(Codecs, APictureOfAUsersOwnMjpegCameraIsOneRequest) {
   EXPECT_EQ(cameras.Log("camera")["requestCount"].asInt(), 1);
 }
 
-/// A session that starts six seconds before a key frame.
-Json::Value LateKeyFrame(const std::string& name, const char* more) {
-  Json::Value camera = ParseJson(more);
-  camera["stream"]["gop"] = 250;
-  camera["stream"]["start"] = 6;
+struct LateCase {
+  const char* name;
+  const char* camera;  ///< its configuration
+  const char* model;
+};
+
+/// Cameras that bring a key frame by one kind of request alone; some damage or lose the first.
+constexpr LateCase kLateCases[] = {
+    {"pictureLoss", R"({"stream": {"pli": true}})", "Simcam RTSP-H264"},
+    {"fullIntra", R"({"stream": {"fir": true}})", "Simcam RTSP-H264"},
+    {"media1", R"({"onvif": {"media": ["1"], "login": "token", "clockHours": 5}, "stream": {"sync": true}})",
+     "ONVIF Generic"},
+    {"media2", R"({"onvif": {"media": ["2"]}, "stream": {"sync": true}})", "ONVIF Generic"},
+    {"damagedPictureLoss", R"({"fault": "damagedKeyFrame", "stream": {"pli": true}})", "Simcam RTSP-H264"},
+    {"damagedFullIntra", R"({"fault": "damagedKeyFrame", "stream": {"fir": true}})", "Simcam RTSP-H264"},
+    {"lostPictureLoss", R"({"fault": "lostPacket", "stream": {"pli": true, "transport": "udp"}})", "Simcam RTSP-H264"},
+    {"damagedMedia2", R"({"fault": "damagedKeyFrame", "onvif": {}, "stream": {"sync": true}})", "ONVIF Generic"},
+};
+
+/// A camera with a key frame a minute, whose sessions start `seconds` before one.
+Json::Value LateCamera(const char* name, const char* config, int seconds) {
+  Json::Value camera = ParseJson(config);
+  if (camera.isMember("onvif")) camera["onvif"]["snapshotUri"] = "none";
+  for (const auto& [member, value] : {std::pair("width", 320), {"height", 240}, {"fps", 10}, {"gop", 600}}) {
+    camera["stream"][member] = value;
+  }
+  camera["stream"]["start"] = seconds;
   return Camera(name, camera);
 }
 
-TEST(LateKeyFrames, ComeByKeepingTheSessionAliveOrAtOnceByAsking) {
-  const SimCameras cameras(
-      List({LateKeyFrame("short session", R"({"fault": "sessionTimeout"})"),
-            LateKeyFrame("asked", R"({"stream": {"pli": true}})"), LateKeyFrame("lost", R"({"fault": "lostPacket",
-                                                          "stream": {"pli": true, "transport": "udp"}})")}));
-  const auto hasPicture = [&](const char* camera, int limitMs) {
-    const TestRecorder recorder({.testMs = 1000, .pictureMs = limitMs, .workers = 1});
-    const Answer answer = recorder.Post("GetSnapshot", CameraParams(cameras.Port(camera), kSecret));
-    return SizeOf(PictureOf(answer)) == "640x480";
-  };
-  EXPECT_TRUE(hasPicture("short session", 12'000)) << "it ends after 5 s without a request";
-  EXPECT_TRUE(hasPicture("asked", 4'000)) << "a picture loss indication brings a key frame";
-  EXPECT_TRUE(hasPicture("lost", 4'000)) << "and another one when that is lost";
+TEST(LateKeyFrames, ComeByKeepingTheSessionAlive) {
+  const SimCameras cameras(List({LateCamera("camera", R"({"fault": "sessionTimeout"})", 6)}));
+  const TestRecorder recorder({.pictureMs = 12'000, .workers = 1});
+  const Answer answer = recorder.Post("GetSnapshot", CameraParams(cameras.Port("camera"), kSecret));
+  EXPECT_EQ(SizeOf(PictureOf(answer)), "320x240") << "it ends after 5 s without a request";
+}
+
+TEST(LateKeyFrames, ComeWhenAskedForByWhateverTheCameraHonours) {
+  Json::Value all(Json::arrayValue);
+  for (const LateCase& row : kLateCases) all.append(LateCamera(row.name, row.camera, 55));
+  const SimCameras cameras(all);
+  const TestRecorder recorder({.workers = 1});
+  for (const LateCase& row : kLateCases) {
+    SCOPED_TRACE(row.name);
+    const auto picture = [&](const std::string& password) {
+      return PictureOf(recorder.Post("GetSnapshot", CameraParams(cameras.Port(row.name), password, row.model)));
+    };
+    EXPECT_EQ(SizeOf(picture(kSecret)), "320x240") << recorder.Log();
+    EXPECT_EQ(picture("wrong"), "");
+    EXPECT_EQ(cameras.Log(row.name)["refusedLogins"], 1) << "a wrong password is one try";
+  }
 }
