@@ -84,6 +84,8 @@ inline constexpr std::size_t kLargestRtspBody = 64 * kKiB;
 inline constexpr std::size_t kMostEarlyBytes = 8 * kMiB;
 /// RTP packets over UDP that wait for one before them: networks exchange neighbours.
 inline constexpr std::size_t kMostLateRtp = 64;
+/// Cameras of which one process knows how they challenge for a login.
+inline constexpr std::size_t kMostSteadyCameras = 1024;
 
 /// Bytes of an answer in XML: a camera with hundreds of profiles sends less.
 inline constexpr std::size_t kLargestXml = kMiB;

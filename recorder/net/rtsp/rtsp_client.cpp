@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "recorder/net/login/camera_login.h"
+#include "recorder/net/rtsp/steady_cameras.h"
 
 namespace recorder {
 namespace {
@@ -157,6 +158,13 @@ std::optional<std::string> RtspClient::Authorization(const LoginChallenge& chall
 }
 
 void RtspClient::Worked(LoginMethod method) { LoginWorked(address_, method); }
+
+bool RtspClient::IsSteady(int port) const { return SteadyCameras::OfProcess().Has(address_.host, port); }
+
+void RtspClient::RememberSteady(int port, bool isSteady) {
+  SteadyCameras& cameras = SteadyCameras::OfProcess();
+  isSteady ? cameras.Add(address_.host, port) : cameras.Remove(address_.host, port);
+}
 
 void RtspClient::AllowPort(int port) { RequestScope::Current().AllowPort(address_.host, port); }
 

@@ -81,6 +81,8 @@ class RtspClient : private RtspLogins {
   std::optional<std::string> Authorization(const LoginChallenge& challenge, std::string_view method,
                                            std::string_view uri, unsigned int use) override;
   void Worked(LoginMethod method) override;
+  bool IsSteady(int port) const override;
+  void RememberSteady(int port, bool isSteady) override;
   void AllowPort(int port) override;
 
   CameraAddress address_;  // its port and TLS are those of the connection

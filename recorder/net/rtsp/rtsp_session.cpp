@@ -89,11 +89,6 @@ RtspSession::Step RtspSession::Await() {
   return Step::kDone;
 }
 
-void RtspSession::Connected(Outcome outcome) {
-  if (outcome != Outcome::kOk) return Finish(outcome);
-  SendRequest();
-}
-
 std::span<const std::uint8_t> RtspSession::Outgoing() const {
   return {reinterpret_cast<const std::uint8_t*>(outgoing_.data()), outgoing_.size()};
 }
@@ -111,8 +106,9 @@ Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keep
 /// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
 /// it over a login is others' way to refuse it. Before OPTIONS there was an answer to that login already.
 void RtspSession::Ended(Ending ending) {
-  if (state_ == State::kPausing) return AskAnew();
   const bool isOverLogin = IsLoginSent() && goal_ != Goal::kOptions && !parser_.HasPart();
+  if (isOverLogin || state_ == State::kPausing) logins_.RememberSteady(target_.port, false);
+  if (state_ == State::kPausing) return AskAnew();
   const bool isUnread = ending == Ending::kUnread && session_.id.empty();
   if (isOverLogin && isUnread && login_ == Login::kSent) {
     login_ = Login::kRepeated;
@@ -157,12 +153,14 @@ void RtspSession::BeginDescribe() { Begin(Goal::kDescribe, {"DESCRIBE", uri_, "A
 
 void RtspSession::Connect() {
   parser_ = RtspParser();
+  wasChallengedHere_ = false;
   state_ = State::kConnecting;
 }
 
 /// Some cameras close the connection right behind their challenge, without saying so. A login that meets the end is
 /// lost, and looks like one that was refused by closing.
 void RtspSession::Pause() {
+  if (logins_.IsSteady(target_.port)) return SendRequest();
   state_ = State::kPausing;
   pauseUntil_ = now_ + std::clamp<Clock::duration>(now_ - sentAt_, kShortestPause, kLongestPause);
 }
@@ -319,6 +317,7 @@ Outcome RtspSession::ReadGrant(const RtspMessage& answer) {
 
 void RtspSession::ProveLogin() {
   login_ = Login::kProven;
+  if (wasChallengedHere_) logins_.RememberSteady(target_.port, true);
   logins_.Worked(challenge_.method);
 }
 
@@ -328,6 +327,7 @@ void RtspSession::LogIn(const RtspMessage& refusal) {
   const Outcome outcome = TakeChallenge(refusal.Headers("WWW-Authenticate"));
   if (outcome != Outcome::kOk) return Finish(outcome);
   ++repeats_;
+  wasChallengedHere_ = true;
   if (!session_.id.empty()) return SendRequest();  // it would end with the connection
   IsLast(refusal) ? Connect() : Pause();
 }

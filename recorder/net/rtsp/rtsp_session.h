@@ -44,6 +44,10 @@ class RtspLogins {
                                                    std::string_view uri, unsigned int use) = 0;
   /// Says that the camera took a login.
   virtual void Worked(LoginMethod method) = 0;
+  /// True where the camera at `port` is known to keep its connection open behind a challenge.
+  virtual bool IsSteady(int port) const = 0;
+  /// Says whether it did so just now; where it closed over a login, that counts as no.
+  virtual void RememberSteady(int port, bool isSteady) = 0;
   /// Says that the camera has named a port of its host, where a login is for that camera, too.
   virtual void AllowPort(int port) = 0;
 };
@@ -103,7 +107,7 @@ class RtspSession {
 
   int Port() const { return target_.port; }
   bool IsTls() const { return target_.isTls; }
-  void Connected(Outcome outcome);
+  void Connected(Outcome outcome) { outcome == Outcome::kOk ? SendRequest() : Finish(outcome); }
 
   std::span<const std::uint8_t> Outgoing() const;
   /// kNotUnderstood: the camera has closed the connection; kTimedOut: it took nothing until the deadline.
@@ -212,7 +216,8 @@ class RtspSession {
   unsigned int lastSequence_ = 0;
 
   Login login_ = Login::kNone;
-  LoginChallenge challenge_;  // unless the login is kNone
+  LoginChallenge challenge_;        // unless the login is kNone
+  bool wasChallengedHere_ = false;  // over this connection
   unsigned int nonceUses_ = 0;
 
   SdpVideo video_;

@@ -19,7 +19,9 @@ inline const std::string kQuiet = "quiet";  // until the session acts by itself
 /// bytes, or one of the words above.
 class RtspStory : private RtspLogins {
  public:
-  explicit RtspStory(std::vector<std::string> script) : script_(std::move(script)) {
+  /// `isSteady`: the camera is known to keep its connection open behind a challenge.
+  explicit RtspStory(std::vector<std::string> script, bool isSteady = false)
+      : script_(std::move(script)), isSteady_(isSteady) {
     bool isGoing = Run(&RtspSession::Describe) && Run(&RtspSession::Setup) && Run(&RtspSession::Play);
     for (; isGoing && (isGoing = Run(&RtspSession::Read));) Tell(std::to_string(session_.Packet().bytes.size()));
     told_ += NameOf(session_.Result());
@@ -29,6 +31,8 @@ class RtspStory : private RtspLogins {
   /// the size of each packet, the outcome.
   const std::string& Told() const { return told_; }
   const std::vector<std::string>& Sent() const { return sent_; }
+  /// What is known now.
+  bool IsSteady() const { return isSteady_; }
 
  private:
   bool Run(void (RtspSession::*begin)()) {
@@ -83,9 +87,12 @@ class RtspStory : private RtspLogins {
     return login_ = challenge.nonce + std::to_string(use);
   }
   void Worked(LoginMethod /*method*/) override {}
+  bool IsSteady(int /*port*/) const override { return isSteady_; }
+  void RememberSteady(int /*port*/, bool isSteady) override { isSteady_ = isSteady; }
   void AllowPort(int /*port*/) override {}
 
   const std::vector<std::string> script_;
+  bool isSteady_;
   std::size_t next_ = 0;
   Clock::time_point now_;
   RtspSession session_{{"cam", 554, "/live", "test"}, Clock::time_point(std::chrono::seconds(70)), *this};
