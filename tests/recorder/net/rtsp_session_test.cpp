@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "recorder/net/rtsp/steady_cameras.h"
 #include "tests/recorder/net/rtsp_story.h"
 #include "tests/recorder/rows.h"
 
@@ -92,6 +93,46 @@ class SessionTest : public testing::TestWithParam<SessionCase> {};
 TEST_P(SessionTest, GoesAsTheCameraLeadsIt) { EXPECT_EQ(RtspStory(GetParam().script).Told(), GetParam().story); }
 
 INSTANTIATE_TEST_SUITE_P(Rtsp, SessionTest, testing::ValuesIn(kSessionCases), kByName);
+
+struct SteadyCase {
+  const char* name;
+  bool wasKnown;
+  std::vector<std::string> script;
+  const char* story;
+  bool isKnown;  ///< from then on
+};
+
+const SteadyCase kSteadyCases[] = {
+    {"TakesALogin", false, {kChallenge, kQuiet, kSdp, kClosed}, "554 D Dn1 Sn2 notUnderstood", true},
+    {"TakesOneAgainWithoutAWait", true, {kChallenge, kSdp, kClosed}, "554 D Dn1 Sn2 notUnderstood", true},
+    {"ClosesAtLast", true, {kChallenge, kClosed}, "554 D Dn1 loginRefused", false},
+    {"ClosesUnread", true, {kChallenge, kUnread, kSdp, kClosed}, "554 D Dn1 554 Dn2 Sn3 notUnderstood", false},
+    {"ClosesBehindItsChallenge",
+     false,
+     {kChallenge, kClosed, kStale, kClosed, kSdp, kClosed},
+     "554 D 554 D 554 Dm1 Sm2 notUnderstood",
+     false},
+    {"RefusesALogin", false, {kChallenge, kQuiet, kChallenge}, "554 D Dn1 loginRefused", false},
+};
+
+class SteadyTest : public testing::TestWithParam<SteadyCase> {};
+
+TEST_P(SteadyTest, ALoginWaitsUntilTheCameraIsKnownToKeepItsConnection) {
+  const RtspStory story(GetParam().script, GetParam().wasKnown);
+  EXPECT_EQ(story.Told(), GetParam().story);
+  EXPECT_EQ(story.IsSteady(), GetParam().isKnown);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rtsp, SteadyTest, testing::ValuesIn(kSteadyCases), kByName);
+
+TEST(SteadyCamerasTest, AreBounded) {
+  SteadyCameras cameras;
+  for (int port = 1; port <= 1025; ++port) cameras.Add("cam", port);
+  EXPECT_FALSE(cameras.Has("cam", 1));
+  EXPECT_TRUE(cameras.Has("CAM.", 2));
+  cameras.Remove("cam", 2);
+  EXPECT_FALSE(cameras.Has("cam", 2));
+}
 
 }  // namespace
 }  // namespace recorder
