@@ -1,9 +1,11 @@
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "bench/key_frame.h"
+#include "bench/long_way.h"
 #include "bench/rows.h"
 #include "bench/session.h"
 #include "bench/trusted_client.h"
@@ -258,6 +260,21 @@ void AddPictureRows(Report& table) {
     StreamWays ways(stream, cameras.Port(kCamera), recorder, trusted, folder);
     AddSizeRows(ways, stream, table);
   }
+}
+
+/// With a login by Digest. A picture can come after five round trips at the earliest, ffmpeg's after six.
+void AddFarRow(Report& table) {
+  constexpr std::chrono::milliseconds kOneWay{50};
+  const Stream& stream = kStreams[1];
+  const TempFolder folder;
+  const TempFolder models;
+  const SimCameras cameras(List({CameraConfig()}));
+  const TestRecorder recorder({.modelsFolder = WriteStreamModels(models)});
+  TrustedClient trusted(recorder, "bench");
+  const LongWay way(cameras.Port(kCamera), kOneWay);
+  StreamWays ways(stream, way.Port(), recorder, trusted, folder);
+  AddRow(table, std::string("first JPEG, 100 ms of round trip, ") + stream.name, "GetSnapshot over HTTP",
+         "ffmpeg, tuned", Compare(ways.Warm(), ways.Ffmpeg(kTuned)), kWarmAgainstTuned);
 }
 
 }  // namespace bench

@@ -9,6 +9,8 @@ namespace bench {
 
 /// First pictures and picture sizes of streams of all codecs.
 void AddPictureRows(rig::Report& table);
+/// The first picture of a camera that is far off.
+void AddFarRow(rig::Report& table);
 /// A long list of cameras, some of them silent.
 void AddBatchRow(rig::Report& table);
 /// The module in this process, without a server. Changes the working folder.

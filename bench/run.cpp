@@ -24,7 +24,7 @@ struct Subject {
 };
 
 constexpr Subject kSubjects[] = {
-    {"pictures", AddPictureRows}, {"batch", AddBatchRow},   {"module", AddModuleRows},
+    {"pictures", AddPictureRows}, {"far", AddFarRow},       {"batch", AddBatchRow},    {"module", AddModuleRows},
     {"callers", AddCallerRows},   {"memory", AddMemoryRow}, {"growth", AddGrowthRows},
 };
 
