@@ -55,11 +55,14 @@ Outcome HttpConversation::MeaningOfUnauthorized(const OutgoingRequest& request, 
   return request.isPost && !isChallenged ? Outcome::kOk : Outcome::kLoginUnsupported;
 }
 
-/// Until a login was accepted, each request has a connection of its own: a login on one that was used before would be
-/// sent again when the camera answers it by closing, and so would one that the caller put into the body.
+/// Until a login was accepted, each request has a new connection: a login on one that was used before would be sent
+/// again when the camera answers it by closing, and so would one that the caller put into the body. The connection of
+/// the login that is accepted goes on being used.
 Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_point deadline) {
   using enum HttpTransfer::Connection;
-  const auto connection = IsLoggedIn() || !HasLogin(camera_) ? kKeep : kClose;
+  const bool isLogin = challenge_ || request.hasLogin;
+  const auto newOne = isLogin ? kFresh : kClose;
+  const auto connection = IsLoggedIn() || !HasLogin(camera_) ? kKeep : newOne;
   const std::optional<std::string> authorization = Authorization(request);
   if (!authorization) return Outcome::kLoginRefused;
   const Outcome outcome = transfer_.Perform(request, *authorization, connection, deadline);

@@ -90,6 +90,7 @@ Outcome HttpTransfer::Perform(const OutgoingRequest& request, const std::string&
   if (!url_) return Outcome::kUnreachable;
   SetTarget(request.path);
   SetBody(request);
+  Set(CURLOPT_FRESH_CONNECT, connection == Connection::kKeep ? 0L : 1L);
   Set(CURLOPT_FORBID_REUSE, connection == Connection::kClose ? 1L : 0L);
   Set(CURLOPT_TIMEOUT_MS, static_cast<long>(left));  // 0 would mean no limit
   const CurlList headers = MakeHeaders(request, authorization);

@@ -44,7 +44,8 @@ class HttpTransfer {
  public:
   enum class Connection {
     kKeep,   ///< may be one that was used before, and may be used again
-    kClose,  ///< ends with the answer
+    kFresh,  ///< is a new one, and may be used again
+    kClose,  ///< is a new one, and ends with the answer
   };
 
   /// `place` and `reader` must outlive the transfer. An answer that announces more than `maxBody` bytes is refused.
