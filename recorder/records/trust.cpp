@@ -1,6 +1,5 @@
 #include "recorder/records/trust.h"
 
-#include <ctime>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -53,8 +52,6 @@ std::vector<TrustedKey> LoadKeys(TrustKind kind) {
 }
 
 }  // namespace
-
-std::int64_t SecondsNow() { return std::time(nullptr); }
 
 TrustPair MakePair(const SecretKey& key, std::int64_t seconds) {
   const std::string timestamp = std::to_string(seconds);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/clock.h"
 
 namespace recorder {
 
@@ -18,9 +19,6 @@ struct TrustPair {
   std::string cookie;     ///< HMAC-SHA512-256 of the timestamp's text, 64 lower-case hexadecimal digits
   std::string timestamp;  ///< seconds since 1970-01-01 00:00 UTC, decimal
 };
-
-/// Seconds since 1970-01-01 00:00 UTC.
-std::int64_t SecondsNow();
 
 /// The pair for `key` at `seconds`.
 TrustPair MakePair(const SecretKey& key, std::int64_t seconds = SecondsNow());

@@ -21,6 +21,8 @@ namespace {
 constexpr int kVersion = 1;
 constexpr int kShortestLimitMs = 100;
 constexpr int kLongestLimitMs = 300'000;
+constexpr int kMostHashMemoryMiB = 1024;
+constexpr int kMostHashPasses = 16;
 constexpr auto kDefaultPicture = "../images/add_camera_default.png";
 constexpr auto kPage = "index.html";
 
@@ -71,6 +73,21 @@ class Member {
     }
   }
 
+  void Read(int& target, int least, int most) const {
+    if (value_.isNull()) return;
+    if (!value_.isInt() || value_.asInt() < least || value_.asInt() > most) {
+      Mistake("must be a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+    }
+    target = value_.asInt();
+  }
+
+  void ReadAddresses(std::vector<std::string>& target) const {
+    Read(target);
+    for (const std::string& text : target) {
+      if (!ParseAddressRange(text)) Mistake('"' + text + "\" is no address such as 10.1.0.5 or fd00::5");
+    }
+  }
+
   void Read(std::vector<AddressRange>& target) const {
     std::vector<std::string> texts;
     Read(texts);
@@ -115,6 +132,11 @@ constexpr Setting kSettings[] = {
     {"", "pageFolder", [](const Member& value, Config& config) { value.Read(config.pageFolder); }},
     {"", "cmsHost", [](const Member& value, Config& config) { value.Read(config.cmsHost); }},
     {"", "hostNames", [](const Member& value, Config& config) { value.Read(config.hostNames); }},
+    {"logins", "hashMemoryMiB",
+     [](const Member& value, Config& config) { value.Read(config.hashCost.memoryMiB, 1, kMostHashMemoryMiB); }},
+    {"logins", "hashPasses",
+     [](const Member& value, Config& config) { value.Read(config.hashCost.passes, 1, kMostHashPasses); }},
+    {"logins", "proxies", [](const Member& value, Config& config) { value.ReadAddresses(config.proxies); }},
     {"limits", "testMs", [](const Member& value, Config& config) { value.Read(config.limits.test); }},
     {"limits", "pictureMs", [](const Member& value, Config& config) { value.Read(config.limits.picture); }},
     {"addressPolicy", "allow", [](const Member& value, Config& config) { value.Read(config.addressPolicy.allow); }},

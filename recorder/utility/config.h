@@ -18,6 +18,14 @@ struct CameraLimits {
   bool operator==(const CameraLimits&) const = default;
 };
 
+/// What the hash of a password costs each time that it is checked (Argon2id).
+struct HashCost {
+  int memoryMiB = 64;
+  int passes = 2;  ///< over that memory
+
+  bool operator==(const HashCost&) const = default;
+};
+
 /// What an administrator decides: one JSON file, described by docs/config.schema.json.
 struct Config {
   std::filesystem::path stateFolder;   ///< records, keys, users: made with mode 0700 when missing
@@ -28,6 +36,8 @@ struct Config {
   bool cmsHost = false;                ///< this recorder manages a group of recording servers
   CameraLimits limits;
   AddressPolicy addressPolicy;
+  HashCost hashCost;
+  std::vector<std::string> proxies;    ///< addresses of web servers in front that are believed whom they ask for
   std::vector<std::string> hostNames;  ///< names of this server, besides the loopback ones, that requests may go to
 };
 

@@ -1,6 +1,7 @@
 #include "recorder/utility/json_text.h"
 
 #include <json/reader.h>
+#include <json/writer.h>
 
 #include <memory>
 
@@ -25,6 +26,16 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
     mistakes = error.what();
   }
   return std::nullopt;
+}
+
+std::string ToText(const Json::Value& json) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  builder["emitUTF8"] = true;
+  std::string text = Json::writeString(builder, json);
+  if (IsUtf8(text)) return text;
+  builder["emitUTF8"] = false;  // the writer then escapes, and replaces what is no character
+  return Json::writeString(builder, json);
 }
 
 }  // namespace recorder

@@ -13,4 +13,8 @@ namespace recorder {
 /// "* Line 3, Column 5\n  What is wrong\n". Any thread.
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& mistakes);
 
+/// `json` on one line, in UTF-8: text as it is, but where some of it (a caller's or a camera's) is no UTF-8. Any
+/// thread.
+std::string ToText(const Json::Value& json);
+
 }  // namespace recorder

@@ -19,6 +19,8 @@ inline constexpr std::size_t kLargestBody = 64 * kKiB;
 /// Bytes of a body that holds a list of cameras: several thousand rows.
 inline constexpr std::size_t kLargestListBody = kMiB;
 inline constexpr char kBodyTooLarge[] = "the body is larger than 64 KiB, or 1 MiB for a list of cameras";
+/// What whoever is not logged in is told.
+inline constexpr char kNotLoggedIn[] = "log in as a user of this recorder";
 /// Parameters of a form: no method has 20, and each new one is compared with all before it.
 inline constexpr std::size_t kMostParameters = 1000;
 /// Objects and lists around a value of JSON: its reader calls itself for each.
@@ -44,8 +46,16 @@ inline constexpr std::size_t kLongestRecordText = kKiB;
 inline constexpr int kMostPinnedPorts = 8;
 /// Bytes of a secret that is typed.
 inline constexpr std::size_t kLongestSecretLine = kKiB;
-/// Bytes of the password of a user: bcrypt does not see more.
-inline constexpr std::size_t kLongestUserPassword = 72;
+/// Bytes of a user's name and of his password: longer than anybody types.
+inline constexpr std::size_t kLongestUserName = 128;
+inline constexpr std::size_t kLongestUserPassword = 256;
+/// Sessions of one user, tokens of one, links of one: more than devices and scripts of one person.
+inline constexpr int kMostGrantsOfAUser = 100;
+/// Pairs of user and address whose wrong passwords are counted; passwords are checked too slowly for that many within
+/// the time that they are remembered.
+inline constexpr std::size_t kMostGuessers = 16'384;
+/// Logins by name and password that are remembered for a minute.
+inline constexpr std::size_t kMostRememberedLogins = 1000;
 
 /// Capability files of cameras; the oldest go. One has some KiB.
 inline constexpr std::size_t kMostKeptFiles = 10'000;

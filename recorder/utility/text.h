@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace recorder {
 
@@ -22,6 +23,9 @@ std::string_view Trimmed(std::string_view text);
 
 /// Takes the text up to `separator` off the front of `rest`, the separator too; all of it when there is none.
 std::string_view TakeUntil(std::string_view& rest, char separator);
+
+/// The parts of `text` between separators: one more than there are of these.
+std::vector<std::string_view> Split(std::string_view text, char separator);
 
 /// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
 bool IsUtf8(std::string_view text);

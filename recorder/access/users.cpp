@@ -1,0 +1,123 @@
+#include "recorder/access/users.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "recorder/access/access_files.h"
+#include "recorder/access/password_hash.h"
+#include "recorder/utility/limits.h"
+#include "recorder/utility/secrets.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+
+namespace {
+
+using std::filesystem::path;
+using Kind = AccessError::Kind;
+
+User ReadUser(std::string_view line) {
+  User user;
+  user.name = TakeUntil(line, ':');
+  user.hash = TakeUntil(line, ':');
+  user.role = line.empty() ? Role::kAdmin : ParseRole(line).value_or(Role::kUser);
+  return user;
+}
+
+void CheckName(const std::string& name) {
+  if (name.empty() || name.size() > kLongestUserName || name.front() == '#' || name.find(':') != std::string::npos ||
+      HoldsControls(name) || !IsUtf8(name)) {
+    throw AccessError(Kind::kInvalid,
+                      "a user name is not empty, has at most 128 bytes, no ':' and no control character, and does not "
+                      "begin with '#'");
+  }
+}
+
+void CheckPassword(const std::string& password) {
+  if (password.empty()) throw AccessError(Kind::kInvalid, "the password is empty");
+  if (password.size() > kLongestUserPassword) {
+    throw AccessError(Kind::kInvalid, "the password is longer than " + std::to_string(kLongestUserPassword) + " bytes");
+  }
+  if (HoldsControls(password)) throw AccessError(Kind::kInvalid, "the password holds a control character");
+}
+
+std::string CheckedHash(const std::string& password, const HashCost& cost) {
+  CheckPassword(password);
+  return HashPassword(password, cost);
+}
+
+void KeepAnAdmin(const std::vector<User>& users) {
+  const auto isAdmin = [](const User& user) { return user.role == Role::kAdmin; };
+  if (std::any_of(users.begin(), users.end(), isAdmin)) return;
+  throw AccessError(Kind::kConflict, "this is the last admin: nobody would be left who manages users");
+}
+
+/// First the grants: if the power fails between both, nobody goes on as who he was.
+void Save(const AccessFiles& files) {
+  files.SaveGrants();
+  files.SaveUsers();
+}
+
+}  // namespace
+
+path UsersFile(const path& stateFolder) { return stateFolder / "users"; }
+
+std::vector<User> ReadUsers(const path& stateFolder) {
+  const path file = UsersFile(stateFolder);
+  std::vector<User> users;
+  if (!std::filesystem::exists(file)) return users;
+  const std::string text = ReadFile(file);
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::string_view line = TakeUntil(rest, '\n');
+    if (!line.empty()) users.push_back(ReadUser(line));
+  }
+  return users;
+}
+
+const User* FindUser(const std::vector<User>& users, const std::string& name) {
+  const auto found = std::find_if(users.begin(), users.end(), [&](const User& user) { return user.name == name; });
+  return found == users.end() ? nullptr : &*found;
+}
+
+void AddUser(const path& stateFolder, const std::string& name, const std::string& password, Role role,
+             const HashCost& cost) {
+  CheckName(name);
+  const User user{name, CheckedHash(password, cost), role};
+  AccessFiles files(stateFolder);
+  if (FindUser(files.users, name) != nullptr)
+    throw AccessError(Kind::kConflict, "there is a user " + name + " already");
+  files.users.push_back(user);
+  files.SaveUsers();
+}
+
+void ChangeUser(const path& stateFolder, const std::string& name, const UserChange& change, const HashCost& cost) {
+  const std::string hash = change.password ? CheckedHash(*change.password, cost) : "";
+  AccessFiles files(stateFolder);
+  User& user = files.FindUser(name);
+  if (change.password) user.hash = hash;
+  if (change.role) user.role = *change.role;
+  KeepAnAdmin(files.users);
+  std::erase_if(files.grants, [&](const Grant& grant) { return grant.user == name && !grant.IsToken(); });
+  for (Grant& grant : files.grants) grant.role = grant.user == name ? user.role : grant.role;
+  Save(files);
+}
+
+void RemoveUser(const path& stateFolder, const std::string& name) {
+  AccessFiles files(stateFolder);
+  files.FindUser(name);
+  std::erase_if(files.users, [&](const User& user) { return user.name == name; });
+  KeepAnAdmin(files.users);
+  std::erase_if(files.grants, [&](const Grant& grant) { return grant.user == name; });
+  Save(files);
+}
+
+void ReplaceHash(const path& stateFolder, const std::string& name, const std::string& before, const std::string& hash) {
+  AccessFiles files(stateFolder);
+  const auto isMeant = [&](const User& user) { return user.name == name && user.hash == before; };
+  const auto found = std::find_if(files.users.begin(), files.users.end(), isMeant);
+  if (found == files.users.end()) return;
+  found->hash = hash;
+  files.SaveUsers();
+}
+
+}  // namespace recorder
