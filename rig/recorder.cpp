@@ -178,10 +178,13 @@ TestRecorder::TestRecorder(const Options& options) {
   if (!options.pageFolder.empty()) config["pageFolder"] = options.pageFolder;
   config["module"] = kModule.string();
   config["workFolder"] = SOURCE_FOLDER "/models";
+  config["logins"]["hashMemoryMiB"] = options.hashMemoryMiB;
+  config["logins"]["hashPasses"] = options.hashPasses;
   config["limits"]["testMs"] = options.testMs;
   config["limits"]["pictureMs"] = options.pictureMs;
   for (const std::string& range : options.allow) config["addressPolicy"]["allow"].append(range);
   for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
+  for (const std::string& proxy : options.proxies) config["logins"]["proxies"].append(proxy);
   folder_.Write("recorder.json", ToText(config));
   const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + '\n');
   if (user.status != 0) throw std::runtime_error(user.output);

@@ -109,6 +109,9 @@ class TestRecorder {
     std::filesystem::path modelsFolder = SOURCE_FOLDER "/models";
     std::vector<std::string> allow = {"127.0.0.0/8", "::1"};  ///< addresses to open; simulated cameras are there
     std::vector<std::string> deny = {};
+    int hashMemoryMiB = 1;  ///< cheap, since tests log in often
+    int hashPasses = 1;
+    std::vector<std::string> proxies = {};  ///< that are believed whom they ask for
     std::vector<std::string> serveArguments = {};
     std::string pageFolder = {};
   };

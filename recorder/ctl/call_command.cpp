@@ -13,7 +13,7 @@
 #include "recorder/ctl/run_call.h"
 #include "recorder/host/api_call.h"
 #include "recorder/host/host.h"
-#include "recorder/http/http_request.h"
+#include "recorder/http/api_request.h"
 
 namespace recorder {
 

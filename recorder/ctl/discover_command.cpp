@@ -14,7 +14,7 @@
 #include "recorder/ctl/camera/headings.h"
 #include "recorder/device/asked/onvif/discovery.h"
 #include "recorder/device/model/built_in_models.h"
-#include "recorder/http/cgi_answer.h"
+#include "recorder/utility/json_text.h"
 
 namespace recorder {
 

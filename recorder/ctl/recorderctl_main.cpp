@@ -9,9 +9,12 @@
 #include "recorder/ctl/camera/camera_command.h"
 #include "recorder/ctl/completion_command.h"
 #include "recorder/ctl/discover_command.h"
+#include "recorder/ctl/link_command.h"
 #include "recorder/ctl/models_command.h"
 #include "recorder/ctl/serve/serve_command.h"
+#include "recorder/ctl/session_command.h"
 #include "recorder/ctl/stored_call_command.h"
+#include "recorder/ctl/token_command.h"
 #include "recorder/ctl/trust_command.h"
 #include "recorder/ctl/user_command.h"
 #include "recorder/ctl/whole_help.h"
@@ -30,6 +33,9 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app);
   recorder::AddUserCommands(app, configOption);
+  recorder::AddSessionCommands(app, configOption);
+  recorder::AddTokenCommands(app, configOption);
+  recorder::AddLinkCommand(app, configOption);
   recorder::AddTrustCommands(app, configOption);
   recorder::AddCompletionCommand(app);
   recorder::AddWholeHelp(app);

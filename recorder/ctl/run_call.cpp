@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "recorder/ctl/progress.h"
-#include "recorder/http/cgi_answer.h"
+#include "recorder/utility/json_text.h"
 #include "recorder/utility/outcome.h"
 #include "recorder/utility/text.h"
 

@@ -11,9 +11,9 @@
 
 #include "recorder/ctl/password_input.h"
 #include "recorder/ctl/state_folder.h"
-#include "recorder/http/cgi_answer.h"
 #include "recorder/records/records.h"
 #include "recorder/records/trust.h"
+#include "recorder/utility/json_text.h"
 
 namespace recorder {
 

@@ -9,27 +9,8 @@ namespace recorder {
 
 namespace {
 
-// An answer may hold a picture of somebody's home: nothing on the way keeps it, and no browser takes it for a script.
-constexpr std::string_view kCommonHeaders = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
-
 std::string CauseHeader(const std::string& causes) {
   return causes.empty() ? "" : "Recorder-Cause: " + causes + "\r\n";
-}
-
-std::string JsonAnswer(int status, const Json::Value& json, const std::string& causes = {}) {
-  const std::string body = ToText(json);
-  return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders) + CauseHeader(causes) +
-         "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-/// A failure outside the module: the HTTP status is its code.
-std::string FailureAnswer(int status, const std::string& message, const std::string& parameter = {}) {
-  Json::Value json(Json::objectValue);
-  json["success"] = false;
-  json["error"]["code"] = status;
-  json["error"]["message"] = message;
-  if (!parameter.empty()) json["error"]["parameter"] = parameter;
-  return JsonAnswer(status, json);
 }
 
 /// A module's own header lines and body. The length is what tells a client that a worker ended in the middle of it.
@@ -45,20 +26,10 @@ std::string RawAnswer(const std::string& raw, const std::string& causes) {
 
 }  // namespace
 
-std::string ToText(const Json::Value& json) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = true;
-  std::string text = Json::writeString(builder, json);
-  if (IsUtf8(text)) return text;
-  builder["emitUTF8"] = false;  // the writer then escapes, and replaces what is no character
-  return Json::writeString(builder, json);
-}
-
 std::string ToCgi(const ApiAnswer& answer) {
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:
-      return JsonAnswer(200, answer.json, answer.causes);
+      return JsonAnswer(200, answer.json, CauseHeader(answer.causes));
     case ApiAnswer::Kind::kRaw:
       return RawAnswer(answer.raw, answer.causes);
     case ApiAnswer::Kind::kBadParameter:
@@ -71,11 +42,6 @@ std::string ToCgi(const ApiAnswer& answer) {
       break;
   }
   return FailureAnswer(502, "the module wrote no answer");
-}
-
-std::string ToCgi(const HttpError& error) {
-  const std::string allow = error.Allow().empty() ? "" : "Allow: " + error.Allow() + "\r\n";
-  return allow + FailureAnswer(error.Status(), error.what());
 }
 
 }  // namespace recorder

@@ -13,12 +13,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <string>
 
+#include "recorder/access/granting.h"
 #include "recorder/host/host.h"
+#include "recorder/http/api_request.h"
+#include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
-#include "recorder/http/http_request.h"
+#include "recorder/http/use_notes.h"
 #include "recorder/utility/address_policy.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
@@ -39,16 +44,32 @@ void GiveMemoryBack() {
   if (mallinfo2().fordblks > kMuch) malloc_trim(0);
 }
 
+/// True when a user asks: by a password, which the web server has had checked, or by a session or token.
+bool IsUser(const HttpRequest& request, GrantList& grants) {
+  if (!request.remoteUser.empty()) return true;
+  const std::optional<Grant> grant = FindGrant(request, grants);
+  if (grant && IsUseToBeNoted(*grant, SecondsNow())) SendUseNote(grant->id);
+  return grant.has_value();
+}
+
+/// Throws HttpError.
+std::string AnswerTo(const HttpRequest& request, const Host& host) {
+  static GrantList grants(host.config.stateFolder);
+  if (IsUntimely(request)) return ToCgi(NotAdmitted());
+  const bool isForTrusted = IsForTrusted(request);
+  if (!isForTrusted && !IsUser(request, grants)) throw NotLoggedIn(request);
+  CheckSameSite(request, host.config.hostNames);
+  const ApiCall call = ToApiCall(request, host.module, !isForTrusted);
+  const ApiAnswer answer = RunCall(call);
+  if (TakesList(call.method->name)) GiveMemoryBack();
+  return ToCgi(answer);
+}
+
 std::string Answer(const std::function<const char*(const char*)>& variable,
                    const std::function<std::string(std::size_t)>& readBody, const Host& host) {
   try {
     LearnOwnPort(variable("SERVER_PORT"));
-    const HttpRequest request = ReadHttpRequest(variable, readBody);
-    if (IsUntimely(request)) return ToCgi(NotAdmitted());
-    const ApiCall call = ToApiCall(request, host.module, host.config.hostNames);
-    const ApiAnswer answer = RunCall(call);
-    if (TakesList(call.method->name)) GiveMemoryBack();
-    return ToCgi(answer);
+    return AnswerTo(ReadHttpRequest(variable, LargestBody, readBody), host);
   } catch (const HttpError& error) {
     return ToCgi(error);
   } catch (const std::exception& error) {

@@ -2,8 +2,9 @@
 #include <map>
 #include <string>
 
-#include "recorder/http/cgi_answer.h"
-#include "recorder/http/http_request.h"
+#include "recorder/http/api_request.h"
+#include "recorder/http/json_answer.h"
+#include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
 #include "tests/fuzz/fuzz.h"
 
@@ -49,7 +50,9 @@ void RunInput(std::string_view input) try {
     return found == variables.end() ? nullptr : found->second.c_str();
   };
   const auto readBody = [&](std::size_t size) { return std::string(input.substr(0, size)); };
-  const ApiCall call = ToApiCall(ReadHttpRequest(variable, readBody), module, {"recorder.example"});
+  const HttpRequest request = ReadHttpRequest(variable, LargestBody, readBody);
+  CheckSameSite(request, {"recorder.example"});
+  const ApiCall call = ToApiCall(request, module, true);
   Require(call.params.isObject() && IsUtf8(ToText(call.params)));
 } catch (const HttpError& error) {
   CheckRefusal(error);

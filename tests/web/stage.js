@@ -95,8 +95,9 @@ after(async () => {
  * gets the page, and what it sent so far
  */
 export async function withPage(hash, work, { user = USER, script = "" } = {}) {
-  const context = await browser.newContext({ httpCredentials: user, reducedMotion: "reduce", viewport: DESKTOP });
+  const context = await browser.newContext({ reducedMotion: "reduce", viewport: DESKTOP });
   try {
+    await logIn(context, user);
     context.setDefaultTimeout(30_000);
     if (script) await context.addInitScript({ path: script });
     const page = await context.newPage();
@@ -123,6 +124,13 @@ export async function withPage(hash, work, { user = USER, script = "" } = {}) {
   } finally {
     await context.close();
   }
+}
+
+/** Gives a browser a session. */
+export async function logIn(context, { username, password }) {
+  const data = { user: username, password };
+  const answer = await context.request.post(`${address}recorder/1/session`, { data });
+  assert.equal(answer.status(), 200, await answer.text());
 }
 
 /** What scripts, extensions and people with the developer tools read later: markup with its attributes, and storage. */

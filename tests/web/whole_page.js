@@ -11,6 +11,7 @@ import {
   expectText,
   fillOne,
   here,
+  logIn,
   openList,
   ports,
   runEnds,
@@ -76,6 +77,7 @@ test("somebody who is no longer known signs in again without losing the page", (
     await testOne(page);
     await page.locator("#signed-out").waitFor();
     addUser(user);
+    await logIn(page.context(), user);
     await page.click("#sign-in");
     await page.locator("#signed-out").waitFor({ state: "hidden" });
     assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");

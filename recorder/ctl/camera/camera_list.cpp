@@ -7,8 +7,8 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/state_folder.h"
-#include "recorder/http/cgi_answer.h"
 #include "recorder/records/records.h"
+#include "recorder/utility/json_text.h"
 
 namespace recorder {
 

@@ -2,27 +2,32 @@
 
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "recorder/host/api_call.h"
+#include "recorder/http/caller.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder {
 
 namespace {
 
-/// Configuration of lighttpd: it brings logins and limits. A body over its address's limit is refused when its length
-/// is known. Others, which may hold passwords, wait in the server's own folder, at most one a connection: HTTP/2 would
-/// have several. The type of its error files comes from their name, which always ends in ".html". It does not tell its
-/// name and version, and what a page's folder holds for its developers stays there.
-/// Its limits of size are numbers of KiB.
-/// API_ADDRESSES are those that the workers answer. Below /trusted/ they do as long as TrustedRoute has its link, and
-/// for whoever sends the open half of a pair; for all others the server refuses to follow a link.
+/// Configuration of lighttpd: it brings limits, and sends each request where it belongs. A body over its address's
+/// limit is refused when its length is known. Others, which may hold passwords, wait in the server's own folder, at
+/// most one a connection: HTTP/2 would have several. The type of its error files comes from their name, which always
+/// ends in ".html". It does not tell its name and version, and what a page's folder holds for its developers stays
+/// there. Its limits of size are numbers of KiB.
+/// API_ADDRESSES are those that workers or recorder-login answer, USER_ADDRESSES those for which one must be logged in:
+/// who shows neither session nor token nor password is refused at once. Sessions and tokens are checked by the workers,
+/// a name and a password by recorder-login, before a worker gets the request without them.
+/// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
+/// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
 server.bind = "127.0.0.1"
 server.port = var.port
 server.pid-file = var.run + "/lighttpd.pid"
 server.document-root = var.run + "/www"
-server.modules = ( "mod_setenv", "mod_auth", "mod_authn_file", "mod_fastcgi" )
+server.modules = ( "mod_setenv", "mod_auth", "mod_fastcgi", "mod_magnet" )
 server.feature-flags = ( "server.h2proto" => "disable", "server.h2c" => "disable" )
 server.stat-cache-engine = "disable"
 server.upload-dirs = ( var.run )
@@ -34,16 +39,37 @@ mimetype.assign = ( ".html" => "application/json" )
 server.max-request-size = LARGEST_BODY
 server.max-read-idle = 10
 server.max-connections = 256
-auth.backend = "htpasswd"
-auth.backend.htpasswd.userfile = var.run + "/users"
-auth.require = ( "/api/" => ( "method" => "basic", "realm" => "recorder", "require" => "valid-user" ) )
+setenv.add-response-header = ( ADDED_HEADERS )
 setenv.set-response-header = ( "Cache-Control" => "no-store", "X-Content-Type-Options" => "nosniff",
   "Referrer-Policy" => "no-referrer", "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'" )
 $HTTP["url"] =~ "API_ADDRESSES" {
-  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/cameras.sock", "check-local" => "disable" ) ) )
+  fastcgi.server = ( "/" => ( CAMERA_WORKERS ) )
 }
-$HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$" {
-  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/lists.sock", "check-local" => "disable" ) ) )
+$HTTP["url"] =~ "LIST_ADDRESSES" {
+  fastcgi.server = ( "/" => ( LIST_WORKERS ) )
+}
+$REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
+  magnet.attract-physical-path-to = ( var.run + "/strip.lua" )
+  $HTTP["url"] =~ "USER_ADDRESSES" {
+    fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, CAMERA_WORKERS ) )
+  }
+  $HTTP["url"] =~ "LIST_ADDRESSES" {
+    fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, LIST_WORKERS ) )
+  }
+}
+$HTTP["url"] =~ "LOGIN_ADDRESSES" {
+  fastcgi.server = ( "/" => ( ( "socket" => var.run + "/login.sock", "check-local" => "disable" ) ) )
+}
+else $HTTP["url"] =~ "USER_ADDRESSES" {
+  $REQUEST_HEADER["Authorization"] == "" {
+    $HTTP["cookie"] !~ "(^|;) *(__Host-)?session=" {
+      auth.require = ( "" => ( "method" => "extern", "realm" => "recorder", "require" => "valid-user" ) )
+      setenv.add-response-header = ( ADDED_HEADERS "WWW-Authenticate" => "WAYS_OF_PAGES" )
+      $REQUEST_HEADER["Sec-Fetch-Site"] == "" {
+        setenv.add-response-header = ( ADDED_HEADERS "WWW-Authenticate" => "ALL_WAYS" )
+      }
+    }
+  }
 }
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
   server.max-request-size = LARGEST_LIST
@@ -77,18 +103,43 @@ $HTTP["url"] !~ "API_ADDRESSES" {
 }
 )";
 
+constexpr char kTlsHeader[] = R"("Strict-Transport-Security" => "max-age=31536000",)";
+
 constexpr char kTlsConfiguration[] = R"(
 server.modules += ( "mod_openssl" )
 ssl.engine = "enable"
 ssl.pemfile = var.run + "/certificate"
 ssl.privkey = var.run + "/key"
 ssl.openssl.ssl-conf-cmd = ( "MinProtocol" => "TLSv1.2" )
-setenv.add-response-header = ( "Strict-Transport-Security" => "max-age=31536000" )
+)";
+
+/// What the text above names.
+constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
+    {"CAMERA_WORKERS", R"(( "socket" => var.run + "/cameras.sock", "check-local" => "disable" ))"},
+    {"LIST_WORKERS", R"(( "socket" => var.run + "/lists.sock", "check-local" => "disable" ))"},
+    {"CHECK_OF_PASSWORD",
+     R"(( "mode" => "authorizer", "socket" => var.run + "/login.sock", "check-local" => "disable" ))"},
+    {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
+    {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
+    {"LIST_ADDRESSES", "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$"},
+};
+
+constexpr char kStripScript[] = R"(
+local request = lighty.r
+if request.req_env["REMOTE_USER"] or request.req_attr["uri.path"]:find("^/trusted") then
+  request.req_header["Authorization"] = nil
+end
 )";
 
 void Replace(std::string& text, std::string_view place, std::string_view by) {
   for (std::size_t at = text.find(place); at != std::string::npos; at = text.find(place, at + by.size()))
     text.replace(at, place.size(), by);
+}
+
+/// For a text between quotation marks.
+std::string Quoted(std::string text) {
+  Replace(text, "\"", "\\\"");
+  return text;
 }
 
 /// For a regular expression.
@@ -98,17 +149,34 @@ std::string Alternatives(std::span<const std::string_view> words) {
   return text;
 }
 
+/// Proxies are believed by their address alone.
+std::string ForwardedConfig(const std::vector<std::string>& proxies) {
+  if (proxies.empty()) return "";
+  std::string trusted;
+  for (const std::string& proxy : proxies) trusted += (trusted.empty() ? "\"" : ", \"") + proxy + "\" => \"trust\"";
+  return "server.modules += ( \"mod_extforward\" )\nextforward.headers = ( \"X-Forwarded-For\" )\n"
+         "extforward.forwarder = ( " +
+         trusted + " )\n";
+}
+
 }  // namespace
+
+std::string StripScript() { return kStripScript; }
 
 std::string LighttpdConfig(const WebServerOptions& options, int port) {
   std::string text = kServerConfiguration;
   if (options.hasPage) text += kPageConfiguration;
   if (options.hasTls) text += kTlsConfiguration;
+  text += ForwardedConfig(options.proxies);
+  for (const auto& [place, by] : kPlaces) Replace(text, place, by);
   Replace(text, "LIST_METHODS", Alternatives(MethodsWithoutCamera()));
   Replace(text, "LARGE_METHODS", Alternatives(MethodsWithList()));
+  Replace(text, "ADDED_HEADERS", options.hasTls ? kTlsHeader : "");
+  Replace(text, "ALL_WAYS", Quoted(kAllWays));
+  Replace(text, "WAYS_OF_PAGES", Quoted(kWaysOfPages));
   Replace(text, "LARGEST_BODY", std::to_string(kLargestBody / kKiB));
   Replace(text, "LARGEST_LIST", std::to_string(kLargestListBody / kKiB));
-  Replace(text, "API_ADDRESSES", options.hasPage ? "^/(api|trusted)(/|$)" : "^/");
+  Replace(text, "API_ADDRESSES", options.hasPage ? "^/(api|recorder/[0-9]+|trusted)(/|$)" : "^/");
   return "var.run = \"" + options.runFolder.string() + "\"\nvar.port = " + std::to_string(port) + text;
 }
 

@@ -9,12 +9,14 @@
 #include <string>
 
 #include "recorder/ctl/serve/run_folder.h"
+#include "recorder/ctl/serve/served_address.h"
 #include "recorder/ctl/serve/server_errors.h"
 #include "recorder/ctl/serve/trusted_route.h"
 #include "recorder/ctl/serve/web_server.h"
 #include "recorder/ctl/serve/worker_pool.h"
-#include "recorder/ctl/users.h"
 #include "recorder/host/host.h"
+#include "recorder/http/use_notes.h"
+#include "recorder/utility/files.h"
 
 namespace recorder {
 
@@ -49,6 +51,12 @@ path WorkerProgram(const ServeOptions& options) {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-webapi";
 }
 
+/// Beside the workers, or else beside this program.
+path LoginProgram(const ServeOptions& options) {
+  const path beside = WorkerProgram(options).parent_path() / "recorder-login";
+  return exists(beside) ? beside : std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-login";
+}
+
 /// Puts what the web server needs into its folder: see WebServerOptions.
 void Furnish(const RunFolder& run, const ServeOptions& options, const Config& config) {
   if (config.pageFolder.empty()) {
@@ -57,7 +65,7 @@ void Furnish(const RunFolder& run, const ServeOptions& options, const Config& co
     std::filesystem::create_directory_symlink(config.pageFolder, run / "www");
   }
   WriteServerErrors(run.Path());
-  create_symlink(UsersFile(config.stateFolder), run / "users");
+  ReplaceFile(run / "strip.lua", StripScript());
   if (!options.HasTls()) return;
   create_symlink(absolute(options.certificate), run / "certificate");
   create_symlink(absolute(options.key.empty() ? options.certificate : options.key), run / "key");
@@ -81,14 +89,19 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   const RunFolder run;
   Furnish(run, options, config);
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
+  setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
+  WorkerPool logins(run / "login.sock", LoginProgram(options), 1);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WorkerPool cameraWorkers(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers);
   WorkerPool listWorkers(run / "lists.sock", WorkerProgram(options), options.listWorkers);
-  WebServer server = StartWebServer({run.Path(), options.port, !config.pageFolder.empty(), options.HasTls()});
-  std::cout << (options.HasTls() ? "https" : "http") << "://127.0.0.1:" << server.port << "/" << std::endl;
+  WebServer server =
+      StartWebServer({run.Path(), options.port, !config.pageFolder.empty(), options.HasTls(), config.proxies});
+  const ServedAddress address(config.stateFolder, options.HasTls(), server.port);
+  std::cout << address.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {
     if (server.process.HasEnded()) throw std::runtime_error("the web server has ended");
+    logins.Replenish();
     cameraWorkers.Replenish();
     listWorkers.Replenish();
     trustedRoute.Update();

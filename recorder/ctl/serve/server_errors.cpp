@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-#include "recorder/http/cgi_answer.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/json_text.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder {
@@ -16,7 +16,7 @@ namespace {
 /// What the web server itself refuses, with the reason that it gives in the shape of all answers.
 constexpr std::pair<int, const char*> kServerErrors[] = {
     {400, "the request is malformed"},
-    {401, "log in as a user of this recorder"},
+    {401, kNotLoggedIn},
     {403, "this address is not served, or the cookie \"timestamp\" of a trusted recorder is missing"},
     {404, "no such address"},
     {411, "the length of the body is missing"},

@@ -73,6 +73,12 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
   };
   EXPECT_THAT(get("https").output, testing::AllOf(testing::HasSubstr("User Define"),
                                                   testing::HasSubstr("\r\nStrict-Transport-Security: max-age=")));
+  const Finished session =
+      rig::Run("/usr/bin/curl",
+               {"-sSi", "--cacert", certificate, "--json", R"({"user": "tester", "password": "login of the tester"})",
+                "https://127.0.0.1:" + std::to_string(recorder.Port()) + "/recorder/1/session"});
+  EXPECT_THAT(session.output, testing::AllOf(testing::HasSubstr("\r\nSet-Cookie: __Host-session="),
+                                             testing::HasSubstr("; Secure\r\n")));
   const Finished plain = get("http");
   EXPECT_NE(plain.status, 0);
   EXPECT_THAT(plain.output, testing::Not(testing::HasSubstr("User Define")));

@@ -93,18 +93,6 @@ TEST(Server, TellsNeitherItsVersionNorHowThePageIsMade) {
   }
 }
 
-TEST(Logins, AreAskedFor) {
-  const TestRecorder recorder;
-  const std::string address = std::string(kApi) + "CamCap?vendor=User";
-  EXPECT_EQ(recorder.Send("GET", address, {}).status, 401);
-  EXPECT_EQ(recorder.Send("GET", address, LoginOf("tester", "wrong")).status, 401);
-  EXPECT_EQ(recorder.Control({"user", "add", "second"}, "another login\n").status, 0);
-  const Headers second = LoginOf("second", "another login");
-  EXPECT_EQ(recorder.Send("GET", address, second).status, 200);
-  EXPECT_EQ(recorder.Control({"user", "remove", "second"}).status, 0);
-  EXPECT_EQ(recorder.Send("GET", address, second).status, 401);
-}
-
 TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
   const TempFolder models;
   std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace recorder {
+
+/// The address at which this server answers, in a file of the state folder as long as this object lives, so that other
+/// commands can name it. Throws std::system_error.
+class ServedAddress {
+ public:
+  ServedAddress(const std::filesystem::path& stateFolder, bool hasTls, int port);
+  ~ServedAddress();
+  ServedAddress(const ServedAddress&) = delete;
+  ServedAddress& operator=(const ServedAddress&) = delete;
+
+  /// "http://127.0.0.1:8080/"
+  const std::string& Text() const { return text_; }
+
+  /// That of the server that runs. Throws std::runtime_error when none does.
+  static std::string Read(const std::filesystem::path& stateFolder);
+
+ private:
+  const std::filesystem::path file_;
+  const std::string text_;
+};
+
+}  // namespace recorder

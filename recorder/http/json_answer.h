@@ -1,0 +1,28 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+#include <string_view>
+
+#include "recorder/http/http_request.h"
+
+namespace recorder {
+
+// Answers as a CGI program gives them (RFC 3875 section 6): header lines, an empty line, the body.
+
+/// An answer may hold a picture of somebody's home: nothing on the way keeps it, and no browser takes it for a script.
+inline constexpr std::string_view kCommonHeaders = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
+
+/// `headers`: more header lines, each with its end.
+std::string JsonAnswer(int status, const Json::Value& json, const std::string& headers = {});
+
+/// What a failure outside the module looks like: the HTTP status is its code.
+Json::Value Failure(int status, const std::string& message);
+
+std::string FailureAnswer(int status, const std::string& message, const std::string& parameter = {});
+
+/// Why a request is refused.
+std::string ToCgi(const HttpError& error);
+
+}  // namespace recorder

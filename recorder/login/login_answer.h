@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "recorder/login/login_service.h"
+
+namespace recorder {
+
+/// Bytes that the body of a request about logins may have.
+std::size_t LargestLoginBody(std::string_view path);
+
+/// An answer as a CGI program gives it (RFC 3875 section 6).
+struct TimedAnswer {
+  std::string text;
+  bool isLate = false;  ///< to be held back for a moment: a password came that was not looked at
+};
+
+/// Answers a request below /recorder/1/. Any thread.
+TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request);
+
+/// Answers the web server whether a request with name and password may go on (FastCGI 1.0, section 6.3): it hands user
+/// and role to whoever serves that then. Any thread.
+TimedAnswer Authorize(LoginService& service, const HttpRequest& request);
+
+}  // namespace recorder

@@ -1,0 +1,105 @@
+// recorder-login: the one process that reads the hashes of users' passwords. Behind the web server it tells whether a
+// name and a password are right, and serves the addresses about sessions, users and tokens.
+
+#include <sys/prctl.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "recorder/access/granting.h"
+#include "recorder/http/json_answer.h"
+#include "recorder/http/use_notes.h"
+#include "recorder/login/late_answers.h"
+#include "recorder/login/login_answer.h"
+#include "recorder/utility/log.h"
+
+namespace recorder {
+
+namespace {
+
+/// More than can wait for a password: the others serve whoever has a session or token.
+constexpr int kThreads = 16;
+
+TimedAnswer Answer(LoginService& service, FCGX_Request& request) try {
+  const auto variable = [&](const char* name) { return FCGX_GetParam(name, request.envp); };
+  const auto readBody = [&](std::size_t size) {
+    std::string body(size, '\0');
+    const int count = FCGX_GetStr(body.data(), static_cast<int>(size), request.in);
+    body.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return body;
+  };
+  const char* role = variable("FCGI_ROLE");
+  const bool isAuthorizer = role != nullptr && std::string_view(role) == "AUTHORIZER";
+  const HttpRequest http = ReadHttpRequest(variable, LargestLoginBody, readBody);
+  return isAuthorizer ? Authorize(service, http) : AnswerLogin(service, http);
+} catch (const HttpError& error) {
+  return {ToCgi(error)};
+}
+
+void Serve(LoginService& service, LateAnswers& later) {
+  while (true) {
+    auto request = std::make_unique<FCGX_Request>();
+    if (FCGX_InitRequest(request.get(), 0, 0) != 0 || FCGX_Accept_r(request.get()) != 0) return;
+    TimedAnswer answer = Answer(service, *request);
+    if (answer.isLate) {
+      later.Add(std::move(request), std::move(answer.text));
+    } else {
+      Finish(*request, answer.text);
+    }
+  }
+}
+
+void TakeNotes(const UseNotes& notes, const std::filesystem::path& stateFolder) {
+  while (true) {
+    try {
+      NoteUse(stateFolder, notes.Next());
+    } catch (const std::exception& error) {
+      LogFailure(error.what());
+    }
+  }
+}
+
+void Run(const std::string& configFile, const std::string& useSocket) {
+  const Config config = LoadConfig(configFile);
+  UseConfig(config);
+  if (FCGX_Init() != 0) throw std::runtime_error("cannot start FastCGI");
+  std::signal(SIGTERM, SIG_DFL);  // libfcgi takes it for a wish to stop accepting
+  LoginService service(config);
+  if (!useSocket.empty()) {
+    std::thread([notes = UseNotes(useSocket), folder = config.stateFolder] { TakeNotes(notes, folder); }).detach();
+  }
+  LateAnswers later;
+  std::vector<std::jthread> threads;
+  threads.reserve(kThreads);
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back([&] { Serve(service, later); });
+}
+
+}  // namespace
+
+}  // namespace recorder
+
+int main(int argc, char** argv) {
+  CLI::App app("Checks logins behind a web server, as a FastCGI responder and authorizer.", "recorder-login");
+  app.set_version_flag("--version", "recorder-login " PROJECT_VERSION);
+  std::string configFile = "/etc/cameracap/recorder.json";
+  app.add_option("--config", configFile, "configuration file")->envname("RECORDER_CONFIG")->capture_default_str();
+  std::string useSocket;
+  app.add_option("--use-socket", useSocket, "socket at which workers tell which session or token is in use")
+      ->envname(recorder::kUseSocketVariable);
+  CLI11_PARSE(app, argc, argv);
+  prctl(PR_SET_DUMPABLE, 0);  // nobody reads passwords out of it while it runs
+  try {
+    recorder::Run(configFile, useSocket);
+  } catch (const std::exception& error) {
+    recorder::LogFailure(error.what());
+    return 1;
+  }
+  return 0;
+}

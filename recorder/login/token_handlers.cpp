@@ -1,0 +1,52 @@
+#include "recorder/access/granting.h"
+#include "recorder/login/handlers.h"
+#include "recorder/utility/clock.h"
+
+namespace recorder {
+
+namespace {
+
+bool IsTokenFor(const Grant& grant, const LoginCaller& caller) {
+  return grant.IsToken() && (caller.IsAdmin() || grant.user == caller.user);
+}
+
+std::int64_t EndIn(const LoginRequest& request) {
+  const Json::Value& value = request.params["until"];
+  if (!value.isNull() && !value.isInt64()) throw HttpError(400, "until must be a number of seconds since 1970");
+  return value.asInt64();
+}
+
+}  // namespace
+
+LoginAnswer ListTokens(LoginService& service, const LoginRequest& request) {
+  Json::Value list(Json::arrayValue);
+  for (const Grant& grant : ReadGrants(service.config.stateFolder)) {
+    if (!IsTokenFor(grant, *request.caller) || !grant.IsValid(SecondsNow())) continue;
+    Json::Value token(Json::objectValue);
+    token["name"] = grant.label;
+    token["user"] = grant.user;
+    token["created"] = TimeOf(grant.created);
+    token["lastUsed"] = TimeOf(grant.lastUsed);
+    token["until"] = TimeOf(grant.until);
+    list.append(token);
+  }
+  return Success(list);
+}
+
+LoginAnswer PostToken(LoginService& service, const LoginRequest& request) {
+  const NewGrant made =
+      AddToken(service.config.stateFolder, request.caller->user, TextOf(request, "name"), EndIn(request));
+  Json::Value data(Json::objectValue);
+  data["token"] = made.secret;
+  return Success(data);
+}
+
+LoginAnswer DeleteToken(LoginService& service, const LoginRequest& request) {
+  const auto isMeant = [&](const Grant& grant) {
+    return grant.label == request.name && IsTokenFor(grant, *request.caller);
+  };
+  if (EndGrants(service.config.stateFolder, isMeant) == 0) throw HttpError(404, "there is no such token");
+  return Success({});
+}
+
+}  // namespace recorder

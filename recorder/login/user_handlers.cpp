@@ -1,0 +1,83 @@
+#include <algorithm>
+
+#include "recorder/access/granting.h"
+#include "recorder/http/caller.h"
+#include "recorder/login/handlers.h"
+#include "recorder/utility/clock.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr std::int64_t kLongestIdle = 43'200;  // seconds, half a day; a session with more left is to stay
+
+std::optional<Role> RoleIn(const LoginRequest& request) {
+  const std::string name = TextOf(request, "role");
+  const std::optional<Role> role = ParseRole(name);
+  if (!role && !name.empty()) throw HttpError(400, "role must be \"admin\" or \"user\"");
+  return role;
+}
+
+/// True for whoever has a link to make the first user, on a recorder that has none.
+bool MayMakeFirstUser(LoginService& service, const LoginRequest& request) {
+  const std::optional<Grant> link = service.grants.Find(Grant::Kind::kLink, TextOf(request, "link"));
+  return link && link->user.empty() && ReadUsers(service.config.stateFolder).empty();
+}
+
+void CheckOldPassword(LoginService& service, const LoginRequest& request) try {
+  service.check.Check({request.caller->user, TextOf(request, "oldPassword"), request.http.address});
+} catch (const HttpError& error) {
+  if (error.Status() == 401) throw HttpError(403, "the old password is wrong");  // he is logged in all the same
+  throw;
+}
+
+void CheckMayChange(LoginService& service, const LoginRequest& request, const UserChange& change) {
+  const bool isOwn = request.caller->user == request.name;
+  if (!request.caller->IsAdmin() && (!isOwn || change.role)) throw HttpError(403, "only an admin may do that");
+  if (isOwn && change.password) CheckOldPassword(service, request);
+}
+
+}  // namespace
+
+LoginAnswer ListUsers(LoginService& service, const LoginRequest& /*request*/) {
+  Json::Value list(Json::arrayValue);
+  for (const User& user : ReadUsers(service.config.stateFolder)) {
+    Json::Value entry(Json::objectValue);
+    entry["name"] = user.name;
+    entry["role"] = std::string(NameOf(user.role));
+    list.append(entry);
+  }
+  return Success(list);
+}
+
+LoginAnswer PostUser(LoginService& service, const LoginRequest& request) {
+  const bool isFirst = MayMakeFirstUser(service, request);
+  if (!isFirst && !request.caller) throw NotLoggedIn(request.http);
+  if (!isFirst && !request.caller->IsAdmin()) throw HttpError(403, "only an admin may do that");
+  const Role role = isFirst ? Role::kAdmin : RoleIn(request).value_or(Role::kUser);
+  AddUser(service.config.stateFolder, TextOf(request, "name"), TextOf(request, "password"), role,
+          service.config.hashCost);
+  if (isFirst) EndGrants(service.config.stateFolder, [](const Grant& grant) { return grant.user.empty(); });
+  return Success({});
+}
+
+LoginAnswer PatchUser(LoginService& service, const LoginRequest& request) {
+  UserChange change;
+  if (request.params.isMember("password")) change.password = TextOf(request, "password");
+  change.role = RoleIn(request);
+  CheckMayChange(service, request, change);
+  ChangeUser(service.config.stateFolder, request.name, change, service.config.hashCost);
+  LoginAnswer answer = Success({});
+  if (request.caller->user != request.name || !request.caller->HasSession()) return answer;
+  const bool isToStay = request.caller->grant->until - SecondsNow() > kLongestIdle;
+  const NewGrant made = StartSession(service.config.stateFolder, request.name, request.http.address, isToStay);
+  answer.headers = SetCookie(request.http, made.secret, isToStay);
+  return answer;
+}
+
+LoginAnswer DeleteUser(LoginService& service, const LoginRequest& request) {
+  RemoveUser(service.config.stateFolder, request.name);
+  return Success({});
+}
+
+}  // namespace recorder
