@@ -2,6 +2,7 @@
 
 #include <sodium.h>
 
+#include <exception>
 #include <utility>
 
 #include "recorder/access/grant.h"
@@ -94,9 +95,12 @@ void LoginCheck::Refuse(const PasswordLogin& login) {
   throw HttpError(401, "the user or the password is wrong");
 }
 
-void LoginCheck::RenewHash(const PasswordLogin& login, const User& user) const {
+/// Where that fails the old hash stays, and the login is right all the same.
+void LoginCheck::RenewHash(const PasswordLogin& login, const User& user) const try {
   if (!IsOutdatedHash(user.hash, cost_)) return;
   ReplaceHash(stateFolder_, user.name, user.hash, HashPassword(login.password, cost_));
+} catch (const std::exception& error) {
+  LogFailure(error.what());
 }
 
 }  // namespace recorder
