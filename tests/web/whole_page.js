@@ -57,6 +57,8 @@ test("a recorder that went away is told of, found again, and no test is repeated
 
 test("what keeps the page from the recorder is told in every view, with what to do", () =>
   withPage("", async (page) => {
+    const [cookie] = await page.context().cookies();
+    await page.context().addCookies([{ ...cookie, domain: "recorder.localhost" }]);
     await page.goto(page.url().replace("127.0.0.1", "recorder.localhost"));
     await page.locator("#models-failed").waitFor();
     await expectText(page, "models-failed", 'Add "recorder.localhost" to "hostNames" in its configuration');
