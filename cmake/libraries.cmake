@@ -13,7 +13,6 @@ find_package(SQLite3 REQUIRED)
 find_package(SQLiteCpp REQUIRED)
 find_package(valijson REQUIRED)  # headers alone, in the system's include folder
 pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
-pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil)
 pkg_check_modules(LIBCURL REQUIRED IMPORTED_TARGET libcurl)
 pkg_check_modules(LIBJPEG REQUIRED IMPORTED_TARGET libjpeg)
 find_library(LIBYUV_LIBRARY yuv REQUIRED)  # it has neither a pkg-config file nor one of CMake's
@@ -27,6 +26,7 @@ if(PRODUCTS_ONLY OR CMAKE_CROSSCOMPILING)
 endif()
 
 # Those of simulated cameras, tests and benchmarks.
+pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil)
 pkg_check_modules(GSTREAMER REQUIRED IMPORTED_TARGET gstreamer-1.0 gstreamer-app-1.0 gstreamer-video-1.0
                   gstreamer-sdp-1.0 gstreamer-rtsp-1.0 gstreamer-rtsp-server-1.0 gio-2.0)
 pkg_check_modules(HTTPLIB REQUIRED IMPORTED_TARGET cpp-httplib)

@@ -1,48 +1,51 @@
 #include "recorder/net/login/hash.h"
 
+#include <openssl/evp.h>
+#include <sodium.h>
+
 #include <array>
-#include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 
-extern "C" {
-#include <libavutil/hash.h>
-}
+#include "recorder/utility/handle.h"
 
 namespace recorder {
 namespace {
 
-struct FreeHash {
-  void operator()(AVHashContext* context) const noexcept { av_hash_freep(&context); }
-};
-using HashContext = std::unique_ptr<AVHashContext, FreeHash>;
+using HashContext = std::unique_ptr<EVP_MD_CTX, Deleter<EVP_MD_CTX_free>>;
 
-/// Room for a hash as text, the terminating zero included; hexadecimal takes more than base64.
-using HashText = std::array<std::uint8_t, 2 * AV_HASH_MAX_SIZE + 1>;
-
-HashContext Hashed(const char* algorithm, std::initializer_list<std::string_view> parts) {
-  AVHashContext* raw = nullptr;
-  if (av_hash_alloc(&raw, algorithm) < 0) throw std::bad_alloc();
-  HashContext context(raw);
-  av_hash_init(raw);
-  for (const std::string_view part : parts) {
-    av_hash_update(raw, reinterpret_cast<const std::uint8_t*>(part.data()), part.size());
+class Hash {
+ public:
+  Hash(const char* algorithm, std::initializer_list<std::string_view> parts) {
+    const HashContext context(EVP_MD_CTX_new());
+    if (!context || EVP_DigestInit_ex(context.get(), EVP_get_digestbyname(algorithm), nullptr) != 1) {
+      throw std::bad_alloc();
+    }
+    for (const std::string_view part : parts) EVP_DigestUpdate(context.get(), part.data(), part.size());
+    EVP_DigestFinal_ex(context.get(), bytes_.data(), &size_);
   }
-  return context;
-}
+
+  std::span<const unsigned char> Bytes() const { return std::span(bytes_).first(size_); }
+
+ private:
+  std::array<unsigned char, EVP_MAX_MD_SIZE> bytes_{};
+  unsigned int size_ = 0;
+};
 
 }  // namespace
 
 std::string HexHash(const char* algorithm, std::initializer_list<std::string_view> parts) {
-  HashText text{};
-  av_hash_final_hex(Hashed(algorithm, parts).get(), text.data(), static_cast<int>(text.size()));
-  return reinterpret_cast<const char*>(text.data());
+  const Hash hash(algorithm, parts);
+  std::array<char, 2 * EVP_MAX_MD_SIZE + 1> text{};
+  return sodium_bin2hex(text.data(), text.size(), hash.Bytes().data(), hash.Bytes().size());
 }
 
 std::string Base64Hash(const char* algorithm, std::initializer_list<std::string_view> parts) {
-  HashText text{};
-  av_hash_final_b64(Hashed(algorithm, parts).get(), text.data(), static_cast<int>(text.size()));
-  return reinterpret_cast<const char*>(text.data());
+  const Hash hash(algorithm, parts);
+  std::array<char, sodium_base64_ENCODED_LEN(EVP_MAX_MD_SIZE, sodium_base64_VARIANT_ORIGINAL)> text{};
+  return sodium_bin2base64(text.data(), text.size(), hash.Bytes().data(), hash.Bytes().size(),
+                           sodium_base64_VARIANT_ORIGINAL);
 }
 
 }  // namespace recorder

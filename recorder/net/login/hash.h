@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-// Hashes that logins are made of. `algorithm` is libavutil's name of it; `parts` are hashed as one text, without
-// anything between them.
+// Hashes that logins are made of. `algorithm` is OpenSSL's name of it, such as "SHA256"; `parts` are hashed as one
+// text, without anything between them.
 
 namespace recorder {
 

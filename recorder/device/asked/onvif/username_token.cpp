@@ -30,7 +30,7 @@ std::string TimeText(std::chrono::sys_seconds time) {
 }  // namespace
 
 std::string PasswordDigest(std::string_view nonce, std::string_view created, std::string_view password) {
-  return Base64Hash("SHA160", {nonce, created, password});
+  return Base64Hash("SHA1", {nonce, created, password});
 }
 
 std::string UsernameToken(const std::string& user, const std::string& password, std::chrono::sys_seconds created) {
