@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "recorder/media/libav.h"
+#include "recorder/decode/libav.h"
 
 // Pictures by the libraries alone.
 

@@ -10,10 +10,10 @@
 
 #include "platform/media.h"
 #include "platform/utility.h"
+#include "recorder/decode/jpeg_check.h"
+#include "recorder/decode/key_picture.h"
+#include "recorder/decode/picture_decoder.h"
 #include "recorder/media/codecs.h"
-#include "recorder/media/jpeg_check.h"
-#include "recorder/media/key_picture.h"
-#include "recorder/media/picture_decoder.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/handle.h"
 

@@ -1,6 +1,6 @@
 #include <string>
 
-#include "recorder/device/check/picture_finder.h"
+#include "recorder/decode/picture_finder.h"
 #include "tests/fuzz/fuzz.h"
 
 // A body of HTTP with pictures, in parts or not. The first byte tells how many bytes arrive at a time; the picture must

@@ -1,5 +1,5 @@
 #include "platform/media.h"
-#include "recorder/media/jpeg_check.h"
+#include "recorder/decode/jpeg_check.h"
 #include "recorder/utility/handle.h"
 #include "tests/fuzz/fuzz.h"
 

@@ -2,9 +2,9 @@
 #include <memory>
 #include <vector>
 
-#include "recorder/media/access_unit.h"
-#include "recorder/media/depacketizer.h"
-#include "recorder/media/picture_decoder.h"
+#include "recorder/decode/access_unit.h"
+#include "recorder/decode/depacketizer.h"
+#include "recorder/decode/picture_decoder.h"
 #include "recorder/net/rtsp/sdp.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"

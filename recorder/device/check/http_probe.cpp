@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "recorder/device/check/picture_finder.h"
+#include "recorder/decode/picture_finder.h"
 #include "recorder/net/http/http_client.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "recorder/device/check/picture_finder.h"
-#include "recorder/media/jpeg_check.h"
+#include "recorder/decode/jpeg_check.h"
+#include "recorder/decode/picture_finder.h"
 #include "recorder/net/http/http_place.h"
 
 namespace recorder {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "recorder/media/jpeg_check.h"
+#include "recorder/decode/jpeg_check.h"
 
 namespace recorder {
 

@@ -1,4 +1,4 @@
-#include "recorder/media/key_picture.h"
+#include "recorder/decode/key_picture.h"
 
 #include <turbojpeg.h>
 
@@ -10,7 +10,7 @@
 #include <new>
 #include <utility>
 
-#include "recorder/media/jpeg_planes.h"
+#include "recorder/decode/jpeg_planes.h"
 
 namespace recorder {
 namespace {

@@ -1,4 +1,4 @@
-#include "recorder/media/access_unit.h"
+#include "recorder/decode/access_unit.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "recorder/media/jpeg_decoder.h"
+#include "recorder/decode/jpeg_decoder.h"
 
 // clang-format off
 #include <cstdio>  // jpeglib.h needs it

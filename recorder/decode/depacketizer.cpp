@@ -1,4 +1,4 @@
-#include "recorder/media/depacketizer.h"
+#include "recorder/decode/depacketizer.h"
 
 #include <algorithm>
 #include <cerrno>

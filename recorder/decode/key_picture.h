@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "recorder/media/libav.h"
+#include "recorder/decode/libav.h"
 #include "recorder/utility/handle.h"
 
 namespace recorder {

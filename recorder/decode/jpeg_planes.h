@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "recorder/media/libav.h"
+#include "recorder/decode/libav.h"
 
 namespace recorder {
 

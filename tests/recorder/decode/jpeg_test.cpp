@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/media.h"
-#include "recorder/media/key_picture.h"
+#include "recorder/decode/key_picture.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>

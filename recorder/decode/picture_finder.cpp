@@ -1,4 +1,4 @@
-#include "recorder/device/check/picture_finder.h"
+#include "recorder/decode/picture_finder.h"
 
 #include <algorithm>
 

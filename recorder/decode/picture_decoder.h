@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "recorder/media/libav.h"
+#include "recorder/decode/libav.h"
 
 namespace recorder {
 

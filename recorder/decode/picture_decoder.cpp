@@ -1,4 +1,4 @@
-#include "recorder/media/picture_decoder.h"
+#include "recorder/decode/picture_decoder.h"
 
 #include <cstring>
 #include <new>

@@ -1,8 +1,8 @@
-#include "recorder/media/jpeg_check.h"
+#include "recorder/decode/jpeg_check.h"
 
 #include <algorithm>
 
-#include "recorder/media/jpeg_decoder.h"
+#include "recorder/decode/jpeg_decoder.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder {

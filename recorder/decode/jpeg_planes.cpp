@@ -1,4 +1,4 @@
-#include "recorder/media/jpeg_planes.h"
+#include "recorder/decode/jpeg_planes.h"
 
 #include <libyuv.h>
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "recorder/media/libav.h"
+#include "recorder/decode/libav.h"
 
 namespace recorder {
 
