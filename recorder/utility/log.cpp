@@ -16,6 +16,8 @@
 namespace recorder {
 namespace {
 
+void (*logReceiver)(const std::string& text) = nullptr;
+
 std::string TimeNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -66,8 +68,11 @@ void WriteEntry(const std::string& place, const std::string& categories, std::st
 }  // namespace
 
 void LogFailure(const std::string& text, const char* file, int line, const char* function) {
+  if (logReceiver != nullptr) return logReceiver(text);
   WriteEntry(Place(SourceName(file), line, function), "", text);
 }
+
+void SendLogTo(void (*receiver)(const std::string& text)) { logReceiver = receiver; }
 
 }  // namespace recorder
 

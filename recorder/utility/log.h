@@ -10,4 +10,7 @@ namespace recorder {
 void LogFailure(const std::string& text, const char* file = __builtin_FILE(), int line = __builtin_LINE(),
                 const char* function = __builtin_FUNCTION());
 
+/// From now on LogFailure writes nothing and hands its text to `receiver`: for a process that may not write a log.
+void SendLogTo(void (*receiver)(const std::string& text));
+
 }  // namespace recorder
