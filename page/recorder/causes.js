@@ -244,6 +244,17 @@ export const NAMED_CAUSES = {
     field: "none",
     answered: false,
   },
+  decoderFailed: {
+    heading: "Picture not decoded",
+    happened:
+      "The recorder's decoder ended over what this camera sent, took too long over it, or lacked memory. Nothing but " +
+      "this picture is lost.",
+    first:
+      "Restart the camera, or choose another codec. If it stays so, tell the recorder's administrator: the log has how " +
+      "the decoder ended, and the camera may be hostile.",
+    field: "none",
+    answered: true,
+  },
   recorderFailed: {
     heading: "Recorder failed",
     happened:

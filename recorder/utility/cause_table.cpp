@@ -79,6 +79,8 @@ constexpr CauseRow kCauses[] = {
      CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kContact},
     {Outcome::kBadRow, "badRow", "row not readable", CAMERA_VERIFY_NOT_PREPARED, CAMCAP_FILE_NOT_UNDERSTOOD,
      Reach::kContact},
+    {Outcome::kDecoderFailed, "decoderFailed", "the recorder's decoder failed over the picture",
+     CAMERA_VERIFY_NOT_UNDERSTOOD, CAMCAP_FILE_NOT_UNDERSTOOD, Reach::kContact},
     // What the camera said could not be kept: what is known of its model stands in.
     {Outcome::kRecorderFailed, "recorderFailed", "the recorder failed", CAMERA_VERIFY_NOT_PREPARED,
      CAMCAP_FILE_SUBSTITUTED, Reach::kContact},

@@ -30,6 +30,7 @@ enum class Outcome {
   kDisabled,      ///< the stored camera is switched off
   kBadRow,        ///< the row of a list cannot be read
   // Here, not at the camera:
+  kDecoderFailed,   ///< the media process ended over what the camera sent, took too long or lacked memory
   kRecorderFailed,  ///< no memory, or the state folder cannot be written
   kCount            ///< none, but how many there are
 };
