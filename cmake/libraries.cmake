@@ -19,6 +19,7 @@ find_library(LIBYUV_LIBRARY yuv REQUIRED)  # it has neither a pkg-config file no
 add_library(LIBYUV::LIBYUV UNKNOWN IMPORTED)
 set_target_properties(LIBYUV::LIBYUV PROPERTIES IMPORTED_LOCATION ${LIBYUV_LIBRARY})
 pkg_check_modules(LIBXML2 REQUIRED IMPORTED_TARGET libxml-2.0)
+pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
 if(PRODUCTS_ONLY OR CMAKE_CROSSCOMPILING)

@@ -11,16 +11,6 @@ using Bytes = std::span<const std::uint8_t>;
 
 }  // namespace
 
-std::optional<RtpHeader> ParseRtpHeader(Bytes packet) {
-  constexpr std::size_t kFixedSize = 12;
-  if (packet.size() < kFixedSize) return std::nullopt;
-  const auto number = [&packet](std::size_t at) {
-    return static_cast<std::uint32_t>(packet[at] << 24 | packet[at + 1] << 16 | packet[at + 2] << 8 | packet[at + 3]);
-  };
-  return RtpHeader{(packet[1] & 0x80) != 0, static_cast<std::uint16_t>(packet[2] << 8 | packet[3]), number(4),
-                   number(8)};
-}
-
 void AccessUnitAssembler::Add(const RtpHeader& header, Bytes bytes) {
   const RtpHeader last = last_.value_or(header);
   const bool isRepeated = last_ && header.source == last.source && header.sequence == last.sequence;

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 // Whether bytes are a whole JPEG (ITU-T T.81 annex B). Any thread.
 
@@ -46,9 +45,5 @@ bool HasJpegMarkers(std::span<const std::uint8_t> bytes);
 /// True when `bytes` begin with a picture that has all its markers, and a decoder finds all of its data and none that
 /// is damaged. What follows the picture is passed over, since cameras pad.
 bool IsWholeJpeg(std::span<const std::uint8_t> bytes);
-
-inline std::span<const std::uint8_t> AsBytes(std::string_view text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
 
 }  // namespace recorder

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "recorder/utility/bytes.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder {

@@ -110,11 +110,9 @@ bool IsH265Set(Bytes unit) {  // VPS, SPS, PPS
 
 // --- JPEG -----------------------------------------------------------------------------------------------------------
 
-bool IsJpeg(Bytes bytes) { return bytes.size() > 2 && bytes[0] == 0xff && bytes[1] == 0xd8; }
+UnitKind ClassifyJpeg(Bytes unit) { return BeginsLikeJpeg(unit) ? UnitKind::kKey : UnitKind::kNoPicture; }
 
-UnitKind ClassifyJpeg(Bytes unit) { return IsJpeg(unit) ? UnitKind::kKey : UnitKind::kNoPicture; }
-
-PieceStart JpegStart(Bytes piece) { return IsJpeg(piece) ? PieceStart::kPicture : PieceStart::kNothing; }
+PieceStart JpegStart(Bytes piece) { return BeginsLikeJpeg(piece) ? PieceStart::kPicture : PieceStart::kNothing; }
 
 bool HasNoSets(Bytes /*unit*/) { return false; }
 
@@ -230,6 +228,8 @@ std::string_view NameOfOnvifCodec(std::string_view word) { return NameOfWord(&Co
 
 std::string_view NameOfPsiaCodec(std::string_view word) { return NameOfWord(&Codec::psia, word); }
 
+bool BeginsLikeJpeg(Bytes bytes) { return bytes.size() > 2 && bytes[0] == 0xff && bytes[1] == 0xd8; }
+
 UnitKind ClassifyUnit(std::uint32_t code, Bytes unit) {
   const Codec* codec = CodecOfCode(code);
   return codec == nullptr ? UnitKind::kNoPicture : codec->rtp->classify(unit);
@@ -241,7 +241,7 @@ PieceStart StartOfPiece(std::uint32_t code, Bytes piece) {
 }
 
 std::uint32_t RecogniseCodec(Bytes configuration, Bytes frame) {
-  if (IsJpeg(frame)) return kCodecJpeg;
+  if (BeginsLikeJpeg(frame)) return kCodecJpeg;
   const std::uint32_t code = RecogniseByStartCodes(configuration);
   return code != 0 ? code : RecogniseByStartCodes(frame);
 }

@@ -80,6 +80,9 @@ std::string_view DescribeEncoding(std::string_view encoding);
 std::string_view NameOfOnvifCodec(std::string_view word);
 std::string_view NameOfPsiaCodec(std::string_view word);
 
+/// True for bytes that begin with the start of an image (ITU-T T.81 annex B).
+bool BeginsLikeJpeg(std::span<const std::uint8_t> bytes);
+
 /// Kind of a unit, or of the beginning of one; `code` is a four-character code such as kCodecH264.
 UnitKind ClassifyUnit(std::uint32_t code, std::span<const std::uint8_t> unit);
 

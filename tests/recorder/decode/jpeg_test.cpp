@@ -1,3 +1,5 @@
+#include "recorder/decode/jpeg.h"
+
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
@@ -6,7 +8,6 @@
 #include <memory>
 #include <vector>
 
-#include "platform/media.h"
 #include "recorder/decode/key_picture.h"
 
 extern "C" {
@@ -54,14 +55,8 @@ KeyFrame Encode() {
 
 /// The JPEG of a key frame; empty when there is none.
 Bytes Make(const KeyFrame& frame) {
-  unsigned char* bytes = nullptr;
-  int size = 0;
-  const int result =
-      DoFFMpegGetJpeg(VIDEO_TYPE_MPEG4, frame.configuration.data(), static_cast<int>(frame.configuration.size()),
-                      frame.unit.data(), static_cast<int>(frame.unit.size()), &bytes, &size);
-  const MallocBytes owner(bytes);
-  EXPECT_EQ(result == 0, bytes != nullptr);
-  return {bytes, bytes + size};
+  const auto picture = MakeJpeg(frame.configuration, frame.unit);
+  return picture ? Bytes(picture->Span().begin(), picture->Span().end()) : Bytes();
 }
 
 TEST(JpegTest, ADamagedFrameIsNoPicture) {
@@ -122,8 +117,8 @@ Frame MakeVideo(const Video& video) {
     const double scaled = isFull ? planes[plane] : planes[plane] * (plane == 0 ? 219 : 224) / 255;
     const double zero = plane > 0 ? 128 : isFull ? 0 : 16;
     const auto value = static_cast<std::uint16_t>(std::lround((scaled + zero) * (1 << (format->comp[0].depth - 8))));
-    const int size =
-        frame->linesize[plane] * (plane == 0 ? video.height : AV_CEIL_RSHIFT(video.height, format->log2_chroma_h));
+    const int rows = AV_CEIL_RSHIFT(video.height, format->log2_chroma_h);  // the luma of all that these stand for
+    const int size = frame->linesize[plane] * (plane == 0 ? rows << format->log2_chroma_h : rows);
     if (format->comp[0].depth == 8) std::fill_n(frame->data[plane], size, static_cast<std::uint8_t>(value));
     if (format->comp[0].depth > 8) std::fill_n(reinterpret_cast<std::uint16_t*>(frame->data[plane]), size / 2, value);
   }

@@ -3,6 +3,7 @@
 #include "recorder/decode/jpeg_check.h"
 #include "recorder/decode/picture_finder.h"
 #include "recorder/net/http/http_place.h"
+#include "recorder/utility/bytes.h"
 
 namespace recorder {
 namespace {

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "recorder/decode/access_unit.h"
+#include "recorder/decode/depacketizer.h"
+#include "recorder/decode/key_picture.h"
+
+namespace recorder {
+
+/// Finds the first whole key frame among the packets of a stream, and makes a JPEG of it. A key frame has to be decoded
+/// to be judged: a damaged one is passed over. One thread.
+class KeyFrameFinder {
+ public:
+  enum class State {
+    kMore,        ///< no unit has come
+    kNoKeyFrame,  ///< units came, and none was a key frame
+    kDamaged,     ///< a key frame came, and was not whole
+    kPicture,
+    kRefused,  ///< no JPEG can be made of such pictures
+  };
+
+  /// For the one video of the session description. `sendControl`: see Depacketizer.
+  KeyFrameFinder(const std::string& description, Depacketizer::SendControl sendControl);
+
+  /// Four-character code of the video's codec; 0 for one that the recorder does not know, which is not to be fed.
+  std::uint32_t Codec() const { return codec_; }
+
+  /// Takes one whole packet of RTP, or of RTCP.
+  void Feed(std::span<const std::uint8_t> packet, bool isControl);
+
+  /// Looks at the units that are complete, up to the first picture. `takesRecoveryPoint`: such a unit will do, too.
+  State Look(bool takesRecoveryPoint);
+
+  /// After kPicture. Moves it out.
+  KeyPicture TakePicture() { return std::move(*picture_); }
+
+ private:
+  State Judge(const AccessUnit& unit, bool takesRecoveryPoint);
+
+  std::unique_ptr<Depacketizer> depacketizer_;
+  std::uint32_t codec_;
+  AccessUnitAssembler assembler_;
+  std::vector<std::uint8_t> pieces_;
+  std::optional<KeyPicture> picture_;
+};
+
+}  // namespace recorder
