@@ -22,6 +22,7 @@
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
 #include "recorder/http/use_notes.h"
+#include "recorder/media/media_pool.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/log.h"
@@ -40,6 +41,7 @@ void LearnOwnPort(const char* port) {
 /// Gives what is free back to the system, if it is much: cameras of a list have sent much. One picture's memory stays
 /// for the next one.
 void GiveMemoryBack() {
+  EndSpareMedia();
   constexpr std::size_t kMuch = std::size_t{16} << 20;
   if (mallinfo2().fordblks > kMuch) malloc_trim(0);
 }

@@ -9,13 +9,9 @@
 
 #include "platform/media.h"
 #include "platform/utility.h"
-#include "recorder/decode/access_unit.h"
-#include "recorder/decode/depacketizer.h"
-#include "recorder/decode/jpeg_check.h"
-#include "recorder/decode/key_picture.h"
-#include "recorder/decode/picture_decoder.h"
 #include "recorder/media/codecs.h"
 #include "recorder/media/key_frame_request.h"
+#include "recorder/media/key_frame_search.h"
 #include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/net/source_path.h"
 #include "recorder/utility/log.h"
@@ -53,25 +49,21 @@ struct RtpFetch::Impl {
   recorder::Outcome read = recorder::Outcome::kOk;  // of `path`, which was perhaps a whole address
 
   std::optional<recorder::RtspClient> client;
-  std::unique_ptr<recorder::Depacketizer> depacketizer;
-  std::optional<recorder::AccessUnitAssembler> assembler;
-  std::uint32_t codec = 0;
+  std::optional<recorder::KeyFrameSearch> search;
+  bool isOpen = false;
   recorder::KeyFramePace requests;  // for a key frame
   recorder::Clock::time_point started;
-  std::uint32_t source = 0;  // SSRC of the video
-  std::vector<std::uint8_t> pieces;
 
-  recorder::AccessUnit unit;
-  std::optional<recorder::KeyPicture> part;  // made of `unit`
+  std::string part;  // a JPEG; "": none yet
   timeval captureTime{};
   unsigned int nextPart = 0;
 
   recorder::Outcome Open();
+  recorder::Outcome OpenSearch();
   recorder::Outcome NextPart();
-  recorder::Outcome ReadUnit();
-  recorder::Outcome MakePart();
-  bool IsKeyFrame() const;
-  void AskForKeyFrame();
+  recorder::Outcome ReadUnits();
+  recorder::Outcome Look();
+  void AskForKeyFrame(bool isDamaged);
 };
 
 /// Everything up to the running stream.
@@ -80,16 +72,9 @@ recorder::Outcome RtpFetch::Impl::Open() {
   if (!isSupported) return Outcome::kNotUnderstood;
   if (read != Outcome::kOk) return read;
   client.emplace(address, path, recorder::DeadlineOf(timeoutSeconds), userAgent.empty() ? "recorder" : userAgent);
+  search.emplace([this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
-  depacketizer = recorder::Depacketizer::Open(
-      client->Video().description, [this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
-  codec = depacketizer ? depacketizer->Codec() : 0;
-  if (codec == 0) {
-    recorder::LogFailure("The stream of " + recorder::PlaceOf(address) + " is in " +
-                         std::string(recorder::DescribeEncoding(client->Video().codec)) + ".");
-    return Outcome::kNoVideo;
-  }
-  assembler.emplace(codec);
+  if (const Outcome outcome = OpenSearch(); outcome != Outcome::kOk) return outcome;
   const auto asked = recorder::Clock::now();
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
   requests = recorder::KeyFramePace(recorder::Clock::now() - asked);
@@ -98,60 +83,63 @@ recorder::Outcome RtpFetch::Impl::Open() {
   return Outcome::kOk;
 }
 
+recorder::Outcome RtpFetch::Impl::OpenSearch() {
+  const recorder::Outcome outcome = search->Open(client->Video().description);
+  if (outcome == recorder::Outcome::kNoVideo) {
+    recorder::LogFailure("The stream of " + recorder::PlaceOf(address) + " is in " +
+                         std::string(recorder::DescribeEncoding(client->Video().codec)) + ".");
+  }
+  isOpen = outcome == recorder::Outcome::kOk;
+  return outcome;
+}
+
 /// A key frame has to be decoded to be judged: whoever takes the parts has only one try, so that a damaged one must be
 /// passed over here. What is decoded is handed on: a part is the picture itself, as a JPEG, whatever the camera sends.
 recorder::Outcome RtpFetch::Impl::NextPart() {
   using recorder::Outcome;
-  part.reset();
+  part.clear();
   if (!client) {
     if (const Outcome outcome = Open(); outcome != Outcome::kOk) return outcome;
   }
-  while (!part) {
-    if (const Outcome outcome = ReadUnit(); outcome != Outcome::kOk) return outcome;
-    if (const Outcome outcome = MakePart(); outcome != Outcome::kOk) return outcome;
-    if (!part) AskForKeyFrame();
+  while (part.empty()) {
+    if (const Outcome outcome = ReadUnits(); outcome != Outcome::kOk) return outcome;
+    if (const Outcome outcome = Look(); outcome != Outcome::kOk) return outcome;
   }
   captureTime = recorder::Now();
   return Outcome::kOk;
 }
 
-recorder::Outcome RtpFetch::Impl::ReadUnit() {
+/// Hands on packets, up to one that ends a unit.
+recorder::Outcome RtpFetch::Impl::ReadUnits() {
   using recorder::Outcome;
+  recorder::InterleavedPacket packet;
   for (;;) {
-    if (auto finished = assembler->Take()) {
-      unit = std::move(*finished);
-      return Outcome::kOk;
-    }
-    recorder::InterleavedPacket packet;
     if (const Outcome outcome = client->Read(packet); outcome != Outcome::kOk) return outcome;
-    pieces.clear();
-    depacketizer->Feed(packet.bytes, pieces);
-    const auto header = recorder::ParseRtpHeader(packet.bytes);
-    if (packet.isControl || !header) continue;
-    source = header->source;
-    assembler->Add(*header, pieces);
+    if (search->Feed(packet.bytes, packet.isControl)) return Outcome::kOk;
   }
 }
 
-/// Makes the part of the unit, or none where that is no whole key frame. kNotUnderstood: no JPEG can be made of such
-/// pictures.
-recorder::Outcome RtpFetch::Impl::MakePart() {
-  using recorder::Outcome;
-  if (!IsKeyFrame()) return Outcome::kOk;
-  if (codec == kCodecJpeg) {
-    if (recorder::IsWholeJpeg(unit.bytes)) part = recorder::CopyJpeg(unit.bytes);
-    return Outcome::kOk;
+/// Takes the part, if there is one. kNotUnderstood: no JPEG can be made of such pictures.
+recorder::Outcome RtpFetch::Impl::Look() {
+  using State = recorder::KeyFrameSearch::State;
+  switch (search->Look(recorder::Clock::now() >= started + recorder::kKeyFramePatience)) {
+    case State::kPicture:
+      part = search->TakePicture();
+      break;
+    case State::kNoKeyFrame:
+      AskForKeyFrame(false);
+      break;
+    case State::kDamaged:
+      AskForKeyFrame(true);
+      break;
+    case State::kRefused:
+      return recorder::Outcome::kNotUnderstood;
+    case State::kFailed:
+      return search->Failure();
+    case State::kMore:
+      break;
   }
-  recorder::Frame frame = recorder::DecodeKeyFrame(codec, depacketizer->Configuration(), unit.bytes);
-  if (!frame) return Outcome::kOk;
-  part = recorder::EncodeJpeg(std::move(frame));
-  return part ? Outcome::kOk : Outcome::kNotUnderstood;
-}
-
-bool RtpFetch::Impl::IsKeyFrame() const {
-  const bool takesRecoveryPoint = recorder::Clock::now() >= started + recorder::kKeyFramePatience;
-  return unit.kind == recorder::UnitKind::kKey ||
-         (takesRecoveryPoint && unit.kind == recorder::UnitKind::kRecoveryPoint);
+  return recorder::Outcome::kOk;
 }
 
 /// A camera with many seconds between its key frames then sends one now.
@@ -159,10 +147,10 @@ bool RtpFetch::Impl::IsKeyFrame() const {
 /// A call beside the stream (ONVIF) is made only where the camera runs the stream, so that the login is proven or none
 /// is needed, and where the first request has brought nothing: it costs several round trips, and keeps us from reading.
 /// What comes meanwhile waits in the socket; a call that takes too long is given up and not made again.
-void RtpFetch::Impl::AskForKeyFrame() {
+void RtpFetch::Impl::AskForKeyFrame(bool isDamaged) {
   using recorder::Clock;
-  if (!requests.IsDue(Clock::now(), IsKeyFrame())) return;
-  client->SendControl(recorder::KeyFrameRequest(source, static_cast<std::uint8_t>(requests.Count())));
+  if (!requests.IsDue(Clock::now(), isDamaged)) return;
+  client->SendControl(recorder::KeyFrameRequest(search->Source(), static_cast<std::uint8_t>(requests.Count())));
   if (requests.Count() > 0) {
     recorder::RequestScope::Current().CallForKeyFrame({address.host, address.port, path}, address.user,
                                                       address.password, Clock::now() + recorder::kLongestCall);
@@ -203,7 +191,7 @@ int RtpFetch::NextPartInfo(unsigned int& partNumber, char* /*header*/, unsigned 
 }
 
 int RtpFetch::GetVideoFormat(ESFormat& format, int /*detail*/) {
-  if (impl->codec == 0) return -1;
+  if (!impl->isOpen) return -1;
   format = {};  // a JPEG has no configuration
   format.type = ES_CLOCK_LOCAL;
   format.codec = kCodecJpeg;
@@ -211,14 +199,14 @@ int RtpFetch::GetVideoFormat(ESFormat& format, int /*detail*/) {
 }
 
 int RtpFetch::GetImgContentInfo(int& size, timeval& captureTime) {
-  if (!impl->part) return -1;
-  size = impl->part->size;
+  if (impl->part.empty()) return -1;
+  size = static_cast<int>(impl->part.size());
   captureTime = impl->captureTime;
   return 0;
 }
 
 int RtpFetch::FetchContent(unsigned char* destination, unsigned int size) {
-  if (!impl->part || destination == nullptr || impl->part->Span().size() > size) return -1;
-  std::ranges::copy(impl->part->Span(), destination);
+  if (impl->part.empty() || destination == nullptr || impl->part.size() > size) return -1;
+  std::ranges::copy(impl->part, destination);
   return 0;
 }

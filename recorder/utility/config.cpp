@@ -131,6 +131,7 @@ constexpr Setting kSettings[] = {
     {"", "workFolder", [](const Member& value, Config& config) { config.workFolder = value.Path(); }},
     {"", "pageFolder", [](const Member& value, Config& config) { value.Read(config.pageFolder); }},
     {"", "cmsHost", [](const Member& value, Config& config) { value.Read(config.cmsHost); }},
+    {"", "demandSandbox", [](const Member& value, Config& config) { value.Read(config.demandSandbox); }},
     {"", "hostNames", [](const Member& value, Config& config) { value.Read(config.hostNames); }},
     {"logins", "hashMemoryMiB",
      [](const Member& value, Config& config) { value.Read(config.hashCost.memoryMiB, 1, kMostHashMemoryMiB); }},

@@ -34,6 +34,7 @@ struct Config {
   std::filesystem::path workFolder;    ///< where processes work; "../images/" is beside it
   std::filesystem::path pageFolder;    ///< the page for people, served beside the API; "": none
   bool cmsHost = false;                ///< this recorder manages a group of recording servers
+  bool demandSandbox = false;          ///< no picture is decoded where parts of the decoder's sandbox are missing
   CameraLimits limits;
   AddressPolicy addressPolicy;
   HashCost hashCost;

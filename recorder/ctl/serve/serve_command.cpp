@@ -16,6 +16,7 @@
 #include "recorder/ctl/serve/worker_pool.h"
 #include "recorder/host/host.h"
 #include "recorder/http/use_notes.h"
+#include "recorder/media/media_pool.h"
 #include "recorder/utility/files.h"
 
 namespace recorder {
@@ -85,6 +86,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   const path configFile = FindConfigFile(configOption);
   const Config config = StartPlatform(configFile);
   const ModuleLibrary module(config.module);  // what is wrong with it is said here, not by a worker that dies
+  RehearseMedia();
 
   const RunFolder run;
   Furnish(run, options, config);

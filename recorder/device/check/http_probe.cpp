@@ -1,10 +1,8 @@
 #include "recorder/device/check/http_probe.h"
 
-#include <optional>
 #include <string_view>
-#include <utility>
 
-#include "recorder/decode/picture_finder.h"
+#include "recorder/media/picture_search.h"
 #include "recorder/net/http/http_client.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
@@ -17,27 +15,29 @@ class PictureReader : public BodyReader {
  public:
   Step Read(std::string_view bytes) override {
     received_ += bytes.size();  // what is no picture must come to an end, too
-    switch (finder_.Feed(bytes)) {
-      case PictureFinder::State::kPicture:
+    switch (search_.Feed(bytes)) {
+      case PictureSearch::State::kPicture:
         return Step::kEnough;
-      case PictureFinder::State::kMalformed:
+      case PictureSearch::State::kMore:
+        return received_ > 2 * kLargestHttpPicture ? Step::kMalformed : Step::kMore;
+      default:
         return Step::kMalformed;
-      case PictureFinder::State::kMore:
-        break;
     }
-    return received_ > 2 * kLargestHttpPicture ? Step::kMalformed : Step::kMore;
   }
 
-  /// After the body. Nothing when there was no whole picture.
-  std::optional<std::string> TakePicture() {
-    if (finder_.Finish() != PictureFinder::State::kPicture) return std::nullopt;
-    return finder_.TakePicture();
+  /// What came of a body that was fetched with `outcome`; with kOk `jpeg` is the picture.
+  Outcome Finish(Outcome outcome, std::string& jpeg) {
+    if (outcome == Outcome::kOk) search_.Finish();
+    if (search_.HasFailed()) return search_.Failure();
+    if (outcome == Outcome::kOk && !search_.HasPicture()) return Outcome::kNotUnderstood;
+    if (outcome == Outcome::kOk) jpeg = search_.TakePicture();
+    return outcome;
   }
 
-  bool HasBegun() const { return finder_.HasBegun(); }
+  bool HasBegun() const { return search_.HasBegun(); }
 
  private:
-  PictureFinder finder_{kLargestHttpPicture};
+  PictureSearch search_{kLargestHttpPicture};
   std::size_t received_ = 0;
 };
 
@@ -50,13 +50,9 @@ Outcome FetchPicture(const CameraAddress& address, const std::string& path, std:
 
 Outcome FetchPicture(const CameraAddress& address, const std::string& path, std::string& jpeg, bool& hasBegun) {
   PictureReader reader;
-  Outcome outcome = HttpGet(address, path, reader);
+  const Outcome outcome = reader.Finish(HttpGet(address, path, reader), jpeg);
   hasBegun = reader.HasBegun();
-  std::optional<std::string> picture = outcome == Outcome::kOk ? reader.TakePicture() : std::nullopt;
-  if (outcome == Outcome::kOk && !picture) outcome = Outcome::kNotUnderstood;
-  if (picture) {
-    jpeg = std::move(*picture);
-  } else {
+  if (outcome != Outcome::kOk) {
     LogFailure("No picture over HTTP from " + PlaceOf(address) + ": " + std::string(Describe(outcome)));
   }
   return outcome;
