@@ -10,6 +10,17 @@
 
 namespace recorder {
 
+namespace {
+
+Json::StreamWriterBuilder WriterOf(bool emitsUtf8) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  builder["emitUTF8"] = emitsUtf8;
+  return builder;
+}
+
+}  // namespace
+
 std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& mistakes) {
   if (!IsUtf8(text)) {
     mistakes = "the text is not UTF-8";
@@ -29,13 +40,10 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
 }
 
 std::string ToText(const Json::Value& json) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = true;
-  std::string text = Json::writeString(builder, json);
-  if (IsUtf8(text)) return text;
-  builder["emitUTF8"] = false;  // the writer then escapes, and replaces what is no character
-  return Json::writeString(builder, json);
+  static const Json::StreamWriterBuilder plain = WriterOf(true);
+  std::string text = Json::writeString(plain, json);
+  // The other one escapes, and replaces what is no character.
+  return IsUtf8(text) ? text : Json::writeString(WriterOf(false), json);
 }
 
 }  // namespace recorder

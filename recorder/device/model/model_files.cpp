@@ -11,6 +11,7 @@
 #include "platform/utility.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/folder_watch.h"
 
 namespace recorder {
 namespace {
@@ -42,10 +43,11 @@ std::vector<FileState> ListFolder(const std::string& folder, std::error_code& er
 /// A folder, and what it held when it was last listed.
 class WatchedFolder {
  public:
-  explicit WatchedFolder(std::string folder) : folder_(std::move(folder)) {}
+  explicit WatchedFolder(std::string folder) : folder_(std::move(folder)), watch_(folder_) {}
 
   /// Looks again: true when a file was added, removed or changed since the last look.
   bool HasChanged() {
+    if (isSettled_ && !watch_.MayHaveChanged()) return false;
     if (isSettled_ && StampOf(folder_) == stamp_ && AreFilesTheSame()) return false;
     stamp_ = StampOf(folder_);
     std::error_code error;
@@ -72,6 +74,7 @@ class WatchedFolder {
   }
 
   std::string folder_;
+  FolderWatch watch_;
   FileStamp stamp_;
   bool isSettled_ = false;  // an unchanged stamp means that no file came or went
   std::vector<FileState> files_;
