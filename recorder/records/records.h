@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -90,6 +91,10 @@ class Records {
   /// False when other files stand in the state folder than those that were opened, and perhaps for an object that made
   /// them.
   bool IsCurrent() const;
+
+  /// A number that is another one after somebody else, in this process or another, has changed the records. It means
+  /// nothing to other objects.
+  std::int64_t Version() const;
 
   /// Stores a camera (`camera.id` is ignored) and returns its id. A record with a mistake is a RecordsError.
   int Add(const CameraRecord& camera, const std::string& password);

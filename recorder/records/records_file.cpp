@@ -79,4 +79,13 @@ bool Records::IsCurrent() const {
   return isSameFile && StampOf(impl_->keyFile) == impl_->keyStamp;
 }
 
+std::int64_t Records::Version() const {
+  return impl_->Guarded([&] {
+    impl_->versionQuery.executeStep();
+    const std::int64_t version = impl_->versionQuery.getColumn(0).getInt64();
+    impl_->versionQuery.reset();
+    return version;
+  });
+}
+
 }  // namespace recorder

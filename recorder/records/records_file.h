@@ -35,6 +35,7 @@ struct Records::Impl {
   FileStamp keyStamp;
   SecretKey key;
   mutable SQLite::Database database;
+  mutable SQLite::Statement versionQuery{database, "PRAGMA data_version"};  // https://www.sqlite.org/pragma.html
 };
 
 }  // namespace recorder

@@ -1,6 +1,7 @@
 #include "recorder/records/trust.h"
 
 #include <exception>
+#include <map>
 #include <mutex>
 #include <optional>
 
@@ -27,9 +28,10 @@ class KeyReader {
  public:
   std::vector<TrustedKey> Read(TrustKind kind) {
     const std::lock_guard lock(mutex_);
-    if (!records_ || !records_->IsCurrent()) records_.emplace(GetConfig().stateFolder);
     try {
-      return records_->ListKeys(kind);
+      Refresh();
+      const auto known = keys_.find(kind);
+      return known != keys_.end() ? known->second : keys_[kind] = records_->ListKeys(kind);
     } catch (...) {
       records_.reset();
       throw;
@@ -37,8 +39,18 @@ class KeyReader {
   }
 
  private:
+  void Refresh() {
+    const bool isKept = records_ && records_->IsCurrent();
+    if (!isKept) records_.emplace(GetConfig().stateFolder);
+    const std::int64_t version = records_->Version();  // before the keys: a change meanwhile is seen next time
+    if (!isKept || version != version_) keys_.clear();
+    version_ = version;
+  }
+
   std::mutex mutex_;
   std::optional<Records> records_;
+  std::int64_t version_ = 0;
+  std::map<TrustKind, std::vector<TrustedKey>> keys_;
 };
 
 std::vector<TrustedKey> LoadKeys(TrustKind kind) {
