@@ -15,7 +15,8 @@ namespace recorder {
 /// Who is let in by the file of grants as it is now: it is read again when it was changed. Any thread.
 class GrantList {
  public:
-  explicit GrantList(std::filesystem::path stateFolder) : stateFolder_(std::move(stateFolder)) {}
+  explicit GrantList(std::filesystem::path stateFolder)
+      : stateFolder_(std::move(stateFolder)), file_(GrantsFile(stateFolder_)) {}
 
   /// The grant that `secret` belongs to, if it is of this kind and not over. What is compared is a hash, so that the
   /// time it takes tells nothing about a secret. Throws std::system_error that names the file.
@@ -25,6 +26,7 @@ class GrantList {
   void Refresh();
 
   const std::filesystem::path stateFolder_;
+  const std::filesystem::path file_;
   std::mutex mutex_;
   std::optional<FileStamp> stamp_;
   std::unordered_map<std::string, Grant> grants_;  // by hash

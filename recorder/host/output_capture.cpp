@@ -6,13 +6,23 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <tuple>
 
 namespace recorder {
 
-OutputCapture::OutputCapture()
-    : memoryFile_(memfd_create("answer", MFD_CLOEXEC)), savedOutput_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
+namespace {
+
+/// The process's one, empty between two captures: to make one takes longer than most answers.
+const FileDescriptor& MemoryFile() {
+  static const FileDescriptor file(memfd_create("answer", MFD_CLOEXEC));
+  return file;
+}
+
+}  // namespace
+
+OutputCapture::OutputCapture() : savedOutput_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
   std::fflush(stdout);
-  if (!memoryFile_ || !savedOutput_ || dup2(memoryFile_.Get(), STDOUT_FILENO) < 0) {
+  if (!MemoryFile() || !savedOutput_ || dup2(MemoryFile().Get(), STDOUT_FILENO) < 0) {
     throw std::runtime_error("cannot make a memory file for the answer");
   }
 }
@@ -20,16 +30,20 @@ OutputCapture::OutputCapture()
 OutputCapture::~OutputCapture() {
   std::fflush(stdout);
   dup2(savedOutput_.Get(), STDOUT_FILENO);
+  const bool isEmpty = lseek(MemoryFile().Get(), 0, SEEK_CUR) == 0;
+  if (isEmpty) return;
+  std::ignore = ftruncate(MemoryFile().Get(), 0);
+  lseek(MemoryFile().Get(), 0, SEEK_SET);
 }
 
 std::string OutputCapture::Take() {
   std::fflush(stdout);
-  const off_t size = lseek(memoryFile_.Get(), 0, SEEK_END);
+  const off_t size = lseek(MemoryFile().Get(), 0, SEEK_END);
   std::string written(size > 0 ? static_cast<std::size_t>(size) : 0, '\0');
   std::size_t length = 0;
   while (length < written.size()) {
     const ssize_t count =
-        pread(memoryFile_.Get(), written.data() + length, written.size() - length, static_cast<off_t>(length));
+        pread(MemoryFile().Get(), written.data() + length, written.size() - length, static_cast<off_t>(length));
     if (count <= 0) throw std::runtime_error("cannot read the answer back");
     length += static_cast<std::size_t>(count);
   }

@@ -20,7 +20,6 @@ class OutputCapture {
   std::string Take();
 
  private:
-  FileDescriptor memoryFile_;
   FileDescriptor savedOutput_;
 };
 
