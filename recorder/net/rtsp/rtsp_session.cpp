@@ -104,9 +104,9 @@ void RtspSession::Sent(Outcome outcome) {
 Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keepAliveAt_, pauseUntil_, packetBy_}); }
 
 /// Some cameras close the connection behind their challenge, without having read the login that followed it; to close
-/// it over a login is others' way to refuse it. Before OPTIONS there was an answer to that login already.
+/// it over a login is others' way to refuse it.
 void RtspSession::Ended(Ending ending) {
-  const bool isOverLogin = IsLoginSent() && goal_ != Goal::kOptions && !parser_.HasPart();
+  const bool isOverLogin = IsLoginOnTrial() && !parser_.HasPart();
   if (isOverLogin || state_ == State::kPausing) logins_.RememberSteady(target_.port, false);
   if (state_ == State::kPausing) return AskAnew();
   const bool isUnread = ending == Ending::kUnread && session_.id.empty();
@@ -247,14 +247,11 @@ void RtspSession::AnswerRequest(const RtspMessage& request) {
 
 void RtspSession::TakeAnswer(const RtspMessage& answer) {
   if (IsChallenge(answer.status)) return LogIn(answer);
-  if (IsSuccess(answer.status) && IsLoginSent()) ProveLogin();
+  if (IsSuccess(answer.status) && IsLoginOnTrial()) ProveLogin();
   const bool leadsOn = goal_ == Goal::kDescribe && IsRtspRedirect(answer.status) && redirects_ < kMaxRedirects;
   if (leadsOn) return FollowRedirect(answer);
   if (goal_ == Goal::kDescribe && WantsOptions(answer.status) && !hasAskedOptions_) return AskOptions(answer);
-  if (goal_ == Goal::kOptions) {
-    BeginDescribe();
-    return Repeat(answer);
-  }
+  if (goal_ == Goal::kOptions) return LeaveOptions(answer);
   if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
   if (goal_ == Goal::kPlay && transport_.IsUdp()) packetBy_ = now_ + (deadline_ - now_) / 2;
   Finish(MeaningOf(answer));
@@ -276,6 +273,13 @@ void RtspSession::AskOptions(const RtspMessage& refusal) {
   hasAskedOptions_ = true;
   Begin(Goal::kOptions, {"OPTIONS", uri_, ""});
   Repeat(refusal);
+}
+
+void RtspSession::LeaveOptions(const RtspMessage& answer) {
+  const Outcome outcome = OutcomeOf(answer.status);
+  if (login_ != Login::kNone && outcome == Outcome::kLoginRefused) return Finish(outcome);
+  BeginDescribe();
+  Repeat(answer);
 }
 
 /// Turns to where the camera points. Another host would be another camera, which must not be given this one's login; a

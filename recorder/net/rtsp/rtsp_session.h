@@ -182,12 +182,17 @@ class RtspSession {
   void TakeAnswer(const RtspMessage& answer);
   Outcome MeaningOf(const RtspMessage& answer);
   void AskOptions(const RtspMessage& refusal);
+  void LeaveOptions(const RtspMessage& answer);
   void FollowRedirect(const RtspMessage& answer);
   Outcome ReadDescription(const RtspMessage& answer);
   Outcome ReadGrant(const RtspMessage& answer);
   bool IsAskingForUdp() const { return goal_ == Goal::kSetup && transport_.IsUdp(); }
 
-  bool IsLoginSent() const { return login_ == Login::kSent || login_ == Login::kRepeated; }
+  /// True while what the camera does next tells whether it takes the login. To OPTIONS many answer whatever login is
+  /// with it, unless it was OPTIONS that they asked one for.
+  bool IsLoginOnTrial() const {
+    return (login_ == Login::kSent || login_ == Login::kRepeated) && (goal_ != Goal::kOptions || repeats_ > 0);
+  }
   void ProveLogin();
   void LogIn(const RtspMessage& refusal);
   Outcome TakeChallenge(const std::vector<std::string_view>& headers);
