@@ -109,7 +109,7 @@ void RtspSession::Ended(Ending ending) {
   const bool isOverLogin = IsLoginOnTrial() && !parser_.HasPart();
   if (isOverLogin || state_ == State::kPausing) logins_.RememberSteady(target_.port, false);
   if (state_ == State::kPausing) return AskAnew();
-  const bool isUnread = ending == Ending::kUnread && session_.id.empty();
+  const bool isUnread = ending == Ending::kUnread && session_.id.empty() && !hasAnsweredSince_;
   if (isOverLogin && isUnread && login_ == Login::kSent) {
     login_ = Login::kRepeated;
     ++repeats_;
@@ -182,6 +182,7 @@ void RtspSession::SendRequest() {
   pauseUntil_ = Clock::time_point::max();
   if (const Outcome outcome = Compose(request_, outgoing_); outcome != Outcome::kOk) return Finish(outcome);
   if (login_ == Login::kChallenged) login_ = Login::kSent;
+  hasAnsweredSince_ = false;
   state_ = State::kSending;
 }
 
@@ -241,6 +242,7 @@ void RtspSession::TakeMessage(const RtspMessage& message) {
 void RtspSession::AnswerRequest(const RtspMessage& request) {
   if (HoldsControls(request.Header("CSeq"))) return;  // it would become lines of its own
   const bool isKnown = request.method != "REDIRECT";
+  hasAnsweredSince_ = true;
   outgoing_ = std::string("RTSP/1.0 ") + (isKnown ? "200 OK" : "501 Not Implemented") +
               "\r\nCSeq: " + std::string(request.Header("CSeq")) + "\r\n\r\n";
 }

@@ -212,9 +212,10 @@ class RtspSession {
   Request request_;  // what is asked now
   Clock::time_point sentAt_;
   Clock::time_point pauseUntil_ = Clock::time_point::max();
-  int repeats_ = 0;            // of the request
-  int redirects_ = 0;          // that were followed
-  bool hasAskedAnew_ = false;  // over another connection, without a login
+  int repeats_ = 0;                // of the request
+  int redirects_ = 0;              // that were followed
+  bool hasAnsweredSince_ = false;  // a request of the camera's, behind this one
+  bool hasAskedAnew_ = false;      // over another connection, without a login
   bool hasAskedOptions_ = false;
   std::string outgoing_;
   RtspParser parser_;
