@@ -109,7 +109,7 @@ void RtspSession::Ended(Ending ending) {
   const bool isOverLogin = IsLoginOnTrial() && !parser_.HasPart();
   if (isOverLogin || state_ == State::kPausing) logins_.RememberSteady(target_.port, false);
   if (state_ == State::kPausing) return AskAnew();
-  const bool isUnread = ending == Ending::kUnread && session_.id.empty() && !hasAnsweredSince_;
+  const bool isUnread = ending == Ending::kUnread && goal_ != Goal::kPlay && !hasAnsweredSince_;
   if (isOverLogin && isUnread && login_ == Login::kSent) {
     login_ = Login::kRepeated;
     ++repeats_;
@@ -334,7 +334,7 @@ void RtspSession::LogIn(const RtspMessage& refusal) {
   if (outcome != Outcome::kOk) return Finish(outcome);
   ++repeats_;
   wasChallengedHere_ = true;
-  if (!session_.id.empty()) return SendRequest();  // it would end with the connection
+  if (goal_ == Goal::kPlay) return SendRequest();  // the session would end with the connection
   IsLast(refusal) ? Connect() : Pause();
 }
 
