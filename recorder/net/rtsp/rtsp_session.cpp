@@ -112,7 +112,6 @@ void RtspSession::Ended(Ending ending) {
   const bool isUnread = ending == Ending::kUnread && goal_ != Goal::kPlay && !hasAnsweredSince_;
   if (isOverLogin && isUnread && login_ == Login::kSent) {
     login_ = Login::kRepeated;
-    ++repeats_;
     return Connect();
   }
   session_ = {};  // it ends with its connection
