@@ -186,13 +186,14 @@ void RtspSession::SendRequest() {
 }
 
 Outcome RtspSession::Compose(const Request& request, std::string& text) {
+  const std::string uri = PercentEncoded(request.uri, kAddressSigns);  // cameras name addresses with blanks
   const bool hasLogin = login_ != Login::kNone;
   std::optional<std::string> login = "";
-  if (hasLogin) login = logins_.Authorization(challenge_, request.method, request.uri, ++nonceUses_);
+  if (hasLogin) login = logins_.Authorization(challenge_, request.method, uri, ++nonceUses_);
   if (!login) return Outcome::kLoginRefused;
   // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
   if (HoldsControls(request.uri) || HoldsControls(session_.id) || HoldsControls(*login)) return Outcome::kNotUnderstood;
-  text = std::string(request.method) + ' ' + request.uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
+  text = std::string(request.method) + ' ' + uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
          "\r\nUser-Agent: " + target_.userAgent + "\r\n" + request.headers;
   if (!session_.id.empty()) text += "Session: " + session_.id + "\r\n";
   if (hasLogin) text += "Authorization: " + *login + "\r\n";
