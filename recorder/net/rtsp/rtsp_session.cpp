@@ -344,8 +344,8 @@ Outcome RtspSession::TakeChallenge(const std::vector<std::string_view>& headers)
   const bool wasSent = login_ != Login::kNone;
   const LoginChallenge* strongest = StrongestChallenge(challenges);
   if (strongest == nullptr) return wasSent ? Outcome::kLoginRefused : Outcome::kLoginUnsupported;
-  // A login that was right before is right still: the camera has only changed its nonce.
-  const bool mayTryAgain = strongest->isStale || login_ == Login::kProven;
+  // A login that was right before is right still, once: the camera has only changed its nonce.
+  const bool mayTryAgain = strongest->isStale || (login_ == Login::kProven && repeats_ == 0);
   if ((wasSent && !mayTryAgain) || !logins_.MayLogIn(strongest->method)) return Outcome::kLoginRefused;
   challenge_ = *strongest;
   nonceUses_ = 0;
