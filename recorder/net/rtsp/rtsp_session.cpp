@@ -298,6 +298,7 @@ void RtspSession::FollowRedirect(const RtspMessage& answer) {
   target_.path = there->path;
   uri_ = MakeUri(target_);
   login_ = Login::kNone;
+  hasAskedAnew_ = hasAskedOptions_ = false;  // there may be another server
   logins_.AllowPort(target_.port);
   Describe();
 }
