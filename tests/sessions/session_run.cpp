@@ -1,0 +1,197 @@
+#include "tests/sessions/session_run.h"
+
+#include <optional>
+#include <vector>
+
+#include "recorder/net/camera_address.h"
+#include "recorder/net/rtsp/rtsp_session.h"
+#include "recorder/utility/limits.h"
+#include "tests/sessions/held_memory.h"
+#include "tests/sessions/sim_camera.h"
+
+namespace sessions {
+namespace {
+
+using recorder::LoginMethod;
+using recorder::RtspSession;
+
+constexpr int kMostSteps = 200'000;
+constexpr int kMostConnections = 20;  // to four addresses, where redirects lead
+constexpr std::size_t kMostHeld = 2 * recorder::kMiB;
+constexpr Clock::time_point kStart{std::chrono::hours(1)};
+
+/// What a call of the session takes from the heap is counted.
+template <class Call>
+auto Counted(Call call) {
+  const Counting counting;
+  return call();
+}
+
+class Trial : private recorder::RtspLogins {
+ public:
+  Trial(Chance& chance, bool tells) : chance_(chance), tells_(tells) {
+    heldMemory = {};
+    const Counting counting;
+    session_.emplace(recorder::RtspTarget{"cam", 554, "/live", "test"}, kStart + plan_.deadline,
+                     static_cast<RtspLogins&>(*this));
+    if (plan_.answerBy.count() > 0) session_->AnswerBy(kStart + plan_.answerBy);
+  }
+
+  Run Go() {
+    Tell(plan_.isRight ? "has the right login" : "has a wrong login", "");
+    bool isGoing = Do(&RtspSession::Describe) && Do(&RtspSession::Setup) && Do(&RtspSession::Play);
+    for (std::size_t i = 0; isGoing && i < plan_.packetsWanted; ++i) {
+      isGoing = Do(&RtspSession::Read);
+      if (isGoing) CheckPacket(i);
+    }
+    CheckEnd();
+    return {mistake_, std::string(NameOf(session_->Result())), heldMemory.most, story_};
+  }
+
+ private:
+  bool Do(void (RtspSession::*begin)()) {
+    Counted([&] { ((*session_).*begin)(); });
+    for (;;) {
+      Expect(++steps_ < kMostSteps && connections_ <= kMostConnections, "goes on without end");
+      if (!mistake_.empty()) return false;
+      switch (Counted([&] { return session_->Next(now_); })) {
+        case RtspSession::Step::kConnect:
+          Connect();
+          break;
+        case RtspSession::Step::kSend:
+          Send();
+          break;
+        case RtspSession::Step::kReceive:
+          Receive();
+          break;
+        case RtspSession::Step::kOpenPorts:
+          Counted([&] { session_->PortsOpened(0); });
+          break;
+        case RtspSession::Step::kDone:
+          return session_->Result() == Outcome::kOk;
+      }
+    }
+  }
+
+  void Connect() {
+    ++connections_;
+    Tell("connects to ", std::to_string(session_->Port()));
+    Expect(session_->Port() == 554 || session_->Port() == allowedPort_, "connects where it may not");
+    Expect(session_->IsTls() == (session_->Port() == recorder::kRtspsPort), "leaves TLS, or enters it unasked");
+    if (plan_.connects == Outcome::kTimedOut) now_ = session_->Deadline();
+    if (plan_.connects == Outcome::kOk) camera_.Connect(session_->Port());
+    Counted([&] { session_->Connected(plan_.connects); });
+  }
+
+  void Send() {
+    const std::string bytes(session_->Outgoing().begin(), session_->Outgoing().end());
+    Tell("says ", bytes);
+    ++sendings_;
+    const bool stops = sendings_ == plan_.stopsAt;
+    const bool fails = sendings_ == plan_.failsAt;
+    if (stops) now_ = std::max(now_, session_->Deadline());
+    if (fails) camera_.Fail(now_);
+    if (!stops && !fails) camera_.Send(bytes, now_);
+    const Outcome outcome = stops ? Outcome::kTimedOut : fails ? Outcome::kNotUnderstood : Outcome::kOk;
+    Counted([&] { session_->Sent(outcome); });
+  }
+
+  void Receive() {
+    const Clock::time_point until = session_->Until();
+    Expect(until <= session_->Deadline() && session_->Deadline() <= kStart + plan_.deadline,
+           "waits beyond the deadline");
+    const auto space = Counted([&] { return session_->Space(); });
+    std::size_t size = 0;
+    switch (camera_.Receive(until, now_, space, size)) {
+      case Wire::Event::kNothing:
+        return Tell("hears nothing", "");
+      case Wire::Event::kBytes:
+        Tell("hears ", std::string_view(reinterpret_cast<const char*>(space.data()), size));
+        return Counted([&] { session_->Received(size); });
+      case Wire::Event::kEnd:
+        const bool isUnread = camera_.WasClosedUnread();
+        Tell("hears the end", isUnread ? ", unread" : "");
+        return Counted([&] { session_->Ended(isUnread ? RtspSession::Ending::kUnread : RtspSession::Ending::kUsual); });
+    }
+  }
+
+  void CheckPacket(std::size_t number) {
+    const auto bytes = session_->Packet().bytes;
+    const std::string wanted = SimCamera::Packet(number, plan_.packetSize);
+    Expect(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()) == wanted || plan_.IsLoose(),
+           "another packet");
+  }
+
+  void CheckEnd() {
+    const Outcome outcome = session_->Result();
+    Tell("ends with ", NameOf(outcome));
+    const bool isMisled = plan_.IsLoose() || plan_.login.changesAlways;  // or by an answer that is taken for another
+    const int mostWrong = isMisled ? 2 : 1;
+    Expect(camera_.Login().Wrong() <= mostWrong, "tries a wrong login again");
+    Expect(!camera_.Login().WasBasicBehindDigest(), "shows the password to a camera that knows Digest");
+    Expect(now_ <= session_->Deadline(), "ends behind the deadline");
+    Expect(outcome != Outcome::kTimedOut || now_ == session_->Deadline() || plan_.connects == outcome,
+           "times out early");
+    const std::size_t early = plan_.isFlooding ? recorder::kMostEarlyBytes : plan_.packetsEarly * plan_.packetSize;
+    Expect(heldMemory.most <= kMostHeld + early, "holds " + std::to_string(heldMemory.most) + " bytes");
+    if (plan_.IsLoose() || plan_.Allowed().contains(outcome)) return Goodbye();
+    std::string wanted;
+    for (const Outcome allowed : plan_.Allowed()) wanted += " " + std::string(NameOf(allowed));
+    Expect(false, "ends with " + std::string(NameOf(outcome)) + " instead of" + wanted);
+  }
+
+  void Goodbye() {
+    if (connections_ == 0 || plan_.connects != Outcome::kOk) return;
+    camera_.Send(session_->Teardown(), now_);
+    Expect(camera_.Mistake().empty(), "sends what no camera should be sent: " + camera_.Mistake());
+  }
+
+  void Expect(bool holds, const std::string& otherwise) {
+    if (!holds && mistake_.empty()) mistake_ = otherwise;
+  }
+
+  void Tell(std::string_view what, std::string_view bytes) {
+    if (!tells_) return;
+    const auto passed = std::chrono::duration_cast<milliseconds>(now_ - kStart);
+    story_ += std::to_string(passed.count()) + " ms: " + std::string(what);
+    constexpr std::size_t kMostTold = 600;
+    for (const char c : bytes.substr(0, kMostTold)) {
+      if (c != '\r') story_ += c == '\n' ? std::string("\n    ") : std::string(1, c >= ' ' && c <= '~' ? c : '.');
+    }
+    story_ += bytes.size() > kMostTold ? " ... " + std::to_string(bytes.size()) + " bytes\n" : "\n";
+  }
+
+  bool HasLogin() const override { return plan_.hasLogin; }
+  void Remember(const std::vector<recorder::LoginChallenge>& challenges) override {
+    for (const auto& challenge : challenges) knowsDigest_ |= challenge.isDigest;
+  }
+  bool MayLogIn(LoginMethod method) override { return method != LoginMethod::kBasic || !knowsDigest_; }
+  std::optional<std::string> Authorization(const recorder::LoginChallenge& challenge, std::string_view method,
+                                           std::string_view uri, unsigned int use) override {
+    return AuthorizationValue(challenge, kUser, plan_.isRight ? kPassword : "guess", method, uri, {"c0ffee", use});
+  }
+  void Worked(LoginMethod /*method*/) override {}
+  void AllowPort(int port) override { allowedPort_ = port; }
+  bool IsSteady(int /*port*/) const override { return false; }
+  void RememberSteady(int /*port*/, bool /*isSteady*/) override {}
+
+  Chance& chance_;
+  const bool tells_;
+  const CameraPlan plan_ = MakePlan(chance_);
+  SimCamera camera_{plan_, chance_};
+  std::optional<RtspSession> session_;
+  Clock::time_point now_ = kStart;
+  int steps_ = 0;
+  int connections_ = 0;
+  std::size_t sendings_ = 0;
+  int allowedPort_ = 0;
+  bool knowsDigest_ = false;
+  std::string mistake_;
+  std::string story_;
+};
+
+}  // namespace
+
+Run RunSession(Chance chance, bool tells) { return Trial(chance, tells).Go(); }
+
+}  // namespace sessions
