@@ -3,10 +3,9 @@
 #include "recorder/utility/limits.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/recorder/net/feed.h"
-#include "tests/recorder/net/rtsp_story.h"
 
 // What a camera sends over an RTSP connection. The first byte tells whether packets are expected among the messages and
-// how many bytes arrive at a time; what comes out must not depend on the latter. A session is led by them, too.
+// how many bytes arrive at a time; what comes out must not depend on the latter.
 
 namespace recorder {
 namespace {
@@ -35,15 +34,6 @@ std::string Parse(std::string_view bytes, bool expectsPackets, std::size_t piece
   return items + std::to_string(static_cast<int>(end));
 }
 
-/// Whatever the camera says, what it is sent are requests and answers without bodies.
-void LeadSession(std::string_view bytes, std::size_t piece) {
-  std::vector<std::string> script;
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size())))
-    script.emplace_back(bytes.substr(0, piece));
-  const RtspStory story(script);
-  for (const std::string& sent : story.Sent()) Require(sent.find("\r\n\r\n") + 4 == sent.size());
-}
-
 }  // namespace
 
 void RunInput(std::string_view input) {
@@ -52,7 +42,6 @@ void RunInput(std::string_view input) {
   const bool expectsPackets = first % 2 == 1;
   input.remove_prefix(1);
   const std::size_t piece = first / 2 + 1U;
-  LeadSession(input, piece);
   Require(Parse(input, expectsPackets, piece) == Parse(input, expectsPackets, input.size()));
 }
 
