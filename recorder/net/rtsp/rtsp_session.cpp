@@ -26,17 +26,10 @@ bool IsLast(const RtspMessage& answer) { return EqualsIgnoreCase(answer.Header("
 
 Outcome OutcomeOf(int status) { return IsSuccess(status) ? Outcome::kOk : OutcomeOfRtsp(status); }
 
-std::string MakeUri(const RtspTarget& target) {
-  const std::string_view host = WithoutBrackets(target.host);
-  const std::string_view withoutZone = host.substr(0, host.find('%'));  // of a link-local address: our own affair
-  return (target.isTls ? "rtsps://" : "rtsp://") + WithBrackets(withoutZone) + ':' + std::to_string(target.port) +
-         (target.path.starts_with('/') ? "" : "/") + PercentEncoded(target.path, kAddressSigns);
-}
-
 }  // namespace
 
 RtspSession::RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogins& logins)
-    : target_(std::move(target)), uri_(MakeUri(target_)), deadline_(deadline), logins_(logins) {}
+    : target_(std::move(target)), uri_(target_.Uri()), deadline_(deadline), logins_(logins) {}
 
 void RtspSession::Describe() {
   BeginDescribe();
@@ -296,7 +289,7 @@ void RtspSession::FollowRedirect(const RtspMessage& answer) {
   target_.isTls = isTls;
   target_.port = there->port;
   target_.path = there->path;
-  uri_ = MakeUri(target_);
+  uri_ = target_.Uri();
   login_ = Login::kNone;
   hasAskedAnew_ = hasAskedOptions_ = false;  // there may be another server
   logins_.AllowPort(target_.port);

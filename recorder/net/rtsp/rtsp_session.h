@@ -13,21 +13,13 @@
 #include "recorder/net/login/login.h"
 #include "recorder/net/rtsp/rtsp_headers.h"
 #include "recorder/net/rtsp/rtsp_parser.h"
+#include "recorder/net/rtsp/rtsp_target.h"
 #include "recorder/net/rtsp/rtsp_transport.h"
 #include "recorder/net/rtsp/sdp.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
-
-/// Where the video is.
-struct RtspTarget {
-  std::string host;
-  int port = 0;
-  std::string path;  ///< what follows host and port, with its query; what an address cannot hold is percent-encoded
-  std::string userAgent;
-  bool isTls = false;  ///< RTSP goes inside TLS (rtsps)
-};
 
 /// Whom a session logs in as, and when it may.
 class RtspLogins {
