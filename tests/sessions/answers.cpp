@@ -114,6 +114,18 @@ const std::vector<Answer>& Grants() {
   return rows;
 }
 
+const std::vector<Answer>& UdpGrants() {
+  static const std::vector<Answer> rows = {
+      {Granted("RTP/AVP;unicast;client_port=5000-5001;server_port=6000-6001")},
+      {Granted("RTP/AVP/UDP;unicast;client_port=9-10", "Session: 8;timeout=5\r\n")},
+      {Granted("RTP/AVP;multicast;destination=239.0.0.1;port=5000-5001"), kTransportRefused},
+      Status("461", kTransportRefused),
+      Status("400", kTransportRefused),
+      Status("453", kBusy),
+      {"", kTransportRefused, End::kCloses}};
+  return rows;
+}
+
 const std::vector<Answer>& Starts() {
   static const std::vector<Answer> rows = {{Ok("Session: 7\r\nRTP-Info: url=URI;seq=1\r\n")}, {Ok("")}};
   return rows;

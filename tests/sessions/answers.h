@@ -14,6 +14,8 @@ const std::vector<Answer>& Refusals();
 const std::vector<Answer>& Redirects();
 const std::vector<Answer>& Descriptions();
 const std::vector<Answer>& Grants();
+/// Of the second SETUP, over UDP, after a first that refused this connection.
+const std::vector<Answer>& UdpGrants();
 const std::vector<Answer>& Starts();
 /// What is no answer, or none to be read.
 const std::vector<Answer>& Troubles();

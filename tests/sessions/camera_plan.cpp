@@ -94,6 +94,10 @@ CameraPlan MakePlan(Chance& chance) {
   plan.describe = MakeAnswer(chance, Descriptions());
   plan.setup = MakeAnswer(chance, Grants());
   plan.play = MakeAnswer(chance, Starts());
+  if (plan.setup.outcome == kTransportRefused) {
+    plan.hasPorts = !chance.OneIn(6);
+    plan.udp = chance.Mostly(UdpGrants());
+  }
   plan.isDamaged = chance.OneIn(20);
   if (plan.isDamaged) Damage(chance, chance.Of<Answer*>({&plan.describe, &plan.setup, &plan.play})->text);
   plan.hasCseq = !chance.OneIn(6);
@@ -115,14 +119,20 @@ Outcome CameraPlan::OfLogin() const {
   return isRight && !isTooStale && !isNonceLost ? kOk : kLoginRefused;
 }
 
+bool CameraPlan::IsUdp() const { return hasPorts && redirect.text.find("rtsps") == std::string::npos; }
+
 Outcome CameraPlan::Expected() const {
   const Outcome ofLogin = OfLogin();
   const bool isOverLogin = !login.offer.schemes.empty() && describe.text.empty() && IsClosing(describe.end);
   Outcome ofPackets = kOk;
-  if (packets < packetsWanted) ofPackets = IsClosing(behindPackets) ? kNotUnderstood : kTimedOut;
+  const Outcome ofSilence = IsUdp() && packets == 0 ? kTransportRefused : kTimedOut;
+  if (packets < packetsWanted) ofPackets = IsClosing(behindPackets) ? kNotUnderstood : ofSilence;
   for (const Outcome outcome : {connects, isRedirectOpen ? redirect.outcome : kOk, ofLogin, redirect.outcome,
-                                isOverLogin ? kLoginRefused : describe.outcome, setup.outcome,
-                                isFlooding ? kNotUnderstood : OfPlay(play), ofPackets}) {
+                                isOverLogin ? kLoginRefused : describe.outcome, IsUdp() ? udp.outcome : setup.outcome,
+                                isFlooding ? kNotUnderstood
+                                : IsUdp()  ? play.outcome
+                                           : OfPlay(play),
+                                ofPackets}) {
     if (outcome != kOk) return outcome;
   }
   return kOk;
@@ -153,6 +163,7 @@ std::set<Outcome> CameraPlan::Allowed() const {
   std::set<Outcome> allowed = {Expected()};
   if (deadline < milliseconds(5'000) || answerBy.count() > 0 || stopsAt > 0) allowed.insert(kTimedOut);
   if (resetsAt > 0 || failsAt > 0) allowed.insert({kNotUnderstood, kLoginRefused});
+  if (IsUdp() && (resetsAt > 0 || failsAt > 0)) allowed.insert(kTransportRefused);
   if (!login.offer.schemes.empty()) AllowWithLogin(allowed);
   if (!optionsFirst.empty()) AllowWithOptions(allowed);
   return allowed;

@@ -66,6 +66,8 @@ struct CameraPlan {
   bool isOptionsOpen = true;
   bool isOptionsOfConnection = false;
   Answer describe, setup, play;
+  bool hasPorts = false;  ///< whoever asks has a pair of UDP; `udp` is the answer then
+  Answer udp;
   std::size_t packetsEarly = 0, packets = 1, packetSize = 1;
   milliseconds packetGap{0};
   End behindPackets = End::kStays;
@@ -87,6 +89,8 @@ struct CameraPlan {
 
  private:
   Outcome Expected() const;
+  /// The answer to SETUP that counts, over UDP where the camera refuses its connection.
+  bool IsUdp() const;
   Outcome OfLogin() const;
   void AllowWithLogin(std::set<Outcome>& allowed) const;
   void AllowWithOptions(std::set<Outcome>& allowed) const;

@@ -65,7 +65,7 @@ class Trial : private recorder::RtspLogins {
           Receive();
           break;
         case RtspSession::Step::kOpenPorts:
-          Counted([&] { session_->PortsOpened(0); });
+          Counted([&] { session_->PortsOpened(plan_.hasPorts ? 5000 : 0); });
           break;
         case RtspSession::Step::kDone:
           return session_->Result() == Outcome::kOk;
@@ -100,6 +100,12 @@ class Trial : private recorder::RtspLogins {
     const Clock::time_point until = session_->Until();
     Expect(until <= session_->Deadline() && session_->Deadline() <= kStart + plan_.deadline,
            "waits beyond the deadline");
+    if (camera_.TakeDatagram(until, now_, datagram_)) {
+      Tell("takes a datagram", "");
+      return Counted([&] {
+        session_->Arrived({false, {reinterpret_cast<const std::uint8_t*>(datagram_.data()), datagram_.size()}});
+      });
+    }
     const auto space = Counted([&] { return session_->Space(); });
     std::size_t size = 0;
     switch (camera_.Receive(until, now_, space, size)) {
@@ -181,6 +187,7 @@ class Trial : private recorder::RtspLogins {
   SimCamera camera_{plan_, chance_};
   std::optional<RtspSession> session_;
   Clock::time_point now_ = kStart;
+  std::string datagram_;
   int steps_ = 0;
   int connections_ = 0;
   std::size_t sendings_ = 0;

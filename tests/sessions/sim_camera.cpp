@@ -154,13 +154,15 @@ void SimCamera::Describe(const Heard& request, Clock::time_point at) {
 
 void SimCamera::Grant(const Heard& request, Clock::time_point at) {
   if (request.uri != track_ && !plan_.IsLoose()) mistake_ = "SETUP of " + request.uri + " instead of " + track_;
-  const std::string& text = plan_.setup.text;
+  isUdp_ = request.Header("Transport").find("client_port=5000-5001") != std::string_view::npos;
+  const Answer& answer = isUdp_ ? plan_.udp : plan_.setup;
+  const std::string& text = answer.text;
   session_ = Behind(text, "Session:", ";\r");
   if (session_.starts_with(' ')) session_.erase(0, 1);
   timeout_ = std::chrono::seconds(std::max(0, Number(Behind(text, "timeout="), 60)));
   if (timeout_.count() == 0) timeout_ = milliseconds(60'000);
   channel_ = static_cast<char>(Number(Behind(text, "interleaved="), 0));
-  Say(request, plan_.setup, at);
+  Say(request, answer, at);
 }
 
 void SimCamera::Start(const Heard& request, Clock::time_point at) {
@@ -180,6 +182,7 @@ std::string SimCamera::Packet(std::size_t number, std::size_t size) {
 }
 
 void SimCamera::SayPacket(Clock::time_point at) {
+  if (isUdp_) return static_cast<void>(datagrams_.emplace_back(at + plan_.delay, Packet(next_++, plan_.packetSize)));
   if (plan_.hasStray) wire_->Say(chance_.Of(Strays()), at);
   if (plan_.asks && chance_.OneIn(4)) wire_->Say(chance_.Of(Questions()), at);
   const std::size_t size = plan_.packetSize;
@@ -201,6 +204,15 @@ Wire::Event SimCamera::Receive(Clock::time_point until, Clock::time_point& now, 
                                std::size_t& size) {
   if (wire_->IsEmpty() && nextAt_ <= until) Play(nextAt_);
   return wire_->Receive(until, now, space, size);
+}
+
+bool SimCamera::TakeDatagram(Clock::time_point until, Clock::time_point& now, std::string& datagram) {
+  if (isUdp_ && datagrams_.empty() && wire_->IsEmpty() && nextAt_ <= until) Play(nextAt_);
+  if (datagrams_.empty() || std::max(now, datagrams_.front().first) > std::min(until, wire_->NextAt())) return false;
+  now = std::max(now, datagrams_.front().first);
+  datagram = std::move(datagrams_.front().second);
+  datagrams_.pop_front();
+  return true;
 }
 
 /// It reads no more, and closes after `wait`.

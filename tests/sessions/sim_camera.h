@@ -1,8 +1,10 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tests/sessions/sim_login.h"
 #include "tests/sessions/wire.h"
@@ -28,6 +30,8 @@ class SimCamera {
   void Fail(Clock::time_point now) { Leave(End::kResets, now); }
   Wire::Event Receive(Clock::time_point until, Clock::time_point& now, std::span<std::uint8_t> space,
                       std::size_t& size);
+  /// Takes a packet that comes over UDP before all else that comes until `until`, which `now` becomes the time of.
+  bool TakeDatagram(Clock::time_point until, Clock::time_point& now, std::string& datagram);
   /// True when the connection ended without a reset, and not all that was sent was read.
   bool WasClosedUnread() const { return isUnread_ && !isReset_; }
 
@@ -69,6 +73,8 @@ class SimCamera {
   std::string session_;
   milliseconds timeout_{60'000};
   char channel_ = 0;
+  bool isUdp_ = false;
+  std::deque<std::pair<Clock::time_point, std::string>> datagrams_;
   std::size_t next_ = 0;  // packet
   Clock::time_point nextAt_ = Clock::time_point::max();
   Clock::time_point heardAt_;

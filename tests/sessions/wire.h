@@ -21,6 +21,7 @@ class Wire {
   Wire(const CameraPlan& plan, Chance& chance) : plan_(plan), chance_(chance) {}
 
   bool IsClosed(Clock::time_point at) const { return at >= closedAt_; }
+  Clock::time_point NextAt() const { return pieces_.empty() ? endAt_ : pieces_.front().at; }
   bool IsEmpty() const { return pieces_.empty() && endAt_ == kNever; }
 
   /// The camera says `text` at `at`.
@@ -41,7 +42,7 @@ class Wire {
 
   /// The first that arrives until `until`, which `now` becomes the time of; `until` when nothing does.
   Event Receive(Clock::time_point until, Clock::time_point& now, std::span<std::uint8_t> space, std::size_t& size) {
-    const Clock::time_point next = pieces_.empty() ? endAt_ : pieces_.front().at;
+    const Clock::time_point next = NextAt();
     if (std::max(next, now) > until || next == kNever) {
       now = std::max(now, until);
       return Event::kNothing;
