@@ -81,6 +81,7 @@ CameraPlan MakePlan(Chance& chance) {
   CameraPlan plan;
   plan.hasLogin = !chance.OneIn(12);
   plan.isRight = !chance.OneIn(4);
+  plan.isThoughtSteady = chance.OneIn(4);
   if (chance.OneIn(8)) plan.deadline = milliseconds(chance.Below(3'000));
   if (chance.OneIn(8)) plan.answerBy = milliseconds(1 + chance.Below(2'000));
   plan.login = MakeLogin(chance);
@@ -150,20 +151,23 @@ void CameraPlan::AllowWithOptions(std::set<Outcome>& allowed) const {
 void CameraPlan::AllowWithLogin(std::set<Outcome>& allowed) const {
   constexpr milliseconds kShortestPause{20};
   const bool isLeft = login.after401 != End::kStays;
-  const bool isSeen = login.after401 == End::kCloses && login.closesAfter + jitter < kShortestPause;
-  const bool isMet = asks && login.closesAfter.count() > 0;  // by the answer to a question
+  const bool isSeen = !isThoughtSteady && login.after401 == End::kCloses && login.closesAfter + jitter < kShortestPause;
+  const bool isMet = (asks || isThoughtSteady) && login.closesAfter.count() > 0;  // by what is said meanwhile
   const bool isLate = isLeft && (isMet || login.closesAfter >= kShortestPause);
   const bool isNonceLost = isLeft && login.isNonceOfConnection && !(isSeen && login.closesOnce);
   const bool isChanged = !login.changesNonce.empty();
   if (isLate || isNonceLost || login.weakens || (isChanged && login.changesAlways)) allowed.insert(kLoginRefused);
   if (isChanged && isLeft) allowed.insert({kNotUnderstood, play.outcome});
+  if (isChanged && isLeft && setup.text.empty()) allowed.insert(kLoginRefused);
 }
 
 std::set<Outcome> CameraPlan::Allowed() const {
   std::set<Outcome> allowed = {Expected()};
-  if (deadline < milliseconds(5'000) || answerBy.count() > 0 || stopsAt > 0) allowed.insert(kTimedOut);
-  if (resetsAt > 0 || failsAt > 0) allowed.insert({kNotUnderstood, kLoginRefused});
-  if (IsUdp() && (resetsAt > 0 || failsAt > 0)) allowed.insert(kTransportRefused);
+  const bool isShort = deadline < milliseconds(5'000);
+  const bool isBroken = resetsAt > 0 || failsAt > 0;
+  if (isShort || answerBy.count() > 0 || stopsAt > 0) allowed.insert(kTimedOut);
+  if (isBroken) allowed.insert({kNotUnderstood, kLoginRefused});
+  if (IsUdp() && (isShort || isBroken)) allowed.insert(kTransportRefused);
   if (!login.offer.schemes.empty()) AllowWithLogin(allowed);
   if (!optionsFirst.empty()) AllowWithOptions(allowed);
   return allowed;

@@ -54,6 +54,7 @@ struct CameraPlan {
   // Who asks.
   bool hasLogin = true;
   bool isRight = true;
+  bool isThoughtSteady = false;  ///< behind a challenge
   milliseconds deadline{70'000};
   milliseconds answerBy{0};  ///< 0 for no such time
   std::size_t packetsWanted = 1;

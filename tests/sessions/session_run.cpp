@@ -178,8 +178,8 @@ class Trial : private recorder::RtspLogins {
   }
   void Worked(LoginMethod /*method*/) override {}
   void AllowPort(int port) override { allowedPort_ = port; }
-  bool IsSteady(int /*port*/) const override { return false; }
-  void RememberSteady(int /*port*/, bool /*isSteady*/) override {}
+  bool IsSteady(int port) const override { return steadyPort_ == port; }
+  void RememberSteady(int port, bool isSteady) override { steadyPort_ = isSteady ? port : 0; }
 
   Chance& chance_;
   const bool tells_;
@@ -192,6 +192,7 @@ class Trial : private recorder::RtspLogins {
   int connections_ = 0;
   std::size_t sendings_ = 0;
   int allowedPort_ = 0;
+  int steadyPort_ = plan_.isThoughtSteady ? 554 : 0;
   bool knowsDigest_ = false;
   std::string mistake_;
   std::string story_;
