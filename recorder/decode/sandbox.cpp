@@ -122,6 +122,7 @@ std::uint32_t EnterSandbox() {
   if (HAS_SANITIZER) return kSandboxLimits | kSandboxLandlock | kSandboxFilter;  // it needs more than that
   prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
   prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+  close(STDERR_FILENO);  // the log goes as messages
   std::uint32_t missing = 0;
   if (!EnterLandlock()) missing |= kSandboxLandlock;
   if (!EnterLimits()) missing |= kSandboxLimits;

@@ -58,7 +58,7 @@ void KeyFrameSearch::HandOn(Bytes packets) const {
     std::memcpy(&size, packets.data(), sizeof(size));
     packets = packets.subspan(sizeof(size));
     const Bytes packet = packets.first(std::min<std::size_t>(size, packets.size()));
-    sendControl_(packet);
+    if (!packet.empty()) sendControl_(packet);
     packets = packets.subspan(packet.size());
   }
 }

@@ -46,7 +46,7 @@ thread_local std::weak_ptr<MediaProcess> borrowed;
 
 void GiveBack(MediaProcess* process) {
   Process owner(process);
-  if (owner->IsFresh() && owner->Tell(MediaRequest::kClose, 0, {})) ThePool().Keep(std::move(owner));
+  if (owner->IsFresh() && owner->Close()) ThePool().Keep(std::move(owner));
 }
 
 }  // namespace

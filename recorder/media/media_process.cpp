@@ -35,10 +35,11 @@ bool IsSound(const MediaAnswerHead& head) {
          head.pictureSize <= kLargestUnit && (head.pictureSize > 0) == (head.status == MediaStatus::kPicture);
 }
 
+/// Whoever has taken the process over may choose them: they must look like nobody else's.
 void LogNotes(std::string_view notes) {
   while (!notes.empty()) {
     const std::string_view line = notes.substr(0, notes.find('\n'));
-    LogFailure(std::string(line));
+    LogFailure("recorder-media says: " + std::string(line));
     notes.remove_prefix(std::min(line.size() + 1, notes.size()));
   }
 }
@@ -87,9 +88,14 @@ bool MediaProcess::IsReady() {
 
 bool MediaProcess::Tell(MediaRequest request, std::uint32_t number, Bytes bytes) {
   const std::lock_guard lock(mutex_);
-  const MediaRequestHead head{request, number, static_cast<std::uint32_t>(bytes.size())};
-  for (const Bytes part : {BytesOf(head), bytes}) unsent_.insert(unsent_.end(), part.begin(), part.end());
+  Append({request, number, static_cast<std::uint32_t>(bytes.size())}, bytes);
   return unsent_.size() < kMostUnsent ? process_ > 0 : Send({}, AnswerDeadline());
+}
+
+bool MediaProcess::Close() {
+  const std::lock_guard lock(mutex_);
+  Append({MediaRequest::kClose, 0, 0}, {});
+  return Send({}, AnswerDeadline());
 }
 
 std::optional<MediaAnswer> MediaProcess::Ask(MediaRequest request, std::uint32_t number, Bytes bytes, Bytes more) {
@@ -122,6 +128,10 @@ void MediaProcess::Greet(Clock::time_point deadline) {
   if (!GetConfig().demandSandbox) return;
   failure_ = Outcome::kRecorderFailed;
   Fail("is not used, since \"demandSandbox\" of the configuration asks for what it lacks");
+}
+
+void MediaProcess::Append(const MediaRequestHead& head, Bytes bytes) {
+  for (const Bytes part : {BytesOf(head), bytes}) unsent_.insert(unsent_.end(), part.begin(), part.end());
 }
 
 /// What is unsent, and `parts` behind it.

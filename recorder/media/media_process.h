@@ -46,6 +46,9 @@ class MediaProcess {
   /// Sends what has no answer, by and by. False after a failure.
   bool Tell(MediaRequest request, std::uint32_t number, std::span<const std::uint8_t> bytes);
 
+  /// Says at once that what was opened has ended, so that the process forgets it. False after a failure.
+  bool Close();
+
   /// Sends a request with its bytes, `more` behind them. Nothing after a failure.
   std::optional<MediaAnswer> Ask(MediaRequest request, std::uint32_t number, std::span<const std::uint8_t> bytes,
                                  std::span<const std::uint8_t> more = {});
@@ -59,6 +62,7 @@ class MediaProcess {
  private:
   bool IsGreeted(Clock::time_point deadline);
   void Greet(Clock::time_point deadline);
+  void Append(const MediaRequestHead& head, std::span<const std::uint8_t> bytes);
   bool Send(std::initializer_list<std::span<const std::uint8_t>> parts, Clock::time_point deadline);
   std::optional<MediaAnswer> ReadAnswer(Clock::time_point deadline);
   bool ReadRest(const MediaAnswerHead& head, MediaAnswer& answer, Clock::time_point deadline);
