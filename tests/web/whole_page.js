@@ -1,8 +1,8 @@
 /// What holds in all three views: models, banners, accessibility, and how it looks.
 
 import assert from "node:assert/strict";
-import { createRequire } from "node:module";
 import { test } from "node:test";
+import { AXE, audit } from "./audit.js";
 import {
   DESKTOP,
   RIGHT,
@@ -10,7 +10,6 @@ import {
   control,
   expectText,
   fillOne,
-  here,
   logIn,
   openList,
   ports,
@@ -86,28 +85,6 @@ test("somebody who is no longer known signs in again without losing the page", (
   };
   return withPage("", work, { user });
 });
-
-const AXE = createRequire(import.meta.url).resolve("axe-core/axe.min.js");
-
-/** No serious finding in light and in dark; a picture of each, and one of the phone, if it has a name. */
-async function audit(page, state, picture = "") {
-  for (const colorScheme of ["light", "dark"]) {
-    await page.emulateMedia({ colorScheme });
-    const rules = colorScheme === "dark" ? { runOnly: ["color-contrast"] } : {}; // nothing else differs
-    const { violations } = await page.evaluate((rules) => globalThis.axe.run(rules), rules);
-    const serious = violations.filter(({ impact }) => impact === "serious" || impact === "critical");
-    const found = serious.map(({ id, nodes }) => `${id}: ${nodes.map(({ html }) => html).join(" ")}`);
-    assert.deepEqual(found, [], `${state}, ${colorScheme}`);
-    if (picture) await page.screenshot({ path: here(`out/page/${picture}-${colorScheme}.png`), fullPage: true });
-  }
-  if (!picture) return;
-  await page.emulateMedia({ colorScheme: "light" });
-  await page.setViewportSize({ width: 390, height: 844 });
-  await page.screenshot({ path: here(`out/page/${picture}-phone.png`), fullPage: true });
-  const tooWide = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
-  await page.setViewportSize(DESKTOP);
-  assert.ok(tooWide <= 0, `${picture} is ${tooWide} px wider than a phone`);
-}
 
 test("axe finds nothing serious in any view, light or dark", () => {
   const work = async (page) => {
