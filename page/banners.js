@@ -6,12 +6,6 @@ import { watchRecorder } from "./recorder/request.js";
 
 const RETRY_AFTER_S = [5, 10, 20, 30]; // the last one again and again
 
-const SIGNED_OUT = { title: "Sign in again.", text: "The recorder no longer knows this browser." };
-const NOT_SIGNED_IN = {
-  title: "Not signed in.",
-  text: "The recorder did not accept the login, or none was given. “recorderctl user add” makes a user.",
-};
-
 /**
  * @param {import("./recorder/models.js").ModelList} models what is asked for, since it contacts no camera
  */
@@ -20,7 +14,6 @@ export function watchConnection(models) {
   const signedOut = byId("signed-out", HTMLElement);
   let timer = 0;
   let tries = 0;
-  let wasSignedIn = false;
 
   const retryLater = () => {
     const seconds = RETRY_AFTER_S[Math.min(tries++, RETRY_AFTER_S.length - 1)] ?? 30;
@@ -33,10 +26,6 @@ export function watchConnection(models) {
   watchRecorder((state) => {
     offline.hidden = state !== "offline";
     signedOut.hidden = state !== "signedOut";
-    if (state === "answered") wasSignedIn = true;
-    const { title, text } = wasSignedIn ? SIGNED_OUT : NOT_SIGNED_IN;
-    byId("signed-out-title", HTMLElement).textContent = title;
-    byId("signed-out-text", HTMLElement).textContent = text;
     if (state === "offline") {
       if (!timer) retryLater();
       return;

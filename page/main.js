@@ -1,6 +1,8 @@
-/// Puts the page together: views by address, and passwords that do not outlive it.
+/// Puts the page together, once somebody is logged in: views by address, and passwords that do not outlive it.
 
 import { watchConnection } from "./banners.js";
+import { LINK, SigningIn } from "./login/signing-in.js";
+import { Who } from "./login/who.js";
 import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
 import { OneCamera } from "./one/one-camera.js";
@@ -25,6 +27,9 @@ const known = new KnownModels(models, (model) => {
   one.useModel(model);
   location.hash = "one";
 });
+
+const who = new Who(() => many.mayLeave());
+const signingIn = new SigningIn((session) => who.show(session));
 
 /** @param {View} view */
 function showView(view) {
@@ -52,6 +57,21 @@ function openAddress() {
   return view === "many" ? "many" : "one";
 }
 
+const forgetPasswords = () => {
+  for (const part of [one, many]) part.forgetPasswords();
+  signingIn.forgetPassword();
+};
+window.addEventListener("pagehide", forgetPasswords);
+window.addEventListener("pageshow", (event) => {
+  if (event.persisted) forgetPasswords();
+});
+
+window.addEventListener("hashchange", () => {
+  if (location.hash.startsWith(LINK)) location.reload(); // it is taken at the start
+});
+await signingIn.start();
+for (const id of ["top", "views"]) byId(id, HTMLElement).hidden = false;
+
 /** @type {View} */
 let current = openAddress();
 showView(current);
@@ -66,15 +86,6 @@ window.addEventListener("hashchange", () => {
   current = next;
   showView(current);
   byId(`${current}-title`, HTMLElement).focus();
-});
-
-const forgetPasswords = () => {
-  one.forgetPasswords();
-  many.forgetPasswords();
-};
-window.addEventListener("pagehide", forgetPasswords);
-window.addEventListener("pageshow", (event) => {
-  if (event.persisted) forgetPasswords();
 });
 
 models.load();

@@ -65,6 +65,13 @@ export class ManyCameras {
     on("export-import", () => this.importDialog.open(this.list.rows));
   }
 
+  /** Asks before the page is left on purpose; the browser then does not ask a second time. */
+  async mayLeave() {
+    if (!(await this.#mayReplace("The list is closed.", "Log out"))) return false;
+    window.removeEventListener("beforeunload", warnBeforeLeaving);
+    return true;
+  }
+
   // ---- the list ----
 
   /** Asks before results, or values that were typed, are lost. @param {string} what happens @param {string} yes */

@@ -1,5 +1,7 @@
 /// One request to the recorder: how it is sent, and what it means when no answer comes.
 
+import { loginsSoFar, untilSignedIn } from "./admission.js";
+
 /**
  * What came of a test: 0, or the code of the cause; with the recorder's name for it, if it gave one.
  * @typedef {{code: number, cause?: string}} Verdict
@@ -13,14 +15,35 @@
 
 /** @typedef {"offline" | "signedOut" | "refused" | "timeOut" | "stopped"} TroubleKind */
 
-/** A request that the module did not answer. The text is for people. */
+/** A request that did not get what it asked for. The text is for people. */
 export class Trouble extends Error {
-  /** @param {TroubleKind} kind @param {string} text */
-  constructor(kind, text) {
+  /**
+   * @param {TroubleKind} kind
+   * @param {string} text
+   * @param {Partial<Answer>} [answer] the recorder's, if there was one
+   */
+  constructor(kind, text, { status = 0, body = null, waitSeconds = 0 } = {}) {
     super(text);
     this.kind = kind;
+    this.status = status;
+    this.waitSeconds = waitSeconds;
+    /** The recorder has no user yet. */
+    this.isForFirstUser = body?.error?.firstUser === true;
   }
 }
+
+/**
+ * @typedef {object} Question
+ * @property {"GET" | "POST" | "PATCH" | "DELETE"} verb
+ * @property {string} address
+ * @property {Record<string, unknown>} [parameters]
+ *
+ * @typedef {object} Answer
+ * @property {number} status
+ * @property {any} body null if it is no JSON
+ * @property {string} cause "" if the recorder named none
+ * @property {number} waitSeconds after which the recorder wants to be asked again
+ */
 
 /** How long an answer may take before it counts as missing. The recorder's own limits are far below. */
 const ANSWER_LIMIT_MS = 90_000;
@@ -40,31 +63,38 @@ export function watchRecorder(listener) {
   tellState = listener;
 }
 
+/** @param {Question} question @returns {RequestInit} */
+const requestOf = ({ verb, parameters }) => ({
+  method: verb,
+  headers: parameters ? { "Content-Type": "application/json" } : {},
+  body: parameters ? JSON.stringify(parameters) : null,
+  credentials: "same-origin",
+  redirect: "error",
+  cache: "no-store",
+});
+
+/** @param {Response} response @returns {Promise<Answer>} */
+const answerOf = async (response) => ({
+  status: response.status,
+  body: await response.json().catch(() => null),
+  cause: response.headers.get("Recorder-Cause") ?? "",
+  waitSeconds: Number(response.headers.get("Retry-After") ?? 0),
+});
+
 /**
  * Fetches, and tells a missing answer from one that was not waited for.
- * @param {string} method
- * @param {Record<string, unknown>} parameters
+ * @param {Question} question
  * @param {AbortSignal} [signal]
- * @returns {Promise<{status: number, body: any, cause: string}>} of which the cause is "" if the recorder named none
+ * @returns {Promise<Answer>}
  */
-async function send(method, parameters, signal) {
+async function send(question, signal) {
   const limit = new AbortController();
   const stop = () => limit.abort();
   const timer = setTimeout(stop, ANSWER_LIMIT_MS);
   signal?.addEventListener("abort", stop);
   if (signal?.aborted) stop();
   try {
-    const response = await fetch(ADDRESS + method, {
-      method: "POST",
-      headers: { "Content-Type": "application/json" },
-      body: JSON.stringify(parameters),
-      credentials: "same-origin",
-      redirect: "error",
-      cache: "no-store",
-      signal: limit.signal,
-    });
-    const cause = response.headers.get("Recorder-Cause") ?? "";
-    return { status: response.status, body: await response.json().catch(() => null), cause };
+    return await answerOf(await fetch(question.address, { ...requestOf(question), signal: limit.signal }));
   } catch {
     if (signal?.aborted) throw new Trouble("stopped", "Stopped waiting. The recorder finishes on its own.");
     if (limit.signal.aborted) throw new Trouble("timeOut", "The recorder did not answer in time.");
@@ -75,41 +105,75 @@ async function send(method, parameters, signal) {
   }
 }
 
-/** @param {number} status @param {any} body */
-function troubleOf(status, body) {
+/** @param {Answer} answer */
+function troubleOf(answer) {
+  const { status, body } = answer;
   if (status === 401 || body?.error?.code === NOT_ADMITTED) {
-    return new Trouble("signedOut", "The recorder wants you to sign in again.");
+    return new Trouble("signedOut", "Nobody is logged in.", answer);
   }
   if (body === null && (status === 502 || status === 504)) {
-    return new Trouble("offline", "The recorder is not reachable.");
+    return new Trouble("offline", "The recorder is not reachable.", answer);
   }
   if (status === 403 && body?.error?.message?.includes("Host header")) {
     const name = `This recorder does not go by the name “${location.hostname}”.`;
     const entry = `Add "${location.hostname}" to "hostNames" in its configuration`;
-    return new Trouble("refused", `${name} ${entry}, or open this page by the recorder's IP address.`);
+    return new Trouble("refused", `${name} ${entry}, or open this page by the recorder's IP address.`, answer);
   }
   if (status === ANSWERED_STATUS && typeof body?.success === "boolean") return null;
   const busy = "All workers of the recorder are busy. Try again in a moment.";
   const text = status === 503 ? busy : `It answered with status ${status}.`;
-  return new Trouble("refused", body?.error?.message ?? text);
+  return new Trouble("refused", body?.error?.message ?? text, answer);
 }
 
 /**
- * Calls a method, and tells whoever watches whether the recorder answered.
+ * Asks the recorder, and nobody to log in.
+ * @param {Question} question
+ * @param {AbortSignal} [signal]
+ */
+export async function askOnce(question, signal) {
+  const answer = await send(question, signal);
+  const trouble = troubleOf(answer);
+  if (trouble) throw trouble;
+  return answer;
+}
+
+/** @param {Question} question @param {AbortSignal} [signal] @returns {Promise<Answer>} */
+async function askSignedIn(question, signal) {
+  const before = loginsSoFar();
+  try {
+    return await askOnce(question, signal);
+  } catch (error) {
+    if (!(error instanceof Trouble) || error.kind !== "signedOut") throw error;
+    const isIn = before !== loginsSoFar() || (await untilSignedIn(signal));
+    if (!isIn && !signal?.aborted) throw error;
+    return askSignedIn(question, signal); // which says so if it was stopped
+  }
+}
+
+/**
+ * Asks the recorder; where nobody is logged in any more, once somebody is. Tells whoever watches whether it answered.
+ * @param {Question} question
+ * @param {AbortSignal} [signal]
+ */
+export async function ask(question, signal) {
+  try {
+    const answer = await askSignedIn(question, signal);
+    tellState("answered");
+    return answer;
+  } catch (error) {
+    if (error instanceof Trouble && (error.kind === "offline" || error.kind === "signedOut")) tellState(error.kind);
+    throw error;
+  }
+}
+
+/**
+ * Calls a method of the module.
  * @param {string} method
  * @param {Record<string, unknown>} [parameters]
  * @param {AbortSignal} [signal]
  * @returns {Promise<Outcome<any> & {cause: string}>}
  */
 export async function call(method, parameters = {}, signal) {
-  try {
-    const { status, body, cause } = await send(method, parameters, signal);
-    const trouble = troubleOf(status, body);
-    if (trouble) throw trouble;
-    tellState("answered");
-    return body.success ? { value: body.data, code: 0, cause } : { value: null, code: body.error?.code ?? -1, cause };
-  } catch (error) {
-    if (error instanceof Trouble && (error.kind === "offline" || error.kind === "signedOut")) tellState(error.kind);
-    throw error;
-  }
+  const { body, cause } = await ask({ verb: "POST", address: ADDRESS + method, parameters }, signal);
+  return body.success ? { value: body.data, code: 0, cause } : { value: null, code: body.error?.code ?? -1, cause };
 }

@@ -1,5 +1,7 @@
 /// Requests in flight, and the waiting until one has ended.
 
+import { workingTime } from "../recorder/admission.js";
+
 /** @typedef {import("../list/camera-list.js").Row} Row */
 
 export class Lanes {
@@ -19,12 +21,12 @@ export class Lanes {
 
   /** Milliseconds that each request has taken so far. */
   get ages() {
-    return [...this.#requests.values()].map(({ sent }) => Date.now() - sent);
+    return [...this.#requests.values()].map(({ sent }) => workingTime() - sent);
   }
 
   /** @param {Row[]} rows @param {() => Promise<void>} send ends when they are answered, and never fails */
   carry(rows, send) {
-    const request = { sent: Date.now(), end: Promise.resolve() };
+    const request = { sent: workingTime(), end: Promise.resolve() };
     this.#requests.set(rows, request);
     request.end = send().finally(() => this.#requests.delete(rows));
   }

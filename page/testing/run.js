@@ -2,6 +2,7 @@
 /// is given to it.
 
 import { UNTESTED } from "../list/camera-list.js";
+import { workingTime } from "../recorder/admission.js";
 import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
@@ -125,14 +126,14 @@ export class Run {
   /** @param {Row[]} rows */
   async #send(rows) {
     const isLikely = rows.every(this.#isSlow);
-    const sent = Date.now();
+    const sent = workingTime();
     for (const row of rows) Object.assign(row, { result: "testing", asHeld: false });
     this.means.changed(rows);
     try {
       const verdicts = await this.#ask(rows);
       for (const row of rows) this.#settle(row, verdicts.get(String(row.line)));
       const hadSilent = rows.some(({ code }) => code === TIMED_OUT);
-      this.means.estimate.note(Date.now() - sent, hadSilent, isLikely);
+      this.means.estimate.note(workingTime() - sent, hadSilent, isLikely);
     } catch (error) {
       this.#giveUp(rows, error);
     }
@@ -155,8 +156,10 @@ export class Run {
   /** @param {Row[]} rows @param {unknown} error */
   #giveUp(rows, error) {
     const text = messageOf(error);
-    const isStop = error instanceof Trouble && error.kind === "stopped";
-    for (const row of rows) Object.assign(row, { result: "unknown", note: text });
+    const kind = error instanceof Trouble ? error.kind : "refused";
+    const isStop = kind === "stopped";
+    const isUnsent = kind === "signedOut"; // no camera was asked
+    for (const row of rows) Object.assign(row, isUnsent ? UNTESTED : { result: "unknown", note: text });
     if (!isStop && this.state === "running") this.pause = { kind: "trouble", text, rows: rows.length };
   }
 

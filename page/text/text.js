@@ -21,3 +21,11 @@ export function decode(text) {
     return text; // a bare percent sign, in a password for one
   }
 }
+
+/** What the recorder says, with a capital and a full stop. @param {string} text */
+export const sentence = (text) => `${text.charAt(0).toUpperCase()}${text.slice(1).replace(/\.$/, "")}.`;
+
+const TIME = new Intl.DateTimeFormat("en", { dateStyle: "medium", timeStyle: "short", hourCycle: "h23" });
+
+/** A time of the recorder's, as this browser's clock has it. @param {number | null} seconds since 1970 */
+export const timeText = (seconds) => (seconds === null ? "" : TIME.format(seconds * 1000));

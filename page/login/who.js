@@ -1,0 +1,37 @@
+/// The header's part about who is logged in: the name, and the way out.
+
+import { button, byId, el } from "../parts/dom.js";
+import { mistakeLine, tell } from "../parts/forms.js";
+import { logOut } from "../recorder/access.js";
+import { Trouble } from "../recorder/request.js";
+import { messageOf, sentence } from "../text/text.js";
+
+export class Who {
+  #name = el("span", { id: "who-name" });
+  #mistake = mistakeLine("who-mistake");
+
+  /** @param {() => Promise<boolean>} mayLeave asks before something is lost */
+  constructor(mayLeave) {
+    this.mayLeave = mayLeave;
+    const leave = button("Log out", () => this.#leave(), { id: "log-out", class: "link" });
+    byId("top", HTMLElement).append(el("p", { class: "who" }, this.#name, leave), this.#mistake);
+  }
+
+  /** @param {import("../recorder/access.js").Session} session */
+  show({ user }) {
+    this.#name.textContent = user;
+  }
+
+  /** Nothing of what was here is left. */
+  async #leave() {
+    if (!(await this.mayLeave())) return;
+    try {
+      await logOut();
+    } catch (error) {
+      const isOut = error instanceof Trouble && error.kind === "signedOut";
+      if (!isOut) return tell(this.#mistake, `You are still logged in. ${sentence(messageOf(error))}`);
+    }
+    window.addEventListener("pageshow", () => location.reload()); // Back may bring this page again
+    location.replace(location.pathname); // anew, and without the view's name
+  }
+}
