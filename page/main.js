@@ -1,7 +1,10 @@
 /// Puts the page together, once somebody is logged in: views by address, and passwords that do not outlive it.
 
 import { watchConnection } from "./banners.js";
+import { AccountView } from "./login/account-view.js";
+import { PasswordDialog } from "./login/password-dialog.js";
 import { LINK, SigningIn } from "./login/signing-in.js";
+import { UsersView } from "./login/users-view.js";
 import { Who } from "./login/who.js";
 import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
@@ -10,10 +13,16 @@ import { byId, prepareQuestions } from "./parts/dom.js";
 import { ModelList } from "./recorder/models.js";
 import { decode } from "./text/text.js";
 
-/** @typedef {"one" | "many" | "models"} View */
+/** @typedef {"one" | "many" | "models" | "users" | "account"} View */
 
 /** @type {Readonly<Record<View, string>>} */
-const TITLES = { one: "One camera", many: "Many cameras", models: "Known models" };
+const TITLES = {
+  one: "One camera",
+  many: "Many cameras",
+  models: "Known models",
+  users: "Users",
+  account: "My account",
+};
 
 prepareQuestions();
 const models = new ModelList();
@@ -28,8 +37,13 @@ const known = new KnownModels(models, (model) => {
   location.hash = "one";
 });
 
+const passwords = new PasswordDialog();
+const account = new AccountView(passwords);
+const users = new UsersView(passwords);
 const who = new Who(() => many.mayLeave());
-const signingIn = new SigningIn((session) => who.show(session));
+const signingIn = new SigningIn((session) => {
+  for (const part of [who, account, users]) part.show(session);
+});
 
 /** @param {View} view */
 function showView(view) {
@@ -54,12 +68,21 @@ function openAddress() {
     known.open(rest[0] ?? "", rest.slice(1).join("/"));
     return "models";
   }
+  if (view === "account") {
+    account.open();
+    return "account";
+  }
+  if (view === "users" && !byId("nav-users", HTMLElement).hidden) {
+    users.open();
+    return "users";
+  }
   return view === "many" ? "many" : "one";
 }
 
 const forgetPasswords = () => {
   for (const part of [one, many]) part.forgetPasswords();
-  signingIn.forgetPassword();
+  for (const part of [users, signingIn]) part.forgetPassword();
+  for (const part of [account, passwords]) part.forget();
 };
 window.addEventListener("pagehide", forgetPasswords);
 window.addEventListener("pageshow", (event) => {
@@ -78,6 +101,7 @@ showView(current);
 if (current === "one") byId("one-address", HTMLInputElement).focus();
 
 window.addEventListener("hashchange", () => {
+  account.forget();
   const next = openAddress();
   if (next === current) {
     if (next === "models") byId("models-detail-title", HTMLElement).focus(); // a link of the list was pressed

@@ -1,4 +1,4 @@
-/// The header's part about who is logged in: the name, and the way out.
+/// The header's part about who is logged in: the name, the views that the role allows, and the way out.
 
 import { button, byId, el } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
@@ -18,8 +18,9 @@ export class Who {
   }
 
   /** @param {import("../recorder/access.js").Session} session */
-  show({ user }) {
+  show({ user, role }) {
     this.#name.textContent = user;
+    byId("nav-users", HTMLElement).hidden = role !== "admin";
   }
 
   /** Nothing of what was here is left. */

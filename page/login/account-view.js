@@ -1,0 +1,87 @@
+/// The view of one's own account: password, sessions, tokens.
+
+import { button, el, say } from "../parts/dom.js";
+import { PLAIN, addView, field, mistakeLine, onSubmit } from "../parts/forms.js";
+import * as access from "../recorder/access.js";
+import { Grants } from "./grants.js";
+import { NewToken } from "./new-token.js";
+
+/** The last second of a day, by this browser's clock; null for no day. @param {string} day "2027-01-31" */
+const endOf = (day) => (day ? Math.floor(new Date(`${day}T23:59:59`).getTime() / 1000) : null);
+
+export class AccountView {
+  #user = "";
+  #who = el("p", { id: "account-who" });
+  #mistake = mistakeLine("account-token-mistake");
+  #name = el("input", { id: "account-token-name", autocomplete: "off", ...PLAIN });
+  #until = el("input", { id: "account-token-until", type: "date" });
+  #made = new NewToken();
+
+  /** @param {import("./password-dialog.js").PasswordDialog} passwords */
+  constructor(passwords) {
+    this.grants = new Grants("account", (user) => user === this.#user, false);
+    const { sessions, tokens, mistake } = this.grants.elements;
+    const change = button("Change password", () => passwords.open(this.#user, true, () => this.open()), {
+      id: "account-password",
+    });
+    const others = button("End all others", () => this.#endOthers(), { id: "account-end-others" });
+    addView(
+      "account",
+      "My account",
+      this.#who,
+      mistake,
+      el("div", { class: "actions" }, change),
+      el("h2", { text: "Where you are logged in" }),
+      sessions,
+      el("div", { class: "actions" }, others),
+      el("h2", { text: "Tokens for scripts" }),
+      el("p", { class: "hint", text: "A script that sends one, as “Authorization: Bearer”, may do what you may." }),
+      tokens,
+      this.#form(),
+      this.#made.element,
+    );
+  }
+
+  /** @param {access.Session} session */
+  show({ user, role }) {
+    this.#user = user;
+    this.#who.textContent = role === "admin" ? `${user}, an admin` : `${user}, a user`;
+  }
+
+  open() {
+    return this.grants.change(async () => {}, "");
+  }
+
+  /** A token that was made is shown no more. */
+  forget() {
+    this.#made.forget();
+  }
+
+  #form() {
+    const form = el(
+      "form",
+      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": "New token" },
+      field("Name of a new token", this.#name),
+      field("Good until (empty: without end)", this.#until),
+      el("button", { id: "account-token-make", class: "main", text: "Make a token" }),
+      this.#mistake,
+    );
+    onSubmit(form, this.#mistake, () => this.#make());
+    return form;
+  }
+
+  async #make() {
+    const name = this.#name.value.trim();
+    this.#made.show(name, await access.addToken(name, endOf(this.#until.value)));
+    this.#name.value = "";
+    this.#until.value = "";
+    await this.grants.load();
+    say(`Token ${name} is made. Copy it now.`);
+  }
+
+  #endOthers() {
+    const others = this.grants.sessions.filter(({ isThis }) => !isThis);
+    const end = () => Promise.all(others.map(({ id }) => access.endSession(id)));
+    return this.grants.change(end, "All other sessions have ended");
+  }
+}

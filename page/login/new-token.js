@@ -1,0 +1,50 @@
+/// A token that was just made: shown once, with a button that copies it.
+
+import { button, el, say } from "../parts/dom.js";
+
+export class NewToken {
+  #label = el("label", { for: "account-token" });
+  #value = el("input", { id: "account-token", class: "code", readonly: true, autocomplete: "off" });
+  element = el(
+    "div",
+    { id: "account-token-made", class: "card", hidden: true },
+    this.#label,
+    el(
+      "div",
+      { class: "with-button" },
+      this.#value,
+      button("Copy", () => this.#copy(), { id: "account-token-copy" }),
+      button("Done", () => this.forget(), { id: "account-token-done" }),
+    ),
+    el("p", { class: "hint", text: "Copy it now: it is not shown again." }),
+  );
+
+  /** @param {string} name @param {string} token */
+  show(name, token) {
+    this.#label.textContent = `The token ${name}`;
+    this.#value.value = token;
+    this.element.hidden = false;
+    this.#value.focus();
+    this.#value.select();
+  }
+
+  forget() {
+    this.#value.value = "";
+    this.element.hidden = true;
+  }
+
+  async #copy() {
+    this.#value.select(); // where the page may not copy, Ctrl+C does
+    const isCopied = await this.#write();
+    say(isCopied ? "Copied" : "The token is selected. Copy it with Ctrl+C.");
+  }
+
+  /** The clipboard is for encrypted connections; the older command is for all. */
+  async #write() {
+    if (!window.isSecureContext) return document.execCommand("copy");
+    return navigator.clipboard.writeText(this.#value.value).then(
+      () => true,
+      () => false,
+    );
+  }
+}
