@@ -1,4 +1,5 @@
 import "./one_camera.js";
 import "./whole_page.js";
+import "./logins.js";
 import "./many_cameras.js";
 import "./texts.js";

@@ -16,7 +16,8 @@ export const here = (path) => new URL(path, import.meta.url).pathname;
 export const RIGHT = "open-sesame-41"; // the password of all cameras
 export const WRONG = "close-sesame-42";
 export const USER = { username: "tester", password: "let-me-in-43" };
-const PASSWORDS = [RIGHT, WRONG, USER.password];
+export const OTHER = { username: "hall", password: "let-me-in-too-44" };
+const PASSWORDS = [RIGHT, WRONG, USER.password, OTHER.password];
 const CAMERAS = {
   works: {},
   refused: { fault: "refused" },
@@ -32,6 +33,15 @@ const CAMERAS = {
 const CHROMIUM = "--no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking".split(" ");
 
 export const DESKTOP = { width: 1280, height: 800 };
+
+const config = {
+  modelsFolder: source("models"),
+  workFolder: source("models"),
+  pageFolder: here("page"),
+  module: MODULE,
+  limits: { testMs: 4000, pictureMs: 10_000 },
+  addressPolicy: { allow: ["127.0.0.0/8"] },
+};
 
 /** Of the cameras, by name. */
 export const ports = {};
@@ -51,34 +61,31 @@ async function start(program, ...args) {
 }
 
 /** What recorderctl prints. */
-export function control(input, line) {
-  const command = ["--config", join(folder, "recorder.json"), ...line.split(" ")];
+export function control(input, line, config = "recorder.json") {
+  const command = ["--config", join(folder, config), ...line.split(" ")];
   const { status, stdout, stderr } = spawnSync(join(PROGRAMS, "recorderctl"), command, { input, encoding: "utf8" });
   assert.equal(status, 0, stderr);
   return stdout;
 }
 
-export const addUser = ({ username, password }) => control(`${password}\n`, `user add ${username}`);
+export const addUser = ({ username, password }, more = "") => control(`${password}\n`, `user add ${username}${more}`);
+
+/** Starts a recorder with a state folder of its own, and gives its address. */
+export function serve(name, prepare = () => {}) {
+  const file = join(folder, `${name}.json`);
+  writeFileSync(file, JSON.stringify({ ...config, stateFolder: `state-of-${name}` }));
+  prepare();
+  return start("recorderctl", "--config", file, "serve");
+}
 
 before(async () => {
   const usual = { password: RIGHT, login: "digest-sha256", stream: { fps: 10, gop: 5 } };
   const cameras = Object.entries(CAMERAS).map(([name, more]) => ({ name, ...usual, ...more }));
   writeFileSync(join(folder, "cameras.json"), JSON.stringify({ cameras }));
-  const config = {
-    stateFolder: "state",
-    modelsFolder: source("models"),
-    workFolder: source("models"),
-    pageFolder: here("page"),
-    module: MODULE,
-    limits: { testMs: 4000, pictureMs: 10_000 },
-    addressPolicy: { allow: ["127.0.0.0/8"] },
-  };
-  writeFileSync(join(folder, "recorder.json"), JSON.stringify(config));
   mkdirSync(here("out/page"), { recursive: true });
   for (const { name, port } of JSON.parse(await start("simcam", join(folder, "cameras.json"))).cameras)
     ports[name] = port;
-  addUser(USER);
-  address = await start("recorderctl", "--config", join(folder, "recorder.json"), "serve");
+  address = await serve("recorder", () => addUser(USER));
   browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: CHROMIUM });
   endings.unshift(() => browser.close());
 });
@@ -93,11 +100,12 @@ after(async () => {
  * @param {string} hash
  * @param {(page: import("playwright-core").Page, calls: {method: string, parameters: any}[]) => Promise<void>} work
  * gets the page, and what it sent so far
+ * @param {{user?: typeof USER | null, script?: string, at?: string}} [options] null for nobody who is logged in
  */
-export async function withPage(hash, work, { user = USER, script = "" } = {}) {
+export async function withPage(hash, work, { user = USER, script = "", at = address } = {}) {
   const context = await browser.newContext({ reducedMotion: "reduce", viewport: DESKTOP });
   try {
-    await logIn(context, user);
+    if (user) await logIn(context, user);
     context.setDefaultTimeout(30_000);
     if (script) await context.addInitScript({ path: script });
     const page = await context.newPage();
@@ -115,8 +123,8 @@ export async function withPage(hash, work, { user = USER, script = "" } = {}) {
       const isAboutNetwork = message.text().startsWith("Failed to load resource");
       if (message.type() === "error" && !isAboutNetwork) mistakes.push(message.text());
     });
-    await page.goto(`${address}${hash}`);
-    await page.locator("#models-list a").first().waitFor({ state: "attached" });
+    await page.goto(`${at}${hash}`);
+    if (user) await page.locator("#models-list a").first().waitFor({ state: "attached" });
     await work(page, calls);
     assert.deepEqual(mistakes, []);
     heard.push(page.url(), await page.evaluate(readable), JSON.stringify(await context.cookies()));
@@ -126,10 +134,14 @@ export async function withPage(hash, work, { user = USER, script = "" } = {}) {
   }
 }
 
-/** Gives a browser a session. */
+/** Gives a browser a session, if need be after the pause for wrong passwords of earlier tests. */
 export async function logIn(context, { username, password }) {
   const data = { user: username, password };
   const answer = await context.request.post(`${address}recorder/1/session`, { data });
+  if (answer.status() === 429) {
+    await new Promise((done) => setTimeout(done, Number(answer.headers()["retry-after"]) * 1000));
+    return logIn(context, { username, password });
+  }
   assert.equal(answer.status(), 200, await answer.text());
 }
 
@@ -175,3 +187,10 @@ export const results = async (page) => (await page.locator("#many-rows .sign").a
 
 /** A run ends when its buttons and fields are free again. */
 export const runEnds = (page) => page.locator("#many-other:enabled").waitFor();
+
+/** Fills in the page's own login. */
+export async function enterLogin(page, { username, password }) {
+  if (await page.isEditable("#login-user")) await page.fill("#login-user", username);
+  await page.fill("#login-password", password);
+  await page.click("#login-go");
+}

@@ -8,6 +8,7 @@ import {
   RIGHT,
   addUser,
   control,
+  enterLogin,
   expectText,
   fillOne,
   logIn,
@@ -59,29 +60,38 @@ test("what keeps the page from the recorder is told in every view, with what to 
     const [cookie] = await page.context().cookies();
     await page.context().addCookies([{ ...cookie, domain: "recorder.localhost" }]);
     await page.goto(page.url().replace("127.0.0.1", "recorder.localhost"));
+    await expectText(page, "login-mistake", 'Add "recorder.localhost" to "hostNames" in its configuration');
+    await page.route("**/CameraModelEnum", (route) => route.fulfill({ status: 500 }));
+    await page.goto(`${page.url().replace("recorder.localhost", "127.0.0.1")}#one`);
     await page.locator("#models-failed").waitFor();
-    await expectText(page, "models-failed", 'Add "recorder.localhost" to "hostNames" in its configuration');
     await page.click("#one-test");
     await expectText(page, "one-model-mistake", "The list of models could not be read: see above.");
+    await page.unroute("**/CameraModelEnum");
     await page.route("**/CameraModelEnum", (route) => route.fulfill({ status: 401 }));
     await page.reload();
-    await expectText(page, "signed-out", "Not signed in. The recorder did not accept the login, or none was given.");
+    await page.click("#login-later");
+    await expectText(page, "signed-out", "Nobody is logged in.");
     assert.ok(await page.locator("#models-failed").isHidden(), "one trouble, one banner");
   }));
 
-test("somebody who is no longer known signs in again without losing the page", () => {
+test("somebody who is no longer known logs in again, and the test goes on", () => {
   const user = { username: "leaver", password: "let-me-in-43" };
   addUser(user);
   const work = async (page) => {
     await fillOne(page, { port: ports.works });
     control("", `user remove ${user.username}`);
-    await testOne(page);
-    await page.locator("#signed-out").waitFor();
+    await page.click("#one-test");
+    await page.locator("#login[open]").waitFor();
     addUser(user);
-    await logIn(page.context(), user);
-    await page.click("#sign-in");
-    await page.locator("#signed-out").waitFor({ state: "hidden" });
+    await enterLogin(page, user);
+    await expectText(page, "one-result-title", "Camera works");
     assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
+    control("", `session end --user ${user.username}`);
+    await page.click("#one-test");
+    await page.locator("#login[open]").waitFor();
+    await logIn(page.context(), user);
+    await page.evaluate(() => document.dispatchEvent(new Event("visibilitychange"))); // in another tab
+    await expectText(page, "status", "Passed: camera works");
   };
   return withPage("", work, { user });
 });
