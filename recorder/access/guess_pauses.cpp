@@ -16,7 +16,7 @@ using std::chrono::seconds;
 
 constexpr seconds kLongestPause{60};
 constexpr int kDoublings = 6;  // then a pause is longer than the longest
-constexpr std::chrono::minutes kRemembered{15};
+constexpr std::chrono::minutes kForgottenAfter{15};
 constexpr std::size_t kNetworkBytes = 8;  // of an IPv6 address
 
 /// What has failed for one user, or from one address.
@@ -47,7 +47,7 @@ seconds GuessPauses::Remaining(const std::string& user, const std::string& addre
   const std::uint64_t userHash = HashOf(user);
   const std::uint64_t addressHash = HashOfAddress(address);
   for (const Failures& row : failures_) {
-    if (now - row.last >= kRemembered) continue;
+    if (now - row.last >= kForgottenAfter) continue;
     if (row.user == userHash) ofUser.Add(row.count, row.last);
     if (row.address == addressHash) ofAddress.Add(row.count, row.last);
   }
@@ -86,7 +86,7 @@ std::uint64_t GuessPauses::HashOfAddress(const std::string& address) const {
 }
 
 void GuessPauses::MakeRoom(Clock::time_point now) {
-  std::erase_if(failures_, [&](const Failures& row) { return now - row.last >= kRemembered; });
+  std::erase_if(failures_, [&](const Failures& row) { return now - row.last >= kForgottenAfter; });
   if (failures_.size() < kMostGuessers) return;
   failures_.erase(std::min_element(failures_.begin(), failures_.end(),
                                    [](const Failures& left, const Failures& right) { return left.last < right.last; }));

@@ -14,7 +14,6 @@ namespace recorder {
 namespace {
 
 using std::filesystem::path;
-using Kind = AccessError::Kind;
 
 User ReadUser(std::string_view line) {
   User user;
@@ -27,18 +26,19 @@ User ReadUser(std::string_view line) {
 void CheckName(const std::string& name) {
   if (name.empty() || name.size() > kLongestUserName || name.front() == '#' || name.find(':') != std::string::npos ||
       HoldsControls(name) || !IsUtf8(name)) {
-    throw AccessError(Kind::kInvalid,
+    throw AccessError(AccessError::Kind::kInvalid,
                       "a user name is not empty, has at most 128 bytes, no ':' and no control character, and does not "
                       "begin with '#'");
   }
 }
 
 void CheckPassword(const std::string& password) {
-  if (password.empty()) throw AccessError(Kind::kInvalid, "the password is empty");
+  if (password.empty()) throw AccessError(AccessError::Kind::kInvalid, "the password is empty");
   if (password.size() > kLongestUserPassword) {
-    throw AccessError(Kind::kInvalid, "the password is longer than " + std::to_string(kLongestUserPassword) + " bytes");
+    throw AccessError(AccessError::Kind::kInvalid,
+                      "the password is longer than " + std::to_string(kLongestUserPassword) + " bytes");
   }
-  if (HoldsControls(password)) throw AccessError(Kind::kInvalid, "the password holds a control character");
+  if (HoldsControls(password)) throw AccessError(AccessError::Kind::kInvalid, "the password holds a control character");
 }
 
 std::string CheckedHash(const std::string& password, const HashCost& cost) {
@@ -49,7 +49,7 @@ std::string CheckedHash(const std::string& password, const HashCost& cost) {
 void KeepAnAdmin(const std::vector<User>& users) {
   const auto isAdmin = [](const User& user) { return user.role == Role::kAdmin; };
   if (std::any_of(users.begin(), users.end(), isAdmin)) return;
-  throw AccessError(Kind::kConflict, "this is the last admin: nobody would be left who manages users");
+  throw AccessError(AccessError::Kind::kConflict, "this is the last admin: nobody would be left who manages users");
 }
 
 /// First the grants: if the power fails between both, nobody goes on as who he was.
@@ -85,7 +85,7 @@ void AddUser(const path& stateFolder, const std::string& name, const std::string
   const User user{name, CheckedHash(password, cost), role};
   AccessFiles files(stateFolder);
   if (FindUser(files.users, name) != nullptr)
-    throw AccessError(Kind::kConflict, "there is a user " + name + " already");
+    throw AccessError(AccessError::Kind::kConflict, "there is a user " + name + " already");
   files.users.push_back(user);
   files.SaveUsers();
 }
