@@ -6,8 +6,8 @@
 
 namespace recorder {
 
-/// A program that runs beside this one and ends with the object, and with this process however it ends. Movable; one
-/// thread.
+/// A program that runs beside this one and ends with the object, and with this process however it ends. What it starts
+/// is in its process group, and ends with it. Movable; one thread.
 class ChildProcess {
  public:
   ChildProcess() = default;
