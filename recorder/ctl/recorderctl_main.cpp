@@ -7,6 +7,7 @@
 
 #include "recorder/ctl/call_command.h"
 #include "recorder/ctl/camera/camera_command.h"
+#include "recorder/ctl/certificate_command.h"
 #include "recorder/ctl/completion_command.h"
 #include "recorder/ctl/discover_command.h"
 #include "recorder/ctl/link_command.h"
@@ -36,6 +37,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddSessionCommands(app, configOption);
   recorder::AddTokenCommands(app, configOption);
   recorder::AddLinkCommand(app, configOption);
+  recorder::AddCertificateCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
   recorder::AddCompletionCommand(app);
   recorder::AddWholeHelp(app);
