@@ -7,6 +7,7 @@
 #include "recorder/host/api_call.h"
 #include "recorder/http/caller.h"
 #include "recorder/utility/limits.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -16,19 +17,21 @@ namespace {
 /// limit is refused when its length is known. Others, which may hold passwords, wait in the server's own folder, at
 /// most one a connection: HTTP/2 would have several. The type of its error files comes from their name, which always
 /// ends in ".html". It does not tell its name and version, and what a page's folder holds for its developers stays
-/// there. Its limits of size are numbers of KiB.
+/// there. Its limits of size are numbers of KiB. When it is
+/// told to read its certificate again, a copy of it ends the requests at hand.
 /// API_ADDRESSES are those that workers or recorder-login answer, USER_ADDRESSES those for which one must be logged in:
 /// who shows neither session nor token nor password is refused at once. Sessions and tokens are checked by the workers,
 /// a name and a password by recorder-login, before a worker gets the request without them.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
-server.bind = "127.0.0.1"
+server.bind = "LISTEN_ADDRESS"
 server.port = var.port
 server.pid-file = var.run + "/lighttpd.pid"
 server.document-root = var.run + "/www"
 server.modules = ( "mod_setenv", "mod_auth", "mod_fastcgi", "mod_magnet" )
-server.feature-flags = ( "server.h2proto" => "disable", "server.h2c" => "disable" )
+server.feature-flags = ( "server.h2proto" => "disable", "server.h2c" => "disable",
+  "server.graceful-restart-bg" => "enable" )
 server.stat-cache-engine = "disable"
 server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"
@@ -109,7 +112,6 @@ constexpr char kTlsConfiguration[] = R"(
 server.modules += ( "mod_openssl" )
 ssl.engine = "enable"
 ssl.pemfile = var.run + "/certificate"
-ssl.privkey = var.run + "/key"
 ssl.openssl.ssl-conf-cmd = ( "MinProtocol" => "TLSv1.2" )
 )";
 
@@ -166,12 +168,14 @@ std::string StripScript() { return kStripScript; }
 std::string LighttpdConfig(const WebServerOptions& options, int port) {
   std::string text = kServerConfiguration;
   if (options.hasPage) text += kPageConfiguration;
-  if (options.hasTls) text += kTlsConfiguration;
+  if (options.certificate) text += kTlsConfiguration;
+  if (options.address.host == "::") text += "server.v4mapped = \"enable\"\n";
   text += ForwardedConfig(options.proxies);
   for (const auto& [place, by] : kPlaces) Replace(text, place, by);
+  Replace(text, "LISTEN_ADDRESS", WithBrackets(options.address.host));
   Replace(text, "LIST_METHODS", Alternatives(MethodsWithoutCamera()));
   Replace(text, "LARGE_METHODS", Alternatives(MethodsWithList()));
-  Replace(text, "ADDED_HEADERS", options.hasTls ? kTlsHeader : "");
+  Replace(text, "ADDED_HEADERS", options.certificate ? kTlsHeader : "");
   Replace(text, "ALL_WAYS", Quoted(kAllWays));
   Replace(text, "WAYS_OF_PAGES", Quoted(kWaysOfPages));
   Replace(text, "LARGEST_BODY", std::to_string(kLargestBody / kKiB));

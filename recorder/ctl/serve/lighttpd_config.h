@@ -1,23 +1,28 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "recorder/ctl/certificate_files.h"
+#include "recorder/ctl/serve/listen_address.h"
 
 namespace recorder {
 
 /// What the web server is to serve. It finds all else in its run folder: "www", the page's files; with TLS
-/// "certificate" and "key"; "error-STATUS.html"; "cameras.sock" and "lists.sock", where the workers listen, and
-/// "login.sock", where recorder-login does; "strip.lua", see StripScript(); and "route", the folder of TrustedRoute.
+/// "certificate", with its key in it; "error-STATUS.html"; "cameras.sock" and "lists.sock", where the workers listen,
+/// and "login.sock", where recorder-login does; "strip.lua", see StripScript(); and "route", the folder of
+/// TrustedRoute.
 struct WebServerOptions {
   std::filesystem::path runFolder;
-  int port = 0;  ///< 0: a free one
+  ListenAddress address;
   bool hasPage = false;
-  bool hasTls = false;
-  std::vector<std::string> proxies = {};  ///< addresses that are believed whom they ask for
+  std::optional<CertificateFiles> certificate = {};  ///< for TLS; nothing for plain HTTP
+  std::vector<std::string> proxies = {};             ///< addresses that are believed whom they ask for
 };
 
-/// The text of lighttpd's configuration file, for a server that listens on `port` of 127.0.0.1.
+/// The text of lighttpd's configuration file, for a server that listens on `port` of the wanted address.
 std::string LighttpdConfig(const WebServerOptions& options, int port);
 
 /// The text of a script that the web server runs: it takes a login by name and password out of a request before that

@@ -5,9 +5,13 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
+#include "recorder/access/users.h"
+#include "recorder/ctl/certificate_files.h"
+#include "recorder/ctl/serve/listen_address.h"
 #include "recorder/ctl/serve/run_folder.h"
 #include "recorder/ctl/serve/served_address.h"
 #include "recorder/ctl/serve/server_errors.h"
@@ -24,10 +28,10 @@ namespace recorder {
 namespace {
 
 using std::filesystem::absolute;
-using std::filesystem::create_symlink;
 using std::filesystem::path;
 
 struct ServeOptions {
+  std::string listen;  // ADDRESS:PORT; "": this machine alone, at `port`
   int port = 0;
   int cameraWorkers = 4;    // for methods that wait for cameras
   int listWorkers = 2;      // for methods that do not, so that silent cameras keep nobody from the lists
@@ -35,7 +39,9 @@ struct ServeOptions {
   std::string key;          // PEM file with its key; "": in the same file
   std::string worker;       // program; "": recorder-webapi beside this one
 
-  bool HasTls() const { return !certificate.empty(); }
+  ListenAddress Address() const {
+    return listen.empty() ? ListenAddress{.port = port} : ParseListenAddress(listen).value();
+  }
 };
 
 /// Blocks the signals that end the program, and the one of a child's end; call before anything is started.
@@ -58,8 +64,31 @@ path LoginProgram(const ServeOptions& options) {
   return exists(beside) ? beside : std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-login";
 }
 
-/// Puts what the web server needs into its folder: see WebServerOptions.
-void Furnish(const RunFolder& run, const ServeOptions& options, const Config& config) {
+/// What to serve https with; nothing for http. With --listen alone, the recorder's own is found by itself.
+std::optional<CertificateFiles> FindCertificate(const ServeOptions& options, const path& stateFolder) {
+  if (!options.certificate.empty()) {
+    return CertificateFiles{absolute(options.certificate),
+                            absolute(options.key.empty() ? options.certificate : options.key)};
+  }
+  const CertificateFiles own = OwnCertificate(stateFolder);
+  return !options.listen.empty() && exists(own.certificate) ? std::optional(own) : std::nullopt;
+}
+
+/// Lets nobody ask from another machine without TLS, which hides logins, and without a user who could log in.
+void RefuseUnsafe(const ListenAddress& address, bool hasTls, const path& stateFolder) {
+  if (address.IsForThisMachineAlone()) return;
+  const std::string refusal = "other machines could ask at " + address.host + ", which needs ";
+  if (!hasTls) {
+    throw std::runtime_error(
+        refusal + "a certificate: \"recorderctl certificate make\" makes one, --tls-certificate names another");
+  }
+  if (ReadUsers(stateFolder).empty()) {
+    throw std::runtime_error(refusal + "a user: \"recorderctl user add admin --random\" makes one");
+  }
+}
+
+/// Puts what the web server needs into its folder, but for a certificate: see WebServerOptions.
+void Furnish(const RunFolder& run, const Config& config) {
   if (config.pageFolder.empty()) {
     std::filesystem::create_directory(run / "www");
   } else {
@@ -67,10 +96,25 @@ void Furnish(const RunFolder& run, const ServeOptions& options, const Config& co
   }
   WriteServerErrors(run.Path());
   ReplaceFile(run / "strip.lua", StripScript());
-  if (!options.HasTls()) return;
-  create_symlink(absolute(options.certificate), run / "certificate");
-  create_symlink(absolute(options.key.empty() ? options.certificate : options.key), run / "key");
 }
+
+/// The processes behind the web server, which find configuration and run folder in their environment.
+class Pools {
+ public:
+  Pools(const RunFolder& run, const ServeOptions& options)
+      : logins_(run / "login.sock", LoginProgram(options), 1),
+        cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers),
+        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers) {}
+
+  void Replenish() {
+    for (WorkerPool* pool : {&logins_, &cameraWorkers_, &listWorkers_}) pool->Replenish();
+  }
+
+ private:
+  WorkerPool logins_;
+  WorkerPool cameraWorkers_;
+  WorkerPool listWorkers_;
+};
 
 /// Calls `work` now and then, at once when a child ends, until a signal tells the program to end.
 template <class Work>
@@ -88,53 +132,84 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   const ModuleLibrary module(config.module);  // what is wrong with it is said here, not by a worker that dies
   RehearseMedia();
 
+  ListenAddress address = options.Address();
+  const std::optional<CertificateFiles> certificate = FindCertificate(options, config.stateFolder);
+  RefuseUnsafe(address, certificate.has_value(), config.stateFolder);
+
   const RunFolder run;
-  Furnish(run, options, config);
+  Furnish(run, config);
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
   setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
-  WorkerPool logins(run / "login.sock", LoginProgram(options), 1);
+  Pools pools(run, options);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
-  WorkerPool cameraWorkers(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers);
-  WorkerPool listWorkers(run / "lists.sock", WorkerProgram(options), options.listWorkers);
-  WebServer server =
-      StartWebServer({run.Path(), options.port, !config.pageFolder.empty(), options.HasTls(), config.proxies});
-  const ServedAddress address(config.stateFolder, options.HasTls(), server.port);
-  std::cout << address.Text() << std::endl;
+  WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
+  address.port = server.Port();
+  const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
+  std::cout << served.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {
-    if (server.process.HasEnded()) throw std::runtime_error("the web server has ended");
-    logins.Replenish();
-    cameraWorkers.Replenish();
-    listWorkers.Replenish();
+    server.Update();
+    pools.Replenish();
     trustedRoute.Update();
   });
+}
+
+CLI::Validator IsListenAddress() {
+  const auto mistake = [](const std::string& text) {
+    return ParseListenAddress(text) ? "" : text + " is no address with a port, such as 192.0.2.7:8443 or [::]:8443";
+  };
+  return {mistake, "ADDRESS:PORT", "listen"};
+}
+
+void AddAddressOptions(CLI::App& command, ServeOptions& options) {
+  CLI::Option* port =
+      command.add_option("--port", options.port, "port to listen on at 127.0.0.1 (default: a free one)")
+          ->check(CLI::Range(0, 65535));
+  command
+      .add_option("--listen", options.listen,
+                  "ADDRESS:PORT or [IPv6]:PORT to listen on instead; port 0 is a free one, [::] all addresses. Where "
+                  "other machines can ask, that needs a user and a certificate")
+      ->check(IsListenAddress())
+      ->excludes(port);
+}
+
+void AddTlsOptions(CLI::App& command, ServeOptions& options) {
+  CLI::Option* certificate =
+      command
+          .add_option("--tls-certificate", options.certificate,
+                      "serve https with this certificate (PEM file), and with each that replaces it (default with "
+                      "--listen: that of \"recorderctl certificate make\", if there is one)")
+          ->check(CLI::ExistingFile);
+  command.add_option("--tls-key", options.key, "the certificate's key (PEM file; default: it is in the same file)")
+      ->check(CLI::ExistingFile)
+      ->needs(certificate);
+}
+
+void AddWorkerOptions(CLI::App& command, ServeOptions& options) {
+  command.add_option("--workers", options.cameraWorkers, "worker processes for methods that wait for cameras")
+      ->check(CLI::Range(1, 64))
+      ->capture_default_str();
+  command.add_option("--list-workers", options.listWorkers, "worker processes for all other methods")
+      ->check(CLI::Range(1, 64))
+      ->capture_default_str();
+  command.add_option("--worker", options.worker, "program of the workers (default: recorder-webapi beside this one)")
+      ->check(CLI::ExistingFile)
+      ->envname("RECORDER_WORKER");
 }
 
 }  // namespace
 
 void AddServeCommand(CLI::App& app, const std::string& configOption) {
-  CLI::App* command = app.add_subcommand("serve", "Run the recorder's web server on 127.0.0.1 until it is told to end");
+  CLI::App* command = app.add_subcommand("serve", "Run the recorder's web server until it is told to end");
   const auto options = std::make_shared<ServeOptions>();
-  command->add_option("--port", options->port, "port to listen on (default: a free one)")->check(CLI::Range(0, 65535));
-  command->add_option("--workers", options->cameraWorkers, "worker processes for methods that wait for cameras")
-      ->check(CLI::Range(1, 64))
-      ->capture_default_str();
-  command->add_option("--list-workers", options->listWorkers, "worker processes for all other methods")
-      ->check(CLI::Range(1, 64))
-      ->capture_default_str();
-  CLI::Option* certificate =
-      command->add_option("--tls-certificate", options->certificate, "serve https with this certificate (PEM file)")
-          ->check(CLI::ExistingFile);
-  command->add_option("--tls-key", options->key, "the certificate's key (PEM file; default: it is in the same file)")
-      ->check(CLI::ExistingFile)
-      ->needs(certificate);
-  command->add_option("--worker", options->worker, "program of the workers (default: recorder-webapi beside this one)")
-      ->check(CLI::ExistingFile)
-      ->envname("RECORDER_WORKER");
+  AddAddressOptions(*command, *options);
+  AddTlsOptions(*command, *options);
+  AddWorkerOptions(*command, *options);
   command->footer(
       "Examples:\n"
       "  recorderctl serve --port 8080\n"
-      "  recorderctl serve --port 8443 --tls-certificate certificate.pem --tls-key key.pem");
+      "  recorderctl serve --listen 192.0.2.7:8443\n"
+      "  recorderctl serve --listen [::]:8443 --tls-certificate certificate.pem --tls-key key.pem");
   command->callback([options, &configOption] { Serve(*options, configOption); });
 }
 

@@ -3,7 +3,9 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "recorder/ctl/own_addresses.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -11,11 +13,27 @@ namespace {
 
 std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / "address"; }
 
+/// One that other machines can reach, if there is one.
+std::string AnyOwnAddress(bool mayBeIpv6) {
+  for (const std::string& text : OwnAddresses()) {
+    const bool isIpv6 = text.find(':') != std::string::npos;
+    if (!ListenAddress{text}.IsForThisMachineAlone() && (mayBeIpv6 || !isIpv6)) return text;
+  }
+  return "localhost";
+}
+
+std::string HostToAsk(const ListenAddress& address, const std::vector<std::string>& hostNames) {
+  if (!address.IsForThisMachineAlone() && !hostNames.empty()) return hostNames.front();
+  return address.IsEveryAddress() ? AnyOwnAddress(address.host == "::") : address.host;
+}
+
 }  // namespace
 
-ServedAddress::ServedAddress(const std::filesystem::path& stateFolder, bool hasTls, int port)
+ServedAddress::ServedAddress(const std::filesystem::path& stateFolder, const ListenAddress& address, bool hasTls,
+                             const std::vector<std::string>& hostNames)
     : file_(FileIn(stateFolder)),
-      text_(std::string(hasTls ? "https" : "http") + "://127.0.0.1:" + std::to_string(port) + "/") {
+      text_((hasTls ? "https://" : "http://") + WithBrackets(HostToAsk(address, hostNames)) + ":" +
+            std::to_string(address.port) + "/") {
   ReplaceFile(file_, text_);
 }
 

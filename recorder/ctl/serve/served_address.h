@@ -2,6 +2,9 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
+
+#include "recorder/ctl/serve/listen_address.h"
 
 namespace recorder {
 
@@ -9,7 +12,9 @@ namespace recorder {
 /// commands can name it. Throws std::system_error.
 class ServedAddress {
  public:
-  ServedAddress(const std::filesystem::path& stateFolder, bool hasTls, int port);
+  /// `hostNames`: by which other machines know this one.
+  ServedAddress(const std::filesystem::path& stateFolder, const ListenAddress& address, bool hasTls,
+                const std::vector<std::string>& hostNames);
   ~ServedAddress();
   ServedAddress(const ServedAddress&) = delete;
   ServedAddress& operator=(const ServedAddress&) = delete;

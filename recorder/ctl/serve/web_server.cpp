@@ -1,12 +1,17 @@
 #include "recorder/ctl/serve/web_server.h"
 
 #include <arpa/inet.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <cstring>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -24,21 +29,32 @@ using std::filesystem::path;
 constexpr int kFreePortTries = 5;
 constexpr std::chrono::seconds kStartLimit{15};
 
-int FindFreePort() {
-  const FileDescriptor probe(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof(address);
-  if (bind(probe.Get(), reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      getsockname(probe.Get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    throw std::runtime_error("no free port");
-  }
-  return ntohs(address.sin_port);
+using AddressList = std::unique_ptr<addrinfo, Deleter<freeaddrinfo>>;
+
+AddressList ToSocketAddress(const std::string& host) {
+  addrinfo hints = {};
+  hints.ai_flags = AI_NUMERICHOST;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (getaddrinfo(host.c_str(), "0", &hints, &found) != 0) throw std::runtime_error("no address: " + host);
+  return AddressList(found);
 }
 
+int FindFreePort(const std::string& host) {
+  const AddressList wanted = ToSocketAddress(host);
+  const FileDescriptor probe(socket(wanted->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_in6 address = {};  // both families have the port at the same place
+  socklen_t length = sizeof(address);
+  if (bind(probe.Get(), wanted->ai_addr, wanted->ai_addrlen) != 0 ||
+      getsockname(probe.Get(), reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+    throw std::runtime_error("no free port at " + host + ": " + std::strerror(errno));
+  }
+  return ntohs(address.sin6_port);
+}
+
+/// By its whole path at first: only so can it run anew in the same process.
 void ExecuteServer(const path& configuration) {
-  for (const char* program : {"lighttpd", "/usr/sbin/lighttpd"}) {
+  for (const char* program : {"/usr/sbin/lighttpd", "lighttpd"}) {
     execlp(program, program, "-D", "-f", configuration.c_str(), nullptr);
   }
   std::cerr << "recorderctl: lighttpd is not installed\n";
@@ -56,16 +72,23 @@ bool Listens(ChildProcess& server, const path& pidFile) {
 
 }  // namespace
 
-WebServer StartWebServer(const WebServerOptions& options) {
+WebServer::WebServer(const WebServerOptions& options) {
+  if (options.certificate) certificate_.emplace(*options.certificate, options.runFolder / "certificate");
   const path configuration = options.runFolder / "lighttpd.conf";
+  const auto& [host, wanted] = options.address;
   // Another program may take a free port before the server does; then the next one is tried.
-  for (int tries = options.port != 0 ? 1 : kFreePortTries; tries > 0; --tries) {
-    const int port = options.port != 0 ? options.port : FindFreePort();
-    ReplaceFile(configuration, LighttpdConfig(options, port));
-    ChildProcess server([&] { ExecuteServer(configuration); });
-    if (Listens(server, options.runFolder / "lighttpd.pid")) return {std::move(server), port};
+  for (int tries = wanted != 0 ? 1 : kFreePortTries; tries > 0; --tries) {
+    port_ = wanted != 0 ? wanted : FindFreePort(host);
+    ReplaceFile(configuration, LighttpdConfig(options, port_));
+    process_ = ChildProcess([&] { ExecuteServer(configuration); });
+    if (Listens(process_, options.runFolder / "lighttpd.pid")) return;
   }
   throw std::runtime_error("the web server did not start");
+}
+
+void WebServer::Update() {
+  if (process_.HasEnded()) throw std::runtime_error("the web server has ended");
+  if (certificate_ && certificate_->Update()) kill(process_.Id(), SIGUSR1);
 }
 
 }  // namespace recorder
