@@ -1,6 +1,9 @@
 #include "rig/recorder.h"
 
 #include <fcntl.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +16,7 @@ extern "C" {
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
@@ -112,6 +116,15 @@ std::vector<std::string> Words(const std::string& line) {
 
 bool CanRunAlone() { return Run("/usr/bin/unshare", {NamespaceFlags(), "ip", "link"}).status == 0; }
 
+bool EnterOwnNetwork() {
+  if (unshare(geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWNET | CLONE_NEWUSER) != 0) return false;
+  const recorder::FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  ifreq loopback = {};
+  std::strcpy(loopback.ifr_name, "lo");
+  loopback.ifr_flags = IFF_UP;
+  return ioctl(socket.Get(), SIOCSIFFLAGS, &loopback) == 0;
+}
+
 Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input) {
   constexpr char kScript[] = R"(
     ip link set lo up multicast on
@@ -186,8 +199,7 @@ TestRecorder::TestRecorder(const Options& options) {
   for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
   for (const std::string& proxy : options.proxies) config["logins"]["proxies"].append(proxy);
   folder_.Write("recorder.json", ToText(config));
-  const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + '\n');
-  if (user.status != 0) throw std::runtime_error(user.output);
+  options.prepare(*this);
 
   // A proxy that does not exist would take part in every request to a camera, if any were asked.
   std::vector<std::string> command = {"/usr/bin/env",
@@ -202,6 +214,11 @@ TestRecorder::TestRecorder(const Options& options) {
   server_ = std::make_unique<Process>(std::move(command), folder_.Path() / "log");
   const std::string address = server_->ReadLine();  // http://127.0.0.1:PORT/
   port_ = std::stoi(address.substr(address.rfind(':') + 1));
+}
+
+void TestRecorder::AddTester() const {
+  const Finished user = Control({"user", "add", kUser}, std::string(kPassword) + '\n');
+  if (user.status != 0) throw std::runtime_error(user.output);
 }
 
 Headers TestRecorder::Login() const { return LoginOf(kUser, kPassword); }

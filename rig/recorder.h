@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -63,6 +64,10 @@ std::vector<std::string> Words(const std::string& line);
 /// False when RunAlone() needs more than this user may do.
 bool CanRunAlone();
 
+/// Moves this process, and all that it starts, to a network of nothing but a loopback interface, where each port is
+/// free. False when this user may not.
+bool EnterOwnNetwork();
+
 /// Runs recorderctl for five seconds at most, on a machine of its own: with the simulated cameras of cameras.json in
 /// `folder`, a network of nothing but a loopback interface that takes multicasts, and those of resolv.conf(5) and
 /// nsswitch.conf(5) that are in `folder`.
@@ -114,6 +119,8 @@ class TestRecorder {
     std::vector<std::string> proxies = {};  ///< that are believed whom they ask for
     std::vector<std::string> serveArguments = {};
     std::string pageFolder = {};
+    /// What is done before it is started, instead of making its user.
+    std::function<void(const TestRecorder&)> prepare = &TestRecorder::AddTester;
   };
   TestRecorder();
   explicit TestRecorder(const Options& options);
@@ -129,6 +136,8 @@ class TestRecorder {
   Reply Ask(const std::string& verb, const std::string& path, const Headers& headers,
             const std::string& body = {}) const;
   Headers Login() const;
+  /// Makes the user of Login().
+  void AddTester() const;
 
   /// recorderctl with this recorder's configuration.
   Finished Control(const std::vector<std::string>& arguments, const std::string& input = {}) const;
