@@ -8,7 +8,7 @@ namespace recorder {
 
 std::string TimeText(std::int64_t seconds) {
   if (seconds == 0) return "-";
-  const std::time_t time = seconds;
+  const auto time = static_cast<std::time_t>(seconds);  // of 32 bits on some machines: until 2038
   std::tm parts{};
   gmtime_r(&time, &parts);
   std::array<char, 32> text{};
