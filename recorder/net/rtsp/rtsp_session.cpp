@@ -130,7 +130,7 @@ void RtspSession::Finish(Outcome outcome) {
 
 std::string RtspSession::Teardown() {
   std::string text;
-  if (session_.id.empty()) return text;
+  if (session_.id.empty() || IsLoginOnTrial()) return text;
   const Outcome outcome = Compose({"TEARDOWN", ResolveControl(base_, video_.sessionControl), ""}, text);
   return outcome == Outcome::kOk ? text : "";
 }
