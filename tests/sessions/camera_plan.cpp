@@ -12,6 +12,7 @@ using enum Outcome;
 LoginPlan MakeLogin(Chance& chance) {
   LoginPlan login;
   login.offer = chance.OneIn(3) ? chance.Of(Offers()) : Offers()[chance.Below(2)];
+  login.asksAtPlay = chance.OneIn(8);
   login.isOneLine = chance.OneIn(4);
   login.hasSemicolons = chance.OneIn(8);
   login.hasQop = chance.OneIn(2);
@@ -123,16 +124,18 @@ Outcome CameraPlan::OfLogin() const {
 bool CameraPlan::IsUdp() const { return hasPorts && redirect.text.find("rtsps") == std::string::npos; }
 
 Outcome CameraPlan::Expected() const {
-  const Outcome ofLogin = OfLogin();
-  const bool isOverLogin = !login.offer.schemes.empty() && describe.text.empty() && IsClosing(describe.end);
+  const Answer& asked = login.asksAtPlay ? play : describe;
+  const bool isOverLogin = !login.offer.schemes.empty() && asked.text.empty() && IsClosing(asked.end);
   Outcome ofPackets = kOk;
   const Outcome ofSilence = IsUdp() && packets == 0 ? kTransportRefused : kTimedOut;
   if (packets < packetsWanted) ofPackets = IsClosing(behindPackets) ? kNotUnderstood : ofSilence;
-  for (const Outcome outcome : {connects, isRedirectOpen ? redirect.outcome : kOk, ofLogin, redirect.outcome,
-                                isOverLogin ? kLoginRefused : describe.outcome, IsUdp() ? udp.outcome : setup.outcome,
-                                isFlooding ? kNotUnderstood
-                                : IsUdp()  ? play.outcome
-                                           : OfPlay(play),
+  for (const Outcome outcome : {connects, isRedirectOpen ? redirect.outcome : kOk, login.asksAtPlay ? kOk : OfLogin(),
+                                redirect.outcome, isOverLogin && !login.asksAtPlay ? kLoginRefused : describe.outcome,
+                                IsUdp() ? udp.outcome : setup.outcome, OfLogin(),
+                                isFlooding    ? kNotUnderstood
+                                : isOverLogin ? kLoginRefused
+                                : IsUdp()     ? play.outcome
+                                              : OfPlay(play),
                                 ofPackets}) {
     if (outcome != kOk) return outcome;
   }
@@ -158,6 +161,7 @@ void CameraPlan::AllowWithLogin(std::set<Outcome>& allowed) const {
   const bool isChanged = !login.changesNonce.empty();
   if (isLate || isNonceLost || login.weakens || (isChanged && login.changesAlways)) allowed.insert(kLoginRefused);
   if (isChanged && isLeft) allowed.insert({kNotUnderstood, play.outcome});
+  if (login.asksAtPlay && (isChanged || isLeft)) allowed.insert(kLoginRefused);
   if (isChanged && isLeft && setup.text.empty()) allowed.insert(kLoginRefused);
 }
 

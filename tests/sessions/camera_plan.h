@@ -36,6 +36,7 @@ struct LoginPlan {
   bool isOneLine = false;
   bool hasSemicolons = false;
   bool hasQop = false;
+  bool asksAtPlay = false;   ///< for it, and from then on
   bool weakens = false;      ///< it offers Basic alone the second time
   std::size_t stale = 0;     ///< right logins that are called stale
   std::string changesNonce;  ///< at the first such request, or at each

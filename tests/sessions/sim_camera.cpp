@@ -88,7 +88,7 @@ void SimCamera::CheckForm(std::string_view request) {
 }
 
 void SimCamera::Reply(const Heard& request, Clock::time_point at) {
-  if (request.method == "TEARDOWN") return;
+  if (request.method == "TEARDOWN") return static_cast<void>(Refuses(request, at));
   const bool isDescribe = request.method == "DESCRIBE";
   if (isDescribe && request.uri.find("://cam:") == std::string::npos) mistake_ = "another host: " + request.uri;
   if (request.method == "OPTIONS") hasOptions_ = true;

@@ -34,7 +34,8 @@ std::string Parameter(std::string_view authorization, const std::string& name) {
 }  // namespace
 
 SimLogin::Verdict SimLogin::Judge(std::string_view method, std::string_view uri, std::string_view authorization) {
-  if (plan_.offer.schemes.empty()) return Verdict::kRight;
+  hasBegun_ |= !plan_.asksAtPlay || method == "PLAY";
+  if (plan_.offer.schemes.empty() || !hasBegun_) return Verdict::kRight;
   if (authorization.empty()) return Verdict::kMissing;
   const bool isBasic = authorization.starts_with("Basic ");
   wasBasicBehindDigest_ |= isBasic && hasAskedForDigest_;

@@ -42,6 +42,7 @@ class SimLogin {
   int asked_ = 0;
   int wrong_ = 0;
   std::size_t saidStale_ = 0;
+  bool hasBegun_ = false;
   bool hasChanged_ = false;
   bool hasAskedForDigest_ = false;
   bool wasBasicBehindDigest_ = false;
