@@ -7,15 +7,10 @@
 namespace sessions {
 namespace {
 
-using enum Outcome;
-
 LoginPlan MakeLogin(Chance& chance) {
   LoginPlan login;
-  login.offer = chance.OneIn(3) ? chance.Of(Offers()) : Offers()[chance.Below(2)];
+  login.offer = chance.OneIn(3) ? chance.Of(kOffers) : kOffers[chance.Below(2)];
   login.asksAtPlay = chance.OneIn(8);
-  login.isOneLine = chance.OneIn(4);
-  login.hasSemicolons = chance.OneIn(8);
-  login.hasQop = chance.OneIn(2);
   login.stale = chance.Mostly<std::size_t>({0, 1, 1000});
   login.changesNonce = chance.Mostly<std::string>({"", "SETUP", "PLAY"});
   login.changesAlways = chance.OneIn(3);
@@ -25,14 +20,14 @@ LoginPlan MakeLogin(Chance& chance) {
   login.after401 = chance.Mostly<End>({End::kStays, End::kSaysClose, End::kCloses});
   login.closesAfter = milliseconds(chance.Of<int>({0, 0, 5, 19, 60}));
   login.closesOnce = chance.OneIn(2);
-  login.refusal = chance.Mostly(Refusals());
+  login.refusal = chance.Mostly(kRefusals);
   return login;
 }
 
 /// Usual, a status that ends the session, or trouble.
 Answer MakeAnswer(Chance& chance, const std::vector<Answer>& usual) {
   if (!chance.OneIn(8)) return chance.Mostly(usual);
-  return chance.Of(chance.OneIn(2) ? Troubles() : Statuses());
+  return chance.Of(chance.OneIn(2) ? kTroubles : kStatuses);
 }
 
 /// Puts any bytes in the place of some.
@@ -50,7 +45,7 @@ void MakePackets(Chance& chance, CameraPlan& plan) {
   plan.packets = chance.OneIn(6) ? chance.Below(plan.packetsWanted) : plan.packetsWanted;
   plan.packetsEarly = chance.OneIn(4) ? chance.Below(plan.packets + 1) : 0;
   plan.packetSize = chance.Mostly<std::size_t>({200, 1, 1400, 65'000});
-  plan.packetGap = milliseconds(chance.Mostly<int>({0, 40, 1'000, 4'000}));
+  plan.packetGap = milliseconds(chance.Of<int>({0, 40, 1'000, 4'000}));
   plan.behindPackets = chance.Mostly<End>({End::kStays, End::kCloses, End::kResets});
   plan.isFlooding = chance.OneIn(2000);
   plan.endsIdleSession = chance.OneIn(3);
@@ -71,7 +66,7 @@ bool IsClosing(End end) { return end == End::kCloses || end == End::kResets; }
 
 /// Between packets, what belongs to nothing is passed over.
 Outcome OfPlay(const Answer& answer) {
-  const bool isAnswer = std::ranges::any_of(Statuses(), [&](const Answer& row) { return row.text == answer.text; });
+  const bool isAnswer = std::ranges::any_of(kStatuses, [&](const Answer& row) { return row.text == answer.text; });
   const bool isPassedOver = answer.outcome != kOk && !isAnswer && !IsClosing(answer.end);
   return isPassedOver ? kTimedOut : answer.outcome;
 }
@@ -86,46 +81,46 @@ CameraPlan MakePlan(Chance& chance) {
   if (chance.OneIn(8)) plan.deadline = milliseconds(chance.Below(3'000));
   if (chance.OneIn(8)) plan.answerBy = milliseconds(1 + chance.Below(2'000));
   plan.login = MakeLogin(chance);
-  if (chance.OneIn(6)) plan.redirect = chance.Of(Redirects());
+  if (chance.OneIn(6)) plan.redirect = chance.Of(kRedirects);
   plan.isRedirectOpen = chance.OneIn(2);
   plan.optionsFirst = chance.Mostly<std::string>({"", "400", "455"});
   plan.optionsOrder = chance.Of<CameraPlan::Order>(
       {CameraPlan::Order::kBehind, CameraPlan::Order::kBefore, CameraPlan::Order::kUnread});
   plan.isOptionsOpen = !chance.OneIn(2);
   plan.isOptionsOfConnection = chance.OneIn(2);
-  plan.describe = MakeAnswer(chance, Descriptions());
-  plan.setup = MakeAnswer(chance, Grants());
-  plan.play = MakeAnswer(chance, Starts());
+  plan.describe = MakeAnswer(chance, kDescriptions);
+  plan.setup = MakeAnswer(chance, kGrants);
+  plan.play = MakeAnswer(chance, kStarts);
   if (plan.setup.outcome == kTransportRefused) {
     plan.hasPorts = !chance.OneIn(6);
-    plan.udp = chance.Mostly(UdpGrants());
+    plan.udp = chance.Mostly(kUdpGrants);
   }
   plan.isDamaged = chance.OneIn(20);
   if (plan.isDamaged) Damage(chance, chance.Of<Answer*>({&plan.describe, &plan.setup, &plan.play})->text);
   plan.hasCseq = !chance.OneIn(6);
-  plan.says100 = chance.OneIn(6);
   plan.asks = chance.OneIn(6);
-  plan.hasStray = chance.OneIn(6);
   MakePackets(chance, plan);
   MakeNetwork(chance, plan);
   return plan;
 }
 
 Outcome CameraPlan::OfLogin() const {
-  if (login.offer.schemes.empty()) return kOk;
+  if (login.offer.empty()) return kOk;
   if (!hasLogin) return kLoginRefused;
-  if (login.offer.outcome != kOk) return login.offer.outcome;
+  if (login.offer == "i") return kNotUnderstood;
+  if (login.offer.find_first_of("un") != std::string::npos) return kLoginUnsupported;
+  if (!isRight) return login.refusal.outcome;
   const bool isTooStale = login.IsDigest() && login.stale > 1;
   const bool isNonceLost =
       login.IsDigest() && login.isNonceOfConnection && login.after401 != End::kStays && !login.closesOnce;
-  return isRight && !isTooStale && !isNonceLost ? kOk : kLoginRefused;
+  return !isTooStale && !isNonceLost ? kOk : kLoginRefused;
 }
 
 bool CameraPlan::IsUdp() const { return hasPorts && redirect.text.find("rtsps") == std::string::npos; }
 
 Outcome CameraPlan::Expected() const {
   const Answer& asked = login.asksAtPlay ? play : describe;
-  const bool isOverLogin = !login.offer.schemes.empty() && asked.text.empty() && IsClosing(asked.end);
+  const bool isOverLogin = !login.offer.empty() && asked.text.empty() && IsClosing(asked.end);
   Outcome ofPackets = kOk;
   const Outcome ofSilence = IsUdp() && packets == 0 ? kTransportRefused : kTimedOut;
   if (packets < packetsWanted) ofPackets = IsClosing(behindPackets) ? kNotUnderstood : ofSilence;
@@ -159,9 +154,10 @@ void CameraPlan::AllowWithLogin(std::set<Outcome>& allowed) const {
   const bool isLate = isLeft && (isMet || login.closesAfter >= kShortestPause);
   const bool isNonceLost = isLeft && login.isNonceOfConnection && !(isSeen && login.closesOnce);
   const bool isChanged = !login.changesNonce.empty();
-  if (isLate || isNonceLost || login.weakens || (isChanged && login.changesAlways)) allowed.insert(kLoginRefused);
+  const bool isLost = isLate || isNonceLost || (isLeft && login.asksAtPlay);
+  if (isLost || login.weakens || (isChanged && (login.changesAlways || login.asksAtPlay)))
+    allowed.insert(kLoginRefused);
   if (isChanged && isLeft) allowed.insert({kNotUnderstood, play.outcome});
-  if (login.asksAtPlay && (isChanged || isLeft)) allowed.insert(kLoginRefused);
   if (isChanged && isLeft && setup.text.empty()) allowed.insert(kLoginRefused);
 }
 
@@ -172,7 +168,7 @@ std::set<Outcome> CameraPlan::Allowed() const {
   if (isShort || answerBy.count() > 0 || stopsAt > 0) allowed.insert(kTimedOut);
   if (isBroken) allowed.insert({kNotUnderstood, kLoginRefused});
   if (IsUdp() && (isShort || isBroken)) allowed.insert(kTransportRefused);
-  if (!login.offer.schemes.empty()) AllowWithLogin(allowed);
+  if (!login.offer.empty()) AllowWithLogin(allowed);
   if (!optionsFirst.empty()) AllowWithOptions(allowed);
   return allowed;
 }

@@ -24,18 +24,10 @@ struct Answer {
   std::string track{};  ///< of a description: the address that SETUP is to name
 };
 
-/// What a camera asks who wants to log in for, one letter each: b Basic, m MD5, d Digest without an algorithm, s
-/// SHA-256, t MD5-sess, u an unknown Digest, n Negotiate. "" for no login.
-struct Offer {
-  std::string schemes;
-  Outcome outcome;  ///< of a right login
-};
-
 struct LoginPlan {
-  Offer offer{"", Outcome::kOk};
-  bool isOneLine = false;
-  bool hasSemicolons = false;
-  bool hasQop = false;
+  /// What a camera asks for, one letter each: b Basic, d Digest by MD5, s by SHA-256, u by an unknown algorithm, i with
+  /// a line that it injects, n Negotiate. "" for no login.
+  std::string offer;
   bool asksAtPlay = false;   ///< for it, and from then on
   bool weakens = false;      ///< it offers Basic alone the second time
   std::size_t stale = 0;     ///< right logins that are called stale
@@ -47,7 +39,7 @@ struct LoginPlan {
   milliseconds closesAfter{0};
   bool closesOnce = false;
   Answer refusal;  ///< of a wrong login; "" for another 401
-  bool IsDigest() const { return offer.schemes.find_first_of("mdst") != std::string::npos; }
+  bool IsDigest() const { return offer.find_first_of("ds") != std::string::npos; }
 };
 
 /// All that is known beforehand of one session: the camera, whoever asks it, and the network between them.
@@ -65,19 +57,17 @@ struct CameraPlan {
   bool isRedirectOpen = false;  ///< it needs no login
   std::string optionsFirst;     ///< what DESCRIBE is answered before OPTIONS, "" for no such wish
   enum class Order { kBefore, kUnread, kBehind } optionsOrder = Order::kBehind;  ///< beside the judging of a login
-  bool isOptionsOpen = true;
-  bool isOptionsOfConnection = false;
+  bool isOptionsOpen = true, isOptionsOfConnection = false;
   Answer describe, setup, play;
   bool hasPorts = false;  ///< whoever asks has a pair of UDP; `udp` is the answer then
   Answer udp;
   std::size_t packetsEarly = 0, packets = 1, packetSize = 1;
   milliseconds packetGap{0};
   End behindPackets = End::kStays;
-  bool isFlooding = false, endsIdleSession = false, hasCseq = true, says100 = false, asks = false, hasStray = false;
+  bool isFlooding = false, endsIdleSession = false, hasCseq = true, asks = false;
   // The network.
   Outcome connects = Outcome::kOk;
-  milliseconds delay{0};
-  milliseconds jitter{0};
+  milliseconds delay{0}, jitter{0};
   std::size_t piece = 0;  ///< mostly; 0 for whole answers
   bool repeats = false;
   bool isDamaged = false;  ///< an answer, at random

@@ -15,67 +15,51 @@
 namespace sessions {
 namespace {
 
-struct Options {
-  std::uint64_t runs = 1'000'000;
-  std::uint64_t seed = 1;
-  bool tells = false;
+/// What came out of all sessions.
+struct Tally {
+  std::mutex mutex;
+  std::map<std::string, std::uint64_t> outcomes;
+  std::size_t mostHeld = 0;
+  int broken = 0;
 };
 
-/// Shares the seeds among threads, and tells what came out.
-class Trials {
- public:
-  explicit Trials(const Options& options) : options_(options) {}
+void Note(Tally& tally, std::uint64_t seed, const Run& run, bool isOnlyOne) {
+  constexpr int kMostTold = 10;
+  const std::scoped_lock lock(tally.mutex);
+  ++tally.outcomes[run.outcome];
+  tally.mostHeld = std::max(tally.mostHeld, run.mostHeld);
+  const bool isBroken = !run.mistake.empty();
+  if (isBroken) std::cout << "seed " << seed << " " << run.mistake << std::endl;
+  if (isOnlyOne || (isBroken && tally.broken < kMostTold)) std::cout << RunSession(Chance(seed), true).story;
+  tally.broken += isBroken ? 1 : 0;
+}
 
-  int Go() {
-    std::vector<std::thread> threads(std::max(1U, std::thread::hardware_concurrency()));
-    for (std::thread& thread : threads) thread = std::thread([this] { Work(); });
-    for (std::thread& thread : threads) thread.join();
-    for (const auto& [outcome, count] : outcomes_) std::cout << count << " x " << outcome << "\n";
-    std::cout << options_.runs << " sessions, the largest of " << mostHeld_ << " bytes, " << broken_ << " broken\n";
-    return broken_ == 0 ? 0 : 1;
-  }
-
- private:
-  void Work() {
-    for (std::uint64_t run = 0; (run = next_++) < options_.runs;) {
-      const std::uint64_t seed = options_.seed + run;
-      const Run result = RunSession(Chance(seed), options_.tells);
-      const bool isBroken = !result.mistake.empty();
-      const bool tells = options_.tells || (isBroken && broken_ < kMostTold);
-      Note(run, seed, result, tells ? RunSession(Chance(seed), true).story : "");
-    }
-  }
-
-  void Note(std::uint64_t run, std::uint64_t seed, const Run& result, const std::string& story) {
-    constexpr std::uint64_t kProgress = 100'000;
-    const std::scoped_lock lock(mutex_);
-    ++outcomes_[result.outcome];
-    mostHeld_ = std::max(mostHeld_, result.mostHeld);
-    broken_ += result.mistake.empty() ? 0 : 1;
-    if (!result.mistake.empty() || options_.tells)
-      std::cout << "seed " << seed << " " << result.mistake << "\n" << story;
-    if (run % kProgress == 0) std::cout << "session " << run << std::endl;
-  }
-
-  static constexpr int kMostTold = 10;
-  const Options options_;
-  std::atomic<std::uint64_t> next_ = 0;
-  std::atomic<int> broken_ = 0;
-  std::mutex mutex_;
-  std::map<std::string, std::uint64_t> outcomes_;
-  std::size_t mostHeld_ = 0;
-};
+/// Shares the seeds among threads.
+int RunAll(std::uint64_t seed, std::uint64_t runs) {
+  Tally tally;
+  std::atomic<std::uint64_t> next = 0;
+  const auto work = [&] {
+    for (std::uint64_t at = 0; (at = seed + next++) < seed + runs;)
+      Note(tally, at, RunSession(Chance(at), false), runs == 1);
+  };
+  std::vector<std::jthread> threads(std::max(1U, std::thread::hardware_concurrency()));
+  for (std::jthread& thread : threads) thread = std::jthread(work);
+  threads.clear();  // which waits for them
+  for (const auto& [outcome, count] : tally.outcomes) std::cout << count << " x " << outcome << "\n";
+  std::cout << runs << " sessions, the largest of " << tally.mostHeld << " bytes, " << tally.broken << " broken\n";
+  return tally.broken == 0 ? 0 : 1;
+}
 
 }  // namespace
 }  // namespace sessions
 
 int main(int argc, char** argv) {
-  sessions::Options options;
+  std::uint64_t runs = 1'000'000;
+  std::uint64_t seed = 1;
   CLI::App app("Sessions of the RTSP client with made-up cameras, networks and clocks, each by its seed.",
                "long_sessions");
-  app.add_option("--runs", options.runs)->capture_default_str();
-  app.add_option("--seed", options.seed, "of the first; the next one has the next")->capture_default_str();
-  app.add_flag("--tell", options.tells, "the story of each, not only of those that broke a promise");
+  app.add_option("--runs", runs, "a single one is told")->capture_default_str();
+  app.add_option("--seed", seed, "of the first; the next one has the next")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
-  return sessions::Trials(options).Go();
+  return sessions::RunAll(seed, runs);
 }

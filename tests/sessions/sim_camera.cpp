@@ -69,7 +69,7 @@ void SimCamera::Hear(std::string_view request, Clock::time_point at) {
   const Heard heard{Behind(request, "", " "), std::string(Behind(request, " ", " ")), request};
   if (!asksForLogin_ && !heard.Header("Authorization").empty()) mistake_ = "a login that was not asked for there";
   if (plan_.resetsAt > 0 && ++answers_ == plan_.resetsAt) return Leave(End::kResets, at);
-  if (plan_.asks && chance_.OneIn(2)) wire_->Say(chance_.Of(Questions()), at);
+  if (plan_.asks && chance_.OneIn(2)) wire_->Say(chance_.Of(kQuestions), at);
   Reply(heard, at);
 }
 
@@ -139,7 +139,6 @@ void SimCamera::Say(const Heard& request, const Answer& answer, Clock::time_poin
   if (isWhole && plan_.hasCseq) {
     text.insert(text.find("\r\n") + 2, "CSeq: " + std::string(request.Header("CSeq")) + "\r\n");
   }
-  if (isWhole && plan_.says100) text.insert(0, "RTSP/1.0 100 Continue\r\n\r\n");
   wire_->Say(text, at);
   if (plan_.repeats && chance_.OneIn(3)) wire_->Say(text, at);
   Leave(answer.end, at);
@@ -183,8 +182,7 @@ std::string SimCamera::Packet(std::size_t number, std::size_t size) {
 
 void SimCamera::SayPacket(Clock::time_point at) {
   if (isUdp_) return static_cast<void>(datagrams_.emplace_back(at + plan_.delay, Packet(next_++, plan_.packetSize)));
-  if (plan_.hasStray) wire_->Say(chance_.Of(Strays()), at);
-  if (plan_.asks && chance_.OneIn(4)) wire_->Say(chance_.Of(Questions()), at);
+  if (plan_.asks && chance_.OneIn(4)) wire_->Say(chance_.Of(kQuestions), at);
   const std::size_t size = plan_.packetSize;
   const std::string header = {'$', channel_, static_cast<char>(size >> 8), static_cast<char>(size & 255)};
   wire_->Say(header + Packet(next_++, size), at);

@@ -8,10 +8,8 @@
 
 namespace sessions {
 
-inline constexpr const char* kUser = "admin";
-inline constexpr const char* kPassword = "secret";
-
-/// How a simulated camera asks for logins and judges them, by the standards and not by the recorder's code.
+/// How a simulated camera asks for logins and judges them. A login is "scheme right|wrong method address use nonce":
+/// for what a request is made, not how it is hashed.
 class SimLogin {
  public:
   enum class Verdict { kRight, kMissing, kWrong, kStale };
@@ -27,18 +25,12 @@ class SimLogin {
   bool WasBasicBehindDigest() const { return wasBasicBehindDigest_; }
 
  private:
-  struct Nonce {
-    std::string realm;
-    std::string lastCount;
-  };
-
-  std::string Challenge(char scheme, const std::string& nonce, bool isStale) const;
-  bool IsRight(std::string_view method, std::string_view uri, std::string_view authorization);
+  static std::string Challenge(char scheme, const std::string& nonce);
   Verdict Anew() const { return plan_.saysStale ? Verdict::kStale : Verdict::kMissing; }
-  Verdict JudgeNonce(std::string_view method, std::string_view authorization);
+  Verdict JudgeNonce(std::string_view method, const std::string& nonce, int use);
 
   const LoginPlan& plan_;
-  std::map<std::string, Nonce, std::less<>> nonces_;
+  std::map<std::string, int> nonces_;  // and the last use of each
   int asked_ = 0;
   int wrong_ = 0;
   std::size_t saidStale_ = 0;
