@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "recorder/access/access_files.h"
-#include "recorder/access/password_hash.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
@@ -41,9 +40,22 @@ void CheckPassword(const std::string& password) {
   if (HoldsControls(password)) throw AccessError(AccessError::Kind::kInvalid, "the password holds a control character");
 }
 
-std::string CheckedHash(const std::string& password, const HashCost& cost) {
+std::string CheckedHash(const std::string& password, const PasswordHasher& hash) {
   CheckPassword(password);
-  return HashPassword(password, cost);
+  return hash(password);
+}
+
+void CheckIsNew(const std::vector<User>& users, const std::string& name) {
+  if (FindUser(users, name) == nullptr) return;
+  throw AccessError(AccessError::Kind::kConflict, "there is a user " + name + " already");
+}
+
+void CheckMayBeFirst(const AccessFiles& files, const std::string& link) {
+  const auto isMeant = [hash = HashOfSecret(link)](const Grant& grant) {
+    return grant.kind == Grant::Kind::kLink && grant.user.empty() && grant.hash == hash;
+  };
+  if (files.users.empty() && std::any_of(files.grants.begin(), files.grants.end(), isMeant)) return;
+  throw AccessError(AccessError::Kind::kConflict, "there is a first user already, or the link is too old");
 }
 
 void KeepAnAdmin(const std::vector<User>& users) {
@@ -80,21 +92,33 @@ const User* FindUser(const std::vector<User>& users, const std::string& name) {
 }
 
 void AddUser(const path& stateFolder, const std::string& name, const std::string& password, Role role,
-             const HashCost& cost) {
+             const PasswordHasher& hash) {
   CheckName(name);
-  const User user{name, CheckedHash(password, cost), role};
+  CheckIsNew(ReadUsers(stateFolder), name);
+  const User user{name, CheckedHash(password, hash), role};
   AccessFiles files(stateFolder);
-  if (FindUser(files.users, name) != nullptr)
-    throw AccessError(AccessError::Kind::kConflict, "there is a user " + name + " already");
+  CheckIsNew(files.users, name);  // nobody came meanwhile
   files.users.push_back(user);
   files.SaveUsers();
 }
 
-void ChangeUser(const path& stateFolder, const std::string& name, const UserChange& change, const HashCost& cost) {
-  const std::string hash = change.password ? CheckedHash(*change.password, cost) : "";
+void AddFirstUser(const path& stateFolder, const std::string& link, const std::string& name,
+                  const std::string& password, const PasswordHasher& hash) {
+  CheckName(name);
+  const User user{name, CheckedHash(password, hash), Role::kAdmin};
+  AccessFiles files(stateFolder);
+  CheckMayBeFirst(files, link);
+  std::erase_if(files.grants, [](const Grant& grant) { return grant.user.empty(); });
+  files.users.push_back(user);
+  Save(files);
+}
+
+void ChangeUser(const path& stateFolder, const std::string& name, const UserChange& change,
+                const PasswordHasher& hash) {
+  const std::string newHash = change.password ? CheckedHash(*change.password, hash) : "";
   AccessFiles files(stateFolder);
   User& user = files.FindUser(name);
-  if (change.password) user.hash = hash;
+  if (change.password) user.hash = newHash;
   if (change.role) user.role = *change.role;
   KeepAnAdmin(files.users);
   std::erase_if(files.grants, [&](const Grant& grant) { return grant.user == name && !grant.IsToken(); });

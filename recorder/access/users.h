@@ -1,13 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "recorder/access/access_error.h"
 #include "recorder/access/role.h"
-#include "recorder/utility/config.h"
 
 namespace recorder {
 
@@ -28,9 +28,17 @@ std::vector<User> ReadUsers(const std::filesystem::path& stateFolder);
 /// Null when there is none of this name.
 const User* FindUser(const std::vector<User>& users, const std::string& name);
 
-/// A new user, of whom nobody may have the name yet. Throws AccessError.
+/// Hashes a password: HashPassword, in the turn and at the cost of whoever wants it. What it throws, its caller gets.
+using PasswordHasher = std::function<std::string(const std::string& password)>;
+
+/// A new user, of whom nobody may have the name yet. Throws AccessError, mostly before it hashes.
 void AddUser(const std::filesystem::path& stateFolder, const std::string& name, const std::string& password, Role role,
-             const HashCost& cost);
+             const PasswordHasher& hash);
+
+/// The first user, an admin, by a link for him, which is used up then. Throws AccessError, also when somebody else has
+/// used it or has made a user meanwhile.
+void AddFirstUser(const std::filesystem::path& stateFolder, const std::string& link, const std::string& name,
+                  const std::string& password, const PasswordHasher& hash);
 
 /// What to change of a user: what is empty stays.
 struct UserChange {
@@ -40,7 +48,7 @@ struct UserChange {
 
 /// Ends the user's sessions and links; tokens stay and get the new role. Throws AccessError.
 void ChangeUser(const std::filesystem::path& stateFolder, const std::string& name, const UserChange& change,
-                const HashCost& cost);
+                const PasswordHasher& hash);
 
 /// With all sessions, links and tokens. Throws AccessError, also for the last admin.
 void RemoveUser(const std::filesystem::path& stateFolder, const std::string& name);

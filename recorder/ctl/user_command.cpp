@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "recorder/access/password_hash.h"
 #include "recorder/access/users.h"
 #include "recorder/ctl/password_input.h"
 #include "recorder/ctl/state_folder.h"
@@ -23,17 +24,21 @@ struct UserOptions {
   bool isJson = false;
 };
 
-HashCost CostOf(const std::string& configOption) { return LoadConfig(FindConfigFile(configOption)).hashCost; }
+PasswordHasher HasherOf(const std::string& configOption) {
+  return [cost = LoadConfig(FindConfigFile(configOption)).hashCost](const std::string& password) {
+    return HashPassword(password, cost);
+  };
+}
 
 /// Adds the user, or gives him the new password.
 void Store(const UserOptions& options, const std::string& password, const std::filesystem::path& folder,
-           const HashCost& cost) {
+           const PasswordHasher& hash) {
   const std::vector<User> users = ReadUsers(folder);
   const std::optional<Role> role = ParseRole(options.role);
   if (FindUser(users, options.name) != nullptr) {
-    ChangeUser(folder, options.name, {password, role}, cost);
+    ChangeUser(folder, options.name, {password, role}, hash);
   } else {
-    AddUser(folder, options.name, password, role.value_or(users.empty() ? Role::kAdmin : Role::kUser), cost);
+    AddUser(folder, options.name, password, role.value_or(users.empty() ? Role::kAdmin : Role::kUser), hash);
   }
 }
 
@@ -41,7 +46,7 @@ void Add(const UserOptions& options, const std::string& configOption) {
   std::string password = options.isRandom ? RandomPassword() : ReadPassword("Password of " + options.name);
   const WipeAtEnd wipe(password);
   if (password.empty()) throw std::runtime_error("no password on standard input; --random makes one");
-  Store(options, password, StateFolder(configOption), CostOf(configOption));
+  Store(options, password, StateFolder(configOption), HasherOf(configOption));
   if (options.isRandom) std::cout << password << "\n";
 }
 

@@ -52,10 +52,19 @@ LoginCheck::LoginCheck(std::filesystem::path stateFolder, const HashCost& cost)
 
 Role LoginCheck::Check(const PasswordLogin& login) {
   if (const auto role = Remembered(login)) return *role;
-  const auto turn = turns_.Take(remembered_.KeyOf(login.user, login.password));
-  if (!turn) throw TryLater(503, "too many logins are waiting; try again", std::chrono::seconds(2));
+  const Turns::Turn turn = TakeTurn(remembered_.KeyOf(login.user, login.password));
   if (const auto role = Remembered(login)) return *role;
   return CheckInTurn(login);
+}
+
+std::string LoginCheck::Hash(const std::string& password) {
+  const Turns::Turn turn = TakeTurn(MakeSecret());  // nobody else waits for the same
+  return HashPassword(password, cost_);
+}
+
+Turns::Turn LoginCheck::TakeTurn(const std::string& purpose) {
+  if (auto turn = turns_.Take(purpose)) return *std::move(turn);
+  throw TryLater(503, "too many logins are waiting; try again", std::chrono::seconds(2));
 }
 
 /// Throws HttpError in a pause.

@@ -23,8 +23,8 @@ struct PasswordLogin {
 /// The login of a header "Authorization: Basic" (RFC 7617); nothing when it is none.
 std::optional<PasswordLogin> ReadBasicLogin(const std::string& authorization, const std::string& address);
 
-/// Checks passwords, one at a time, since each costs the time and memory of its hash. Whoever guesses has to pause. Any
-/// thread.
+/// Checks and hashes passwords, one at a time, since each costs the time and memory of its hash. Whoever guesses has to
+/// pause. Any thread.
 class LoginCheck {
  public:
   LoginCheck(std::filesystem::path stateFolder, const HashCost& cost);
@@ -33,7 +33,11 @@ class LoginCheck {
   /// as long for one as for the other; 429 in a pause; 503 when too many wait.
   Role Check(const PasswordLogin& login);
 
+  /// The hash of a new password. Throws HttpError: 503 when too many wait.
+  std::string Hash(const std::string& password);
+
  private:
+  Turns::Turn TakeTurn(const std::string& purpose);
   std::optional<Role> Remembered(const PasswordLogin& login);
   Role CheckInTurn(const PasswordLogin& login);
   bool IsRight(const PasswordLogin& login, const User* user) const;

@@ -37,6 +37,10 @@ void CheckMayChange(LoginService& service, const LoginRequest& request, const Us
   if (isOwn && change.password) CheckOldPassword(service, request);
 }
 
+PasswordHasher HasherOf(LoginService& service) {
+  return [&](const std::string& password) { return service.check.Hash(password); };
+}
+
 }  // namespace
 
 LoginAnswer ListUsers(LoginService& service, const LoginRequest& /*request*/) {
@@ -54,10 +58,14 @@ LoginAnswer PostUser(LoginService& service, const LoginRequest& request) {
   const bool isFirst = MayMakeFirstUser(service, request);
   if (!isFirst && !request.caller) throw NotLoggedIn(request.http);
   if (!isFirst && !request.caller->IsAdmin()) throw HttpError(403, "only an admin may do that");
-  const Role role = isFirst ? Role::kAdmin : RoleIn(request).value_or(Role::kUser);
-  AddUser(service.config.stateFolder, TextOf(request, "name"), TextOf(request, "password"), role,
-          service.config.hashCost);
-  if (isFirst) EndGrants(service.config.stateFolder, [](const Grant& grant) { return grant.user.empty(); });
+  const std::filesystem::path& folder = service.config.stateFolder;
+  const std::string name = TextOf(request, "name");
+  const std::string password = TextOf(request, "password");
+  if (isFirst) {
+    AddFirstUser(folder, TextOf(request, "link"), name, password, HasherOf(service));
+  } else {
+    AddUser(folder, name, password, RoleIn(request).value_or(Role::kUser), HasherOf(service));
+  }
   return Success({});
 }
 
@@ -66,7 +74,7 @@ LoginAnswer PatchUser(LoginService& service, const LoginRequest& request) {
   if (request.params.isMember("password")) change.password = TextOf(request, "password");
   change.role = RoleIn(request);
   CheckMayChange(service, request, change);
-  ChangeUser(service.config.stateFolder, request.name, change, service.config.hashCost);
+  ChangeUser(service.config.stateFolder, request.name, change, HasherOf(service));
   LoginAnswer answer = Success({});
   if (request.caller->user != request.name || !request.caller->HasSession()) return answer;
   const bool isToStay = request.caller->grant->until - SecondsNow() > kLongestIdle;

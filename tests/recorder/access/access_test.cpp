@@ -15,6 +15,7 @@ namespace {
 using Kind = Grant::Kind;
 
 constexpr HashCost kCheap{1, 1};
+std::string CheapHash(const std::string& password) { return HashPassword(password, kCheap); }
 /// As an earlier version made it: bcrypt of "let me in".
 constexpr char kOldLine[] = "old:$2y$05$abcdefghijklmnopqrstuu4h2R.N3/mVBA7Xh7aLzKSJDAsK61n52\n";
 
@@ -22,8 +23,8 @@ class AccessTest : public testing::Test {
  protected:
   void SetUp() override {
     PrepareSodium();
-    AddUser(State(), "admin", "secret", Role::kAdmin, kCheap);
-    AddUser(State(), "hall", "secret", Role::kUser, kCheap);
+    AddUser(State(), "admin", "secret", Role::kAdmin, CheapHash);
+    AddUser(State(), "hall", "secret", Role::kUser, CheapHash);
   }
   const std::filesystem::path& State() const { return folder_.Path(); }
   bool IsIn(Kind kind, const NewGrant& made) { return list_.Find(kind, made.secret).has_value(); }
@@ -56,15 +57,15 @@ TEST_F(AccessTest, UsersOfEarlierVersionsAreAdminsWithTheirPasswords) {
 
 TEST_F(AccessTest, AnAdminIsAlwaysLeft) {
   EXPECT_THROW(RemoveUser(State(), "admin"), AccessError);
-  EXPECT_THROW(ChangeUser(State(), "admin", {{}, Role::kUser}, kCheap), AccessError);
-  ChangeUser(State(), "hall", {{}, Role::kAdmin}, kCheap);
+  EXPECT_THROW(ChangeUser(State(), "admin", {{}, Role::kUser}, CheapHash), AccessError);
+  ChangeUser(State(), "hall", {{}, Role::kAdmin}, CheapHash);
   RemoveUser(State(), "admin");
   EXPECT_EQ(ReadUsers(State()).size(), 1U);
 }
 
 TEST_F(AccessTest, NamesThatTheFilesCannotHoldAreRefused) {
   for (const std::string name : {"", "#x", "a:b", "a\tb", "\xff", "hall"}) {
-    EXPECT_THROW(AddUser(State(), name, "secret", Role::kUser, kCheap), AccessError) << name;
+    EXPECT_THROW(AddUser(State(), name, "secret", Role::kUser, CheapHash), AccessError) << name;
   }
   for (const std::string name : {"", "a\nb"}) EXPECT_THROW(AddToken(State(), "hall", name, 0), AccessError) << name;
   AddToken(State(), "hall", "backup", 0);
@@ -79,7 +80,7 @@ TEST_F(AccessTest, ChangedUsersLoseTheirSessionsAndRemovedOnesAll) {
   const NewGrant others = StartSession(State(), "admin", "192.0.2.1", true);
   EXPECT_TRUE(IsIn(Kind::kSession, session) && IsIn(Kind::kLink, link) && IsIn(Kind::kToken, token));
   EXPECT_FALSE(IsIn(Kind::kSession, token)) << "a token is no session";
-  ChangeUser(State(), "hall", {"new secret", Role::kAdmin}, kCheap);
+  ChangeUser(State(), "hall", {"new secret", Role::kAdmin}, CheapHash);
   EXPECT_FALSE(IsIn(Kind::kSession, session) || IsIn(Kind::kLink, link));
   EXPECT_EQ(list_.Find(Kind::kToken, token.secret)->role, Role::kAdmin) << "a token has its user's role";
   RemoveUser(State(), "hall");
@@ -126,7 +127,7 @@ TEST_F(AccessTest, ARightLoginIsForgottenWhenUsersChange) {
   logins.Add("hall", "secret", Role::kUser, StampOf(UsersFile(State())));
   EXPECT_EQ(logins.Find("hall", "secret"), Role::kUser);
   EXPECT_FALSE(logins.Find("hall", "other") || logins.Find("admin", "secret"));
-  ChangeUser(State(), "hall", {"new secret", {}}, kCheap);
+  ChangeUser(State(), "hall", {"new secret", {}}, CheapHash);
   EXPECT_FALSE(logins.Find("hall", "secret"));
 }
 

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <future>
+#include <vector>
+
+#include "rig/processes.h"
 #include "rig/recorder.h"
 
 // How users log in: by name and password, on the page by a session, from a script by a token.
@@ -146,6 +151,25 @@ TEST(FirstUser, IsMadeByWhoeverHasTheLink) {
   EXPECT_EQ(Printed(recorder, "user list"), "boss\tadmin");
   params["name"] = "second";
   EXPECT_EQ(recorder.Send("POST", "/recorder/1/users", {}, ToText(params)).status, 401) << "there is a user now";
+}
+
+TEST(FirstUser, IsOneHoweverManyAskAtOnceAndCostsTheMemoryOfOneHash) {
+  const TestRecorder recorder({.hashMemoryMiB = 64});
+  std::filesystem::remove(recorder.StateFolder() / "users");
+  Json::Value params;
+  params["link"] = LinkCode(recorder, "link");
+  params["password"] = "boss's login";
+  std::vector<std::future<Answer>> asked;
+  for (const char name : std::string("abcdefghijklmnop")) {
+    params["name"] = std::string(1, name);
+    const auto ask = [&, body = ToText(params)] { return recorder.Send("POST", "/recorder/1/users", {}, body); };
+    asked.push_back(std::async(std::launch::async, ask));
+  }
+  int made = 0;
+  for (std::future<Answer>& answer : asked) made += answer.get().status == 200 ? 1 : 0;
+  EXPECT_EQ(made, 1);
+  EXPECT_EQ(Words(recorder.Control({"user", "list"}).output).size(), 2U) << "a name and a role";
+  for (const ProcessInfo& login : Descendants(getpid(), "recorder-login")) EXPECT_LT(PeakKiB(login.id), 3 * 64 * 1024);
 }
 
 TEST(Users, ChangeTheirOwnPasswordAndStayLoggedIn) {
