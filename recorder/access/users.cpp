@@ -24,10 +24,10 @@ User ReadUser(std::string_view line) {
 
 void CheckName(const std::string& name) {
   if (name.empty() || name.size() > kLongestUserName || name.front() == '#' || name.find(':') != std::string::npos ||
-      HoldsControls(name) || !IsUtf8(name)) {
+      HoldsControls(name) || !IsUtf8(name) || Trimmed(name) != name) {
     throw AccessError(AccessError::Kind::kInvalid,
                       "a user name is not empty, has at most 128 bytes, no ':' and no control character, and does not "
-                      "begin with '#'");
+                      "begin with '#' or a blank, or end with one");
   }
 }
 

@@ -39,7 +39,6 @@ struct HttpRequest {
   std::string fetchSite;      ///< the Sec-Fetch-Site header
   std::string address;        ///< of whoever asks
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
-  std::string remoteRole;     ///< his role, if the server knows it
   bool isTls = false;
 };
 

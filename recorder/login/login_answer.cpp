@@ -147,8 +147,9 @@ TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request) {
 TimedAnswer Authorize(LoginService& service, const HttpRequest& request) {
   return Answered(request, [&] {
     const LoginCaller caller = CheckedBasic(service, request);
-    return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user +
-           "\r\nVariable-REMOTE_ROLE: " + std::string(NameOf(caller.role)) + "\r\n\r\n";
+    if (caller.user.empty() || Trimmed(caller.user) != caller.user)
+      throw NotLoggedIn(request);  // of a file made by hand
+    return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user + "\r\n\r\n";
   });
 }
 

@@ -19,8 +19,8 @@ struct TimedAnswer {
 /// Answers a request below /recorder/1/. Any thread.
 TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request);
 
-/// Answers the web server whether a request with name and password may go on (FastCGI 1.0, section 6.3): it hands user
-/// and role to whoever serves that then. Any thread.
+/// Answers the web server whether a request with name and password may go on (FastCGI 1.0, section 6.3): it hands the
+/// user to whoever serves that then. Any thread.
 TimedAnswer Authorize(LoginService& service, const HttpRequest& request);
 
 }  // namespace recorder

@@ -21,7 +21,8 @@ namespace {
 /// told to read its certificate again, a copy of it ends the requests at hand.
 /// API_ADDRESSES are those that workers or recorder-login answer, USER_ADDRESSES those for which one must be logged in:
 /// who shows neither session nor token nor password is refused at once. Sessions and tokens are checked by the workers,
-/// a name and a password by recorder-login, before a worker gets the request without them.
+/// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
+/// hold a password, such as one that was joined of two, only recorder-login gets to know.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -51,9 +52,13 @@ $HTTP["url"] =~ "API_ADDRESSES" {
 $HTTP["url"] =~ "LIST_ADDRESSES" {
   fastcgi.server = ( "/" => ( LIST_WORKERS ) )
 }
+$REQUEST_HEADER["Authorization"] !~ "(?i)^Bearer [^,]*$" {
+  setenv.set-request-header = ( "Authorization" => "" )
+}
 $REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
   magnet.attract-physical-path-to = ( var.run + "/strip.lua" )
   $HTTP["url"] =~ "USER_ADDRESSES" {
+    setenv.set-request-header = ()
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, CAMERA_WORKERS ) )
   }
   $HTTP["url"] =~ "LIST_ADDRESSES" {
@@ -61,6 +66,7 @@ $REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
   }
 }
 $HTTP["url"] =~ "LOGIN_ADDRESSES" {
+  setenv.set-request-header = ()
   fastcgi.server = ( "/" => ( ( "socket" => var.run + "/login.sock", "check-local" => "disable" ) ) )
 }
 else $HTTP["url"] =~ "USER_ADDRESSES" {
@@ -122,15 +128,14 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"CHECK_OF_PASSWORD",
      R"(( "mode" => "authorizer", "socket" => var.run + "/login.sock", "check-local" => "disable" ))"},
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
+    {"API_ADDRESSES", "^/(api|recorder/[0-9]+|trusted)(/|$)"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
-    {"LIST_ADDRESSES", "^/[^/]+/[^/]+/[^/]+/(LIST_METHODS)$"},
+    {"LIST_ADDRESSES", "^/api/[^/]+/[^/]+/(LIST_METHODS)$"},
 };
 
 constexpr char kStripScript[] = R"(
 local request = lighty.r
-if request.req_env["REMOTE_USER"] or request.req_attr["uri.path"]:find("^/trusted") then
-  request.req_header["Authorization"] = nil
-end
+if request.req_env["REMOTE_USER"] then request.req_header["Authorization"] = nil end
 )";
 
 void Replace(std::string& text, std::string_view place, std::string_view by) {
@@ -180,7 +185,6 @@ std::string LighttpdConfig(const WebServerOptions& options, int port) {
   Replace(text, "WAYS_OF_PAGES", Quoted(kWaysOfPages));
   Replace(text, "LARGEST_BODY", std::to_string(kLargestBody / kKiB));
   Replace(text, "LARGEST_LIST", std::to_string(kLargestListBody / kKiB));
-  Replace(text, "API_ADDRESSES", options.hasPage ? "^/(api|recorder/[0-9]+|trusted)(/|$)" : "^/");
   return "var.run = \"" + options.runFolder.string() + "\"\nvar.port = " + std::to_string(port) + text;
 }
 

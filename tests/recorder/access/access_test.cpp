@@ -64,7 +64,7 @@ TEST_F(AccessTest, AnAdminIsAlwaysLeft) {
 }
 
 TEST_F(AccessTest, NamesThatTheFilesCannotHoldAreRefused) {
-  for (const std::string name : {"", "#x", "a:b", "a\tb", "\xff", "hall"}) {
+  for (const std::string name : {"", "#x", " ", "a ", "a:b", "a\tb", "\xff", "hall"}) {
     EXPECT_THROW(AddUser(State(), name, "secret", Role::kUser, CheapHash), AccessError) << name;
   }
   for (const std::string name : {"", "a\nb"}) EXPECT_THROW(AddToken(State(), "hall", name, 0), AccessError) << name;

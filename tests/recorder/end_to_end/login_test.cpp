@@ -216,4 +216,18 @@ TEST(Workers, GetAUsersNameAndNeverHisPassword) {
     EXPECT_EQ(path != camCap, told.body.find("\nREMOTE_USER=tester\n") != std::string::npos) << told.body;
     EXPECT_THAT(told.body, Not(HasSubstr("AUTHORIZATION")));
   }
+  const std::string password = recorder.Login().at("Authorization");
+  for (const std::string& path : {std::string(kApi) + "CamCap", std::string("/recorder/1/cameras"), camCap,
+                                  std::string("/foo"), std::string("/API/a/1/CamCap"), std::string("/x/y/1/CamCap")}) {
+    for (const std::string& header : {password, "Bearer z, " + password, "Bearer z , " + password, " " + password}) {
+      const Headers headers = {{"Authorization", header}, {"Cookie", "timestamp=1; session=x"}};
+      EXPECT_THAT(recorder.Ask("POST", path, headers, "{}").body, Not(HasSubstr("AUTHORIZATION"))) << path << header;
+    }
+  }
+  const std::filesystem::path users = recorder.StateFolder() / "users";
+  const std::string line = ReadText(users);
+  std::ofstream(users, std::ios::app) << " " << line.substr(line.find(':'));
+  EXPECT_EQ(StatusOf(recorder, LoginOf(" ", "login of the tester")), 401) << "no name to hand on instead";
+  EXPECT_THAT(recorder.Ask("POST", std::string(kApi) + "CamCap", Bearer("z"), "{}").body,
+              HasSubstr("\nHTTP_AUTHORIZATION=Bearer z\n"));
 }
