@@ -34,6 +34,8 @@ LoginAnswer ListTokens(LoginService& service, const LoginRequest& request) {
 }
 
 LoginAnswer PostToken(LoginService& service, const LoginRequest& request) {
+  const std::optional<Grant>& grant = request.caller->grant;
+  if (grant && grant->IsToken()) throw HttpError(403, "a token makes no other: it would outlive its own end");
   const NewGrant made =
       AddToken(service.config.stateFolder, request.caller->user, TextOf(request, "name"), EndIn(request));
   Json::Value data(Json::objectValue);

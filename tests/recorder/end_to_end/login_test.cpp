@@ -138,6 +138,16 @@ TEST(Sessions, BeginByALinkOnce) {
   EXPECT_EQ(recorder.Send("POST", kSession, {}, link).status, 401);
 }
 
+TEST(Tokens, MakeNoTokens) {
+  const TestRecorder recorder;
+  const auto make = [&](const Headers& login, const char* params) {
+    return recorder.Send("POST", "/recorder/1/tokens", login, params);
+  };
+  const Answer first = make(recorder.Login(), R"({"name": "first"})");
+  EXPECT_EQ(first.status, 200);
+  EXPECT_EQ(make(Bearer(first.json["data"]["token"].asString()), R"({"name": "second"})").status, 403);
+}
+
 TEST(FirstUser, IsMadeByWhoeverHasTheLink) {
   const TestRecorder recorder;
   std::filesystem::remove(recorder.StateFolder() / "users");
