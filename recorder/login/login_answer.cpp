@@ -7,6 +7,7 @@
 #include "recorder/http/caller.h"
 #include "recorder/http/json_answer.h"
 #include "recorder/login/handlers.h"
+#include "recorder/login/noting.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
@@ -85,7 +86,7 @@ std::optional<LoginCaller> FindCaller(LoginService& service, const HttpRequest& 
   if (StartsWithIgnoreCase(request.authorization, "Basic ")) return CheckedBasic(service, request);
   const std::optional<Grant> grant = FindGrant(request, service.grants);
   if (!grant) return std::nullopt;
-  if (IsUseToBeNoted(*grant, SecondsNow())) NoteUse(service.config.stateFolder, grant->id);
+  if (IsUseToBeNoted(*grant, SecondsNow())) TryNoteUse(service.config.stateFolder, grant->id);
   return LoginCaller{grant->user, grant->role, grant};
 }
 

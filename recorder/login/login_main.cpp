@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <string>
@@ -13,18 +14,19 @@
 #include <utility>
 #include <vector>
 
-#include "recorder/access/granting.h"
 #include "recorder/http/json_answer.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/login/late_answers.h"
 #include "recorder/login/login_answer.h"
+#include "recorder/login/noting.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
 
 namespace {
 
-/// More than can wait for a password: the others serve whoever has a session or token.
+/// Of these, one works with a password and twelve can wait for that (see Turns): the others serve whoever has a session
+/// or token.
 constexpr int kThreads = 16;
 
 TimedAnswer Answer(LoginService& service, FCGX_Request& request) try {
@@ -43,10 +45,16 @@ TimedAnswer Answer(LoginService& service, FCGX_Request& request) try {
   return {ToCgi(error)};
 }
 
+/// Another process is started then, with all its threads.
+[[noreturn]] void GiveUp() {
+  LogFailure("cannot accept requests");
+  std::_Exit(EXIT_FAILURE);
+}
+
 void Serve(LoginService& service, LateAnswers& later) {
   while (true) {
     auto request = std::make_unique<FCGX_Request>();
-    if (FCGX_InitRequest(request.get(), 0, 0) != 0 || FCGX_Accept_r(request.get()) != 0) return;
+    if (FCGX_InitRequest(request.get(), 0, 0) != 0 || FCGX_Accept_r(request.get()) != 0) GiveUp();
     TimedAnswer answer = Answer(service, *request);
     if (answer.isLate) {
       later.Add(std::move(request), std::move(answer.text));
@@ -58,11 +66,7 @@ void Serve(LoginService& service, LateAnswers& later) {
 
 void TakeNotes(const UseNotes& notes, const std::filesystem::path& stateFolder) {
   while (true) {
-    try {
-      NoteUse(stateFolder, notes.Next());
-    } catch (const std::exception& error) {
-      LogFailure(error.what());
-    }
+    TryNoteUse(stateFolder, notes.Next());
   }
 }
 

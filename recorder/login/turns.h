@@ -26,8 +26,8 @@ class Turns {
     Turns* turns_;
   };
 
-  /// Waits for a turn; nothing, at once, when eight others wait. All who wait for the same `purpose` count as one: when
-  /// the first is done, it is done for them.
+  /// Waits for a turn; nothing, at once, when eight others wait. Those who wait for the same `purpose` count as one,
+  /// since it is done for all when the first is done, but no more than twelve wait at all.
   std::optional<Turn> Take(const std::string& purpose);
 
  private:
@@ -36,6 +36,7 @@ class Turns {
   std::mutex mutex_;
   std::condition_variable isFree_;
   bool isTaken_ = false;
+  int allWaiting_ = 0;
   std::map<std::string, int> waiting_;  // how many, by purpose
 };
 

@@ -25,8 +25,8 @@ struct WebServerOptions {
 /// The text of lighttpd's configuration file, for a server that listens on `port` of the wanted address.
 std::string LighttpdConfig(const WebServerOptions& options, int port);
 
-/// The text of a script that the web server runs: it takes a name and password that were right out of a request before that
-/// goes to a worker.
+/// The text of a script that the web server runs: it takes a name and password that were right out of a request before
+/// that goes to a worker.
 std::string StripScript();
 
 }  // namespace recorder
