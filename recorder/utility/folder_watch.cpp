@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
+#include <string_view>
 
 namespace recorder {
 
@@ -19,9 +21,20 @@ FileDescriptor Watch(const std::filesystem::path& folder) {
   return isWatched ? std::move(events) : FileDescriptor();
 }
 
+/// True when a folder that was watched is no longer there.
+bool TellsOfItsEnd(std::string_view events) {
+  while (!events.empty()) {
+    inotify_event event{};
+    std::memcpy(&event, events.data(), sizeof(event));
+    if ((event.mask & (IN_IGNORED | IN_MOVE_SELF)) != 0) return true;
+    events.remove_prefix(sizeof(event) + event.len);
+  }
+  return false;
+}
+
 }  // namespace
 
-FolderWatch::FolderWatch(const std::filesystem::path& folder) : events_(Watch(folder)) {}
+FolderWatch::FolderWatch(const std::filesystem::path& folder) : folder_(folder), events_(Watch(folder)) {}
 
 bool FolderWatch::MayHaveChanged() {
   const Clock::time_point now = Clock::now();
@@ -30,12 +43,17 @@ bool FolderWatch::MayHaveChanged() {
   return mayHaveChanged;
 }
 
-/// Reads all that the system has said.
-bool FolderWatch::HasNews() const {
-  if (!events_) return true;
+/// Reads all that the system has said. A folder that went is watched anew, where it is now.
+bool FolderWatch::HasNews() {
+  bool hasNews = !events_;
+  bool isGone = !events_;
   alignas(inotify_event) char buffer[4096];
-  bool hasNews = false;
-  while (read(events_.Get(), buffer, sizeof(buffer)) > 0) hasNews = true;
+  ssize_t size = 0;
+  while (events_ && (size = read(events_.Get(), buffer, sizeof(buffer))) > 0) {
+    hasNews = true;
+    isGone = isGone || TellsOfItsEnd({buffer, static_cast<std::size_t>(size)});
+  }
+  if (isGone) events_ = Watch(folder_);
   return hasNews;
 }
 

@@ -18,9 +18,10 @@ class FolderWatch {
   bool MayHaveChanged();
 
  private:
-  bool HasNews() const;
+  bool HasNews();
 
-  FileDescriptor events_;  // none: the system has no watch to give
+  std::filesystem::path folder_;
+  FileDescriptor events_;  // none: there is no such folder, or the system has no watch to give
   Clock::time_point lookAt_;
 };
 
