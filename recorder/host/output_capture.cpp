@@ -14,7 +14,8 @@ namespace {
 
 /// The process's one, empty between two captures: to make one takes longer than most answers.
 const FileDescriptor& MemoryFile() {
-  static const FileDescriptor file(memfd_create("answer", MFD_CLOEXEC));
+  static FileDescriptor file;
+  if (!file) file = FileDescriptor(memfd_create("answer", MFD_CLOEXEC));
   return file;
 }
 
