@@ -31,7 +31,8 @@ std::string HostToAsk(const ListenAddress& address, const std::vector<std::strin
 
 ServedAddress::ServedAddress(const std::filesystem::path& stateFolder, const ListenAddress& address, bool hasTls,
                              const std::vector<std::string>& hostNames)
-    : file_(FileIn(stateFolder)),
+    : lock_(stateFolder),
+      file_(FileIn(stateFolder)),
       text_((hasTls ? "https://" : "http://") + WithBrackets(HostToAsk(address, hostNames)) + ":" +
             std::to_string(address.port) + "/") {
   ReplaceFile(file_, text_);
@@ -43,7 +44,7 @@ ServedAddress::~ServedAddress() {
 }
 
 std::string ServedAddress::Read(const std::filesystem::path& stateFolder) {
-  if (!std::filesystem::exists(FileIn(stateFolder))) {
+  if (!std::filesystem::exists(FileIn(stateFolder)) || !IsServiceRunning(stateFolder)) {
     throw std::runtime_error("the recorder does not run: recorderctl serve starts it");
   }
   return ReadFile(FileIn(stateFolder));

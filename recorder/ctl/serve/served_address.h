@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "recorder/ctl/serve/listen_address.h"
+#include "recorder/utility/service.h"
 
 namespace recorder {
 
@@ -26,6 +27,7 @@ class ServedAddress {
   static std::string Read(const std::filesystem::path& stateFolder);
 
  private:
+  const ServiceLock lock_;  // without it the file is that of a process that was killed
   const std::filesystem::path file_;
   const std::string text_;
 };
