@@ -14,12 +14,6 @@ AccessFiles::AccessFiles(std::filesystem::path stateFolder)
   std::erase_if(grants, [now = SecondsNow()](const Grant& grant) { return !grant.IsValid(now); });
 }
 
-User& AccessFiles::FindUser(const std::string& name) {
-  const auto found = std::find_if(users.begin(), users.end(), [&](const User& user) { return user.name == name; });
-  if (found == users.end()) throw AccessError(AccessError::Kind::kMissing, "there is no user " + name);
-  return *found;
-}
-
 void AccessFiles::SaveUsers() const {
   std::string text;
   for (const User& user : users) text += user.name + ':' + user.hash + ':' + std::string(NameOf(user.role)) + '\n';

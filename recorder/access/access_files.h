@@ -18,8 +18,6 @@ class AccessFiles {
   std::vector<User> users;
   std::vector<Grant> grants;  ///< those that are over are left out
 
-  /// Throws AccessError when there is none of this name.
-  User& FindUser(const std::string& name);
   void SaveUsers() const;
   void SaveGrants() const;
 

@@ -1,7 +1,6 @@
 #include "recorder/access/granting.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 #include "recorder/access/access_files.h"
@@ -18,11 +17,8 @@ using std::filesystem::path;
 using ErrorKind = AccessError::Kind;
 using Kind = Grant::Kind;
 
-constexpr std::int64_t kHour = 3600;
-constexpr std::int64_t kIdleSession = 12 * kHour;
-constexpr std::int64_t kLongestSession = kHour * 24 * 30;
-constexpr std::int64_t kLinkLifetime = kHour / 6;
-constexpr std::int64_t kUseNotedEach = kHour / 2;
+constexpr std::int64_t kLinkLifetime = 600;   // seconds
+constexpr std::int64_t kUseNotedEach = 1800;  // seconds
 
 std::string MakeId() { return HashOfSecret(MakeSecret()).substr(0, 16); }
 
@@ -70,7 +66,7 @@ void CheckTokenName(const AccessFiles& files, const std::string& user, const std
 NewGrant StartSession(const path& stateFolder, const std::string& user, const std::string& address, bool isToStay) {
   AccessFiles files(stateFolder);
   const std::int64_t until = SecondsNow() + (isToStay ? kLongestSession : kIdleSession);
-  NewGrant made = MakeGrant(Kind::kSession, user, files.FindUser(user).role, address, until);
+  NewGrant made = MakeGrant(Kind::kSession, user, KnownUser(files.users, user).role, address, until);
   MakeRoom(files.grants, Kind::kSession, user);
   Store(files, made.grant);
   return made;
@@ -78,7 +74,7 @@ NewGrant StartSession(const path& stateFolder, const std::string& user, const st
 
 NewGrant AddToken(const path& stateFolder, const std::string& user, const std::string& name, std::int64_t until) {
   AccessFiles files(stateFolder);
-  NewGrant made = MakeGrant(Kind::kToken, user, files.FindUser(user).role, name, until);
+  NewGrant made = MakeGrant(Kind::kToken, user, KnownUser(files.users, user).role, name, until);
   CheckTokenName(files, user, name);
   if (!made.grant.IsValid(SecondsNow())) throw AccessError(ErrorKind::kInvalid, "the token's end is over already");
   Store(files, made.grant);
@@ -90,7 +86,7 @@ NewGrant AddLink(const path& stateFolder, const std::string& user) {
   if (user.empty() && !files.users.empty()) {
     throw AccessError(ErrorKind::kConflict, "there are users: a link signs one of them in");
   }
-  const Role role = user.empty() ? Role::kAdmin : files.FindUser(user).role;
+  const Role role = user.empty() ? Role::kAdmin : KnownUser(files.users, user).role;
   NewGrant made = MakeGrant(Kind::kLink, user, role, "", SecondsNow() + kLinkLifetime);
   MakeRoom(files.grants, Kind::kLink, user);
   Store(files, made.grant);

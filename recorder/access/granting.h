@@ -19,6 +19,10 @@ struct NewGrant {
   Grant grant;
 };
 
+/// Seconds until a session ends: without use, and at the longest.
+inline constexpr std::int64_t kIdleSession = std::int64_t{12} * 3600;
+inline constexpr std::int64_t kLongestSession = std::int64_t{30} * 24 * 3600;
+
 /// A session of `user` from `address`. It ends after 12 hours without use or, when it is to stay, after 30 days. A user
 /// has 100 at most: the one that was not used for longest goes. Throws AccessError when there is no such user.
 NewGrant StartSession(const std::filesystem::path& stateFolder, const std::string& user, const std::string& address,

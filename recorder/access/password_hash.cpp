@@ -40,6 +40,8 @@ bool IsPasswordOf(const std::string& hash, const std::string& password) {
   return crypto_pwhash_argon2id_str_verify(hash.c_str(), password.data(), password.size()) == 0;
 }
 
+bool IsCurrentKind(const std::string& hash) { return hash.starts_with(crypto_pwhash_argon2id_STRPREFIX); }
+
 bool IsOutdatedHash(const std::string& hash, const HashCost& cost) {
   return crypto_pwhash_argon2id_str_needs_rehash(hash.c_str(), Passes(cost), Bytes(cost)) != 0;
 }

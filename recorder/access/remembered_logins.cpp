@@ -14,12 +14,9 @@ constexpr std::chrono::minutes kRemembered{1};
 }  // namespace
 
 std::optional<Role> RememberedLogins::Find(const std::string& user, const std::string& password) {
-  const Clock::time_point now = Clock::now();
-  ForgetOld(now);
+  ForgetOld(Clock::now());
   const auto found = logins_.find(KeyOf(user, password));
-  if (found == logins_.end()) return std::nullopt;
-  found->second.lastUse = now;
-  return found->second.role;
+  return found == logins_.end() ? std::nullopt : std::optional(found->second.role);
 }
 
 void RememberedLogins::Add(const std::string& user, const std::string& password, Role role, const FileStamp& users) {
@@ -41,7 +38,7 @@ std::string RememberedLogins::KeyOf(const std::string& user, const std::string& 
 
 void RememberedLogins::ForgetOld(Clock::time_point now) {
   if (!logins_.empty() && StampOf(usersFile_) != users_) logins_.clear();
-  std::erase_if(logins_, [&](const auto& login) { return now - login.second.lastUse >= kRemembered; });
+  std::erase_if(logins_, [&](const auto& login) { return now - login.second.since >= kRemembered; });
 }
 
 }  // namespace recorder

@@ -19,7 +19,7 @@ class RememberedLogins {
  public:
   explicit RememberedLogins(const std::filesystem::path& stateFolder) : usersFile_(UsersFile(stateFolder)) {}
 
-  /// The role of the user who logged in so; each use counts as a new minute's beginning.
+  /// The role of the user who logged in so.
   std::optional<Role> Find(const std::string& user, const std::string& password);
 
   /// `users` is the stamp of the users' file before it was read for this login.
@@ -31,7 +31,7 @@ class RememberedLogins {
  private:
   struct Login {
     Role role = Role::kUser;
-    Clock::time_point lastUse;
+    Clock::time_point since;
   };
   void ForgetOld(Clock::time_point now);
 

@@ -81,7 +81,7 @@ std::vector<User> ReadUsers(const path& stateFolder) {
   const std::string text = ReadFile(file);
   for (std::string_view rest = text; !rest.empty();) {
     const std::string_view line = TakeUntil(rest, '\n');
-    if (!line.empty()) users.push_back(ReadUser(line));
+    if (!line.empty() && line.front() != '#') users.push_back(ReadUser(line));
   }
   return users;
 }
@@ -89,6 +89,12 @@ std::vector<User> ReadUsers(const path& stateFolder) {
 const User* FindUser(const std::vector<User>& users, const std::string& name) {
   const auto found = std::find_if(users.begin(), users.end(), [&](const User& user) { return user.name == name; });
   return found == users.end() ? nullptr : &*found;
+}
+
+User& KnownUser(std::vector<User>& users, const std::string& name) {
+  const User* found = FindUser(users, name);
+  if (found == nullptr) throw AccessError(AccessError::Kind::kMissing, "there is no user " + name);
+  return users[static_cast<std::size_t>(found - users.data())];
 }
 
 void AddUser(const path& stateFolder, const std::string& name, const std::string& password, Role role,
@@ -115,9 +121,11 @@ void AddFirstUser(const path& stateFolder, const std::string& link, const std::s
 
 void ChangeUser(const path& stateFolder, const std::string& name, const UserChange& change,
                 const PasswordHasher& hash) {
+  std::vector<User> users = ReadUsers(stateFolder);
+  KnownUser(users, name);  // before the hash, which costs much
   const std::string newHash = change.password ? CheckedHash(*change.password, hash) : "";
   AccessFiles files(stateFolder);
-  User& user = files.FindUser(name);
+  User& user = KnownUser(files.users, name);
   if (change.password) user.hash = newHash;
   if (change.role) user.role = *change.role;
   KeepAnAdmin(files.users);
@@ -128,7 +136,7 @@ void ChangeUser(const path& stateFolder, const std::string& name, const UserChan
 
 void RemoveUser(const path& stateFolder, const std::string& name) {
   AccessFiles files(stateFolder);
-  files.FindUser(name);
+  KnownUser(files.users, name);
   std::erase_if(files.users, [&](const User& user) { return user.name == name; });
   KeepAnAdmin(files.users);
   std::erase_if(files.grants, [&](const Grant& grant) { return grant.user == name; });

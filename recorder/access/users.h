@@ -18,7 +18,7 @@ struct User {
 };
 
 /// The file with all users: lines "name:hash:role", mode 0600; a line of an earlier version has no role and is an
-/// admin's.
+/// admin's. One that begins with '#' is left out.
 std::filesystem::path UsersFile(const std::filesystem::path& stateFolder);
 
 /// In the order of the file. This and all below want a folder that exists, and throw std::system_error that names the
@@ -27,6 +27,9 @@ std::vector<User> ReadUsers(const std::filesystem::path& stateFolder);
 
 /// Null when there is none of this name.
 const User* FindUser(const std::vector<User>& users, const std::string& name);
+
+/// Throws AccessError when there is none of this name.
+User& KnownUser(std::vector<User>& users, const std::string& name);
 
 /// Hashes a password: HashPassword, in the turn and at the cost of whoever wants it. What it throws, its caller gets.
 using PasswordHasher = std::function<std::string(const std::string& password)>;

@@ -91,7 +91,7 @@ Role LoginCheck::CheckInTurn(const PasswordLogin& login) {
 /// Wherever the current kind of hash was not checked, that of nobody is.
 bool LoginCheck::IsRight(const PasswordLogin& login, const User* user) const {
   const bool isRight = user != nullptr && IsPasswordOf(user->hash, login.password);
-  if (!isRight && (user == nullptr || IsOutdatedHash(user->hash, cost_))) IsPasswordOf(nobodysHash_, login.password);
+  if (!isRight && (user == nullptr || !IsCurrentKind(user->hash))) IsPasswordOf(nobodysHash_, login.password);
   return isRight;
 }
 

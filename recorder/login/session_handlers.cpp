@@ -10,8 +10,6 @@ namespace recorder {
 
 namespace {
 
-constexpr int kStayingCookie = 30 * 24 * 3600;  // seconds
-
 Json::Value Describe(const LoginCaller& caller) {
   Json::Value data(Json::objectValue);
   data["user"] = caller.user;
@@ -43,8 +41,13 @@ LoginAnswer NeedsFirstUser(int status, const std::string& reason) {
 LoginAnswer SignInByLink(LoginService& service, const LoginRequest& request, const std::string& secret) {
   const std::optional<Grant> link = service.grants.Find(Grant::Kind::kLink, secret);
   if (!link) throw HttpError(401, "this link was used already, or is too old");
-  if (link->user.empty()) return NeedsFirstUser(409, "this recorder has no user yet: make the first one");
-  return SignIn(service, request, UseLink(service.config.stateFolder, secret), FlagOf(request, "stay"));
+  const std::filesystem::path& folder = service.config.stateFolder;
+  if (link->user.empty() && ReadUsers(folder).empty()) {
+    return NeedsFirstUser(409, "this recorder has no user yet: make the first one");
+  }
+  if (link->user.empty()) throw HttpError(401, "this link was for the first user, and there is one already");
+  const bool isToStay = FlagOf(request, "stay");  // before the link is used up
+  return SignIn(service, request, UseLink(folder, secret), isToStay);
 }
 
 bool IsSessionFor(const Grant& grant, const LoginCaller& caller) {
@@ -54,7 +57,7 @@ bool IsSessionFor(const Grant& grant, const LoginCaller& caller) {
 }  // namespace
 
 std::string SetCookie(const HttpRequest& request, const std::string& secret, bool isToStay) {
-  return CookieLine(request, secret + (isToStay ? "; Max-Age=" + std::to_string(kStayingCookie) : ""));
+  return CookieLine(request, secret + (isToStay ? "; Max-Age=" + std::to_string(kLongestSession) : ""));
 }
 
 LoginAnswer GetSession(LoginService& service, const LoginRequest& request) {

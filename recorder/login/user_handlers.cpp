@@ -9,8 +9,6 @@ namespace recorder {
 
 namespace {
 
-constexpr std::int64_t kLongestIdle = 43'200;  // seconds, half a day; a session with more left is to stay
-
 std::optional<Role> RoleIn(const LoginRequest& request) {
   const std::string name = TextOf(request, "role");
   const std::optional<Role> role = ParseRole(name);
@@ -73,11 +71,12 @@ LoginAnswer PatchUser(LoginService& service, const LoginRequest& request) {
   UserChange change;
   if (request.params.isMember("password")) change.password = TextOf(request, "password");
   change.role = RoleIn(request);
+  if (!change.password && !change.role) throw HttpError(400, "name what to change: password, role or both");
   CheckMayChange(service, request, change);
   ChangeUser(service.config.stateFolder, request.name, change, HasherOf(service));
   LoginAnswer answer = Success({});
   if (request.caller->user != request.name || !request.caller->HasSession()) return answer;
-  const bool isToStay = request.caller->grant->until - SecondsNow() > kLongestIdle;
+  const bool isToStay = request.caller->grant->until - SecondsNow() > kIdleSession;
   const NewGrant made = StartSession(service.config.stateFolder, request.name, request.http.address, isToStay);
   answer.headers = SetCookie(request.http, made.secret, isToStay);
   return answer;

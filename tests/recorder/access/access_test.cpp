@@ -42,7 +42,7 @@ class AccessTest : public testing::Test {
 };
 
 TEST_F(AccessTest, UsersOfEarlierVersionsAreAdminsWithTheirPasswords) {
-  folder_.Write("users", kOldLine);
+  folder_.Write("users", std::string("# by hand\n") + kOldLine);
   const User user = ReadUsers(State()).at(0);
   EXPECT_EQ(user.role, Role::kAdmin);
   EXPECT_TRUE(IsPasswordOf(user.hash, "let me in"));

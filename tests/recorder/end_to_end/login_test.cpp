@@ -131,7 +131,9 @@ TEST(Sessions, EndWhenTheirUserOrAnAdminWishes) {
 
 TEST(Sessions, BeginByALinkOnce) {
   const TestRecorder recorder;
-  const std::string link = R"({"link": ")" + LinkCode(recorder, "link --user tester") + "\"}";
+  const std::string code = R"({"link": ")" + LinkCode(recorder, "link --user tester") + '"';
+  const std::string link = code + '}';
+  EXPECT_EQ(recorder.Send("POST", kSession, {}, code + R"(, "stay": "yes"})").status, 400) << "the link stays good";
   const Answer answer = recorder.Send("POST", kSession, {}, link);
   EXPECT_EQ(answer.json["data"]["user"], "tester");
   EXPECT_EQ(StatusOf(recorder, Cookie(SecretIn(answer))), 200);
@@ -189,6 +191,7 @@ TEST(Users, ChangeTheirOwnPasswordAndStayLoggedIn) {
   const auto change = [&](const char* name, const char* params) {
     return recorder.Send("PATCH", std::string("/recorder/1/users/") + name, session, params);
   };
+  EXPECT_EQ(change("hall", "{}").status, 400);
   EXPECT_EQ(change("hall", R"({"role": "admin"})").status, 403);
   EXPECT_EQ(change("tester", R"({"password": "mine"})").status, 403);
   const Answer changed = change("hall", R"({"password": "new login", "oldPassword": "hall's login"})");
