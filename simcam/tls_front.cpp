@@ -98,7 +98,6 @@ void TlsFront::Relay(const Socket& socket, const std::function<void(Socket&)>& s
     if (entries[0].revents != 0 && !FromClient(tls.get(), front)) break;
     if (entries[1].revents != 0 && !ToClient(tls.get(), front)) break;
   }
-  SSL_shutdown(tls.get());
   front.Shutdown();
 }
 

@@ -19,7 +19,7 @@ class TlsFront {
   static bool IsWanted(const Socket& socket);
 
   /// Speaks TLS with the client of `socket` until either side ends. What comes is handed to `serve` as a connection
-  /// without TLS, on a thread of its own.
+  /// without TLS, on a thread of its own. TLS ends without a goodbye, as many cameras end it.
   void Relay(const Socket& socket, const std::function<void(Socket& plain)>& serve) const;
 
  private:

@@ -96,8 +96,9 @@ Outcome TlsSocket::Read(std::span<std::uint8_t> space, Clock::time_point deadlin
     received = 0;
     const int result = SSL_read_ex(tls_.get(), space.data(), space.size(), &received);
     const bool wantsMore = WantsMore(result);
-    std::ignore = SendPending(deadline);  // an answer of TLS itself; a broken connection shows in what is read
+    // An alert about the end would count as something that the camera has not read.
     if (!wantsMore) return Outcome::kOk;
+    std::ignore = SendPending(deadline);  // an answer of TLS itself; a broken connection shows in what is read
     if (isFed) break;
     if (const Outcome fed = Feed(deadline); fed != Outcome::kOk) return fed;
   }

@@ -127,6 +127,25 @@ TEST(Manners, HaveTheirAnswer) {
   EXPECT_THAT(recorder.Log(), testing::Not(testing::AnyOf(testing::HasSubstr(kSecret), testing::HasSubstr("hidden"))));
 }
 
+TEST(Manners, AWrongPasswordIsTriedOnce) {
+  const Manner manners[] = {
+      {"HangsUpInsideTls", R"({"tls": "only", "fault": "hangUpOnLogin"})", "rtsps://127.0.0.1:PORT/stream1", "H.264",
+       464, "loginRefused", "", ""},
+  };
+  Json::Value list;
+  for (const Manner& manner : manners) list.append(Camera(manner.name, ParseJson(manner.camera)));
+  const SimCameras cameras(list);
+  const TestRecorder recorder;
+  for (const Manner& manner : manners) {
+    SCOPED_TRACE(manner.name);
+    Json::Value params = ParamsOf(manner, cameras.Port(manner.name));
+    EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, "ok");
+    for (const char* name : {"camPass", "camPassword", "camPassWord"}) params[name] = "wrong";
+    EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, manner.cause);
+    EXPECT_EQ(cameras.Log(manner.name)["refusedLogins"], 1);
+  }
+}
+
 TEST(Manners, ALoginReachesACameraThatHangsUpBehindItsChallenge) {
   constexpr int kTries = 30;
   const SimCameras cameras(List({Faulty("camera", "hangUpBehind401")}));
