@@ -50,6 +50,7 @@ constexpr FaultRow kFaultRows[] = {
      "RTSP: the same, a moment later, so that a login may meet the end"},
     {"hangUpOnLogin", Fault::kHangUpOnLogin, kRtsp, "RTSP: closes the connection instead of answering a wrong login"},
     {"resetOnLogin", Fault::kResetOnLogin, kRtsp, "RTSP: resets the connection instead of answering a wrong login"},
+    {"loginAtPlay", Fault::kLoginAtPlay, kRtsp, "RTSP: asks for a login at PLAY only"},
     {"lockOut", Fault::kLockOut, kRtsp, "after three wrong logins every login gets 403, the right one too"},
     {"optionsFirst", Fault::kOptionsFirst, kRtsp,
      "RTSP: 455 to DESCRIBE on a connection that has not brought OPTIONS yet"},

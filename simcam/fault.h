@@ -34,6 +34,7 @@ enum class Fault {
   kHangUpBehind401,
   kHangUpOnLogin,
   kResetOnLogin,
+  kLoginAtPlay,
   kLockOut,
   kStatus,
   kOptionsFirst,

@@ -93,7 +93,7 @@ class Conversation {
     hasOptions_ = hasOptions_ || request.method == "OPTIONS";
     if (fault_ == Fault::kOptionsFirst && !hasOptions_) return Answer(request, 455);
     if (request.method == "OPTIONS") return Answer(request, 200, {"Public: OPTIONS, DESCRIBE, SETUP, PLAY, TEARDOWN"});
-    if (!LoggedIn(request)) return;
+    if (WantsLogin(request) && !LoggedIn(request)) return;
     if (fault_ == Fault::kStatus && request.method == camera_.fault.method)
       return Answer(request, camera_.fault.status);
     if (request.method == "DESCRIBE") return Describe(request);
@@ -106,6 +106,10 @@ class Conversation {
     Answer(request, 200);
     playing_ = false;
     open_ = false;
+  }
+
+  [[nodiscard]] bool WantsLogin(const Request& request) const {
+    return fault_ != Fault::kLoginAtPlay || request.method == "PLAY" || !request.Header("Authorization").empty();
   }
 
   bool LoggedIn(const Request& request) {

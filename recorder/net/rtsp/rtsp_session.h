@@ -126,7 +126,7 @@ class RtspSession {
   std::vector<std::uint8_t> ControlFrame(std::span<const std::uint8_t> packet) const {
     return transport_.ControlFrame(packet);
   }
-  /// What is to be sent when the connection is given up; "" when there is no session.
+  /// What is to be sent when the connection is given up; "" when there is no session, or its login is not proven.
   std::string Teardown();
 
  private:

@@ -131,6 +131,7 @@ TEST(Manners, AWrongPasswordIsTriedOnce) {
   const Manner manners[] = {
       {"HangsUpInsideTls", R"({"tls": "only", "fault": "hangUpOnLogin"})", "rtsps://127.0.0.1:PORT/stream1", "H.264",
        464, "loginRefused", "", ""},
+      {"AsksAtPlay", R"({"fault": "loginAtPlay"})", "/stream1", "H.264", 0, "loginRefused", "", ""},
   };
   Json::Value list;
   for (const Manner& manner : manners) list.append(Camera(manner.name, ParseJson(manner.camera)));
