@@ -14,6 +14,7 @@
 #include "recorder/media/key_frame_search.h"
 #include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/net/source_path.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -43,6 +44,7 @@ Clock::time_point DeadlineOf(int timeoutSeconds) {
 struct RtpFetch::Impl {
   recorder::CameraAddress address;
   std::string path;
+  recorder::StreamPlace place;  // as it was handed in
   std::string userAgent;
   int timeoutSeconds = 0;
   bool isSupported = false;
@@ -152,8 +154,8 @@ void RtpFetch::Impl::AskForKeyFrame(bool isDamaged) {
   if (!requests.IsDue(Clock::now(), isDamaged)) return;
   client->SendControl(recorder::KeyFrameRequest(search->Source(), static_cast<std::uint8_t>(requests.Count())));
   if (requests.Count() > 0) {
-    recorder::RequestScope::Current().CallForKeyFrame({address.host, address.port, path}, address.user,
-                                                      address.password, Clock::now() + recorder::kLongestCall);
+    recorder::RequestScope::Current().CallForKeyFrame(place, address.user, address.password,
+                                                      Clock::now() + recorder::kLongestCall);
   }
   requests.Sent(Clock::now());
 }
@@ -164,6 +166,7 @@ RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, c
     : impl(std::make_unique<Impl>()) {
   impl->address = {host, port, user, password};
   impl->path = path;
+  impl->place = {host, port, path};
   impl->read = recorder::TakeApart(impl->path, impl->address);
   impl->userAgent = userAgent;
   impl->timeoutSeconds = timeoutSeconds;

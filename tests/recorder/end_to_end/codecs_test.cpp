@@ -156,6 +156,7 @@ constexpr LateCase kLateCases[] = {
     {"media1", R"({"onvif": {"media": ["1"], "login": "token", "clockHours": 5}, "stream": {"sync": true}})",
      "ONVIF Generic"},
     {"media2", R"({"onvif": {"media": ["2"]}, "stream": {"sync": true}})", "ONVIF Generic"},
+    {"media2InsideTls", R"({"onvif": {"tlsStream": true}, "tls": "too", "stream": {"sync": true}})", "ONVIF Generic"},
     {"damagedPictureLoss", R"({"fault": "damagedKeyFrame", "stream": {"pli": true}})", "Simcam RTSP-H264"},
     {"damagedFullIntra", R"({"fault": "damagedKeyFrame", "stream": {"fir": true}})", "Simcam RTSP-H264"},
     {"lostPictureLoss", R"({"fault": "lostPacket", "stream": {"pli": true, "transport": "udp"}})", "Simcam RTSP-H264"},
