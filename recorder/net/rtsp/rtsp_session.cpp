@@ -15,7 +15,6 @@ namespace recorder {
 namespace {
 
 constexpr int kMaxRedirects = 3;
-constexpr int kMaxRepeats = 2;           // of one request: the login, and a nonce that has grown stale meanwhile
 constexpr std::size_t kPacketCost = 64;  // of memory, beside its bytes
 
 // How long a camera may take to close the connection behind its challenge, when it closes without saying so.
@@ -29,7 +28,7 @@ Outcome OutcomeOf(int status) { return IsSuccess(status) ? Outcome::kOk : Outcom
 }  // namespace
 
 RtspSession::RtspSession(RtspTarget target, Clock::time_point deadline, RtspLogins& logins)
-    : target_(std::move(target)), uri_(target_.Uri()), deadline_(deadline), logins_(logins) {}
+    : target_(std::move(target)), uri_(target_.Uri()), deadline_(deadline), logins_(logins), login_(logins) {}
 
 void RtspSession::Describe() {
   BeginDescribe();
@@ -101,12 +100,9 @@ Clock::time_point RtspSession::Until() const { return std::min({Deadline(), keep
 void RtspSession::Ended(Ending ending) {
   const bool isOverLogin = IsLoginOnTrial() && !parser_.HasPart();
   if (isOverLogin || state_ == State::kPausing) logins_.RememberSteady(target_.port, false);
-  if (state_ == State::kPausing) return AskAnew();
-  const bool isUnread = ending == Ending::kUnread && goal_ != Goal::kPlay && !hasAnsweredSince_;
-  if (isOverLogin && isUnread && login_ == Login::kSent) {
-    login_ = Login::kRepeated;
-    return Connect();
-  }
+  if (state_ == State::kPausing) return Reconnect();
+  const bool isUnread = ending == Ending::kUnread && goal_ != Goal::kPlay && !hasAnsweredCamera_;
+  if (isOverLogin && isUnread && login_.MayRepeat()) return Connect();
   session_ = {};  // it ends with its connection
   const Outcome outcome = IsAskingForUdp() ? Outcome::kTransportRefused : Outcome::kNotUnderstood;
   Finish(isOverLogin ? Outcome::kLoginRefused : outcome);
@@ -138,14 +134,14 @@ std::string RtspSession::Teardown() {
 void RtspSession::Begin(Goal goal, Request request) {
   goal_ = goal;
   request_ = std::move(request);
-  repeats_ = 0;
+  login_.BeginRequest();
 }
 
 void RtspSession::BeginDescribe() { Begin(Goal::kDescribe, {"DESCRIBE", uri_, "Accept: application/sdp\r\n"}); }
 
 void RtspSession::Connect() {
   parser_ = RtspParser();
-  wasChallengedHere_ = false;
+  login_.BeginConnection();
   state_ = State::kConnecting;
 }
 
@@ -157,13 +153,9 @@ void RtspSession::Pause() {
   pauseUntil_ = now_ + std::clamp<Clock::duration>(now_ - sentAt_, kShortestPause, kLongestPause);
 }
 
-/// The camera has closed the connection behind its challenge. What it challenged with may have ended with that, so it
-/// is asked for another one; a camera that closes behind each is answered over a connection of its own.
-void RtspSession::AskAnew() {
-  if (!std::exchange(hasAskedAnew_, true)) {
-    login_ = Login::kNone;
-    repeats_ = 0;
-  }
+/// The camera has closed the connection behind its challenge.
+void RtspSession::Reconnect() {
+  login_.DropChallenge();
   Connect();
 }
 
@@ -173,23 +165,21 @@ void RtspSession::Repeat(const RtspMessage& refusal) { IsLast(refusal) ? Connect
 void RtspSession::SendRequest() {
   pauseUntil_ = Clock::time_point::max();
   if (const Outcome outcome = Compose(request_, outgoing_); outcome != Outcome::kOk) return Finish(outcome);
-  if (login_ == Login::kChallenged) login_ = Login::kSent;
-  hasAnsweredSince_ = false;
+  login_.Sent();
+  hasAnsweredCamera_ = false;
   state_ = State::kSending;
 }
 
 Outcome RtspSession::Compose(const Request& request, std::string& text) {
   const std::string uri = PercentEncoded(request.uri, kAddressSigns);  // cameras name addresses with blanks
-  const bool hasLogin = login_ != Login::kNone;
-  std::optional<std::string> login = "";
-  if (hasLogin) login = logins_.Authorization(challenge_, request.method, uri, ++nonceUses_);
+  const std::optional<std::string> login = login_.Authorization(request.method, uri);
   if (!login) return Outcome::kLoginRefused;
   // All three hold what the camera said (Content-Base, Session, nonce), which must not become lines of their own.
   if (HoldsControls(request.uri) || HoldsControls(session_.id) || HoldsControls(*login)) return Outcome::kNotUnderstood;
   text = std::string(request.method) + ' ' + uri + " RTSP/1.0\r\nCSeq: " + std::to_string(++lastSequence_) +
          "\r\nUser-Agent: " + target_.userAgent + "\r\n" + request.headers;
   if (!session_.id.empty()) text += "Session: " + session_.id + "\r\n";
-  if (hasLogin) text += "Authorization: " + *login + "\r\n";
+  if (!login->empty()) text += "Authorization: " + *login + "\r\n";
   text += "\r\n";
   return Outcome::kOk;
 }
@@ -227,7 +217,7 @@ void RtspSession::TakePacket(const InterleavedPacket& packet) {
 /// Answers are taken in order, since some carry no CSeq. After PLAY there is only that to OPTIONS, which asks nothing.
 void RtspSession::TakeMessage(const RtspMessage& message) {
   if (message.status == 0) return AnswerRequest(message);
-  hasAnswered_ = true;
+  hasSpoken_ = true;
   const bool isFinal = message.status >= 200;
   if (isFinal && goal_ != Goal::kRead) TakeAnswer(message);
 }
@@ -235,14 +225,14 @@ void RtspSession::TakeMessage(const RtspMessage& message) {
 void RtspSession::AnswerRequest(const RtspMessage& request) {
   if (HoldsControls(request.Header("CSeq"))) return;  // it would become lines of its own
   const bool isKnown = request.method != "REDIRECT";
-  hasAnsweredSince_ = true;
+  hasAnsweredCamera_ = true;
   outgoing_ = std::string("RTSP/1.0 ") + (isKnown ? "200 OK" : "501 Not Implemented") +
               "\r\nCSeq: " + std::string(request.Header("CSeq")) + "\r\n\r\n";
 }
 
 void RtspSession::TakeAnswer(const RtspMessage& answer) {
   if (IsChallenge(answer.status)) return LogIn(answer);
-  if (IsSuccess(answer.status) && IsLoginOnTrial()) ProveLogin();
+  if (IsSuccess(answer.status) && IsLoginOnTrial()) login_.Prove(target_.port);
   const bool leadsOn = goal_ == Goal::kDescribe && IsRtspRedirect(answer.status) && redirects_ < kMaxRedirects;
   if (leadsOn) return FollowRedirect(answer);
   if (goal_ == Goal::kDescribe && WantsOptions(answer.status) && !hasAskedOptions_) return AskOptions(answer);
@@ -272,7 +262,7 @@ void RtspSession::AskOptions(const RtspMessage& refusal) {
 
 void RtspSession::LeaveOptions(const RtspMessage& answer) {
   const Outcome outcome = OutcomeOf(answer.status);
-  if (login_ != Login::kNone && outcome == Outcome::kLoginRefused) return Finish(outcome);
+  if (login_.IsWanted() && outcome == Outcome::kLoginRefused) return Finish(outcome);
   BeginDescribe();
   Repeat(answer);
 }
@@ -290,8 +280,8 @@ void RtspSession::FollowRedirect(const RtspMessage& answer) {
   target_.port = there->port;
   target_.path = there->path;
   uri_ = target_.Uri();
-  login_ = Login::kNone;
-  hasAskedAnew_ = hasAskedOptions_ = false;  // there may be another server
+  login_.BeginServer();
+  hasAskedOptions_ = false;
   logins_.AllowPort(target_.port);
   Describe();
 }
@@ -315,36 +305,12 @@ Outcome RtspSession::ReadGrant(const RtspMessage& answer) {
   return Outcome::kOk;
 }
 
-void RtspSession::ProveLogin() {
-  login_ = Login::kProven;
-  if (wasChallengedHere_) logins_.RememberSteady(target_.port, true);
-  logins_.Worked(challenge_.method);
-}
-
 /// Sends the request again with a login that meets the challenge, if one may.
 void RtspSession::LogIn(const RtspMessage& refusal) {
-  if (!logins_.HasLogin() || repeats_ >= kMaxRepeats) return Finish(Outcome::kLoginRefused);
-  const Outcome outcome = TakeChallenge(refusal.Headers("WWW-Authenticate"));
+  const Outcome outcome = login_.Take(refusal);
   if (outcome != Outcome::kOk) return Finish(outcome);
-  ++repeats_;
-  wasChallengedHere_ = true;
   if (goal_ == Goal::kPlay) return SendRequest();  // the session would end with the connection
   IsLast(refusal) ? Connect() : Pause();
-}
-
-Outcome RtspSession::TakeChallenge(const std::vector<std::string_view>& headers) {
-  const std::vector<LoginChallenge> challenges = ParseChallenges(headers);
-  logins_.Remember(challenges);
-  const bool wasSent = login_ != Login::kNone;
-  const LoginChallenge* strongest = StrongestChallenge(challenges);
-  if (strongest == nullptr) return wasSent ? Outcome::kLoginRefused : Outcome::kLoginUnsupported;
-  // A login that was right before is right still, once: the camera has only changed its nonce.
-  const bool mayTryAgain = strongest->isStale || (login_ == Login::kProven && repeats_ == 0);
-  if ((wasSent && !mayTryAgain) || !logins_.MayLogIn(strongest->method)) return Outcome::kLoginRefused;
-  challenge_ = *strongest;
-  nonceUses_ = 0;
-  if (login_ != Login::kProven) login_ = Login::kChallenged;
-  return Outcome::kOk;
 }
 
 }  // namespace recorder

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "recorder/net/login/login.h"
 #include "recorder/net/rtsp/rtsp_headers.h"
+#include "recorder/net/rtsp/rtsp_login.h"
 #include "recorder/net/rtsp/rtsp_parser.h"
 #include "recorder/net/rtsp/rtsp_target.h"
 #include "recorder/net/rtsp/rtsp_transport.h"
@@ -20,29 +20,6 @@
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
-
-/// Whom a session logs in as, and when it may.
-class RtspLogins {
- public:
-  virtual ~RtspLogins() = default;
-  /// False when there is nothing to log in with.
-  virtual bool HasLogin() const = 0;
-  /// Says what the camera asks for.
-  virtual void Remember(const std::vector<LoginChallenge>& challenges) = 0;
-  virtual bool MayLogIn(LoginMethod method) = 0;
-  /// Value of the Authorization header of one request, the `use`th that answers `challenge`. Nothing where no password
-  /// is to be had.
-  virtual std::optional<std::string> Authorization(const LoginChallenge& challenge, std::string_view method,
-                                                   std::string_view uri, unsigned int use) = 0;
-  /// Says that the camera took a login.
-  virtual void Worked(LoginMethod method) = 0;
-  /// True where the camera at `port` is known to keep its connection open behind a challenge.
-  virtual bool IsSteady(int port) const = 0;
-  /// Says whether it did so just now; where it closed over a login, that counts as no.
-  virtual void RememberSteady(int port, bool isSteady) = 0;
-  /// Says that the camera has named a port of its host, where a login is for that camera, too.
-  virtual void AllowPort(int port) = 0;
-};
 
 /// One RTSP 1.0 session (RFC 2326) for the video of one camera, without socket or clock: the caller has them, or stands
 /// in for them. It begins Describe, Setup, Play and Read, in this order, and does what Next() says until that is kDone.
@@ -75,7 +52,7 @@ class RtspSession {
   /// From now on the session gives up at `time` unless the camera has spoken RTSP by then.
   void AnswerBy(Clock::time_point time) { answerBy_ = time; }
   /// True once the camera has spoken RTSP.
-  bool HasAnswered() const { return hasAnswered_; }
+  bool HasAnswered() const { return hasSpoken_; }
 
   /// Connects, logs in if asked to, follows redirects within the camera's host, and reads what the camera offers.
   /// kNoVideo when there is no video, kEncryptedStream when it comes encrypted alone.
@@ -106,7 +83,7 @@ class RtspSession {
   void Sent(Outcome outcome);
 
   Clock::time_point Until() const;
-  Clock::time_point Deadline() const { return hasAnswered_ ? deadline_ : std::min(deadline_, answerBy_); }
+  Clock::time_point Deadline() const { return hasSpoken_ ? deadline_ : std::min(deadline_, answerBy_); }
   /// Room for what comes. Received() tells how many bytes did.
   std::span<std::uint8_t> Space() { return parser_.Space(); }
   void Received(std::size_t size) { parser_.Filled(size); }
@@ -139,13 +116,6 @@ class RtspSession {
     kOpening,  ///< ports of UDP
     kDone,
   };
-  enum class Login {
-    kNone,
-    kChallenged,  ///< the camera asked for it, and it goes along with all requests from now on
-    kSent,
-    kRepeated,  ///< sent once more, since the camera closed the connection before it read it
-    kProven,    ///< the camera took it
-  };
   struct Request {
     std::string_view method;
     std::string uri;
@@ -160,7 +130,7 @@ class RtspSession {
   void BeginDescribe();
   void Connect();
   void Pause();
-  void AskAnew();
+  void Reconnect();
   void Repeat(const RtspMessage& refusal);
   void SendRequest();
   Outcome Compose(const Request& request, std::string& text);
@@ -182,12 +152,8 @@ class RtspSession {
 
   /// True while what the camera does next tells whether it takes the login. To OPTIONS many answer whatever login is
   /// with it, unless it was OPTIONS that they asked one for.
-  bool IsLoginOnTrial() const {
-    return (login_ == Login::kSent || login_ == Login::kRepeated) && (goal_ != Goal::kOptions || repeats_ > 0);
-  }
-  void ProveLogin();
+  bool IsLoginOnTrial() const { return login_.IsOnTrial() && (goal_ != Goal::kOptions || login_.IsWantedHere()); }
   void LogIn(const RtspMessage& refusal);
-  Outcome TakeChallenge(const std::vector<std::string_view>& headers);
 
   RtspTarget target_;
   std::string uri_;
@@ -195,7 +161,7 @@ class RtspSession {
   RtspLogins& logins_;
 
   Clock::time_point answerBy_ = Clock::time_point::max();
-  bool hasAnswered_ = false;
+  bool hasSpoken_ = false;  // the camera, RTSP
 
   Clock::time_point now_;
   Goal goal_ = Goal::kDescribe;
@@ -204,19 +170,14 @@ class RtspSession {
   Request request_;  // what is asked now
   Clock::time_point sentAt_;
   Clock::time_point pauseUntil_ = Clock::time_point::max();
-  int repeats_ = 0;                // of the request
-  int redirects_ = 0;              // that were followed
-  bool hasAnsweredSince_ = false;  // a request of the camera's, behind this one
-  bool hasAskedAnew_ = false;      // over another connection, without a login
+  int redirects_ = 0;               // that were followed
+  bool hasAnsweredCamera_ = false;  // a request of its own, behind this one
   bool hasAskedOptions_ = false;
   std::string outgoing_;
   RtspParser parser_;
   unsigned int lastSequence_ = 0;
 
-  Login login_ = Login::kNone;
-  LoginChallenge challenge_;        // unless the login is kNone
-  bool wasChallengedHere_ = false;  // over this connection
-  unsigned int nonceUses_ = 0;
+  RtspLogin login_;
 
   SdpVideo video_;
   std::string base_;
