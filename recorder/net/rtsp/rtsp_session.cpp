@@ -238,7 +238,8 @@ void RtspSession::TakeAnswer(const RtspMessage& answer) {
   if (goal_ == Goal::kDescribe && WantsOptions(answer.status) && !hasAskedOptions_) return AskOptions(answer);
   if (goal_ == Goal::kOptions) return LeaveOptions(answer);
   if (goal_ == Goal::kPlay) keepAliveAt_ = now_ + session_.timeout / 2;
-  if (goal_ == Goal::kPlay && transport_.IsUdp() && early_.empty()) packetBy_ = now_ + (deadline_ - now_) / 2;
+  const bool isVideoDue = std::ranges::all_of(early_, &EarlyPacket::isControl);
+  if (goal_ == Goal::kPlay && transport_.IsUdp() && isVideoDue) packetBy_ = now_ + (deadline_ - now_) / 2;
   Finish(MeaningOf(answer));
   const bool mayBeOverUdp = goal_ == Goal::kSetup && !transport_.IsUdp() && !target_.isTls;  // TLS would be left
   if (mayBeOverUdp && result_ == Outcome::kTransportRefused) state_ = State::kOpening;
