@@ -23,8 +23,11 @@ namespace {
 /// After this long without a key frame a point of recovery will do: some encoders never send an IDR again.
 constexpr std::chrono::seconds kKeyFramePatience{2};
 
-/// How long one call for a key frame, beside the stream, may keep us from reading that.
-constexpr std::chrono::seconds kLongestCall{1};
+/// How long one call for a key frame, beside the stream, may keep us from reading that. Of what comes over UDP
+/// meanwhile, the system keeps little.
+constexpr std::chrono::milliseconds kLongestCall{1000};
+constexpr std::chrono::milliseconds kLongestCallOverUdp{300};
+constexpr std::chrono::seconds kBetweenCalls{1};
 
 timeval Now() {
   timeval now{};
@@ -53,7 +56,8 @@ struct RtpFetch::Impl {
   std::optional<recorder::RtspClient> client;
   std::optional<recorder::KeyFrameSearch> search;
   bool isOpen = false;
-  recorder::KeyFramePace requests;  // for a key frame
+  recorder::KeyFramePace requests;     // for a key frame
+  recorder::Clock::time_point callAt;  // the next, beside the stream
   recorder::Clock::time_point started;
 
   std::string part;  // a JPEG; "": none yet
@@ -66,6 +70,7 @@ struct RtpFetch::Impl {
   recorder::Outcome ReadUnits();
   recorder::Outcome Look();
   void AskForKeyFrame(bool isDamaged);
+  void CallForKeyFrame();
 };
 
 /// Everything up to the running stream.
@@ -145,19 +150,24 @@ recorder::Outcome RtpFetch::Impl::Look() {
 }
 
 /// A camera with many seconds between its key frames then sends one now.
-///
-/// A call beside the stream (ONVIF) is made only where the camera runs the stream, so that the login is proven or none
-/// is needed, and where the first request has brought nothing: it costs several round trips, and keeps us from reading.
-/// What comes meanwhile waits in the socket; a call that takes too long is given up and not made again.
 void RtpFetch::Impl::AskForKeyFrame(bool isDamaged) {
   using recorder::Clock;
   if (!requests.IsDue(Clock::now(), isDamaged)) return;
   client->SendControl(recorder::KeyFrameRequest(search->Source(), static_cast<std::uint8_t>(requests.Count())));
-  if (requests.Count() > 0) {
-    recorder::RequestScope::Current().CallForKeyFrame(place, address.user, address.password,
-                                                      Clock::now() + recorder::kLongestCall);
-  }
+  if (requests.Count() > 0) CallForKeyFrame();
   requests.Sent(Clock::now());
+}
+
+/// Asks beside the stream (ONVIF), which is done only where the camera runs the stream, so that the login is proven or
+/// none is needed, and where the first request has brought nothing: it costs several round trips, and keeps us from
+/// reading. So it is done once a second at the most; a call that takes too long is given up and not made again.
+void RtpFetch::Impl::CallForKeyFrame() {
+  using recorder::Clock;
+  const Clock::time_point now = Clock::now();
+  if (now < callAt) return;
+  const auto longest = client->IsOverUdp() ? recorder::kLongestCallOverUdp : recorder::kLongestCall;
+  recorder::RequestScope::Current().CallForKeyFrame(place, address.user, address.password, now + longest);
+  callAt = Clock::now() + recorder::kBetweenCalls;
 }
 
 RtpFetch::RtpFetch(const std::string& host, int port, const std::string& path, const std::string& user,

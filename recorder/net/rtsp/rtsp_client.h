@@ -54,6 +54,9 @@ class RtspClient : private RtspLogins {
   /// kTransportRefused when it refuses both.
   [[nodiscard]] Outcome Setup();
 
+  /// True when the packets come over UDP.
+  bool IsOverUdp() const { return session_.Transport().IsUdp(); }
+
   /// Starts the video.
   [[nodiscard]] Outcome Play();
 
