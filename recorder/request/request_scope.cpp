@@ -114,7 +114,10 @@ void RequestScope::CallForKeyFrame(const StreamPlace& stream, const std::string&
                                    Clock::time_point end) {
   const auto call = std::find_if(keyFrameCalls_.begin(), keyFrameCalls_.end(),
                                  [&](const auto& known) { return known.first == stream; });
-  if (call != keyFrameCalls_.end() && !call->second(user, password, end)) keyFrameCalls_.erase(call);
+  if (call == keyFrameCalls_.end()) return;
+  const auto failures = failures_;
+  if (!call->second(user, password, end)) keyFrameCalls_.erase(call);
+  failures_ = failures;
 }
 
 void RequestScope::RememberDigest(const std::string& host) { digestHosts_.insert(NormalizedHost(host)); }

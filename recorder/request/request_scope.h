@@ -81,7 +81,8 @@ class RequestScope {
   /// Remembers by what call the camera is asked for a key frame of the stream at `stream`.
   void RememberKeyFrameCall(const StreamPlace& stream, KeyFrameCall call);
 
-  /// Makes that call, if there is one. One that fails is not made again.
+  /// Makes that call, if there is one. One that fails is not made again; how it failed is not remembered for other
+  /// contacts.
   void CallForKeyFrame(const StreamPlace& stream, const std::string& user, const std::string& password,
                        Clock::time_point end);
 

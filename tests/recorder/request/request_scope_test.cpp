@@ -46,6 +46,13 @@ TEST(RequestScopeTest, GivesAFailureAgainOnlyWhereItHappened) {
   EXPECT_EQ(scope.Refusal("cam1", 80, "guest", "x"), std::nullopt);
   EXPECT_EQ(scope.Refusal("cam3", 80, "admin", "x"), std::nullopt);
   std::thread([] { EXPECT_FALSE(RequestScope::Current().Refusal("cam1", 80, "admin", "")); }).join();
+  const StreamPlace stream{"cam3", 554, "/"};
+  scope.RememberKeyFrameCall(stream, [&](const std::string&, const std::string&, Clock::time_point) {
+    scope.Remember("cam3", "admin", Outcome::kLoginRefused);
+    return false;
+  });
+  scope.CallForKeyFrame(stream, "admin", "x", scope.Deadline());
+  EXPECT_EQ(scope.Refusal("cam3", 80, "admin", "x"), std::nullopt) << "the stream goes on";
   { const RequestScope inner{milliseconds(1000)}; }
   EXPECT_EQ(&RequestScope::Current(), &scope);
 }
