@@ -39,6 +39,8 @@ constexpr Condition kConditions[] = {
      [](const CameraRecord& camera, const WantedCamera&) { return camera.status != CAM_CONN_STATUS_DISABLED; }},
 };
 
+constexpr char kNotSent[] = ": its stored password was not sent. ";
+
 /// "camera 3", "cameras 3, 5".
 std::string NamesOf(const std::vector<CameraRecord>& cameras) {
   constexpr std::size_t kMostNamed = 5;
@@ -138,23 +140,28 @@ LoginMethod LentPassword::WeakestAt(int port, bool isTls) {
 }
 
 bool LentPassword::MayLogIn(int port, bool isTls, LoginMethod method) try {
-  if (!camera_) return false;
-  const bool isBare = !isTls && Pinned().contains(port);
+  if (!camera_ || !KeepsTls(port, isTls)) return false;
   const LoginMethod weakest = WeakestAt(port, isTls);
-  if (!isBare && method >= weakest) return true;
-  LogFailure(NameAt(port) + " asks for a login by " + NameOf(method) + ReasonAgainst(port, isBare, weakest));
+  if (method >= weakest) return true;
+  LogFailure(NameAt(port) + " asks for a login by " + NameOf(method) + ReasonAgainst(port, weakest));
   return false;
 } catch (const std::exception& error) {
   LogFailure(error.what());
   return false;
 }
 
-std::string LentPassword::ReasonAgainst(int port, bool isBare, LoginMethod weakest) const {
-  constexpr auto kNotSent = ": its stored password was not sent. ";
-  if (isBare) {
-    return std::string(" without TLS, where it had a certificate before") + kNotSent +
-           AdviceFor(*camera_, "--trust-new-certificate");
-  }
+bool LentPassword::KeepsTls(int port, bool isTls) try {
+  if (!camera_) return false;
+  if (isTls || !Pinned().contains(port)) return true;
+  LogFailure(NameAt(port) + " asks for a login without TLS, where it had a certificate before" + kNotSent +
+             AdviceFor(*camera_, "--trust-new-certificate"));
+  return false;
+} catch (const std::exception& error) {
+  LogFailure(error.what());
+  return false;
+}
+
+std::string LentPassword::ReasonAgainst(int port, LoginMethod weakest) const {
   if (port != camera_->port) return ": its stored password was not sent, since it goes there by Digest only.";
   return std::string(", where one by ") + NameOf(weakest) + " worked before" + kNotSent +
          AdviceFor(*camera_, "--allow-basic");

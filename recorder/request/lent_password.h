@@ -54,9 +54,12 @@ class LentPassword {
 
   /// True when a login by `method` may go to `port`: to the record's own by none that is weaker than what worked
   /// before, to one that was named by a Digest, unless the camera itself is there, as its certificate proves, and took
-  /// none before. `isTls`: the connection is TLS, with a certificate that is trusted; without, no login goes to a port
-  /// that has one. Logged if not.
+  /// none before, and as KeepsTls has it. `isTls`: the connection is TLS, with a certificate that is trusted. Logged if
+  /// not.
   bool MayLogIn(int port, bool isTls, LoginMethod method);
+
+  /// False, and logged, for a connection without TLS to a port that has a certificate: no login goes there.
+  bool KeepsTls(int port, bool isTls);
 
   /// Remembers in the records that a login by `method` worked at `port`. What the own port takes is the measure for it;
   /// of any other it counts only that the camera knows Digest, since some have one protocol that is behind the others.
@@ -70,7 +73,7 @@ class LentPassword {
   Certificates& Pinned();
   bool IsProven(int port);
   LoginMethod WeakestAt(int port, bool isTls);
-  std::string ReasonAgainst(int port, bool isBare, LoginMethod weakest) const;
+  std::string ReasonAgainst(int port, LoginMethod weakest) const;
   std::string NameAt(int port) const;
 
   std::vector<CameraRecord> records_;

@@ -64,7 +64,7 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
   const auto newOne = isLogin ? kFresh : kClose;
   const auto connection = IsLoggedIn() || !HasLogin(camera_) ? kKeep : newOne;
   const std::optional<std::string> authorization = Authorization(request);
-  if (!authorization) return Outcome::kLoginRefused;
+  if (!authorization || (request.hasLogin && !KeepsTls(camera_))) return Outcome::kLoginRefused;
   const Outcome outcome = transfer_.Perform(request, *authorization, connection, deadline);
   if (IsLoggedIn() || !challenge_) return outcome;
   login_ = Login::kSent;

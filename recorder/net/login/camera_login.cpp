@@ -31,6 +31,11 @@ bool MayLogIn(const CameraAddress& camera, LoginMethod method) {
   return lent == nullptr || lent->MayLogIn(camera.port, camera.isTls, method);
 }
 
+bool KeepsTls(const CameraAddress& camera) {
+  LentPassword* lent = RequestScope::Current().FindLent(camera.password);
+  return lent == nullptr || lent->KeepsTls(camera.port, camera.isTls);
+}
+
 std::optional<std::string> MakeAuthorization(const CameraAddress& camera, const LoginChallenge& challenge,
                                              std::string_view method, std::string_view uri, const ClientNonce& nonce) {
   std::optional<std::string> password = PasswordFor(camera);

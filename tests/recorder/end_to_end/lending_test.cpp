@@ -195,6 +195,20 @@ TEST(StoredPassword, IsNotShownWhereTheCameraRedirectsTo) {
   }
 }
 
+TEST(StoredPassword, IsNotShownWithoutTlsWhereThereWasACertificate) {
+  const SimCameras cameras(List({Clip("camera", R"("tls": "too", "onvif": {"login": "token", "tlsStream": true,
+                                                  "snapshotUri": "none"})")}));
+  const TestRecorder recorder;
+  const Stored onvif{"camera", "ONVIF Generic", ""};
+  const int port = cameras.Port("camera");
+  const Json::Value params = onvif.Params(port, onvif.Add(recorder, port));
+  EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, "ok") << "its stream is inside TLS";
+  const int logins = Logins(cameras, "camera");
+  recorder.ForgetCameras();
+  EXPECT_EQ(recorder.Post("GetSnapshot", params).cause, "loginRefused");
+  EXPECT_EQ(Logins(cameras, "camera"), logins) << "no token either";
+}
+
 // A camera that takes Basic leads into TLS: with the certificate of the port in its record it is the camera for sure.
 TEST(StoredPassword, IsShownAtANamedPortThatHasTheCertificateOfItsOwn) {
   Proxy own;
