@@ -213,7 +213,8 @@ int HttpTransfer::OnConnected(void* self, char*, char*, int, int) try {
   if (!transfer.place_.isTls) return CURL_PREREQFUNC_OK;
   const curl_tlssessioninfo* session = nullptr;
   curl_easy_getinfo(transfer.curl_.get(), CURLINFO_TLS_SSL_PTR, &session);
-  const bool isThere = session != nullptr && session->internals != nullptr;
+  const bool isThere =
+      session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL && session->internals != nullptr;
   const std::string certificate = isThere ? CertificateOf(*static_cast<const SSL*>(session->internals)) : "";
   transfer.connected_ = transfer.check_(certificate);
   return transfer.connected_ == Outcome::kOk ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;

@@ -15,6 +15,10 @@ void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChal
 }
 
 Outcome TrustCertificate(const CameraAddress& camera, const std::string& certificate) {
+  if (certificate.empty()) {
+    LogFailure(PlaceOf(camera) + " speaks TLS without a certificate: nothing was sent.");
+    return Outcome::kNotThisProtocol;
+  }
   LentPassword* lent = RequestScope::Current().FindLent(camera.password);
   if (lent != nullptr) return lent->TrustCertificate(camera.port, certificate);
   LogFailure("The certificate of " + PlaceOf(camera) + " is not checked: only that of a stored camera is.");

@@ -18,7 +18,7 @@ namespace recorder {
 void RememberChallenges(const CameraAddress& camera, const std::vector<LoginChallenge>& challenges);
 
 /// Judges the certificate that `camera`'s port shows, the SHA-256 of its DER in hexadecimal, before anything is sent
-/// inside TLS. Where a password is lent, it is compared with what
+/// inside TLS. "", no certificate, is kNotThisProtocol, and logged. Where a password is lent, it is compared with what
 /// is pinned in the camera's record: kCertificateChanged when it is another one, kRecorderFailed when the records
 /// cannot be used, both logged. Any other is taken, and that is logged.
 Outcome TrustCertificate(const CameraAddress& camera, const std::string& certificate);
