@@ -14,10 +14,17 @@
 namespace recorder {
 namespace {
 
+using TlsContext = std::unique_ptr<SSL_CTX, Deleter<SSL_CTX_free>>;
+
+TlsContext NewContext() {
+  TlsContext context(SSL_CTX_new(TLS_client_method()));
+  if (!context || SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION) != 1) throw std::bad_alloc();
+  return context;
+}
+
 /// OpenSSL's own, for all connections: made once, and never changed.
 SSL_CTX& Context() {
-  static const std::unique_ptr<SSL_CTX, Deleter<SSL_CTX_free>> context(SSL_CTX_new(TLS_client_method()));
-  if (!context) throw std::bad_alloc();
+  static const TlsContext context = NewContext();
   return *context;
 }
 
