@@ -204,8 +204,8 @@ std::string Records::PinCertificate(int id, int port, const std::string& certifi
   impl_->Guarded([&] {
     SQLite::Statement insert{
         impl_->database,
-        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND (port "
-        "= ?2 OR (SELECT count(*) FROM certificates WHERE cameraId = ?1) < ?4)"};
+        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND (port = ?2 OR (SELECT "
+        "count(*) FROM certificates WHERE cameraId = ?1 AND certificates.port <> cameras.port) < ?4)"};
     SQLite::bind(insert, id, port, certificate, kMostPinnedPorts);
     insert.exec();
   });
