@@ -80,6 +80,14 @@ void UdpPair::Expect(Port& port, int number) {
   std::ignore = connect(port.descriptor.Get(), Generic(port.camera), sizeof port.camera);
 }
 
+void UdpPair::SendRtcp(std::span<const std::uint8_t> bytes) const {
+  sockaddr_storage rtp = rtp_.camera;
+  sockaddr_storage rtcp = rtcp_.camera;
+  if (PortOf(rtp) == 0 || PortOf(rtcp) != 0) return Send(rtcp_, bytes);
+  PortOf(rtcp) = htons(static_cast<in_port_t>(ntohs(PortOf(rtp)) + 1));
+  std::ignore = sendto(rtcp_.descriptor.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL, Generic(rtcp), sizeof rtcp);
+}
+
 void UdpPair::Send(const Port& port, std::span<const std::uint8_t> bytes) {
   std::ignore = send(port.descriptor.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }

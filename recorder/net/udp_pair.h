@@ -39,7 +39,8 @@ class UdpPair {
   void Expect(int rtpPort, int rtcpPort);
 
   void SendRtp(std::span<const std::uint8_t> bytes) const { Send(rtp_, bytes); }
-  void SendRtcp(std::span<const std::uint8_t> bytes) const { Send(rtcp_, bytes); }
+  /// As long as the camera's port of RTCP is not known, to the one behind that of its RTP.
+  void SendRtcp(std::span<const std::uint8_t> bytes) const;
 
   /// Waits until there is something to read, here or of `connection`. True when that is so of the latter.
   [[nodiscard]] bool Wait(int connection, Clock::time_point until) const;

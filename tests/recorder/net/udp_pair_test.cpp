@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 #include <tuple>
 
@@ -65,6 +66,13 @@ TEST(UdpPairTest, TakesWhatTheCameraSendsFromItsPortsAlone) {
   pair->Expect(ntohs(camera.address.sin6_port), 0);
   send(pair->RtpPort());
   EXPECT_EQ(taken(), "camera camera ") << "what came too early is judged, too";
+  const sockaddr_in6 next = At(kHere, ntohs(camera.address.sin6_port) + 1);
+  const FileDescriptor control(socket(AF_INET6, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  if (bind(control.Get(), reinterpret_cast<const sockaddr*>(&next), sizeof next) == 0) {
+    pair->SendRtcp(std::array<std::uint8_t, 3>{});
+    std::array<char, 9> space{};
+    EXPECT_EQ(recv(control.Get(), space.data(), space.size(), MSG_DONTWAIT), 3) << "the next port, by custom";
+  }
   send(pair->RtpPort() + 1);
   EXPECT_EQ(taken(), "RTCP camera ") << "the first that the camera uses, where none is named";
 }
