@@ -1,5 +1,6 @@
 #include "recorder/host/host.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
@@ -36,6 +37,7 @@ Config StartPlatform(const std::filesystem::path& configFile) {
 Host StartHost(const std::filesystem::path& configFile) {
   Config config = StartPlatform(configFile);
   std::filesystem::current_path(config.workFolder);
+  std::signal(SIGPIPE, SIG_IGN);  // what the other side has closed shows in what is written
   ModuleLibrary module(config.module);
   return {std::move(config), std::move(module)};
 }

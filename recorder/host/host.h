@@ -22,7 +22,8 @@ std::filesystem::path FindConfigFile(const std::string& option);
 Config StartPlatform(const std::filesystem::path& configFile);
 
 /// Makes the process ready to serve API calls: the platform and the module, and the working folder beside "images/"
-/// that the module's relative paths start from. Call once, before there are threads. Throws std::exception.
+/// that the module's relative paths start from; SIGPIPE is ignored. Call once, before there are threads. Throws
+/// std::exception.
 Host StartHost(const std::filesystem::path& configFile);
 
 }  // namespace recorder
