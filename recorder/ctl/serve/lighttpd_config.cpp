@@ -17,8 +17,8 @@ namespace {
 /// limit is refused when its length is known. Others, which may hold passwords, wait in the server's own folder, at
 /// most one a connection: HTTP/2 would have several. The type of its error files comes from their name, which always
 /// ends in ".html". It does not tell its name and version, and what a page's folder holds for its developers stays
-/// there. Its limits of size are numbers of KiB. When it is
-/// told to read its certificate again, a copy of it ends the requests at hand.
+/// there. Its limits of size are numbers of KiB. When it is told to read its certificate again, it ends the requests at
+/// hand first, for 15 seconds at most: new connections wait so long.
 /// API_ADDRESSES are those that workers or recorder-login answer, USER_ADDRESSES those for which one must be logged in:
 /// who shows neither session nor token nor password is refused at once. Sessions and tokens are checked by the workers,
 /// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
@@ -32,7 +32,7 @@ server.pid-file = var.run + "/lighttpd.pid"
 server.document-root = var.run + "/www"
 server.modules = ( "mod_setenv", "mod_auth", "mod_fastcgi", "mod_magnet" )
 server.feature-flags = ( "server.h2proto" => "disable", "server.h2c" => "disable",
-  "server.graceful-restart-bg" => "enable" )
+  "server.graceful-shutdown-timeout" => 15 )
 server.stat-cache-engine = "disable"
 server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"

@@ -1,11 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
-
-#include <optional>
 
 #include "rig/cameras.h"
-#include "rig/processes.h"
 
 // A recorder that other machines can ask, for which 127.0.0.2 stands here.
 
@@ -104,20 +100,4 @@ TEST(Listening, TakesARenewedCertificateAndLosesNoRequest) {
     EXPECT_TRUE(Becomes([&] { return recorder.Log().find(" cannot be used: ", logged) != std::string::npos; }));
     EXPECT_TRUE(answers(renewed)) << "the one of before stays";
   }
-}
-
-TEST(Listening, EndsWithWhatStillAnswersOldRequests) {
-  prctl(PR_SET_CHILD_SUBREAPER, 1);
-  std::optional<TestRecorder> recorder(kOpen);
-  Json::Value params;
-  params["camSourcePath"] = std::string(60'000, '/');
-  std::vector<std::string> command = Post(*recorder, Certificate(*recorder), "CameraTest", params);
-  command.insert(command.begin() + 1, {"-v", "--limit-rate", "1k"});
-  Process upload(command);
-  while (upload.ReadLine().find("> POST") == std::string::npos) continue;
-  ASSERT_EQ(recorder->Control({"certificate", "make"}).status, 0);
-  const auto servers = [] { return Descendants(getpid(), "lighttpd").size(); };
-  EXPECT_TRUE(Becomes([&] { return servers() == 2; }));
-  recorder.reset();
-  EXPECT_EQ(servers(), 0U);
 }
