@@ -44,6 +44,7 @@ struct Goal {
   enum class Kind { kAtMost, kAtLeast };
   Kind kind = Kind::kAtMost;
   double bound = 0;
+  double orMore = 0;  ///< of times: so many milliseconds more are no miss either
 };
 
 /// One way and its figure, for the reader.
