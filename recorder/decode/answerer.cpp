@@ -66,19 +66,10 @@ void Answerer::OpenBody(std::uint32_t maxPicture) {
 
 Reply Answerer::LookAtStream(bool takesRecoveryPoint) {
   if (!stream_) return {MediaStatus::kRefused};
-  switch (stream_->Look(takesRecoveryPoint)) {
-    case KeyFrameFinder::State::kMore:
-      return {MediaStatus::kNothing};
-    case KeyFrameFinder::State::kNoKeyFrame:
-      return {MediaStatus::kNoKeyFrame};
-    case KeyFrameFinder::State::kDamaged:
-      return {MediaStatus::kDamaged};
-    case KeyFrameFinder::State::kRefused:
-      return {MediaStatus::kRefused};
-    default:
-      made_ = stream_->TakePicture();
-      return {MediaStatus::kPicture, 0, 0, made_->Span()};
-  }
+  const MediaStatus status = stream_->Look(takesRecoveryPoint);
+  if (status != MediaStatus::kPicture) return {status};
+  made_ = stream_->TakePicture();
+  return {status, 0, 0, made_->Span()};
 }
 
 Reply Answerer::LookAtBody() {

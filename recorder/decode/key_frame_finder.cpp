@@ -21,29 +21,29 @@ void KeyFrameFinder::Feed(std::span<const std::uint8_t> packet, bool isControl) 
   if (header && !isControl) assembler_.Add(*header, pieces_);
 }
 
-KeyFrameFinder::State KeyFrameFinder::Look(bool takesRecoveryPoint) {
-  State state = State::kMore;
+MediaStatus KeyFrameFinder::Look(bool takesRecoveryPoint) {
+  MediaStatus status = MediaStatus::kNothing;
   picture_.reset();
   while (const auto unit = assembler_.Take()) {
-    const State judged = Judge(*unit, takesRecoveryPoint);
-    if (judged == State::kPicture || judged == State::kRefused) return judged;
-    if (state != State::kDamaged) state = judged;
+    const MediaStatus judged = Judge(*unit, takesRecoveryPoint);
+    if (judged == MediaStatus::kPicture || judged == MediaStatus::kRefused) return judged;
+    if (status != MediaStatus::kDamaged) status = judged;
   }
-  return state;
+  return status;
 }
 
-KeyFrameFinder::State KeyFrameFinder::Judge(const AccessUnit& unit, bool takesRecoveryPoint) {
+MediaStatus KeyFrameFinder::Judge(const AccessUnit& unit, bool takesRecoveryPoint) {
   const bool isPoint = takesRecoveryPoint && unit.kind == UnitKind::kRecoveryPoint;
-  if (unit.kind != UnitKind::kKey && !isPoint) return State::kNoKeyFrame;
+  if (unit.kind != UnitKind::kKey && !isPoint) return MediaStatus::kNoKeyFrame;
   if (codec_ == kCodecJpeg) {
-    if (!IsWholeJpeg(unit.bytes)) return State::kDamaged;
+    if (!IsWholeJpeg(unit.bytes)) return MediaStatus::kDamaged;
     picture_ = CopyJpeg(unit.bytes);
-    return State::kPicture;
+    return MediaStatus::kPicture;
   }
   Frame frame = DecodeKeyFrame(codec_, depacketizer_->Configuration(), unit.bytes);
-  if (!frame) return State::kDamaged;
+  if (!frame) return MediaStatus::kDamaged;
   picture_ = EncodeJpeg(std::move(frame));
-  return picture_ ? State::kPicture : State::kRefused;
+  return picture_ ? MediaStatus::kPicture : MediaStatus::kRefused;
 }
 
 }  // namespace recorder

@@ -10,6 +10,7 @@
 #include "recorder/decode/access_unit.h"
 #include "recorder/decode/depacketizer.h"
 #include "recorder/decode/key_picture.h"
+#include "recorder/media/media_messages.h"
 
 namespace recorder {
 
@@ -17,14 +18,6 @@ namespace recorder {
 /// to be judged: a damaged one is passed over. One thread.
 class KeyFrameFinder {
  public:
-  enum class State {
-    kMore,        ///< no unit has come
-    kNoKeyFrame,  ///< units came, and none was a key frame
-    kDamaged,     ///< a key frame came, and was not whole
-    kPicture,
-    kRefused,  ///< no JPEG can be made of such pictures
-  };
-
   /// For the one video of the session description. `sendControl`: see Depacketizer.
   KeyFrameFinder(const std::string& description, Depacketizer::SendControl sendControl);
 
@@ -34,14 +27,15 @@ class KeyFrameFinder {
   /// Takes one whole packet of RTP, or of RTCP.
   void Feed(std::span<const std::uint8_t> packet, bool isControl);
 
-  /// Looks at the units that are complete, up to the first picture. `takesRecoveryPoint`: such a unit will do, too.
-  State Look(bool takesRecoveryPoint);
+  /// Looks at the units that are complete, up to the first picture: kNothing to kRefused of its values.
+  /// `takesRecoveryPoint`: such a unit will do, too.
+  MediaStatus Look(bool takesRecoveryPoint);
 
   /// After kPicture. Moves it out.
   KeyPicture TakePicture() { return std::move(*picture_); }
 
  private:
-  State Judge(const AccessUnit& unit, bool takesRecoveryPoint);
+  MediaStatus Judge(const AccessUnit& unit, bool takesRecoveryPoint);
 
   std::unique_ptr<Depacketizer> depacketizer_;
   std::uint32_t codec_;
