@@ -93,16 +93,16 @@ void RequestScope::AllowPort(const std::string& host, int port) {
   for (auto& [token, lent] : lent_) lent.AllowPort(host, port);
 }
 
-void RequestScope::RememberStream(const StreamPlace& usual, int videoType, StreamPlace other) {
-  AllowPort(other.host, other.port);
-  streams_.push_back({usual, videoType, std::move(other)});
+void RequestScope::RememberStream(const StreamPlace& usual, OtherStream other) {
+  AllowPort(other.place.host, other.place.port);
+  streams_.emplace_back(usual, std::move(other));
 }
 
-StreamPlace RequestScope::FindStream(const StreamPlace& usual, int videoType) const {
-  const auto found = std::find_if(streams_.begin(), streams_.end(), [&](const OtherStream& stream) {
-    return stream.usual == usual && stream.videoType == videoType;
+const OtherStream* RequestScope::FindStream(const StreamPlace& usual, int videoType) const {
+  const auto found = std::find_if(streams_.begin(), streams_.end(), [&](const auto& known) {
+    return known.first == usual && known.second.videoType == videoType;
   });
-  return found == streams_.end() ? usual : found->other;
+  return found == streams_.end() ? nullptr : &found->second;
 }
 
 void RequestScope::RememberKeyFrameCall(const StreamPlace& stream, KeyFrameCall call) {

@@ -27,6 +27,13 @@ struct StreamPlace {
   bool operator==(const StreamPlace&) const = default;
 };
 
+/// A stream of a camera beside its usual one.
+struct OtherStream {
+  int videoType = 0;        ///< a VIDEO_TYPE
+  bool isOverHttp = false;  ///< else over RTSP
+  StreamPlace place;
+};
+
 /// Asks a camera for a key frame of a stream by another way than that stream, with this login, until `end` at the
 /// latest. False when that failed.
 using KeyFrameCall = std::function<bool(const std::string& user, const std::string& password, Clock::time_point end)>;
@@ -72,11 +79,12 @@ class RequestScope {
   /// Adds a port that a camera itself or its own model named to what is lent for it; ignored for another host.
   void AllowPort(const std::string& host, int port);
 
-  /// Remembers that the camera whose usual stream is at `usual` has one in another codec, a VIDEO_TYPE, at `other`.
-  void RememberStream(const StreamPlace& usual, int videoType, StreamPlace other);
+  /// Remembers that the camera whose usual stream is at `usual` has another one in another codec.
+  void RememberStream(const StreamPlace& usual, OtherStream other);
 
-  /// Where the camera whose usual stream is at `usual` has that of `videoType`: `usual`, unless another is remembered.
-  StreamPlace FindStream(const StreamPlace& usual, int videoType) const;
+  /// The stream of `videoType` that is remembered of the camera whose usual stream is at `usual`; null: there is none
+  /// but the usual one.
+  const OtherStream* FindStream(const StreamPlace& usual, int videoType) const;
 
   /// Remembers by what call the camera is asked for a key frame of the stream at `stream`.
   void RememberKeyFrameCall(const StreamPlace& stream, KeyFrameCall call);
@@ -128,11 +136,6 @@ class RequestScope {
   friend class HalfTime;
 
   struct OfThread {};
-  struct OtherStream {
-    StreamPlace usual;
-    int videoType;
-    StreamPlace other;
-  };
   RequestScope(std::chrono::milliseconds limit, OfThread);
 
   std::chrono::milliseconds limit_;
@@ -144,7 +147,7 @@ class RequestScope {
   std::set<std::string> digestHosts_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
-  std::vector<OtherStream> streams_;
+  std::vector<std::pair<StreamPlace, OtherStream>> streams_;         // by the usual one
   std::vector<std::pair<StreamPlace, KeyFrameCall>> keyFrameCalls_;  // one a stream
   bool takesAnyCodec_ = false;
   CameraEntry camera_;

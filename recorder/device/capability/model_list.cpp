@@ -20,7 +20,7 @@ Json::Value ModelEntry(const Model& model) {
   Json::Value entry(Json::objectValue);
   entry["vendor"] = model.vendor;
   entry["model"] = model.name;
-  entry["needsSourcePath"] = !model.stream;
+  entry["needsSourcePath"] = model.streams.empty();
   return entry;
 }
 

@@ -48,7 +48,7 @@ std::unique_ptr<CameraDriver> MakeDriver(const std::string& vendor, const std::s
   const bool isUser = vendor == kUserVendor;
   FoundModel found = isUser ? FoundModel() : FindModel(vendor, model);
   if (!isUser && !found.model) return nullptr;
-  const bool takesPath = isUser || !found.model->stream;
+  const bool takesPath = isUser || found.model->streams.empty();
   const Outcome read = takesPath ? ReadPath(parameters) : Outcome::kOk;
   if (read != Outcome::kOk) return MakeUnanswered(read);
   if (isUser) return std::make_unique<UserDriver>(std::move(parameters));

@@ -20,11 +20,18 @@ CameraVerify::CameraVerify(const std::string& address, int port, const std::stri
 
 CameraVerify::~CameraVerify() = default;
 
-/// The path is that of the camera's usual stream, which need not be in the wanted codec.
+/// The path is that of the camera's usual stream, which need not be in the wanted codec. Whoever insists on RTSP gets
+/// no stream over HTTP.
 int CameraVerify::Verify() {
   recorder::CameraAddress address = impl->address;
-  const recorder::StreamPlace place =
-      recorder::RequestScope::Current().FindStream({address.host, address.port, impl->path}, impl->videoType);
-  address.port = place.port;
-  return recorder::RowOf(recorder::ProbeStream(address, place.path, impl->videoType, impl->streamingType)).result;
+  std::string path = impl->path;
+  int streamingType = impl->streamingType;
+  const recorder::OtherStream* other =
+      recorder::RequestScope::Current().FindStream({address.host, address.port, path}, impl->videoType);
+  if (other != nullptr && !(other->isOverHttp && streamingType == STREAMING_TYPE_RTSP)) {
+    address.port = other->place.port;
+    path = other->place.path;
+    if (other->isOverHttp) streamingType = STREAMING_TYPE_HTTP;
+  }
+  return recorder::RowOf(recorder::ProbeStream(address, path, impl->videoType, streamingType)).result;
 }

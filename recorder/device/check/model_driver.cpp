@@ -6,18 +6,23 @@
 #include "recorder/device/asked/onvif/synchronization.h"
 #include "recorder/device/check/http_probe.h"
 #include "recorder/device/check/stream_picture.h"
+#include "recorder/device/model/model_stream.h"
 #include "recorder/device/model/path_template.h"
+#include "recorder/media/codecs.h"
 #include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 
 namespace recorder {
 namespace {
 
-/// A camera with one channel has it under any name; of several, a name that the model does not have is left to the
-/// camera, so that a test does not pass for another channel.
-std::string ChannelToAsk(const Model& model, const std::string& channel) {
-  const bool isPreset = channel.empty() || model.channels.values.size() == 1;
-  return isPreset ? model.channels.preset : channel;
+/// A main stream beside the usual one, in another codec.
+bool IsOtherStream(const Model& model, const ModelStream& stream) {
+  return stream.name == kMainStream && &stream != &model.streams.front();
+}
+
+bool HasOtherStream(const Model& model) {
+  return std::any_of(model.streams.begin(), model.streams.end(),
+                     [&](const ModelStream& stream) { return IsOtherStream(model, stream); });
 }
 
 SNAPSHOT_KIND PlatformKind(ModelSnapshotKind kind) {
@@ -39,19 +44,20 @@ ModelDriver::ModelDriver(std::shared_ptr<const Model> model, DriverParameters pa
       parameters_(std::move(parameters)),
       channel_(ChannelToAsk(*model_, parameters_.channel)) {}
 
-bool ModelDriver::NeedsSourcePath() { return !model_->stream; }
+bool ModelDriver::NeedsSourcePath() { return model_->streams.empty(); }
 
-bool ModelDriver::HasStreamPath() { return model_->stream && model_->check == ModelCheck::kStream; }
+bool ModelDriver::HasStreamPath() { return !model_->streams.empty() && model_->check == ModelCheck::kStream; }
 
 int ModelDriver::GetStreamPath(std::string& path, int& port) {
-  if (!model_->stream && parameters_.sourcePath.empty()) return -1;
-  if (!model_->stream) {
+  if (model_->streams.empty() && parameters_.sourcePath.empty()) return -1;
+  if (model_->streams.empty()) {
     path = PutTogether(parameters_.sourcePath, parameters_.address);
     port = parameters_.address.port;
     return 0;
   }
-  path = StreamPath(*model_->stream);
-  UsePort(*model_->stream, port);
+  const ModelStream& usual = model_->streams.front();
+  path = PathOf(usual);
+  UsePort(usual.from, port);
   RememberStreams(path, port);
   RememberKeyFrameCall(model_->presetCodec, path, port);
   return 0;
@@ -66,15 +72,14 @@ Outcome ModelDriver::VerifyConnection() {
   return outcome;
 }
 
-int ModelDriver::SelectVideoType(int videoType, int streamNumber) {
+int ModelDriver::SelectVideoType(int videoType, int /*streamNumber*/) {
   videoType_ = videoType;
-  streamNumber_ = streamNumber;
   return 0;
 }
 
 int ModelDriver::GetSnapshotPath(std::string& path, int& port, int& kind) {
   kind = PlatformKind(model_->snapshot.kind);
-  if (kind == SNAPSHOT_KIND_STREAM && !model_->otherStreams.empty()) kind = SNAPSHOT_KIND_BY_CODEC;
+  if (kind == SNAPSHOT_KIND_STREAM && HasOtherStream(*model_)) kind = SNAPSHOT_KIND_BY_CODEC;
   if (model_->snapshot.kind == ModelSnapshotKind::kStream) return GetStreamPath(path, port);
   path = HttpSnapshotPath("");
   UsePort(model_->snapshot.from, port);
@@ -87,32 +92,38 @@ Outcome ModelDriver::TakeSnapshot(const CameraAddress& address, const std::strin
   if (!isStream) return FetchPicture(address, HttpSnapshotPath(setting), jpeg);
   CameraAddress camera = address;
   camera.port = parameters_.address.port;
+  if (other != nullptr) return TakePictureOf(*other, camera, jpeg);
   std::string path;
-  if (other != nullptr) {
-    path = StreamPath(other->from);
-    UsePort(other->from, camera.port);
-    RememberKeyFrameCall(other->codec, path, camera.port);
-  } else if (GetStreamPath(path, camera.port) != 0) {
-    return Outcome::kNoPath;
+  if (GetStreamPath(path, camera.port) != 0) return Outcome::kNoPath;
+  return GrabPicture(camera, path, jpeg);
+}
+
+Outcome ModelDriver::TakePictureOf(const ModelStream& other, CameraAddress camera, std::string& jpeg) const {
+  UsePort(other.from, camera.port);
+  if (other.isOverHttp) {
+    camera.isTls = other.from.isTls;
+    return FetchPicture(camera, StreamPath(other, channel_), jpeg);
   }
+  const std::string path = PathOf(other);
+  RememberKeyFrameCall(other.codec, path, camera.port);
   return GrabPicture(camera, path, jpeg);
 }
 
 /// The stream in the codec that was selected, where that is not the usual one; null for every other codec.
 const ModelStream* ModelDriver::OtherStream() const {
-  const auto& all = model_->otherStreams;
-  const auto found =
-      std::find_if(all.begin(), all.end(), [&](const auto& s) { return GetVideoType(s.codec) == videoType_; });
-  return found == all.end() ? nullptr : &*found;
+  const Codec* codec = CodecOfType(videoType_);
+  const ModelStream* found = codec == nullptr ? nullptr : FindModelStream(*model_, kMainStream, codec->name);
+  return found != nullptr && IsOtherStream(*model_, *found) ? found : nullptr;
 }
 
 /// Whoever checks the usual stream may choose by codec.
 void ModelDriver::RememberStreams(const std::string& usualPath, int usualPort) const {
   const CameraAddress& camera = parameters_.address;
-  for (const ModelStream& other : model_->otherStreams) {
-    const int port = other.from.port.value_or(camera.port);
-    RequestScope::Current().RememberStream({camera.host, usualPort, usualPath}, GetVideoType(other.codec),
-                                           {camera.host, port, StreamPath(other.from)});
+  for (const ModelStream& other : model_->streams) {
+    if (!IsOtherStream(*model_, other)) continue;
+    const StreamPlace place{camera.host, other.from.port.value_or(camera.port), PathOf(other)};
+    RequestScope::Current().RememberStream({camera.host, usualPort, usualPath},
+                                           {GetVideoType(other.codec), other.isOverHttp, place});
   }
 }
 
@@ -128,17 +139,17 @@ void ModelDriver::RememberKeyFrameCall(const std::string& codec, const std::stri
       });
 }
 
-std::string ModelDriver::StreamPath(const ModelPath& stream) const {
+/// As it travels through the module: a whole address inside TLS.
+std::string ModelDriver::PathOf(const ModelStream& stream) const {
   CameraAddress camera = parameters_.address;
-  camera.port = stream.port.value_or(camera.port);
-  camera.isTls = stream.isTls;
-  return PutTogether(FillPath(stream.path, {{"channel", channel_}, {"stream", std::to_string(streamNumber_ + 1)}}),
-                     camera);
+  camera.port = stream.from.port.value_or(camera.port);
+  camera.isTls = stream.from.isTls;
+  return PutTogether(StreamPath(stream, channel_), camera);
 }
 
 std::string ModelDriver::HttpSnapshotPath(const std::string& setting) const {
-  return FillPath(model_->snapshot.from.path,
-                  {{"channel", channel_}, {"setting", setting.empty() ? PreferredSetting() : setting}});
+  const std::string chosen = setting.empty() ? PreferredSetting() : setting;
+  return FillPath(model_->snapshot.from.path, {.channel = channel_, .setting = chosen});
 }
 
 std::string ModelDriver::PreferredSetting() const {

@@ -22,10 +22,11 @@ class ModelDriver : public CameraDriver {
   Outcome TakeSnapshot(const CameraAddress& address, const std::string& setting, std::string& jpeg) override;
 
  private:
+  Outcome TakePictureOf(const ModelStream& other, CameraAddress camera, std::string& jpeg) const;
   const ModelStream* OtherStream() const;
   void RememberStreams(const std::string& usualPath, int usualPort) const;
   void RememberKeyFrameCall(const std::string& codec, const std::string& path, int port) const;
-  std::string StreamPath(const ModelPath& stream) const;
+  std::string PathOf(const ModelStream& stream) const;
   std::string HttpSnapshotPath(const std::string& setting) const;
   void UsePort(const ModelPath& path, int& port) const;
   std::string PreferredSetting() const;
@@ -34,7 +35,6 @@ class ModelDriver : public CameraDriver {
   const DriverParameters parameters_;
   const std::string channel_;
   int videoType_ = VIDEO_TYPE_ANY;
-  int streamNumber_ = 0;
 };
 
 }  // namespace recorder

@@ -51,7 +51,7 @@ Model MakeGenericModel(const std::string& vendor, BuiltIn codecs) {
   model.streamCount = 0;
   model.rtspProtocols = kUnicastProtocols;
   model.presetRtspProtocol = RTSP_PROTOCOL_AUTO;
-  model.stream.emplace();
+  model.streams.emplace_back();
   return model;
 }
 

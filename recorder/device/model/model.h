@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,10 +31,43 @@ struct ModelPath {
   bool operator==(const ModelPath&) const = default;
 };
 
-/// A stream beside the usual one, in another codec.
+// Names of a camera's streams. The main one is what a camera is usually asked for.
+inline constexpr char kMainStream[] = "main";
+inline constexpr char kSubStream[] = "sub";
+inline constexpr char kThirdStream[] = "third";
+
 struct ModelStream {
-  std::string codec;  ///< as GetVideoType takes it
+  std::string name = kMainStream;
+  std::string codec;        ///< as GetVideoType takes it; "": whatever the camera sends
+  bool isOverHttp = false;  ///< else over RTSP
   ModelPath from;
+};
+
+/// Who says what a model says, the surest first.
+enum class SaidBy {
+  kDocument,  ///< a document that was opened
+  kAgreeing,  ///< two independent sources
+  kReported,  ///< a collection that cites the document
+  kCamera,    ///< the camera itself
+  kUser,
+};
+
+/// Where facts come from. All but `key` and `document` may be "".
+struct ModelSource {
+  std::string key;  ///< its name in the model file
+  std::string document;
+  std::string url;
+  std::string page;
+  std::string checked;  ///< the day it was read, as 2026-01-31
+  SaidBy by = SaidBy::kReported;
+};
+
+/// A member of a model file that says something of the camera, and who says so; see model_facts.h.
+struct ModelFact {
+  static constexpr std::uint16_t kNoSource = 0xFFFF;
+
+  std::uint16_t member;
+  std::uint16_t source = kNoSource;  ///< index in Model::sources
 };
 
 /// Where a camera that was asked over ONVIF is asked for a key frame.
@@ -66,10 +100,12 @@ enum class ModelCheck {
 struct Model {
   std::string vendor;
   std::string name;
-  std::string id;  ///< names the model in its capability document
+  std::string id;    ///< names the model in its capability document
+  std::string note;  ///< for the user, or ""
 
   bool isVideoServer = false;
   Choices channels;
+  bool hasOtherChannels = false;  ///< any channel is asked for as it was typed
   std::vector<ModelCodec> codecs;
   std::string presetCodec;  ///< "": whatever the camera sends
   Choices frameRates;
@@ -95,13 +131,16 @@ struct Model {
   int streamFisheyeType = 0;  ///< 0: the stream is not dewarped by the camera
   bool hasEdgeStorage = false;
 
-  std::optional<ModelPath> stream;        ///< none: the user gives the path
-  std::vector<ModelStream> otherStreams;  ///< for codecs other than that of `stream`, one each
-  std::optional<OnvifMedia> media;        ///< of these streams; only a camera itself tells
+  std::vector<ModelStream> streams;  ///< the main one in the preset codec first; none: the user gives the path
+  std::optional<OnvifMedia> media;   ///< of these streams; only a camera itself tells
   ModelSnapshot snapshot;
   ModelCheck check = ModelCheck::kStream;
 
   std::int64_t readAt = 0;  ///< when the camera named its stream, in seconds since 1970; 0: a document says so
+
+  std::vector<ModelFact> facts;  ///< all that the file says of the camera
+  std::shared_ptr<const std::vector<ModelSource>>
+      sources;  ///< of its facts, shared by the models of a file; may be null
 };
 
 }  // namespace recorder

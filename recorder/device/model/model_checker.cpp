@@ -1,18 +1,26 @@
 #include "recorder/device/model/model_checker.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "platform/device.h"
+#include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/path_template.h"
+#include "recorder/media/codecs.h"
 
 namespace recorder {
 namespace {
 
 using Mistakes = std::vector<PlacedMistake>;
+
+/// As a JSON pointer has a member's name (RFC 6901 section 3).
+std::string EscapedForPointer(const std::string& name) {
+  std::string escaped;
+  for (const char c : name) escaped += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
+  return escaped;
+}
 
 class ModelChecker {
  public:
@@ -28,6 +36,7 @@ class ModelChecker {
     CheckRtsp();
     CheckStream();
     CheckSnapshot();
+    CheckSources();
   }
 
  private:
@@ -63,41 +72,53 @@ class ModelChecker {
     }
   }
 
-  void CheckPath(const std::string& place, const ModelPath& path, std::initializer_list<std::string_view> allowed) {
-    if (const auto mistake = FindPathMistake(path.path, allowed)) Report(place + "/path", *mistake);
+  void CheckPath(const std::string& place, const ModelPath& path, PathKind kind) {
+    if (const auto mistake = FindPathMistake(path.path, kind)) Report(place + "/path", *mistake);
   }
 
   void CheckStream() {
     const Json::Value& stream = json_["stream"];
-    if (!stream["fromUser"].asBool()) {
-      CheckPath("/stream", *model_.stream, {"channel", "stream"});
-      return CheckOtherStreams();
-    }
+    if (!stream["fromUser"].asBool()) return CheckStreams();
     if (stream.isMember("path") || stream.isMember("port") || stream.isMember("tls") || stream.isMember("others")) {
       Report("/stream", "A path that the user gives leaves no room for a path or port of the model.");
     }
   }
 
-  void CheckOtherStreams() {
-    std::set<std::string> codecs{model_.presetCodec};
-    for (std::size_t i = 0; i < model_.otherStreams.size(); ++i) {
-      const ModelStream& other = model_.otherStreams[i];
-      const std::string place = "/stream/others/" + std::to_string(i);
-      CheckPath(place, other.from, {"channel", "stream"});
-      if (!HasRtsp(other.codec)) Report(place + "/codec", "The codec is not among those that come over RTSP.");
-      if (!codecs.insert(other.codec).second) Report(place + "/codec", "The codec has a path above.");
+  void CheckStreams() {
+    std::set<std::string> names;
+    std::set<std::pair<std::string, std::string>> namesAndCodecs;
+    for (std::size_t i = 0; i < model_.streams.size(); ++i) {
+      const ModelStream& stream = model_.streams[i];
+      const std::string place = "/" + StreamFactName(i);
+      CheckPath(place, stream.from, PathKind::kStream);
+      if (i > 0) CheckWay(place, stream);
+      const bool isNew = namesAndCodecs.insert({stream.name, stream.codec}).second;
+      if (!isNew) Report(place + "/codec", "The stream has a path for this codec above.");
+      names.insert(stream.name);
     }
+    const bool isTold = model_.streamCount == 0 || names.size() <= static_cast<std::size_t>(model_.streamCount);
+    if (!isTold) Report("/streams", "More streams have a path; 0 stands for an unknown number.");
   }
 
-  bool HasRtsp(const std::string& codec) const {
+  /// Whatever a camera sends comes over RTSP; a codec, by a way that it is listed with.
+  void CheckWay(const std::string& place, const ModelStream& stream) {
+    const std::string way = stream.isOverHttp ? "HTTP" : "RTSP";
+    const Codec* codec = CodecOfName(stream.codec);
+    const bool comesSo = stream.codec.empty() ? !stream.isOverHttp : ComesOver(stream.codec, way);
+    if (!comesSo) Report(place + "/codec", "The codec is not among those that come over " + way + ".");
+    const bool isFetched = !stream.isOverHttp || codec == nullptr || codec->isOverHttp;
+    if (!isFetched) Report(place + "/over", "The recorder fetches this codec over RTSP alone.");
+  }
+
+  bool ComesOver(const std::string& codec, const std::string& way) const {
     const ModelCodec* found = FindCodec(codec);
     return found != nullptr &&
-           std::find(found->streamTypes.begin(), found->streamTypes.end(), "RTSP") != found->streamTypes.end();
+           std::find(found->streamTypes.begin(), found->streamTypes.end(), way) != found->streamTypes.end();
   }
 
   void CheckSnapshot() {
     if (model_.snapshot.kind == ModelSnapshotKind::kStream) return CheckStreamSnapshot();
-    CheckPath("/snapshot", model_.snapshot.from, {"channel", "setting"});
+    CheckPath("/snapshot", model_.snapshot.from, PathKind::kSnapshot);
     const bool takesSetting = model_.snapshot.from.path.find("{setting}") != std::string::npos;
     if (takesSetting == model_.snapshot.settings.empty()) {
       Report("/snapshot/settings", "Settings and the placeholder {setting} need each other.");
@@ -114,10 +135,30 @@ class ModelChecker {
     if (snapshot.isMember("path") || snapshot.isMember("port") || snapshot.isMember("settings")) {
       Report("/snapshot", "A snapshot from the stream has no path, port or settings of its own.");
     }
-    if (HasCodec(model_.presetCodec) && !HasRtsp(model_.presetCodec)) {
+    if (HasCodec(model_.presetCodec) && !ComesOver(model_.presetCodec, "RTSP")) {
       Report("/snapshot/kind", "A snapshot is taken from RTSP streams only, and the default codec has none.");
     }
     if (model_.check == ModelCheck::kDevice) Report("/check", "The device check needs a snapshot over HTTP.");
+  }
+
+  void CheckSources() {
+    if (json_.isMember("from")) CheckSource("/from", json_["from"].asString());
+    for (const std::string& fact : json_["facts"].getMemberNames()) {
+      const std::string place = "/facts/" + EscapedForPointer(fact);
+      CheckSource(place, json_["facts"][fact].asString());
+      if (!HasFact(fact)) Report(place, "The model says nothing of this.");
+    }
+  }
+
+  void CheckSource(const std::string& place, const std::string& key) {
+    const bool isThere = model_.sources && std::any_of(model_.sources->begin(), model_.sources->end(),
+                                                       [&](const ModelSource& source) { return source.key == key; });
+    if (!isThere) Report(place, "There is no source " + key + " in this file.");
+  }
+
+  bool HasFact(const std::string& name) const {
+    return std::any_of(model_.facts.begin(), model_.facts.end(),
+                       [&](const ModelFact& fact) { return FactName(fact) == name; });
   }
 
   const Json::Value& json_;

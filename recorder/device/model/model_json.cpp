@@ -1,5 +1,6 @@
 #include "recorder/device/model/model_json.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -25,10 +26,20 @@ ModelPath ReadPath(const Json::Value& json) {
   return path;
 }
 
+/// The main stream in the default codec comes as that codec does.
+bool IsPresetOverHttp(const Model& model) {
+  const auto codec = std::find_if(model.codecs.begin(), model.codecs.end(),
+                                  [&](const ModelCodec& candidate) { return candidate.name == model.presetCodec; });
+  return codec != model.codecs.end() && codec->streamTypes.front() == "HTTP";
+}
+
 void ReadStreams(const Json::Value& json, Model& model) {
-  if (!json["fromUser"].asBool()) model.stream = ReadPath(json);
+  if (json["fromUser"].asBool()) return;
+  model.streams.reserve(1 + json["others"].size());
+  model.streams.push_back({kMainStream, model.presetCodec, IsPresetOverHttp(model), ReadPath(json)});
   for (const Json::Value& other : json["others"]) {
-    model.otherStreams.push_back({other["codec"].asString(), ReadPath(other)});
+    model.streams.push_back({other.get("stream", kMainStream).asString(), other["codec"].asString(),
+                             other["over"] == "HTTP", ReadPath(other)});
   }
 }
 
@@ -98,13 +109,15 @@ ModelSnapshot ReadSnapshot(const Json::Value& json) {
 
 }  // namespace
 
-Model ModelOfJson(const std::string& vendor, const Json::Value& json) {
+Model ModelOfJson(const std::string& vendor, const Json::Value& json, const ModelSources& sources) {
   Model model;
   model.vendor = vendor;
   model.name = json["name"].asString();
   model.id = json.get("id", vendor + " " + model.name).asString();
+  model.note = json["note"].asString();
   model.isVideoServer = json["videoServer"].asBool();
   model.channels = ReadChoices(json["channels"]);
+  model.hasOtherChannels = json["channels"]["others"].asBool();
   ReadCodecs(json, model);
   ReadSettings(json, model);
   model.streamCount = json.get("streams", 1).asInt();
@@ -120,6 +133,8 @@ Model ModelOfJson(const std::string& vendor, const Json::Value& json) {
   model.snapshot = ReadSnapshot(json["snapshot"]);
   model.check = json["check"].asString() == "device" ? ModelCheck::kDevice : ModelCheck::kStream;
   model.readAt = json["readings"]["stream"]["time"].asInt64();
+  model.facts = ReadFacts(json, sources);
+  model.sources = sources;
   return model;
 }
 

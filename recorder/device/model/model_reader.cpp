@@ -95,11 +95,12 @@ void CheckVendor(const std::string& vendor, Mistakes& mistakes) {
 
 void ReadModels(const Json::Value& json, VendorModels& vendor, Mistakes& mistakes) {
   CheckVendor(vendor.vendor, mistakes);
+  const ModelSources sources = ReadSources(json["sources"]);
   std::set<std::string> names;
   for (Json::ArrayIndex i = 0; i < json["models"].size(); ++i) {
     const Json::Value& entry = json["models"][i];
     const std::string place = "/models/" + std::to_string(i);
-    Model model = ModelOfJson(vendor.vendor, entry);
+    Model model = ModelOfJson(vendor.vendor, entry, sources);
     if (!names.insert(model.name).second) mistakes.push_back({place + "/name", "A model of this name stands above."});
     CheckModel(entry, model, place, mistakes);
     vendor.models.push_back(std::move(model));

@@ -211,7 +211,7 @@ class Questioning {
   void AddStream(const Profile& profile, const ModelPath& path) {
     const std::string& codec = profile.encoder->codec;
     report_.media->profiles.emplace(codec, profile.token);
-    report_.otherStreams.push_back({codec, path});
+    report_.otherStreams.push_back({.codec = codec, .from = path});
     const bool isKnown = std::any_of(report_.codecs.begin(), report_.codecs.end(),
                                      [&](const ModelCodec& known) { return known.name == codec; });
     if (!isKnown) report_.codecs.push_back({codec, {"RTSP"}});

@@ -1,0 +1,96 @@
+#include "recorder/device/model/model_facts.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "recorder/utility/translate.h"
+
+namespace recorder {
+namespace {
+
+/// The last one stands for the main stream; further numbers are `others` of it.
+constexpr std::string_view kMembers[] = {
+    "channels",      "codecs",         "frameRates",    "resolutions", "qualities",         "streams",
+    "audioChannels", "motionChannels", "digitalInputs", "rtsp",        "codecOptimization", "defaultUser",
+    "fisheye",       "edgeStorage",    "snapshot",      "stream",
+};
+constexpr std::size_t kMainStreamMember = std::size(kMembers) - 1;
+
+constexpr std::pair<std::string_view, SaidBy> kSaidBy[] = {
+    {"document", SaidBy::kDocument}, {"agreeing", SaidBy::kAgreeing}, {"reported", SaidBy::kReported},
+    {"camera", SaidBy::kCamera},     {"user", SaidBy::kUser},
+};
+
+std::uint16_t IndexOf(const ModelSources& sources, const std::string& key) {
+  if (!sources) return ModelFact::kNoSource;
+  const auto found =
+      std::find_if(sources->begin(), sources->end(), [&](const ModelSource& source) { return source.key == key; });
+  return found == sources->end() ? ModelFact::kNoSource : static_cast<std::uint16_t>(found - sources->begin());
+}
+
+}  // namespace
+
+ModelSources ReadSources(const Json::Value& json) {
+  if (json.empty()) return nullptr;
+  std::vector<ModelSource> sources;
+  for (const std::string& key : json.getMemberNames()) {
+    const Json::Value& source = json[key];
+    sources.push_back({key, source["document"].asString(), source["url"].asString(), source["page"].asString(),
+                       source["checked"].asString(), Translate(kSaidBy, source["by"].asString(), SaidBy::kReported)});
+  }
+  return std::make_shared<const std::vector<ModelSource>>(std::move(sources));
+}
+
+std::vector<ModelFact> ReadFacts(const Json::Value& model, const ModelSources& sources) {
+  const std::uint16_t usual = IndexOf(sources, model["from"].asString());
+  const auto sourceOf = [&](const std::string& fact) {
+    const Json::Value& key = model["facts"][fact];
+    return key.isNull() ? usual : IndexOf(sources, key.asString());
+  };
+  std::vector<ModelFact> facts;
+  const auto add = [&](std::size_t member) {
+    facts.push_back({static_cast<std::uint16_t>(member)});
+    facts.back().source = sourceOf(FactName(facts.back()));
+  };
+  for (std::size_t i = 0; i < std::size(kMembers); ++i) {
+    if (model.isMember(std::string(kMembers[i]))) add(i);
+  }
+  for (std::size_t i = 0; i < model["stream"]["others"].size(); ++i) add(std::size(kMembers) + i);
+  facts.shrink_to_fit();
+  return facts;
+}
+
+std::string FactName(const ModelFact& fact) {
+  return fact.member < kMainStreamMember ? std::string(kMembers[fact.member])
+                                         : StreamFactName(fact.member - kMainStreamMember);
+}
+
+const ModelSource* SourceOf(const Model& model, const ModelFact& fact) {
+  return fact.source == ModelFact::kNoSource ? nullptr : &model.sources->at(fact.source);
+}
+
+const ModelSource* SourceOf(const Model& model, std::string_view factName) {
+  const auto found = std::find_if(model.facts.begin(), model.facts.end(),
+                                  [&](const ModelFact& fact) { return FactName(fact) == factName; });
+  return found == model.facts.end() ? nullptr : SourceOf(model, *found);
+}
+
+std::string StreamFactName(std::size_t index) {
+  return index == 0 ? "stream" : "stream/others/" + std::to_string(index - 1);
+}
+
+std::string_view NameOf(SaidBy by) {
+  const auto* found =
+      std::find_if(std::begin(kSaidBy), std::end(kSaidBy), [&](const auto& row) { return row.second == by; });
+  return found->first;
+}
+
+void CountFacts(const Model& model, FactCounts& counts) {
+  for (const ModelFact& fact : model.facts) {
+    const ModelSource* source = SourceOf(model, fact);
+    ++counts[source == nullptr ? "" : NameOf(source->by)];
+  }
+}
+
+}  // namespace recorder
