@@ -2,8 +2,11 @@
 
 #include <iostream>
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
 
+#include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/host/host.h"
 #include "recorder/utility/config.h"
@@ -12,27 +15,47 @@ namespace recorder {
 
 namespace {
 
-void CheckModels(const std::string& folder) {
-  const ModelCatalog catalog = ReadModels(folder);
+/// Such as "facts: 12 document, 3 without a source"; "" where nothing is said.
+std::string FactLine(const ModelCatalog& catalog) {
+  FactCounts counts;
+  for (const ModelCatalog::Place place : catalog.byName) CountFacts(catalog.At(place), counts);
+  std::string line;
+  const auto add = [&](std::string_view by, std::string_view words) {
+    if (counts[by] == 0) return;
+    line += (line.empty() ? "facts: " : ", ") + std::to_string(counts[by]) + " " + std::string(words);
+  };
+  for (const SaidBy by : kAllWhoSay) add(NameOf(by), NameOf(by));
+  add("", "without a source");
+  return line.empty() ? line : line + "\n";
+}
+
+std::size_t CountVendors(const ModelCatalog& catalog) {
+  std::set<std::string_view> names;
+  for (const VendorModels& vendor : catalog.vendors) names.insert(vendor.vendor);
+  return names.size();
+}
+
+void CheckModels(const ModelFolders& folders) {
+  const ModelCatalog catalog = ReadModels(folders);
   for (const ModelMistake& mistake : catalog.mistakes) {
     std::cerr << mistake.file << (mistake.place.empty() ? "" : ": " + mistake.place) << ": " << mistake.text << "\n";
   }
-  std::size_t models = 0;
-  for (const VendorModels& vendor : catalog.vendors) models += vendor.models.size();
-  std::cout << catalog.vendors.size() << " vendors, " << models << " models, " << catalog.mistakes.size()
-            << " mistakes\n";
+  std::cout << CountVendors(catalog) << " vendors, " << catalog.byName.size() << " models, " << catalog.mistakes.size()
+            << " mistakes\n"
+            << FactLine(catalog);
   if (!catalog.mistakes.empty()) throw CLI::RuntimeError(1);
 }
 
 }  // namespace
 
 void AddModelsCommand(CLI::App& app, const std::string& configOption) {
-  CLI::App* command = app.add_subcommand("check-models", "Name every mistake in the model files");
+  CLI::App* command =
+      app.add_subcommand("check-models", "Name every mistake in the model files, and count who says what");
   const auto folder = std::make_shared<std::string>();
-  command->add_option("folder", *folder, "folder of model files (default: that of the configuration)");
+  command->add_option("folder", *folder, "folder of model files (default: those of the configuration)");
   command->footer("Example:\n  recorderctl check-models models");
   command->callback([folder, &configOption] {
-    CheckModels(folder->empty() ? LoadConfig(FindConfigFile(configOption)).modelsFolder.string() : *folder);
+    CheckModels(folder->empty() ? ModelFoldersOf(LoadConfig(FindConfigFile(configOption))) : ModelFolders{*folder});
   });
 }
 

@@ -30,7 +30,7 @@ Config StartPlatform(const std::filesystem::path& configFile) {
   Config config = LoadConfig(configFile);
   UseConfig(config);
   const Records records{config.stateFolder};  // a mistake shows now and not with the first request
-  SetModelsFolder(config.modelsFolder);
+  SetModelFolders(ModelFoldersOf(config));
   return config;
 }
 

@@ -22,9 +22,9 @@ void Add(AddOptions& options, const Config& config) {
   CameraRecord& camera = options.camera;
   Records records(config.stateFolder);
   if (options.isForced) {
-    NameModel(camera, KnownModels(config.modelsFolder));  // as far as it is known
+    NameModel(camera, KnownModels(config));  // as far as it is known
   } else {
-    CheckModel(camera, config.modelsFolder);
+    CheckModel(camera, config);
     CheckPlace(camera, records);
   }
   if (camera.name.empty()) camera.name = camera.host;

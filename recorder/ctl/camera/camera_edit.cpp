@@ -69,9 +69,9 @@ void StoreWithPassword(const CameraEdit& edit, Records& records) {
 /// Checks the model that is wanted, which becomes one by the recorder's own names.
 void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config) {
   if (edit.isForced) {
-    NameModel(camera, KnownModels(config.modelsFolder));  // as far as it is known
+    NameModel(camera, KnownModels(config));  // as far as it is known
   } else {
-    CheckModel(camera, config.modelsFolder);
+    CheckModel(camera, config);
   }
   edit.vendor = camera.vendor;
   edit.model = camera.model;

@@ -40,7 +40,7 @@ ListRules RulesOf(const ImportOptions& options, const Config& config) {
       throw CLI::ValidationError("--map", column + " is about a heading that another --map is about");
     }
   }
-  rules.models = KnownModels(config.modelsFolder);
+  rules.models = KnownModels(config);
   rules.anyModel = options.isForced;
   return rules;
 }

@@ -36,8 +36,8 @@ void AddForceFlag(CLI::App& command, bool& isForced) {
   command.add_flag("--force", isForced, "store a camera of an unknown model, or one that is stored already");
 }
 
-void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder) {
-  const std::string mistake = NameModel(camera, KnownModels(modelsFolder));
+void CheckModel(CameraRecord& camera, const Config& config) {
+  const std::string mistake = NameModel(camera, KnownModels(config));
   if (!mistake.empty()) throw std::runtime_error(mistake + "; --force stores it all the same");
 }
 

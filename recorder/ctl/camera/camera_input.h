@@ -1,10 +1,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <string>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/config.h"
 
 namespace recorder {
 
@@ -39,7 +39,7 @@ void AddForceFlag(CLI::App& command, bool& isForced);
 
 /// Gives the camera the recorder's own names of its vendor and model. Throws std::runtime_error, which names the
 /// nearest ones, when there is no such model.
-void CheckModel(CameraRecord& camera, const std::filesystem::path& modelsFolder);
+void CheckModel(CameraRecord& camera, const Config& config);
 
 /// Throws std::runtime_error when the same camera is stored under another id.
 void CheckPlace(const CameraRecord& camera, const Records& records);

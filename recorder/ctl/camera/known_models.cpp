@@ -80,10 +80,10 @@ std::string Nearest(const std::vector<ModelName>& models, const std::string& wan
 
 }  // namespace
 
-std::vector<ModelName> KnownModels(const std::filesystem::path& modelsFolder) {
+std::vector<ModelName> KnownModels(const Config& config) {
   std::vector<ModelName> names;
   for (const auto& model : BuiltInModels()) names.push_back({model->vendor, model->name});
-  for (const VendorModels& vendor : ReadModels(modelsFolder.string()).vendors) {
+  for (const VendorModels& vendor : ReadModels(ModelFoldersOf(config)).vendors) {
     for (const Model& model : vendor.models) names.push_back({model.vendor, model.name});
   }
   return names;

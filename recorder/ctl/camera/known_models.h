@@ -1,10 +1,10 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/config.h"
 
 namespace recorder {
 
@@ -14,8 +14,8 @@ struct ModelName {
   std::string model;
 };
 
-/// All models of the files in `modelsFolder`, and those built in.
-std::vector<ModelName> KnownModels(const std::filesystem::path& modelsFolder);
+/// All models of the files, and those built in.
+std::vector<ModelName> KnownModels(const Config& config);
 
 /// Gives the camera the recorder's own names of the model that a person means, as the page understands it: capitals
 /// make no difference, both names may stand in one of the two texts, and a vendor's only model need not be named. When

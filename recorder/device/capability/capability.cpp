@@ -57,7 +57,9 @@ std::list<std::string> CamCapHandler::Impl::GetChannelList() {
   if (!model) return {};
   std::list<std::string> channels(model->channels.values.begin(), model->channels.values.end());
   // Whoever replaced the channel now would ask the camera about another one.
-  if (IsUnasked() && !askedChannel.empty() && askedChannel != channels.front()) channels.push_back(askedChannel);
+  const bool isListed = std::find(channels.begin(), channels.end(), askedChannel) != channels.end();
+  const bool mayBeThere = IsUnasked() || model->hasOtherChannels;
+  if (mayBeThere && !isListed && !askedChannel.empty()) channels.push_back(askedChannel);
   return channels;
 }
 

@@ -29,6 +29,15 @@ std::uint16_t IndexOf(const ModelSources& sources, const std::string& key) {
   return found == sources->end() ? ModelFact::kNoSource : static_cast<std::uint16_t>(found - sources->begin());
 }
 
+/// What the user gives, a number that is not known, and a picture from the stream, say nothing of the camera.
+bool SaysSomething(const Json::Value& model, std::string_view member) {
+  const Json::Value& value = model[std::string(member)];
+  if (member == "stream") return !value["fromUser"].asBool();
+  if (member == "streams") return value != 0;
+  if (member == "snapshot") return value["kind"] != "stream";
+  return true;
+}
+
 }  // namespace
 
 ModelSources ReadSources(const Json::Value& json) {
@@ -54,7 +63,7 @@ std::vector<ModelFact> ReadFacts(const Json::Value& model, const ModelSources& s
     facts.back().source = sourceOf(FactName(facts.back()));
   };
   for (std::size_t i = 0; i < std::size(kMembers); ++i) {
-    if (model.isMember(std::string(kMembers[i]))) add(i);
+    if (model.isMember(std::string(kMembers[i])) && SaysSomething(model, kMembers[i])) add(i);
   }
   for (std::size_t i = 0; i < model["stream"]["others"].size(); ++i) add(std::size(kMembers) + i);
   facts.shrink_to_fit();

@@ -33,6 +33,9 @@ const ModelSource* SourceOf(const Model& model, std::string_view factName);
 /// Model::streams[index] as a fact: "stream", "stream/others/0".
 std::string StreamFactName(std::size_t index);
 
+inline constexpr SaidBy kAllWhoSay[] = {SaidBy::kDocument, SaidBy::kAgreeing, SaidBy::kReported, SaidBy::kCamera,
+                                        SaidBy::kUser};
+
 /// As model files have it, such as "reported".
 std::string_view NameOf(SaidBy by);
 

@@ -97,6 +97,7 @@ void ReadModels(const Json::Value& json, VendorModels& vendor, Mistakes& mistake
   CheckVendor(vendor.vendor, mistakes);
   const ModelSources sources = ReadSources(json["sources"]);
   std::set<std::string> names;
+  vendor.models.reserve(json["models"].size());
   for (Json::ArrayIndex i = 0; i < json["models"].size(); ++i) {
     const Json::Value& entry = json["models"][i];
     const std::string place = "/models/" + std::to_string(i);

@@ -15,10 +15,18 @@ struct ModelMistake {
   std::string text;
 };
 
+/// Who a model is from.
+enum class ModelOrigin {
+  kBuiltIn,
+  kShipped,  ///< the recorder's own folder of models
+  kOwn,      ///< the user's
+};
+
 /// What one model file says.
 struct VendorModels {
   std::string vendor;
   std::string file;  ///< its path
+  ModelOrigin origin = ModelOrigin::kShipped;
   std::vector<Model> models;
 };
 

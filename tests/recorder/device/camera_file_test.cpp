@@ -25,7 +25,7 @@ std::string TextOf(const CameraReport& report, const std::string& earlier = "nul
 }
 
 std::shared_ptr<const VendorModels> Read(const std::string& text) {
-  SetModelsFolder(MODELS_FOLDER);
+  SetModelFolders({MODELS_FOLDER});
   std::vector<ModelMistake> mistakes;
   auto models = ReadModelText(text, "a camera's file", mistakes);
   for (const ModelMistake& mistake : mistakes) ADD_FAILURE() << mistake.place << ": " << mistake.text;

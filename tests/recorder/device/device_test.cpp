@@ -8,7 +8,7 @@ namespace recorder {
 namespace {
 
 TEST(SnapshotPathTest, AChannelStaysInItsPlace) {
-  SetModelsFolder(MODELS_FOLDER);
+  SetModelFolders({MODELS_FOLDER});
   DeviceAPIHandler api;
   api.LoadByParam(DP_LOAD_FROM_MODEL_FILES, "cam", 8000, "", "", "Simcam", "VideoServer-4", "3/../x ?&~", "");
   std::string path;

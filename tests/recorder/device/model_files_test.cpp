@@ -18,9 +18,9 @@ const std::string kModel = R"({"name": "A", "channels": {"values": ["1"], "defau
 const std::string kAcme = R"({"vendor": "Acme", "source": "a test", "models": [)" + kModel + "]}";
 
 /// A models folder with the repository's schema.
-class ModelFolder : public rig::TempFolder {
+class FolderOfModels : public rig::TempFolder {
  public:
-  ModelFolder() { std::filesystem::copy_file(MODELS_FOLDER "/schema.json", Path() / "schema.json"); }
+  FolderOfModels() { std::filesystem::copy_file(MODELS_FOLDER "/schema.json", Path() / "schema.json"); }
 };
 
 struct MistakeCase {
@@ -61,9 +61,9 @@ const MistakeCase kMistakeCases[] = {
 class MistakeTest : public testing::TestWithParam<MistakeCase> {};
 
 TEST_P(MistakeTest, IsNamedWithFileAndPlace) {
-  const ModelFolder folder;
+  const FolderOfModels folder;
   const auto file = folder.Write("acme.json", Replaced(kAcme, GetParam().from, GetParam().to));
-  const ModelCatalog catalog = ReadModels(folder.Path());
+  const ModelCatalog catalog = ReadModels({folder.Path()});
   EXPECT_TRUE(catalog.vendors.empty());
   ASSERT_EQ(catalog.mistakes.size(), 1U);
   EXPECT_EQ(catalog.mistakes[0].file, file);
@@ -73,16 +73,17 @@ TEST_P(MistakeTest, IsNamedWithFileAndPlace) {
 INSTANTIATE_TEST_SUITE_P(Mistake, MistakeTest, testing::ValuesIn(kMistakeCases), kByName);
 
 TEST(ModelFilesTest, ShippedFilesAreRight) {
-  for (const auto& mistake : ReadModels(MODELS_FOLDER).mistakes) ADD_FAILURE() << mistake.file << " " << mistake.place;
+  for (const auto& mistake : ReadModels({MODELS_FOLDER}).mistakes)
+    ADD_FAILURE() << mistake.file << " " << mistake.place;
 }
 
 TEST(ModelFilesTest, OtherVendorsAreServedAndChangesCount) {
-  const ModelFolder folder;
+  const FolderOfModels folder;
   folder.Write("a.json", kAcme);
   folder.Write("b.json", kAcme);  // a second file of the vendor
   folder.Write("broken.json", "{\n  \"vendor\": }");
   folder.Write("deep.json", std::string(100'000, '['));
-  SetModelsFolder(folder.Path());
+  SetModelFolders({folder.Path()});
   ASSERT_EQ(Models()->mistakes.size(), 3U);
   EXPECT_TRUE(Models()->mistakes[1].place.starts_with("Line 2"));
   const FoundModel before = FindModel("Acme", "A");
@@ -96,14 +97,14 @@ TEST(ModelFilesTest, OtherVendorsAreServedAndChangesCount) {
 
 // A folder that has not changed lately is not listed again.
 TEST(ModelFilesTest, ChangesInAnOldFolderCount) {
-  const ModelFolder folder;
+  const FolderOfModels folder;
   const auto file = folder.Write("a.json", kAcme);
   const auto makeOld = [&folder] {
     std::filesystem::last_write_time(folder.Path(),
                                      std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
   };
   makeOld();
-  SetModelsFolder(folder.Path());
+  SetModelFolders({folder.Path()});
   ASSERT_TRUE(FindModel("Acme", "A").model);
   std::ofstream(file) << Replaced(kAcme, "\"A\"", "\"Renamed\"");
   EXPECT_TRUE(FindModel("Acme", "Renamed").model) << "written in its place";
