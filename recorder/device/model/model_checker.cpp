@@ -91,7 +91,7 @@ class ModelChecker {
       const ModelStream& stream = model_.streams[i];
       const std::string place = "/" + StreamFactName(i);
       CheckPath(place, stream.from, PathKind::kStream);
-      if (i > 0) CheckWay(place, stream);
+      if (i > 0) CheckCodec(place, stream);
       const bool isNew = namesAndCodecs.insert({stream.name, stream.codec}).second;
       if (!isNew) Report(place + "/codec", "The stream has a path for this codec above.");
       names.insert(stream.name);
@@ -100,13 +100,17 @@ class ModelChecker {
     if (!isTold) Report("/streams", "More streams have a path; 0 stands for an unknown number.");
   }
 
-  /// Whatever a camera sends comes over RTSP; a codec, by a way that it is listed with.
-  void CheckWay(const std::string& place, const ModelStream& stream) {
+  /// Of a stream beside the usual one. Whatever a camera sends comes over RTSP; a codec, by a way that it is listed
+  /// with.
+  void CheckCodec(const std::string& place, const ModelStream& stream) {
     const std::string way = stream.isOverHttp ? "HTTP" : "RTSP";
-    const Codec* codec = CodecOfName(stream.codec);
-    const bool comesSo = stream.codec.empty() ? !stream.isOverHttp : ComesOver(stream.codec, way);
-    if (!comesSo) Report(place + "/codec", "The codec is not among those that come over " + way + ".");
-    const bool isFetched = !stream.isOverHttp || codec == nullptr || codec->isOverHttp;
+    const bool mayLackCodec = stream.name != kMainStream && !stream.isOverHttp;
+    if (stream.codec.empty() && mayLackCodec) return;
+    if (stream.codec.empty()) return Report(place, "The main stream and one over HTTP name their codec.");
+    if (!ComesOver(stream.codec, way)) {
+      return Report(place + "/codec", "The codec is not among those that come over " + way + ".");
+    }
+    const bool isFetched = !stream.isOverHttp || CodecOfName(stream.codec)->isOverHttp;
     if (!isFetched) Report(place + "/over", "The recorder fetches this codec over RTSP alone.");
   }
 
