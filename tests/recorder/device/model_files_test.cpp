@@ -5,6 +5,8 @@
 #include <chrono>
 #include <fstream>
 
+#include "recorder/device/model/model_facts.h"
+#include "recorder/device/model/model_stream.h"
 #include "rig/temp_folder.h"
 #include "tests/recorder/rows.h"
 
@@ -52,6 +54,14 @@ const MistakeCase kMistakeCases[] = {
      R"("/s", "others": [{"codec": "MJPEG", "path": "/o"}])"},
     {"OtherCodecTwice", "/models/0/stream/others/0/codec", R"("/s")",
      R"("/s", "others": [{"codec": "H.264", "path": "/o"}])"},
+    {"OtherWithoutStreamAndCodec", "/models/0/stream/others/0", R"("/s")", R"("/s", "others": [{"path": "/o"}])"},
+    {"OtherByAWayOfNoCodec", "/models/0/stream/others/0/codec", R"("/s"})",
+     R"("/s", "others": [{"stream": "sub", "codec": "H.264", "over": "HTTP", "path": "/o"}]}, "streams": 2)"},
+    {"FewerStreamsThanPaths", "/models/0/streams", R"("/s")", R"("/s", "others": [{"stream": "sub", "path": "/o"}])"},
+    {"SourceMissing", "", R"("source": "a test", )", ""},
+    {"SourceUnknown", "/models/0/from", R"("check":)", R"("from": "nowhere", "check":)"},
+    {"SourceOfNothing", "/models/0/facts/stream~1others~10", R"("source": "a test", "models": [{)",
+     R"("sources": {"s": {"document": "d", "by": "user"}}, "models": [{"facts": {"stream/others/0": "s"}, )"},
     {"PathOfUserAndModel", "/models/0/stream", R"("/s")", R"("/s", "fromUser": true)"},
     {"StreamSnapshotOverHttp", "/models/0/snapshot/kind", kHttpJpeg, R"(["HTTP"]}], "snapshot": {"kind": "stream"})"},
     {"DeviceCheckOfStream", "/models/0/check", R"("http-jpeg", "path": "/p"}, "check": "stream")",
@@ -93,6 +103,70 @@ TEST(ModelFilesTest, OtherVendorsAreServedAndChangesCount) {
   EXPECT_TRUE(FindModel("Acme", "Renamed").model);
   EXPECT_EQ(before.model->name, "A") << "a model in use stays as it is";
   EXPECT_TRUE(FindModel("Acme", "A", folder.Path() / "b.json").model);
+}
+
+TEST(ModelFilesTest, OwnFilesAddUpAndShippedModelsWin) {
+  const FolderOfModels shipped;
+  shipped.Write("a.json", kAcme);
+  const rig::TempFolder own;
+  const auto file = own.Write("a.json", Replaced(kAcme, kModel, Replaced(kModel, "\"A\"", "\"B\"") + ", " + kModel));
+  const auto ownFolder = own.Path() / "later";
+  SetModelFolders({shipped.Path(), ownFolder});
+  EXPECT_FALSE(FindModel("Acme", "B").model);
+  std::filesystem::create_directory(ownFolder);
+  std::filesystem::rename(file, ownFolder / "a.json");
+  EXPECT_EQ(FindModel("Acme", "B").origin, ModelOrigin::kOwn);
+  EXPECT_EQ(FindModel("Acme", "A").origin, ModelOrigin::kShipped);
+  ASSERT_EQ(Models()->mistakes.size(), 1U);
+  EXPECT_EQ(Models()->mistakes[0].file, ownFolder / "a.json");
+  EXPECT_EQ(Models()->mistakes[0].place, "/models/1/name");
+}
+
+const std::string kStreams = R"({"vendor": "Acme", "sources": {"s": {"document": "d", "by": "document"},
+    "t": {"document": "e", "by": "reported"}}, "models": [{"name": "A", "from": "s", "streams": 0,
+    "facts": {"stream/others/1": "t"}, "channels": {"values": ["1"], "default": "1", "others": true},
+    "codecs": [{"name": "H.264", "streamTypes": ["RTSP"]}, {"name": "MJPEG", "streamTypes": ["HTTP"]}],
+    "snapshot": {"kind": "stream"}, "check": "stream", "stream": {"path": "/{channel}/{stream}", "others": [
+      {"codec": "MJPEG", "over": "HTTP", "path": "/{channel:02}.mjpg"},
+      {"stream": "sub", "path": "/{channel0}/{stream0}"},
+      {"stream": "sub", "codec": "H.264", "path": "/{channel:02}/{stream}"}]}}]})";
+
+/// A stream that is asked for, and its path; "" for none.
+struct StreamCase {
+  const char* name;
+  const char* stream;
+  const char* codec;
+  const char* channel;
+  const char* path;
+};
+
+const StreamCase kStreamCases[] = {
+    {"Main", "main", "", "", "/1/1"},
+    {"MainInItsCodec", "main", "H.264", "12", "/12/1"},
+    {"MainOverHttp", "main", "MJPEG", "7", "/07.mjpg"},
+    {"MainInACodecWithoutPath", "main", "H.265", "1", "/1/1"},
+    {"SubInACodec", "sub", "H.264", "12", "/12/2"},
+    {"SubInAnyCodec", "sub", "", "12", "/11/1"},
+    {"SubInACodecWithoutPath", "sub", "H.265", "1", "/0/1"},
+    {"ChannelThatIsNotCounted", "sub", "", "a/0", "/a%2F0/1"},
+    {"ChannelBeforeTheFirst", "sub", "H.264", "0", "/0/2"},
+    {"Third", "third", "", "1", ""},
+};
+
+TEST(ModelFilesTest, EachStreamHasItsPath) {
+  const FolderOfModels folder;
+  folder.Write("a.json", kStreams);
+  const ModelCatalog catalog = ReadModels({folder.Path()});
+  ASSERT_TRUE(catalog.mistakes.empty()) << catalog.mistakes[0].place << catalog.mistakes[0].text;
+  const Model& model = catalog.At(catalog.byName.at(0));
+  for (const StreamCase& row : kStreamCases) {
+    const ModelStream* stream = FindModelStream(model, row.stream, row.codec);
+    EXPECT_EQ(stream ? StreamPath(*stream, ChannelToAsk(model, row.channel)) : "", row.path) << row.name;
+  }
+  FactCounts counts;
+  CountFacts(model, counts);
+  EXPECT_EQ(counts, (FactCounts{{"document", 5}, {"reported", 1}}));
+  EXPECT_EQ(SourceOf(model, "stream/others/1")->document, "e");
 }
 
 // A folder that has not changed lately is not listed again.

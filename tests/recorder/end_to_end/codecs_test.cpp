@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "rig/cameras.h"
+#include "rig/questions.h"
 
 using namespace rig;
 
@@ -131,6 +132,46 @@ TEST(Codecs, OfSeveralTheOneThatIsAskedForComes) {
     }
     params.removeMember("camVdoType");
     EXPECT_EQ(size(), "640x480") << "no codec is named";
+  }
+}
+
+/// A stream of one model that is asked for by codec, way and channel, and what comes of it.
+struct WantedStream {
+  const char* codec;
+  const char* way;
+  const char* channel;
+  int testCode;
+  const char* size;
+};
+
+constexpr WantedStream kWantedStreams[] = {
+    {"", "", "1", 0, "640x480"},          {"H.264", "RTSP", "1", 0, "640x480"},   {"MJPEG", "", "1", 0, "320x240"},
+    {"MJPEG", "HTTP", "1", 0, "320x240"}, {"MJPEG", "RTSP", "1", 466, "320x240"}, {"H.264", "", "7", 0, "160x128"},
+    {"MJPEG", "", "7", 0, "320x240"},
+};
+
+TEST(Codecs, MotionJpegAtAnotherPathAndAChannelThatIsNotListedAreReached) {
+  const SimCameras cameras(
+      List({Camera("rtsp", ParseJson(R"({"stream": [{"codec": "h264", "path": "/ch0"},
+                {"codec": "h264", "path": "/ch6", "width": 160, "height": 128}]})")),
+            Camera("http", ParseJson(R"({"stream": {"codec": "h264", "width": 320, "height": 240}})"))}));
+  Json::Value file = ParseJson(R"({"vendor": "Acme", "source": "a test", "models": [{"name": "A", "check": "stream",
+      "channels": {"values": ["1"], "default": "1", "others": true}, "snapshot": {"kind": "stream"},
+      "codecs": [{"name": "H.264", "streamTypes": ["RTSP"]}, {"name": "MJPEG", "streamTypes": ["HTTP"]}],
+      "stream": {"path": "/ch{channel0}", "others": [{"codec": "MJPEG", "over": "HTTP", "path": "/video.mjpg"}]}}]})");
+  file["models"][0]["stream"]["others"][0]["port"] = cameras.Port("http");
+  const TempFolder models;
+  models.Write("acme.json", ToText(file));
+  CopySchema(models);
+  const TestRecorder recorder({.modelsFolder = models.Path()});
+  Json::Value params = CameraParams(cameras.Port("rtsp"), kSecret, "Acme A");
+  for (const WantedStream& wanted : kWantedStreams) {
+    SCOPED_TRACE(std::string(wanted.codec) + " " + wanted.way + " " + wanted.channel);
+    params["camVideoType"] = wanted.codec;
+    params["camStreamingType"] = wanted.way;
+    params["camChannel"] = wanted.channel;
+    EXPECT_EQ(CodeOf(recorder, "CameraTest", params), wanted.testCode) << recorder.Log();
+    EXPECT_EQ(SizeOf(PictureOf(recorder.Post("GetSnapshot", params))), wanted.size) << recorder.Log();
   }
 }
 
