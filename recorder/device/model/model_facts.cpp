@@ -30,12 +30,20 @@ std::uint16_t IndexOf(const ModelSources& sources, const std::string& key) {
 }
 
 /// What the user gives, a number that is not known, and a picture from the stream, say nothing of the camera.
-bool SaysSomething(const Json::Value& model, std::string_view member) {
-  const Json::Value& value = model[std::string(member)];
+bool SaysSomething(std::string_view member, const Json::Value& value) {
   if (member == "stream") return !value["fromUser"].asBool();
   if (member == "streams") return value != 0;
   if (member == "snapshot") return value["kind"] != "stream";
   return true;
+}
+
+/// `named` has the key of its source for each fact that has another one than the rest.
+void NameOtherSources(const Json::Value& named, const ModelSources& sources, std::vector<ModelFact>& facts) {
+  if (named.empty()) return;
+  for (ModelFact& fact : facts) {
+    const Json::Value& key = named[FactName(fact)];
+    if (!key.isNull()) fact.source = IndexOf(sources, key.asString());
+  }
 }
 
 }  // namespace
@@ -52,20 +60,16 @@ ModelSources ReadSources(const Json::Value& json) {
 }
 
 std::vector<ModelFact> ReadFacts(const Json::Value& model, const ModelSources& sources) {
-  const std::uint16_t usual = IndexOf(sources, model["from"].asString());
-  const auto sourceOf = [&](const std::string& fact) {
-    const Json::Value& key = model["facts"][fact];
-    return key.isNull() ? usual : IndexOf(sources, key.asString());
-  };
   std::vector<ModelFact> facts;
-  const auto add = [&](std::size_t member) {
-    facts.push_back({static_cast<std::uint16_t>(member)});
-    facts.back().source = sourceOf(FactName(facts.back()));
-  };
+  facts.reserve(std::size(kMembers) + model["stream"]["others"].size());
+  const std::uint16_t usual = IndexOf(sources, model["from"].asString());
+  const auto add = [&](std::size_t member) { facts.push_back({static_cast<std::uint16_t>(member), usual}); };
   for (std::size_t i = 0; i < std::size(kMembers); ++i) {
-    if (model.isMember(std::string(kMembers[i])) && SaysSomething(model, kMembers[i])) add(i);
+    const Json::Value* value = model.find(kMembers[i].data(), kMembers[i].data() + kMembers[i].size());
+    if (value != nullptr && SaysSomething(kMembers[i], *value)) add(i);
   }
   for (std::size_t i = 0; i < model["stream"]["others"].size(); ++i) add(std::size(kMembers) + i);
+  NameOtherSources(model["facts"], sources, facts);
   facts.shrink_to_fit();
   return facts;
 }
