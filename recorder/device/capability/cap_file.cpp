@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -24,10 +23,8 @@ Outcome AskForStream(const CamProfile& profile, const Model& model, CameraDriver
   std::string path;
   int port = profile.port;
   if (driver.GetStreamPath(path, port) != 0) return Outcome::kNotUnderstood;
-  const auto codec = std::find_if(model.codecs.begin(), model.codecs.end(),
-                                  [&](const auto& candidate) { return candidate.name == model.presetCodec; });
-  return ProbeStream({profile.ip, port, profile.user, profile.pass}, path, GetVideoType(codec->name),
-                     GetStreamingType(codec->streamTypes.front()));
+  const int way = model.streams.front().isOverHttp ? STREAMING_TYPE_HTTP : STREAMING_TYPE_RTSP;
+  return ProbeStream({profile.ip, port, profile.user, profile.pass}, path, GetVideoType(model.presetCodec), way);
 }
 
 /// Asks the camera as a camera test does, for the stream that the model sends unless told otherwise.

@@ -82,7 +82,8 @@ int CamCapHandler::Impl::GetStreamingTypeFor(int videoType) {
   const auto codec = std::find_if(model->codecs.begin(), model->codecs.end(), [&](const ModelCodec& candidate) {
     return GetVideoType(candidate.name) == videoType;
   });
-  return codec == model->codecs.end() ? STREAMING_TYPE_ANY : GetStreamingType(codec->streamTypes.front());
+  if (codec != model->codecs.end()) return GetStreamingType(codec->streamTypes.front());
+  return model->codecs.empty() ? STREAMING_TYPE_RTSP : STREAMING_TYPE_ANY;
 }
 
 CamCapHandler::CamCapHandler() : impl(std::make_unique<Impl>()) {

@@ -105,9 +105,9 @@ struct Model {
 
   bool isVideoServer = false;
   Choices channels;
-  bool hasOtherChannels = false;  ///< any channel is asked for as it was typed
-  std::vector<ModelCodec> codecs;
-  std::string presetCodec;  ///< "": whatever the camera sends
+  bool hasOtherChannels = false;   ///< any channel is asked for as it was typed
+  std::vector<ModelCodec> codecs;  ///< none: not known, and the main stream comes over RTSP
+  std::string presetCodec;         ///< "": whatever the camera sends
   Choices frameRates;
   Choices resolutions;
   Choices qualities;

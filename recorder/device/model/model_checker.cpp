@@ -62,7 +62,8 @@ class ModelChecker {
     for (const ModelCodec& codec : model_.codecs) {
       if (!names.insert(codec.name).second) Report("/codecs", "Codec " + codec.name + " stands twice.");
     }
-    if (!HasCodec(model_.presetCodec)) Report("/defaultCodec", "The default is not among the codecs.");
+    const bool isListed = model_.presetCodec.empty() || HasCodec(model_.presetCodec);
+    if (!isListed) Report("/defaultCodec", "The default is not among the codecs.");
   }
 
   void CheckRtsp() {

@@ -69,7 +69,8 @@ void ReadCodecs(const Json::Value& json, Model& model) {
   for (const Json::Value& codec : json["codecs"]) {
     model.codecs.push_back({codec["name"].asString(), Texts(codec["streamTypes"])});
   }
-  model.presetCodec = json.get("defaultCodec", model.codecs.front().name).asString();
+  const std::string first = model.codecs.empty() ? "" : model.codecs.front().name;
+  model.presetCodec = json.get("defaultCodec", first).asString();
 }
 
 void ReadSettings(const Json::Value& json, Model& model) {

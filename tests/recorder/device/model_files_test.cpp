@@ -40,6 +40,8 @@ const MistakeCase kMistakeCases[] = {
     {"DefaultNotInList", "/models/0/channels/default", R"("default": "1")", R"("default": "2")"},
     {"ValueTwice", "/models/0/channels/values", R"(["1"])", R"(["1", "1"])"},
     {"DefaultCodec", "/models/0/defaultCodec", R"("check":)", R"("defaultCodec": "MJPEG", "check":)"},
+    {"DefaultCodecOfNone", "/models/0/defaultCodec", R"("codecs": [{"name": "H.264", "streamTypes": ["RTSP"]}])",
+     R"("defaultCodec": "H.264")"},
     {"DefaultProtocol", "/models/0/rtsp/default", R"("check":)",
      R"("rtsp": {"protocols": [], "default": "tcp"}, "check":)"},
     {"PathWithoutSlash", "/models/0/stream/path", "/s", "s"},

@@ -28,6 +28,8 @@ const Kind kKinds[] = {
     {"H265OverUdp", R"({"codec": "h265", "transport": "udp"})", "Simcam RTSP-H265", "", "H.265", "640x480"},
     {"Mpeg4OverUdp", R"({"codec": "mpeg4", "transport": "udp"})", "Simcam RTSP-MPEG4", "", "MPEG4", "640x480"},
     {"JpegOverUdp", R"({"codec": "jpeg", "transport": "udp"})", "User ", "/stream1", "", "640x480"},
+    {"AnyOfAModel", R"({"codec": "jpeg"})", "Simcam RTSP-Any", "", "", "640x480"},
+    {"NamedOfAnyOfAModel", R"({"codec": "h265"})", "Simcam RTSP-Any", "", "H.265", "640x480"},
     {"HttpMjpeg", R"({"codec": "h264"})", "Simcam HTTP-MJPEG", "", "MJPEG", "640x480"},
     {"HttpJpegSetting", R"({"codec": "h264"})", "Simcam HTTP-Snapshot-Sizes", "", "MJPEG", "320x240"},
     {"FourthChannel", R"({"codec": "h264", "path": "/ch4/stream1"})", "Simcam VideoServer-4", "", "", "640x480"},

@@ -24,8 +24,13 @@ TEST(Methods, AnswerFromALiveCamera) {
   const SimCameras cameras(List({Camera("live")}));
   const TestRecorder recorder;
   for (const char* method : {"CameraModelEnum", "EnumExistedCamCap"}) EXPECT_EQ(recorder.Get(method).Code(), 0);
-  Json::Value params = CameraParams(cameras.Port("live"), kSecret);
-  for (const char* method : kCameraMethods) EXPECT_EQ(CodeOf(recorder, method, params), 0) << method;
+  Json::Value params;
+  for (const char* model : {"Simcam RTSP-Any", "Simcam RTSP-H264"}) {
+    params = CameraParams(cameras.Port("live"), kSecret, model);
+    for (const char* method : kCameraMethods) EXPECT_EQ(CodeOf(recorder, method, params), 0) << model << " " << method;
+  }
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-Any").json["data"]["camCap"][0]["videoCapList"],
+            ParseJson("[]"));
   std::set<std::string> pictures;
   for (int i = 0; i < 3; ++i) pictures.insert(PictureOf(recorder.Post("GetSnapshot", params)));
   EXPECT_EQ(pictures.size(), 3U) << "the clock in the picture runs";
@@ -38,9 +43,11 @@ TEST(Methods, AnswerFromALiveCamera) {
 
 TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
   const std::map<std::string, int> codes = {
-      {"ok", 0}, {"unreachable", 462}, {"timedOut", 463}, {"loginRefused", 464}, {"busy", 467}};
-  const SimCameras cameras(List({Camera("good"), Faulty("refused", "refused"), Faulty("silent", "silentAfterConnect"),
-                                 Faulty("busy", "describe453"), Faulty("strange", "garbage")}));
+      {"ok", 0}, {"unreachable", 462}, {"timedOut", 463}, {"loginRefused", 464}, {"noSuchStream", 465}, {"busy", 467}};
+  const SimCameras cameras(
+      List({Camera("good"), Faulty("refused", "refused"), Faulty("silent", "silentAfterConnect"),
+            Faulty("busy", "describe453"), Faulty("strange", "garbage"),
+            Camera("web", ParseJson(R"({"stream": {"path": "/o"}, "snapshot": {"path": "/stream1"}})"))}));
   const TestRecorder recorder({.workers = 1, .deny = {"127.0.0.9"}});
   const int good = cameras.Port("good");
   const auto blocked = [&] {
@@ -72,6 +79,7 @@ TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
       {BatchRow("10", cameras.Port("strange"), kSecret), "notThisProtocol"},
       {BatchRow("11", good, kFakePass), "loginRefused"},
       {BatchRow("12", good, kSecret), "ok"},
+      {BatchRow("13", cameras.Port("web"), kSecret, "Simcam RTSP-Any"), "noSuchStream"},
   };
   Json::Value list(Json::arrayValue);
   std::string wanted;
