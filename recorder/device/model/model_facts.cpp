@@ -29,8 +29,12 @@ std::uint16_t IndexOf(const ModelSources& sources, const std::string& key) {
   return found == sources->end() ? ModelFact::kNoSource : static_cast<std::uint16_t>(found - sources->begin());
 }
 
-/// What the user gives, a number that is not known, and a picture from the stream, say nothing of the camera.
-bool SaysSomething(std::string_view member, const Json::Value& value) {
+bool IsChannelOne(const Json::Value& channels) { return channels.size() == 1 && channels[0] == "1"; }
+
+/// What the user gives, a number that is not known, and a picture from the stream, say nothing of the camera; nor does
+/// a channel "1" alone, which every camera is asked for, unless `named` says who says that it is the only one.
+bool SaysSomething(std::string_view member, const Json::Value& value, const Json::Value& named) {
+  if (member == "channels") return named.isMember("channels") || !IsChannelOne(value["values"]);
   if (member == "stream") return !value["fromUser"].asBool();
   if (member == "streams") return value != 0;
   if (member == "snapshot") return value["kind"] != "stream";
@@ -66,7 +70,7 @@ std::vector<ModelFact> ReadFacts(const Json::Value& model, const ModelSources& s
   const auto add = [&](std::size_t member) { facts.push_back({static_cast<std::uint16_t>(member), usual}); };
   for (std::size_t i = 0; i < std::size(kMembers); ++i) {
     const Json::Value* value = model.find(kMembers[i].data(), kMembers[i].data() + kMembers[i].size());
-    if (value != nullptr && SaysSomething(kMembers[i], *value)) add(i);
+    if (value != nullptr && SaysSomething(kMembers[i], *value, model["facts"])) add(i);
   }
   for (std::size_t i = 0; i < model["stream"]["others"].size(); ++i) add(std::size(kMembers) + i);
   NameOtherSources(model["facts"], sources, facts);
