@@ -165,7 +165,7 @@ class Conversation {
     const std::string& there = camera_.redirectTo;  // a path alone, or the address of another port, may be our own
     const bool isThere = request.Path() == there || request.target == there;
     if (fault_ == Fault::kRedirectRtsp && !isThere) return Answer(request, 302, {"Location: " + camera_.redirectTo});
-    if (!ChooseStream(WithoutSlash(request.Path()), false)) return Answer(request, 404);
+    if (!ChooseStream(request.Path(), false)) return Answer(request, 404);
     std::vector<std::string> headers = {"Content-Type: application/sdp"};
     if (fault_ != Fault::kControlNoBase) {
       const char* end = fault_ == Fault::kControlNoSlash      ? ""
@@ -201,7 +201,7 @@ class Conversation {
 
   void Play(const Request& request) {
     const std::string path = WithoutSlash(request.Path());
-    if (path != stream_->path && path != ControlPath(*stream_)) return Answer(request, 404);
+    if (path != WithoutSlash(stream_->path) && path != ControlPath(*stream_)) return Answer(request, 404);
     player_.Start(*stream_, *clip_, transport_.Channel(), SessionHeader());
     nextUnit_ = SteadyClock::now();
     wishes_.Begin(*stream_);
