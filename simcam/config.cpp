@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "simcam/config_members.h"
+#include "simcam/model_file.h"
 #include "simcam/service_config.h"
 
 namespace simcam {
@@ -178,7 +179,7 @@ int FewestSlices(Fault fault) {
 
 /// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.
 void ChooseServer(Members& members, CameraConfig& camera) {
-  bool script = !OnlyHttp(camera.fault) || camera.tls != TlsUse::kNone;
+  bool script = members.Has("model") || !OnlyHttp(camera.fault) || camera.tls != TlsUse::kNone;
   for (const StreamConfig& stream : camera.streams) script |= NeedsScript(stream);
   camera.server = script ? Server::kScripted : Server::kStock;
   members.Read("server", camera.server, kServers);
@@ -198,14 +199,9 @@ void CheckStreamPaths(const Members& members, const CameraConfig& camera) {
   }
 }
 
-CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
-  Members members(value, where);
-  CameraConfig camera;
-  members.Read("name", camera.name);
-  members.Read("port", camera.port, 0, 65535);
-  members.Read("user", camera.user);
-  members.Read("password", camera.password);
-  if (members.Has("login")) camera.login = ReadLogin(members.At("login"), where + ".login");
+/// What a camera shows, unless a model file says so.
+void ReadVideo(Members& members, CameraConfig& camera) {
+  const std::string& where = members.Where();
   const Json::Value usualStream(Json::objectValue);
   camera.streams = ReadStreams(members.Has("stream") ? members.At("stream") : usualStream, where + ".stream");
   if (members.Has("snapshot")) ReadSnapshot(members.At("snapshot"), where + ".snapshot", camera);
@@ -215,10 +211,25 @@ CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
     mjpeg.Finish();
     CheckPath(mjpeg, camera.mjpegPath);
   }
+  if (members.Has("onvif")) ReadOnvif(members.At("onvif"), where + ".onvif", camera);
+}
+
+CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
+  Members members(value, where);
+  CameraConfig camera;
+  members.Read("name", camera.name);
+  members.Read("port", camera.port, 0, 65535);
+  members.Read("user", camera.user);
+  members.Read("password", camera.password);
+  if (members.Has("login")) camera.login = ReadLogin(members.At("login"), where + ".login");
+  if (members.Has("model")) {
+    ReadModel(members.At("model"), where + ".model", camera);
+  } else {
+    ReadVideo(members, camera);
+  }
   if (members.Has("pages")) {
     for (const Json::Value& page : members.At("pages")) camera.pages.push_back(ReadPage(page, where + ".pages"));
   }
-  if (members.Has("onvif")) ReadOnvif(members.At("onvif"), where + ".onvif", camera);
   members.Read("tls", camera.tls, kTlsUses);
   ReadFault(members, camera);
   ChooseServer(members, camera);
@@ -243,12 +254,7 @@ std::vector<StreamConfig> CameraConfig::RtspStreams() const {
 }
 
 std::vector<CameraConfig> ReadConfig(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw ConfigError("cannot read " + path);
-  Json::Value root;
-  std::string errors;
-  if (!Json::parseFromStream(Json::CharReaderBuilder(), file, &root, &errors)) throw ConfigError(path + ": " + errors);
-
+  const Json::Value root = ReadJson(path);
   Members members(root, path);
   if (!members.Has("cameras") || !root["cameras"].isArray()) members.Fail("cameras must be a list");
   members.Finish();

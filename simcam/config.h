@@ -78,6 +78,12 @@ struct PageConfig {
   bool login = true;
 };
 
+/// Pictures over HTTP at exactly this path: one, or a motion JPEG stream of them.
+struct PicturesConfig {
+  std::string path;
+  bool isMotion = false;
+};
+
 /// ONVIF services. The streams are dealt to the channels in their order, to each as many; a profile is a stream.
 struct OnvifConfig {
   bool media1 = true;
@@ -122,11 +128,12 @@ struct CameraConfig {
   std::string user = "admin";
   std::string password;
   LoginConfig login;
-  std::vector<StreamConfig> streams;
+  std::vector<StreamConfig> streams;  ///< none: a model without RTSP
   Server server = Server::kStock;
-  std::string snapshotPath = "/snapshot.jpg";
-  std::vector<Size> snapshotSizes;  ///< what ?size=WxH may ask for besides the first stream's size
+  std::string snapshotPath = "/snapshot.jpg";  ///< empty, as mjpegPath: none but those of `pictures`
+  std::vector<Size> snapshotSizes;             ///< what ?size=WxH may ask for besides the first stream's size
   std::string mjpegPath = "/video.mjpg";
+  std::vector<PicturesConfig> pictures;  ///< of a model
   std::vector<PageConfig> pages;
   std::optional<OnvifConfig> onvif;
   std::optional<PsiaConfig> psia;
@@ -137,6 +144,8 @@ struct CameraConfig {
 
   /// The streams and those of the enabled PSIA channels.
   [[nodiscard]] std::vector<StreamConfig> RtspStreams() const;
+  /// Size and rate of pictures over HTTP: those of the first stream.
+  [[nodiscard]] StreamConfig PictureStream() const { return streams.empty() ? StreamConfig() : streams.front(); }
 };
 
 /// A mistake in the configuration, in words for its author.

@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <fstream>
 #include <set>
 #include <string>
 #include <utility>
@@ -84,6 +85,16 @@ class Members {
   std::string where_;
   std::set<std::string> asked_;
 };
+
+/// Reads a file of JSON. Throws ConfigError.
+inline Json::Value ReadJson(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw ConfigError("cannot read " + path);
+  Json::Value root;
+  std::string errors;
+  if (!Json::parseFromStream(Json::CharReaderBuilder(), file, &root, &errors)) throw ConfigError(path + ": " + errors);
+  return root;
+}
 
 inline void CheckPath(const Members& members, const std::string& path) {
   if (!path.starts_with('/')) members.Fail("path \"" + path + "\" must start with a slash");

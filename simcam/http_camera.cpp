@@ -65,6 +65,9 @@ class HttpCamera::Conversation {
     for (const PageConfig& page : camera_.pages) {
       if (path == page.path) return ShowPage(request, page);
     }
+    for (const PicturesConfig& pictures : camera_.pictures) {
+      if (path == pictures.path) return ShowPictures(request, pictures);
+    }
     const auto size = TakeSize(path);
     const bool moved = path == kMovedPath && fault_ == Fault::kRedirectSame;
     const bool snapshot = path == camera_.snapshotPath || moved;
@@ -77,12 +80,18 @@ class HttpCamera::Conversation {
     if (!moved && MisbehavesInstead(request)) return;
     if (!snapshot) return SendMotion();
     if (size && !Known(*size)) return Answer(400, "text/plain", "no such size\n");
-    SendPicture(TakeSnapshot(size.value_or(camera_.streams[0].size)));
+    SendPicture(TakeSnapshot(size.value_or(camera_.PictureStream().size)));
   }
 
   void ShowPage(const Request& request, const PageConfig& page) {
     if (page.login && !LoggedIn(request)) return;
     Answer(page.status, page.type, page.body);
+  }
+
+  void ShowPictures(const Request& request, const PicturesConfig& pictures) {
+    if (!LoggedIn(request)) return;
+    if (pictures.isMotion) return SendMotion();
+    SendPicture(TakeSnapshot(camera_.PictureStream().size));
   }
 
   bool LoggedIn(const Request& request) {
@@ -160,7 +169,7 @@ class HttpCamera::Conversation {
 
   void SendMotion() {
     Send(MotionHead(fault_));
-    const Pipeline pictures = LiveJpeg(camera_.streams[0].size, camera_.streams[0].fps);
+    const Pipeline pictures = LiveJpeg(camera_.PictureStream().size, camera_.PictureStream().fps);
     bool isFirst = true;
     while (const Sample sample = open_ ? pictures.Pull() : Sample()) {
       const std::string jpeg = OddJpeg(fault_, Bytes(gst_sample_get_buffer(sample.get())));
