@@ -48,16 +48,23 @@ std::string Render(std::string path, const Words& words) {
   return path;
 }
 
+std::vector<std::string> TextsOf(const Json::Value& list) {
+  std::vector<std::string> texts;
+  for (const Json::Value& text : list) texts.push_back(text.asString());
+  return texts;
+}
+
 /// Its values, and where the file does not say how many there are, one more.
 std::vector<std::string> ChannelsOf(const Json::Value& channels) {
-  std::vector<std::string> all;
-  for (const Json::Value& channel : channels["values"]) all.push_back(channel.asString());
+  std::vector<std::string> all = TextsOf(channels["values"]);
   if (channels["others"].asBool()) all.emplace_back("2");
   return all;
 }
 
+/// Where the file does not know its codecs, the usual one.
 std::string DefaultCodec(const Json::Value& model) {
-  return model.get("defaultCodec", model["codecs"][0]["name"]).asString();
+  const Json::Value& codecs = model["codecs"];
+  return model.get("defaultCodec", codecs.empty() ? "H.264" : codecs[0]["name"]).asString();
 }
 
 /// A small one, alike for all models, so that they share their clips.
@@ -94,7 +101,7 @@ class ModelCamera {
     const Json::Value& stream = model_["stream"];
     const std::string path = stream["fromUser"].asBool() ? StreamConfig().path : stream["path"].asString();
     const std::string codec = HasOwnPath(codec_) ? DefaultCodec(model_) : codec_;
-    for (const Json::Value& type : TypesOf(codec)) {
+    for (const std::string& type : TypesOf(codec)) {
       AddStream(Render(path, WordsOf(channel, 1)), codec, type == "HTTP");
     }
     if (stream["tls"].asBool()) camera_.tls = TlsUse::kToo;
@@ -115,9 +122,10 @@ class ModelCamera {
     });
   }
 
-  [[nodiscard]] const Json::Value& TypesOf(const std::string& codec) const {
+  [[nodiscard]] std::vector<std::string> TypesOf(const std::string& codec) const {
+    if (model_["codecs"].empty()) return {"RTSP"};
     for (const Json::Value& row : model_["codecs"]) {
-      if (row["name"] == codec) return row["streamTypes"];
+      if (row["name"] == codec) return TextsOf(row["streamTypes"]);
     }
     members_.Fail("the model has no codec \"" + codec + "\"");
   }

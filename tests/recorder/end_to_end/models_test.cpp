@@ -23,10 +23,10 @@ struct Played {
   std::string file;
   std::string vendor;
   Json::Value model;
-  Json::Value codec;
+  Json::Value codec;  // empty where the file does not know its codecs
 
   std::string Name() const { return vendor + " " + model["name"].asString(); }
-  std::string CameraName() const { return Name() + ", " + codec["name"].asString(); }
+  std::string CameraName() const { return Name() + ", " + codec.get("name", "some codec").asString(); }
 };
 
 /// The files' ports, such as 554, are no test's to listen on. Without a port, that of the user counts.
@@ -45,7 +45,9 @@ std::vector<Played> ReadModels(const TempFolder& folder) {
     Json::Value file = ParseJson(ReadText(entry.path()));
     if (!file.isMember("vendor")) continue;  // the schema
     for (const Json::Value& model : file["models"]) {
-      for (const Json::Value& codec : model["codecs"]) {
+      Json::Value codecs = model["codecs"];
+      if (codecs.empty()) codecs.append(Json::Value(Json::objectValue));
+      for (const Json::Value& codec : codecs) {
         all.push_back({entry.path(), file["vendor"].asString(), model, codec});
       }
     }
@@ -59,7 +61,7 @@ Json::Value CameraOf(const Played& played) {
   Json::Value camera;
   camera["model"]["file"] = played.file;
   camera["model"]["name"] = played.model["name"];
-  camera["model"]["codec"] = played.codec["name"];
+  if (!played.codec.empty()) camera["model"]["codec"] = played.codec["name"];
   return Camera(played.CameraName(), camera);
 }
 
@@ -88,8 +90,8 @@ class Asking {
       : login_(recorder.Login()), played_(played), questions_(questions) {
     params_ = CameraParams(cameras.Port(played.CameraName()), kSecret, played.Name());
     params_["channel"] = params_["camChannel"] = played.model["channels"]["default"];
-    params_["camVideoType"] = played.codec["name"];
-    params_["camStreamingType"] = played.codec["streamTypes"][0];
+    params_["camVideoType"] = played.codec.get("name", "");
+    params_["camStreamingType"] = played.codec.empty() ? "" : played.codec["streamTypes"][0];
     params_["camSourcePath"] = kTypedPath;
   }
 
