@@ -3,7 +3,9 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
@@ -17,6 +19,75 @@ Json::StreamWriterBuilder WriterOf(bool emitsUtf8) {
   builder["indentation"] = "";
   builder["emitUTF8"] = emitsUtf8;
   return builder;
+}
+
+std::string ByJsonCpp(const Json::Value& json, bool emitsUtf8) {
+  static const Json::StreamWriterBuilder plain = WriterOf(true);
+  return Json::writeString(emitsUtf8 ? plain : WriterOf(false), json);
+}
+
+void Append(std::string& text, const Json::Value& json);
+
+/// Only what must be escaped is left to JsonCpp.
+void AppendText(std::string& text, std::string_view characters) {
+  const bool isPlain = std::none_of(characters.begin(), characters.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+  });
+  if (!isPlain) {
+    text += ByJsonCpp(std::string(characters), true);
+    return;
+  }
+  text += '"';
+  text += characters;
+  text += '"';
+}
+
+void AppendObject(std::string& text, const Json::Value& object) {
+  text += '{';
+  for (auto member = object.begin(); member != object.end(); ++member) {
+    if (text.back() != '{') text += ',';
+    const char* end = nullptr;
+    const char* const name = member.memberName(&end);
+    AppendText(text, {name, end});
+    text += ':';
+    Append(text, *member);
+  }
+  text += '}';
+}
+
+void AppendArray(std::string& text, const Json::Value& array) {
+  text += '[';
+  for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
+    if (i > 0) text += ',';
+    Append(text, array[i]);
+  }
+  text += ']';
+}
+
+/// As JsonCpp writes it, which takes five times as long: it makes a text of each value and sends that through a stream.
+void Append(std::string& text, const Json::Value& json) {
+  const char* begin = nullptr;
+  const char* end = nullptr;
+  switch (json.type()) {
+    case Json::objectValue:
+      return AppendObject(text, json);
+    case Json::arrayValue:
+      return AppendArray(text, json);
+    case Json::stringValue:
+      json.getString(&begin, &end);
+      return AppendText(text, {begin, end});
+    case Json::booleanValue:
+      text += json.asBool() ? "true" : "false";
+      return;
+    case Json::intValue:
+      text += std::to_string(json.asLargestInt());
+      return;
+    case Json::uintValue:
+      text += std::to_string(json.asLargestUInt());
+      return;
+    default:
+      text += ByJsonCpp(json, true);
+  }
 }
 
 }  // namespace
@@ -40,10 +111,10 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
 }
 
 std::string ToText(const Json::Value& json) {
-  static const Json::StreamWriterBuilder plain = WriterOf(true);
-  std::string text = Json::writeString(plain, json);
+  std::string text;
+  Append(text, json);
   // The other one escapes, and replaces what is no character.
-  return IsUtf8(text) ? text : Json::writeString(WriterOf(false), json);
+  return IsUtf8(text) ? text : ByJsonCpp(json, false);
 }
 
 }  // namespace recorder
