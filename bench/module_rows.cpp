@@ -45,7 +45,7 @@ Json::Value RunInCall(const Json::Value& parameters, Handler handler) {
       "", 1, "CamCap", [](NORV::APIRequest* request, NORV::APIResponse* response) { current(request, response); }};
   const recorder::ApiAnswer answer = recorder::RunCall({&method, parameters, {}, true});
   if (answer.kind != recorder::ApiAnswer::Kind::kJson) throw WrongAnswer("no answer: " + answer.reason);
-  return answer.json["data"];
+  return ParseJson(answer.json)["data"];
 }
 
 /// Times a call of `handler` by a sample, whose answer must be `right`.

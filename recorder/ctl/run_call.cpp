@@ -41,9 +41,11 @@ void RefuseDefaultPicture(std::string_view picture) {
   }
 }
 
-void PrintJson(const Json::Value& json) {
+void PrintJson(const std::string& text) {
+  std::string ignored;
+  const Json::Value json = ParseStrictJson(text, ignored).value_or(Json::Value());
   RefuseDefaultPicture(json["data"].isObject() ? json["data"]["img"].asString() : "");
-  std::cout << ToText(json) << "\n";
+  std::cout << text << "\n";
   if (!json["success"].asBool()) throw CLI::RuntimeError(1);
 }
 

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "recorder/host/cause_header.h"
-#include "recorder/host/output_capture.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/json_text.h"
 
 namespace NORV {
 
@@ -20,7 +20,9 @@ struct APIRequest::Impl {
 };
 
 struct APIResponse::Impl {
-  Json::Value answer;  ///< null: none yet
+  bool isDataKept;
+  std::string answer = {};  ///< "": none yet
+  Json::Value data = {};    ///< of a success, if it is to be kept
 };
 
 APIRequest::APIRequest(Impl* requestImpl) : impl(requestImpl) {}
@@ -43,17 +45,15 @@ bool APIRequest::IsAuthorized() const { return impl->call.isAuthorized; }
 APIResponse::APIResponse(Impl* responseImpl) : impl(responseImpl) {}
 
 void APIResponse::SetSuccess(const Json::Value& data) {
-  impl->answer = Json::Value(Json::objectValue);
-  impl->answer["success"] = true;
-  impl->answer["data"] = data;
+  impl->answer = R"({"data":)" + recorder::ToText(data) + R"(,"success":true})";
+  if (impl->isDataKept) impl->data = data;
 }
 
 void APIResponse::SetError(int code, const Json::Value& data) {
-  impl->answer = Json::Value(Json::objectValue);
-  impl->answer["success"] = false;
-  Json::Value& error = impl->answer["error"];
-  error = data.isObject() ? data : Json::Value(Json::objectValue);
+  Json::Value error = data.isObject() ? data : Json::Value(Json::objectValue);
   error["code"] = code;
+  impl->answer = R"({"error":)" + recorder::ToText(error) + R"(,"success":false})";
+  impl->data = Json::Value();
 }
 
 }  // namespace NORV
@@ -108,20 +108,25 @@ bool TakesList(std::string_view method) {
 
 ApiAnswer NotAdmitted() {
   constexpr int kNoPermission = 105;
-  NORV::APIResponse::Impl state;
+  NORV::APIResponse::Impl state{.isDataKept = false};
   NORV::APIResponse(&state).SetError(kNoPermission, Json::Value());
   return {.kind = ApiAnswer::Kind::kJson, .json = std::move(state.answer)};
 }
 
 ApiAnswer RunCall(const ApiCall& call) {
+  OutputCapture output;
+  return RunCall(call, output);
+}
+
+ApiAnswer RunCall(const ApiCall& call, OutputCapture& output) {
   NORV::APIRequest::Impl requestState{call, {}, {}};
-  NORV::APIResponse::Impl responseState;
+  NORV::APIResponse::Impl responseState{.isDataKept = !ContactsNoCamera(call.method->name)};
   NORV::APIRequest request(&requestState);
   NORV::APIResponse response(&responseState);
 
   RequestScope scope(LimitOf(call.method->name));
   if (!NamesCodec(call)) scope.TakeAnyCodec();
-  OutputCapture output;
+  output.Start();
   try {
     call.method->handler(&request, &response);
   } catch (const Json::Exception& error) {
@@ -136,10 +141,10 @@ ApiAnswer RunCall(const ApiCall& call) {
   answer.json = std::move(responseState.answer);
   if (!answer.raw.empty()) {
     answer.kind = ApiAnswer::Kind::kRaw;
-  } else if (!answer.json.isNull()) {
+  } else if (!answer.json.empty()) {
     answer.kind = ApiAnswer::Kind::kJson;
   }
-  answer.causes = CausesOf(call, answer, scope);
+  answer.causes = CausesOf(call, responseState.data, scope);
   return answer;
 }
 

@@ -10,6 +10,7 @@
 
 #include "platform/webapi.h"
 #include "recorder/host/module_library.h"
+#include "recorder/host/output_capture.h"
 
 namespace recorder {
 
@@ -24,14 +25,14 @@ struct ApiCall {
 /// What became of a call.
 struct ApiAnswer {
   enum class Kind {
-    kJson,          ///< `json` is the answer: success or error
+    kJson,          ///< `json` is the answer, success or error, on one line
     kRaw,           ///< `raw` is a CGI answer that the module wrote to standard output, header lines first
     kBadParameter,  ///< the parameter `parameter` could not be converted; `reason` says why
     kException,     ///< another exception came out of the module; `reason` is its text
     kNone,          ///< the module answered nothing
   };
   Kind kind = Kind::kNone;
-  Json::Value json = {};
+  std::string json = {};
   std::string raw = {};
   std::string parameter = {};
   std::string reason = {};
@@ -39,8 +40,10 @@ struct ApiAnswer {
 };
 
 /// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard
-/// output is a memory file, so no other thread may write there. Throws std::runtime_error when the memory file cannot
-/// be had.
+/// output is `output`'s, so no other thread may write there. Throws std::runtime_error when that cannot be had.
+ApiAnswer RunCall(const ApiCall& call, OutputCapture& output);
+
+/// The same with standard output given back at the end.
 ApiAnswer RunCall(const ApiCall& call);
 
 /// The methods that contact no camera.

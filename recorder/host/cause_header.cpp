@@ -49,20 +49,17 @@ std::string CausesOfList(const Json::Value& rows, const Json::Value& results, co
 }
 
 /// A document of what is known already, for which nobody was asked.
-bool IsDocument(const ApiAnswer& answer) {
-  const Json::Value& data = answer.json["data"];
-  return data.isObject() && data.isMember("camCap");
-}
+bool IsDocument(const Json::Value& data) { return data.isObject() && data.isMember("camCap"); }
 
 }  // namespace
 
-std::string CausesOf(const ApiCall& call, const ApiAnswer& answer, const RequestScope& scope) {
+std::string CausesOf(const ApiCall& call, const Json::Value& data, const RequestScope& scope) {
   if (ContactsNoCamera(call.method->name)) return "";
   if (TakesList(call.method->name)) {
-    return CausesOfList(call.params["camList"], answer.json["data"]["resultList"], scope.Reports());
+    return CausesOfList(call.params["camList"], data["resultList"], scope.Reports());
   }
   if (const auto cause = scope.Cause()) return std::string(NameOf(*cause));
-  return IsDocument(answer) ? std::string(NameOf(Outcome::kOk)) : "";
+  return IsDocument(data) ? std::string(NameOf(Outcome::kOk)) : "";
 }
 
 }  // namespace recorder

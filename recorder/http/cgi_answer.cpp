@@ -29,7 +29,7 @@ std::string RawAnswer(const std::string& raw, const std::string& causes) {
 std::string ToCgi(const ApiAnswer& answer) {
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:
-      return JsonAnswer(200, answer.json, CauseHeader(answer.causes));
+      return JsonTextAnswer(200, answer.json, CauseHeader(answer.causes));
     case ApiAnswer::Kind::kRaw:
       return RawAnswer(answer.raw, answer.causes);
     case ApiAnswer::Kind::kBadParameter:

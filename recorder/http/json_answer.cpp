@@ -4,10 +4,18 @@
 
 namespace recorder {
 
+std::string JsonTextAnswer(int status, std::string_view text, std::string_view headers) {
+  std::string answer = "Status: " + std::to_string(status) + "\r\n";
+  for (const std::string_view part :
+       {kCommonHeaders, headers, std::string_view("Content-Type: application/json\r\n")}) {
+    answer += part;
+  }
+  answer += "Content-Length: " + std::to_string(text.size()) + "\r\n\r\n";
+  return answer += text;
+}
+
 std::string JsonAnswer(int status, const Json::Value& json, const std::string& headers) {
-  const std::string body = ToText(json);
-  return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders) + headers +
-         "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+  return JsonTextAnswer(status, ToText(json), headers);
 }
 
 Json::Value Failure(int status, const std::string& message) {

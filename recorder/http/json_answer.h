@@ -14,7 +14,8 @@ namespace recorder {
 /// An answer may hold a picture of somebody's home: nothing on the way keeps it, and no browser takes it for a script.
 inline constexpr std::string_view kCommonHeaders = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
 
-/// `headers`: more header lines, each with its end.
+/// `headers`: more header lines, each with its end. `text` is that of the JSON.
+std::string JsonTextAnswer(int status, std::string_view text, std::string_view headers = {});
 std::string JsonAnswer(int status, const Json::Value& json, const std::string& headers = {});
 
 /// What a failure outside the module looks like: the HTTP status is its code.

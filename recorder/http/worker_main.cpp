@@ -55,23 +55,23 @@ bool IsUser(const HttpRequest& request, GrantList& grants) {
 }
 
 /// Throws HttpError.
-std::string AnswerTo(const HttpRequest& request, const Host& host) {
+std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output) {
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
   const bool isForTrusted = IsForTrusted(request);
   if (!isForTrusted && !IsUser(request, grants)) throw NotLoggedIn(request);
   CheckSameSite(request, host.config.hostNames);
   const ApiCall call = ToApiCall(request, host.module, !isForTrusted);
-  const ApiAnswer answer = RunCall(call);
+  const ApiAnswer answer = RunCall(call, output);
   if (TakesList(call.method->name)) GiveMemoryBack();
   return ToCgi(answer);
 }
 
 std::string Answer(const std::function<const char*(const char*)>& variable,
-                   const std::function<std::string(std::size_t)>& readBody, const Host& host) {
+                   const std::function<std::string(std::size_t)>& readBody, const Host& host, OutputCapture& output) {
   try {
     LearnOwnPort(variable("SERVER_PORT"));
-    return AnswerTo(ReadHttpRequest(variable, LargestBody, readBody), host);
+    return AnswerTo(ReadHttpRequest(variable, LargestBody, readBody), host, output);
   } catch (const HttpError& error) {
     return ToCgi(error);
   } catch (const std::exception& error) {
@@ -88,6 +88,7 @@ void ServeFastCgi(const Host& host) {
   if (FCGX_Init() != 0 || FCGX_InitRequest(&request, 0, 0) != 0) throw std::runtime_error("cannot start FastCGI");
   // libfcgi 2.4.2 takes SIGTERM for a wish to stop accepting, and may then poll a closed descriptor for ever.
   std::signal(SIGTERM, SIG_DFL);
+  OutputCapture output;
   while (FCGX_Accept_r(&request) == 0) {
     const std::string answer = Answer([&](const char* name) { return FCGX_GetParam(name, request.envp); },
                                       [&](std::size_t size) {
@@ -96,20 +97,22 @@ void ServeFastCgi(const Host& host) {
                                         body.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
                                         return body;
                                       },
-                                      host);
+                                      host, output);
     FCGX_PutStr(answer.data(), static_cast<int>(answer.size()), request.out);
     FCGX_Finish_r(&request);
   }
 }
 
 void ServeCgi(const Host& host) {
+  std::optional<OutputCapture> output(std::in_place);
   const std::string answer = Answer([](const char* name) { return std::getenv(name); },
                                     [](std::size_t size) {
                                       std::string body(size, '\0');
                                       body.resize(std::fread(body.data(), 1, size, stdin));
                                       return body;
                                     },
-                                    host);
+                                    host, *output);
+  output.reset();
   std::fwrite(answer.data(), 1, answer.size(), stdout);
 }
 
