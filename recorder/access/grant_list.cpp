@@ -16,6 +16,7 @@ std::optional<Grant> GrantList::Find(Grant::Kind kind, std::string_view secret) 
 }
 
 void GrantList::Refresh() {
+  if (!watch_.MayHaveChanged() && stamp_) return;
   const FileStamp stamp = StampOf(file_);  // before it is read: a change meanwhile is seen next time
   if (stamp_ == stamp) return;
   grants_.clear();
