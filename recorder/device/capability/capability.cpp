@@ -100,6 +100,6 @@ CamCapHandler::~CamCapHandler() = default;
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature has values
 int GetCamCap(std::string /*vendor*/, std::string /*model*/, CamCapHandler& handler, Json::Value& capability) {
   if (!handler.impl->model) return -1;
-  capability = recorder::CapabilityDocument(*handler.impl->model);
+  capability = recorder::CapabilityDocument(handler.impl->model);
   return 0;
 }

@@ -40,7 +40,7 @@ Json::Value CameraEntry(const CameraRecord& camera) {
   entry["vendor"] = camera.vendor;
   entry["model"] = camera.model;
   entry["channel"] = camera.channel;
-  entry["camCap"] = model ? recorder::CapabilityDocument(*model) : Json::Value();
+  entry["camCap"] = model ? recorder::CapabilityDocument(model) : Json::Value();
   return entry;
 }
 
