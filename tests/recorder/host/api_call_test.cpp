@@ -1,6 +1,9 @@
 #include "recorder/host/api_call.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 #include "recorder/request/request_scope.h"
 
@@ -34,6 +37,24 @@ TEST(ApiCallTest, OnlyAFailedConversionBlamesAParameter) {
     const ApiAnswer answer = RunCall(call);
     EXPECT_EQ(answer.kind, ApiAnswer::Kind::kException) << answer.reason;
     EXPECT_EQ(answer.parameter, "");
+  }
+}
+
+/// What the call before left at descriptor 1: a text that nobody took, another file, nothing.
+void (*const kLeavings[])() = {
+    [] { std::printf("late"); },
+    [] { dup2(STDERR_FILENO, STDOUT_FILENO); },
+    [] { close(STDOUT_FILENO); },
+};
+
+TEST(OutputCaptureTest, TakesWhatOneCallWroteWhateverTheOneBeforeLeft) {
+  OutputCapture output;
+  for (auto* leave : kLeavings) {
+    output.Start();
+    leave();
+    output.Start();
+    std::printf("whole");
+    EXPECT_EQ(output.Take(), "whole");
   }
 }
 
