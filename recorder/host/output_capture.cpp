@@ -58,6 +58,7 @@ std::string OutputCapture::Take() {
     if (count <= 0) throw std::runtime_error("cannot read the answer back");
     length += static_cast<std::size_t>(count);
   }
+  if (size > 0) Empty(memory_);
   return written;
 }
 
