@@ -1,4 +1,4 @@
-#include "recorder/http/large_output.h"
+#include "recorder/worker/large_output.h"
 
 #include <fastcgi.h>
 #include <sys/uio.h>

@@ -19,7 +19,7 @@
 #include "recorder/http/api_request.h"
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
-#include "recorder/http/large_output.h"
+#include "recorder/worker/large_output.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/utility/address_policy.h"
