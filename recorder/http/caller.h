@@ -9,6 +9,16 @@
 
 namespace recorder {
 
+/// Who asks, and how that is known.
+struct Caller {
+  std::string user;
+  Role role = Role::kUser;
+  std::optional<Grant> grant = {};  ///< nothing: he sent name and password
+
+  bool IsAdmin() const { return role == Role::kAdmin; }
+  bool HasSession() const { return grant && !grant->IsToken(); }
+};
+
 /// Of the cookie that holds a session's secret. Over TLS a browser takes it from this very host alone (RFC 6265bis,
 /// section 4.1.3.2).
 inline const char* SessionCookie(bool isTls) { return isTls ? "__Host-session" : "session"; }

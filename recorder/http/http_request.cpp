@@ -35,6 +35,7 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.fetchSite = text("HTTP_SEC_FETCH_SITE");
   request.address = text("REMOTE_ADDR");
   request.remoteUser = text("REMOTE_USER");
+  request.remoteRole = text("REMOTE_ROLE");
   request.isTls = text("HTTPS") == "on";
   return request;
 }

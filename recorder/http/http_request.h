@@ -39,6 +39,7 @@ struct HttpRequest {
   std::string fetchSite;      ///< the Sec-Fetch-Site header
   std::string address;        ///< of whoever asks
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
+  std::string remoteRole;     ///< his role, or "": recorder-login tells it with him
   bool isTls = false;
 };
 

@@ -1,6 +1,7 @@
 #include "recorder/http/json_answer.h"
 
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 
@@ -32,8 +33,14 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
   return JsonAnswer(status, json);
 }
 
-std::string ToCgi(const HttpError& error) {
-  return JsonAnswer(error.Status(), Failure(error.Status(), error.what()), error.Headers());
+std::string ToCgi(const OwnAnswer& answer) { return JsonAnswer(answer.status, answer.json, answer.headers); }
+
+OwnAnswer Refusal(const std::exception& error) {
+  if (const auto* refused = dynamic_cast<const HttpError*>(&error)) {
+    return {refused->Status(), Failure(refused->Status(), refused->what()), refused->Headers()};
+  }
+  LogFailure(error.what());
+  return {500, Failure(500, "the recorder failed; its log says why")};
 }
 
 }  // namespace recorder

@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -23,7 +24,16 @@ Json::Value Failure(int status, const std::string& message);
 
 std::string FailureAnswer(int status, const std::string& message, const std::string& parameter = {});
 
-/// Why a request is refused.
-std::string ToCgi(const HttpError& error);
+/// An answer of the recorder's own addresses.
+struct OwnAnswer {
+  int status = 200;
+  Json::Value json;
+  std::string headers = {};  ///< more lines, each with its end
+};
+
+std::string ToCgi(const OwnAnswer& answer);
+
+/// Why a request is refused. What is no HttpError is a fault of the recorder: the log gets its text.
+OwnAnswer Refusal(const std::exception& error);
 
 }  // namespace recorder

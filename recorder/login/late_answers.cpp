@@ -11,11 +11,6 @@ constexpr std::chrono::seconds kDelay{1};
 
 }  // namespace
 
-void Finish(FCGX_Request& request, const std::string& answer) {
-  FCGX_PutStr(answer.data(), static_cast<int>(answer.size()), request.out);
-  FCGX_Finish_r(&request);
-}
-
 void LateAnswers::Add(FastCgiRequest request, std::string answer) {
   const std::lock_guard lock(mutex_);
   late_.push_back({std::move(request), std::move(answer), Clock::now() + kDelay});

@@ -1,8 +1,5 @@
 #pragma once
 
-#define NO_FCGI_DEFINES
-#include <fcgiapp.h>
-
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -10,15 +7,13 @@
 #include <string>
 #include <thread>
 
+#include "recorder/http/fastcgi.h"
 #include "recorder/utility/clock.h"
 
 namespace recorder {
 
 /// A request over FastCGI, which must be finished before it ends.
 using FastCgiRequest = std::unique_ptr<FCGX_Request>;
-
-/// Sends `answer` and ends the request.
-void Finish(FCGX_Request& request, const std::string& answer);
 
 /// Sends answers a second later and keeps no thread busy with that: whoever asks again and again, as one does who
 /// guesses, gets one answer a second over each connection, and takes little time from others. Any thread.

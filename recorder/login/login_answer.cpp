@@ -1,31 +1,16 @@
 #include "recorder/login/login_answer.h"
 
-#include <algorithm>
-#include <array>
-
 #include "recorder/access/granting.h"
-#include "recorder/http/caller.h"
-#include "recorder/http/json_answer.h"
+#include "recorder/http/own_route.h"
 #include "recorder/login/handlers.h"
 #include "recorder/login/noting.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/limits.h"
-#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 
 namespace {
-
-constexpr std::string_view kPrefix = "/recorder/1/";
-
-/// Who may ask.
-enum class Need {
-  kNothing,  // whoever asks, it does not matter who
-  kAsked,    // the handler decides
-  kUser,
-  kAdmin,
-};
 
 struct Route {
   std::string_view verb;
@@ -49,60 +34,28 @@ constexpr Route kRoutes[] = {
     {"DELETE", "tokens/", Need::kUser, &DeleteToken},
 };
 
-/// The part of `path` behind the prefix, cut off before a name: "users/". The name is what was cut off.
-std::string_view WithoutName(std::string_view path, std::string& name) {
-  path.remove_prefix(std::min(path.size(), kPrefix.size()));
-  const std::size_t slash = path.find('/');
-  if (slash == std::string_view::npos) return path;
-  name = path.substr(slash + 1);
-  return name.empty() ? std::string_view() : path.substr(0, slash + 1);
-}
-
-const Route& FindRoute(const std::string& verb, std::string_view path) {
-  std::string allowed;
-  for (const Route& route : kRoutes) {
-    if (route.path != path) continue;
-    if (route.verb == verb) return route;
-    allowed += (allowed.empty() ? "" : ", ") + std::string(route.verb);
-  }
-  if (allowed.empty()) throw HttpError(404, "no such address");
-  throw HttpError(405, "only " + allowed, "Allow: " + allowed + "\r\n");
-}
-
-Json::Value ReadBody(const HttpRequest& request) {
-  if (request.body.empty()) return Json::Value(Json::objectValue);
-  if (BodyType(request) != "application/json") throw HttpError(415, "the body must be application/json");
-  return ParseJsonObject(request.body);
-}
-
 /// The login of a header "Authorization: Basic". Throws HttpError.
-LoginCaller CheckedBasic(LoginService& service, const HttpRequest& request) {
+Caller CheckedBasic(LoginService& service, const HttpRequest& request) {
   const auto login = ReadBasicLogin(request.authorization, request.address);
   if (!login) throw NotLoggedIn(request);
   return {login->user, service.check.Check(*login), std::nullopt};
 }
 
-std::optional<LoginCaller> FindCaller(LoginService& service, const HttpRequest& request) {
+std::optional<Caller> FindCaller(LoginService& service, const HttpRequest& request) {
   if (StartsWithIgnoreCase(request.authorization, "Basic ")) return CheckedBasic(service, request);
   const std::optional<Grant> grant = FindGrant(request, service.grants);
   if (!grant) return std::nullopt;
   if (IsUseToBeNoted(*grant, SecondsNow())) TryNoteUse(service.config.stateFolder, grant->id);
-  return LoginCaller{grant->user, grant->role, grant};
+  return Caller{grant->user, grant->role, grant};
 }
 
-void Admit(const LoginRequest& request, Need need) {
-  if (need == Need::kNothing || need == Need::kAsked) return;
-  if (!request.caller) throw NotLoggedIn(request.http);
-  if (need == Need::kAdmin && !request.caller->IsAdmin()) throw HttpError(403, "only an admin may do that");
-}
-
-LoginAnswer Handle(LoginService& service, const HttpRequest& http) {
+OwnAnswer Handle(LoginService& service, const HttpRequest& http) {
   CheckSameSite(http, service.config.hostNames);
-  LoginRequest request{http, {}};
-  const Route& route = FindRoute(http.method, WithoutName(http.path, request.name));
+  OwnRequest request{http, {}};
+  const Route& route = FindRoute(kRoutes, http, request.name);
   if (route.need != Need::kNothing) request.caller = FindCaller(service, http);
   Admit(request, route.need);
-  request.params = ReadBody(http);
+  request.params = ReadJsonBody(http);
   return route.handler(service, request);
 }
 
@@ -125,12 +78,11 @@ TimedAnswer Answered(const HttpRequest& request, Work work) {
     return {work()};
   } catch (const HttpError& error) {
     const bool isLate = error.Status() == 429 || error.Status() == 503;
-    return {ToCgi(error.Status() == 401 ? NotLoggedIn(request, error.what()) : error), isLate};
+    return {ToCgi(Refusal(error.Status() == 401 ? NotLoggedIn(request, error.what()) : error)), isLate};
   } catch (const AccessError& error) {
-    return {ToCgi(HttpError(StatusOf(error), error.what()))};
+    return {ToCgi(Refusal(HttpError(StatusOf(error), error.what())))};
   } catch (const std::exception& error) {
-    LogFailure(error.what());
-    return {ToCgi(HttpError(500, "the recorder failed; its log says why"))};
+    return {ToCgi(Refusal(error))};
   }
 }
 
@@ -139,18 +91,16 @@ TimedAnswer Answered(const HttpRequest& request, Work work) {
 std::size_t LargestLoginBody(std::string_view /*path*/) { return kLargestBody; }
 
 TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request) {
-  return Answered(request, [&] {
-    const LoginAnswer answer = Handle(service, request);
-    return JsonAnswer(answer.status, answer.json, answer.headers);
-  });
+  return Answered(request, [&] { return ToCgi(Handle(service, request)); });
 }
 
 TimedAnswer Authorize(LoginService& service, const HttpRequest& request) {
   return Answered(request, [&] {
-    const LoginCaller caller = CheckedBasic(service, request);
+    const Caller caller = CheckedBasic(service, request);
     if (caller.user.empty() || Trimmed(caller.user) != caller.user)
       throw NotLoggedIn(request);  // of a file made by hand
-    return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user + "\r\n\r\n";
+    return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user +
+           "\r\nVariable-REMOTE_ROLE: " + std::string(NameOf(caller.role)) + "\r\n\r\n";
   });
 }
 

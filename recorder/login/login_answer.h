@@ -20,7 +20,7 @@ struct TimedAnswer {
 TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request);
 
 /// Answers the web server whether a request with name and password may go on (FastCGI 1.0, section 6.3): it hands the
-/// user to whoever serves that then. Any thread.
+/// user and his role to whoever serves that then. Any thread.
 TimedAnswer Authorize(LoginService& service, const HttpRequest& request);
 
 }  // namespace recorder

@@ -30,19 +30,13 @@ namespace {
 constexpr int kThreads = 16;
 
 TimedAnswer Answer(LoginService& service, FCGX_Request& request) try {
-  const auto variable = [&](const char* name) { return FCGX_GetParam(name, request.envp); };
-  const auto readBody = [&](std::size_t size) {
-    std::string body(size, '\0');
-    const int count = FCGX_GetStr(body.data(), static_cast<int>(size), request.in);
-    body.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return body;
-  };
-  const char* role = variable("FCGI_ROLE");
+  const Exchange exchange = FastCgiExchange(request);
+  const char* role = exchange.variable("FCGI_ROLE");
   const bool isAuthorizer = role != nullptr && std::string_view(role) == "AUTHORIZER";
-  const HttpRequest http = ReadHttpRequest(variable, LargestLoginBody, readBody);
+  const HttpRequest http = ReadHttpRequest(exchange.variable, LargestLoginBody, exchange.readBody);
   return isAuthorizer ? Authorize(service, http) : AnswerLogin(service, http);
 } catch (const HttpError& error) {
-  return {ToCgi(error)};
+  return {ToCgi(Refusal(error))};
 }
 
 /// Another process is started then, with all its threads.

@@ -10,7 +10,7 @@ namespace recorder {
 
 namespace {
 
-Json::Value Describe(const LoginCaller& caller) {
+Json::Value Describe(const Caller& caller) {
   Json::Value data(Json::objectValue);
   data["user"] = caller.user;
   data["role"] = std::string(NameOf(caller.role));
@@ -25,20 +25,20 @@ std::string CookieLine(const HttpRequest& request, const std::string& rest) {
 }
 
 /// A session for somebody who has proved who he is.
-LoginAnswer SignIn(LoginService& service, const LoginRequest& request, const std::string& user, bool isToStay) {
+OwnAnswer SignIn(LoginService& service, const OwnRequest& request, const std::string& user, bool isToStay) {
   const NewGrant made = StartSession(service.config.stateFolder, user, request.http.address, isToStay);
-  LoginAnswer answer = Success(Describe({user, made.grant.role, made.grant}));
+  OwnAnswer answer = Success(Describe({user, made.grant.role, made.grant}));
   answer.headers = SetCookie(request.http, made.secret, isToStay);
   return answer;
 }
 
-LoginAnswer NeedsFirstUser(int status, const std::string& reason) {
+OwnAnswer NeedsFirstUser(int status, const std::string& reason) {
   Json::Value json = Failure(status, reason);
   json["error"]["firstUser"] = true;
   return {status, json};
 }
 
-LoginAnswer SignInByLink(LoginService& service, const LoginRequest& request, const std::string& secret) {
+OwnAnswer SignInByLink(LoginService& service, const OwnRequest& request, const std::string& secret) {
   const std::optional<Grant> link = service.grants.Find(Grant::Kind::kLink, secret);
   if (!link) throw HttpError(401, "this link was used already, or is too old");
   const std::filesystem::path& folder = service.config.stateFolder;
@@ -50,7 +50,7 @@ LoginAnswer SignInByLink(LoginService& service, const LoginRequest& request, con
   return SignIn(service, request, UseLink(folder, secret), isToStay);
 }
 
-bool IsSessionFor(const Grant& grant, const LoginCaller& caller) {
+bool IsSessionFor(const Grant& grant, const Caller& caller) {
   return grant.kind == Grant::Kind::kSession && (caller.IsAdmin() || grant.user == caller.user);
 }
 
@@ -60,17 +60,17 @@ std::string SetCookie(const HttpRequest& request, const std::string& secret, boo
   return CookieLine(request, secret + (isToStay ? "; Max-Age=" + std::to_string(kLongestSession) : ""));
 }
 
-LoginAnswer GetSession(LoginService& service, const LoginRequest& request) {
+OwnAnswer GetSession(LoginService& service, const OwnRequest& request) {
   if (request.caller) return Success(Describe(*request.caller));
   const HttpError refusal = NotLoggedIn(request.http);
   if (!ReadUsers(service.config.stateFolder).empty()) throw refusal;
-  LoginAnswer answer =
+  OwnAnswer answer =
       NeedsFirstUser(401, "this recorder has no user yet: recorderctl link prints an address for the first");
   answer.headers = refusal.Headers();
   return answer;
 }
 
-LoginAnswer PostSession(LoginService& service, const LoginRequest& request) {
+OwnAnswer PostSession(LoginService& service, const OwnRequest& request) {
   const std::string link = TextOf(request, "link");
   if (!link.empty()) return SignInByLink(service, request, link);
   const PasswordLogin login{TextOf(request, "user"), TextOf(request, "password"), request.http.address};
@@ -78,16 +78,16 @@ LoginAnswer PostSession(LoginService& service, const LoginRequest& request) {
   return SignIn(service, request, login.user, FlagOf(request, "stay"));
 }
 
-LoginAnswer DeleteOwnSession(LoginService& service, const LoginRequest& request) {
+OwnAnswer DeleteOwnSession(LoginService& service, const OwnRequest& request) {
   if (request.caller && request.caller->HasSession()) {
     EndGrants(service.config.stateFolder, [&](const Grant& grant) { return grant.id == request.caller->grant->id; });
   }
-  LoginAnswer answer = Success({});
+  OwnAnswer answer = Success({});
   answer.headers = CookieLine(request.http, "; Max-Age=0");
   return answer;
 }
 
-LoginAnswer ListSessions(LoginService& service, const LoginRequest& request) {
+OwnAnswer ListSessions(LoginService& service, const OwnRequest& request) {
   Json::Value list(Json::arrayValue);
   for (const Grant& grant : ReadGrants(service.config.stateFolder)) {
     if (!IsSessionFor(grant, *request.caller) || !grant.IsValid(SecondsNow())) continue;
@@ -104,7 +104,7 @@ LoginAnswer ListSessions(LoginService& service, const LoginRequest& request) {
   return Success(list);
 }
 
-LoginAnswer DeleteSession(LoginService& service, const LoginRequest& request) {
+OwnAnswer DeleteSession(LoginService& service, const OwnRequest& request) {
   const auto isMeant = [&](const Grant& grant) {
     return grant.id == request.name && IsSessionFor(grant, *request.caller);
   };

@@ -6,11 +6,11 @@ namespace recorder {
 
 namespace {
 
-bool IsTokenFor(const Grant& grant, const LoginCaller& caller) {
+bool IsTokenFor(const Grant& grant, const Caller& caller) {
   return grant.IsToken() && (caller.IsAdmin() || grant.user == caller.user);
 }
 
-std::int64_t EndIn(const LoginRequest& request) {
+std::int64_t EndIn(const OwnRequest& request) {
   const Json::Value& value = request.params["until"];
   if (!value.isNull() && !value.isInt64()) throw HttpError(400, "until must be a number of seconds since 1970");
   return value.asInt64();
@@ -18,7 +18,7 @@ std::int64_t EndIn(const LoginRequest& request) {
 
 }  // namespace
 
-LoginAnswer ListTokens(LoginService& service, const LoginRequest& request) {
+OwnAnswer ListTokens(LoginService& service, const OwnRequest& request) {
   Json::Value list(Json::arrayValue);
   for (const Grant& grant : ReadGrants(service.config.stateFolder)) {
     if (!IsTokenFor(grant, *request.caller) || !grant.IsValid(SecondsNow())) continue;
@@ -33,7 +33,7 @@ LoginAnswer ListTokens(LoginService& service, const LoginRequest& request) {
   return Success(list);
 }
 
-LoginAnswer PostToken(LoginService& service, const LoginRequest& request) {
+OwnAnswer PostToken(LoginService& service, const OwnRequest& request) {
   const std::optional<Grant>& grant = request.caller->grant;
   if (grant && grant->IsToken()) throw HttpError(403, "a token makes no other: it would outlive its own end");
   const NewGrant made =
@@ -43,7 +43,7 @@ LoginAnswer PostToken(LoginService& service, const LoginRequest& request) {
   return Success(data);
 }
 
-LoginAnswer DeleteToken(LoginService& service, const LoginRequest& request) {
+OwnAnswer DeleteToken(LoginService& service, const OwnRequest& request) {
   const auto isMeant = [&](const Grant& grant) {
     return grant.label == request.name && IsTokenFor(grant, *request.caller);
   };

@@ -9,7 +9,7 @@ namespace recorder {
 
 namespace {
 
-std::optional<Role> RoleIn(const LoginRequest& request) {
+std::optional<Role> RoleIn(const OwnRequest& request) {
   const std::string name = TextOf(request, "role");
   const std::optional<Role> role = ParseRole(name);
   if (!role && !name.empty()) throw HttpError(400, "role must be \"admin\" or \"user\"");
@@ -17,19 +17,19 @@ std::optional<Role> RoleIn(const LoginRequest& request) {
 }
 
 /// True for whoever has a link to make the first user, on a recorder that has none.
-bool MayMakeFirstUser(LoginService& service, const LoginRequest& request) {
+bool MayMakeFirstUser(LoginService& service, const OwnRequest& request) {
   const std::optional<Grant> link = service.grants.Find(Grant::Kind::kLink, TextOf(request, "link"));
   return link && link->user.empty() && ReadUsers(service.config.stateFolder).empty();
 }
 
-void CheckOldPassword(LoginService& service, const LoginRequest& request) try {
+void CheckOldPassword(LoginService& service, const OwnRequest& request) try {
   service.check.Check({request.caller->user, TextOf(request, "oldPassword"), request.http.address});
 } catch (const HttpError& error) {
   if (error.Status() == 401) throw HttpError(403, "the old password is wrong");  // he is logged in all the same
   throw;
 }
 
-void CheckMayChange(LoginService& service, const LoginRequest& request, const UserChange& change) {
+void CheckMayChange(LoginService& service, const OwnRequest& request, const UserChange& change) {
   const bool isOwn = request.caller->user == request.name;
   if (!request.caller->IsAdmin() && (!isOwn || change.role)) throw HttpError(403, "only an admin may do that");
   if (isOwn && change.password) CheckOldPassword(service, request);
@@ -41,7 +41,7 @@ PasswordHasher HasherOf(LoginService& service) {
 
 }  // namespace
 
-LoginAnswer ListUsers(LoginService& service, const LoginRequest& /*request*/) {
+OwnAnswer ListUsers(LoginService& service, const OwnRequest& /*request*/) {
   Json::Value list(Json::arrayValue);
   for (const User& user : ReadUsers(service.config.stateFolder)) {
     Json::Value entry(Json::objectValue);
@@ -52,7 +52,7 @@ LoginAnswer ListUsers(LoginService& service, const LoginRequest& /*request*/) {
   return Success(list);
 }
 
-LoginAnswer PostUser(LoginService& service, const LoginRequest& request) {
+OwnAnswer PostUser(LoginService& service, const OwnRequest& request) {
   const bool isFirst = MayMakeFirstUser(service, request);
   if (!isFirst && !request.caller) throw NotLoggedIn(request.http);
   if (!isFirst && !request.caller->IsAdmin()) throw HttpError(403, "only an admin may do that");
@@ -67,14 +67,14 @@ LoginAnswer PostUser(LoginService& service, const LoginRequest& request) {
   return Success({});
 }
 
-LoginAnswer PatchUser(LoginService& service, const LoginRequest& request) {
+OwnAnswer PatchUser(LoginService& service, const OwnRequest& request) {
   UserChange change;
   if (request.params.isMember("password")) change.password = TextOf(request, "password");
   change.role = RoleIn(request);
   if (!change.password && !change.role) throw HttpError(400, "name what to change: password, role or both");
   CheckMayChange(service, request, change);
   ChangeUser(service.config.stateFolder, request.name, change, HasherOf(service));
-  LoginAnswer answer = Success({});
+  OwnAnswer answer = Success({});
   if (request.caller->user != request.name || !request.caller->HasSession()) return answer;
   const bool isToStay = request.caller->grant->until - SecondsNow() > kIdleSession;
   const NewGrant made = StartSession(service.config.stateFolder, request.name, request.http.address, isToStay);
@@ -82,7 +82,7 @@ LoginAnswer PatchUser(LoginService& service, const LoginRequest& request) {
   return answer;
 }
 
-LoginAnswer DeleteUser(LoginService& service, const LoginRequest& request) {
+OwnAnswer DeleteUser(LoginService& service, const OwnRequest& request) {
   RemoveUser(service.config.stateFolder, request.name);
   return Success({});
 }

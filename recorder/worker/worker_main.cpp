@@ -19,7 +19,7 @@
 #include "recorder/http/api_request.h"
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
-#include "recorder/worker/large_output.h"
+#include "recorder/http/fastcgi.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/utility/address_policy.h"
@@ -27,6 +27,7 @@
 #include "recorder/utility/log.h"
 #include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
+#include "recorder/worker/large_output.h"
 
 namespace recorder {
 
@@ -45,37 +46,41 @@ void GiveMemoryBack() {
   if (mallinfo2().fordblks > kMuch) malloc_trim(0);
 }
 
-/// True when a user asks: by a password, which the web server has had checked, or by a session or token.
-bool IsUser(const HttpRequest& request, GrantList& grants) {
-  if (!request.remoteUser.empty()) return true;
+/// Who asks: by a password, which the web server has had checked, or by a session or token. A server that does not tell
+/// the role of its users has none but `user`.
+Caller FindCaller(const HttpRequest& request, GrantList& grants) {
+  if (!request.remoteUser.empty()) {
+    return {.user = request.remoteUser, .role = ParseRole(request.remoteRole).value_or(Role::kUser)};
+  }
   const std::optional<Grant> grant = FindGrant(request, grants);
-  if (grant && IsUseToBeNoted(*grant, SecondsNow())) SendUseNote(grant->id);
-  return grant.has_value();
+  if (!grant) throw NotLoggedIn(request);
+  if (IsUseToBeNoted(*grant, SecondsNow())) SendUseNote(grant->id);
+  return {.user = grant->user, .role = grant->role, .grant = grant};
+}
+
+/// What the module answers.
+std::string Called(const ApiCall& call, OutputCapture& output) {
+  const ApiAnswer answer = RunCall(call, output);
+  if (TakesList(call.method->name)) GiveMemoryBack();
+  return ToCgi(answer);
 }
 
 /// Throws HttpError.
 std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output) {
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
-  const bool isForTrusted = IsForTrusted(request);
-  if (!isForTrusted && !IsUser(request, grants)) throw NotLoggedIn(request);
+  std::optional<Caller> caller;
+  if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   CheckSameSite(request, host.config.hostNames);
-  const ApiCall call = ToApiCall(request, host.module, !isForTrusted);
-  const ApiAnswer answer = RunCall(call, output);
-  if (TakesList(call.method->name)) GiveMemoryBack();
-  return ToCgi(answer);
+  return Called(ToApiCall(request, host.module, caller.has_value()), output);
 }
 
-std::string Answer(const std::function<const char*(const char*)>& variable,
-                   const std::function<std::string(std::size_t)>& readBody, const Host& host, OutputCapture& output) {
+std::string Answer(const Exchange& exchange, const Host& host, OutputCapture& output) {
   try {
-    LearnOwnPort(variable("SERVER_PORT"));
-    return AnswerTo(ReadHttpRequest(variable, LargestBody, readBody), host, output);
-  } catch (const HttpError& error) {
-    return ToCgi(error);
+    LearnOwnPort(exchange.variable("SERVER_PORT"));
+    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output);
   } catch (const std::exception& error) {
-    LogFailure(error.what());
-    return ToCgi(HttpError(500, "the recorder failed; its log says why"));
+    return ToCgi(Refusal(error));
   }
 }
 
@@ -105,30 +110,27 @@ void ServeFastCgi(const Host& host) {
   std::signal(SIGTERM, SIG_DFL);
   OutputCapture output;
   while (FCGX_Accept_r(&request) == 0) {
-    const std::string answer = Answer([&](const char* name) { return FCGX_GetParam(name, request.envp); },
-                                      [&](std::size_t size) {
-                                        std::string body(size, '\0');
-                                        const int count = FCGX_GetStr(body.data(), static_cast<int>(size), request.in);
-                                        body.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-                                        return body;
-                                      },
-                                      host, output);
-    Send(answer, request);
+    Send(Answer(FastCgiExchange(request), host, output), request);
     FCGX_Finish_r(&request);
   }
 }
 
+std::string ReadInput(std::size_t size) {
+  std::string text(size, '\0');
+  text.resize(std::fread(text.data(), 1, size, stdin));
+  return text;
+}
+
+bool Print(std::string_view text) {
+  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
+
 void ServeCgi(const Host& host) {
   std::optional<OutputCapture> output(std::in_place);
-  const std::string answer = Answer([](const char* name) { return std::getenv(name); },
-                                    [](std::size_t size) {
-                                      std::string body(size, '\0');
-                                      body.resize(std::fread(body.data(), 1, size, stdin));
-                                      return body;
-                                    },
-                                    host, *output);
+  const std::string answer =
+      Answer({[](const char* name) { return std::getenv(name); }, &ReadInput, &Print}, host, *output);
   output.reset();
-  std::fwrite(answer.data(), 1, answer.size(), stdout);
+  Print(answer);
 }
 
 /// A FastCGI server may start its workers without standard output and error; nothing else may get these descriptors.

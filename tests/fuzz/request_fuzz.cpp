@@ -30,7 +30,7 @@ Variables TakeVariables(std::string_view& input) {
 
 void CheckRefusal(const HttpError& error) {
   Require(error.Status() >= 400 && error.Status() < 500);
-  Require(IsUtf8(ToCgi(error)));
+  Require(IsUtf8(ToCgi(Refusal(error))));
 }
 
 void ReadForm(std::string_view form) try {

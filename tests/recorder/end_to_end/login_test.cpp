@@ -226,7 +226,9 @@ TEST(Workers, GetAUsersNameAndNeverHisPassword) {
     if (path == camCap) recorder.Trust({"north"});
     const Reply told = recorder.Ask("POST", path, headers, "{}");
     EXPECT_EQ(told.status, 200);
-    EXPECT_EQ(path != camCap, told.body.find("\nREMOTE_USER=tester\n") != std::string::npos) << told.body;
+    for (const char* line : {"\nREMOTE_USER=tester\n", "\nREMOTE_ROLE=admin\n"}) {
+      EXPECT_EQ(path != camCap, told.body.find(line) != std::string::npos) << told.body;
+    }
     EXPECT_THAT(told.body, Not(HasSubstr("AUTHORIZATION")));
   }
   const std::string password = recorder.Login().at("Authorization");

@@ -1,26 +1,32 @@
-#include "recorder/login/login_service.h"
+#include "recorder/http/own_request.h"
 
 namespace recorder {
 
-LoginAnswer Success(const Json::Value& data) {
+OwnAnswer Success(const Json::Value& data) {
   Json::Value json(Json::objectValue);
   json["success"] = true;
   json["data"] = data;
   return {200, json};
 }
 
-std::string TextOf(const LoginRequest& request, const char* member) {
+std::string TextOf(const OwnRequest& request, const char* member) {
   const Json::Value& value = request.params[member];
   if (!value.isNull() && !value.isString()) throw HttpError(400, std::string(member) + " must be a text");
   return value.asString();
 }
 
-bool FlagOf(const LoginRequest& request, const char* member) {
+bool FlagOf(const OwnRequest& request, const char* member) {
   const Json::Value& value = request.params[member];
   if (!value.isNull() && !value.isBool()) throw HttpError(400, std::string(member) + " must be true or false");
   return value.asBool();
 }
 
 Json::Value TimeOf(std::int64_t seconds) { return seconds == 0 ? Json::Value() : Json::Value(Json::Int64(seconds)); }
+
+Json::Value ReadJsonBody(const HttpRequest& request) {
+  if (request.body.empty()) return Json::Value(Json::objectValue);
+  if (BodyType(request) != "application/json") throw HttpError(415, "the body must be application/json");
+  return ParseJsonObject(request.body);
+}
 
 }  // namespace recorder
