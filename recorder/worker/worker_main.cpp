@@ -20,8 +20,10 @@
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
 #include "recorder/http/fastcgi.h"
+#include "recorder/http/line_answer.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
+#include "recorder/own/own_answer.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/log.h"
@@ -65,22 +67,24 @@ std::string Called(const ApiCall& call, OutputCapture& output) {
   return ToCgi(answer);
 }
 
-/// Throws HttpError.
-std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output) {
+/// What is left to be sent of the answer. Throws HttpError.
+std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output, LineAnswer& lines) {
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   CheckSameSite(request, host.config.hostNames);
+  if (caller && IsOwn(request)) return lines.Rest(AnswerOwn(request, *caller, lines));
   return Called(ToApiCall(request, host.module, caller.has_value()), output);
 }
 
 std::string Answer(const Exchange& exchange, const Host& host, OutputCapture& output) {
+  LineAnswer lines(exchange.send);
   try {
     LearnOwnPort(exchange.variable("SERVER_PORT"));
-    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output);
+    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output, lines);
   } catch (const std::exception& error) {
-    return ToCgi(Refusal(error));
+    return lines.Rest(Refusal(error));
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "recorder/host/api_call.h"
 #include "recorder/http/caller.h"
+#include "recorder/own/own_routes.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
@@ -130,7 +131,7 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
     {"API_ADDRESSES", "^/(api|recorder/[0-9]+|trusted)(/|$)"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
-    {"LIST_ADDRESSES", "^/api/[^/]+/[^/]+/(LIST_METHODS)$"},
+    {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS))$"},
 };
 
 constexpr char kStripScript[] = R"(
@@ -153,6 +154,15 @@ std::string Quoted(std::string text) {
 std::string Alternatives(std::span<const std::string_view> words) {
   std::string text;
   for (const std::string_view word : words) text += (text.empty() ? "" : "|") + std::string(word);
+  return text;
+}
+
+/// The same for what paths of the recorder's own addresses stand for.
+std::string OwnPaths(std::span<const std::string_view> paths) {
+  std::string text;
+  for (const std::string_view path : paths) {
+    text += (text.empty() ? "" : "|") + std::string(path) + (path.ends_with('/') ? ".+" : "");
+  }
   return text;
 }
 
@@ -179,6 +189,7 @@ std::string LighttpdConfig(const WebServerOptions& options, int port) {
   for (const auto& [place, by] : kPlaces) Replace(text, place, by);
   Replace(text, "LISTEN_ADDRESS", WithBrackets(options.address.host));
   Replace(text, "LIST_METHODS", Alternatives(MethodsWithoutCamera()));
+  Replace(text, "OWN_LISTS", OwnPaths(OwnListPaths()));
   Replace(text, "LARGE_METHODS", Alternatives(MethodsWithList()));
   Replace(text, "ADDED_HEADERS", options.certificate ? kTlsHeader : "");
   Replace(text, "ALL_WAYS", Quoted(kAllWays));

@@ -40,6 +40,10 @@ const RequestCase kRequestCases[] = {
     {"PortWithZero", "POST", "CameraTest", {}, "camPort=080", kForm, 400, R"("parameter":"camPort")"},
     {"ForeignOrigin", "GET", "CamCap", {{"Origin", "http://elsewhere.example"}}, "", "", 403, "Origin"},
     {"ForeignFetch", "GET", "CamCap", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
+    {"ForeignFetchOfOwn", "GET", "/recorder/1/models", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
+    {"PutOfOwn", "PUT", "/recorder/1/models", {}, "", "", 405, "only GET"},
+    {"UnknownOwn", "GET", "/recorder/1/model", {}, "", "", 404, "no such address"},
+    {"OtherVersionOfOwn", "GET", "/recorder/2/models", {}, "", "", 404, "no such address"},
     {"ForeignHost", "GET", "CamCap", {{"Host", "elsewhere.example"}}, "", "", 403, "Host"},
 };
 

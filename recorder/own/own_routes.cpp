@@ -1,0 +1,23 @@
+#include "recorder/own/own_routes.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr OwnRoute kRoutes[] = {
+    {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
+};
+
+}  // namespace
+
+std::span<const OwnRoute> OwnRoutes() { return kRoutes; }
+
+std::vector<std::string_view> OwnListPaths() {
+  std::vector<std::string_view> paths;
+  for (const OwnRoute& route : kRoutes) {
+    if (route.pool == Pool::kLists) paths.push_back(route.path);
+  }
+  return paths;
+}
+
+}  // namespace recorder
