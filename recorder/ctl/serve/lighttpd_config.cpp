@@ -24,6 +24,7 @@ namespace {
 /// who shows neither session nor token nor password is refused at once. Sessions and tokens are checked by the workers,
 /// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
 /// hold a password, such as one that was joined of two, only recorder-login gets to know.
+/// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -80,6 +81,9 @@ else $HTTP["url"] =~ "USER_ADDRESSES" {
       }
     }
   }
+}
+$HTTP["url"] =~ "^/recorder/1/" {
+  server.stream-response-body = 1
 }
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
   server.max-request-size = LARGEST_LIST

@@ -131,6 +131,7 @@ TEST(Pools, SilentCamerasKeepNobodyFromTheLists) {
                          [&] { return CodeOf(recorder, "CameraTest", CameraParams(cameras.Port("silent"), "")); });
   while (cameras.Log("silent")["connections"].asInt() == 0) usleep(10'000);
   EXPECT_EQ(recorder.Get("CamCap", "vendor=User").Code(), 0);
+  EXPECT_EQ(recorder.Send("GET", "/recorder/1/models", recorder.Login()).Code(), 0);
   EXPECT_EQ(test.wait_for(std::chrono::seconds(0)), std::future_status::timeout) << "the list came first";
   EXPECT_EQ(test.get(), 463);
 }
