@@ -3,16 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "recorder/device/model/nearest_models.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/config.h"
 
 namespace recorder {
-
-/// A model by the recorder's own names.
-struct ModelName {
-  std::string vendor;
-  std::string model;
-};
 
 /// All models of the files, and those built in.
 std::vector<ModelName> KnownModels(const Config& config);
