@@ -33,6 +33,7 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.host = text("HTTP_HOST");
   request.origin = text("HTTP_ORIGIN");
   request.fetchSite = text("HTTP_SEC_FETCH_SITE");
+  request.ifNoneMatch = text("HTTP_IF_NONE_MATCH");
   request.address = text("REMOTE_ADDR");
   request.remoteUser = text("REMOTE_USER");
   request.remoteRole = text("REMOTE_ROLE");

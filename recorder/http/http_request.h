@@ -37,6 +37,7 @@ struct HttpRequest {
   std::string host;           ///< the Host header
   std::string origin;         ///< the Origin header
   std::string fetchSite;      ///< the Sec-Fetch-Site header
+  std::string ifNoneMatch;    ///< the If-None-Match header
   std::string address;        ///< of whoever asks
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
   std::string remoteRole;     ///< his role, or "": recorder-login tells it with him

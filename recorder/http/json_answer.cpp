@@ -5,12 +5,16 @@
 
 namespace recorder {
 
+namespace {
+
+/// The first lines of every answer.
+std::string HeadOf(int status) { return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders); }
+
+}  // namespace
+
 std::string JsonTextAnswer(int status, std::string_view text, std::string_view headers) {
-  std::string answer = "Status: " + std::to_string(status) + "\r\n";
-  for (const std::string_view part :
-       {kCommonHeaders, headers, std::string_view("Content-Type: application/json\r\n")}) {
-    answer += part;
-  }
+  std::string answer = HeadOf(status);
+  for (const std::string_view part : {headers, std::string_view("Content-Type: application/json\r\n")}) answer += part;
   answer += "Content-Length: " + std::to_string(text.size()) + "\r\n\r\n";
   return answer += text;
 }
@@ -33,7 +37,10 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
   return JsonAnswer(status, json);
 }
 
-std::string ToCgi(const OwnAnswer& answer) { return JsonAnswer(answer.status, answer.json, answer.headers); }
+std::string ToCgi(const OwnAnswer& answer) {
+  if (!answer.json.isNull()) return JsonAnswer(answer.status, answer.json, answer.headers);
+  return HeadOf(answer.status) + answer.headers + "\r\n";
+}
 
 OwnAnswer Refusal(const std::exception& error) {
   if (const auto* refused = dynamic_cast<const HttpError*>(&error)) {

@@ -27,7 +27,7 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
 /// An answer of the recorder's own addresses.
 struct OwnAnswer {
   int status = 200;
-  Json::Value json;
+  Json::Value json;          ///< null: no body, as of 304
   std::string headers = {};  ///< more lines, each with its end
 };
 

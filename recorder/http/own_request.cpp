@@ -1,12 +1,14 @@
 #include "recorder/http/own_request.h"
 
+#include <utility>
+
 namespace recorder {
 
-OwnAnswer Success(const Json::Value& data) {
+OwnAnswer Success(Json::Value data) {
   Json::Value json(Json::objectValue);
   json["success"] = true;
-  json["data"] = data;
-  return {200, json};
+  json["data"] = std::move(data);
+  return {200, std::move(json)};
 }
 
 std::string TextOf(const OwnRequest& request, const char* member) {

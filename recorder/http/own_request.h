@@ -22,7 +22,7 @@ struct OwnRequest {
 };
 
 /// {"success": true, "data": ...}
-OwnAnswer Success(const Json::Value& data);
+OwnAnswer Success(Json::Value data);
 
 /// A member of the request's body; "" and false when it is missing. Throws HttpError when it has another type.
 std::string TextOf(const OwnRequest& request, const char* member);

@@ -11,5 +11,6 @@ namespace recorder {
 // goes to `lines`; once Tell() is false it returns, whatever it answers. Throws HttpError.
 
 OwnAnswer ListModels(const OwnRequest& request, LineAnswer& lines);
+OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& lines);
 
 }  // namespace recorder

@@ -1,28 +1,104 @@
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <utility>
+#include <vector>
+
 #include "recorder/device/model/built_in_models.h"
-#include "recorder/device/model/model_files.h"
+#include "recorder/device/model/nearest_models.h"
 #include "recorder/own/handlers.h"
+#include "recorder/own/model_document.h"
+#include "recorder/utility/json_text.h"
 
 namespace recorder {
 
 namespace {
 
-Json::Value Entry(const Model& model) {
-  Json::Value entry(Json::objectValue);
-  entry["vendor"] = model.vendor;
-  entry["model"] = model.name;
-  return entry;
+constexpr std::size_t kMostNearest = 5;
+
+/// All models, by vendor and name.
+std::vector<std::pair<const Model*, ModelOrigin>> AllModels(const ModelCatalog& catalog) {
+  std::vector<std::pair<const Model*, ModelOrigin>> models;
+  for (const auto& model : BuiltInModels()) models.emplace_back(model.get(), ModelOrigin::kBuiltIn);
+  for (const ModelCatalog::Place place : catalog.byName) {
+    models.emplace_back(&catalog.At(place), catalog.vendors[place.vendor].origin);
+  }
+  std::sort(models.begin(), models.end(), [](const auto& one, const auto& other) {
+    return std::tie(one.first->vendor, one.first->name) < std::tie(other.first->vendor, other.first->name);
+  });
+  return models;
+}
+
+Json::Value ListOf(const ModelCatalog& catalog) {
+  Json::Value data(Json::objectValue);
+  Json::Value& list = data["models"] = Json::Value(Json::arrayValue);
+  for (const auto& [model, origin] : AllModels(catalog)) list.append(ModelEntry(*model, origin));
+  return data;
+}
+
+/// The entity tag (RFC 9110 section 8.8.3) of a catalog's list. It costs as much as the list, and is made once. One
+/// thread.
+class ListTag {
+ public:
+  const std::string& Of(const std::shared_ptr<const ModelCatalog>& catalog) {
+    if (catalog_ != catalog) tag_ = '"' + std::to_string(std::hash<std::string>{}(ToText(ListOf(*catalog)))) + '"';
+    catalog_ = catalog;
+    return tag_;
+  }
+
+ private:
+  std::shared_ptr<const ModelCatalog> catalog_;
+  std::string tag_;
+};
+
+/// Of a model's address, "VENDOR/MODEL", where either may hold a slash; a vendor's model without a name may be left
+/// out.
+FoundModel FindByAddress(const std::string& name) {
+  for (std::size_t slash = name.find('/'); slash != std::string::npos; slash = name.find('/', slash + 1)) {
+    FoundModel found = FindModel(name.substr(0, slash), name.substr(slash + 1));
+    if (found.model) return found;
+  }
+  return FindModel(name, "");
+}
+
+std::vector<ModelName> NearestTo(std::string name) {
+  std::replace(name.begin(), name.end(), '/', ' ');
+  std::vector<ModelName> names;
+  const auto catalog = Models();
+  for (const auto& [model, origin] : AllModels(*catalog)) names.push_back({model->vendor, model->name});
+  return NearestModels(names, PlainName(name), kMostNearest);
+}
+
+OwnAnswer NoSuchModel(const std::string& name) {
+  Json::Value json = Failure(404, "no such model is known");
+  Json::Value& nearest = json["error"]["nearest"] = Json::Value(Json::arrayValue);
+  for (const ModelName& near : NearestTo(name)) {
+    Json::Value& entry = nearest.append(Json::Value(Json::objectValue));
+    entry["vendor"] = near.vendor;
+    entry["model"] = near.model;
+  }
+  return {404, json};
 }
 
 }  // namespace
 
-OwnAnswer ListModels(const OwnRequest& /*request*/, LineAnswer& /*lines*/) {
-  Json::Value data(Json::objectValue);
-  Json::Value& list = data["models"] = Json::Value(Json::arrayValue);
-  for (const VendorModels& vendor : Models()->vendors) {
-    for (const Model& model : vendor.models) list.append(Entry(model));
-  }
-  for (const auto& model : BuiltInModels()) list.append(Entry(*model));
-  return Success(data);
+OwnAnswer ListModels(const OwnRequest& request, LineAnswer& /*lines*/) {
+  static ListTag tags;
+  const auto catalog = Models();
+  const std::string& tag = tags.Of(catalog);
+  const std::string headers = "ETag: " + tag + "\r\n";
+  if (request.http.ifNoneMatch == tag) return {304, {}, headers};
+  OwnAnswer answer = Success(ListOf(*catalog));
+  answer.headers = headers;
+  return answer;
+}
+
+OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& /*lines*/) {
+  const FoundModel found = FindByAddress(request.name);
+  if (!found.model) return NoSuchModel(request.name);
+  const auto text = [&](const char* member) { return request.params[member].asString(); };
+  return Success(ModelDocument(found, text("channel"), text("host")));
 }
 
 }  // namespace recorder

@@ -6,6 +6,7 @@ namespace {
 
 constexpr OwnRoute kRoutes[] = {
     {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
+    {"GET", "models/", Need::kUser, Pool::kLists, &ShowModel},
 };
 
 }  // namespace

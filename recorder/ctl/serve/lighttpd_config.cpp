@@ -25,6 +25,7 @@ namespace {
 /// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
 /// hold a password, such as one that was joined of two, only recorder-login gets to know.
 /// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
+/// Its lists hold nothing about anybody, and a browser may keep them if it asks anew.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -46,8 +47,7 @@ server.max-request-size = LARGEST_BODY
 server.max-read-idle = 10
 server.max-connections = 256
 setenv.add-response-header = ( ADDED_HEADERS )
-setenv.set-response-header = ( "Cache-Control" => "no-store", "X-Content-Type-Options" => "nosniff",
-  "Referrer-Policy" => "no-referrer", "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'" )
+setenv.set-response-header = ( "Cache-Control" => "no-store", HEADERS_OF_DATA )
 $HTTP["url"] =~ "API_ADDRESSES" {
   fastcgi.server = ( "/" => ( CAMERA_WORKERS ) )
 }
@@ -84,6 +84,9 @@ else $HTTP["url"] =~ "USER_ADDRESSES" {
 }
 $HTTP["url"] =~ "^/recorder/1/" {
   server.stream-response-body = 1
+}
+$HTTP["url"] =~ "^/recorder/1/(OWN_LISTS)$" {
+  setenv.set-response-header = ( "Cache-Control" => "private, no-cache", HEADERS_OF_DATA )
 }
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
   server.max-request-size = LARGEST_LIST
@@ -132,6 +135,8 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"LIST_WORKERS", R"(( "socket" => var.run + "/lists.sock", "check-local" => "disable" ))"},
     {"CHECK_OF_PASSWORD",
      R"(( "mode" => "authorizer", "socket" => var.run + "/login.sock", "check-local" => "disable" ))"},
+    {"HEADERS_OF_DATA", R"("X-Content-Type-Options" => "nosniff", "Referrer-Policy" => "no-referrer",
+  "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'")"},
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
     {"API_ADDRESSES", "^/(api|recorder/[0-9]+|trusted)(/|$)"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},

@@ -40,7 +40,14 @@ const RequestCase kRequestCases[] = {
     {"PortWithZero", "POST", "CameraTest", {}, "camPort=080", kForm, 400, R"("parameter":"camPort")"},
     {"ForeignOrigin", "GET", "CamCap", {{"Origin", "http://elsewhere.example"}}, "", "", 403, "Origin"},
     {"ForeignFetch", "GET", "CamCap", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
-    {"ForeignFetchOfOwn", "GET", "/recorder/1/models", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
+    {"ForeignFetchOfOwn",
+     "GET",
+     "/recorder/1/models",
+     {{"Sec-Fetch-Site", "cross-site"}},
+     "",
+     "",
+     403,
+     "Sec-Fetch-Site"},
     {"PutOfOwn", "PUT", "/recorder/1/models", {}, "", "", 405, "only GET"},
     {"UnknownOwn", "GET", "/recorder/1/model", {}, "", "", 404, "no such address"},
     {"OtherVersionOfOwn", "GET", "/recorder/2/models", {}, "", "", 404, "no such address"},
@@ -110,6 +117,39 @@ TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
   const Finished check = recorder.Control({"check-models"});
   EXPECT_EQ(check.status, 1);
   EXPECT_THAT(check.output, testing::HasSubstr("broken.json"));
+}
+
+TEST(Models, TellWhoSaysWhatAndWhereTheirStreamsAre) {
+  const TempFolder models;
+  std::filesystem::copy_file(SOURCE_FOLDER "/models/schema.json", models.Path() / "schema.json");
+  models.Write("acme.json", R"({"vendor": "Acme", "sources": {"guide": {"document": "Guide", "by": "document"},
+      "list": {"document": "List", "by": "reported"}}, "models": [{"name": "X/1", "from": "list", "streams": 0,
+      "facts": {"codecs": "guide"}, "channels": {"values": ["1", "2"], "default": "1"},
+      "codecs": [{"name": "H.264", "streamTypes": ["RTSP"]}], "snapshot": {"kind": "stream"}, "check": "stream",
+      "stream": {"path": "/ch{channel0}", "others": [{"stream": "sub", "path": "/low{channel}", "port": 8554}]}}]})");
+  const TestRecorder recorder({.modelsFolder = models.Path()});
+  const auto get = [&](const std::string& path) {
+    return recorder.Ask("GET", "/recorder/1/models" + path, recorder.Login());
+  };
+  const Reply list = get("");
+  EXPECT_THAT(list.body, testing::HasSubstr(R"({"by":{"document":1,"reported":3},"model":"X/1","origin":"shipped",)"
+                                            R"("streams":["main","sub"],"vendor":"Acme"})"));
+  EXPECT_EQ(HeaderOf(list.head, "Cache-Control"), "private, no-cache");
+  Headers known = recorder.Login();
+  known.emplace("If-None-Match", HeaderOf(list.head, "ETag"));
+  const Connection again(recorder.Port(), std::chrono::seconds(60));
+  again.Send(HttpRequest("GET", "/recorder/1/models", known));
+  std::string unchanged;
+  again.Receive(unchanged);
+  EXPECT_THAT(unchanged, testing::StartsWith("HTTP/1.1 304 "));
+
+  const Json::Value data = ParseJson(get("/Acme/X%2F1?channel=2&host=cam").body)["data"];
+  EXPECT_EQ(data["facts"][1]["value"][0]["name"], "H.264");
+  EXPECT_EQ(data["facts"][1]["document"], "Guide");
+  EXPECT_EQ(data["streams"][0]["path"], "/ch1");
+  EXPECT_EQ(data["streams"][1]["address"], "rtsp://cam:8554/low2");
+  EXPECT_EQ(data["streams"][1]["source"]["by"], "reported");
+  EXPECT_THAT(get("/acme/X2").body, testing::HasSubstr(R"("nearest":[{"model":"X/1","vendor":"Acme"})"));
 }
 
 TEST(CommandLineCalls, ExitWithTheirStatus) {

@@ -1,0 +1,139 @@
+#include "recorder/own/model_document.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "recorder/device/model/model_facts.h"
+#include "recorder/device/model/model_stream.h"
+#include "recorder/utility/files.h"
+#include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
+#include "recorder/utility/translate.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr int kHttpsPort = 443;
+
+constexpr std::pair<ModelOrigin, const char*> kOrigins[] = {
+    {ModelOrigin::kBuiltIn, "builtIn"}, {ModelOrigin::kShipped, "shipped"}, {ModelOrigin::kOwn, "own"}};
+
+Json::Value TextOrNull(const std::string& text) { return text.empty() ? Json::Value() : Json::Value(text); }
+
+Json::Value CountsOf(const Model& model) {
+  FactCounts counts;
+  CountFacts(model, counts);
+  Json::Value json(Json::objectValue);
+  for (const auto& [by, count] : counts) json[by.empty() ? "nobody" : std::string(by)] = Json::UInt64(count);
+  return json;
+}
+
+/// False for the stream of a camera that has to be asked where it is.
+bool IsKnown(const ModelStream& stream) { return !stream.from.path.empty(); }
+
+Json::Value NamesOfStreams(const Model& model) {
+  Json::Value names(Json::arrayValue);
+  for (const char* name : {kMainStream, kSubStream, kThirdStream}) {
+    const ModelStream* stream = FindModelStream(model, name, "");
+    if (stream != nullptr && IsKnown(*stream)) names.append(name);
+  }
+  return names;
+}
+
+/// Adds who says it to what is said; nulls where nobody is named.
+void AddSource(const ModelSource* source, Json::Value& json) {
+  const ModelSource none;
+  const ModelSource& said = source == nullptr ? none : *source;
+  json["by"] = source == nullptr ? Json::Value() : Json::Value(std::string(NameOf(said.by)));
+  json["document"] = TextOrNull(said.document);
+  json["url"] = TextOrNull(said.url);
+  json["page"] = TextOrNull(said.page);
+  json["checked"] = TextOrNull(said.checked);
+}
+
+/// The model as its file has it: a Model has what the recorder makes of it. Null when the file says it no longer.
+Json::Value ReadEntry(const FoundModel& found) {
+  if (found.file.empty()) return {};
+  std::string ignored;
+  const std::optional<Json::Value> file = ParseStrictJson(ReadFile(found.file), ignored);
+  const Json::Value models = file && file->isObject() ? (*file)["models"] : Json::Value();
+  const auto entry =
+      std::find_if(models.begin(), models.end(), [&](const auto& m) { return m["name"] == found.model->name; });
+  return entry == models.end() ? Json::Value() : *entry;
+}
+
+/// What is said of the paths of streams stands with these.
+bool IsOfStreams(const std::string& fact) { return fact == StreamFactName(0) || fact.starts_with("stream/"); }
+
+Json::Value FactsOf(const FoundModel& found) {
+  const Json::Value entry = ReadEntry(found);
+  Json::Value facts(Json::arrayValue);
+  for (const ModelFact& fact : found.model->facts) {
+    const std::string name = FactName(fact);
+    if (IsOfStreams(name)) continue;
+    Json::Value& json = facts.append(Json::Value(Json::objectValue));
+    json["fact"] = name;
+    json["value"] = entry[name];
+    AddSource(SourceOf(*found.model, fact), json);
+  }
+  return facts;
+}
+
+bool IsInTls(const ModelStream& stream) {
+  return stream.from.isTls || (stream.isOverHttp && stream.from.port == kHttpsPort);
+}
+
+std::string AddressOf(const ModelStream& stream, const std::string& host, const std::string& path) {
+  const std::string scheme = std::string(stream.isOverHttp ? "http" : "rtsp") + (IsInTls(stream) ? "s" : "");
+  const std::string port = stream.from.port ? ":" + std::to_string(*stream.from.port) : "";
+  return scheme + "://" + WithBrackets(host) + port + path;
+}
+
+Json::Value StreamOf(const Model& model, std::size_t index, const std::string& channel, const std::string& host) {
+  const ModelStream& stream = model.streams[index];
+  Json::Value json(Json::objectValue);
+  json["name"] = stream.name;
+  json["codec"] = stream.codec;
+  json["protocol"] = stream.isOverHttp ? "HTTP" : "RTSP";
+  json["port"] = stream.from.port ? Json::Value(*stream.from.port) : Json::Value();
+  json["tls"] = IsInTls(stream);
+  json["path"] = StreamPath(stream, ChannelToAsk(model, channel));
+  if (!host.empty()) json["address"] = AddressOf(stream, host, json["path"].asString());
+  AddSource(SourceOf(model, StreamFactName(index)), json["source"]);
+  return json;
+}
+
+Json::Value StreamsOf(const Model& model, const std::string& channel, const std::string& host) {
+  Json::Value streams(Json::arrayValue);
+  for (std::size_t i = 0; i < model.streams.size(); ++i) {
+    if (IsKnown(model.streams[i])) streams.append(StreamOf(model, i, channel, host));
+  }
+  return streams;
+}
+
+}  // namespace
+
+Json::Value ModelEntry(const Model& model, ModelOrigin origin) {
+  Json::Value entry(Json::objectValue);
+  entry["vendor"] = model.vendor;
+  entry["model"] = model.name;
+  entry["origin"] = Translate(kOrigins, origin, "");
+  entry["by"] = CountsOf(model);
+  entry["streams"] = NamesOfStreams(model);
+  return entry;
+}
+
+Json::Value ModelDocument(const FoundModel& found, const std::string& channel, const std::string& host) {
+  Json::Value document(Json::objectValue);
+  document["vendor"] = found.model->vendor;
+  document["model"] = found.model->name;
+  document["origin"] = Translate(kOrigins, found.origin, "");
+  document["note"] = found.model->note;
+  document["facts"] = FactsOf(found);
+  document["streams"] = StreamsOf(*found.model, channel, host);
+  return document;
+}
+
+}  // namespace recorder
