@@ -78,7 +78,7 @@ export class KnownModels {
     const found = models.search(this.search.value);
     const isLoading = models.state === "loading";
     byId("models-incomplete", HTMLElement).hidden = models.isComplete;
-    byId("models-none", HTMLElement).hidden = found.length > 0 || models.state !== "ready";
+    this.#showNone(found.length > 0 || models.state !== "ready");
     const rest = found.length - MOST_SHOWN;
     byId("models-count", HTMLElement).textContent = isLoading
       ? "Reading the list"
@@ -87,6 +87,13 @@ export class KnownModels {
       ? Array.from({ length: 8 }, () => el("li", { class: "skeleton", "aria-hidden": "true" }))
       : found.slice(0, MOST_SHOWN).map((model) => el("li", {}, this.#linkTo(model)));
     byId("models-list", HTMLElement).replaceChildren(...items);
+  }
+
+  /** What fits cameras that are not in the list. @param {boolean} isHidden */
+  #showNone(isHidden) {
+    const tests = this.models.fallbacks().map((model) => button(`Test as ${labelOf(model)}`, () => this.test(model)));
+    byId("models-fallbacks", HTMLElement).replaceChildren(...tests);
+    byId("models-none", HTMLElement).hidden = isHidden;
   }
 
   /** @param {Model} model */

@@ -7,6 +7,7 @@ import { counted } from "../text/text.js";
 /** @typedef {import("../recorder/api.js").Model} Model */
 
 const MOST_OPTIONS = 50;
+const NONE = "No model matches. These fit most cameras:";
 
 /** Tells of "change" when a model was taken, or the text cleared. */
 export class ModelField extends EventTarget {
@@ -82,13 +83,13 @@ export class ModelField extends EventTarget {
     if (this.input.disabled) return;
     if (!this.#wasTyped) this.input.select(); // typing replaces what stands there
     const found = this.list.search(this.#wasTyped ? this.input.value : "");
-    this.#options = found.slice(0, MOST_OPTIONS);
+    this.#options = found.length > 0 ? found.slice(0, MOST_OPTIONS) : this.list.fallbacks();
     const chosen = this.value;
     this.#draw(found.length);
     this.box.hidden = false;
     this.input.setAttribute("aria-expanded", "true");
     this.#activate(this.#wasTyped || !chosen ? -1 : this.#options.indexOf(chosen));
-    sayLater(counted(found.length, "model"));
+    sayLater(found.length > 0 ? counted(found.length, "model") : NONE);
   }
 
   #close() {
@@ -98,25 +99,26 @@ export class ModelField extends EventTarget {
     sayLater("");
   }
 
-  /** @param {number} count */
+  /** @param {number} count of models that were found */
   #draw(count) {
     const options = this.#options.map((model, i) =>
       el("li", { id: `${this.box.id}-${i}`, role: "option", "aria-selected": "false", text: labelOf(model) }),
     );
     const rest = count - options.length;
-    const notes = [];
-    if (rest > 0) notes.push(`${rest.toLocaleString("en")} more: type further`);
-    if (count === 0) notes.push("No model matches. ONVIF or “Any camera (stream path)” will do.");
-    this.box.replaceChildren(
-      ...options,
-      ...notes.map((text) => el("li", { role: "presentation", class: "note", text })),
-    );
+    const note = (/** @type {string} */ text) => el("li", { role: "presentation", class: "note", text });
+    const before = count === 0 ? [note(NONE)] : [];
+    const after = rest > 0 ? [note(`${rest.toLocaleString("en")} more: type further`)] : [];
+    this.box.replaceChildren(...before, ...options, ...after);
+  }
+
+  get #drawn() {
+    return [...this.box.querySelectorAll('[role="option"]')];
   }
 
   /** @param {number} index -1 for none */
   #activate(index) {
     this.#active = index;
-    for (const [i, option] of [...this.box.querySelectorAll('[role="option"]')].entries()) {
+    for (const [i, option] of this.#drawn.entries()) {
       option.setAttribute("aria-selected", String(i === index));
       if (i !== index) continue;
       this.input.setAttribute("aria-activedescendant", option.id);
@@ -148,7 +150,7 @@ export class ModelField extends EventTarget {
   /** @param {MouseEvent} event */
   #click(event) {
     const option = event.target instanceof Element ? event.target.closest('[role="option"]') : null;
-    const model = option && this.#options[[...this.box.children].indexOf(option)];
+    const model = option && this.#options[this.#drawn.indexOf(option)];
     if (model) this.#take(model);
   }
 

@@ -1,6 +1,7 @@
 /// The list of models, as the page names, finds and suggests them.
 
 import { messageOf } from "../text/text.js";
+import { WordSearch } from "../text/word-search.js";
 import { listModels } from "./api.js";
 
 /** @typedef {import("./api.js").Model} Model */
@@ -23,8 +24,14 @@ export function labelOf({ vendor, model }) {
   return isAsked({ vendor }) ? vendor : `${vendor} ${model}`;
 }
 
-/** @param {string} text */
-const words = (text) => text.toLowerCase().split(/\s+/).filter(Boolean);
+/** Maker and family. @param {Model} model @returns {[string, string]} */
+const textsOf = (model) => [model.vendor, isUserDefined(model) ? labelOf(model) : model.model];
+
+/** As somebody may type it: blanks and capitals do not count. @param {string} text */
+const typed = (text) => text.toLowerCase().split(/\s+/).filter(Boolean).join(" ");
+
+/** What a model goes by. @param {Model} model @returns {[string, Model][]} */
+const namesOf = (model) => [labelOf(model), `${model.vendor} ${model.model}`].map((name) => [typed(name), model]);
 
 /** Levenshtein distance. @param {string} one @param {string} other */
 function distance(one, other) {
@@ -43,11 +50,24 @@ function distance(one, other) {
 /** Tells of "change" when it was loaded or could not be. */
 export class ModelList extends EventTarget {
   /** @type {Model[]} */
-  models = [];
+  #models = [];
+  #search = new WordSearch(this.#models, textsOf);
+  /** @type {Map<string, Model>} */
+  #byName = new Map();
   /** @type {"loading" | "ready" | "failed"} */
   state = "loading";
   isComplete = true;
   trouble = "";
+
+  get models() {
+    return this.#models;
+  }
+
+  set models(models) {
+    this.#models = models;
+    this.#search = new WordSearch(models, textsOf);
+    this.#byName = new Map(models.flatMap(namesOf));
+  }
 
   /** Contacts no camera. Keeps the last list when it fails. */
   async load() {
@@ -60,20 +80,14 @@ export class ModelList extends EventTarget {
     this.dispatchEvent(new Event("change"));
   }
 
-  /** Models whose vendor and model hold every word. @param {string} text */
+  /** Models by words of maker, family and model, the best first. @param {string} text */
   search(text) {
-    const wanted = words(text);
-    return this.models.filter((model) => {
-      const name = `${model.vendor} ${model.model} ${labelOf(model)}`.toLowerCase();
-      return wanted.every((word) => name.includes(word));
-    });
+    return this.#search.find(text);
   }
 
   /** @param {string} text a label, or vendor and model @returns {Model | null} */
   findText(text) {
-    const wanted = words(text).join(" ");
-    const names = (/** @type {Model} */ model) => [labelOf(model), `${model.vendor} ${model.model}`];
-    return this.models.find((model) => names(model).some((name) => words(name).join(" ") === wanted)) ?? null;
+    return this.#byName.get(typed(text)) ?? null;
   }
 
   /**
@@ -107,5 +121,10 @@ export class ModelList extends EventTarget {
 
   userDefined() {
     return this.models.find(isUserDefined) ?? null;
+  }
+
+  /** What fits cameras whose model is not in the list: the protocol that most speak, and the path of a stream. */
+  fallbacks() {
+    return [this.preferred(), this.userDefined()].filter((model) => model !== null);
   }
 }
