@@ -3,7 +3,14 @@
 import { el } from "../parts/dom.js";
 import { capabilityCause } from "../recorder/causes.js";
 
-/** @typedef {import("../recorder/api.js").Capabilities} Capabilities */
+/**
+ * @typedef {import("../recorder/api.js").Capabilities} Capabilities
+ *
+ * @typedef {[heading: string, value: string, fact?: string]} Row with the member of a model file that the value is from
+ * @typedef {(fact: string) => string} Said who says a fact
+ */
+
+const NOTHING = "none reported";
 
 const TRANSPORTS = ["UDP", "TCP", "multicast", "HTTP", "automatic"]; // by number in capability documents
 
@@ -16,7 +23,7 @@ const yesNo = (flag) => (flag ? "Yes" : "No");
  * @param {unknown} [preferred]
  */
 function listed(values, preferred = "") {
-  if (!Array.isArray(values) || values.length === 0) return "none reported";
+  if (!Array.isArray(values) || values.length === 0) return NOTHING;
   return values
     .map((value) => (value === preferred && values.length > 1 ? `${value} (default)` : String(value)))
     .join(", ");
@@ -34,27 +41,27 @@ export function codecsOf({ videoCapList }) {
 /** @param {number} bits one for each number @param {string[]} names */
 const namesOfBits = (bits, names) => names.filter((_, number) => (bits >> number) & 1);
 
-/** @param {Capabilities} can @returns {[string, string][]} */
+/** @param {Capabilities} can @returns {Row[]} */
 function rowsOf(can) {
   const inputs = can.DINum ?? 0;
   const transports = namesOfBits(can.rtspProtocolCap ?? 0, TRANSPORTS);
   return [
-    ["Channels", listed(can.ChanlList, can.defChanl)],
+    ["Channels", listed(can.ChanlList, can.defChanl), "channels"],
     ["Video", yesNo(can.videoCap)],
-    ["Codecs", listed(codecsOf(can).map(({ codec, streams }) => `${codec} over ${streams.join(" or ")}`))],
-    ["Resolutions", listed(can.ResoList, can.defReso)],
-    ["Frame rates", listed(can.FPSList, can.defFPS)],
-    ["Picture qualities", listed(can.QualList, can.defQual)],
-    ["Streams per channel", can.streamCnt ? String(can.streamCnt) : "none reported"],
-    ["Audio", can.audioCap ? `Yes, channel ${listed(can.AudioCHList)}` : "No"],
-    ["Motion detection", can.MDCap ? `Yes, channel ${listed(can.MDList)}` : "No"],
-    ["Digital inputs", String(inputs)],
-    ["RTSP transports", listed(transports)],
-    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? "none reported"],
-    ["RTSP keep-alive", yesNo(can.defRtspKeepAlive)],
+    ["Codecs", listed(codecsOf(can).map(({ codec, streams }) => `${codec} over ${streams.join(" or ")}`)), "codecs"],
+    ["Resolutions", listed(can.ResoList, can.defReso), "resolutions"],
+    ["Frame rates", listed(can.FPSList, can.defFPS), "frameRates"],
+    ["Picture qualities", listed(can.QualList, can.defQual), "qualities"],
+    ["Streams per channel", can.streamCnt ? String(can.streamCnt) : NOTHING, "streams"],
+    ["Audio", can.audioCap ? `Yes, channel ${listed(can.AudioCHList)}` : "No", "audioChannels"],
+    ["Motion detection", can.MDCap ? `Yes, channel ${listed(can.MDList)}` : "No", "motionChannels"],
+    ["Digital inputs", String(inputs), "digitalInputs"],
+    ["RTSP transports", listed(transports), "rtsp"],
+    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? NOTHING, "rtsp"],
+    ["RTSP keep-alive", yesNo(can.defRtspKeepAlive), "rtsp"],
     ["Video server", yesNo(can.VideoSvr)],
-    ["Records to its own card", yesNo(can.hasEdgeStg)],
-    ["Factory user", can.defUser || "none reported"],
+    ["Records to its own card", yesNo(can.hasEdgeStg), "edgeStorage"],
+    ["Factory user", can.defUser || NOTHING, "defaultUser"],
   ];
 }
 
@@ -72,15 +79,19 @@ export function describeCapabilities(outcome, caption) {
 /**
  * @param {Capabilities} capabilities
  * @param {string} caption
+ * @param {Said} [said] nothing is said of the facts when missing
+ * @param {Row[]} [more]
  */
-export function capabilityTable(capabilities, caption) {
-  const rows = rowsOf(capabilities).map(([name, value]) =>
-    el(
-      "tr",
-      {},
-      el("th", { scope: "row", text: name }),
-      el("td", { text: value, class: value === "none reported" ? "muted" : null }),
-    ),
+export function capabilityTable(capabilities, caption, said = () => "", more = []) {
+  const rows = [...rowsOf(capabilities), ...more].map(([name, value, fact = ""]) =>
+    el("tr", {}, el("th", { scope: "row", text: name }), valueCell(value, fact && value !== NOTHING ? said(fact) : "")),
   );
   return el("table", { class: "facts" }, el("caption", { text: caption }), el("tbody", {}, ...rows));
+}
+
+/** @param {string} value @param {string} source */
+function valueCell(value, source) {
+  const cell = el("td", { text: value, class: value === NOTHING ? "muted" : null });
+  if (source) cell.append(" ", el("span", { class: "said", text: source }));
+  return cell;
 }

@@ -3,8 +3,10 @@
 import { button, byId, el, sayLater } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
 import { labelOf } from "../recorder/models.js";
+import { readModel } from "../recorder/model-document.js";
 import { counted, messageOf } from "../text/text.js";
-import { capabilityTable, describeCapabilities } from "./capabilities.js";
+import { capabilityTable } from "./capabilities.js";
+import { describeModel } from "./model-page.js";
 
 /** @typedef {import("../recorder/api.js").Model} Model */
 
@@ -123,9 +125,11 @@ export class KnownModels {
     const test = button("Test a camera with this model", () => this.test(model), { class: "main" });
     const path = el("p", { class: "hint", text: "The user gives the path of the stream." });
     try {
-      const outcome = await api.readCapabilities(model.vendor, model.model);
-      const content = describeCapabilities(outcome, "Capabilities, from the model list");
-      return [test, ...(model.needsPath ? [path] : []), content];
+      const [outcome, document] = await Promise.all([
+        api.readCapabilities(model.vendor, model.model),
+        readModel(model),
+      ]);
+      return [test, ...(model.needsPath ? [path] : []), ...describeModel(outcome, document)];
     } catch (error) {
       this.#shownKey = ""; // the next try reads it again
       return [el("p", { text: messageOf(error) })];

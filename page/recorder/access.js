@@ -1,4 +1,4 @@
-/// The recorder's own API: who is logged in, sessions, tokens, users. Its addresses and members stand here and nowhere
+/// Of the recorder's own API: who is logged in, sessions, tokens, users. Their addresses and members stand here and nowhere
 /// else. Times are seconds since 1970.
 
 import { ask, askOnce } from "./request.js";

@@ -1,0 +1,51 @@
+/// Who says a fact, in words, with a number for each source; and the list of these sources.
+
+import { el } from "../parts/dom.js";
+
+/** @typedef {import("../recorder/model-document.js").Source} Source */
+
+/** @type {Readonly<Record<string, string>>} */
+const WORDS = {
+  document: "read in",
+  agreeing: "two independent sources",
+  reported: "as reported, not tried by us",
+  camera: "the camera said so",
+  user: "your own file",
+};
+
+/** @param {Source} source */
+function documentOf({ document, url }) {
+  const text = document ?? url ?? "";
+  const isLink = /^https?:\/\//i.test(url ?? "");
+  return isLink ? el("a", { href: url, text, target: "_blank", rel: "noopener noreferrer" }) : text;
+}
+
+/** @param {string} words */
+const capitalised = (words) => words.charAt(0).toUpperCase() + words.slice(1);
+
+/** @param {Source} source */
+function itemOf(source) {
+  const page = source.page ? `, page ${source.page}` : "";
+  const checked = source.checked ? `, looked at on ${source.checked}` : "";
+  return el("li", {}, `${capitalised(WORDS[source.by ?? ""] ?? "")}: `, documentOf(source), page + checked);
+}
+
+export class Sources {
+  /** By what they say of themselves, in the order in which they were named. @type {Map<string, Source>} */
+  #named = new Map();
+
+  /** Who says it. @param {Source} source */
+  said({ by, document, url, page, checked }) {
+    if (!by) return "no source is named";
+    const key = JSON.stringify([by, document, url, page, checked]);
+    this.#named.set(key, { by, document, url, page, checked });
+    return `${WORDS[by] ?? by} [${[...this.#named.keys()].indexOf(key) + 1}]`;
+  }
+
+  /** Those that were named so far. */
+  list() {
+    if (this.#named.size === 0) return [];
+    const items = [...this.#named.values()].map(itemOf);
+    return [el("h3", { text: "Sources" }), el("ol", { class: "sources" }, ...items)];
+  }
+}
