@@ -2,6 +2,7 @@
 
 import { byId, showMistake } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
+import { readModel, streamNames } from "../recorder/model-document.js";
 import { EarlierMarks } from "./earlier.js";
 import { Findings } from "./findings.js";
 import { OneFields } from "./one-fields.js";
@@ -42,8 +43,8 @@ export class OneCamera {
       event.preventDefault();
       this.#test();
     });
-    const { codec, stream } = this.fields.streamFold;
-    for (const select of [codec, stream]) {
+    const { which, codec, stream } = this.fields.streamFold;
+    for (const select of [which, codec, stream]) {
       select.addEventListener("keydown", (event) => {
         if (event.key !== "Enter") return;
         event.preventDefault();
@@ -78,7 +79,13 @@ export class OneCamera {
     this.#model = model;
     if (!model) return;
     this.fields.fitTo(model);
-    await this.#readCapabilities(model);
+    await Promise.all([this.#readCapabilities(model), this.#readStreams(model)]);
+  }
+
+  /** @param {Model} model */
+  async #readStreams(model) {
+    const document = await readModel(model).catch(() => null); // then there is the main stream
+    if (model === this.#model) this.fields.streamFold.offerNames(streamNames(document));
   }
 
   /** What the model list says; no camera is contacted. @param {Model} model */

@@ -23,7 +23,7 @@ import { StreamFold } from "./stream-fold.js";
  */
 
 const TEXT_FIELDS = /** @type {const} */ (["address", "port", "model", "user", "password", "channel", "path"]);
-const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "path"]);
+const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "which", "path"]);
 const NO_MODEL = {
   ready: "Choose a model from the list.",
   loading: "The list of models is not here yet.",
@@ -46,6 +46,9 @@ function mistakesOf({ address, port, password, path }, model, models) {
     path: model?.needsPath && path.value.trim() === "" ? "This model needs the path of the stream." : "",
   };
 }
+
+const LENT_TO_MAIN =
+  "The stored password is lent for the main stream alone. Choose Main, or untick it and type the password.";
 
 export class OneFields {
   /** Values that the user did not type may be replaced. @type {Set<string>} */
@@ -78,9 +81,9 @@ export class OneFields {
   /** All values, of which a password is only told apart from others. @returns {import("./earlier.js").Moment} */
   get moment() {
     const { address, port, password, ...others } = this.inputs;
-    const { codec, stream } = this.streamFold;
+    const { which, codec, stream } = this.streamFold;
     const place = JSON.stringify([address.value, port.value]);
-    const values = [...Object.values(others), codec, stream].map((field) => field.value);
+    const values = [...Object.values(others), which, codec, stream].map((field) => field.value);
     return { place, values: JSON.stringify([place, ...values, this.password.changes, this.stored.id]) };
   }
 
@@ -112,6 +115,7 @@ export class OneFields {
 
   #storedChanged() {
     this.password.disabled = this.stored.id !== undefined;
+    showMistake(this.streamFold.which, "");
     this.listener.changed();
   }
 
@@ -147,6 +151,7 @@ export class OneFields {
   fitTo(model) {
     if (!this.#touched.has("port")) this.inputs.port.value = String(defaultPort(model));
     this.inputs.path.required = model.needsPath;
+    this.streamFold.offerNames([]);
     if (model.needsPath) this.streamFold.fold.open = true;
   }
 
@@ -200,8 +205,10 @@ export class OneFields {
     this.#splitAddress();
     this.inputs.port.value = this.inputs.port.value.trim();
     const model = this.modelField.value;
-    const mistakes = mistakesOf(this.inputs, model, this.models.state);
-    for (const name of CHECKED_FIELDS) showMistake(this.inputs[name], mistakes[name]);
+    const isLent = this.stored.id !== undefined && this.streamFold.name !== "main";
+    const mistakes = { ...mistakesOf(this.inputs, model, this.models.state), which: isLent ? LENT_TO_MAIN : "" };
+    const fields = { ...this.inputs, which: this.streamFold.which };
+    for (const name of CHECKED_FIELDS) showMistake(fields[name], mistakes[name]);
     const faulty = CHECKED_FIELDS.find((name) => mistakes[name]);
     if (faulty) this.focus(`one-${faulty}`);
     return faulty || !model ? null : this.#cameraOf(model);
@@ -221,6 +228,7 @@ export class OneFields {
       codec: this.streamFold.codec.value,
       stream: this.streamFold.stream.value,
       path: path.value.trim(),
+      which: this.streamFold.name,
       ...(this.stored.id === undefined ? {} : { storedId: this.stored.id }),
     };
   }

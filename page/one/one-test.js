@@ -2,6 +2,7 @@
 
 import { ask, say } from "../parts/dom.js";
 import { testCamera } from "../recorder/api.js";
+import { atItsStream } from "../recorder/model-document.js";
 import { Refusals } from "../testing/refusals.js";
 import { failureOf, troubleOf } from "./result-panel.js";
 import { TestButtons } from "./test-buttons.js";
@@ -52,10 +53,11 @@ export class OneTest {
     const running = new AbortController();
     this.#begin(running);
     try {
-      const verdict = await testCamera(camera, running.signal);
+      const asked = await atItsStream(camera, running.signal);
+      const verdict = await testCamera(asked, running.signal);
       this.#refusals.note(camera, verdict.code);
       if (verdict.code !== 0) this.#showFailure(verdict);
-      else await this.#lookCloser(camera, running.signal);
+      else await this.#lookCloser(asked, running.signal);
     } catch (error) {
       this.#showTrouble(error);
     } finally {
@@ -77,7 +79,8 @@ export class OneTest {
 
   /** @param {Camera} camera @param {AbortSignal} signal */
   async #lookCloser(camera, signal) {
-    this.#showResult({ kind: "ok", title: "Camera works", text: "The recorder logged in and found video." });
+    const where = camera.which === "sub" || camera.which === "third" ? ` in the ${camera.which} stream` : "";
+    this.#showResult({ kind: "ok", title: "Camera works", text: `The recorder logged in and found video${where}.` });
     this.#hasPassed = true;
     say("Passed: camera works");
     await this.findings.lookCloser(camera, this.#began, signal);

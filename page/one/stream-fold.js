@@ -1,11 +1,15 @@
-/// The fold of one camera's fields that say which stream: channel, codec, stream type, path.
+/// The fold of one camera's fields that say which stream: its name, channel, codec, stream type, path.
 
 import { codecsOf } from "../models/capabilities.js";
 import { byId, el, setOptions, setSelected } from "../parts/dom.js";
 import { isUserDefined } from "../recorder/models.js";
+import { STREAM_LABELS, STREAM_NAMES } from "../recorder/model-document.js";
 import { splitPath } from "../text/path-login.js";
 
-/** @typedef {import("../recorder/api.js").Capabilities} Capabilities */
+/**
+ * @typedef {import("../recorder/api.js").Capabilities} Capabilities
+ * @typedef {import("../recorder/api.js").StreamName} StreamName
+ */
 
 export class StreamFold {
   /** Stream types by codec, as they are offered. @type {Map<string, string[]>} */
@@ -13,12 +17,32 @@ export class StreamFold {
 
   constructor() {
     this.fold = byId("one-more", HTMLDetailsElement);
+    this.which = byId("one-which", HTMLSelectElement);
     this.channel = byId("one-channel", HTMLInputElement);
     this.codec = byId("one-codec", HTMLSelectElement);
     this.stream = byId("one-stream", HTMLSelectElement);
     this.path = byId("one-path", HTMLInputElement);
+    this.which.addEventListener("change", () => this.#fitToName());
     this.codec.addEventListener("change", () => this.#offerStreams());
     this.fold.addEventListener("input", () => this.summarise());
+  }
+
+  /** The stream's. @returns {StreamName} */
+  get name() {
+    return STREAM_NAMES.find((name) => name === this.which.value) ?? "main";
+  }
+
+  /** Offers a model's streams, and chooses the main one. @param {StreamName[]} names */
+  offerNames(names) {
+    this.which.replaceChildren(...names.map((value) => el("option", { value, text: STREAM_LABELS[value] })));
+    byId("one-which-field", HTMLElement).hidden = names.length < 2;
+    this.#fitToName();
+  }
+
+  /** Where a sub stream is, the model alone says. */
+  #fitToName() {
+    this.stream.disabled = this.name !== "main";
+    this.summarise();
   }
 
   /** Offers what a model can do. @param {Capabilities} capabilities @param {{vendor: string}} model */
@@ -60,7 +84,9 @@ export class StreamFold {
   /** Says on the closed fold what is in it; a login in the path is not said. */
   summarise() {
     const channel = this.channel.value ? `channel ${this.channel.value}` : "default channel";
-    const parts = [channel, this.codec.value || "Any", this.stream.value, splitPath(this.path.value).path];
+    const ofMain = [this.stream.value, splitPath(this.path.value).path];
+    const [name, more] = this.name === "main" ? ["", ofMain] : [STREAM_LABELS[this.name], []];
+    const parts = [name, channel, this.codec.value || "Any", ...more];
     byId("one-summary", HTMLElement).textContent = `Stream: ${parts.filter(Boolean).join(", ")}`;
   }
 }

@@ -15,7 +15,10 @@ import { Trouble, call } from "./request.js";
  * @property {string} codec "" for any
  * @property {string} stream "RTSP", "HTTP", or "" for either
  * @property {string} path of the stream, for a model that asks for it
+ * @property {StreamName} [which] of a model that has several; the main one when missing
  * @property {number} [storedId] the stored camera that lends its password
+ *
+ * @typedef {"main" | "sub" | "third"} StreamName
  *
  * @typedef {object} Model
  * @property {string} vendor

@@ -1,6 +1,7 @@
 /// What the recorder knows of a camera model, and who says so. The addresses and members of that API stand here and nowhere
 /// else; docs/models.md tells what they mean.
 
+import { USER_DEFINED } from "./models.js";
 import { Trouble, ask } from "./request.js";
 
 /**
@@ -29,7 +30,8 @@ import { Trouble, ask } from "./request.js";
  * @property {Fact[]} facts all but those of streams
  * @property {Stream[]} streams
  *
- * @typedef {"main" | "sub" | "third"} StreamName
+ * @typedef {import("./api.js").StreamName} StreamName
+ * @typedef {import("./api.js").Camera} Camera
  */
 
 const ADDRESS = "/recorder/1/models/";
@@ -55,3 +57,26 @@ export async function readModel({ vendor, model }, place = {}, signal) {
 
 /** @type {Readonly<Record<StreamName, string>>} */
 export const STREAM_LABELS = { main: "Main", sub: "Sub", third: "Third" };
+export const STREAM_NAMES = /** @type {const} */ (["main", "sub", "third"]);
+
+/** Names of the streams, in their order. @param {ModelDocument | null} document @returns {StreamName[]} */
+export const streamNames = (document) =>
+  STREAM_NAMES.filter((wanted) => document?.streams.some(({ name }) => name === wanted));
+
+/**
+ * The camera as the module is asked for its stream. The module knows the main one alone; by another one it is "Any camera",
+ * with a whole address. A codec that has no path of its own may well be sent at another's.
+ * @param {Camera} camera
+ * @param {AbortSignal} signal
+ * @returns {Promise<Camera>}
+ */
+export async function atItsStream(camera, signal) {
+  const { which = "main" } = camera;
+  if (which === "main") return camera;
+  const document = await readModel(camera, { host: camera.host, channel: camera.channel }, signal);
+  const named = (document?.streams ?? []).filter(({ name }) => name === which);
+  const inCodec = (/** @type {string} */ wanted) => named.find(({ codec }) => codec === wanted);
+  const stream = inCodec(camera.codec) ?? inCodec("") ?? named[0];
+  if (!stream?.address) throw new Trouble("refused", "The recorder no longer knows this stream of the model.");
+  return { ...camera, ...USER_DEFINED, path: stream.address, stream: stream.protocol };
+}

@@ -9,6 +9,9 @@ import { listModels } from "./api.js";
 const USER = "User";
 const PROTOCOLS = ["ONVIF", "PSIA"]; // vendors that name a protocol: one model each, and the camera is asked
 
+/** What is tested by a path. */
+export const USER_DEFINED = { vendor: USER, model: "" };
+
 /** @param {{vendor: string}} model */
 export const isUserDefined = (model) => model.vendor === USER;
 
