@@ -187,6 +187,34 @@ test("a stored camera is tested with a password that nobody typed", () =>
     assert.equal(sent(calls, "CameraTest")[0]?.camId, id);
   }));
 
+test("a sub stream is tested and pictured at its own path, and with no stored password", () =>
+  withPage("", async (page, calls) => {
+    await fillOne(page, { port: ports.works, model: "Acme Cube-2" });
+    await page.click("#one-summary");
+    await page.selectOption("#one-which", "sub");
+    await expectText(page, "one-summary", "Stream: Sub, channel 1, Any");
+    await testOne(page);
+    assert.equal(await text(page, "one-result-text"), "The recorder logged in and found video in the sub stream.");
+    assert.equal(await text(page, "one-result-notes"), "Size of the stream: 640 × 480");
+    assert.equal(await text(page, "one-picture-text"), "640 × 480");
+    const [asked] = sent(calls, "CameraTest");
+    assert.deepEqual([asked.camModel, asked.camSourcePath], ["User ", "rtsp://127.0.0.1/stream1"]);
+    await page.selectOption("#one-which", "main");
+    await testOne(page);
+    assert.equal(await text(page, "one-result-code"), "code 465", "that of the main stream");
+    assert.equal(sent(calls, "CameraTest")[1].camModel, "Acme Cube-2");
+
+    const camera = `--vendor Acme --model Cube-2 --host 127.0.0.1 --port 81 --user admin --channel 1`;
+    const id = Number(/\d+/.exec(control(RIGHT, `camera add --name cube ${camera}`)));
+    await page.evaluate((id) => (location.hash = `camera/${id}`), id);
+    await expectText(page, "one-stored-hint", "cube");
+    await page.selectOption("#one-which", "sub");
+    await page.click("#one-test");
+    await expectText(page, "one-which-mistake", "The stored password is lent for the main stream alone.");
+    assert.equal(await focused(page), "one-which");
+    assert.equal(sent(calls, "CameraTest").length, 2, "nothing is sent");
+  }));
+
 test("a third login after two refused ones is sent only if somebody wants it", () =>
   withPage("", async (page, calls) => {
     await fillOne(page, { port: ports.works, password: WRONG });

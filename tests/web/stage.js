@@ -43,6 +43,29 @@ const config = {
   addressPolicy: { allow: ["127.0.0.0/8"] },
 };
 
+/** A model of the user's own: of the cameras here, the sub stream is where most have their only one. */
+const OWN_MODELS = {
+  vendor: "Acme",
+  sources: {
+    manual: { document: "Acme interface 2", url: "https://acme.example/2", page: "12", by: "document" },
+    list: { document: "A list of addresses", url: "javascript:alert(1)", by: "reported" },
+  },
+  models: [
+    {
+      name: "Cube-2",
+      from: "manual",
+      facts: { "stream/others/0": "list" },
+      note: "Switch RTSP on first.",
+      channels: { values: ["1"], default: "1", others: true },
+      codecs: [{ name: "H.264", streamTypes: ["RTSP"] }],
+      streams: 2,
+      stream: { path: "/main{channel}", others: [{ stream: "sub", path: "/stream{channel}" }] },
+      snapshot: { kind: "stream" },
+      check: "stream",
+    },
+  ],
+};
+
 /** Of the cameras, by name. */
 export const ports = {};
 const folder = mkdtempSync(join(tmpdir(), "page-test-"));
@@ -85,7 +108,11 @@ before(async () => {
   mkdirSync(here("out/page"), { recursive: true });
   for (const { name, port } of JSON.parse(await start("simcam", join(folder, "cameras.json"))).cameras)
     ports[name] = port;
-  address = await serve("recorder", () => addUser(USER));
+  address = await serve("recorder", () => {
+    addUser(USER);
+    mkdirSync(join(folder, "state-of-recorder/models"), { mode: 0o700 });
+    writeFileSync(join(folder, "state-of-recorder/models/acme.json"), JSON.stringify(OWN_MODELS));
+  });
   browser = await chromium.launch({ executablePath: "/usr/bin/chromium", args: CHROMIUM });
   endings.unshift(() => browser.close());
 });

@@ -10,7 +10,7 @@ import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./pag
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/text/csv.js";
 import { exportForImport, exportResults } from "./page/list/list-export.js";
 import { notesOf, readListFile, readRows } from "./page/list/list-reading.js";
-import { ModelList } from "./page/recorder/models.js";
+import { ModelList, labelOf } from "./page/recorder/models.js";
 import { splitPath } from "./page/text/path-login.js";
 import { STORED_PASSWORD } from "./page/recorder/api.js";
 import { here, source } from "./stage.js";
@@ -53,6 +53,35 @@ MODELS.models = [
   { vendor: "Acme", model: "Dome 7", needsPath: false },
   { vendor: "User", model: "", needsPath: true },
 ];
+/** What is typed, and which models are found, the best first. @type {[string, string[]][]} */
+const SEARCHES = [
+  ["", ["Acme Dome 7", "Acme-Dome Cube", "Vision AC-2132L, AC-2133", "3S-Vision N3072", "Any camera (stream path)"]],
+  ["7 dome acme", ["Acme Dome 7"]],
+  ["VISION", ["Vision AC-2132L, AC-2133", "3S-Vision N3072"]],
+  ["ac2132l", ["Vision AC-2132L, AC-2133"]],
+  ["ac", ["Acme Dome 7", "Acme-Dome Cube", "Vision AC-2132L, AC-2133"]],
+  ["dome", ["Acme-Dome Cube", "Acme Dome 7"]],
+  ["132", ["Vision AC-2132L, AC-2133"]],
+  ["stream path", ["Any camera (stream path)"]],
+  ["acne", ["Acme Dome 7", "Acme-Dome Cube"]],
+  ["acmme dome", ["Acme-Dome Cube", "Acme Dome 7"]],
+  ["acn", []],
+  ["acm dme", []],
+  ["ivsion n372", ["3S-Vision N3072"]],
+  ["ision 2132l", ["Vision AC-2132L, AC-2133"]],
+  ["acne cueb", ["Acme-Dome Cube"]],
+  ["acnne", []],
+  ["vision 2133 N3072", []],
+];
+
+test("models are found by any words of maker and model, and one typing error a word is forgiven", async (t) => {
+  const list = new ModelList();
+  const names = ["Acme|Dome 7", "Acme-Dome|Cube", "Vision|AC-2132L, AC-2133", "3S-Vision|N3072", "User|"];
+  list.models = names.map((name) => name.split("|")).map(([vendor, model]) => ({ vendor, model, needsPath: false }));
+  for (const [words, wanted] of SEARCHES)
+    await t.test(`"${words}"`, () => assert.deepEqual(list.search(words).map(labelOf), wanted));
+});
+
 const DEFAULTS = { user: "admin", password: "shared", port: "", model: MODELS.models[0] ?? null };
 
 /** Everything that the page says about a file. */

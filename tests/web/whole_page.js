@@ -26,15 +26,51 @@ test("models are found, shown, and taken over into a test", () =>
     await page.locator("#nav-models[aria-current=page]").waitFor();
     await page.locator("#models-title:focus").waitFor();
     assert.equal(await page.title(), "Known models – Camera check");
-    await page.fill("#models-search", "no such thing");
-    await page.click("#models-none button");
-    await page.fill("#models-search", "h265 simcam");
+    await page.fill("#models-search", "zzzz");
+    await page.click("#models-clear");
+    await page.fill("#models-search", "h265 simcma");
     await page.click("#models-list a");
     await expectText(page, "models-detail-body", "H.265 over RTSP");
     assert.match(page.url(), /#models\/Simcam\/RTSP-H265$/);
     await page.click("#models-detail-body button");
     await page.locator("#view-one").waitFor();
     assert.equal(await page.inputValue("#one-model"), "Simcam RTSP-H265");
+    await page.fill("#one-model", "zzzz");
+    await page.click("#one-model-list [role=option]:last-of-type");
+    assert.equal(await page.inputValue("#one-model"), "Any camera (stream path)");
+    await page.click("#nav-models");
+    await page.fill("#models-search", "zzzz");
+    await page.click("#models-fallbacks button");
+    assert.equal(await page.inputValue("#one-model"), "ONVIF");
+  }));
+
+test("a model tells its streams by name, and of each value who says so", () =>
+  withPage("#models/Acme/Cube-2", async (page) => {
+    const rowsOf = (place) => page.locator(place).allInnerTexts();
+    const linesOf = async (place) => (await rowsOf(place)).map((row) => row.split(/\s*[\t\n]+\s*/));
+    await expectText(page, "models-detail-body", "Note: Switch RTSP on first.");
+    assert.deepEqual(await linesOf("#models-detail-body .cards tbody tr"), [
+      ["Main", "H.264", "RTSP, the port that you give", "/main1", "read in [1]"],
+      ["Sub", "any", "RTSP, the port that you give", "/stream1", "as reported, not tried by us [2]"],
+    ]);
+    const facts = await linesOf("#models-detail-body .facts tr");
+    const said = Object.fromEntries(facts.map(([name, ...value]) => [name, value.join("; ")]));
+    assert.equal(said["Codecs"], "H.264 over RTSP; read in [1]");
+    assert.equal(said["Audio"], "No; assumed");
+    assert.equal(said["Resolutions"], "none reported");
+    assert.deepEqual(await linesOf(".sources li"), [
+      ["Read in: Acme interface 2, page 12"],
+      ["As reported, not tried by us: A list of addresses"],
+    ]);
+    assert.deepEqual(
+      await page.locator(".sources a").evaluateAll((all) => all.map(({ href }) => href)),
+      ["https://acme.example/2"],
+      "nothing else is a link",
+    );
+    await page.route("**/recorder/1/models/**", (route) => route.fulfill({ status: 404 }));
+    await page.reload();
+    await expectText(page, "models-detail-body", "H.264 over RTSP");
+    assert.equal(await page.locator(".said, .sources").count(), 0, "a recorder that does not tell it");
   }));
 
 test("a recorder that went away is told of, found again, and no test is repeated", () =>
@@ -107,6 +143,11 @@ test("axe finds nothing serious in any view, light or dark", () => {
     await audit(page, "One camera, failed");
     await page.fill("#one-model", "simcam");
     await audit(page, "One camera, choosing a model");
+    await page.fill("#one-model", "zzzz");
+    await audit(page, "One camera, no such model");
+    await fillOne(page, { port: ports.works, model: "Acme Cube-2" });
+    await page.click("#one-summary");
+    await audit(page, "One camera, its streams", "streams");
     await fillOne(page, { port: ports.onvif, model: "ONVIF" });
     await testOne(page);
     await audit(page, "One camera, passed", "one-camera");
@@ -156,7 +197,13 @@ test("axe finds nothing serious in any view, light or dark", () => {
     await page.click("#nav-models");
     await page.click("#models-list a:text('RTSP-H264')");
     await expectText(page, "models-detail-body", "H.264 over RTSP");
-    await audit(page, "Known models", "known-models");
+    await audit(page, "Known models");
+    await page.fill("#models-search", "zzzz");
+    await audit(page, "Known models, none found");
+    await page.evaluate(() => (location.hash = "models/Acme/Cube-2"));
+    await page.locator(".sources").waitFor();
+    await page.click("#models-clear");
+    await audit(page, "A model with sources", "known-models");
   };
   return withPage("", work, { script: AXE });
 });
