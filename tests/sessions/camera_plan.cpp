@@ -20,6 +20,7 @@ LoginPlan MakeLogin(Chance& chance) {
   login.after401 = chance.Mostly<End>({End::kStays, End::kSaysClose, End::kCloses});
   login.closesAfter = milliseconds(chance.Of<int>({0, 0, 5, 19, 60}));
   login.closesOnce = chance.OneIn(2);
+  login.isUnread = chance.OneIn(40);
   login.refusal = chance.Mostly(kRefusals);
   return login;
 }
@@ -109,6 +110,7 @@ Outcome CameraPlan::OfLogin() const {
   if (!hasLogin) return kLoginRefused;
   if (login.offer == "i") return kNotUnderstood;
   if (login.offer.find_first_of("un") != std::string::npos) return kLoginUnsupported;
+  if (login.isUnread) return kLoginRefused;
   if (!isRight) return login.refusal.outcome;
   const bool isTooStale = login.IsDigest() && login.stale > 1;
   const bool isNonceLost =

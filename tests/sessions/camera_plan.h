@@ -38,7 +38,8 @@ struct LoginPlan {
   End after401 = End::kStays;
   milliseconds closesAfter{0};
   bool closesOnce = false;
-  Answer refusal;  ///< of a wrong login; "" for another 401
+  bool isUnread = false;  ///< it closes the connection before it reads a login
+  Answer refusal;         ///< of a wrong login; "" for another 401
   bool IsDigest() const { return offer.find_first_of("ds") != std::string::npos; }
 };
 

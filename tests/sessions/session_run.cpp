@@ -46,11 +46,13 @@ class Trial : private recorder::RtspLogins {
     CheckEnd();
     SayGoodbye();
     CheckLogins();
+    CheckSteadiness();
     return {mistake_, std::string(NameOf(session_.Result())), heldMemory.most, story_};
   }
 
  private:
   bool Do(void (RtspSession::*begin)()) {
+    isPlaying_ |= begin == &RtspSession::Play;
     (Counted().session.*begin)();
     for (;;) {
       Expect(++steps_ < kMostSteps && connections_ <= kMostConnections, "goes on without end");
@@ -101,6 +103,8 @@ class Trial : private recorder::RtspLogins {
   void Receive() {
     const Clock::time_point until = session_.Until();
     Expect(until <= session_.Deadline() && session_.Deadline() <= kStart + plan_.deadline, "waits beyond the deadline");
+    const bool isPause = !isPlaying_ && until < session_.Deadline();
+    Expect(!isPause || !IsSteady(session_.Port()), "pauses before a camera that is known to stay");
     if (camera_.TakeDatagram(until, now_, datagram_)) {
       Tell("takes a datagram");
       return Counted()->Arrived({false, {reinterpret_cast<const std::uint8_t*>(datagram_.data()), datagram_.size()}});
@@ -145,7 +149,19 @@ class Trial : private recorder::RtspLogins {
     const bool isMisled = plan_.IsLoose() || (!plan_.login.changesNonce.empty() && plan_.login.changesAlways);
     Expect(camera_.Login().Wrong() <= (isMisled ? 2 : 1), "tries a wrong login again");
     Expect(!camera_.Login().WasBasicBehindDigest(), "shows the password to a camera that knows Digest");
+    const bool isSentMore = isMisled || !plan_.optionsFirst.empty() || plan_.resetsAt + plan_.failsAt > 0;
+    Expect(isSentMore || !camera_.Login().MisusesNonces(),
+           "counts a nonce from another one, or goes on with stale ones");
     Expect(camera_.Mistake().empty(), "sends what no camera should be sent: " + camera_.Mistake());
+  }
+
+  /// Of a camera that always closes behind its challenge, and took the login all the same.
+  void CheckSteadiness() {
+    const LoginPlan& login = plan_.login;
+    const bool isMet = !login.offer.empty() && !login.asksAtPlay && plan_.redirect.text.empty();
+    const bool leaves = isMet && login.after401 == End::kCloses && !login.closesOnce;
+    const bool isTaken = session_.Result() == Outcome::kOk;
+    Expect(!leaves || !isTaken || steadyPort_ == 0, "thinks that a camera stays that has left");
   }
 
   void Expect(bool holds, const std::string& otherwise) {
@@ -186,6 +202,7 @@ class Trial : private recorder::RtspLogins {
   int steps_ = 0;
   int connections_ = 0;
   std::size_t sendings_ = 0;
+  bool isPlaying_ = false;
   int allowedPort_ = 0;
   int steadyPort_ = plan_.isThoughtSteady ? 554 : 0;
   bool knowsDigest_ = false;

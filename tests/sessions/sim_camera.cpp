@@ -49,6 +49,7 @@ void SimCamera::Connect(int port) {
 /// What comes for a camera that does not read it breaks the connection; it is told of that when it has closed.
 void SimCamera::Send(std::string_view bytes, Clock::time_point now) {
   const Clock::time_point at = now + plan_.delay;
+  if (plan_.login.isUnread && bytes.find("\r\nAuthorization: ") != std::string_view::npos) wire_->Close(at);
   if (wire_->IsClosed(at)) isUnread_ = true;
   if (isDeaf_ && !wire_->IsClosed(at)) isReset_ = true;
   if (isDeaf_ || wire_->IsClosed(at)) return;

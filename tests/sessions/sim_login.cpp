@@ -25,8 +25,9 @@ SimLogin::Verdict SimLogin::Judge(std::string_view method, std::string_view uri,
 SimLogin::Verdict SimLogin::JudgeNonce(std::string_view method, const std::string& nonce, int use) {
   const auto known = nonces_.find(nonce);
   if (known == nonces_.end()) return Anew();
+  misusesNonces_ |= known->second == 0 && use > 2;  // the first use may have been lost with its connection
   if (saidStale_ < plan_.stale) {
-    ++saidStale_;
+    misusesNonces_ |= ++saidStale_ > 2 && plan_.after401 == End::kStays;
     return Verdict::kStale;
   }
   if (method == plan_.changesNonce && (plan_.changesAlways || !hasChanged_)) {

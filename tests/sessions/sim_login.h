@@ -23,6 +23,8 @@ class SimLogin {
 
   int Wrong() const { return wrong_; }
   bool WasBasicBehindDigest() const { return wasBasicBehindDigest_; }
+  /// True when a nonce was counted from another one, or more than one login came behind a stale one.
+  bool MisusesNonces() const { return misusesNonces_; }
 
  private:
   static std::string Challenge(char scheme, const std::string& nonce);
@@ -38,6 +40,7 @@ class SimLogin {
   bool hasChanged_ = false;
   bool hasAskedForDigest_ = false;
   bool wasBasicBehindDigest_ = false;
+  bool misusesNonces_ = false;
 };
 
 }  // namespace sessions

@@ -72,6 +72,8 @@ const Manner kManners[] = {
      "640x480"},
     {"RtspsIsNotLeftForUdp", R"({"tls": "only", "fault": "tcp461"})", "rtsps://127.0.0.1:PORT/stream1", "H.264", 468,
      "transportRefused", "No picture from", ""},
+    {"RedirectOutOfTls", R"({"tls": "only", "fault": "redirectRtsp", "redirectTo": "rtsp://127.0.0.1/stream1"})",
+     "rtsps://127.0.0.1:PORT/stream1", "H.264", 468, "notUnderstood", "answer not understood", ""},
     {"RtspsWhereThereIsNone", "{}", "rtsps://127.0.0.1:PORT/stream1", "", 468, "notThisProtocol", "No TLS with", ""},
     {"RtspWhereThereIsRtspsAlone", R"({"tls": "only"})", "/stream1", "H.264", 468, "notUnderstood", "not understood",
      ""},
