@@ -2,6 +2,7 @@
 
 import assert from "node:assert/strict";
 import { test } from "node:test";
+import { AXE, audit } from "./audit.js";
 import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
 import {
   RIGHT,
@@ -28,8 +29,12 @@ const CAUSES = [
   [468, "odd", RIGHT, "", "notUnderstood"],
 ];
 
-test("each cause of a failed test has its text, and leads to a field", (t) =>
-  withPage("", async (page) => {
+test("each cause of a failed test has its text, and leads to a field", (t) => {
+  const work = async (page) => {
+    await audit(page, "One camera, empty");
+    await page.fill("#one-address", "");
+    await page.click("#one-test");
+    await audit(page, "One camera with a mistake");
     for (const [code, camera, password, field, cause = ""] of CAUSES)
       await t.test(`${code}`, async () => {
         await fillOne(page, { port: ports[camera], password });
@@ -46,29 +51,12 @@ test("each cause of a failed test has its text, and leads to a field", (t) =>
         if (field) assert.equal(await focused(page), `one-${field}`);
         assert.equal(await page.locator("[aria-invalid]").count(), 0, "the field may be right");
       });
-  }));
-
-/** Name that the recorder gives, method, code, and whose text that is. */
-const NAMES = [
-  ["ofALaterVersion", "CameraTest", 468, TEST_CAUSES[468]],
-  ["blocked", "CamCapRemote", 457, NAMED_CAUSES.blocked],
-  ["busy", "CamCapRemote", 457, TEST_CAUSES[467]],
-];
-
-test("the cause that the recorder names has its own text", (t) =>
-  withPage("", async (page) => {
-    for (const [name, method, code, { heading, happened }] of NAMES)
-      await t.test(`${name}, ${method}`, async () => {
-        await page.route(`**/${method}`, (route) =>
-          route.fulfill({ json: { success: false, error: { code } }, headers: { "Recorder-Cause": name } }),
-        );
-        await fillOne(page, { port: ports.onvif, model: "ONVIF" });
-        await testOne(page);
-        await expectText(page, "one-result", heading);
-        await expectText(page, "one-result", happened);
-        await page.unroute(`**/${method}`);
-      });
-  }));
+    await audit(page, "One camera, failed");
+    await page.fill("#one-model", "simcam");
+    await audit(page, "One camera, choosing a model");
+  };
+  return withPage("", work, { script: AXE });
+});
 
 /** What has changed when a camera that passed is asked what it can do: code, camera, password, cause. */
 const TURNS = [
@@ -106,8 +94,8 @@ const MARKS = [
   ["#one-address", "127.0.0.2", RESULT, PICTURE, "Of the earlier camera"],
 ];
 
-test("a camera that works shows its picture and what it says of itself", () =>
-  withPage("", async (page, calls) => {
+test("a camera that works shows its picture and what it says of itself", () => {
+  const work = async (page, calls) => {
     await fillOne(page, { port: ports.onvif, model: "ONVIF" });
     calls.length = 0;
     await testOne(page);
@@ -119,14 +107,18 @@ test("a camera that works shows its picture and what it says of itself", () =>
     const offered = "#one-channels option, #one-codec option:not([value='']), #one-stream option:not([value=''])";
     const values = await page.locator(offered).evaluateAll((options) => options.map(({ value }) => value));
     assert.deepEqual(values, ["1", "H.264", "RTSP"], "what it named can be chosen");
+    await audit(page, "One camera, passed", "one-camera");
     for (const [field, value, ...marks] of MARKS) {
       const before = await page.inputValue(field);
       await page.fill(field, value);
       assert.deepEqual(await page.locator(".earlier:visible").allInnerTexts(), marks, field);
+      if (field === "#one-port") await audit(page, "One camera, other values", "other-values");
       await page.fill(field, before);
       assert.equal(await page.locator(".earlier:visible").count(), 0, "it is that camera again");
     }
-  }));
+  };
+  return withPage("", work, { script: AXE });
+});
 
 test("what a camera says late goes to no other model", () =>
   withPage("", async (page) => {

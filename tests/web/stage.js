@@ -164,7 +164,8 @@ export async function withPage(hash, work, { user = USER, script = "", at = addr
 /** Gives a browser a session, if need be after the pause for wrong passwords of earlier tests. */
 export async function logIn(context, { username, password }) {
   const data = { user: username, password };
-  const answer = await context.request.post(`${address}recorder/1/session`, { data });
+  const headers = { Connection: "close" }; // the server may just be ending one that an earlier test left open
+  const answer = await context.request.post(`${address}recorder/1/session`, { data, headers });
   if (answer.status() === 429) {
     await new Promise((done) => setTimeout(done, Number(answer.headers()["retry-after"]) * 1000));
     return logIn(context, { username, password });

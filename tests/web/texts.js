@@ -6,7 +6,14 @@ import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { promisify } from "node:util";
 import { CODECS, checkRows } from "./page/list/camera-list.js";
-import { CAPABILITY_CAUSES, NAMED_CAUSES, SIZE_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
+import {
+  CAPABILITY_CAUSES,
+  NAMED_CAUSES,
+  SIZE_CAUSES,
+  TEST_CAUSES,
+  capabilityCause,
+  testCause,
+} from "./page/recorder/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/text/csv.js";
 import { exportForImport, exportResults } from "./page/list/list-export.js";
 import { notesOf, readListFile, readRows } from "./page/list/list-reading.js";
@@ -45,6 +52,8 @@ test("causes are the same in the page and in docs/causes.md", () => {
     const code = new RegExp(`^\\| ${cause} \\| [^|]* \\| (\\d+) `, "m").exec(text)?.[1] ?? "";
     assert.deepEqual([texts[cause].heading, texts[cause].field], [texts[code].heading, texts[code].field], cause);
   }
+  assert.equal(testCause({ code: 468, cause: "ofALaterVersion" }), TEST_CAUSES[468]);
+  assert.equal(capabilityCause({ code: 457, cause: "busy" }), TEST_CAUSES[467]);
 });
 
 const MODELS = new ModelList();

@@ -1,27 +1,23 @@
-/// What holds in all three views: models, banners, accessibility, and how it looks.
+/// What holds in all three views: models, banners, logins.
 
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { AXE, audit } from "./audit.js";
 import {
-  DESKTOP,
   RIGHT,
   addUser,
   control,
-  enterLogin,
   expectText,
   fillOne,
   logIn,
-  openList,
   ports,
-  runEnds,
   sent,
   testOne,
   withPage,
 } from "./stage.js";
 
-test("models are found, shown, and taken over into a test", () =>
-  withPage("", async (page) => {
+test("models are found, shown, and taken over into a test", () => {
+  const work = async (page) => {
     await page.click("#nav-models");
     await page.locator("#nav-models[aria-current=page]").waitFor();
     await page.locator("#models-title:focus").waitFor();
@@ -32,20 +28,25 @@ test("models are found, shown, and taken over into a test", () =>
     await page.click("#models-list a");
     await expectText(page, "models-detail-body", "H.265 over RTSP");
     assert.match(page.url(), /#models\/Simcam\/RTSP-H265$/);
+    await audit(page, "Known models");
     await page.click("#models-detail-body button");
     await page.locator("#view-one").waitFor();
     assert.equal(await page.inputValue("#one-model"), "Simcam RTSP-H265");
     await page.fill("#one-model", "zzzz");
+    await audit(page, "One camera, no such model");
     await page.click("#one-model-list [role=option]:last-of-type");
     assert.equal(await page.inputValue("#one-model"), "Any camera (stream path)");
     await page.click("#nav-models");
     await page.fill("#models-search", "zzzz");
+    await audit(page, "Known models, none found");
     await page.click("#models-fallbacks button");
     assert.equal(await page.inputValue("#one-model"), "ONVIF");
-  }));
+  };
+  return withPage("", work, { script: AXE });
+});
 
-test("a model tells its streams by name, and of each value who says so", () =>
-  withPage("#models/Acme/Cube-2", async (page) => {
+test("a model tells its streams by name, and of each value who says so", () => {
+  const work = async (page) => {
     const rowsOf = (place) => page.locator(place).allInnerTexts();
     const linesOf = async (place) => (await rowsOf(place)).map((row) => row.split(/\s*[\t\n]+\s*/));
     await expectText(page, "models-detail-body", "Note: Switch RTSP on first.");
@@ -67,11 +68,14 @@ test("a model tells its streams by name, and of each value who says so", () =>
       ["https://acme.example/2"],
       "nothing else is a link",
     );
+    await audit(page, "A model with sources", "known-models");
     await page.route("**/recorder/1/models/**", (route) => route.fulfill({ status: 404 }));
     await page.reload();
     await expectText(page, "models-detail-body", "H.264 over RTSP");
     assert.equal(await page.locator(".said, .sources").count(), 0, "a recorder that does not tell it");
-  }));
+  };
+  return withPage("#models/Acme/Cube-2", work, { script: AXE });
+});
 
 test("a recorder that went away is told of, found again, and no test is repeated", () =>
   withPage("", async (page, calls) => {
@@ -110,100 +114,18 @@ test("what keeps the page from the recorder is told in every view, with what to 
     assert.ok(await page.locator("#models-failed").isHidden(), "one trouble, one banner");
   }));
 
-test("somebody who is no longer known logs in again, and the test goes on", () => {
+test("a test that wanted a login goes on when there is one, in another tab too", () => {
   const user = { username: "leaver", password: "let-me-in-43" };
   addUser(user);
   const work = async (page) => {
     await fillOne(page, { port: ports.works });
-    control("", `user remove ${user.username}`);
-    await page.click("#one-test");
-    await page.locator("#login[open]").waitFor();
-    addUser(user);
-    await enterLogin(page, user);
-    await expectText(page, "one-result-title", "Camera works");
-    assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
     control("", `session end --user ${user.username}`);
     await page.click("#one-test");
     await page.locator("#login[open]").waitFor();
     await logIn(page.context(), user);
-    await page.evaluate(() => document.dispatchEvent(new Event("visibilitychange"))); // in another tab
+    await page.evaluate(() => document.dispatchEvent(new Event("visibilitychange")));
     await expectText(page, "status", "Passed: camera works");
+    assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
   };
   return withPage("", work, { user });
-});
-
-test("axe finds nothing serious in any view, light or dark", () => {
-  const work = async (page) => {
-    await audit(page, "One camera, empty");
-    await page.fill("#one-address", "");
-    await page.click("#one-test");
-    await audit(page, "One camera with a mistake");
-    await fillOne(page, { port: ports.busy });
-    await testOne(page);
-    await audit(page, "One camera, failed");
-    await page.fill("#one-model", "simcam");
-    await audit(page, "One camera, choosing a model");
-    await page.fill("#one-model", "zzzz");
-    await audit(page, "One camera, no such model");
-    await fillOne(page, { port: ports.works, model: "Acme Cube-2" });
-    await page.click("#one-summary");
-    await audit(page, "One camera, its streams", "streams");
-    await fillOne(page, { port: ports.onvif, model: "ONVIF" });
-    await testOne(page);
-    await audit(page, "One camera, passed", "one-camera");
-    await page.fill("#one-port", "81");
-    await audit(page, "One camera, other values", "other-values");
-
-    await page.click("#nav-many");
-    await page.locator("#many-title:focus").waitFor();
-    await audit(page, "Many cameras, empty");
-    const login = ["admin", RIGHT, "Simcam RTSP-H264"];
-    await openList(page, [
-      ["name", "address", "port", "user", "password", "model"],
-      ["Gate", "127.0.0.1", ports.works, ...login],
-      ["Yard", "localhost", ports.busy, ...login],
-      ["Stairs", "127.1", ports.refused, ...login],
-      ["Roof", "127.0.1", 80800, ...login],
-    ]);
-    await page.click("#many-start");
-    await runEnds(page);
-    await audit(page, "Many cameras, tested", "many-cameras");
-    await page.click("#many-filters [data-kind=failed]");
-    await page.click("#many-causes [data-kind='467']");
-    await audit(page, "Many cameras, one cause");
-    await page.click("#row-3-more");
-    await audit(page, "Details of a row", "row");
-    await page.click("#row-close");
-    await page.setViewportSize({ width: 390, height: 600 });
-    await page.click("#row-3-more");
-    const places = await page
-      .locator("#row, #row-close")
-      .evaluateAll((all) => all.map((one) => one.getBoundingClientRect().y));
-    assert.ok(places[1] >= places[0], "Close is in sight on a phone");
-    await page.click("#row-close");
-    await page.setViewportSize(DESKTOP);
-    await page.click("#many-export-import");
-    await page.check("#import-passwords");
-    await audit(page, "Export for import", "export");
-    await page.click("#import-cancel");
-    await openList(page, [
-      ["Standort", "Adresse"],
-      ["Tor", "127.0.0.1"],
-    ]);
-    await page.click("#question-yes");
-    await page.locator("#many-columns[open]").waitFor();
-    await audit(page, "Columns to choose", "columns");
-
-    await page.click("#nav-models");
-    await page.click("#models-list a:text('RTSP-H264')");
-    await expectText(page, "models-detail-body", "H.264 over RTSP");
-    await audit(page, "Known models");
-    await page.fill("#models-search", "zzzz");
-    await audit(page, "Known models, none found");
-    await page.evaluate(() => (location.hash = "models/Acme/Cube-2"));
-    await page.locator(".sources").waitFor();
-    await page.click("#models-clear");
-    await audit(page, "A model with sources", "known-models");
-  };
-  return withPage("", work, { script: AXE });
 });
