@@ -3,10 +3,10 @@
 #include "recorder/access/grant_list.h"
 #include "recorder/access/granting.h"
 #include "recorder/access/password_hash.h"
-#include "recorder/access/remembered_logins.h"
 #include "recorder/access/users.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/secrets.h"
 #include "rig/temp_folder.h"
 
 namespace recorder {
@@ -16,8 +16,6 @@ using Kind = Grant::Kind;
 
 constexpr HashCost kCheap{1, 1};
 std::string CheapHash(const std::string& password) { return HashPassword(password, kCheap); }
-/// As an earlier version made it: bcrypt of "let me in".
-constexpr char kOldLine[] = "old:$2y$05$abcdefghijklmnopqrstuu4h2R.N3/mVBA7Xh7aLzKSJDAsK61n52\n";
 
 class AccessTest : public testing::Test {
  protected:
@@ -40,20 +38,6 @@ class AccessTest : public testing::Test {
   rig::TempFolder folder_;
   GrantList list_{folder_.Path()};
 };
-
-TEST_F(AccessTest, UsersOfEarlierVersionsAreAdminsWithTheirPasswords) {
-  folder_.Write("users", std::string("# by hand\n") + kOldLine);
-  const User user = ReadUsers(State()).at(0);
-  EXPECT_EQ(user.role, Role::kAdmin);
-  EXPECT_TRUE(IsPasswordOf(user.hash, "let me in"));
-  EXPECT_FALSE(IsPasswordOf(user.hash, "let me i"));
-  EXPECT_TRUE(IsOutdatedHash(user.hash, kCheap));
-  const std::string hash = HashPassword("let me in", kCheap);
-  ReplaceHash(State(), "old", user.hash, hash);
-  EXPECT_TRUE(IsPasswordOf(ReadUsers(State()).at(0).hash, "let me in"));
-  EXPECT_FALSE(IsOutdatedHash(hash, kCheap));
-  EXPECT_TRUE(IsOutdatedHash(hash, {2, 1}));
-}
 
 TEST_F(AccessTest, AnAdminIsAlwaysLeft) {
   EXPECT_THROW(RemoveUser(State(), "admin"), AccessError);
@@ -89,13 +73,6 @@ TEST_F(AccessTest, ChangedUsersLoseTheirSessionsAndRemovedOnesAll) {
   EXPECT_EQ(ReadFile(GrantsFile(State())).find(others.secret), std::string::npos);
 }
 
-TEST_F(AccessTest, ALinkSignsInOnce) {
-  const NewGrant link = AddLink(State(), "hall");
-  EXPECT_EQ(UseLink(State(), link.secret), "hall");
-  EXPECT_THROW(UseLink(State(), link.secret), AccessError);
-  EXPECT_THROW(AddLink(State(), ""), AccessError) << "there are users";
-}
-
 TEST_F(AccessTest, SessionsEndAfterHalfADayWithoutUseOrAMonth) {
   constexpr std::int64_t kHour = 3600;
   constexpr std::int64_t kDay = 24 * kHour;
@@ -120,15 +97,6 @@ TEST_F(AccessTest, SessionsEndAfterHalfADayWithoutUseOrAMonth) {
     WriteGrant(made, now - row.age, now - row.unused, now);
     EXPECT_FALSE(IsIn(Kind::kSession, made)) << row.name;
   }
-}
-
-TEST_F(AccessTest, ARightLoginIsForgottenWhenUsersChange) {
-  RememberedLogins logins(State());
-  logins.Add("hall", "secret", Role::kUser, StampOf(UsersFile(State())));
-  EXPECT_EQ(logins.Find("hall", "secret"), Role::kUser);
-  EXPECT_FALSE(logins.Find("hall", "other") || logins.Find("admin", "secret"));
-  ChangeUser(State(), "hall", {"new secret", {}}, CheapHash);
-  EXPECT_FALSE(logins.Find("hall", "secret"));
 }
 
 }  // namespace

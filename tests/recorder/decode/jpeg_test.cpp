@@ -8,8 +8,6 @@
 #include <memory>
 #include <vector>
 
-#include "recorder/decode/key_picture.h"
-
 extern "C" {
 #include <libavutil/pixdesc.h>
 }
@@ -21,58 +19,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr int kWidth = 322;  // no multiple of a block
 constexpr int kHeight = 178;
-
-/// A coded key frame and its configuration.
-struct KeyFrame {
-  Bytes configuration;
-  Bytes unit;
-};
-
-/// A fine grey pattern.
-void Paint(AVFrame& frame) {
-  for (int at = 0; at < frame.linesize[0] * kHeight; ++at) frame.data[0][at] = std::uint8_t(16 + at * 31 % 200);
-  for (const int plane : {1, 2}) std::fill_n(frame.data[plane], frame.linesize[plane] * kHeight / 2, 128);
-}
-
-KeyFrame Encode() {
-  const CodecContext encoder(avcodec_alloc_context3(avcodec_find_encoder(AV_CODEC_ID_MPEG4)));
-  const Frame frame(av_frame_alloc());
-  const AvPacket packet(av_packet_alloc());
-  encoder->width = frame->width = kWidth;
-  encoder->height = frame->height = kHeight;
-  frame->format = encoder->pix_fmt = AV_PIX_FMT_YUV420P;
-  encoder->time_base = {1, 25};
-  encoder->bit_rate = 4'000'000;
-  encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-  EXPECT_EQ(avcodec_open2(encoder.get(), nullptr, nullptr), 0);
-  EXPECT_EQ(av_frame_get_buffer(frame.get(), 0), 0);
-  Paint(*frame);
-  EXPECT_EQ(avcodec_send_frame(encoder.get(), frame.get()), 0);
-  EXPECT_EQ(avcodec_receive_packet(encoder.get(), packet.get()), 0);
-  return {{encoder->extradata, encoder->extradata + encoder->extradata_size},
-          {packet->data, packet->data + packet->size}};
-}
-
-/// The JPEG of a key frame; empty when there is none.
-Bytes Make(const KeyFrame& frame) {
-  const auto picture = MakeJpeg(frame.configuration, frame.unit);
-  return picture ? Bytes(picture->Span().begin(), picture->Span().end()) : Bytes();
-}
-
-TEST(JpegTest, ADamagedFrameIsNoPicture) {
-  const KeyFrame good = Encode();
-  KeyFrame half = good;
-  half.unit.resize(good.unit.size() / 2);
-  KeyFrame flipped = good;
-  std::fill_n(flipped.unit.begin() + std::ssize(good.unit) / 2, 60, 0xa5);
-  Bytes jpeg = Make(good);
-  EXPECT_EQ(Make({{}, jpeg}), jpeg) << "a camera's own JPEG is handed on as it is";
-  jpeg.resize(jpeg.size() - 100);
-  EXPECT_EQ(Make(half), Bytes());
-  EXPECT_EQ(Make(flipped), Bytes());
-  EXPECT_EQ(Make({{}, jpeg}), Bytes());
-  EXPECT_EQ(Make({{}, good.unit}), Bytes()) << "no configuration";
-}
 
 /// Video of one colour, and how it is marked.
 struct Video {

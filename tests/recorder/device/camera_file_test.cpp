@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "recorder/device/asked/camera_file_text.h"
 #include "recorder/device/model/model_files.h"
 
@@ -18,11 +16,7 @@ CameraReport Report() {
   return report;
 }
 
-std::string TextOf(const CameraReport& report, const std::string& earlier = "null") {
-  Json::Value json;
-  std::istringstream(earlier) >> json;
-  return CameraFileText("ONVIF", "cam:80", report, 1'700'000'000, json);
-}
+std::string TextOf(const CameraReport& report) { return CameraFileText("ONVIF", "cam:80", report, 1'700'000'000, {}); }
 
 std::shared_ptr<const VendorModels> Read(const std::string& text) {
   SetModelFolders({MODELS_FOLDER});
@@ -30,19 +24,6 @@ std::shared_ptr<const VendorModels> Read(const std::string& text) {
   auto models = ReadModelText(text, "a camera's file", mistakes);
   for (const ModelMistake& mistake : mistakes) ADD_FAILURE() << mistake.place << ": " << mistake.text;
   return models;
-}
-
-TEST(CameraFileTest, OtherChannelsStayAsLongAsTheCameraHasThem) {
-  CameraReport report = Report();
-  const std::string two = TextOf(report);
-  report.channel = "1";
-  report.stream = {"/one", std::nullopt};
-  const std::string both = TextOf(report, two);
-  ASSERT_EQ(Read(both)->models.size(), 2U);
-  EXPECT_EQ(Read(both)->models[0].streams.front().from.path, "/one");
-  EXPECT_EQ(Read(both)->models[1].streams.front().from.path, "/two");
-  report.channels = {"1"};
-  EXPECT_EQ(Read(TextOf(report, both))->models.size(), 1U);
 }
 
 TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {

@@ -134,6 +134,8 @@ TEST(Manners, AWrongPasswordIsTriedOnce) {
       {"HangsUpInsideTls", R"({"tls": "only", "fault": "hangUpOnLogin"})", "rtsps://127.0.0.1:PORT/stream1", "H.264",
        464, "loginRefused", "", ""},
       {"AsksAtPlay", R"({"fault": "loginAtPlay"})", "/stream1", "H.264", 0, "loginRefused", "", ""},
+      {"HangsUpBehind401", R"({"fault": "hangUpWith401"})", "/stream1", "H.264", 464, "loginRefused", "", ""},
+      {"ResetsOverALogin", R"({"fault": "resetOnLogin"})", "/stream1", "H.264", 464, "loginRefused", "", ""},
   };
   Json::Value list;
   for (const Manner& manner : manners) list.append(Camera(manner.name, ParseJson(manner.camera)));

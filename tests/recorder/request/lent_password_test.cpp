@@ -97,24 +97,6 @@ TEST_P(LentPasswordTest, IsThatOfTheOneRecordThatFits) {
 
 INSTANTIATE_TEST_SUITE_P(Lending, LentPasswordTest, testing::ValuesIn(kQuestions), kByName);
 
-TEST_F(LendingTest, TheLoginNeverBecomesWeaker) {
-  using enum LoginMethod;
-  LentPassword* lent = Lend();
-  LentPassword* beside = Lend();  // of another request at the same time
-  EXPECT_TRUE(lent->MayLogIn(kOwn, false, kBasic));
-  EXPECT_FALSE(lent->MayLogIn(kNamed, true, kBasic));
-  lent->Worked(kNamed, kSha256);
-  EXPECT_FALSE(lent->MayLogIn(kOwn, false, kBasic)) << "the camera knows Digest";
-  EXPECT_TRUE(lent->MayLogIn(kOwn, false, kMd5)) << "of the own port nothing else is known";
-  lent->Worked(kOwn, kSha256);
-  beside->Worked(kOwn, kMd5);
-  for (LentPassword* later : {lent, Lend()}) {
-    EXPECT_FALSE(later->MayLogIn(kOwn, false, kMd5));
-    EXPECT_TRUE(later->MayLogIn(kOwn, false, kSha256));
-    EXPECT_TRUE(later->MayLogIn(kNamed, false, kMd5));
-  }
-}
-
 TEST_F(LendingTest, ANamedPortIsTheCameraWithTheCertificateOfItsOwnPort) {
   using enum LoginMethod;
   LentPassword* lent = Lend();

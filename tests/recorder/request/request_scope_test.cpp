@@ -67,16 +67,6 @@ TEST(RequestScopeTest, ASpentDeadlineAnswersForEveryHost) {
   EXPECT_EQ(scope.Refusal("cam2", 80, "", ""), Outcome::kTimedOut);
 }
 
-TEST(RequestScopeTest, SpentBytesAnswerForEveryHost) {
-  RequestScope scope{milliseconds(1000), 1000};
-  EXPECT_TRUE(scope.Spend(400, "cam1"));
-  EXPECT_TRUE(scope.Spend(600, "cam2"));
-  EXPECT_EQ(scope.Refusal("cam1", 80, "", ""), std::nullopt);
-  EXPECT_FALSE(scope.Spend(1, "cam1"));
-  EXPECT_FALSE(scope.Spend(0, "cam2"));
-  EXPECT_EQ(scope.Refusal("cam3", 80, "", ""), Outcome::kNotUnderstood);
-}
-
 TEST(RequestScopeTest, AShareOfTheTimeIsOverForItselfAlone) {
   RequestScope scope{milliseconds(10'000)};
   const auto deadline = scope.Deadline();
