@@ -19,7 +19,6 @@ namespace {
 struct Tally {
   std::mutex mutex;
   std::map<std::string, std::uint64_t> outcomes;
-  std::size_t mostHeld = 0;
   int broken = 0;
 };
 
@@ -27,7 +26,6 @@ void Note(Tally& tally, std::uint64_t seed, const Run& run, bool isOnlyOne) {
   constexpr int kMostTold = 10;
   const std::scoped_lock lock(tally.mutex);
   ++tally.outcomes[run.outcome];
-  tally.mostHeld = std::max(tally.mostHeld, run.mostHeld);
   const bool isBroken = !run.mistake.empty();
   if (isBroken) std::cout << "seed " << seed << " " << run.mistake << std::endl;
   if (isOnlyOne || (isBroken && tally.broken < kMostTold)) std::cout << RunSession(Chance(seed), true).story;
@@ -46,7 +44,7 @@ int RunAll(std::uint64_t seed, std::uint64_t runs) {
   for (std::jthread& thread : threads) thread = std::jthread(work);
   threads.clear();  // which waits for them
   for (const auto& [outcome, count] : tally.outcomes) std::cout << count << " x " << outcome << "\n";
-  std::cout << runs << " sessions, the largest of " << tally.mostHeld << " bytes, " << tally.broken << " broken\n";
+  std::cout << runs << " sessions, " << tally.broken << " broken\n";
   return tally.broken == 0 ? 0 : 1;
 }
 

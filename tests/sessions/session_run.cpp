@@ -3,7 +3,6 @@
 #include "recorder/net/camera_address.h"
 #include "recorder/net/rtsp/rtsp_session.h"
 #include "recorder/utility/limits.h"
-#include "tests/sessions/held_memory.h"
 #include "tests/sessions/sim_camera.h"
 
 namespace sessions {
@@ -14,15 +13,7 @@ using recorder::RtspSession;
 
 constexpr int kMostSteps = 200'000;
 constexpr int kMostConnections = 20;  // to four addresses, where redirects lead
-constexpr std::size_t kMostHeld = 2 * recorder::kMiB;
 constexpr Clock::time_point kStart{std::chrono::hours(1)};
-
-/// A call of a session: what it takes from the heap is counted.
-struct Call {
-  RtspSession& session;
-  const Counting counting{};
-  RtspSession* operator->() const { return &session; }
-};
 
 std::string_view Text(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
@@ -31,7 +22,6 @@ std::string_view Text(std::span<const std::uint8_t> bytes) {
 class Trial : private recorder::RtspLogins {
  public:
   Trial(Chance& chance, bool tells) : chance_(chance), tells_(tells) {
-    heldMemory = {};
     if (plan_.answerBy.count() > 0) session_.AnswerBy(kStart + plan_.answerBy);
   }
 
@@ -47,17 +37,17 @@ class Trial : private recorder::RtspLogins {
     SayGoodbye();
     CheckLogins();
     CheckSteadiness();
-    return {mistake_, std::string(NameOf(session_.Result())), heldMemory.most, story_};
+    return {mistake_, std::string(NameOf(session_.Result())), story_};
   }
 
  private:
   bool Do(void (RtspSession::*begin)()) {
     isPlaying_ |= begin == &RtspSession::Play;
-    (Counted().session.*begin)();
+    (session_.*begin)();
     for (;;) {
       Expect(++steps_ < kMostSteps && connections_ <= kMostConnections, "goes on without end");
       if (!mistake_.empty()) return false;
-      switch (Counted()->Next(now_)) {
+      switch (session_.Next(now_)) {
         case RtspSession::Step::kConnect:
           Connect();
           break;
@@ -68,15 +58,13 @@ class Trial : private recorder::RtspLogins {
           Receive();
           break;
         case RtspSession::Step::kOpenPorts:
-          Counted()->PortsOpened(plan_.hasPorts ? 5000 : 0);
+          session_.PortsOpened(plan_.hasPorts ? 5000 : 0);
           break;
         case RtspSession::Step::kDone:
           return session_.Result() == Outcome::kOk;
       }
     }
   }
-
-  Call Counted() { return {session_}; }
 
   void Connect() {
     ++connections_;
@@ -85,7 +73,7 @@ class Trial : private recorder::RtspLogins {
     Expect(session_.IsTls() == (session_.Port() == recorder::kRtspsPort), "leaves TLS, or enters it unasked");
     if (plan_.connects == Outcome::kTimedOut) now_ = session_.Deadline();
     if (plan_.connects == Outcome::kOk) camera_.Connect(session_.Port());
-    Counted()->Connected(plan_.connects);
+    session_.Connected(plan_.connects);
   }
 
   void Send() {
@@ -97,7 +85,7 @@ class Trial : private recorder::RtspLogins {
     if (stops) now_ = std::max(now_, session_.Deadline());
     if (fails) camera_.Fail(now_);
     if (!stops && !fails) camera_.Send(bytes, now_);
-    Counted()->Sent(stops ? Outcome::kTimedOut : fails ? Outcome::kNotUnderstood : Outcome::kOk);
+    session_.Sent(stops ? Outcome::kTimedOut : fails ? Outcome::kNotUnderstood : Outcome::kOk);
   }
 
   void Receive() {
@@ -107,20 +95,20 @@ class Trial : private recorder::RtspLogins {
     Expect(!isPause || !IsSteady(session_.Port()), "pauses before a camera that is known to stay");
     if (camera_.TakeDatagram(until, now_, datagram_)) {
       Tell("takes a datagram");
-      return Counted()->Arrived({false, {reinterpret_cast<const std::uint8_t*>(datagram_.data()), datagram_.size()}});
+      return session_.Arrived({false, {reinterpret_cast<const std::uint8_t*>(datagram_.data()), datagram_.size()}});
     }
-    const std::span<std::uint8_t> space = Counted()->Space();
+    const std::span<std::uint8_t> space = session_.Space();
     std::size_t size = 0;
     switch (camera_.Receive(until, now_, space, size)) {
       case Wire::Event::kNothing:
         return Tell("hears nothing");
       case Wire::Event::kBytes:
         Tell("hears ", Text(space.first(size)));
-        return Counted()->Received(size);
+        return session_.Received(size);
       case Wire::Event::kEnd:
         const bool isUnread = camera_.WasClosedUnread();
         Tell("hears the end", isUnread ? ", unread" : "");
-        return Counted()->Ended(isUnread ? RtspSession::Ending::kUnread : RtspSession::Ending::kUsual);
+        return session_.Ended(isUnread ? RtspSession::Ending::kUnread : RtspSession::Ending::kUsual);
     }
   }
 
@@ -130,8 +118,6 @@ class Trial : private recorder::RtspLogins {
     Expect(now_ <= session_.Deadline(), "ends behind the deadline");
     Expect(outcome != Outcome::kTimedOut || now_ == session_.Deadline() || plan_.connects == outcome,
            "times out early");
-    const std::size_t early = plan_.isFlooding ? recorder::kMostEarlyBytes : plan_.packetsEarly * plan_.packetSize;
-    Expect(heldMemory.most <= kMostHeld + early, "holds " + std::to_string(heldMemory.most) + " bytes");
     if (plan_.IsLoose() || plan_.Allowed().contains(outcome)) return;
     std::string wanted;
     for (const Outcome allowed : plan_.Allowed()) wanted += " " + std::string(NameOf(allowed));
@@ -140,7 +126,7 @@ class Trial : private recorder::RtspLogins {
 
   void SayGoodbye() {
     if (connections_ == 0 || plan_.connects != Outcome::kOk) return;
-    const std::string bytes = Counted()->Teardown();
+    const std::string bytes = session_.Teardown();
     Tell("takes its leave: ", bytes);
     camera_.Send(bytes, now_);
   }

@@ -10,8 +10,7 @@ namespace sessions {
 struct Run {
   std::string mistake;  ///< the promise that was not kept; "" when all were
   std::string outcome;
-  std::size_t mostHeld = 0;  ///< bytes that the session had from the heap at once
-  std::string story;         ///< what was said and heard, when, and how it ended
+  std::string story;  ///< what was said and heard, when, and how it ended
 };
 
 /// Lets a session talk with a camera that `chance` makes, over a network and by a clock that are as little real.
