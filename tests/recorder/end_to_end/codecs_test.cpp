@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "rig/cameras.h"
 #include "rig/questions.h"
 
@@ -13,7 +15,7 @@ struct Kind {
   const char* name;
   const char* stream;  ///< of the simulated camera
   const char* model;   ///< "vendor model"
-  const char* path;    ///< that the user gives
+  const char* path;    ///< that the user gives; PORT stands for the camera's
   const char* codec;   ///< that the user names
   const char* size;
 };
@@ -38,6 +40,7 @@ const Kind kKinds[] = {
     {"UserH265", R"({"codec": "h265"})", "User ", "stream1", "", "640x480"},
     {"UserJpegOverRtsp", R"({"codec": "jpeg"})", "User ", "/stream1", "", "640x480"},
     {"UserMjpegOverHttp", R"({"codec": "h264"})", "User ", "/video.mjpg", "MJPEG", "640x480"},
+    {"UserPathInsideTls", R"({"codec": "h264"})", "User ", "rtsps://127.0.0.1:PORT/stream1", "H.264", "640x480"},
     {"UserPathOverHttp", R"({"codec": "h264"})", "User ", "/snapshot.jpg", "", "640x480"},
 };
 
@@ -51,6 +54,7 @@ Json::Value CodecCameras() {
     for (const char* login : kLogins) {
       Json::Value camera;
       camera["login"] = login;
+      if (std::string(kind.path).starts_with("rtsps")) camera["tls"] = "only";
       camera["stream"] = ParseJson(kind.stream);
       camera["snapshot"]["sizes"].append("320x240");
       cameras.append(Camera(NameOf(kind, login), camera));
@@ -83,7 +87,7 @@ TEST(Codecs, EachWithEachLoginGivesPictureTestAndSize) {
       const int port = cameras.Port(NameOf(kind, login));
       Json::Value params = CameraParams(port, kSecret, kind.model);
       params["camChannel"] = std::string(kind.name) == "FourthChannel" ? "4" : "1";
-      params["camSourcePath"] = kind.path;
+      params["camSourcePath"] = std::regex_replace(kind.path, std::regex("PORT"), std::to_string(port));
       params["camVideoType"] = kind.codec;
       EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
       EXPECT_EQ(SizeOf(PictureOf(recorder.Post("GetSnapshot", params))), kind.size);
