@@ -19,8 +19,7 @@ using std::chrono::seconds;
 constexpr seconds kLongestPause{60};
 constexpr int kDoublings = 6;  // then a pause is longer than the longest
 constexpr std::chrono::minutes kForgottenAfter{15};
-constexpr std::size_t kNetworkBytes = 8;         // of an IPv6 address
-constexpr std::string_view kMapped = "::ffff:";  // before an IPv4 address
+constexpr std::size_t kNetworkBytes = 8;  // of an IPv6 address
 
 /// What has failed for one user, or from one address.
 struct Tally {
@@ -84,7 +83,6 @@ std::uint64_t GuessPauses::HashOf(const std::string& text) const {
 
 std::uint64_t GuessPauses::HashOfAddress(const std::string& address) const {
   in6_addr bytes{};
-  if (StartsWithIgnoreCase(address, kMapped)) return HashOf(address.substr(kMapped.size()));
   if (inet_pton(AF_INET6, address.c_str(), &bytes) != 1) return HashOf(address);
   return HashOf(std::string(reinterpret_cast<const char*>(&bytes), kNetworkBytes));
 }

@@ -12,7 +12,7 @@ namespace recorder {
 
 /// Pauses after wrong passwords, for their user and for their address, whatever connection comes next: 1 s after the
 /// first, twice as long after each further one, up to 60 s. What is 15 minutes old is forgotten. Of an IPv6 address the
-/// first 64 bits count: one host has all others; an IPv4-mapped one is the IPv4 address. One thread at a time.
+/// first 64 bits count: one host has all others. One thread at a time.
 class GuessPauses {
  public:
   GuessPauses();

@@ -18,6 +18,14 @@ std::string_view HostName(std::string_view host) {
   return host.substr(0, host.find(':'));
 }
 
+/// An IPv4 address in its usual form, also where it came to a listener for IPv6 (RFC 4291 section 2.5.5.2).
+std::string Unmapped(const std::string& address) {
+  constexpr std::string_view kMapped = "::ffff:";
+  const std::string rest = StartsWithIgnoreCase(address, kMapped) ? address.substr(kMapped.size()) : "";
+  const bool isMapped = rest.find('.') != std::string::npos && rest.find(':') == std::string::npos;
+  return isMapped ? rest : address;
+}
+
 HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   const auto text = [&](const char* name) {
     const char* value = variable(name);
@@ -34,7 +42,7 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.origin = text("HTTP_ORIGIN");
   request.fetchSite = text("HTTP_SEC_FETCH_SITE");
   request.ifNoneMatch = text("HTTP_IF_NONE_MATCH");
-  request.address = text("REMOTE_ADDR");
+  request.address = Unmapped(text("REMOTE_ADDR"));
   request.remoteUser = text("REMOTE_USER");
   request.remoteRole = text("REMOTE_ROLE");
   request.isTls = text("HTTPS") == "on";

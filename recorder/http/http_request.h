@@ -38,7 +38,7 @@ struct HttpRequest {
   std::string origin;         ///< the Origin header
   std::string fetchSite;      ///< the Sec-Fetch-Site header
   std::string ifNoneMatch;    ///< the If-None-Match header
-  std::string address;        ///< of whoever asks
+  std::string address;        ///< of whoever asks; of IPv4 without the prefix of IPv6
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
   std::string remoteRole;     ///< his role, or "": recorder-login tells it with him
   bool isTls = false;

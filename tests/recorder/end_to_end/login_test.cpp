@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <future>
 #include <vector>
 
@@ -99,10 +100,12 @@ TEST(Logins, PauseAfterAWrongPasswordButNotForSessionsAndTokens) {
 }
 
 TEST(Logins, AreLoggedWithTheAddressThatAKnownProxyNames) {
-  const Headers forwarded = {{"X-Forwarded-For", "203.0.113.9"}, *LoginOf("x", "wrong").begin()};
-  for (const auto& [proxy, address] : {std::pair("127.0.0.1", "203.0.113.9"), {"192.0.2.1", "127.0.0.1"}}) {
+  const std::array<const char*, 3> kRows[] = {{"127.0.0.1", "203.0.113.9", "203.0.113.9"},
+                                              {"127.0.0.1", "::ffff:203.0.113.9", "203.0.113.9"},
+                                              {"192.0.2.1", "203.0.113.9", "127.0.0.1"}};
+  for (const auto& [proxy, forwarded, address] : kRows) {
     const TestRecorder recorder({.proxies = {proxy}});
-    EXPECT_EQ(StatusOf(recorder, forwarded), 401);
+    EXPECT_EQ(StatusOf(recorder, {{"X-Forwarded-For", forwarded}, *LoginOf("x", "wrong").begin()}), 401);
     EXPECT_THAT(recorder.Log(), HasSubstr(std::string("from ") + address + " failed."));
   }
 }
