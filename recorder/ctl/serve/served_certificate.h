@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 
 #include "recorder/ctl/certificate_files.h"
@@ -16,18 +17,22 @@ class ServedCertificate {
   ServedCertificate(CertificateFiles files, std::filesystem::path copy);
 
   /// Call now and then. True when there is a new copy, which the web server has to read. Files that are changing are
-  /// waited for; those that cannot be used are logged once, and the copy stays as it is. Never throws.
+  /// waited for; those that cannot be used are logged once, and the copy stays as it is. A copy that ends within 30
+  /// days is logged once as well. Never throws.
   bool Update();
 
  private:
   using Stamps = std::array<FileStamp, 2>;
   Stamps Look() const { return {StampOf(files_.certificate), StampOf(files_.key)}; }
-  void Copy() const;
+  void Copy();
+  void WarnOfEnd();
 
   const CertificateFiles files_;
   const std::filesystem::path copy_;
-  Stamps seen_;   // at the last call
-  Stamps tried_;  // to copy
+  Stamps seen_;           // at the last call
+  Stamps tried_;          // to copy
+  std::int64_t end_ = 0;  // of the copy
+  bool isWarned_ = false;
 };
 
 }  // namespace recorder

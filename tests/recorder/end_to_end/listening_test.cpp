@@ -68,6 +68,7 @@ TEST(Listening, IsAtItsAddressAloneAndClosedToItself) {
   const TestRecorder recorder(kOpen);
   const std::string certificate = Certificate(recorder);
   EXPECT_THAT(Ask(recorder, certificate, "CameraModelEnum"), HasSubstr("\"success\":true"));
+  EXPECT_THAT(recorder.Log(), testing::Not(HasSubstr(" ends on ")));
   EXPECT_THROW(HttpClient(recorder.Port()).Ask("GET / HTTP/1.0\r\n\r\n"), NoAnswer) << "at 127.0.0.1";
   EXPECT_THAT(recorder.Control({"link"}).output, HasSubstr("https://127.0.0.2:" + std::to_string(recorder.Port())));
   for (const char* own : {"127.0.0.2", "127.0.0.1"}) {

@@ -60,9 +60,9 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
   const std::string certificate = (folder.Path() / "certificate.pem").string();
   const std::string key = (folder.Path() / "key.pem").string();
   const Finished made =
-      rig::Run("/usr/bin/openssl",
-               {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-subj",
-                "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate});
+      rig::Run("/usr/bin/openssl", {"req", "-x509", "-days", "29", "-newkey", "ec", "-pkeyopt",
+                                    "ec_paramgen_curve:prime256v1", "-nodes", "-subj", "/CN=localhost", "-addext",
+                                    "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate});
   ASSERT_EQ(made.status, 0) << made.output;
   const TestRecorder recorder({.serveArguments = {"--tls-certificate", certificate, "--tls-key", key}});
   const std::string address = "://127.0.0.1:" + std::to_string(recorder.Port()) + kApi;
@@ -79,6 +79,7 @@ TEST(Tls, IsAllThatItsPortSpeaks) {
                 "https://127.0.0.1:" + std::to_string(recorder.Port()) + "/recorder/1/session"});
   EXPECT_THAT(session.output, testing::AllOf(testing::HasSubstr("\r\nSet-Cookie: __Host-session="),
                                              testing::HasSubstr("; Secure\r\n")));
+  EXPECT_THAT(recorder.Log(), testing::HasSubstr("The certificate in " + certificate + " ends on "));
   const Finished plain = get("http");
   EXPECT_NE(plain.status, 0);
   EXPECT_THAT(plain.output, testing::Not(testing::HasSubstr("User Define")));
