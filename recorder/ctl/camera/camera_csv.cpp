@@ -1,6 +1,7 @@
 #include "recorder/ctl/camera/camera_csv.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <utility>
@@ -45,6 +46,12 @@ struct Heading {
 
   /// One known word alone may be a value, such as a user name, and a password may stand beside it.
   bool IsSure() const { return Holds("address") || CountKnown() > 1; }
+
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    std::transform(columns.begin(), columns.end(), std::back_inserter(names), [](const Column& c) { return c.name; });
+    return names;
+  }
 
   /// The list's own name for the column that holds `member`.
   std::string NameOf(const std::string& member) const {
@@ -176,20 +183,6 @@ std::optional<RecordMistake> MakeCamera(Cells& cells, const ListRules& rules, Li
   return mistake ? std::optional(OfList(*mistake, camera)) : std::nullopt;
 }
 
-/// What is wrong with the shape of a line, if anything.
-std::optional<ListMistake> ShapeMistake(const CsvLine& line, const std::vector<Column>& columns) {
-  const std::size_t count = line.cells.size();
-  if (!line.mistake.empty()) {
-    return ListMistake{line.number, count < columns.size() ? columns[count].name : "", line.mistake};
-  }
-  const auto isBlank = [](const std::string& cell) { return Trimmed(cell).empty(); };
-  const std::size_t width = columns.size();
-  const bool isLong =
-      count > width && !std::all_of(line.cells.begin() + static_cast<std::ptrdiff_t>(width), line.cells.end(), isBlank);
-  if (count >= width && !isLong) return std::nullopt;
-  return ListMistake{line.number, "", std::to_string(count) + " cells, but the heading has " + std::to_string(width)};
-}
-
 /// The cells of a line as wide as its heading.
 Cells CellsOf(const CsvLine& line, const std::vector<Column>& columns) {
   Cells cells;
@@ -203,7 +196,7 @@ Cells CellsOf(const CsvLine& line, const std::vector<Column>& columns) {
 }
 
 void ReadRow(const CsvLine& line, const Heading& heading, const ListRules& rules, CameraList& list) {
-  if (auto mistake = ShapeMistake(line, heading.columns)) {
+  if (auto mistake = ShapeMistake(line, heading.Names())) {
     list.mistakes.push_back(std::move(*mistake));
     return;
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recorder/ctl/camera/known_models.h"
+#include "recorder/ctl/camera/list_mistake.h"
 #include "recorder/records/records.h"
 
 namespace recorder {
@@ -17,13 +18,6 @@ struct ListedCamera {
   int line = 0;
   CameraRecord camera;
   std::string password;
-};
-
-/// A mistake in a list of cameras.
-struct ListMistake {
-  int line = 0;        ///< from 1
-  std::string column;  ///< as the heading names it, or its number, from 1; "" when the mistake is of the whole line
-  std::string text;    ///< holds no value of the list
 };
 
 struct CameraList {

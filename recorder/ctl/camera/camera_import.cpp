@@ -1,6 +1,5 @@
 #include "recorder/ctl/camera/camera_import.h"
 
-#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -8,6 +7,7 @@
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/camera/camera_places.h"
 #include "recorder/ctl/camera/headings.h"
+#include "recorder/ctl/camera/list_mistake.h"
 #include "recorder/host/host.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
@@ -63,16 +63,8 @@ int Store(CameraList& list, Records& records, const ImportOptions& options) {
   return stored;
 }
 
-void Report(const std::string& file, const ListMistake& mistake) {
-  std::cerr << "recorderctl: " << file << ", line " << mistake.line;
-  if (!mistake.column.empty()) std::cerr << ", column " << EscapeControls(mistake.column);
-  std::cerr << ": " << EscapeControls(mistake.text) << "\n";
-}
-
-void Report(const std::string& file, CameraList& list) {
-  std::stable_sort(list.mistakes.begin(), list.mistakes.end(),
-                   [](const ListMistake& one, const ListMistake& other) { return one.line < other.line; });
-  for (const ListMistake& mistake : list.mistakes) Report(file, mistake);
+void Report(const std::string& file, const CameraList& list) {
+  PrintMistakes(file, list.mistakes);
   for (const std::string& column : list.notStored) {
     std::cerr << "recorderctl: " << file << ": the column " << EscapeControls(column) << " is not stored\n";
   }
