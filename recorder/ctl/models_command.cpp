@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "recorder/ctl/models/models_import.h"
+#include "recorder/ctl/models/models_own.h"
 #include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/host/host.h"
@@ -46,9 +48,7 @@ void CheckModels(const ModelFolders& folders) {
   if (!catalog.mistakes.empty()) throw CLI::RuntimeError(1);
 }
 
-}  // namespace
-
-void AddModelsCommand(CLI::App& app, const std::string& configOption) {
+void AddCheck(CLI::App& app, const std::string& configOption) {
   CLI::App* command =
       app.add_subcommand("check-models", "Name every mistake in the model files, and count who says what");
   const auto folder = std::make_shared<std::string>();
@@ -57,6 +57,16 @@ void AddModelsCommand(CLI::App& app, const std::string& configOption) {
   command->callback([folder, &configOption] {
     CheckModels(folder->empty() ? ModelFoldersOf(LoadConfig(FindConfigFile(configOption))) : ModelFolders{*folder});
   });
+}
+
+}  // namespace
+
+void AddModelsCommand(CLI::App& app, const std::string& configOption) {
+  AddCheck(app, configOption);
+  CLI::App* command = app.add_subcommand("models", "Bring models of your own");
+  command->require_subcommand(1);
+  AddModelsImport(*command, configOption);
+  AddOwnModels(*command, configOption);
 }
 
 }  // namespace recorder

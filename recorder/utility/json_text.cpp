@@ -14,9 +14,9 @@ namespace recorder {
 
 namespace {
 
-Json::StreamWriterBuilder WriterOf(bool emitsUtf8) {
+Json::StreamWriterBuilder WriterOf(bool emitsUtf8, const char* indentation = "") {
   Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
+  builder["indentation"] = indentation;
   builder["emitUTF8"] = emitsUtf8;
   return builder;
 }
@@ -116,5 +116,7 @@ std::string ToText(const Json::Value& json) {
   // The other one escapes, and replaces what is no character.
   return IsUtf8(text) ? text : ByJsonCpp(json, false);
 }
+
+std::string ToPrettyText(const Json::Value& json) { return Json::writeString(WriterOf(true, "  "), json) + "\n"; }
 
 }  // namespace recorder

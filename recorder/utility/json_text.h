@@ -17,4 +17,7 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
 /// thread.
 std::string ToText(const Json::Value& json);
 
+/// The same on many lines, for people, with a line end.
+std::string ToPrettyText(const Json::Value& json);
+
 }  // namespace recorder

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What stands in a path of one camera that is nobody else's business. Pure functions, any thread.
+
+namespace recorder {
+
+/// A text that is known to be private, such as a camera's password. Both must outlive it.
+struct PrivateText {
+  std::string_view what;  ///< for people: "the camera's password"
+  std::string_view text;  ///< "": none
+};
+
+/// What of a camera or its owner seems to stand in `path`, in words for people, such as "a password"; "" for nothing.
+/// It is one of `known` as a whole word; a login, a token or a serial number by the name that it has there
+/// ("password="); an address; or a long text that looks as if it were drawn by lot. Names of streams and profiles stay
+/// ("/onvif/profile1", "?token=Profile_1"): they are the same in all cameras of a model.
+std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText>& known = {});
+
+}  // namespace recorder
