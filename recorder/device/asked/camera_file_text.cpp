@@ -67,6 +67,7 @@ class ModelWriter {
     model_["name"] = report_.channel;
     model_["id"] = vendor_ + " " + kGenericName;
     if (IsUsable(report_.device)) model_["source"] = report_.device;
+    WriteDevice();
     Set("channels", ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front()),
         Source::kCamera);
     WriteVideo();
@@ -89,6 +90,11 @@ class ModelWriter {
 
   void SetChoices(const char* member, const std::optional<Choices>& choices) {
     Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), SourceOf(choices));
+  }
+
+  void WriteDevice() {
+    if (IsUsable(report_.maker)) model_["device"]["maker"] = report_.maker;
+    if (IsUsable(report_.model)) model_["device"]["model"] = report_.model;
   }
 
   void WriteVideo() {

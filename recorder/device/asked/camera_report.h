@@ -14,6 +14,8 @@ namespace recorder {
 /// camera sent it, in the recorder's own words for codecs ("H.264") and sizes ("1280x720").
 struct CameraReport {
   std::string device;                 ///< maker, model, firmware, for people
+  std::string maker;                  ///< or ""
+  std::string model;                  ///< or ""
   std::vector<std::string> channels;  ///< at least one, the default one first
   std::string channel;                ///< the one of `channels` that what follows is about
 

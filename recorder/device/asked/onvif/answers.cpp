@@ -99,6 +99,10 @@ std::string ReadDevice(XmlElement answer) {
   return answer.ChildTexts(kDeviceNamespace, {"Manufacturer", "Model", "FirmwareVersion"});
 }
 
+std::string ReadMaker(XmlElement answer) { return answer.ChildTexts(kDeviceNamespace, {"Manufacturer"}); }
+
+std::string ReadModelName(XmlElement answer) { return answer.ChildTexts(kDeviceNamespace, {"Model"}); }
+
 bool OffersAudio(XmlElement answer, const Service& media) {
   const bool isMedia2 = media.nameSpace == kMedia2Namespace;
   const std::vector<XmlElement> options =

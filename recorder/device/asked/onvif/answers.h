@@ -35,8 +35,10 @@ struct Capabilities {
 };
 Capabilities ReadCapabilities(XmlElement answer);
 
-/// Of GetDeviceInformation: maker, model and firmware, as far as they are there.
+/// Of GetDeviceInformation: maker, model and firmware, as far as they are there; and one of them.
 std::string ReadDevice(XmlElement answer);
+std::string ReadMaker(XmlElement answer);
+std::string ReadModelName(XmlElement answer);
 
 /// Of GetAudioEncoderConfigurationOptions, of the media service `media`: true when an encoding is offered.
 bool OffersAudio(XmlElement answer, const Service& media);

@@ -268,6 +268,8 @@ class Questioning {
   Outcome AskDevice() {
     const Reply reply = client_.Call(kDevicePath, kDevice, "GetDeviceInformation");
     report_.device = ReadDevice(reply.content);
+    report_.maker = ReadMaker(reply.content);
+    report_.model = ReadModelName(reply.content);
     return Optional(reply);
   }
 

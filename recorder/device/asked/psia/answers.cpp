@@ -147,6 +147,10 @@ std::string ReadDevice(const XmlElement& deviceInfo) {
   return device.empty() ? Child(deviceInfo, "deviceName").Text() : device;
 }
 
+std::string ReadMaker(const XmlElement& deviceInfo) { return Child(deviceInfo, "manufacturer").Text(); }
+
+std::string ReadModelName(const XmlElement& deviceInfo) { return Child(deviceInfo, "model").Text(); }
+
 StreamingChannel ReadChannel(const XmlElement& streamingChannel) {
   StreamingChannel channel;
   channel.id = Child(streamingChannel, "id").Text();

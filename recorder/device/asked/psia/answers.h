@@ -48,8 +48,10 @@ struct StreamingChannel {
   bool hasAudio = false;
 };
 
-/// Maker, model and firmware of a DeviceInfo document.
+/// Maker, model and firmware of a DeviceInfo document; and one of them.
 std::string ReadDevice(const XmlElement& deviceInfo);
+std::string ReadMaker(const XmlElement& deviceInfo);
+std::string ReadModelName(const XmlElement& deviceInfo);
 
 StreamingChannel ReadChannel(const XmlElement& streamingChannel);
 

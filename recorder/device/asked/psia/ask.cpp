@@ -79,6 +79,8 @@ void AskAboutChannel(Conversation& camera, StreamingChannel& channel) {
 Outcome AskDevice(Conversation& camera, CameraReport& report) {
   const Reading device = camera.Get("/PSIA/System/deviceInfo", {"DeviceInfo"});
   report.device = ReadDevice(device.document.Root());
+  report.maker = ReadMaker(device.document.Root());
+  report.model = ReadModelName(device.document.Root());
   return OfFirstQuestion(device.outcome);
 }
 
