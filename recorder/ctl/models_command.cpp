@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "recorder/ctl/models/models_export.h"
 #include "recorder/ctl/models/models_import.h"
 #include "recorder/ctl/models/models_own.h"
 #include "recorder/device/model/model_facts.h"
@@ -63,9 +64,10 @@ void AddCheck(CLI::App& app, const std::string& configOption) {
 
 void AddModelsCommand(CLI::App& app, const std::string& configOption) {
   AddCheck(app, configOption);
-  CLI::App* command = app.add_subcommand("models", "Bring models of your own");
+  CLI::App* command = app.add_subcommand("models", "Bring models of your own, and hand on what a camera said");
   command->require_subcommand(1);
   AddModelsImport(*command, configOption);
+  AddModelsExport(*command, configOption);
   AddOwnModels(*command, configOption);
 }
 

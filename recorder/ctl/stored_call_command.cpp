@@ -5,8 +5,6 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/run_call.h"
-#include "recorder/host/host.h"
-#include "recorder/records/records.h"
 
 namespace recorder {
 
@@ -34,7 +32,15 @@ Json::Value ParamsOf(const CameraRecord& camera) {
   return params;
 }
 
-/// A camera that may be asked: nobody's password goes to one that is switched off.
+void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
+  const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
+  const Host host = StartHost(FindConfigFile(configOption));
+  const CameraRecord camera = FindEnabled(Records(host.config.stateFolder), options.id);
+  RunAndPrint(StoredCall(host, method, camera), camera.name, pictureFile);
+}
+
+}  // namespace
+
 CameraRecord FindEnabled(const Records& records, int id) {
   CameraRecord camera = FindCamera(records, id);
   if (camera.status == CAM_CONN_STATUS_DISABLED) {
@@ -43,19 +49,14 @@ CameraRecord FindEnabled(const Records& records, int id) {
   return camera;
 }
 
-void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
-  const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
-  const Host host = StartHost(FindConfigFile(configOption));
-  const CameraRecord camera = FindEnabled(Records(host.config.stateFolder), options.id);
+ApiCall StoredCall(const Host& host, const std::string& method, const CameraRecord& camera) {
   ApiCall call;
   call.method = host.module.Find(method);
   if (call.method == nullptr) throw std::runtime_error("the module has no method " + method);
   call.params = ParamsOf(camera);
   call.isAuthorized = true;  // whoever can read the records may ask
-  RunAndPrint(call, camera.name, pictureFile);
+  return call;
 }
-
-}  // namespace
 
 void AddStoredCallCommands(CLI::App& app, const std::string& configOption) {
   const auto options = std::make_shared<StoredCallOptions>();
