@@ -290,3 +290,55 @@ TEST_F(KeptCamera, IsAskedAgainWhenItsFileIsBroken) {
   std::ofstream(CameraFile(recorder_)) << "{ half a fi";
   EXPECT_EQ(Code("GetSnapshot"), 0);
 }
+
+TEST(HandedOnModels, TellWhatTheCameraSaidAndNothingPrivate) {
+  constexpr char kTwo[] = R"({"onvif": {"channels": 2}, "stream": [{"path": "/ch01/live"}, {"path": "/ch02/live"}]})";
+  constexpr char kSecretPath[] = R"({"onvif": {}, "stream": {"path": "/user=admin_password=x_channel=1.sdp"}})";
+  const SimCameras cameras(List({Configured("gate", kTwo), Configured("yard", kSecretPath)}));
+  const TestRecorder recorder;
+  const TempFolder folder;
+  for (const char* name : {"gate", "yard"}) {
+    recorder.AddCamera("ONVIF", "Generic", cameras.Port(name), "admin", kSecret);
+  }
+  EXPECT_THAT(recorder.Control({"models", "export", "1"}).output, testing::HasSubstr("test it first"));
+  Json::Value params = GenericParams("ONVIF", cameras.Port("gate"), kSecret);
+  for (const char* channel : {"2", "1"}) {
+    params["camChannel"] = channel;
+    EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0);
+  }
+  const Finished exported = recorder.Control({"models", "export", "1"});
+  EXPECT_EQ(exported.status, 0) << exported.output;
+  for (const char* text : {"127.0.0.1", "admin", kSecret, "51AC0DE5", "oken", "onvifMedia"}) {
+    EXPECT_THAT(exported.output, testing::Not(testing::HasSubstr(text)));
+  }
+  const Json::Value model = ParseJson(exported.output)["models"][0];
+  EXPECT_EQ(model["name"], "gate");
+  EXPECT_EQ(model["stream"]["path"], "/ch{channel:02}/live");
+  EXPECT_EQ(model["channels"]["values"].size(), 2U);
+  EXPECT_EQ(model["facts"]["resolutions"], "camera");
+
+  const Finished import = recorder.Control({"models", "import", folder.Write("gate.json", exported.output)});
+  EXPECT_EQ(import.status, 0) << import.output;
+  params = CameraParams(cameras.Port("gate"), kSecret, "Simcam gate");
+  params["camChannel"] = "2";
+  EXPECT_EQ(CodeOf(recorder, "CameraTest", params), 0) << recorder.Log();
+
+  EXPECT_EQ(recorder.Control({"test", "2"}).status, 0);
+  const Finished refused = recorder.Control({"models", "export", "2"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.output, testing::HasSubstr("the path of the main stream cannot be handed on: it seems to hold"));
+}
+
+TEST(HandedOnModels, AreOfTestedPathsWhereTheUserGaveThem) {
+  const SimCameras cameras(List({Configured("good", R"({"stream": {"path": "/live"}})")}));
+  const TestRecorder recorder;
+  recorder.AddCamera("User", "", cameras.Port("good"), "admin", kSecret, "1", "/live");
+  const auto exportAs = [&](const char* codec) {
+    return recorder.Control({"models", "export", "1", "--vendor", "Acme", "--model", "X", "--codec", codec});
+  };
+  const Json::Value file = ParseJson(exportAs("H.264").output);
+  EXPECT_EQ(file["models"][0]["stream"]["path"], "/live");
+  EXPECT_EQ(file["sources"]["user"]["by"], "user");
+  EXPECT_THAT(exportAs("H.265").output, testing::HasSubstr("the camera sends no H.265 there"));
+  EXPECT_EQ(recorder.Control({"models", "export", "1"}).status, 2);
+}

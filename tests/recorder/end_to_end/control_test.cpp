@@ -124,3 +124,80 @@ TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {
   EXPECT_THAT(recorder.Control({"camera", "import", "--force", file, "--map", "Site=-"}).output,
               HasSubstr("imported 3 cameras\n"));
 }
+
+struct ListedModelCase {
+  const char* row;
+  const char* refusal;  ///< "": it is taken
+};
+
+/// The second line on, one after another.
+const ListedModelCase kListedModels[] = {
+    {"/a;Acme;X1;;h264 mjpeg;8554", ""},
+    {"/b;ACME;x1;sub;;", ""},
+    {"/c;Acme;X2;fourth;h264;", "line 4, column stream: is none of main, sub and third"},
+    {"/d;Acme;X2;third;h264;", "line 5, column stream: there is no row that can be taken"},
+    {"/user=admin;Acme;X3;;h264;", "line 6, column path: The path seems to hold a user name"},
+    {"e;Acme;X4;;h264;", "line 7, column path: A path begins with"},
+    {"/f;Acme;X4;sub;h264;", "line 8: is of the model in line 7"},
+    {"/g;AXIS;generic;;h264;", "line 9, column model: This model is known already: "},
+    {"/h;Acme Corp;X5;;h264;", "line 10, column maker: A vendor name holds no blank"},
+    {"/i;ONVIF;X6;;h264;", "line 11, column maker: This vendor name is built in"},
+    {"/j;Acme;X7;;h266;", "line 12, column codecs: holds a codec that is none of H.264"},
+    {"/k;Acme;X1;;;", "line 13, column codecs: is empty; a second main row"},
+    {"/l;Acme;X9;;h264;99999", "line 14, column port: is no port"},
+    {"/m;Acme", "line 15: 2 cells, but the heading has 6"},
+    {"/n;Other;Y;;;", ""},
+    {"/o;Other;Y;sub;MPEG-4;", "line 17, column codecs: is not blank"},
+};
+
+TEST(OwnModels, AreTakenFromAListAndTheOtherRowsNamed) {
+  const TestRecorder recorder;
+  const TempFolder folder;
+  std::string list = "Path;maker;MODEL;stream;codecs;port\n";
+  for (const ListedModelCase& row : kListedModels) list += std::string(row.row) + "\n";
+  const Finished import = recorder.Control({"models", "import", folder.Write("models.csv", list).string()});
+  EXPECT_EQ(import.status, 1);
+  for (const ListedModelCase& row : kListedModels) EXPECT_THAT(import.output, HasSubstr(row.refusal));
+  EXPECT_THAT(import.output, HasSubstr("Acme X1\nOther Y\nimported 2 models\n"));
+  const Finished check = recorder.Control({"check-models"});
+  EXPECT_EQ(check.status, 0) << check.output;
+}
+
+TEST(OwnModels, AreKnownFromTheNextRequestOnAndCanBeTakenBack) {
+  const TestRecorder recorder;
+  const TempFolder folder;
+  const auto models = recorder.StateFolder() / "models";
+  const std::string list = folder.Write("models.csv", recorder.Control({"models", "import", "--template"}).output);
+  const auto code = [&] { return recorder.Get("CamCap", "vendor=Acme&model=X100").Code(); };
+  EXPECT_EQ(code(), 400);
+  EXPECT_EQ(recorder.Control({"models", "import", list}).status, 0);
+  EXPECT_EQ(code(), 0);
+  EXPECT_EQ(std::filesystem::status(models).permissions(), std::filesystem::perms::owner_all);
+  const std::string own = ReadText(models / "acme.own.json");
+  const std::string file = folder.Write("own.json", own);
+  const Finished again = recorder.Control({"models", "import", file});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.output, HasSubstr("/models/0/name: This model is known already: " + models.string()));
+  EXPECT_THAT(recorder.Control({"models", "list"}).output, HasSubstr("Acme\tX100\t"));
+  EXPECT_EQ(recorder.Control({"models", "remove", "Axis", "Generic"}).status, 1);
+  EXPECT_EQ(recorder.Control({"models", "remove", "acme", "x100"}).status, 0);
+  EXPECT_EQ(code(), 400);
+  EXPECT_EQ(recorder.Control({"models", "import", file}).status, 0) << "our own form";
+  const Json::Value source = ParseJson(ReadText(models / "acme.own.json"))["sources"]["import"];
+  EXPECT_EQ(source["by"], "user");
+  EXPECT_EQ(source["document"], "own.json");
+}
+
+TEST(OwnModels, AreNotAddedToAFileWithAMistake) {
+  const TestRecorder recorder;
+  const TempFolder folder;
+  const std::string list = folder.Write("models.csv", recorder.Control({"models", "import", "--template"}).output);
+  std::filesystem::create_directory(recorder.StateFolder() / "models");
+  const auto own = recorder.StateFolder() / "models" / "mine.json";
+  std::ofstream(own) << R"({"vendor": "ACME", "source": "x", "models": [{"name": 5}]})";
+  const std::string before = ReadText(own);
+  const Finished import = recorder.Control({"models", "import", list});
+  EXPECT_EQ(import.status, 1);
+  EXPECT_THAT(import.output, HasSubstr("mine.json has a mistake"));
+  EXPECT_EQ(ReadText(own), before);
+}

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "recorder/device/asked/channel_paths.h"
+#include "recorder/device/model/path_privacy.h"
+#include "tests/recorder/rows.h"
+
+namespace recorder {
+namespace {
+
+struct PathCase {
+  const char* name;
+  const char* path;
+  const char* found;  ///< "": all of it may be handed on
+};
+
+const PathCase kPathCases[] = {
+    {"NamesOfStreams", "/h264Preview_01_main", ""},
+    {"NamesOfProfiles", "/onvif/profile1/media.smp?profile=Profile_101&unicast=true&proto=Onvif", ""},
+    {"TokenOfAProfile", "/onvif/snapshot?Token=MainProfileToken001", ""},
+    {"NumberOfAToken", "/snap?token=000", ""},
+    {"LongWords", "/cam/realmonitor?channel=1&subtype=0&transportmode=unicast", ""},
+    {"LongNamesWithNumbers", "/h264ProfileMainStream1", ""},
+    {"Sizes", "/axis-media/media.amp?resolution=1920x1080&videocodec=h264", ""},
+    {"Login", "/user=admin_password=tlJwpbo6_channel=1_stream=0.sdp", "a user name"},
+    {"EncodedKey", "/live?%70wd=x", "a password"},
+    {"OtherToken", "/live?token=8F3a91Zz", "a token"},
+    {"Session", "/live?sessionID=1", "a token"},
+    {"WholeAddress", "/rtsp://camera/live", "an address"},
+    {"LoginOfAnAddress", "/a:b@camera/live", "a login"},
+    {"Host", "/live/192.168.1.64/1", "an address"},
+    {"KeyOfAStream", "/aB3dE5fG7hI9jK1l", "a long text without a meaning"},
+    {"NetworkCard", "/a0b1c2d3e4f5/live", "a long text without a meaning"},
+    {"Uuid", "/2f1c0a5e-9d3b-4c7e-8a61-0123456789ab", "a long text without a meaning"},
+    {"LongNumber", "/live/20150817", "a long text without a meaning"},
+    {"KnownPassword", "/live/p%40ss/1", "the password"},
+    {"KnownUserInAWord", "/superroot/rooted", ""},
+};
+
+class PathPrivacyTest : public testing::TestWithParam<PathCase> {};
+
+TEST_P(PathPrivacyTest, NamesWhatIsNobodyElsesBusiness) {
+  EXPECT_EQ(FindPrivatePart(GetParam().path, {{"the user", "root"}, {"the password", "p@ss"}, {"no address", ""}}),
+            GetParam().found);
+}
+
+INSTANTIATE_TEST_SUITE_P(Path, PathPrivacyTest, testing::ValuesIn(kPathCases), kByName);
+
+struct ChannelsCase {
+  const char* name;
+  std::vector<ChannelPath> paths;
+  const char* common;  ///< "": none
+};
+
+const ChannelsCase kChannelsCases[] = {
+    {"Alone", {{"1", "/ch1"}}, "/ch1"},
+    {"Counted", {{"1", "/h264/ch1/main"}, {"12", "/h264/ch12/main"}}, "/h264/ch{channel}/main"},
+    {"OfTwoDigits", {{"2", "/ch02"}, {"10", "/ch10"}}, "/ch{channel:02}"},
+    {"From0", {{"1", "/0?id=0"}, {"2", "/1?id=1"}}, "/{channel0}?id={channel0}"},
+    {"WholeNumber", {{"101", "/c/101"}, {"102", "/c/102"}}, "/c/{channel}"},
+    {"OtherNumber", {{"1", "/ch7"}, {"2", "/ch9"}}, ""},
+    {"OtherWords", {{"1", "/one"}, {"2", "/two"}}, ""},
+    {"MoreParts", {{"1", "/live"}, {"2", "/live2"}}, ""},
+};
+
+class CommonPathTest : public testing::TestWithParam<ChannelsCase> {};
+
+TEST_P(CommonPathTest, HasAPlaceholderWhereTheChannelAloneDiffers) {
+  EXPECT_EQ(CommonPath(GetParam().paths).value_or(""), GetParam().common);
+}
+
+INSTANTIATE_TEST_SUITE_P(Channels, CommonPathTest, testing::ValuesIn(kChannelsCases), kByName);
+
+}  // namespace
+}  // namespace recorder
