@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "recorder/request/lent_password.h"
+#include "recorder/request/request_budget.h"
 #include "recorder/request/row_reports.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/limits.h"
@@ -68,6 +69,12 @@ class RequestScope {
   /// Counts `bytes` that `host` has sent. False when all is spent: the caller then ends with kNotUnderstood. That is
   /// logged once.
   bool Spend(std::uint64_t bytes, const std::string& host);
+
+  /// From now on each request counts in `budget`, which outlives the scope.
+  void CountIn(RequestBudget& budget) { budget_ = &budget; }
+
+  /// Counts a request that is about to be sent. False when all are spent: the caller then ends with kTimedOut.
+  bool TakeRequest() { return budget_ == nullptr || budget_->Take(); }
 
   /// Takes a lent password up and returns the token for it.
   std::string Lend(LentPassword password);
@@ -142,6 +149,7 @@ class RequestScope {
   std::optional<Clock::time_point> deadline_;
   std::optional<Clock::time_point> share_;  // ends before the deadline
   std::uint64_t bytesLeft_;
+  RequestBudget* budget_ = nullptr;           // null: as many requests as there is time for
   bool isSpent_ = false;                      // more came than there was left
   std::map<std::string, LentPassword> lent_;  // by token
   std::set<std::string> digestHosts_;

@@ -74,6 +74,8 @@ HttpAnswer HttpSession::Post(const std::string& path, const std::string& content
 
 void HttpSession::EndBy(Clock::time_point end) { impl_->end = end; }
 
+ServerName HttpSession::Server() const { return impl_->conversation->Answer().Server(); }
+
 void HttpSession::LoginAccepted() { impl_->conversation->LoginAccepted(); }
 
 bool HttpSession::IsLoggedIn() const { return impl_->conversation->IsLoggedIn(); }

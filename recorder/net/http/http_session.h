@@ -6,6 +6,7 @@
 
 #include "recorder/net/camera_address.h"
 #include "recorder/net/http/http_status.h"
+#include "recorder/net/server_name.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
 
@@ -52,6 +53,9 @@ class HttpSession {
 
   /// Ends the requests that follow at `end` at the latest. What is kTimedOut by that is not remembered.
   void EndBy(Clock::time_point end);
+
+  /// What the software that answered last says of itself, whatever came of the request.
+  ServerName Server() const;
 
   /// Says that the camera accepted a login that the caller sent in a body, so that the connection can be kept.
   void LoginAccepted();

@@ -117,6 +117,11 @@ std::vector<LoginChallenge> HttpTransfer::Challenges() const {
   return ParseChallenges({answer_.challenges.begin(), answer_.challenges.end()});
 }
 
+ServerName HttpTransfer::Server() const {
+  const std::vector<LoginChallenge> challenges = Challenges();
+  return {answer_.server, challenges.empty() ? "" : challenges.front().realm};
+}
+
 std::string HttpTransfer::Location() const {
   const bool leadsOn = answer_.isWhole && IsRedirect(Status());
   return leadsOn ? WholeAddress(url_, answer_.location) : "";
@@ -210,16 +215,21 @@ int HttpTransfer::OnCloseSocket(void* self, curl_socket_t connection) {
 
 int HttpTransfer::OnConnected(void* self, char*, char*, int, int) try {
   auto& transfer = *static_cast<HttpTransfer*>(self);
-  if (!transfer.place_.isTls) return CURL_PREREQFUNC_OK;
-  const curl_tlssessioninfo* session = nullptr;
-  curl_easy_getinfo(transfer.curl_.get(), CURLINFO_TLS_SSL_PTR, &session);
-  const bool isThere =
-      session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL && session->internals != nullptr;
-  const std::string certificate = isThere ? CertificateOf(*static_cast<const SSL*>(session->internals)) : "";
-  transfer.connected_ = transfer.check_(certificate);
+  if (transfer.place_.isTls) transfer.connected_ = transfer.check_(transfer.Certificate());
+  const bool mayAsk = transfer.connected_ == Outcome::kOk;
+  if (mayAsk && !RequestScope::Current().TakeRequest()) transfer.connected_ = Outcome::kTimedOut;
   return transfer.connected_ == Outcome::kOk ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 } catch (const std::bad_alloc&) {
   return CURL_PREREQFUNC_ABORT;
+}
+
+/// "" for none.
+std::string HttpTransfer::Certificate() const {
+  const curl_tlssessioninfo* session = nullptr;
+  curl_easy_getinfo(curl_.get(), CURLINFO_TLS_SSL_PTR, &session);
+  const bool isThere =
+      session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL && session->internals != nullptr;
+  return isThere ? CertificateOf(*static_cast<const SSL*>(session->internals)) : "";
 }
 
 int HttpTransfer::OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) try {
@@ -251,9 +261,11 @@ std::size_t HttpTransfer::OnBody(const char* bytes, std::size_t, std::size_t len
 bool HttpTransfer::TakeHeader(std::string_view line) {
   constexpr std::string_view kChallenge = "WWW-Authenticate:";
   constexpr std::string_view kLocation = "Location:";
+  constexpr std::string_view kServer = "Server:";
   answer_.headerBytes += line.size();
   if (StartsWithIgnoreCase(line, kChallenge)) answer_.challenges.emplace_back(Trimmed(line.substr(kChallenge.size())));
   if (StartsWithIgnoreCase(line, kLocation)) answer_.location = Trimmed(line.substr(kLocation.size()));
+  if (StartsWithIgnoreCase(line, kServer)) answer_.server = Trimmed(line.substr(kServer.size()));
   if (answer_.headerBytes > kLargestHttpHeaders) return false;
   const bool isEnd = line == "\r\n" || line == "\n";
   return !isEnd || EndHead();

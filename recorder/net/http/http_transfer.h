@@ -12,6 +12,7 @@
 #include "recorder/net/http/http_client.h"
 #include "recorder/net/http/http_place.h"
 #include "recorder/net/login/login.h"
+#include "recorder/net/server_name.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/outcome.h"
 
@@ -69,6 +70,8 @@ class HttpTransfer {
   bool IsUnanswered() const { return answer_.isUnanswered; }
   /// What it wants as a login.
   std::vector<LoginChallenge> Challenges() const;
+  /// What it says of the software there.
+  ServerName Server() const;
   /// Where it redirects to, as an absolute address, or "".
   std::string Location() const;
 
@@ -77,6 +80,7 @@ class HttpTransfer {
     std::size_t headerBytes = 0;
     std::vector<std::string> challenges;
     std::string location;
+    std::string server;
     bool hasHead = false;   // whole, and not of an answer before the one to the request (RFC 9110 section 15.2)
     bool isEnough = false;  ///< we ended the transfer, content with what has come
     bool isWhole = false;   ///< came as far as we wanted it
@@ -103,6 +107,7 @@ class HttpTransfer {
 
   // Called by libcurl between connecting and each request.
   static int OnConnected(void* self, char*, char*, int, int);
+  std::string Certificate() const;  // the camera's
 
   // Called by libcurl whenever it has read, and now and then.
   static int OnProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);

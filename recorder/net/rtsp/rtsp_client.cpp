@@ -32,6 +32,11 @@ Outcome RtspClient::Describe() {
   return Run();
 }
 
+Outcome RtspClient::DescribeOther(std::string_view path) {
+  session_.DescribeOther(path);
+  return Run();
+}
+
 Outcome RtspClient::Setup() {
   session_.Setup();
   const Outcome outcome = Run();
@@ -68,7 +73,7 @@ Outcome RtspClient::Run() {
         session_.Connected(Connect());
         break;
       case RtspSession::Step::kSend:
-        session_.Sent(socket_.Write(session_.Outgoing(), session_.Deadline()));
+        session_.Sent(Send());
         break;
       case RtspSession::Step::kReceive:
         Receive();
@@ -96,6 +101,11 @@ Outcome RtspClient::Connect() {
   if (refusal) return *refusal;
   const Outcome outcome = socket_.Connect(address_.host, address_.port, session_.Deadline());
   return outcome == Outcome::kOk && address_.isTls ? BeginTls() : outcome;
+}
+
+Outcome RtspClient::Send() {
+  if (!RequestScope::Current().TakeRequest()) return Outcome::kTimedOut;
+  return socket_.Write(session_.Outgoing(), session_.Deadline());
 }
 
 Outcome RtspClient::BeginTls() {

@@ -47,6 +47,17 @@ class RtspClient : private RtspLogins {
   /// kNoVideo when there is no video, kEncryptedStream when it comes encrypted alone.
   [[nodiscard]] Outcome Describe();
 
+  /// The same of another path, over the connection of a Describe that was answered, and with its login. Where the
+  /// camera has closed that meanwhile, this is kNotUnderstood.
+  [[nodiscard]] Outcome DescribeOther(std::string_view path);
+
+  /// What the camera's software says of itself.
+  const ServerName& Server() const { return session_.Server(); }
+  /// True once it asked for a login.
+  bool IsLoginWanted() const { return session_.IsLoginWanted(); }
+  /// False once it was seen that the camera has closed the connection.
+  bool IsOpen() const { return session_.IsOpen(); }
+
   /// What Describe found.
   const SdpVideo& Video() const { return session_.Video(); }
 
@@ -71,6 +82,7 @@ class RtspClient : private RtspLogins {
   Outcome Run();
   void RememberResult();
   Outcome Connect();
+  Outcome Send();
   Outcome BeginTls();
   void OpenPorts();
   void Receive();

@@ -35,6 +35,17 @@ void RtspSession::Describe() {
   Connect();
 }
 
+/// The login of what was answered before counts as taken, whatever came of the path.
+void RtspSession::DescribeOther(std::string_view path) {
+  if (IsLoginOnTrial()) login_.Prove(target_.port);
+  target_.path = path;
+  uri_ = target_.Uri();
+  base_.clear();
+  video_ = {};
+  BeginDescribe();
+  SendRequest();
+}
+
 void RtspSession::Setup() {
   Begin(Goal::kSetup, {"SETUP", ResolveControl(base_, video_.control), transport_.Wish()});
   SendRequest();
@@ -104,6 +115,7 @@ void RtspSession::Ended(Ending ending) {
   const bool isUnread = ending == Ending::kUnread && goal_ != Goal::kPlay && !hasAnsweredCamera_;
   if (isOverLogin && isUnread && login_.MayRepeat()) return Connect();
   session_ = {};  // it ends with its connection
+  isOpen_ = false;
   const Outcome outcome = IsAskingForUdp() ? Outcome::kTransportRefused : Outcome::kNotUnderstood;
   Finish(isOverLogin ? Outcome::kLoginRefused : outcome);
 }
@@ -142,6 +154,7 @@ void RtspSession::BeginDescribe() { Begin(Goal::kDescribe, {"DESCRIBE", uri_, "A
 void RtspSession::Connect() {
   parser_ = RtspParser();
   login_.BeginConnection();
+  isOpen_ = true;
   state_ = State::kConnecting;
 }
 
@@ -219,7 +232,15 @@ void RtspSession::TakeMessage(const RtspMessage& message) {
   if (message.status == 0) return AnswerRequest(message);
   hasSpoken_ = true;
   const bool isFinal = message.status >= 200;
+  if (isFinal) TakeName(message);
   if (isFinal && goal_ != Goal::kRead) TakeAnswer(message);
+}
+
+void RtspSession::TakeName(const RtspMessage& answer) {
+  if (server_.software.empty()) server_.software = answer.Header("Server");
+  if (!IsChallenge(answer.status) || !server_.realm.empty()) return;
+  const std::vector<LoginChallenge> challenges = ParseChallenges(answer.Headers("WWW-Authenticate"));
+  if (!challenges.empty()) server_.realm = challenges.front().realm;
 }
 
 void RtspSession::AnswerRequest(const RtspMessage& request) {

@@ -16,6 +16,7 @@
 #include "recorder/net/rtsp/rtsp_target.h"
 #include "recorder/net/rtsp/rtsp_transport.h"
 #include "recorder/net/rtsp/sdp.h"
+#include "recorder/net/server_name.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/outcome.h"
 
@@ -57,6 +58,15 @@ class RtspSession {
   /// Connects, logs in if asked to, follows redirects within the camera's host, and reads what the camera offers.
   /// kNoVideo when there is no video, kEncryptedStream when it comes encrypted alone.
   void Describe();
+  /// The same of another path, over the connection of a Describe that was answered, and with its login. Where the
+  /// camera has closed that meanwhile, this is kNotUnderstood.
+  void DescribeOther(std::string_view path);
+  /// What the camera's software says of itself.
+  const ServerName& Server() const { return server_; }
+  /// True once it asked for a login.
+  bool IsLoginWanted() const { return login_.IsWanted(); }
+  /// False once it was seen that the camera has closed the connection.
+  bool IsOpen() const { return isOpen_; }
   /// What Describe found.
   const SdpVideo& Video() const { return video_; }
   /// Asks for a session with the video: over this connection, or over UDP where the camera refuses that.
@@ -140,6 +150,7 @@ class RtspSession {
   void Take(RtspParser::Item item);
   void TakePacket(const InterleavedPacket& packet);
   void TakeMessage(const RtspMessage& message);
+  void TakeName(const RtspMessage& answer);
   void AnswerRequest(const RtspMessage& request);
   void TakeAnswer(const RtspMessage& answer);
   Outcome MeaningOf(const RtspMessage& answer);
@@ -162,6 +173,7 @@ class RtspSession {
 
   Clock::time_point answerBy_ = Clock::time_point::max();
   bool hasSpoken_ = false;  // the camera, RTSP
+  bool isOpen_ = false;
 
   Clock::time_point now_;
   Goal goal_ = Goal::kDescribe;
@@ -178,6 +190,7 @@ class RtspSession {
   unsigned int lastSequence_ = 0;
 
   RtspLogin login_;
+  ServerName server_;
 
   SdpVideo video_;
   std::string base_;

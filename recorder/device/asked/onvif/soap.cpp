@@ -94,11 +94,14 @@ std::string Element(const std::string& name, const std::string& text) {
 Reply SoapClient::AskClock() {
   hasAskedClock_ = true;
   Reply reply = Call(kDevicePath, kDevice, "GetSystemDateAndTime");
-  if (const auto time = ReadClock(reply.content)) {
-    clockOffset_ = *time - Now();
-    isClockKnown_ = true;
-  }
+  if (const auto time = ReadClock(reply.content)) TakeClock(*time - Now());
   return reply;
+}
+
+void SoapClient::TakeClock(std::optional<std::chrono::seconds> offset) {
+  hasAskedClock_ = true;
+  isClockKnown_ = offset.has_value();
+  clockOffset_ = offset.value_or(std::chrono::seconds(0));
 }
 
 Reply SoapClient::Call(const std::string& path, const Service& service, const std::string& name,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -49,6 +50,13 @@ class SoapClient {
   /// Asks for the camera's clock, which a UsernameToken must be dated by; our own has to do where it does not tell.
   /// Before the first token it is asked in any case.
   Reply AskClock();
+
+  /// Says what AskClock would find, so that it is not asked: the camera's clock less ours, nothing where it did not
+  /// tell.
+  void TakeClock(std::optional<std::chrono::seconds> offset);
+
+  /// What the software that answered last says of itself.
+  ServerName Server() const { return session_.Server(); }
 
   /// As HttpSession has it.
   void EndBy(Clock::time_point end) { session_.EndBy(end); }
