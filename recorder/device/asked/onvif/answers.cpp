@@ -95,13 +95,14 @@ Capabilities ReadCapabilities(XmlElement answer) {
   return capabilities;
 }
 
+DeviceFacts ReadDeviceFacts(XmlElement answer) {
+  const auto text = [answer](std::string_view name) { return answer.Child(kDeviceNamespace, name).Text(); };
+  return {text("Manufacturer"), text("Model"), text("FirmwareVersion"), text("SerialNumber")};
+}
+
 std::string ReadDevice(XmlElement answer) {
   return answer.ChildTexts(kDeviceNamespace, {"Manufacturer", "Model", "FirmwareVersion"});
 }
-
-std::string ReadMaker(XmlElement answer) { return answer.ChildTexts(kDeviceNamespace, {"Manufacturer"}); }
-
-std::string ReadModelName(XmlElement answer) { return answer.ChildTexts(kDeviceNamespace, {"Model"}); }
 
 bool OffersAudio(XmlElement answer, const Service& media) {
   const bool isMedia2 = media.nameSpace == kMedia2Namespace;

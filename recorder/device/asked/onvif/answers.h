@@ -35,10 +35,19 @@ struct Capabilities {
 };
 Capabilities ReadCapabilities(XmlElement answer);
 
-/// Of GetDeviceInformation: maker, model and firmware, as far as they are there; and one of them.
+/// What a camera says of itself, each "" when it does not.
+struct DeviceFacts {
+  std::string maker;
+  std::string model;
+  std::string firmware;
+  std::string serial;
+};
+
+/// Of GetDeviceInformation.
+DeviceFacts ReadDeviceFacts(XmlElement answer);
+
+/// The same as one text: maker, model and firmware, as far as they are there.
 std::string ReadDevice(XmlElement answer);
-std::string ReadMaker(XmlElement answer);
-std::string ReadModelName(XmlElement answer);
 
 /// Of GetAudioEncoderConfigurationOptions, of the media service `media`: true when an encoding is offered.
 bool OffersAudio(XmlElement answer, const Service& media);

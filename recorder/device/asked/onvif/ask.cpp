@@ -10,10 +10,10 @@
 #include "recorder/device/asked/onvif/motion.h"
 #include "recorder/device/asked/onvif/profiles.h"
 #include "recorder/device/asked/onvif/soap.h"
+#include "recorder/device/asked/onvif/stream_questions.h"
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/xml.h"
-#include "recorder/net/camera_url.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
 
@@ -27,12 +27,6 @@ std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles) {
     if (std::find(sources.begin(), sources.end(), profile.source) == sources.end()) sources.push_back(profile.source);
   }
   return sources;
-}
-
-/// True for a failure after which the camera's other media service may still answer.
-bool IsAboutOneService(Outcome outcome) {
-  return outcome == Outcome::kNoVideo || outcome == Outcome::kNotUnderstood || outcome == Outcome::kNoSuchStream ||
-         outcome == Outcome::kNotThisProtocol;
 }
 
 /// The questions to one camera, in steps: twelve requests at most, and one for each further codec, beside those that
@@ -80,46 +74,16 @@ class Questioning {
   }
 
   Outcome AskServices() {
-    const Reply reply = client_.Call(kDevicePath, kDevice, "GetServices", Element("IncludeCapability", "false"));
-    if (reply.isLast || reply.outcome == Outcome::kBusy) return reply.outcome;
-    services_ = ReadServices(reply.content);
-    if (HasMedia()) return Outcome::kOk;
-
-    const Reply older = AskCapabilities();
-    if (older.outcome != Outcome::kOk) return older.outcome;
-    services_ = capabilities_->services;
-    return HasMedia() ? Outcome::kOk : Outcome::kNoVideo;
+    const Outcome outcome = onvif::AskServices(client_, services_, capabilities_);
+    TakeProtocols();
+    return outcome;
   }
 
-  bool HasMedia() const { return !services_.media1.empty() || !services_.media2.empty(); }
-
-  Reply AskCapabilities() {
-    Reply reply = client_.Call(kDevicePath, kDevice, "GetCapabilities", Element("Category", "All"));
-    capabilities_ = ReadCapabilities(reply.content);
-    report_.rtspProtocols = capabilities_->rtspProtocols;
-    return reply;
+  void TakeProtocols() {
+    if (capabilities_) report_.rtspProtocols = capabilities_->rtspProtocols;
   }
 
-  /// Media 2 knows more codecs, but not every camera that names it has it.
-  Outcome AskProfiles() {
-    if (services_.media2.empty()) return AskProfilesOf(kMedia1, services_.media1);
-    const Outcome outcome = AskProfilesOf(kMedia2, services_.media2);
-    const bool isOneLeft = IsAboutOneService(outcome) && !services_.media1.empty();
-    return isOneLeft ? AskProfilesOf(kMedia1, services_.media1) : outcome;
-  }
-
-  Outcome AskProfilesOf(const Service& service, const std::string& path) {
-    media_ = &service;
-    mediaPath_ = path;
-    const Reply reply = client_.Call(path, service, "GetProfiles", IsMedia2() ? Element("Type", "All") : "");
-    if (reply.outcome != Outcome::kOk) return reply.outcome;
-    profiles_ = ReadProfiles(reply.content, service);
-    const bool hasVideo = std::any_of(profiles_.begin(), profiles_.end(),
-                                      [](const Profile& profile) { return profile.encoder.has_value(); });
-    return hasVideo ? Outcome::kOk : Outcome::kNoVideo;
-  }
-
-  bool IsMedia2() const { return media_ == &kMedia2; }
+  Outcome AskProfiles() { return onvif::AskProfiles(client_, services_, media_, profiles_); }
 
   /// A channel is a video source.
   Outcome ChooseChannel() {
@@ -156,41 +120,20 @@ class Questioning {
     }
   }
 
-  /// Asks the media service for something of a profile.
-  Reply AskMedia(const std::string& name, const std::string& arguments, const Profile& profile) {
-    return client_.Call(mediaPath_, *media_, name, arguments + Element("ProfileToken", profile.token));
-  }
-
   Reply AskEncoderOptions(const std::string& name, const std::string& encoder) {
-    return AskMedia(name, encoder.empty() ? "" : Element("ConfigurationToken", encoder), profile_);
-  }
-
-  Reply AskStreamOf(const Profile& profile) {
-    constexpr char kRtspUnicast[] =
-        R"(<StreamSetup><Stream xmlns="http://www.onvif.org/ver10/schema">RTP-Unicast</Stream>)"
-        R"(<Transport xmlns="http://www.onvif.org/ver10/schema"><Protocol>RTSP</Protocol></Transport></StreamSetup>)";
-    return AskMedia("GetStreamUri", IsMedia2() ? Element("Protocol", "RTSP") : kRtspUnicast, profile);
+    const std::string arguments = encoder.empty() ? "" : Element("ConfigurationToken", encoder);
+    return AskMedia(client_, media_, name, arguments, profile_.token);
   }
 
   Outcome AskStream() {
-    report_.media = {mediaPath_, IsMedia2(), {{profile_.encoder->codec, profile_.token}}};
-    return ReadStream(AskStreamOf(profile_), report_.stream);
-  }
-
-  static Outcome ReadStream(const Reply& reply, ModelPath& stream) {
-    if (reply.isFault && !reply.isLoginWanted) return Outcome::kNoVideo;
-    if (reply.outcome != Outcome::kOk) return reply.outcome;
-    const auto url = ParseCameraUrl(ReadUri(reply.content));
-    const bool isTls = url && url->scheme == "rtsps";
-    if (!url || (!isTls && url->scheme != "rtsp")) return Outcome::kNoVideo;
-    stream = {url->path, url->port, isTls};
-    return Outcome::kOk;
+    report_.media = {media_.path, media_.IsMedia2(), {{profile_.encoder->codec, profile_.token}}};
+    return ReadStream(onvif::AskStream(client_, media_, profile_.token), report_.stream);
   }
 
   Outcome AskOptions() {
     const VideoEncoder& encoder = *profile_.encoder;
     const Reply reply = AskEncoderOptions("GetVideoEncoderConfigurationOptions", encoder.token);
-    const VideoOptions options = ReadVideoOptions(reply.content, *media_);
+    const VideoOptions options = ReadVideoOptions(reply.content, *media_.service);
     ReportVideo(encoder, options, report_);
     LogMissing(options);
     return Optional(reply);
@@ -199,7 +142,7 @@ class Questioning {
   /// A camera that names one address for all of its profiles has one stream.
   Outcome AskOtherStreams() {
     for (const Profile& profile : otherProfiles_) {
-      const Reply reply = AskStreamOf(profile);
+      const Reply reply = onvif::AskStream(client_, media_, profile.token);
       if (reply.isLast) return reply.outcome;
       ModelPath path;
       const bool isThere = ReadStream(reply, path) == Outcome::kOk;
@@ -232,7 +175,7 @@ class Questioning {
   }
 
   Outcome AskSnapshot() {
-    const Reply reply = AskMedia("GetSnapshotUri", "", profile_);
+    const Reply reply = AskMedia(client_, media_, "GetSnapshotUri", "", profile_.token);
     report_.snapshot = SnapshotPath(ReadUri(reply.content), services_.port);
     return Optional(reply);
   }
@@ -244,7 +187,8 @@ class Questioning {
       if (reply.isLast || report_.digitalInputs) return Optional(reply);
     }
     if (!capabilities_) {
-      const Reply reply = AskCapabilities();
+      const Reply reply = AskCapabilities(client_, capabilities_);
+      TakeProtocols();
       if (reply.isLast) return reply.outcome;
     }
     report_.digitalInputs = capabilities_->digitalInputs;
@@ -254,7 +198,7 @@ class Questioning {
   Outcome AskAudio() {
     if (!profile_.hasAudio) return Outcome::kOk;
     const Reply reply = AskEncoderOptions("GetAudioEncoderConfigurationOptions", profile_.audioEncoder);
-    if (reply.outcome == Outcome::kOk) report_.audioChannels = ChannelIf(OffersAudio(reply.content, *media_));
+    if (reply.outcome == Outcome::kOk) report_.audioChannels = ChannelIf(OffersAudio(reply.content, *media_.service));
     return Optional(reply);
   }
 
@@ -268,8 +212,9 @@ class Questioning {
   Outcome AskDevice() {
     const Reply reply = client_.Call(kDevicePath, kDevice, "GetDeviceInformation");
     report_.device = ReadDevice(reply.content);
-    report_.maker = ReadMaker(reply.content);
-    report_.model = ReadModelName(reply.content);
+    const DeviceFacts facts = ReadDeviceFacts(reply.content);
+    report_.maker = facts.maker;
+    report_.model = facts.model;
     return Optional(reply);
   }
 
@@ -283,8 +228,7 @@ class Questioning {
   const std::string wantedChannel_;
   ServicePaths services_;
   std::optional<Capabilities> capabilities_;  ///< once they were asked for
-  const Service* media_ = nullptr;            ///< the media service that has the profiles
-  std::string mediaPath_;
+  MediaService media_;                        ///< that has the profiles
   std::vector<Profile> profiles_;
   Profile profile_;                     ///< that the report is about; has an encoder
   std::vector<Profile> otherProfiles_;  ///< of the same source, with encoders for other codecs

@@ -55,6 +55,14 @@ class SoapClient {
   /// tell.
   void TakeClock(std::optional<std::chrono::seconds> offset);
 
+  /// The camera's clock less ours, once it told.
+  std::optional<std::chrono::seconds> ClockOffset() const {
+    return isClockKnown_ ? std::optional(clockOffset_) : std::nullopt;
+  }
+
+  /// True once the camera accepted a login.
+  bool IsLoggedIn() const { return session_.IsLoggedIn(); }
+
   /// What the software that answered last says of itself.
   ServerName Server() const { return session_.Server(); }
 
