@@ -19,9 +19,12 @@ inline constexpr std::chrono::seconds kLongestFind{10};
 struct FindRequest {
   std::string host;
   std::string user;        ///< "" and no password: nothing is logged in with
-  std::string password;    ///< or the token of a lent one, see RequestScope
+  std::string password;    ///< itself, and no token of a lent one
   std::vector<int> ports;  ///< at most 12; none: the usual ones of cameras
 };
+
+/// What says so over ONVIF, for people.
+inline constexpr char kOnvifSays[] = "ONVIF";
 
 /// Something that is known of a camera, and who said so.
 struct Fact {
@@ -95,16 +98,17 @@ struct FindResult {
   std::vector<ListedStream> streams;  ///< by channel, main before sub
   std::optional<ListedSnapshot> snapshot;
   std::optional<std::chrono::seconds> clockOffset;  ///< the camera's clock less ours; nothing: it does not tell
-  std::string modelVendor;                          ///< of the model file that fits, "" for none
+  std::string modelVendor;  ///< of the model file by whose paths the streams were found; "": by none
   std::string modelName;
+  bool isPortOfModel = false;  ///< that model names the stream's port by itself
+  int onvifPort = 0;           ///< where ONVIF named the streams; 0: nowhere
   std::vector<FindWarning> warnings;
-  int requests = 0;  ///< that were sent, those that asked for the login included; connections that carried none are not
-  int logins = 0;    ///< that were tried before one was accepted: 0 or 1, and 2 with kOnvifOthers
+  int requests = 0;  ///< that were sent, those included that were answered by a challenge
   std::chrono::milliseconds duration{0};
 };
 
 /// Something has ended.
-enum class FindStep { kPorts, kServers, kLogin, kOnvif, kPaths };
+enum class FindStep { kPorts, kLogin, kOnvif, kPaths };
 
 /// Told as things end, with what is known by then. False: find no more, which ends with what there is.
 using OnFindStep = std::function<bool(FindStep step, const FindResult& soFar)>;

@@ -1,0 +1,311 @@
+#include "recorder/device/find/find.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "recorder/device/check/http_probe.h"
+#include "recorder/device/find/maker.h"
+#include "recorder/device/find/model_paths.h"
+#include "recorder/device/find/onvif_questions.h"
+#include "recorder/device/find/path_hunt.h"
+#include "recorder/device/find/port_questions.h"
+#include "recorder/net/http/http_session.h"
+#include "recorder/request/request_budget.h"
+#include "recorder/request/request_scope.h"
+
+namespace recorder {
+namespace find {
+namespace {
+
+constexpr int kMostPortRequests = 12;
+constexpr std::chrono::seconds kLongestPorts{3};
+constexpr std::chrono::seconds kWrongClock{120};
+
+std::chrono::milliseconds TimeUntil(Clock::time_point end) {
+  return std::max(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), std::chrono::milliseconds(0));
+}
+
+/// How much a port's answer tells of the host: a refused connection more than one that is waited for in vain.
+int HowTelling(const PortAnswer& answer) {
+  constexpr std::array kBySilence = {Outcome::kBlocked, Outcome::kTimedOut, Outcome::kUnreachable,
+                                     Outcome::kNotThisProtocol, Outcome::kNotUnderstood};
+  return static_cast<int>(std::ranges::find(kBySilence, answer.outcome) - kBySilence.begin());
+}
+
+/// Finds the streams of one camera, in steps. A step that returns false ends it.
+class Finder {
+ public:
+  Finder(const FindRequest& request, const OnFindStep& onStep)
+      : request_(request), onStep_(onStep), end_(begin_ + kLongestFind), scope_(kLongestFind) {
+    scope_.CountIn(budget_);
+    end_ = std::min(end_, scope_.Deadline());
+  }
+
+  FindResult Run() {
+    for (const auto step : {&Finder::AskPorts, &Finder::ProveLogin, &Finder::AskOnvif, &Finder::TryPaths}) {
+      if (!(this->*step)()) break;
+    }
+    Finish();
+    return std::move(result_);
+  }
+
+ private:
+  bool Tell(FindStep step) {
+    result_.requests = budget_.Taken();
+    return !onStep_ || onStep_(step, result_);
+  }
+
+  void Warn(FindWarning warning) {
+    const bool isNew = std::ranges::find(result_.warnings, warning) == result_.warnings.end();
+    if (isNew) result_.warnings.push_back(warning);
+  }
+
+  bool HasLogin() const { return !request_.user.empty() || !request_.password.empty(); }
+
+  CameraAddress CameraAt(const FoundPort& port) const {
+    return {request_.host, port.number, request_.user, request_.password, port.isTls};
+  }
+
+  bool AskPorts() {
+    RequestBudget budget(kMostPortRequests);
+    answers_ = find::AskPorts(request_, budget, std::min<std::chrono::milliseconds>(kLongestPorts, TimeUntil(end_)));
+    for (int i = 0; i < budget.Taken(); ++i) budget_.Take();
+    result_.outcome = std::ranges::max(answers_, {}, HowTelling).outcome;
+    std::erase_if(answers_, [](const PortAnswer& answer) { return answer.outcome != Outcome::kOk; });
+    for (const PortAnswer& answer : answers_) TakePort(answer);
+    return Tell(FindStep::kPorts) && !answers_.empty();
+  }
+
+  void TakePort(const PortAnswer& answer) {
+    result_.ports.push_back(answer.port);
+    if (!result_.clockOffset) result_.clockOffset = answer.clockOffset;
+    TakeMaker(answer.port.server, answer.port.speaksRtsp ? "RTSP server" : "web server");
+    TakeMaker(answer.port.realm, answer.port.speaksRtsp ? "RTSP server" : "web server");
+  }
+
+  void TakeMaker(const std::string& said, const char* from) {
+    const MakerGuess guess = MakerIn(said, Vendors());
+    if (guess.vendor.empty()) return;
+    vendors_.push_back(guess.vendor);
+    if (guess.isNamed && result_.maker.value.empty()) result_.maker = {guess.vendor, from};
+  }
+
+  std::vector<std::string> Vendors() const {
+    std::vector<std::string> names;
+    for (const VendorModels& vendor : catalog_->vendors) names.push_back(vendor.vendor);
+    return names;
+  }
+
+  /// One login, over RTSP where that asks for one: whatever answers it but a refusal has taken it.
+  bool ProveLogin() {
+    const auto asking = std::ranges::find(answers_, Outcome::kLoginRefused, &PortAnswer::rtsp);
+    if (!HasLogin() || asking == answers_.end()) return true;
+    hunt_ = std::make_unique<PathHunt>(CameraAt(asking->port));
+    const Outcome outcome = hunt_->Ask(kNoCamerasPath);
+    if (EndsConversation(outcome)) return EndWith(outcome);
+    result_.login = FindLogin::kAccepted;
+    asking->rtsp = outcome;
+    return Tell(FindStep::kLogin);
+  }
+
+  bool EndWith(Outcome outcome) {
+    result_.outcome = outcome;
+    if (outcome == Outcome::kLoginRefused && HasLogin()) result_.login = FindLogin::kRefused;
+    return false;
+  }
+
+  const PortAnswer* OnvifPort() const {
+    const auto speaks =
+        std::ranges::find_if(answers_, [](const PortAnswer& answer) { return answer.port.speaksOnvif; });
+    if (speaks != answers_.end()) return &*speaks;
+    const auto mayBe = std::ranges::find_if(answers_, [](const PortAnswer& answer) {
+      return answer.onvif == Outcome::kLoginRefused || (answer.port.isTls && answer.port.speaksHttp);
+    });
+    return mayBe == answers_.end() ? nullptr : &*mayBe;
+  }
+
+  /// What ONVIF refuses is remembered by a scope of its own: RTSP may have other users.
+  OnvifFindings OnvifSays(const PortAnswer& there) {
+    RequestScope scope(TimeUntil(end_));
+    scope.CountIn(budget_);
+    if (scope_.KnowsDigest(request_.host)) scope.RememberDigest(request_.host);
+    OnvifFindings findings = find::AskOnvif(CameraAt(there.port), there.clockOffset, budget_);
+    if (scope.KnowsDigest(request_.host)) scope_.RememberDigest(request_.host);
+    return findings;
+  }
+
+  bool AskOnvif() {
+    const PortAnswer* there = OnvifPort();
+    if (there == nullptr) return true;
+    hunt_.reset();
+    OnvifFindings findings = OnvifSays(*there);
+    TakeDevice(findings.device);
+    if (findings.clockOffset) result_.clockOffset = findings.clockOffset;
+    const bool mayGoOn = TakeOnvifLogin(findings);
+    if (findings.outcome == Outcome::kOk) TakeOnvif(std::move(findings), there->port.number);
+    return mayGoOn && Tell(FindStep::kOnvif);
+  }
+
+  bool TakeOnvifLogin(const OnvifFindings& findings) {
+    const bool isRefused = findings.outcome == Outcome::kLoginRefused && HasLogin();
+    if (isRefused && result_.login == FindLogin::kNotTried) return EndWith(findings.outcome);
+    if (isRefused) result_.login = FindLogin::kOnvifOthers;
+    if (isRefused) Warn(FindWarning::kOnvifOthers);
+    if (findings.isLoggedIn && result_.login == FindLogin::kNotTried) result_.login = FindLogin::kAccepted;
+    return true;
+  }
+
+  void TakeDevice(const onvif::DeviceFacts& device) {
+    if (!device.maker.empty()) result_.maker = {device.maker, kOnvifSays};
+    if (!device.model.empty()) result_.model = {device.model, kOnvifSays};
+    if (!device.firmware.empty()) result_.firmware = {device.firmware, kOnvifSays};
+    if (!device.serial.empty()) result_.serial = {device.serial, kOnvifSays};
+    const MakerGuess guess = MakerIn(device.maker, Vendors());
+    if (!guess.vendor.empty()) vendors_.insert(vendors_.begin(), guess.vendor);
+  }
+
+  void TakeOnvif(OnvifFindings findings, int port) {
+    result_.streams = std::move(findings.streams);
+    result_.snapshot = std::move(findings.snapshot);
+    result_.onvifPort = port;
+    if (!findings.isWhole) Warn(FindWarning::kEnded);
+  }
+
+  /// Only where ONVIF is silent.
+  bool TryPaths() {
+    if (!result_.streams.empty()) return true;
+    const std::vector<PathToTry> paths = PathsToTry(*catalog_, vendors_);
+    for (const PortAnswer& answer : answers_) {
+      const bool isOpen = answer.port.speaksRtsp && answer.rtsp != Outcome::kLoginRefused;
+      if (isOpen && !TryPathsAt(answer, paths)) return Tell(FindStep::kPaths);
+    }
+    TryPathsOverHttp(paths);
+    return Tell(FindStep::kPaths);
+  }
+
+  /// False when nothing more is to be tried.
+  bool TryPathsAt(const PortAnswer& answer, const std::vector<PathToTry>& paths) {
+    const bool isKnown = hunt_ && hunt_->Camera().port == answer.port.number;
+    if (!isKnown) hunt_ = std::make_unique<PathHunt>(CameraAt(answer.port));
+    for (const PathToTry& path : paths) {
+      if (path.stream->isOverHttp) continue;
+      if (answer.rtsp == Outcome::kOk) return TakeUnsure(path, answer.port);
+      const Outcome outcome = hunt_->Ask(path.path);
+      if (outcome == Outcome::kOk) return TakeFound(path, answer.port);
+      if (outcome == Outcome::kNoVideo || outcome == Outcome::kEncryptedStream) seen_ = outcome;
+      if (!MayTryOn(outcome)) return false;
+    }
+    return true;
+  }
+
+  bool MayTryOn(Outcome outcome) {
+    if (budget_.Left() == 0) {
+      Warn(FindWarning::kEnded);
+      return false;
+    }
+    return !EndsConversation(outcome) || EndWith(outcome);
+  }
+
+  bool TakeFound(const PathToTry& path, const FoundPort& port) {
+    ListedStream stream = StreamAt(path, port);
+    stream.codec = hunt_->Codec();
+    stream.isAsked = true;
+    if (hunt_->IsLoginWanted()) result_.login = std::max(result_.login, FindLogin::kAccepted);
+    TakeModel(path, stream);
+    return false;
+  }
+
+  /// The camera says yes to every path.
+  bool TakeUnsure(const PathToTry& path, const FoundPort& port) {
+    Warn(FindWarning::kAnyPath);
+    TakeModel(path, StreamAt(path, port));
+    return false;
+  }
+
+  static ListedStream StreamAt(const PathToTry& path, const FoundPort& port) {
+    ListedStream stream;
+    stream.isOverHttp = path.stream->isOverHttp;
+    stream.port = port.number;
+    stream.isTls = port.isTls;
+    stream.name = kMainStream;
+    stream.path = path.path;
+    stream.channel = path.model->channels.preset;
+    stream.from = SourceOf(*path.model);
+    return stream;
+  }
+
+  void TakeModel(const PathToTry& path, const ListedStream& stream) {
+    result_.streams = StreamsOfModel(path, stream);
+    result_.modelVendor = path.model->vendor;
+    result_.modelName = path.model->name;
+    const auto& port = path.stream->from.port;
+    result_.isPortOfModel = port == stream.port;
+    const bool isElsewhere = port && !result_.isPortOfModel;  // it would be looked for there
+    const bool isLikely = std::ranges::find(vendors_, path.model->vendor) != vendors_.end();
+    const bool isUsual = path.stream == &path.model->streams.front();
+    if (isElsewhere || !isUsual || !(isLikely || path.isTelling)) result_.modelVendor.clear();
+    const auto web = std::ranges::find_if(result_.ports, &FoundPort::speaksHttp);
+    if (web != result_.ports.end()) result_.snapshot = SnapshotOfModel(*path.model, web->number);
+  }
+
+  void TryPathsOverHttp(const std::vector<PathToTry>& paths) {
+    hunt_.reset();
+    for (const PortAnswer& answer : answers_) {
+      for (const PathToTry& path : paths) {
+        if (!path.stream->isOverHttp || !answer.port.speaksHttp) continue;
+        const Outcome outcome = ProbeHttpStream(CameraAt(answer.port), path.path);
+        if (outcome == Outcome::kOk) return TakeOverHttp(path, answer.port);
+        if (!MayTryOn(outcome)) return;
+      }
+    }
+  }
+
+  void TakeOverHttp(const PathToTry& path, const FoundPort& port) {
+    ListedStream stream = StreamAt(path, port);
+    stream.codec = path.stream->codec;
+    stream.isAsked = true;
+    TakeModel(path, stream);
+  }
+
+  void Finish() {
+    if (!result_.streams.empty()) result_.outcome = Outcome::kOk;
+    if (result_.streams.empty() && result_.outcome == Outcome::kOk) result_.outcome = WhyNone();
+    const bool isOpen = !result_.streams.empty() && result_.login == FindLogin::kNotTried && HasLogin();
+    if (isOpen) result_.login = FindLogin::kNotNeeded;
+    if (result_.clockOffset && std::chrono::abs(*result_.clockOffset) >= kWrongClock) Warn(FindWarning::kClockWrong);
+    result_.requests = budget_.Taken();
+    result_.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin_);
+  }
+
+  Outcome WhyNone() const {
+    const bool isAsking = std::ranges::any_of(answers_, [](const PortAnswer& answer) {
+      return answer.rtsp == Outcome::kLoginRefused || answer.onvif == Outcome::kLoginRefused;
+    });
+    if (isAsking && !HasLogin()) return Outcome::kLoginRefused;
+    if (seen_) return *seen_;
+    const bool hasRtsp = std::ranges::any_of(answers_, [](const PortAnswer& answer) { return answer.port.speaksRtsp; });
+    return hasRtsp ? Outcome::kNoSuchStream : Outcome::kNoService;
+  }
+
+  const FindRequest& request_;
+  const OnFindStep& onStep_;
+  const Clock::time_point begin_ = Clock::now();
+  Clock::time_point end_;
+  RequestBudget budget_{kMostFindRequests};
+  RequestScope scope_;
+  const std::shared_ptr<const ModelCatalog> catalog_ = Models();
+  std::vector<PortAnswer> answers_;   // of the ports at which something is spoken
+  std::vector<std::string> vendors_;  // likely ones, the likeliest first
+  std::unique_ptr<PathHunt> hunt_;    // of the last path; gone before other ports are asked: connections are few
+  std::optional<Outcome> seen_;       // why a stream that is there is of no use
+  FindResult result_;
+};
+
+}  // namespace
+}  // namespace find
+
+FindResult Find(const FindRequest& request, const OnFindStep& onStep) { return find::Finder(request, onStep).Run(); }
+
+}  // namespace recorder

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorder/device/find/find.h"
+#include "recorder/request/request_budget.h"
+#include "recorder/utility/outcome.h"
+
+namespace recorder::find {
+
+/// A path that no camera has: whoever says yes to it says yes to all.
+inline constexpr char kNoCamerasPath[] = "/no-camera-has-this-path";
+
+/// What came of asking at one port, without a login.
+struct PortAnswer {
+  FoundPort port;
+  Outcome outcome = Outcome::kUnreachable;          ///< kOk: RTSP or HTTP is spoken there; else why neither was found
+  Outcome rtsp = Outcome::kNotThisProtocol;         ///< of a DESCRIBE of kNoCamerasPath
+  Outcome onvif = Outcome::kNotThisProtocol;        ///< of the question for the camera's clock
+  std::optional<std::chrono::seconds> clockOffset;  ///< the camera's clock less ours
+};
+
+/// Asks at all ports of `request` side by side, each in a thread with a RequestScope of its own, and waits for all.
+/// Nothing goes out but what `budget` has, nothing lasts longer than `limit`, and no login is sent. One answer a port,
+/// ascending.
+std::vector<PortAnswer> AskPorts(const FindRequest& request, RequestBudget& budget, std::chrono::milliseconds limit);
+
+}  // namespace recorder::find
