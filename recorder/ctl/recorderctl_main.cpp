@@ -10,6 +10,7 @@
 #include "recorder/ctl/certificate_command.h"
 #include "recorder/ctl/completion_command.h"
 #include "recorder/ctl/discover_command.h"
+#include "recorder/ctl/find_command.h"
 #include "recorder/ctl/link_command.h"
 #include "recorder/ctl/models_command.h"
 #include "recorder/ctl/serve/serve_command.h"
@@ -33,6 +34,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddCameraCommands(app, configOption);
   recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app);
+  recorder::AddFindCommand(app, configOption);
   recorder::AddUserCommands(app, configOption);
   recorder::AddSessionCommands(app, configOption);
   recorder::AddTokenCommands(app, configOption);
