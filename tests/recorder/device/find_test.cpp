@@ -1,0 +1,50 @@
+#include <gtest/gtest.h>
+
+#include "recorder/device/find/maker.h"
+#include "recorder/device/find/path_pattern.h"
+#include "tests/recorder/rows.h"
+
+namespace recorder::find {
+namespace {
+
+struct PatternCase {
+  const char* name;
+  std::vector<KnownPath> known;
+  StreamSpot wanted;
+  const char* path;  ///< "": none
+};
+
+const PatternCase kPatterns[] = {
+    {"NumbersGrow", {{{0, 0, ""}, "/c/101"}, {{1, 0, ""}, "/c/201"}}, {31, 0, ""}, "/c/3201"},
+    {"SubStreamGrowsAlike",
+     {{{0, 0, ""}, "/p_01_main"}, {{0, 1, ""}, "/p_01_sub"}, {{1, 0, ""}, "/p_02_main"}, {{9, 1, ""}, "/p_10_sub"}},
+     {4, 1, ""},
+     "/p_05_sub"},
+    {"TwoNumbers", {{{0, 0, ""}, "/s?c=0&p=1"}, {{1, 0, ""}, "/s?c=1&p=3"}}, {2, 0, ""}, "/s?c=2&p=5"},
+    {"Tokens", {{{0, 0, "kq"}, "/m?t=kq"}, {{1, 0, "zz"}, "/m?t=zz"}}, {7, 0, "ab"}, "/m?t=ab"},
+    {"ProofFails", {{{0, 0, ""}, "/c/1"}, {{1, 0, ""}, "/c/2"}, {{3, 0, ""}, "/c/9"}}, {2, 0, ""}, ""},
+    {"OtherWords", {{{0, 0, ""}, "/front"}, {{1, 0, ""}, "/back"}}, {2, 0, ""}, ""},
+    {"PlaceIsNotKnown", {{{0, 0, ""}, "/c/1"}, {{1, 0, ""}, "/c/2"}}, {2, 1, ""}, ""},
+    {"NumbersBelowNone", {{{0, 0, ""}, "/c/5"}, {{1, 0, ""}, "/c/2"}}, {2, 0, ""}, ""},
+    {"LongNumbersCountNothing", {{{0, 0, ""}, "/1234567890"}, {{1, 0, ""}, "/1234567891"}}, {2, 0, ""}, ""},
+};
+
+class PathPatternTest : public testing::TestWithParam<PatternCase> {};
+
+TEST_P(PathPatternTest, WorksOutPaths) {
+  EXPECT_EQ(PathByPattern(GetParam().known, GetParam().wanted).value_or(""), GetParam().path);
+}
+INSTANTIATE_TEST_SUITE_P(Row, PathPatternTest, testing::ValuesIn(kPatterns), kByName);
+
+TEST(MakerTest, IsNamedByWholeWordsOnly) {
+  const std::vector<std::string> vendors = {"Axis", "Dahua", "LG"};
+  EXPECT_EQ(MakerIn("AXIS_ACCC8E012345", vendors).vendor, "Axis");
+  EXPECT_TRUE(MakerIn("the axis camera", vendors).isNamed);
+  EXPECT_EQ(MakerIn("galgo/1.0 taxis", vendors).vendor, "");
+  const MakerGuess likely = MakerIn("Login to 3f2a", vendors);
+  EXPECT_EQ(likely.vendor, "Dahua");
+  EXPECT_FALSE(likely.isNamed) << "others use the same words";
+}
+
+}  // namespace
+}  // namespace recorder::find
