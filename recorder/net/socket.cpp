@@ -72,17 +72,10 @@ Outcome Resolve(const std::string& host, int port, Clock::time_point deadline, A
 }
 
 Outcome ConnectToAddress(const addrinfo& address, Clock::time_point deadline, FileDescriptor& connection) {
-  if (!MayConnectTo(*address.ai_addr)) return Outcome::kBlocked;
-  FileDescriptor candidate(socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  if (!candidate) return Outcome::kUnreachable;
-  if (connect(candidate.Get(), address.ai_addr, address.ai_addrlen) != 0) {
-    if (errno != EINPROGRESS) return Outcome::kUnreachable;
-    if (!WaitFor(candidate.Get(), POLLOUT, deadline)) return Outcome::kTimedOut;
-    int error = 0;
-    socklen_t size = sizeof error;
-    getsockopt(candidate.Get(), SOL_SOCKET, SO_ERROR, &error, &size);
-    if (error != 0) return error == ETIMEDOUT ? Outcome::kTimedOut : Outcome::kUnreachable;
-  }
+  FileDescriptor candidate;
+  const std::optional<Outcome> known = BeginConnecting(*address.ai_addr, address.ai_addrlen, candidate);
+  if (!known && !WaitFor(candidate.Get(), POLLOUT, deadline)) return Outcome::kTimedOut;
+  if (const Outcome outcome = known ? *known : EndOfConnecting(candidate); outcome != Outcome::kOk) return outcome;
   const int on = 1;
   setsockopt(candidate.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   connection = std::move(candidate);
@@ -100,6 +93,22 @@ std::optional<tcp_info> InfoOf(int connection, std::size_t offset, std::size_t s
 bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
 }  // namespace
+
+std::optional<Outcome> BeginConnecting(const sockaddr& address, socklen_t size, FileDescriptor& connection) {
+  if (!MayConnectTo(address)) return Outcome::kBlocked;
+  connection = FileDescriptor(socket(address.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  if (!connection) return Outcome::kUnreachable;
+  if (connect(connection.Get(), &address, size) == 0) return Outcome::kOk;
+  return errno == EINPROGRESS ? std::nullopt : std::optional(Outcome::kUnreachable);
+}
+
+Outcome EndOfConnecting(const FileDescriptor& connection) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(connection.Get(), SOL_SOCKET, SO_ERROR, &error, &size);
+  if (error == 0) return Outcome::kOk;
+  return error == ETIMEDOUT ? Outcome::kTimedOut : Outcome::kUnreachable;
+}
 
 Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline, FileDescriptor& connection) {
   AddressList addresses;

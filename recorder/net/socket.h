@@ -1,7 +1,10 @@
 #pragma once
 
+#include <sys/socket.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -11,10 +14,19 @@
 
 namespace recorder {
 
-/// Connects to the first address of `host` that accepts, as far as the recorder's address policy allows it. All
-/// connections to cameras are made here. The descriptor does not block and is not inherited by child processes; on
-/// failure `connection` is untouched. kUnreachable: no such name, no route, refused everywhere; kBlocked: the policy
-/// allows none of its addresses; kTimedOut: the deadline, or an address's share of it, passed without an answer.
+/// Begins a connection to `address`, as far as the recorder's address policy allows it. All connections to cameras are
+/// made here. Nothing: it is under way, and has ended when `connection` may be written; EndOfConnecting tells how. Else
+/// kOk: it is there; kBlocked: the policy does not allow it; kUnreachable: refused, or no route. The descriptor does
+/// not block and is not inherited by child processes.
+[[nodiscard]] std::optional<Outcome> BeginConnecting(const sockaddr& address, socklen_t size,
+                                                     FileDescriptor& connection);
+
+/// How a connection that was begun has ended: kOk, kUnreachable or kTimedOut.
+[[nodiscard]] Outcome EndOfConnecting(const FileDescriptor& connection);
+
+/// Connects to the first address of `host` that accepts, by BeginConnecting. On failure `connection` is untouched.
+/// kUnreachable: no such name, no route, refused everywhere; kBlocked: the policy allows none of its addresses;
+/// kTimedOut: the deadline, or an address's share of it, passed without an answer.
 [[nodiscard]] Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline,
                                 FileDescriptor& connection);
 
