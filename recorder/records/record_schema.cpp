@@ -36,6 +36,16 @@ CREATE TABLE certificates (
 CREATE TRIGGER forgetCertificates AFTER DELETE ON cameras
   BEGIN DELETE FROM certificates WHERE cameraId = OLD.id; END;
 )"},
+    // Whoever sets a password says anew which camera is there.
+    {4, R"(
+CREATE TABLE identities (
+  cameraId INTEGER PRIMARY KEY, endpoint TEXT NOT NULL, serial TEXT NOT NULL
+) STRICT;
+CREATE TRIGGER forgetIdentity AFTER DELETE ON cameras
+  BEGIN DELETE FROM identities WHERE cameraId = OLD.id; END;
+CREATE TRIGGER learnAnew AFTER UPDATE OF password ON cameras
+  BEGIN DELETE FROM identities WHERE cameraId = OLD.id; END;
+)"},
 };
 
 }  // namespace

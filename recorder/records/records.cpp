@@ -220,6 +220,30 @@ void Records::ForgetCertificates(int id) {
   });
 }
 
+std::map<int, CameraIdentity> Records::Identities() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT cameraId, endpoint, serial FROM identities"};
+    std::map<int, CameraIdentity> identities;
+    while (query.executeStep()) {
+      identities[query.getColumn(0).getInt()] = {query.getColumn(1).getString(), query.getColumn(2).getString()};
+    }
+    return identities;
+  });
+}
+
+void Records::LearnIdentity(int id, const CameraIdentity& identity) {
+  const bool isShort = identity.endpoint.size() <= kLongestFoundName && identity.serial.size() <= kLongestFoundName;
+  if (!isShort) return;
+  impl_->Guarded([&] {
+    SQLite::Statement insert{
+        impl_->database,
+        "INSERT INTO identities SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 ON CONFLICT (cameraId) DO UPDATE SET "
+        "endpoint = iif(endpoint = '', ?2, endpoint), serial = iif(serial = '', ?3, serial)"};
+    SQLite::bind(insert, id, identity.endpoint, identity.serial);
+    insert.exec();
+  });
+}
+
 bool Records::AddKey(TrustKind kind, const std::string& name, const SecretKey& key) {
   if (const auto mistake = NameMistake(name)) throw RecordsError("name: " + *mistake);
   return impl_->Guarded([&] {

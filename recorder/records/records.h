@@ -35,6 +35,14 @@ struct CameraRecord {
 /// What tells a camera's TLS certificates, by port: the SHA-256 of each one's DER, in hexadecimal.
 using Certificates = std::map<int, std::string>;
 
+/// What a stored camera is known again by at another address. Each is "" as long as it is not known.
+struct CameraIdentity {
+  std::string endpoint;  ///< its id of WS-Discovery
+  std::string serial;    ///< serial number, as it says itself
+
+  bool operator==(const CameraIdentity&) const = default;
+};
+
 /// What is wrong with a record or password.
 struct RecordMistake {
   std::string member;  ///< JSON key style: "port", "sourcePath", "password"
@@ -126,6 +134,11 @@ class Records {
   std::string PinCertificate(int id, int port, const std::string& certificate);
   /// As if no certificate had been seen yet.
   void ForgetCertificates(int id);
+
+  /// What cameras are known again by; none of those of which nothing was learnt since their password was set.
+  std::map<int, CameraIdentity> Identities() const;
+  /// Keeps what was not known of a camera yet, as far as its texts are no longer than kLongestFoundName.
+  void LearnIdentity(int id, const CameraIdentity& identity);
 
   /// Stores a key. False when the name is taken.
   bool AddKey(TrustKind kind, const std::string& name, const SecretKey& key);

@@ -102,6 +102,18 @@ TEST_F(RecordsTest, AChangedRecordKeepsItsPasswordForItsOwnStreamAlone) {
   EXPECT_FALSE(change("secret"));
 }
 
+TEST_F(RecordsTest, ACameraIsKnownAgainByWhatWasLearntFirst) {
+  Records records{State()};
+  const int id = records.Add(Camera(), "secret");
+  records.LearnIdentity(id, {"", "0A1B"});
+  records.LearnIdentity(id, {"urn:uuid:1", "other"});
+  records.LearnIdentity(id + 1, {"urn:uuid:2", ""});
+  const std::map<int, CameraIdentity> wanted = {{id, {"urn:uuid:1", "0A1B"}}};
+  EXPECT_EQ(records.Identities(), wanted);
+  records.SetPassword(id, "another");
+  EXPECT_TRUE(records.Identities().empty()) << "whoever sets a password says anew which camera is there";
+}
+
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
   Records(State()).Add(Camera(), "secret");
   Sql("PRAGMA journal_mode = DELETE; PRAGMA user_version = 99");
