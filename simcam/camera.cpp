@@ -67,6 +67,7 @@ void Camera::Start() {
   if (config_.fault.fault == Fault::kRefused) return;
   if (config_.tls != TlsUse::kNone || LeadsToTls(config_)) tls_ = std::make_unique<TlsFront>();
   if (config_.discovery) discovery_ = std::make_unique<Discovery>(config_, Port());
+  if (config_.mdns) mdns_ = std::make_unique<Mdns>(config_.name, Port());
   acceptor_.emplace(listener_, [this](int open) {
     log_.CountConnection();
     // What GStreamer's server has taken over is no socket of the acceptor's any more.

@@ -10,6 +10,7 @@
 #include "simcam/config.h"
 #include "simcam/http_camera.h"
 #include "simcam/login.h"
+#include "simcam/mdns.h"
 #include "simcam/onvif/discovery.h"
 #include "simcam/scripted_rtsp.h"
 #include "simcam/socket.h"
@@ -48,6 +49,7 @@ class Camera {
   std::unique_ptr<ScriptedRtsp> scripted_;
   std::unique_ptr<TlsFront> tls_;
   std::unique_ptr<Discovery> discovery_;
+  std::unique_ptr<Mdns> mdns_;
   std::optional<Acceptor> acceptor_;
 };
 

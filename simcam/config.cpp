@@ -235,6 +235,7 @@ CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
   ChooseServer(members, camera);
   if (members.Has("psia")) ReadPsia(members.At("psia"), where + ".psia", camera);
   members.Read("discovery", camera.discovery);
+  members.Read("mdns", camera.mdns);
   members.Finish();
   CheckStreamPaths(members, camera);
   if (camera.discovery && !camera.onvif) members.Fail("discovery tells of an ONVIF service; onvif is missing");

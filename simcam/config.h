@@ -139,6 +139,7 @@ struct CameraConfig {
   std::optional<PsiaConfig> psia;
   TlsUse tls = TlsUse::kNone;  ///< whether the port speaks TLS, too or only
   bool discovery = false;      ///< answers WS-Discovery probes
+  bool mdns = false;           ///< answers multicast DNS
   FaultConfig fault;
   std::string redirectTo;
 

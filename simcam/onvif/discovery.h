@@ -1,13 +1,9 @@
 #pragma once
 
-#include <gio/gio.h>
-
-#include <memory>
 #include <string>
-#include <thread>
 
 #include "simcam/config.h"
-#include "simcam/glib_handle.h"
+#include "simcam/group_answers.h"
 
 namespace simcam {
 
@@ -17,20 +13,14 @@ class Discovery {
  public:
   /// `port`: where the camera's device service is. Throws std::runtime_error.
   Discovery(const CameraConfig& camera, int port);
-  ~Discovery();
-  Discovery(const Discovery&) = delete;
-  Discovery& operator=(const Discovery&) = delete;
 
  private:
-  void AnswerAll();
   [[nodiscard]] std::string Matches(const std::string& probe) const;
 
   const CameraConfig& camera_;
   const std::string address_;
-  const std::string endpoint_;  ///< a random UUID, the same for all answers
-  std::unique_ptr<GSocket, UnrefGlib> socket_;
-  std::unique_ptr<GCancellable, UnrefGlib> end_;
-  std::jthread thread_;
+  const std::string endpoint_;  ///< a UUID
+  const GroupAnswers answers_;
 };
 
 }  // namespace simcam
