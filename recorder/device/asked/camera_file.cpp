@@ -11,9 +11,11 @@
 #include "recorder/device/asked/camera_report.h"
 #include "recorder/device/asked/onvif/ask.h"
 #include "recorder/device/asked/psia/ask.h"
+#include "recorder/device/asked/shown_text.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/net/login/hash.h"
+#include "recorder/request/learn_serial.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
@@ -152,6 +154,7 @@ AskedModel Ask(const std::string& vendor, const CameraAddress& address, const st
   AskCamera& ask = vendor == kPsiaVendor ? psia::Ask : onvif::Ask;
   const Outcome outcome = ask(address, channel, report);
   if (outcome != Outcome::kOk) return {outcome, nullptr, "", ""};
+  LearnSerial(vendor, address.host, address.port, Shown(report.serial));
   std::string ignored;
   const Json::Value kept = ParseStrictJson(earlier, ignored).value_or(Json::Value());
   const std::string text = CameraFileText(vendor, PlaceOf(address), report, Now(), kept);

@@ -16,6 +16,7 @@ struct CameraReport {
   std::string device;                 ///< maker, model, firmware, for people
   std::string maker;                  ///< or ""
   std::string model;                  ///< or ""
+  std::string serial;                 ///< or ""
   std::vector<std::string> channels;  ///< at least one, the default one first
   std::string channel;                ///< the one of `channels` that what follows is about
 

@@ -215,6 +215,7 @@ class Questioning {
     const DeviceFacts facts = ReadDeviceFacts(reply.content);
     report_.maker = facts.maker;
     report_.model = facts.model;
+    report_.serial = facts.serial;
     return Optional(reply);
   }
 

@@ -4,11 +4,11 @@
 #include <optional>
 #include <utility>
 
+#include "recorder/device/asked/shown_text.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/net/camera_address.h"
 #include "recorder/net/camera_url.h"
 #include "recorder/net/percent.h"
-#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::onvif {
@@ -26,15 +26,6 @@ std::vector<std::string_view> Words(std::string_view text) {
     text.remove_prefix(end);
   }
   return words;
-}
-
-/// `text` as it may be shown: one line of UTF-8 that cannot steer a terminal; "" when it cannot be made one.
-std::string Shown(std::string_view text) {
-  text = Trimmed(text);
-  if (!IsUtf8(text)) return "";
-  std::size_t size = std::min(text.size(), kLongestFoundName);
-  while (!IsUtf8(text.substr(0, size))) --size;
-  return EscapeControls(text.substr(0, size));
 }
 
 /// What the scopes say under `category`, such as "name".
