@@ -121,13 +121,14 @@ bool EnterOwnNetwork() {
   const recorder::FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   ifreq loopback = {};
   std::strcpy(loopback.ifr_name, "lo");
-  loopback.ifr_flags = IFF_UP;
+  loopback.ifr_flags = IFF_UP | IFF_MULTICAST;
   return ioctl(socket.Get(), SIOCSIFFLAGS, &loopback) == 0;
 }
 
 Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input) {
   constexpr char kScript[] = R"(
     ip link set lo up multicast on
+    ip address add 192.0.2.1/24 dev lo
     ip route add 224.0.0.0/4 dev lo
     for file in $(find . -name '*.conf'); do mount --bind $file /etc/$file; done
     rm -f started

@@ -64,13 +64,13 @@ std::vector<std::string> Words(const std::string& line);
 /// False when RunAlone() needs more than this user may do.
 bool CanRunAlone();
 
-/// Moves this process, and all that it starts, to a network of nothing but a loopback interface, where each port is
-/// free. False when this user may not.
+/// Moves this process, and all that it starts, to a network of nothing but a loopback interface that takes multicasts,
+/// where each port is free. False when this user may not.
 bool EnterOwnNetwork();
 
 /// Runs recorderctl for five seconds at most, on a machine of its own: with the simulated cameras of cameras.json in
-/// `folder`, a network of nothing but a loopback interface that takes multicasts, and those of resolv.conf(5) and
-/// nsswitch.conf(5) that are in `folder`.
+/// `folder`, a network of nothing but a loopback interface that takes multicasts, has the address 192.0.2.1/24 as well,
+/// and those of resolv.conf(5) and nsswitch.conf(5) that are in `folder`.
 Finished RunAlone(const TempFolder& folder, const std::vector<std::string>& arguments, const std::string& input = {});
 
 /// Simulated cameras, by name.

@@ -33,7 +33,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
   recorder::AddStoredCallCommands(app, configOption);
-  recorder::AddDiscoverCommand(app);
+  recorder::AddDiscoverCommand(app, configOption);
   recorder::AddFindCommand(app, configOption);
   recorder::AddUserCommands(app, configOption);
   recorder::AddSessionCommands(app, configOption);

@@ -17,12 +17,17 @@ constexpr char kSystemConfigFile[] = "/etc/cameracap/recorder.json";
 
 }  // namespace
 
-std::filesystem::path FindConfigFile(const std::string& option) {
+std::optional<std::filesystem::path> FindAnyConfigFile(const std::string& option) {
   if (!option.empty()) return std::filesystem::absolute(option);
   const char* fromEnvironment = std::getenv("RECORDER_CONFIG");
   if (fromEnvironment != nullptr && *fromEnvironment != '\0') return std::filesystem::absolute(fromEnvironment);
   std::error_code ignored;
   if (std::filesystem::exists(kSystemConfigFile, ignored)) return kSystemConfigFile;
+  return std::nullopt;
+}
+
+std::filesystem::path FindConfigFile(const std::string& option) {
+  if (const auto file = FindAnyConfigFile(option)) return *file;
   throw std::runtime_error("no configuration: give --config FILE or set RECORDER_CONFIG");
 }
 

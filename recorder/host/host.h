@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "recorder/host/module_library.h"
@@ -15,7 +16,10 @@ struct Host {
 };
 
 /// The configuration file to use: `option` when it is not empty, else what the environment variable RECORDER_CONFIG
-/// names, else that of an installed package. Throws std::runtime_error when there is none of them.
+/// names, else that of an installed package; nothing when there is none of them.
+std::optional<std::filesystem::path> FindAnyConfigFile(const std::string& option);
+
+/// The same where there has to be one: throws std::runtime_error.
 std::filesystem::path FindConfigFile(const std::string& option);
 
 /// Loads the configuration and makes the platform functions ready: records, models, limits. Throws std::exception.

@@ -10,6 +10,7 @@ namespace recorder {
 // JSON in the body. A handler that contacts cameras opens its own RequestScope. What it has to tell before it is done
 // goes to `lines`; once Tell() is false it returns, whatever it answers. Throws HttpError.
 
+OwnAnswer DiscoverDevices(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ListModels(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& lines);
 

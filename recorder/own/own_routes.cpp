@@ -5,6 +5,7 @@ namespace recorder {
 namespace {
 
 constexpr OwnRoute kRoutes[] = {
+    {"POST", "discover", Need::kAdmin, Pool::kCameras, &DiscoverDevices},
     {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
     {"GET", "models/", Need::kUser, Pool::kLists, &ShowModel},
 };

@@ -1,19 +1,19 @@
 #pragma once
 
-#include <chrono>
-#include <optional>
+#include <cstdint>
 #include <string>
-#include <vector>
 
-#include "recorder/device/asked/onvif/discovery_answers.h"
-
-// WS-Discovery: which cameras are on the local network.
+// How cameras are asked for by WS-Discovery; discovery_answers.h has what they answer.
 
 namespace recorder::onvif {
 
-/// Sends a probe from `interface`, or without one from every interface that is up and takes multicasts but for the
-/// loopback, and collects answers for `duration`: one entry a host and port, in the order of addresses, 1000 at most.
-/// Throws std::runtime_error when there is no such interface or no probe could be sent. Any thread.
-std::vector<FoundCamera> Discover(const std::optional<std::string>& interface, std::chrono::milliseconds duration);
+inline constexpr char kDiscoveryGroup[] = "239.255.255.250";
+inline constexpr std::uint16_t kDiscoveryPort = 3702;
+
+/// A fresh "urn:uuid:..." (RFC 4122, version 4).
+std::string MakeMessageId();
+
+/// The datagram that asks all cameras to answer to `messageId`.
+std::string MakeProbe(const std::string& messageId);
 
 }  // namespace recorder::onvif
