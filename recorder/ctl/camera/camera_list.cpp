@@ -54,6 +54,9 @@ void List(const Records& records) {
 
 void Show(const ShowOptions& options, const Records& records) {
   Json::Value json = ToJson(FindCamera(records, options.id));
+  const CameraIdentity identity = records.Identities()[options.id];
+  json["endpoint"] = identity.endpoint;
+  json["serial"] = identity.serial;
   const Certificates certificates = records.PinnedCertificates(options.id);
   if (options.isJson) {
     json["certificates"] = Json::Value(Json::objectValue);
