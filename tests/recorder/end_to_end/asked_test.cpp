@@ -73,6 +73,7 @@ int Questions(const Json::Value& log, const std::string& path) {
 TEST(AskedCameras, FillTheirDocument) {
   const SimCameras cameras(AllCameras());
   const TestRecorder recorder;
+  recorder.AddCamera("ONVIF", "Generic", cameras.Port("media1"), "admin", kSecret);
   for (const AskedCamera& camera : kCameras) {
     SCOPED_TRACE(camera.name);
     const Json::Value document = Document(recorder, GenericParams(camera.vendor, cameras.Port(camera.name), kSecret));
@@ -93,6 +94,7 @@ TEST(AskedCameras, FillTheirDocument) {
     EXPECT_EQ(log["mostConnections"], 1) << log;
     EXPECT_LE(log["connections"], 3) << "one before the login is wanted, one to learn that, one with it";
   }
+  EXPECT_THAT(recorder.Control({"camera", "show", "1"}).output, testing::HasSubstr("serial: 51AC0DE5\n"));
 }
 
 TEST(AskedCameras, AnyMethodMayBeTheFirstCall) {
