@@ -60,6 +60,8 @@ class RtspClient : private RtspLogins {
 
   /// What Describe found.
   const SdpVideo& Video() const { return session_.Video(); }
+  /// The encoding of the audio beside it, as FindAudio has it.
+  const std::string& Audio() const { return session_.Audio(); }
 
   /// Asks for a session with the video: over this connection, or over UDP where the camera refuses that.
   /// kTransportRefused when it refuses both.

@@ -314,6 +314,7 @@ Outcome RtspSession::ReadDescription(const RtspMessage& answer) {
   if (!video) return Outcome::kNoVideo;
   if (video->isEncrypted) return Outcome::kEncryptedStream;
   video_ = std::move(*video);
+  audio_ = FindAudio(answer.body);
   if (base_.empty()) base_ = answer.Header("Content-Base");
   if (base_.empty()) base_ = answer.Header("Content-Location");
   if (base_.empty()) base_ = uri_;

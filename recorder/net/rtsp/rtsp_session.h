@@ -69,6 +69,7 @@ class RtspSession {
   bool IsOpen() const { return isOpen_; }
   /// What Describe found.
   const SdpVideo& Video() const { return video_; }
+  const std::string& Audio() const { return audio_; }
   /// Asks for a session with the video: over this connection, or over UDP where the camera refuses that.
   /// kTransportRefused when it refuses both.
   void Setup();
@@ -193,6 +194,7 @@ class RtspSession {
   ServerName server_;
 
   SdpVideo video_;
+  std::string audio_;
   std::string base_;
   RtspSessionId session_;
   RtspTransport transport_;

@@ -18,6 +18,9 @@ constexpr int kLastStaticVideo = 34;
 constexpr std::pair<int, std::string_view> kStaticEncodings[] = {
     {26, "JPEG"}, {31, "H261"}, {32, "MPV"}, {33, "MP2T"}, {34, "H263"}};
 
+constexpr std::pair<int, std::string_view> kStaticAudio[] = {{0, "PCMU"}, {3, "GSM"},  {4, "G723"}, {8, "PCMA"},
+                                                             {9, "G722"}, {10, "L16"}, {11, "L16"}, {14, "MPA"}};
+
 constexpr std::string_view kMetadata = "VND.ONVIF.METADATA";
 
 std::string UpperCase(std::string_view text) {
@@ -32,6 +35,7 @@ enum class Profile { kOther, kPlain, kEncrypted };
 /// What an "m=" line tells.
 struct Media {
   bool isVideo = false;
+  bool isAudio = false;
   Profile profile = Profile::kOther;
   std::optional<int> payloadType;  // the first, which is the one that will be sent
 };
@@ -57,7 +61,9 @@ Profile ProfileOf(std::string_view transport) {
 
 Media ParseMedia(std::string_view value) {
   Media media;
-  media.isVideo = EqualsIgnoreCase(TakeWord(value), "video");
+  const std::string_view kind = TakeWord(value);
+  media.isVideo = EqualsIgnoreCase(kind, "video");
+  media.isAudio = EqualsIgnoreCase(kind, "audio");
   TakeWord(value);  // the port
   media.profile = ProfileOf(TakeWord(value));
   media.payloadType = TakePayloadType(value);
@@ -80,10 +86,18 @@ std::string EncodingOf(std::string_view map) {
   return name == "HEVC" ? "H265" : name;
 }
 
+/// The clock of an rtpmap, such as "H264/90000".
+int ClockRateOf(std::string_view map) {
+  TakeUntil(map, '/');
+  const int rate = ParseNumber<int>(Trimmed(TakeUntil(map, '/'))).value_or(0);
+  return rate > 0 ? rate : SdpVideo().clockRate;
+}
+
 /// Takes over the encoding that an rtpmap names. False when the payload format is chosen without that line.
 bool TakeEncoding(SdpVideo& video, int payloadType, std::string_view map) {
   if (!video.codec.empty()) return false;
   video.codec = EncodingOf(map);
+  video.clockRate = ClockRateOf(map);
   return payloadType < kFirstStaticVideo || payloadType > kLastStaticVideo;
 }
 
@@ -159,6 +173,20 @@ std::optional<SdpVideo> FindVideo(std::string_view sdp) {
   Keep(std::move(section), best);
   if (best) best->sessionControl = sessionControl;
   return best;
+}
+
+std::string FindAudio(std::string_view sdp) {
+  Media media;
+  while (!sdp.empty()) {
+    const std::string_view line = TakeLine(sdp);
+    if (line.starts_with("m=")) {
+      if (media.isAudio) break;
+      media = ParseMedia(line.substr(2));
+    } else if (auto map = Attribute(line, "rtpmap"); map && media.isAudio) {
+      if (TakePayloadType(*map) == media.payloadType) return EncodingOf(Trimmed(*map));
+    }
+  }
+  return media.isAudio ? std::string(Translate(kStaticAudio, media.payloadType.value_or(-1), "")) : "";
 }
 
 std::string ResolveControl(std::string_view base, std::string_view control) {
