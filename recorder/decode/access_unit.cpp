@@ -88,7 +88,7 @@ void AccessUnitAssembler::HandOut() {
   if (picture_->isDamaged) return;
   const Bytes bytes = Bytes(open_).first(picture_->end);
   const UnitKind kind = ClassifyUnit(codec_, bytes);  // parameter sets belong to the picture that follows
-  if (kind != UnitKind::kNoPicture) finished_.push_back({{bytes.begin(), bytes.end()}, kind});
+  if (kind != UnitKind::kNoPicture) finished_.push_back({{bytes.begin(), bytes.end()}, kind, picture_->timestamp});
 }
 
 }  // namespace recorder

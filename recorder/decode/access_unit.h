@@ -16,6 +16,7 @@ namespace recorder {
 struct AccessUnit {
   std::vector<std::uint8_t> bytes;
   UnitKind kind = UnitKind::kNoPicture;
+  std::uint32_t timestamp = 0;  ///< of RTP
 };
 
 /// Puts access units together out of depacketized pieces. A unit ends with the marker bit. Where there is none, or

@@ -14,8 +14,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 std::string_view AsText(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
-Reply Measure(Bytes jpeg) {
-  const auto size = SizeOfJpeg(jpeg);
+Reply Tell(const std::optional<JpegSize>& size) {
   if (!size) return {MediaStatus::kRefused};
   return {MediaStatus::kDone, static_cast<std::uint32_t>(size->width), static_cast<std::uint32_t>(size->height)};
 }
@@ -30,7 +29,11 @@ std::optional<Reply> Answerer::Answer(const MediaRequestHead& head, Bytes bytes)
     case MediaRequest::kTake:
       return body_ ? LookAtBody() : LookAtStream(head.number != 0);
     case MediaRequest::kMeasure:
-      return Measure(bytes);
+      return Tell(SizeOfJpeg(bytes));
+    case MediaRequest::kUnit:
+      return TellUnit();
+    case MediaRequest::kUnitSize:
+      return TellSize();
     case MediaRequest::kDecode:
       return Decode(bytes.first(configuration), bytes.subspan(configuration));
     default:
@@ -80,6 +83,17 @@ Reply Answerer::LookAtBody() {
   return {MediaStatus::kPicture, hasBegun, 0, AsBytes(found_)};
 }
 
+Reply Answerer::TellUnit() {
+  if (!stream_) return {MediaStatus::kRefused};
+  auto unit = stream_->TakeUnit();
+  if (!unit) return {MediaStatus::kNothing};
+  const bool isBeginning = unit->kind == UnitKind::kKey || unit->kind == UnitKind::kRecoveryPoint;
+  if (isBeginning) beginning_ = std::move(unit->bytes);
+  return {MediaStatus::kDone, unit->timestamp, isBeginning ? 1U : 0U};
+}
+
+Reply Answerer::TellSize() const { return Tell(stream_ ? stream_->SizeOf(beginning_) : std::nullopt); }
+
 Reply Answerer::Decode(Bytes configuration, Bytes frame) {
   made_ = MakeJpeg(configuration, frame);
   if (!made_) return {MediaStatus::kRefused};
@@ -97,6 +111,7 @@ std::string Answerer::TakePackets() { return std::exchange(packets_, {}); }
 void Answerer::Close() {
   stream_.reset();
   body_.reset();
+  beginning_ = {};
   made_.reset();
   found_ = {};
   packets_ = {};

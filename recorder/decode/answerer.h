@@ -4,6 +4,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "recorder/decode/key_frame_finder.h"
 #include "recorder/decode/picture_finder.h"
@@ -34,6 +35,8 @@ class Answerer {
   void OpenBody(std::uint32_t maxPicture);
   Reply LookAtStream(bool takesRecoveryPoint);
   Reply LookAtBody();
+  Reply TellUnit();
+  Reply TellSize() const;
   Reply Decode(std::span<const std::uint8_t> configuration, std::span<const std::uint8_t> frame);
   void Keep(std::span<const std::uint8_t> packet);
   void Close();
@@ -41,6 +44,7 @@ class Answerer {
   std::optional<KeyFrameFinder> stream_;
   std::optional<PictureFinder> body_;
   PictureFinder::State bodyState_ = PictureFinder::State::kMore;
+  std::vector<std::uint8_t> beginning_;  // the last unit of a stream that is measured where decoding can begin
   std::string packets_;
   std::optional<KeyPicture> made_;
   std::string found_;

@@ -32,6 +32,12 @@ MediaStatus KeyFrameFinder::Look(bool takesRecoveryPoint) {
   return status;
 }
 
+std::optional<JpegSize> KeyFrameFinder::SizeOf(std::span<const std::uint8_t> unit) const {
+  if (codec_ == kCodecJpeg) return SizeOfJpeg(unit);
+  const Frame frame = DecodeKeyFrame(codec_, depacketizer_->Configuration(), unit);
+  return frame ? std::optional(JpegSize{frame->width, frame->height}) : std::nullopt;
+}
+
 MediaStatus KeyFrameFinder::Judge(const AccessUnit& unit, bool takesRecoveryPoint) {
   const bool isPoint = takesRecoveryPoint && unit.kind == UnitKind::kRecoveryPoint;
   if (unit.kind != UnitKind::kKey && !isPoint) return MediaStatus::kNoKeyFrame;

@@ -9,6 +9,7 @@
 
 #include "recorder/decode/access_unit.h"
 #include "recorder/decode/depacketizer.h"
+#include "recorder/decode/jpeg.h"
 #include "recorder/decode/key_picture.h"
 #include "recorder/media/media_messages.h"
 
@@ -33,6 +34,12 @@ class KeyFrameFinder {
 
   /// After kPicture. Moves it out.
   KeyPicture TakePicture() { return std::move(*picture_); }
+
+  /// Takes the next unit that is complete, which Look() then passes over.
+  std::optional<AccessUnit> TakeUnit() { return assembler_.Take(); }
+
+  /// The size of the picture in a unit where decoding can begin; nothing where there is none.
+  std::optional<JpegSize> SizeOf(std::span<const std::uint8_t> unit) const;
 
  private:
   MediaStatus Judge(const AccessUnit& unit, bool takesRecoveryPoint);

@@ -6,6 +6,7 @@
 #include "recorder/media/media_pool.h"
 #include "recorder/media/rtp_header.h"
 #include "recorder/utility/bytes.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/translate.h"
 
 namespace recorder {
@@ -40,6 +41,23 @@ KeyFrameSearch::State KeyFrameSearch::Look(bool takesRecoveryPoint) {
   HandOn(AsBytes(answer->packets));
   picture_ = std::move(answer->picture);
   return Translate(kStates, answer->status, State::kRefused);
+}
+
+Outcome KeyFrameSearch::TakeUnit(std::optional<StreamUnit>& unit) {
+  const auto answer = media_->Ask(MediaRequest::kUnit, 0, {});
+  unit.reset();
+  if (!answer) return media_->Failure();
+  HandOn(AsBytes(answer->packets));
+  if (answer->status == MediaStatus::kDone) unit = StreamUnit{answer->first, answer->second != 0};
+  return Outcome::kOk;
+}
+
+std::optional<PictureSize> KeyFrameSearch::SizeOfUnit() {
+  const auto answer = media_->Ask(MediaRequest::kUnitSize, 0, {});
+  if (!answer || answer->status != MediaStatus::kDone) return std::nullopt;
+  const auto isSide = [](std::uint32_t pixels) { return pixels > 0 && pixels <= kMostPixels; };
+  if (!isSide(answer->first) || !isSide(answer->second)) return std::nullopt;
+  return PictureSize{static_cast<int>(answer->first), static_cast<int>(answer->second)};
 }
 
 /// By its marker, or by being of another picture than the packet before.

@@ -12,6 +12,18 @@
 
 namespace recorder {
 
+/// An access unit of a stream.
+struct StreamUnit {
+  std::uint32_t time = 0;    ///< of RTP
+  bool isBeginning = false;  ///< decoding can begin there: it is a key frame, or a point of recovery
+};
+
+/// In pixels.
+struct PictureSize {
+  int width = 0;
+  int height = 0;
+};
+
 /// Looks for the first whole key frame of a stream as its packets arrive; a media process does, and makes a JPEG of it
 /// (decode/key_frame_finder.h). One thread; time as for MediaProcess.
 class KeyFrameSearch {
@@ -40,6 +52,12 @@ class KeyFrameSearch {
 
   /// Looks at the units that are complete. `takesRecoveryPoint`: a point of recovery will do, too.
   State Look(bool takesRecoveryPoint);
+
+  /// Takes the next unit that is complete, nothing when none is, of a stream that is measured instead of looked at.
+  Outcome TakeUnit(std::optional<StreamUnit>& unit);
+
+  /// The size of the last unit where decoding can begin; nothing where it cannot be told.
+  std::optional<PictureSize> SizeOfUnit();
 
   /// After kPicture. Moves it out.
   std::string TakePicture() { return std::move(picture_); }

@@ -23,6 +23,9 @@ enum class MediaRequest : std::uint32_t {
                    ///< the first five; of a body `first` is 1 once something began like a picture
   kClose,          ///< stream and body can go; no answer
   kMeasure,        ///< a JPEG. kDone: `first` is its width, `second` its height; or kRefused
+  kUnit,           ///< of a stream that is measured: the next unit of its packets. kDone: `first` is its RTP time,
+                   ///< `second` is 1 when decoding can begin there, else 0; or kNothing
+  kUnitSize,       ///< of the last unit where decoding could begin. kDone: as kMeasure; or kRefused
   kDecode,         ///< `number` bytes of configuration and a key frame. kPicture or kRefused
   kCount
 };
