@@ -66,6 +66,9 @@ inline constexpr std::size_t kMostKeptFiles = 10'000;
 /// and a stream of 50 Mbit/s brings 90 MiB in the 15 s until a picture must be there.
 inline constexpr std::uint64_t kCameraBytes = 128 * kMiB;
 
+/// The same where a stream is measured for 12 s: 170 Mbit/s.
+inline constexpr std::uint64_t kMeasuredBytes = 256 * kMiB;
+
 /// Bytes of a picture in a stream, one access unit: a key frame of 8K at the best quality has fewer.
 inline constexpr std::size_t kLargestUnit = 32 * kMiB;
 /// Bytes of parameter sets that wait for their picture: they have some hundred.
