@@ -50,6 +50,11 @@ void CameraLog::CountPli() {
   ++pli_;
 }
 
+void CameraLog::TakeBitRate(int kbitPerSecond) {
+  const std::scoped_lock lock(mutex_);
+  bitRate_ = kbitPerSecond;
+}
+
 std::string CameraLog::ToJson() const {
   const std::scoped_lock lock(mutex_);
   Json::Value json;
@@ -59,6 +64,7 @@ std::string CameraLog::ToJson() const {
   json["refusedLogins"] = refusedLogins_;
   json["sessions"] = sessions_;
   json["pli"] = pli_;
+  json["bitRate"] = bitRate_;
   json["requestCount"] = requestCount_;
   json["requests"] = Json::Value(Json::arrayValue);
   for (const Line& line : lines_) {

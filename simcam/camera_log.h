@@ -21,9 +21,11 @@ class CameraLog {
   void CountLogin(bool accepted);
   void CountSession();
   void CountPli();
+  /// A clip of so many kbit/s is played.
+  void TakeBitRate(int kbitPerSecond);
 
-  /// {"connections", "mostConnections", "logins", "refusedLogins", "sessions", "pli", "requestCount", "requests": the
-  /// last 200}.
+  /// {"connections", "mostConnections", "logins", "refusedLogins", "sessions", "pli", "bitRate": of the last clip, 0
+  /// before, "requestCount", "requests": the last 200}.
   [[nodiscard]] std::string ToJson() const;
 
  private:
@@ -42,6 +44,7 @@ class CameraLog {
   int refusedLogins_ = 0;
   int sessions_ = 0;
   int pli_ = 0;
+  int bitRate_ = 0;
   int requestCount_ = 0;
   std::deque<Line> lines_;
 };

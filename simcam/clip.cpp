@@ -16,6 +16,7 @@
 namespace simcam {
 namespace {
 
+constexpr size_t kRtpHeaderSize = 12;  ///< as ours are
 constexpr int kH264Slice = 1;
 constexpr int kH264IdrSlice = 5;
 constexpr int kH264Sps = 7;
@@ -192,6 +193,14 @@ std::shared_ptr<const RtpClip> Packetize(const Clip& clip, const StreamConfig& s
 }
 
 }  // namespace
+
+int RtpClip::BitRate(int fps) const {
+  size_t bytes = 0;
+  for (const Unit& unit : units) {
+    for (const std::string& packet : unit.packets) bytes += packet.size() - kRtpHeaderSize;
+  }
+  return static_cast<int>(bytes * 8 * static_cast<size_t>(fps) / units.size() / 1000);
+}
 
 Sample ClipStore::PullUnlessStopped(const Pipeline& pipeline) const {
   if (stop_.stop_requested()) throw Stopped();

@@ -31,6 +31,9 @@ struct RtpClip {
   };
   std::string media;  ///< the SDP's media section, without a control address
   std::vector<Unit> units;
+
+  /// kbit/s of payload, of the whole clip.
+  [[nodiscard]] int BitRate(int fps) const;
 };
 
 /// Thrown when the program is to end while a clip is being made.

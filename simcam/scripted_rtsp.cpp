@@ -203,6 +203,7 @@ class Conversation {
     const std::string path = WithoutSlash(request.Path());
     if (path != WithoutSlash(stream_->path) && path != ControlPath(*stream_)) return Answer(request, 404);
     player_.Start(*stream_, *clip_, transport_.Channel(), SessionHeader());
+    log_.TakeBitRate(clip_->BitRate(stream_->fps));
     nextUnit_ = SteadyClock::now();
     wishes_.Begin(*stream_);
     if (fault_ == Fault::kRtpBeforePlay) held_ = player_.NextUnit();
