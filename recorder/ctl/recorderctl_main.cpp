@@ -12,6 +12,7 @@
 #include "recorder/ctl/discover_command.h"
 #include "recorder/ctl/find_command.h"
 #include "recorder/ctl/link_command.h"
+#include "recorder/ctl/measure_command.h"
 #include "recorder/ctl/models_command.h"
 #include "recorder/ctl/serve/serve_command.h"
 #include "recorder/ctl/session_command.h"
@@ -35,6 +36,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app, configOption);
   recorder::AddFindCommand(app, configOption);
+  recorder::AddMeasureCommand(app, configOption);
   recorder::AddUserCommands(app, configOption);
   recorder::AddSessionCommands(app, configOption);
   recorder::AddTokenCommands(app, configOption);

@@ -40,11 +40,12 @@ Json::Value Side(int pixels) { return pixels > 0 ? Json::Value(pixels) : Json::V
 Json::Value MeasureJson(const MeasureResult& result) {
   const find::StreamFigures& figures = result.figures;
   Json::Value json(Json::objectValue);
+  json["cause"] = std::string(NameOf(result.outcome));
   json["codec"] = result.codec;
   json["width"] = Side(result.width);
   json["height"] = Side(result.height);
   json["frameRate"] = Rounded(figures.frameRate, 2);
-  json["bitRate"] = Rounded(figures.bitRate, 0);
+  json["bitRate"] = figures.bitRate > 0 ? Json::Value(Json::Int64{std::llround(figures.bitRate)}) : Json::Value();
   json["keyFrameDistance"] = Rounded(figures.keyFrameDistance, 2);
   json["keyFrameMoreThan"] = Rounded(figures.keyFrameMoreThan, 2);
   json["audio"] = result.audio;
