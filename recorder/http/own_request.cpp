@@ -23,6 +23,14 @@ bool FlagOf(const OwnRequest& request, const char* member) {
   return value.asBool();
 }
 
+int NumberOf(const OwnRequest& request, const char* member, int least, int most, int missing) {
+  const Json::Value& value = request.params[member];
+  if (value.isNull()) return missing;
+  if (value.isInt() && value.asInt() >= least && value.asInt() <= most) return value.asInt();
+  throw HttpError(
+      400, std::string(member) + " must be a number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
 Json::Value TimeOf(std::int64_t seconds) { return seconds == 0 ? Json::Value() : Json::Value(Json::Int64(seconds)); }
 
 Json::Value ReadJsonBody(const HttpRequest& request) {

@@ -28,6 +28,9 @@ OwnAnswer Success(Json::Value data);
 std::string TextOf(const OwnRequest& request, const char* member);
 bool FlagOf(const OwnRequest& request, const char* member);
 
+/// A whole number from `least` to `most`; `missing` when there is none. Throws HttpError when it is anything else.
+int NumberOf(const OwnRequest& request, const char* member, int least, int most, int missing);
+
 /// A time as answers have it: null for none.
 Json::Value TimeOf(std::int64_t seconds);
 

@@ -13,5 +13,6 @@ namespace recorder {
 OwnAnswer DiscoverDevices(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ListModels(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& lines);
+OwnAnswer MeasureStream(const OwnRequest& request, LineAnswer& lines);
 
 }  // namespace recorder

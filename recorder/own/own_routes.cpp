@@ -8,6 +8,7 @@ constexpr OwnRoute kRoutes[] = {
     {"POST", "discover", Need::kAdmin, Pool::kCameras, &DiscoverDevices},
     {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
     {"GET", "models/", Need::kUser, Pool::kLists, &ShowModel},
+    {"POST", "measure", Need::kAdmin, Pool::kCameras, &MeasureStream},
 };
 
 }  // namespace
