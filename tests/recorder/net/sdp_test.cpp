@@ -35,6 +35,14 @@ TEST(SdpTest, TheFirstReadableVideoIsFound) {
   EXPECT_EQ(Video("m=video 0"), "none") << "cut short";
 }
 
+TEST(SdpTest, AudioBesideTheVideoIsNamed) {
+  EXPECT_EQ(FindAudio(kSession + kVideo + kAudio), "PCMU");
+  EXPECT_EQ(FindAudio(kSession + "m=audio 0 RTP/AVP 97\na=rtpmap:97 mpeg4-generic/16000\n" + kVideo), "MPEG4-GENERIC");
+  EXPECT_EQ(FindAudio(kSession + kVideo), "");
+  EXPECT_EQ(FindVideo(kVideo)->clockRate, 90'000);
+  EXPECT_EQ(FindVideo("m=video 0 RTP/AVP 96\na=rtpmap:96 MP4V-ES/25000\n")->clockRate, 25'000);
+}
+
 TEST(SdpTest, ControlIsResolvedAgainstTheBase) {
   EXPECT_EQ(ResolveControl("rtsp://h/live/", "track1"), "rtsp://h/live/track1");
   EXPECT_EQ(ResolveControl("rtsp://h/live", "track1"), "rtsp://h/live/track1");
