@@ -13,22 +13,22 @@ namespace recorder {
 namespace {
 
 /// What came of asking for a picture over HTTP.
-struct HttpAnswer {
+struct PictureAnswer {
   Outcome outcome;
   bool hasBegun = false;  ///< a picture, though perhaps no whole one
   std::string jpeg;
 };
 
-HttpAnswer AskHttp(const CameraAddress& address, const std::string& path, bool mustHurry) {
+PictureAnswer AskHttp(const CameraAddress& address, const std::string& path, bool mustHurry) {
   std::optional<HalfTime> share;
   if (mustHurry) share.emplace();
-  HttpAnswer answer;
+  PictureAnswer answer;
   answer.outcome = FetchPicture(address, path, answer.jpeg, answer.hasBegun);
   return answer;
 }
 
 FoundStream OverRtsp(const RtspAnswer& answer) { return {answer.outcome, false, ""}; }
-FoundStream OverHttp(HttpAnswer answer) { return {answer.outcome, true, std::move(answer.jpeg)}; }
+FoundStream OverHttp(PictureAnswer answer) { return {answer.outcome, true, std::move(answer.jpeg)}; }
 
 /// True where the protocol was not spoken, or has nothing at this path.
 bool IsElsewhere(Outcome outcome) {
@@ -43,7 +43,7 @@ bool MayBeOverHttp(const RtspAnswer& rtsp, int videoType) {
 }
 
 /// RTSP servers have many words for what they do not know, such as 400, 405, 501 and 503.
-bool MayBeOverRtsp(const HttpAnswer& http) {
+bool MayBeOverRtsp(const PictureAnswer& http) {
   const bool isForeign = http.outcome == Outcome::kNotUnderstood || http.outcome == Outcome::kBusy;
   return !http.hasBegun && (isForeign || http.outcome == Outcome::kTimedOut || IsElsewhere(http.outcome));
 }
@@ -72,7 +72,7 @@ FoundStream FindByRtspFirst(const CameraAddress& address, const std::string& pat
   const Clock::time_point answerBy = canBeOverHttp ? HalfTime::End() : RequestScope::Current().Deadline();
   const RtspAnswer rtsp = AskRtsp(address, path, videoType, answerBy);
   if (!MayBeOverHttp(rtsp, videoType)) return OverRtsp(rtsp);
-  HttpAnswer http = AskHttp(address, path, rtsp.isSpoken || !canBeOverHttp);
+  PictureAnswer http = AskHttp(address, path, rtsp.isSpoken || !canBeOverHttp);
   const bool isThere = http.outcome == Outcome::kOk || http.hasBegun;
   if (isThere && canBeOverHttp) return OverHttp(std::move(http));
   if (http.outcome == Outcome::kOk) return {Outcome::kNoVideo, false, ""};
@@ -81,7 +81,7 @@ FoundStream FindByRtspFirst(const CameraAddress& address, const std::string& pat
 }
 
 FoundStream FindByHttpFirst(const CameraAddress& address, const std::string& path, int videoType) {
-  HttpAnswer http = AskHttp(address, path, true);
+  PictureAnswer http = AskHttp(address, path, true);
   if (!MayBeOverRtsp(http)) return OverHttp(std::move(http));
   const RtspAnswer rtsp = AskRtsp(address, path, videoType, HalfTime::End());
   if (rtsp.isSpoken) return OverRtsp(rtsp);
