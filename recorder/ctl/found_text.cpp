@@ -53,7 +53,7 @@ std::string SizeOf(const ListedStream& stream) {
   return stream.width == 0 ? "" : std::to_string(stream.width) + 'x' + std::to_string(stream.height);
 }
 
-std::string Row(const std::string& host, const ListedStream& stream) {
+std::string RowOf(const std::string& host, const ListedStream& stream) {
   const std::string rate = stream.frameRate == 0 ? "" : std::to_string(stream.frameRate);
   const std::string from = stream.from + (stream.isAsked ? "" : ", not asked");
   std::string row;
@@ -120,7 +120,7 @@ std::string TextOf(const std::string& host, const FindResult& result) {
   }
   if (result.streams.empty()) return text;
   text += "\nchannel\tstream\taddress\tcodec\tsize\tframes/s\tsaid by\n";
-  for (const ListedStream& stream : result.streams) text += Row(host, stream);
+  for (const ListedStream& stream : result.streams) text += RowOf(host, stream);
   return text;
 }
 
