@@ -11,14 +11,14 @@ struct WarningRow {
   const char* text;  ///< behind how far key frames are apart, where it is about these
 };
 
-constexpr WarningRow kWarnings[] = {
+constexpr WarningRow kMeasureWarnings[] = {
     {MeasureWarning::kKeyFramesFar, "keyFramesFar",
      ": pictures take that long; set the camera's GOP or I-frame interval to 1 or 2 s"},
     {MeasureWarning::kH265, "h265",
      "H.265: some browsers cannot show it; set the camera to H.264, or take a stream of it that is in H.264"},
 };
 
-const WarningRow& RowOf(MeasureWarning warning) { return kWarnings[static_cast<std::size_t>(warning)]; }
+const WarningRow& RowOf(MeasureWarning warning) { return kMeasureWarnings[static_cast<std::size_t>(warning)]; }
 
 std::string DistanceOf(const find::StreamFigures& figures) {
   const bool isSeen = figures.keyFrameDistance > 0;
