@@ -27,6 +27,7 @@ import { Trouble, ask } from "./request.js";
  *
  * @typedef {object} ModelDocument
  * @property {string} note
+ * @property {boolean} anyChannel
  * @property {Fact[]} facts all but those of streams
  * @property {Stream[]} streams
  *
@@ -40,7 +41,7 @@ const UNKNOWN = 404;
 /**
  * Contacts no camera.
  * @param {{vendor: string, model: string}} model
- * @param {Record<string, string>} [place] "channel" and "host", for the streams
+ * @param {Record<string, string>} [place] "channel", "host" and "port", for the streams
  * @param {AbortSignal} [signal]
  * @returns {Promise<ModelDocument | null>} null from a recorder that tells nothing of it
  */
@@ -73,7 +74,8 @@ export const streamNames = (document) =>
 export async function atItsStream(camera, signal) {
   const { which = "main" } = camera;
   if (which === "main") return camera;
-  const document = await readModel(camera, { host: camera.host, channel: camera.channel }, signal);
+  const { host, port, channel } = camera;
+  const document = await readModel(camera, { host, port: String(port), channel }, signal);
   const named = (document?.streams ?? []).filter(({ name }) => name === which);
   const inCodec = (/** @type {string} */ wanted) => named.find(({ codec }) => codec === wanted);
   const stream = inCodec(camera.codec) ?? inCodec("") ?? named[0];

@@ -81,34 +81,34 @@ Json::Value FactsOf(const FoundModel& found) {
   return facts;
 }
 
-bool IsInTls(const ModelStream& stream) {
-  return stream.from.isTls || (stream.isOverHttp && stream.from.port == kHttpsPort);
+bool IsInTls(const ModelStream& stream, std::optional<int> port) {
+  return stream.from.isTls || (stream.isOverHttp && port == kHttpsPort);
 }
 
-std::string AddressOf(const ModelStream& stream, const std::string& host, const std::string& path) {
-  const std::string scheme = std::string(stream.isOverHttp ? "http" : "rtsp") + (IsInTls(stream) ? "s" : "");
-  const std::string port = stream.from.port ? ":" + std::to_string(*stream.from.port) : "";
-  return scheme + "://" + WithBrackets(host) + port + path;
+std::string AddressOf(const ModelStream& stream, const StreamPlace& place, const std::string& path) {
+  const std::optional<int> port = stream.from.port ? stream.from.port : place.port;
+  const std::string scheme = std::string(stream.isOverHttp ? "http" : "rtsp") + (IsInTls(stream, port) ? "s" : "");
+  return scheme + "://" + WithBrackets(place.host) + (port ? ":" + std::to_string(*port) : "") + path;
 }
 
-Json::Value StreamOf(const Model& model, std::size_t index, const std::string& channel, const std::string& host) {
+Json::Value StreamOf(const Model& model, std::size_t index, const StreamPlace& place) {
   const ModelStream& stream = model.streams[index];
   Json::Value json(Json::objectValue);
   json["name"] = stream.name;
   json["codec"] = stream.codec;
   json["protocol"] = stream.isOverHttp ? "HTTP" : "RTSP";
   json["port"] = stream.from.port ? Json::Value(*stream.from.port) : Json::Value();
-  json["tls"] = IsInTls(stream);
-  json["path"] = StreamPath(stream, ChannelToAsk(model, channel));
-  if (!host.empty()) json["address"] = AddressOf(stream, host, json["path"].asString());
+  json["tls"] = IsInTls(stream, stream.from.port);
+  json["path"] = StreamPath(stream, ChannelToAsk(model, place.channel));
+  if (!place.host.empty()) json["address"] = AddressOf(stream, place, json["path"].asString());
   AddSource(SourceOf(model, StreamFactName(index)), json["source"]);
   return json;
 }
 
-Json::Value StreamsOf(const Model& model, const std::string& channel, const std::string& host) {
+Json::Value StreamsOf(const Model& model, const StreamPlace& place) {
   Json::Value streams(Json::arrayValue);
   for (std::size_t i = 0; i < model.streams.size(); ++i) {
-    if (IsKnown(model.streams[i])) streams.append(StreamOf(model, i, channel, host));
+    if (IsKnown(model.streams[i])) streams.append(StreamOf(model, i, place));
   }
   return streams;
 }
@@ -125,14 +125,15 @@ Json::Value ModelEntry(const Model& model, ModelOrigin origin) {
   return entry;
 }
 
-Json::Value ModelDocument(const FoundModel& found, const std::string& channel, const std::string& host) {
+Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place) {
   Json::Value document(Json::objectValue);
   document["vendor"] = found.model->vendor;
   document["model"] = found.model->name;
   document["origin"] = Translate(kOrigins, found.origin, "");
   document["note"] = found.model->note;
+  document["anyChannel"] = found.model->hasOtherChannels;
   document["facts"] = FactsOf(found);
-  document["streams"] = StreamsOf(*found.model, channel, host);
+  document["streams"] = StreamsOf(*found.model, place);
   return document;
 }
 

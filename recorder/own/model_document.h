@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <optional>
 #include <string>
 
 #include "recorder/device/model/model_files.h"
@@ -11,9 +12,15 @@ namespace recorder {
 /// A model in a list: whose it is, how many of its facts are said by whom, and the names of its streams.
 Json::Value ModelEntry(const Model& model, ModelOrigin origin);
 
+/// The camera whose streams are told.
+struct StreamPlace {
+  std::string channel;      ///< as a user typed it; "" for the default one
+  std::string host;         ///< "": no stream has a whole address
+  std::optional<int> port;  ///< where the model names none; the scheme's own one when missing
+};
+
 /// All that a model's file says of it, fact by fact, and who says so; and its streams as the camera is asked for them
-/// where a user typed `channel`. With a `host`, each stream has its whole address there as well. Throws
-/// std::system_error that names the model's file, when that has just gone.
-Json::Value ModelDocument(const FoundModel& found, const std::string& channel, const std::string& host);
+/// at a place. Throws std::system_error that names the model's file, when that has just gone.
+Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place);
 
 }  // namespace recorder

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@ namespace recorder {
 namespace {
 
 constexpr std::size_t kMostNearest = 5;
+constexpr int kLastPort = 65535;
 
 /// All models, by vendor and name.
 std::vector<std::pair<const Model*, ModelOrigin>> AllModels(const ModelCatalog& catalog) {
@@ -81,6 +83,14 @@ OwnAnswer NoSuchModel(const std::string& name) {
   return {404, json};
 }
 
+std::optional<int> PortOf(const OwnRequest& request) {
+  const Json::Value& port = request.params["port"];
+  if (port.isNull()) return std::nullopt;
+  const bool isRight = port.isInt() && port.asInt() >= 1 && port.asInt() <= kLastPort;
+  if (!isRight) throw HttpError(400, "port must be a whole number from 1 to 65535");
+  return port.asInt();
+}
+
 }  // namespace
 
 OwnAnswer ListModels(const OwnRequest& request, LineAnswer& /*lines*/) {
@@ -98,7 +108,7 @@ OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& /*lines*/) {
   const FoundModel found = FindByAddress(request.name);
   if (!found.model) return NoSuchModel(request.name);
   const auto text = [&](const char* member) { return request.params[member].asString(); };
-  return Success(ModelDocument(found, text("channel"), text("host")));
+  return Success(ModelDocument(found, {text("channel"), text("host"), PortOf(request)}));
 }
 
 }  // namespace recorder
