@@ -32,8 +32,8 @@ std::string WithTwoDigits(int number) { return number < 10 ? "0" + std::to_strin
 Words WordsOf(const std::string& channel, int stream) {
   const auto number = NumberOf(channel);
   return {{"{channel}", channel},
-          {"{channel0}", number ? std::to_string(*number - 1) : channel},
-          {"{channel:02}", number ? WithTwoDigits(*number) : channel},
+          {"{channel0}", number && *number > 0 ? std::to_string(*number - 1) : channel},
+          {"{channel:02}", number && *number > 0 ? WithTwoDigits(*number) : channel},
           {"{stream}", std::to_string(stream)},
           {"{stream0}", std::to_string(stream - 1)}};
 }
