@@ -6,8 +6,9 @@ import { capabilityCause } from "../recorder/causes.js";
 /**
  * @typedef {import("../recorder/api.js").Capabilities} Capabilities
  *
- * @typedef {[heading: string, value: string, fact?: string]} Row with the member of a model file that the value is from
- * @typedef {(fact: string) => string} Said who says a fact
+ * @typedef {[heading: string, value: string, fact?: string, member?: string]} Row with the member of a model file that the value
+ * is from, and the member of that, where it may be missing there
+ * @typedef {(fact: string, member?: string) => string} Said who says a fact
  */
 
 const NOTHING = "none reported";
@@ -57,8 +58,8 @@ function rowsOf(can) {
     ["Motion detection", can.MDCap ? `Yes, channel ${listed(can.MDList)}` : "No", "motionChannels"],
     ["Digital inputs", String(inputs), "digitalInputs"],
     ["RTSP transports", listed(transports), "rtsp"],
-    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? NOTHING, "rtsp"],
-    ["RTSP keep-alive", yesNo(can.defRtspKeepAlive), "rtsp"],
+    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? NOTHING, "rtsp", "default"],
+    ["RTSP keep-alive", yesNo(can.defRtspKeepAlive), "rtsp", "keepAlive"],
     ["Video server", yesNo(can.VideoSvr)],
     ["Records to its own card", yesNo(can.hasEdgeStg), "edgeStorage"],
     ["Factory user", can.defUser || NOTHING, "defaultUser"],
@@ -83,9 +84,10 @@ export function describeCapabilities(outcome, caption) {
  * @param {Row[]} [more]
  */
 export function capabilityTable(capabilities, caption, said = () => "", more = []) {
-  const rows = [...rowsOf(capabilities), ...more].map(([name, value, fact = ""]) =>
-    el("tr", {}, el("th", { scope: "row", text: name }), valueCell(value, fact && value !== NOTHING ? said(fact) : "")),
-  );
+  const rows = [...rowsOf(capabilities), ...more].map(([name, value, fact = "", member]) => {
+    const source = fact && value !== NOTHING ? said(fact, member) : "";
+    return el("tr", {}, el("th", { scope: "row", text: name }), valueCell(value, source));
+  });
   return el("table", { class: "facts" }, el("caption", { text: caption }), el("tbody", {}, ...rows));
 }
 

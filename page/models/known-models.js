@@ -2,7 +2,7 @@
 
 import { button, byId, el, sayLater } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
-import { labelOf } from "../recorder/models.js";
+import { labelOf, ofMakerText } from "../recorder/models.js";
 import { readModel } from "../recorder/model-document.js";
 import { counted, messageOf } from "../text/text.js";
 import { capabilityTable } from "./capabilities.js";
@@ -78,17 +78,23 @@ export class KnownModels {
   #show() {
     const { models } = this;
     const found = models.search(this.search.value);
+    const isNone = found.length === 0 && models.state === "ready";
+    const near = isNone ? models.ofMaker(this.search.value) : [];
     const isLoading = models.state === "loading";
     byId("models-incomplete", HTMLElement).hidden = models.isComplete;
-    this.#showNone(found.length > 0 || models.state !== "ready");
-    const rest = found.length - MOST_SHOWN;
-    byId("models-count", HTMLElement).textContent = isLoading
-      ? "Reading the list"
-      : counted(found.length, "model") + (rest > 0 ? `, ${rest.toLocaleString("en")} not shown: type further` : "");
+    this.#showNone(!isNone);
+    const counts = near.length > 0 ? ofMakerText(near) : this.#countOf(found);
+    byId("models-count", HTMLElement).textContent = isLoading ? "Reading the list" : counts;
     const items = isLoading
       ? Array.from({ length: 8 }, () => el("li", { class: "skeleton", "aria-hidden": "true" }))
-      : found.slice(0, MOST_SHOWN).map((model) => el("li", {}, this.#linkTo(model)));
+      : [...found, ...near].slice(0, MOST_SHOWN).map((model) => el("li", {}, this.#linkTo(model)));
     byId("models-list", HTMLElement).replaceChildren(...items);
+  }
+
+  /** @param {Model[]} found */
+  #countOf({ length }) {
+    const rest = length - MOST_SHOWN;
+    return counted(length, "model") + (rest > 0 ? `, ${rest.toLocaleString("en")} not shown: type further` : "");
   }
 
   /** What fits cameras that are not in the list. @param {boolean} isHidden */
@@ -116,24 +122,25 @@ export class KnownModels {
     if (key === this.#shownKey) return;
     this.#shownKey = key;
     this.#put(labelOf(model), [el("p", { class: "muted", text: "Reading" })]);
-    const content = await this.#describe(model);
-    if (this.#shownKey === key) this.#put(labelOf(model), content);
+    const content = await this.#describe(model).catch(messageOf);
+    if (this.#shownKey !== key) return; // another one was chosen meanwhile
+    const isRead = typeof content !== "string";
+    this.#put(labelOf(model), isRead ? content : [el("p", { text: content })]);
+    if (!isRead) this.#shownKey = ""; // the next try reads it again
   }
 
   /** @param {Model} model @returns {Promise<HTMLElement[]>} */
   async #describe(model) {
     const test = button("Test a camera with this model", () => this.test(model), { class: "main" });
     const path = el("p", { class: "hint", text: "The user gives the path of the stream." });
-    try {
-      const [outcome, document] = await Promise.all([
-        api.readCapabilities(model.vendor, model.model),
-        readModel(model),
-      ]);
-      return [test, ...(model.needsPath ? [path] : []), ...describeModel(outcome, document)];
-    } catch (error) {
-      this.#shownKey = ""; // the next try reads it again
-      return [el("p", { text: messageOf(error) })];
-    }
+    const [outcome, document] = await Promise.all([
+      api.readCapabilities(model.vendor, model.model),
+      readModel(model).catch(messageOf),
+    ]);
+    const top = [test, ...(model.needsPath ? [path] : [])];
+    if (typeof document !== "string") return [...top, ...describeModel(outcome, document)];
+    const trouble = el("p", { text: `Its streams, and who says what, could not be read. ${document}` });
+    return [...top, ...describeModel(outcome, null), trouble];
   }
 
   /** @param {api.StoredCamera} camera */

@@ -1,13 +1,16 @@
 /// A field that takes a model from the list: a combobox with a list box (WAI-ARIA Authoring Practices).
 
 import { button, el, sayLater } from "../parts/dom.js";
-import { labelOf } from "../recorder/models.js";
+import { labelOf, ofMakerText } from "../recorder/models.js";
 import { counted } from "../text/text.js";
 
 /** @typedef {import("../recorder/api.js").Model} Model */
 
 const MOST_OPTIONS = 50;
-const NONE = "No model matches. These fit most cameras:";
+const NONE = "No model matches.";
+const FALLBACKS = "These fit most cameras:";
+
+/** Models with what is said before them. @typedef {{note: string, models: Model[]}} Group */
 
 /** Tells of "change" when a model was taken, or the text cleared. */
 export class ModelField extends EventTarget {
@@ -83,13 +86,13 @@ export class ModelField extends EventTarget {
     if (this.input.disabled) return;
     if (!this.#wasTyped) this.input.select(); // typing replaces what stands there
     const found = this.list.search(this.#wasTyped ? this.input.value : "");
-    this.#options = found.length > 0 ? found.slice(0, MOST_OPTIONS) : this.list.fallbacks();
+    const groups = found.length > 0 ? [{ note: "", models: found }] : this.#instead(this.input.value);
     const chosen = this.value;
-    this.#draw(found.length);
+    this.#draw(groups);
     this.box.hidden = false;
     this.input.setAttribute("aria-expanded", "true");
     this.#activate(this.#wasTyped || !chosen ? -1 : this.#options.indexOf(chosen));
-    sayLater(found.length > 0 ? counted(found.length, "model") : NONE);
+    sayLater(found.length > 0 ? counted(found.length, "model") : groups.map(({ note }) => note).join(" "));
   }
 
   #close() {
@@ -99,16 +102,39 @@ export class ModelField extends EventTarget {
     sayLater("");
   }
 
-  /** @param {number} count of models that were found */
-  #draw(count) {
-    const options = this.#options.map((model, i) =>
-      el("li", { id: `${this.box.id}-${i}`, role: "option", "aria-selected": "false", text: labelOf(model) }),
+  /** What is offered where nothing was found. @param {string} text @returns {Group[]} */
+  #instead(text) {
+    const near = this.list.ofMaker(text);
+    const fallbacks = this.list.fallbacks();
+    if (near.length === 0) return [{ note: `${NONE} ${FALLBACKS}`, models: fallbacks }];
+    return [
+      { note: ofMakerText(near), models: near },
+      { note: FALLBACKS, models: fallbacks },
+    ];
+  }
+
+  /** @param {Group[]} groups */
+  #draw(groups) {
+    this.#options = [];
+    this.box.replaceChildren(...groups.flatMap((group) => this.#drawGroup(group)));
+  }
+
+  /** @param {Group} group */
+  #drawGroup({ note, models }) {
+    const shown = models.slice(0, MOST_OPTIONS);
+    const options = shown.map((model, i) => this.#optionFor(model, this.#options.length + i));
+    this.#options.push(...shown);
+    const rest = models.length - shown.length;
+    const notes = [note, rest > 0 ? `${rest.toLocaleString("en")} more: type further` : ""];
+    const [before = [], after = []] = notes.map((text) =>
+      text ? [el("li", { role: "presentation", class: "note", text })] : [],
     );
-    const rest = count - options.length;
-    const note = (/** @type {string} */ text) => el("li", { role: "presentation", class: "note", text });
-    const before = count === 0 ? [note(NONE)] : [];
-    const after = rest > 0 ? [note(`${rest.toLocaleString("en")} more: type further`)] : [];
-    this.box.replaceChildren(...before, ...options, ...after);
+    return [...before, ...options, ...after];
+  }
+
+  /** @param {Model} model @param {number} i */
+  #optionFor(model, i) {
+    return el("li", { id: `${this.box.id}-${i}`, role: "option", "aria-selected": "false", text: labelOf(model) });
   }
 
   get #drawn() {

@@ -39,17 +39,20 @@ export function describeModel(outcome, document) {
 }
 
 /** @param {ModelDocument} document @param {Capabilities} capabilities @param {Sources} sources */
-function factTable({ facts }, capabilities, sources) {
+function factTable({ facts, anyChannel }, capabilities, sources) {
   if (facts.length === 0) return capabilityTable(capabilities, CAPTION);
   const find = (/** @type {string} */ wanted) => facts.find(({ fact }) => fact === wanted);
-  const said = (/** @type {string} */ name) => {
+  /** @type {import("./capabilities.js").Said} */
+  const said = (name, member) => {
     const fact = find(name);
-    return fact ? sources.said(fact) : "assumed";
+    const isSaid = fact && (member === undefined || fact.value?.[member] !== undefined);
+    return isSaid ? sources.said(fact) : "assumed";
   };
   const more = MORE_FACTS.filter(([, name]) => find(name)?.value).map(
     ([heading, name, words]) => /** @type {[string, string, string]} */ ([heading, words(find(name)?.value), name]),
   );
-  return capabilityTable(capabilities, CAPTION, said, more);
+  const ChanlList = [...(capabilities.ChanlList ?? []), ...(anyChannel ? ["or any that you type"] : [])];
+  return capabilityTable({ ...capabilities, ChanlList }, CAPTION, said, more);
 }
 
 /** @param {Stream} stream */

@@ -45,7 +45,8 @@ export class Sources {
   /** Those that were named so far. */
   list() {
     if (this.#named.size === 0) return [];
-    const items = [...this.#named.values()].map(itemOf);
-    return [el("h3", { text: "Sources" }), el("ol", { class: "sources" }, ...items)];
+    const list = el("ol", { class: "sources" }, ...[...this.#named.values()].map(itemOf));
+    const hint = list.querySelector("a") ? [el("p", { class: "hint", text: "Links open in a new tab." })] : [];
+    return [el("h3", { text: "Sources" }), ...hint, list];
   }
 }

@@ -1,6 +1,7 @@
 /// The list of models, as the page names, finds and suggests them.
 
 import { messageOf } from "../text/text.js";
+import { namedIn } from "../text/named-in.js";
 import { WordSearch } from "../text/word-search.js";
 import { listModels } from "./api.js";
 
@@ -26,6 +27,12 @@ export function labelOf({ vendor, model }) {
   if (vendor === USER) return "Any camera (stream path)";
   return isAsked({ vendor }) ? vendor : `${vendor} ${model}`;
 }
+
+/** Each once. @param {Model[]} models */
+const makersOf = (models) => [...new Set(models.map(({ vendor }) => vendor))];
+
+/** What is said before models that ModelList.ofMaker() gave. @param {Model[]} models */
+export const ofMakerText = (models) => `Nothing has all these words; these are of ${makersOf(models).join(", ")}:`;
 
 /** Maker and family. @param {Model} model @returns {[string, string]} */
 const textsOf = (model) => [model.vendor, isUserDefined(model) ? labelOf(model) : model.model];
@@ -86,6 +93,13 @@ export class ModelList extends EventTarget {
   /** Models by words of maker, family and model, the best first. @param {string} text */
   search(text) {
     return this.#search.find(text);
+  }
+
+  /** For words that no model has all of: the models of the maker that one of them names. @param {string} text */
+  ofMaker(text) {
+    const made = this.models.filter((model) => !isUserDefined(model) && !isAsked(model));
+    const named = namedIn(text, makersOf(made));
+    return made.filter(({ vendor }) => named.includes(vendor));
   }
 
   /** @param {string} text a label, or vendor and model @returns {Model | null} */

@@ -5,18 +5,24 @@ const NOT_FOUND = -1;
 /** What a word costs that is not found in the best way; each outweighs nine of the next. */
 const COSTS = { error: 100, middle: 10, secondText: 1 };
 
-const SIGNS = /[^a-z0-9\u0080-\uffff]+/g;
+const BLANKS = /[\s,;/]+/;
+const SIGNS = /[^\p{L}\p{N}]+/gu;
+
+/** Without capitals and accents. @param {string} text */
+const plain = (text) => text.normalize("NFKD").replace(/\p{M}/gu, "").toLowerCase();
+
+/** What stands between signs. @param {string} text */
+export const splitAtSigns = (text) => plain(text).split(SIGNS).filter(Boolean);
 
 /** Without signs and capitals: "DCS-2132L" is "dcs2132l". @param {string} text */
 const wordsOf = (text) =>
-  text
-    .toLowerCase()
-    .split(/[\s,;/]+/)
+  plain(text)
+    .split(BLANKS)
     .map((word) => word.replace(SIGNS, ""))
     .filter(Boolean);
 
 /** The words, and the parts of those with signs in them: "DCS-2132L" is found by "2132L" too. @param {string} text */
-const partsOf = (text) => [...new Set([...wordsOf(text), ...text.toLowerCase().split(SIGNS)])].filter(Boolean);
+export const partsOf = (text) => [...new Set([...wordsOf(text), ...splitAtSigns(text)])];
 
 /**
  * Whether a text has at a place what a word has from a place on.
@@ -41,6 +47,10 @@ function beginsNearly(text, word) {
   if (goesOn(text, i + 1, word, i + 1) || goesOn(text, i, word, i + 1) || goesOn(text, i + 1, word, i)) return true;
   return word[i] === text[i + 1] && word[i + 1] === text[i] && goesOn(text, i + 2, word, i + 2);
 }
+
+/** Whether a whole word is what was typed, but for one typing error. @param {string} known @param {string} word */
+export const isNearly = (known, word) =>
+  word.length >= SHORTEST_FORGIVEN && Math.abs(known.length - word.length) <= 1 && beginsNearly(known, word);
 
 /** A text: its words by number, and one after the other. @typedef {{numbers: number[], lines: string}} Indexed */
 /** @typedef {{first: Indexed, second: Indexed}} Texts */
@@ -85,18 +95,35 @@ export class WordSearch {
 
   /**
    * Things that have every word: as it is before forgiven, at the beginning of a word before its middle, in the first text
-   * before the second. A word is forgiven when nothing has it as it is, or nothing has all words.
+   * before the second. A word is forgiven when nothing has it as it is, or nothing has all words; one with signs in it that
+   * nothing has even then is taken apart.
    * @param {string} text
    * @returns {T[]} in their own order where they are alike; all of them for no word
    */
   find(text) {
-    const words = wordsOf(text);
+    const words = plain(text)
+      .split(BLANKS)
+      .flatMap((word) => this.#asKnown(word));
     const exact = words.map((word) => this.#exact(word));
     const isKnown = exact.map((costs) => costs.some((cost) => cost !== NOT_FOUND));
     const costs = exact.map((ofWord, i) => (isKnown[i] ? ofWord : this.#forgive(words[i] ?? "", ofWord)));
     const found = this.#inOrder(costs);
     if (found.length > 0 || !isKnown.includes(true)) return found;
     return this.#inOrder(costs.map((ofWord, i) => (isKnown[i] ? this.#forgive(words[i] ?? "", ofWord) : ofWord)));
+  }
+
+  /** A typed word without its signs; its parts where nothing has it as one: "acme-dome" for "Dome 7 of Acme". @param {string} typed */
+  #asKnown(typed) {
+    const parts = splitAtSigns(typed);
+    const whole = parts.join("");
+    return parts.length < 2 || this.#isAnywhere(whole) ? [whole].filter(Boolean) : parts;
+  }
+
+  /** @param {string} word */
+  #isAnywhere(word) {
+    const isFound = (/** @type {number} */ cost) => cost !== NOT_FOUND;
+    const exact = this.#exact(word);
+    return exact.some(isFound) || this.#forgive(word, exact).some(isFound);
   }
 
   /** What a word costs in each thing that has it. @param {string} word */
