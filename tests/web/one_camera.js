@@ -190,7 +190,7 @@ test("a sub stream is tested and pictured at its own path, and with no stored pa
     assert.equal(await text(page, "one-result-notes"), "Size of the stream: 640 × 480");
     assert.equal(await text(page, "one-picture-text"), "640 × 480");
     const [asked] = sent(calls, "CameraTest");
-    assert.deepEqual([asked.camModel, asked.camSourcePath], ["User ", "rtsp://127.0.0.1/stream1"]);
+    assert.deepEqual([asked.camModel, asked.camSourcePath], ["User ", `rtsp://127.0.0.1:${ports.works}/stream1`]);
     await page.selectOption("#one-which", "main");
     await testOne(page);
     assert.equal(await text(page, "one-result-code"), "code 465", "that of the main stream");

@@ -58,6 +58,7 @@ const OWN_MODELS = {
       note: "Switch RTSP on first.",
       channels: { values: ["1"], default: "1", others: true },
       codecs: [{ name: "H.264", streamTypes: ["RTSP"] }],
+      rtsp: { protocols: ["tcp"] },
       streams: 2,
       stream: { path: "/main{channel}", others: [{ stream: "sub", path: "/stream{channel}" }] },
       snapshot: { kind: "stream" },

@@ -80,7 +80,18 @@ const SEARCHES = [
   ["ision 2132l", ["Vision AC-2132L, AC-2133"]],
   ["acne cueb", ["Acme-Dome Cube"]],
   ["acnne", []],
+  ["Acme-Cube", ["Acme-Dome Cube"]],
+  ["ÁCME–cübe", ["Acme-Dome Cube"]],
   ["vision 2133 N3072", []],
+];
+
+/** Words that no model has all of, and the models of the maker that they name. @type {[string, string[]][]} */
+const OF_MAKERS = [
+  ["vision ds-77", ["Vision AC-2132L, AC-2133", "3S-Vision N3072"]],
+  ["DS-77 visoin", ["Vision AC-2132L, AC-2133", "3S-Vision N3072"]],
+  ["3s vision systems", ["3S-Vision N3072"]],
+  ["acme optical vision", ["Acme Dome 7", "Acme-Dome Cube"]],
+  ["ds-77", []],
 ];
 
 test("models are found by any words of maker and model, and one typing error a word is forgiven", async (t) => {
@@ -89,6 +100,8 @@ test("models are found by any words of maker and model, and one typing error a w
   list.models = names.map((name) => name.split("|")).map(([vendor, model]) => ({ vendor, model, needsPath: false }));
   for (const [words, wanted] of SEARCHES)
     await t.test(`"${words}"`, () => assert.deepEqual(list.search(words).map(labelOf), wanted));
+  for (const [words, wanted] of OF_MAKERS)
+    await t.test(`of a maker in "${words}"`, () => assert.deepEqual(list.ofMaker(words).map(labelOf), wanted));
 });
 
 const DEFAULTS = { user: "admin", password: "shared", port: "", model: MODELS.models[0] ?? null };

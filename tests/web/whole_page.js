@@ -24,6 +24,9 @@ test("models are found, shown, and taken over into a test", () => {
     assert.equal(await page.title(), "Known models – Camera check");
     await page.fill("#models-search", "zzzz");
     await page.click("#models-clear");
+    await page.fill("#models-search", "acme dome-77");
+    await expectText(page, "models-count", "Nothing has all these words; these are of Acme:");
+    assert.deepEqual(await page.locator("#models-list a").allInnerTexts(), ["Acme Cube-2"]);
     await page.fill("#models-search", "h265 simcma");
     await page.click("#models-list a");
     await expectText(page, "models-detail-body", "H.265 over RTSP");
@@ -32,6 +35,9 @@ test("models are found, shown, and taken over into a test", () => {
     await page.click("#models-detail-body button");
     await page.locator("#view-one").waitFor();
     assert.equal(await page.inputValue("#one-model"), "Simcam RTSP-H265");
+    await page.fill("#one-model", "acme dome-77");
+    const options = await page.locator("#one-model-list [role=option]").allInnerTexts();
+    assert.deepEqual(options, ["Acme Cube-2", "ONVIF", "Any camera (stream path)"]);
     await page.fill("#one-model", "zzzz");
     await audit(page, "One camera, no such model");
     await page.click("#one-model-list [role=option]:last-of-type");
@@ -58,6 +64,9 @@ test("a model tells its streams by name, and of each value who says so", () => {
     const said = Object.fromEntries(facts.map(([name, ...value]) => [name, value.join("; ")]));
     assert.equal(said["Codecs"], "H.264 over RTSP; read in [1]");
     assert.equal(said["Audio"], "No; assumed");
+    assert.equal(said["Channels"], "1 (default), or any that you type; assumed");
+    assert.equal(said["RTSP transports"], "TCP; read in [1]");
+    assert.equal(said["RTSP keep-alive"], "Yes; assumed");
     assert.equal(said["Resolutions"], "none reported");
     assert.deepEqual(await linesOf(".sources li"), [
       ["Read in: Acme interface 2, page 12"],
@@ -73,6 +82,13 @@ test("a model tells its streams by name, and of each value who says so", () => {
     await page.reload();
     await expectText(page, "models-detail-body", "H.264 over RTSP");
     assert.equal(await page.locator(".said, .sources").count(), 0, "a recorder that does not tell it");
+    await page.route("**/recorder/1/models/**", (route) => route.fulfill({ status: 503 }));
+    await page.reload();
+    await expectText(page, "models-detail-body", "H.264 over RTSP");
+    await expectText(page, "models-detail-body", "could not be read. All workers of the recorder are busy.");
+    await page.route("**/CamCap", (route) => route.fulfill({ status: 503 }));
+    await page.reload();
+    await expectText(page, "models-detail-body", "All workers of the recorder are busy. Try again in a moment.");
   };
   return withPage("#models/Acme/Cube-2", work, { script: AXE });
 });
