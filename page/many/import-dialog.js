@@ -2,7 +2,7 @@
 
 import { kindOf } from "../list/camera-list.js";
 import { exportForImport } from "../list/list-export.js";
-import { byId, download, say } from "../parts/dom.js";
+import { button, download, el, say } from "../parts/dom.js";
 import { counted } from "../text/text.js";
 
 /** @typedef {import("../list/camera-list.js").Row} Row */
@@ -11,16 +11,41 @@ export class ImportDialog {
   /** @type {Row[]} */
   #rows = [];
 
+  withOthers = el("input", { id: "import-others", type: "checkbox" });
+  withPasswords = el("input", { id: "import-passwords", type: "checkbox" });
+  #count = el("strong", { id: "import-count" });
+  #warning = el("p", {
+    id: "import-warning",
+    class: "banner warn",
+    hidden: true,
+    text: "Whoever reads this file can log in to the cameras. Delete it as soon as it is imported.",
+  });
+  #export = el("button", { id: "import-export", class: "main", text: "Export" });
+  dialog = el("dialog", { id: "import", "aria-labelledby": "import-title" });
+
   constructor() {
-    this.dialog = byId("import", HTMLDialogElement);
-    this.withOthers = byId("import-others", HTMLInputElement);
-    this.withPasswords = byId("import-passwords", HTMLInputElement);
     for (const tick of [this.withOthers, this.withPasswords]) tick.addEventListener("change", () => this.#show());
-    byId("import-cancel", HTMLButtonElement).addEventListener("click", () => this.dialog.close());
-    byId("import-form", HTMLFormElement).addEventListener("submit", (event) => {
+    const form = el(
+      "form",
+      { id: "import-form" },
+      el("h2", { id: "import-title", text: "Export for import" }),
+      el("p", {}, "The file that ", el("code", { text: "recorderctl camera import" }), " takes. ", this.#count),
+      el("label", { class: "tick" }, this.withOthers, " Also rows that did not pass"),
+      el("label", { class: "tick" }, this.withPasswords, " With passwords"),
+      this.#warning,
+      el(
+        "div",
+        { class: "actions" },
+        this.#export,
+        button("Cancel", () => this.dialog.close(), { id: "import-cancel" }),
+      ),
+    );
+    form.addEventListener("submit", (event) => {
       event.preventDefault();
-      this.#export();
+      this.#write();
     });
+    this.dialog.append(form);
+    document.body.append(this.dialog);
   }
 
   /** @param {Row[]} rows of the list */
@@ -42,15 +67,14 @@ export class ImportDialog {
     const havePasswords = rows.some(({ camera }) => camera?.password);
     this.withPasswords.disabled = !havePasswords;
     if (!havePasswords) this.withPasswords.checked = false;
-    byId("import-warning", HTMLElement).hidden = !this.withPasswords.checked;
+    this.#warning.hidden = !this.withPasswords.checked;
     const which = this.withOthers.checked ? "" : ": those that passed";
     const lack = havePasswords || rows.length === 0 ? "" : ". There is no password in this page to export.";
-    byId("import-count", HTMLElement).textContent =
-      `${rows.length} of ${counted(this.#rows.length, "row")}${which}${lack}`;
-    byId("import-export", HTMLButtonElement).disabled = rows.length === 0;
+    this.#count.textContent = `${rows.length} of ${counted(this.#rows.length, "row")}${which}${lack}`;
+    this.#export.disabled = rows.length === 0;
   }
 
-  #export() {
+  #write() {
     const rows = this.#chosen;
     download("cameras-for-import.csv", exportForImport(rows, this.withPasswords.checked));
     this.dialog.close();
