@@ -71,6 +71,7 @@ StreamConfig ReadStream(const Json::Value& value, const std::string& where) {
   members.Read("slices", stream.slices, 1, 16);
   members.Read("depth", stream.depth, 8, 10);
   members.Read("path", stream.path);
+  members.Read("anyPath", stream.isAnyPath);
   members.Read("audio", stream.audio, kAudio);
   members.Read("file", stream.file);
   if (!stream.file.empty() && !std::ifstream(stream.file)) members.Fail("cannot read " + stream.file);
@@ -167,7 +168,7 @@ void ReadFault(Members& members, CameraConfig& camera) {
 
 bool NeedsScript(const StreamConfig& stream) {
   const bool sendsKeyFramesWhenAsked = stream.honoursPli || stream.honoursFir || stream.honoursSync;
-  return stream.randomStart || stream.secondsBeforeKeyFrame > 0 || sendsKeyFramesWhenAsked ||
+  return stream.isAnyPath || stream.randomStart || stream.secondsBeforeKeyFrame > 0 || sendsKeyFramesWhenAsked ||
          stream.path.find('?') != std::string::npos || !stream.file.empty();
 }
 
@@ -180,6 +181,7 @@ int FewestSlices(Fault fault) {
 /// GStreamer's server plays what is healthy, the scripted one whatever that cannot do.
 void ChooseServer(Members& members, CameraConfig& camera) {
   bool script = members.Has("model") || !OnlyHttp(camera.fault) || camera.tls != TlsUse::kNone;
+  script |= !camera.serverName.empty();
   for (const StreamConfig& stream : camera.streams) script |= NeedsScript(stream);
   camera.server = script ? Server::kScripted : Server::kStock;
   members.Read("server", camera.server, kServers);
@@ -221,6 +223,8 @@ CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
   members.Read("port", camera.port, 0, 65535);
   members.Read("user", camera.user);
   members.Read("password", camera.password);
+  members.Read("serverName", camera.serverName);
+  members.Read("realm", camera.realm);
   if (members.Has("login")) camera.login = ReadLogin(members.At("login"), where + ".login");
   if (members.Has("model")) {
     ReadModel(members.At("model"), where + ".model", camera);

@@ -50,6 +50,7 @@ struct StreamConfig {
   int depth = 8;    ///< bits of a sample, 8 or 10; H.264 and H.265
   int slices = 1;   ///< of a picture; H.264 and H.265
   std::string path = "/stream1";
+  bool isAnyPath = false;  ///< what is asked for at a path that no stream has is this one
   Audio audio = Audio::kNone;
   std::string file;                  ///< a clip encoded elsewhere, as an elementary stream; empty: encoded here
   bool live = true;                  ///< encoded while somebody watches; else a clip, encoded beforehand and looped
@@ -89,8 +90,9 @@ struct OnvifConfig {
   bool media1 = true;
   bool media2 = true;
   OnvifLogin login = OnvifLogin::kHttp;
-  int clockHours = 0;     ///< how much the camera's clock is fast
-  int faultStatus = 400;  ///< the HTTP status of "not authorized" where the login is a token
+  bool hasOwnUsers = false;  ///< and the camera's is none of them
+  int clockHours = 0;        ///< how much the camera's clock is fast
+  int faultStatus = 400;     ///< the HTTP status of "not authorized" where the login is a token
   Prefixes prefixes = Prefixes::kUsual;
   bool badAmpersand = false;  ///< addresses with a query, its ampersand not escaped
   std::string innerAddress;   ///< what answers name instead of 127.0.0.1; with a port, that of the services
@@ -128,6 +130,8 @@ struct CameraConfig {
   std::string user = "admin";
   std::string password;
   LoginConfig login;
+  std::string serverName;  ///< by which it answers, RTSP and HTTP; empty: none
+  std::string realm = "simulated camera";
   std::vector<StreamConfig> streams;  ///< none: a model without RTSP
   Server server = Server::kStock;
   std::string snapshotPath = "/snapshot.jpg";  ///< empty, as mjpegPath: none but those of `pictures`

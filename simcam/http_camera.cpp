@@ -185,7 +185,8 @@ class HttpCamera::Conversation {
   [[nodiscard]] std::string Head(int status, const std::string& type, size_t size,
                                  const std::string& headers = {}) const {
     return "HTTP/1.1 " + std::to_string(status) + " " + Reason(status) + "\r\nContent-Type: " + type +
-           "\r\nContent-Length: " + std::to_string(size) + "\r\n" + headers +
+           "\r\nContent-Length: " + std::to_string(size) + "\r\n" +
+           (camera_.serverName.empty() ? "" : "Server: " + camera_.serverName + "\r\n") + headers +
            (keepsAlive_ ? "" : "Connection: close\r\n") + "\r\n";
   }
 

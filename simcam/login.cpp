@@ -10,7 +10,6 @@
 namespace simcam {
 namespace {
 
-constexpr const char* kRealm = "simulated camera";
 constexpr int kWrongLoginsBeforeLockOut = 3;
 
 std::string Hash(Scheme scheme, const std::string& text) {
@@ -84,10 +83,11 @@ Login::Answer Login::JudgeDigest(const std::string& method, const std::string& t
   const bool knownAlgorithm =
       given["algorithm"].empty() || given["algorithm"] == "MD5" || given["algorithm"] == "SHA-256";
   if (!knownAlgorithm || !Offers(scheme)) return Answer::kWrong;
-  if (given["username"] != camera_.user || given["realm"] != kRealm || given["uri"] != target) return Answer::kWrong;
+  if (given["username"] != camera_.user || given["realm"] != camera_.realm || given["uri"] != target)
+    return Answer::kWrong;
   if ((given["qop"] == "auth") != camera_.login.qop) return Answer::kWrong;
 
-  const std::string secret = Hash(scheme, camera_.user + ":" + kRealm + ":" + camera_.password);
+  const std::string secret = Hash(scheme, camera_.user + ":" + camera_.realm + ":" + camera_.password);
   const std::string request = Hash(scheme, method + ":" + given["uri"]);
   std::string middle = given["nonce"];
   if (camera_.login.qop) middle += ":" + given["nc"] + ":" + given["cnonce"] + ":" + given["qop"];
@@ -106,7 +106,7 @@ Login::Answer Login::Judge(const std::string& method, const std::string& target,
 }
 
 std::string Login::Challenge(Scheme scheme, const std::string& nonce, bool stale) const {
-  const std::string realm = std::string(" realm=\"") + kRealm + "\"";
+  const std::string realm = " realm=\"" + camera_.realm + "\"";
   if (scheme == Scheme::kBasic) return "Basic" + realm;
   if (scheme == Scheme::kBearer) return "Bearer" + realm;
   std::string challenge = "Digest" + realm;

@@ -149,14 +149,15 @@ class Conversation {
   }
 
   bool ChooseStream(const std::string& path, bool control) {
-    for (size_t i = 0; i < streams_.size(); ++i) {
-      const StreamConfig& stream = streams_[i];
-      if (path != (control ? ControlPath(stream) : stream.path)) continue;
-      stream_ = &stream;
-      clip_ = clips_[i].get();
-      return true;
-    }
-    return false;
+    const auto isThere = [&](const StreamConfig& stream) {
+      return path == (control ? ControlPath(stream) : stream.path);
+    };
+    auto chosen = std::ranges::find_if(streams_, isThere);
+    if (chosen == streams_.end() && !control) chosen = std::ranges::find_if(streams_, &StreamConfig::isAnyPath);
+    if (chosen == streams_.end()) return false;
+    stream_ = &*chosen;
+    clip_ = clips_[static_cast<size_t>(chosen - streams_.begin())].get();
+    return true;
   }
 
   // -- methods
@@ -232,6 +233,7 @@ class Conversation {
               const std::string& body = {}) {
     std::string head = "RTSP/1.0 " + std::to_string(status) + " " + Reason(status) + "\r\n";
     if (fault_ != Fault::kNoCseq) head += "CSeq: " + request.Header("CSeq") + "\r\n";
+    if (!camera_.serverName.empty()) head += "Server: " + camera_.serverName + "\r\n";
     for (const std::string& header : headers) head += header + "\r\n";
     if (request.method == "DESCRIBE" && status == 200) return SendDescription(head, body);
     if (!body.empty()) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";

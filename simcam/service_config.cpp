@@ -86,6 +86,7 @@ void ReadOnvif(const Json::Value& value, const std::string& where, CameraConfig&
   OnvifConfig& onvif = camera.onvif.emplace();
   ReadMedia(members, onvif);
   members.Read("login", onvif.login, kLogins);
+  members.Read("ownUsers", onvif.hasOwnUsers);
   members.Read("clockHours", onvif.clockHours, -48, 48);
   ReadFaultStatus(members, onvif);
   members.Read("prefixes", onvif.prefixes, kPrefixes);
@@ -98,7 +99,7 @@ void ReadOnvif(const Json::Value& value, const std::string& where, CameraConfig&
   members.Read("inputs", onvif.inputs, 0, 16);
   members.Read("audio", onvif.audio);
   members.Read("motion", onvif.motion, kMotions);
-  members.Read("channels", onvif.channels, 1, 16);
+  members.Read("channels", onvif.channels, 1, 64);
   members.Read("trouble", onvif.trouble, kTroubles);
   members.Finish();
   if (camera.streams.size() % static_cast<size_t>(onvif.channels) != 0) {

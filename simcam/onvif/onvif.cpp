@@ -33,11 +33,14 @@ std::optional<HttpAnswer> Onvif::Refusal(const Request& request, const std::opti
   const bool either = onvif.login == OnvifLogin::kEither;
   const std::string authorization = request.Header("Authorization");
   const bool byHttp = onvif.login == OnvifLogin::kHttp || (either && !authorization.empty());
-  if (!byHttp && token && login_.Settle(tokens_.Accept(*token)).status == 200) return std::nullopt;
+  const bool mayBeKnown = !onvif.hasOwnUsers;
+  if (!byHttp && token && login_.Settle(mayBeKnown && tokens_.Accept(*token)).status == 200) return std::nullopt;
   const SoapFault fault(either ? 401 : onvif.faultStatus, "env:Sender", "ter:NotAuthorized", "Sender not authorized");
   HttpAnswer refusal = Xml(fault.status, SoapFaultAnswer(fault, onvif.prefixes));
   if (onvif.login == OnvifLogin::kToken) return refusal;
-  const Verdict verdict = login_.Check(request.method, request.target, byHttp ? authorization : "");
+  const bool isStranger = !mayBeKnown && byHttp && !authorization.empty();
+  const Verdict verdict =
+      isStranger ? login_.Settle(false) : login_.Check(request.method, request.target, byHttp ? authorization : "");
   if (verdict.status == 200) return std::nullopt;
   if (!either) return LoginAnswer(verdict);
   refusal.headers = verdict.Headers();
