@@ -11,6 +11,7 @@ namespace recorder {
 // goes to `lines`; once Tell() is false it returns, whatever it answers. Throws HttpError.
 
 OwnAnswer DiscoverDevices(const OwnRequest& request, LineAnswer& lines);
+OwnAnswer FindStreams(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ListModels(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& lines);
 OwnAnswer MeasureStream(const OwnRequest& request, LineAnswer& lines);

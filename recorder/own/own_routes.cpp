@@ -6,6 +6,7 @@ namespace {
 
 constexpr OwnRoute kRoutes[] = {
     {"POST", "discover", Need::kAdmin, Pool::kCameras, &DiscoverDevices},
+    {"POST", "find", Need::kAdmin, Pool::kCameras, &FindStreams},
     {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
     {"GET", "models/", Need::kUser, Pool::kLists, &ShowModel},
     {"POST", "measure", Need::kAdmin, Pool::kCameras, &MeasureStream},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,13 +15,14 @@ namespace recorder {
 
 inline constexpr int kMostFindRequests = 20;
 inline constexpr std::chrono::seconds kLongestFind{10};
+inline constexpr std::size_t kMostFindPorts = 12;
 
 /// Where to look, and with which login.
 struct FindRequest {
   std::string host;
   std::string user;        ///< "" and no password: nothing is logged in with
   std::string password;    ///< itself, and no token of a lent one
-  std::vector<int> ports;  ///< at most 12; none: the usual ones of cameras
+  std::vector<int> ports;  ///< at most kMostFindPorts; none: the usual ones of cameras
 };
 
 /// What says so over ONVIF, for people.

@@ -87,6 +87,18 @@ std::string_view NameOf(FindLogin login) { return kLogins.at(static_cast<std::si
 std::string_view NameOf(FindWarning warning) { return kWarnings.at(static_cast<std::size_t>(warning)); }
 std::string_view NameOf(FindStep step) { return kSteps.at(static_cast<std::size_t>(step)); }
 
+Json::Value StepJson(FindStep step, const FindResult& soFar) {
+  Json::Value json(Json::objectValue);
+  json["step"] = Text(NameOf(step));
+  json["ports"] = Json::Value(Json::arrayValue);
+  for (const FoundPort& port : soFar.ports) json["ports"].append(Json(port));
+  json["login"] = Text(NameOf(soFar.login));
+  json["maker"] = Json(soFar.maker);
+  json["streams"] = static_cast<Json::UInt64>(soFar.streams.size());
+  json["requests"] = soFar.requests;
+  return json;
+}
+
 Json::Value FindJson(const std::string& host, const FindResult& result) {
   Json::Value json = JsonOfLists(host, result);
   json["host"] = host;

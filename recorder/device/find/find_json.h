@@ -16,6 +16,9 @@ std::string_view NameOf(FindLogin login);
 std::string_view NameOf(FindWarning warning);
 std::string_view NameOf(FindStep step);
 
+/// What is known when a step has ended.
+Json::Value StepJson(FindStep step, const FindResult& soFar);
+
 /// All that was found at `host`, each stream with what its record has to say.
 Json::Value FindJson(const std::string& host, const FindResult& result);
 

@@ -19,8 +19,6 @@
 namespace recorder::find {
 namespace {
 
-constexpr std::size_t kMostPorts = 12;
-
 /// What is asked first at a port. The other protocol is asked where the first is not spoken.
 enum class Habit {
   kRtsp,
@@ -52,7 +50,7 @@ std::vector<int> PortsOf(const FindRequest& request) {
     for (const UsualPort& usual : kUsualPorts) ports.insert(usual.number);
   }
   std::vector<int> first(ports.begin(), ports.end());
-  first.resize(std::min(first.size(), kMostPorts));
+  first.resize(std::min(first.size(), kMostFindPorts));
   return first;
 }
 
