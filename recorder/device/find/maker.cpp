@@ -18,6 +18,7 @@ constexpr Sign kSigns[] = {
     {"Login to ", "Dahua"},
     {"App-webs/", "Hikvision"},
     {"DNVRS-Webs", "Hikvision"},
+    {"BC Streaming Media", "Reolink"},
 };
 
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
