@@ -2,15 +2,20 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <iostream>
 #include <map>
+#include <sstream>
 
 #include "rig/cameras.h"
+#include "rig/http_client.h"
+#include "tests/recorder/end_to_end/shipped_models.h"
 
 // From an address to its streams.
 
 using namespace rig;
 
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -19,6 +24,7 @@ struct FindCase {
   const char* config;                          ///< of the simulated camera
   const char* login;                           ///< how it ends with the right password
   std::map<std::string, const char*> streams;  ///< by path: channel, name, codec, and whether it was asked for
+  const char* warning = "";
 };
 
 constexpr char kRecorder[] = R"({"onvif": {"channels": 4, "login": "token", "clockHours": 3}, "stream": [
@@ -42,7 +48,24 @@ const FindCase kCases[] = {
       {"/c/301", "3 main H.264 worked out"},
       {"/c/302", "3 sub H.264 worked out"},
       {"/c/401", "4 main H.264 worked out"},
-      {"/c/402", "4 sub H.264 asked"}}},
+      {"/c/402", "4 sub H.264 asked"}},
+     "clockWrong"},
+    {"OnvifHasOtherUsers",
+     R"({"onvif": {"ownUsers": true}})",
+     "onvifOthers",
+     {{"/stream1", "1 main H.264 asked"}},
+     "onvifOthers"},
+    {"OnvifHasOtherUsersAndTokens",
+     R"({"onvif": {"ownUsers": true, "login": "token"}})",
+     "onvifOthers",
+     {{"/stream1", "1 main H.264 asked"}},
+     "onvifOthers"},
+    {"YesToEveryPath",
+     R"({"stream": {"path": "/not/in/a/file", "anyPath": true}})",
+     "accepted",
+     {{"/stream1", "1 main  worked out"}},
+     "anyPath"},
+    {"LocksAfterThreeWrongLogins", R"({"fault": "lockOut"})", "accepted", {{"/stream1", "1 main H.264 asked"}}},
     {"PathOfAModelFile",
      R"({"stream": {"path": "/stream1", "codec": "h265"}})",
      "accepted",
@@ -62,10 +85,52 @@ const FindCase kCases[] = {
     {"NoKnownPath", R"({"stream": {"path": "/not/in/a/file"}, "mjpeg": {"path": "/nor/this"}})", "accepted", {}},
 };
 
+std::string PathOf(int channel, int number) { return "/Channels/" + std::to_string(100 * channel + number); }
+
+/// A recorder with 32 channels.
+Json::Value Recorder() {
+  Json::Value config = ParseJson(R"({"server": "scripted", "onvif": {"channels": 32, "login": "token"}})");
+  for (int channel = 1; channel <= 32; ++channel) {
+    for (const int number : {1, 2}) {
+      Json::Value& stream = config["stream"].append(ParseJson(R"({"height": 240, "fps": 5, "gop": 5})"));
+      stream["path"] = PathOf(channel, number);
+      stream["width"] = 640 / number;
+    }
+  }
+  return Camera("Recorder", config);
+}
+
 Json::Value Cameras() {
-  Json::Value cameras(Json::arrayValue);
+  Json::Value cameras = List({Recorder()});
   for (const FindCase& row : kCases) cameras.append(Camera(row.name, ParseJson(row.config)));
   return cameras;
+}
+
+/// What was found at a simulated camera, and what that saw of it.
+struct Finding {
+  int status;
+  Json::Value found;
+  Json::Value log;
+};
+
+/// Prints what it cost, too.
+Finding FindAt(const TestRecorder& recorder, const SimCameras& cameras, const std::string& camera,
+               const std::string& password) {
+  const std::string port = std::to_string(cameras.Port(camera));
+  const Finished finished =
+      recorder.Control({"find", "127.0.0.1", "--port", port, "--user", "admin", "--json"}, password + "\n");
+  const std::string json = finished.output.substr(finished.output.find('{'));  // behind what was logged
+  Finding finding{finished.status, ParseJson(json.substr(0, json.find('\n'))), cameras.Log(camera)};
+  std::cout << camera << '\t' << finding.found["requests"] << " requests\t" << finding.found["seconds"] << " s\t"
+            << finding.log["logins"] << " logins\t" << finding.log["refusedLogins"] << " refused\n";
+  return finding;
+}
+
+/// The camera counted as many requests, and was not asked more than it may be.
+void ExpectFewRequests(const Finding& finding) {
+  EXPECT_EQ(finding.found["requests"], finding.log["requestCount"]);
+  EXPECT_LE(finding.log["requestCount"].asInt(), 20) << finding.log;
+  EXPECT_EQ(finding.log["mostConnections"], 1) << finding.log;
 }
 
 /// The paths of one vendor are all that is known, whatever else the recorder comes with.
@@ -79,9 +144,27 @@ struct OneVendor : TempFolder {
 
 class FindTest : public testing::Test {
  protected:
-  Finished Find(const std::string& camera, const std::string& password) const {
-    const std::string port = std::to_string(cameras_.Port(camera));
-    return recorder_.Control({"find", "127.0.0.1", "--port", port, "--user", "admin", "--json"}, password + "\n");
+  Finding Find(const std::string& camera, const std::string& password) const {
+    return FindAt(recorder_, cameras_, camera, password);
+  }
+
+  /// The lines of the API's answer.
+  std::vector<Json::Value> Ask(const std::string& camera, const std::string& password) const {
+    Json::Value body = ParseJson(R"({"host": "127.0.0.1", "user": "admin"})");
+    body["password"] = password;
+    body["ports"].append(cameras_.Port(camera));
+    std::string request = HttpRequest("POST", "/recorder/1/find", recorder_.Login(), ToText(body));
+    request.replace(request.find("HTTP/1.1"), 8, "HTTP/1.0");  // its answer has no chunks, and ends with the connection
+    Connection connection(recorder_.Port(), std::chrono::seconds(60));
+    connection.Send(request);
+    std::string answer;
+    while (connection.Receive(answer)) continue;
+    EXPECT_EQ(HeaderOf(answer, "Content-Type"), "application/x-ndjson") << answer;
+    EXPECT_THAT(answer + recorder_.Log(), Not(HasSubstr(std::string(kSecret).substr(0, 6))));
+    std::vector<Json::Value> lines;
+    std::istringstream text(answer.substr(answer.find("\r\n\r\n") + 4));
+    for (std::string line; std::getline(text, line);) lines.push_back(ParseJson(line));
+    return lines;
   }
 
   const OneVendor models_;
@@ -99,31 +182,53 @@ std::string Summary(const Json::Value& stream) {
 TEST_F(FindTest, ListsTheStreams) {
   for (const FindCase& row : kCases) {
     SCOPED_TRACE(row.name);
-    const Finished finished = Find(row.name, kSecret);
-    const std::string json = finished.output.substr(finished.output.find('{'));  // behind what was logged
-    const Json::Value found = ParseJson(json.substr(0, json.find('\n')));
-    EXPECT_EQ(finished.status, row.streams.empty() ? 1 : 0) << finished.output;
+    const auto [status, found, log] = Find(row.name, kSecret);
+    EXPECT_EQ(status, row.streams.empty() ? 1 : 0);
     EXPECT_EQ(found["cause"], row.streams.empty() ? "noSuchStream" : "ok");
     EXPECT_EQ(found["login"], row.login);
+    EXPECT_EQ(found["warnings"].get(0U, "").asString(), row.warning);
     ASSERT_EQ(found["streams"].size(), row.streams.size()) << found;
     for (const Json::Value& stream : found["streams"]) {
       const auto wanted = row.streams.find(stream["path"].asString());
       ASSERT_NE(wanted, row.streams.end()) << stream;
       EXPECT_EQ(Summary(stream), wanted->second);
     }
-    const Json::Value log = cameras_.Log(row.name);
-    EXPECT_EQ(found["requests"], log["requestCount"]);
-    EXPECT_LE(log["requestCount"].asInt(), 20) << log;
-    EXPECT_EQ(log["mostConnections"], 1) << log;
+    ExpectFewRequests({status, found, log});
+    EXPECT_EQ(log["refusedLogins"], found["login"] == "onvifOthers" ? 1 : 0);
   }
+}
+
+TEST_F(FindTest, ListsARecorderWith32Channels) {
+  const Finding finding = Find("Recorder", kSecret);
+  ExpectFewRequests(finding);
+  ASSERT_EQ(finding.found["streams"].size(), 64U) << finding.found;
+  for (int i = 0; i < 64; ++i) EXPECT_EQ(finding.found["streams"][i]["path"], PathOf(i / 2 + 1, i % 2 + 1));
 }
 
 TEST_F(FindTest, TriesAWrongPasswordOnce) {
   for (const FindCase& row : kCases) {
     SCOPED_TRACE(row.name);
     const bool isOpen = std::string(row.login) == "notNeeded";
-    EXPECT_EQ(Find(row.name, "wrong").status, isOpen ? 0 : 1);
-    EXPECT_EQ(cameras_.Log(row.name)["refusedLogins"], isOpen ? 0 : 1) << cameras_.Log(row.name);
+    const auto [status, found, log] = Find(row.name, "wrong");
+    EXPECT_EQ(status, isOpen ? 0 : 1);
+    EXPECT_EQ(log["refusedLogins"], isOpen ? 0 : 1) << log;
+  }
+  EXPECT_EQ(Find("LocksAfterThreeWrongLogins", kSecret).status, 0);
+}
+
+TEST_F(FindTest, AnswersOverTheApiAsTheCommandDoes) {
+  for (const auto& [password, cause] : {std::pair(kSecret, "ok"), std::pair("wrong", "loginRefused")}) {
+    std::vector<Json::Value> lines = Ask("Onvif", password);
+    Json::Value found = Find("Onvif", password).found;
+    Json::Value& end = lines.back();
+    for (const char* member : {"seconds", "clockOffset"}) {  // differ from time to time
+      for (Json::Value* one : {&found, &end["data"]}) one->removeMember(member);
+    }
+    EXPECT_EQ(end["data"], found);
+    EXPECT_EQ(end["data"]["cause"], cause);
+    EXPECT_EQ(end["success"], end["error"].isNull());
+    EXPECT_EQ(end["error"].get("cause", "ok"), cause);
+    EXPECT_EQ(lines.front()["step"], "ports");
   }
 }
 
@@ -139,5 +244,50 @@ TEST_F(FindTest, StoresTheMainStream) {
     ASSERT_EQ(added.status, 0) << added.output;
     EXPECT_THAT(added.output, HasSubstr(model));
     EXPECT_EQ(recorder_.Control({"test", std::to_string(++id)}).status, 0) << "what was found can be used";
+  }
+}
+
+struct MakerCase {
+  const char* name;  ///< of its file and its model, with a blank between
+  const char* serverName;
+  const char* realm;
+  const char* vendor;  ///< by whose paths it is found
+};
+
+const MakerCase kMakers[] = {
+    {"axis Generic", "GStreamer RTSP server", "AXIS_ACCC8E012345", "Axis"},
+    {"dahua Any channel", "Rtsp Server/3.0", "Login to 3F00A1B2C3D4E5F6", "Dahua"},
+    {"foscam HD cameras", "", "Foscam IPCam Living Video", "Foscam"},
+    {"hikvision Generic", "App-webs/", "IP Camera(C2345)", "Hikvision"},
+    {"reolink Generic", "", "BC Streaming Media", "Reolink"},
+    {"sony SNC network cameras (IPELA)", "", "Sony Network Camera", "Sony"},
+    {"tp-link VIGI", "", "TP-LINK IP-Camera", "TP-Link"},
+};
+
+Json::Value CameraOf(const MakerCase& row) {
+  const std::string name = row.name;
+  Json::Value camera;
+  camera["model"]["file"] = SOURCE_FOLDER "/models/" + name.substr(0, name.find(' ')) + ".json";
+  camera["model"]["name"] = name.substr(name.find(' ') + 1);
+  camera["serverName"] = row.serverName;
+  camera["realm"] = row.realm;
+  return Camera(name, camera);
+}
+
+TEST(FindMakers, AreFoundByTheirNamesAndPaths) {
+  const TempFolder folder;
+  CopyShippedModels(folder);
+  Json::Value configs(Json::arrayValue);
+  for (const MakerCase& row : kMakers) configs.append(CameraOf(row));
+  const SimCameras cameras(configs);
+  const TestRecorder recorder({.modelsFolder = folder.Path()});
+  for (const MakerCase& row : kMakers) {
+    SCOPED_TRACE(row.name);
+    const Finding finding = FindAt(recorder, cameras, row.name, kSecret);
+    ExpectFewRequests(finding);
+    EXPECT_EQ(finding.found["cause"], "ok") << finding.log;
+    EXPECT_THAT(finding.found["streams"][0]["from"].asString(), HasSubstr(row.vendor));
+    EXPECT_EQ(finding.log["refusedLogins"], 0);
+    EXPECT_EQ(FindAt(recorder, cameras, row.name, "wrong").log["refusedLogins"], 1);
   }
 }

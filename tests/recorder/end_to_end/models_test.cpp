@@ -7,6 +7,7 @@
 #include "rig/callers.h"
 #include "rig/cameras.h"
 #include "rig/questions.h"
+#include "tests/recorder/end_to_end/shipped_models.h"
 
 // Every entry of models/, played by simulated cameras that read the files by themselves, and asked for over HTTP.
 
@@ -29,20 +30,10 @@ struct Played {
   std::string CameraName() const { return Name() + ", " + codec.get("name", "some codec").asString(); }
 };
 
-/// The files' ports, such as 554, are no test's to listen on. Without a port, that of the user counts.
-void LeaveOutPorts(Json::Value& json) {
-  if (json.isObject()) json.removeMember("port");
-  if (json.isObject() || json.isArray()) {
-    for (Json::Value& member : json) LeaveOutPorts(member);
-  }
-}
-
-/// Reads all files, and copies them to `folder` without their ports, all else untouched.
-std::vector<Played> ReadModels(const TempFolder& folder) {
+std::vector<Played> ReadModels() {
   std::vector<Played> all;
-  CopySchema(folder);
   for (const auto& entry : std::filesystem::directory_iterator(SOURCE_FOLDER "/models")) {
-    Json::Value file = ParseJson(ReadText(entry.path()));
+    const Json::Value file = ParseJson(ReadText(entry.path()));
     if (!file.isMember("vendor")) continue;  // the schema
     for (const Json::Value& model : file["models"]) {
       Json::Value codecs = model["codecs"];
@@ -51,8 +42,6 @@ std::vector<Played> ReadModels(const TempFolder& folder) {
         all.push_back({entry.path(), file["vendor"].asString(), model, codec});
       }
     }
-    LeaveOutPorts(file);
-    folder.Write(entry.path().filename(), ToText(file));
   }
   return all;
 }
@@ -166,7 +155,8 @@ std::size_t CountListed(const TestRecorder& recorder) {
 
 TEST(Models, OfEveryFileAreListedReachedAndShown) {
   const TempFolder folder;
-  const std::vector<Played> all = ReadModels(folder);
+  CopyShippedModels(folder);
+  const std::vector<Played> all = ReadModels();
   Json::Value configs(Json::arrayValue);
   std::set<std::string> names;
   for (const Played& played : all) {
