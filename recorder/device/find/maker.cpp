@@ -37,9 +37,11 @@ bool HoldsWord(std::string_view text, std::string_view word) {
 
 MakerGuess MakerIn(std::string_view said, const std::vector<std::string>& vendors) {
   const std::string text = LowerCase(said);
-  const auto isNamed = [&](const std::string& vendor) { return HoldsWord(text, LowerCase(vendor)); };
-  const auto named = std::ranges::find_if(vendors, isNamed);
-  if (named != vendors.end()) return {*named, true};
+  std::string named;  // the longest, since the name of one may begin that of another
+  for (const std::string& vendor : vendors) {
+    if (vendor.size() > named.size() && HoldsWord(text, LowerCase(vendor))) named = vendor;
+  }
+  if (!named.empty()) return {named, true};
   const auto sign =
       std::ranges::find_if(kSigns, [&](const Sign& one) { return StartsWithIgnoreCase(said, one.start); });
   const bool isKnown = sign != std::end(kSigns) && std::ranges::find(vendors, sign->vendor) != vendors.end();
