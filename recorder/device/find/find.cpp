@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "recorder/device/check/http_probe.h"
@@ -173,20 +174,29 @@ class Finder {
     if (!findings.isWhole) Warn(FindWarning::kEnded);
   }
 
-  /// Only where ONVIF is silent.
+  bool IsLikely(const PathToTry& path) const {
+    return std::ranges::find(vendors_, path.model->vendor) != vendors_.end();
+  }
+
+  /// Only where ONVIF is silent. First those of the likely makers, over HTTP as well.
   bool TryPaths() {
     if (!result_.streams.empty()) return true;
     const std::vector<PathToTry> paths = PathsToTry(*catalog_, vendors_);
-    for (const PortAnswer& answer : answers_) {
-      const bool isOpen = answer.port.speaksRtsp && answer.rtsp != Outcome::kLoginRefused;
-      if (isOpen && !TryPathsAt(answer, paths)) return Tell(FindStep::kPaths);
-    }
-    TryPathsOverHttp(paths);
+    const auto others = std::ranges::find_if_not(paths, [this](const PathToTry& path) { return IsLikely(path); });
+    if (TryPathsOf({paths.begin(), others})) TryPathsOf({others, paths.end()});
     return Tell(FindStep::kPaths);
   }
 
-  /// False when nothing more is to be tried.
-  bool TryPathsAt(const PortAnswer& answer, const std::vector<PathToTry>& paths) {
+  /// False, as of the functions below, when nothing more is to be tried.
+  bool TryPathsOf(std::span<const PathToTry> paths) {
+    for (const PortAnswer& answer : answers_) {
+      const bool isOpen = answer.port.speaksRtsp && answer.rtsp != Outcome::kLoginRefused;
+      if (isOpen && !paths.empty() && !TryPathsAt(answer, paths)) return false;
+    }
+    return TryPathsOverHttp(paths);
+  }
+
+  bool TryPathsAt(const PortAnswer& answer, std::span<const PathToTry> paths) {
     const bool isKnown = hunt_ && hunt_->Camera().port == answer.port.number;
     if (!isKnown) hunt_ = std::make_unique<PathHunt>(CameraAt(answer.port));
     for (const PathToTry& path : paths) {
@@ -243,30 +253,31 @@ class Finder {
     const auto& port = path.stream->from.port;
     result_.isPortOfModel = port == stream.port;
     const bool isElsewhere = port && !result_.isPortOfModel;  // it would be looked for there
-    const bool isLikely = std::ranges::find(vendors_, path.model->vendor) != vendors_.end();
     const bool isUsual = path.stream == &path.model->streams.front();
-    if (isElsewhere || !isUsual || !(isLikely || path.isTelling)) result_.modelVendor.clear();
+    if (isElsewhere || !isUsual || !(IsLikely(path) || path.isTelling)) result_.modelVendor.clear();
     const auto web = std::ranges::find_if(result_.ports, &FoundPort::speaksHttp);
     if (web != result_.ports.end()) result_.snapshot = SnapshotOfModel(*path.model, web->number);
   }
 
-  void TryPathsOverHttp(const std::vector<PathToTry>& paths) {
-    hunt_.reset();
+  bool TryPathsOverHttp(std::span<const PathToTry> paths) {
     for (const PortAnswer& answer : answers_) {
       for (const PathToTry& path : paths) {
         if (!path.stream->isOverHttp || !answer.port.speaksHttp) continue;
+        hunt_.reset();
         const Outcome outcome = ProbeHttpStream(CameraAt(answer.port), path.path);
         if (outcome == Outcome::kOk) return TakeOverHttp(path, answer.port);
-        if (!MayTryOn(outcome)) return;
+        if (!MayTryOn(outcome)) return false;
       }
     }
+    return true;
   }
 
-  void TakeOverHttp(const PathToTry& path, const FoundPort& port) {
+  bool TakeOverHttp(const PathToTry& path, const FoundPort& port) {
     ListedStream stream = StreamAt(path, port);
     stream.codec = path.stream->codec;
     stream.isAsked = true;
     TakeModel(path, stream);
+    return false;
   }
 
   void Finish() {
