@@ -37,10 +37,11 @@ TEST_P(PathPatternTest, WorksOutPaths) {
 INSTANTIATE_TEST_SUITE_P(Row, PathPatternTest, testing::ValuesIn(kPatterns), kByName);
 
 TEST(MakerTest, IsNamedByWholeWordsOnly) {
-  const std::vector<std::string> vendors = {"Axis", "Dahua", "LG"};
+  const std::vector<std::string> vendors = {"Axis", "Dahua", "LG", "TP-Link", "TP-Link-Tapo"};
   EXPECT_EQ(MakerIn("AXIS_ACCC8E012345", vendors).vendor, "Axis");
   EXPECT_TRUE(MakerIn("the axis camera", vendors).isNamed);
   EXPECT_EQ(MakerIn("galgo/1.0 taxis", vendors).vendor, "");
+  EXPECT_EQ(MakerIn("TP-Link-Tapo C310", vendors).vendor, "TP-Link-Tapo");
   const MakerGuess likely = MakerIn("Login to 3f2a", vendors);
   EXPECT_EQ(likely.vendor, "Dahua");
   EXPECT_FALSE(likely.isNamed) << "others use the same words";

@@ -256,6 +256,7 @@ struct MakerCase {
 
 const MakerCase kMakers[] = {
     {"axis Generic", "GStreamer RTSP server", "AXIS_ACCC8E012345", "Axis"},
+    {"axis Motion JPEG", "", "AXIS_00408C012345", "Axis"},
     {"dahua Any channel", "Rtsp Server/3.0", "Login to 3F00A1B2C3D4E5F6", "Dahua"},
     {"foscam HD cameras", "", "Foscam IPCam Living Video", "Foscam"},
     {"hikvision Generic", "App-webs/", "IP Camera(C2345)", "Hikvision"},
