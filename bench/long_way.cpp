@@ -22,7 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kGlanceMs = 10;  // how often a thread looks whether it has to stop
-constexpr std::chrono::seconds kSilenceLimit{60};
+constexpr std::chrono::seconds kLongSilence{60};
 
 recorder::FileDescriptor Listen() {
   recorder::FileDescriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -101,7 +101,7 @@ void LongWay::Accept(Stopping stop) {
 }
 
 void LongWay::Carry(Stopping stop, const Connection& client) const {
-  const Connection camera(cameraPort_, kSilenceLimit);
+  const Connection camera(cameraPort_, kLongSilence);
   SendAtOnce(client);
   SendAtOnce(camera);
   const Clock::time_point accepted = Clock::now();

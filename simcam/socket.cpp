@@ -37,7 +37,7 @@ Socket Socket::Bind(int port) {
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(static_cast<in_port_t>(port));
-  if (bind(listener.descriptor_, std::bit_cast<const sockaddr*>(&address), sizeof address) != 0) {
+  if (::bind(listener.descriptor_, std::bit_cast<const sockaddr*>(&address), sizeof address) != 0) {
     ThrowErrno("port " + std::to_string(port));
   }
   return listener;
