@@ -14,10 +14,15 @@ struct PrivateText {
   std::string_view text;  ///< "": none
 };
 
-/// What of a camera or its owner seems to stand in `path`, in words for people, such as "a password"; "" for nothing.
-/// It is one of `known` as a whole word; a login, a token or a serial number by the name that it has there
-/// ("password="); an address; or a long text that looks as if it were drawn by lot. Names of streams and profiles stay
-/// ("/onvif/profile1", "?token=Profile_1"): they are the same in all cameras of a model.
+/// What of a camera or its owner may stand in `path`, in words for people, such as "a password"; "" for nothing. It is
+/// one of `known` as a whole word, whatever its capitals; a login, a token or a serial number by the name that it has
+/// there ("password=", "/password/"); an address; a long text that looks as if it were drawn by lot; or any other value
+/// behind a name that is no common one (see path_values.h). Names of streams and profiles stay ("/onvif/profile1",
+/// "?token=Profile_1"): they are the same in all cameras of a model. In doubt it is private.
 std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText>& known = {});
+
+/// The same of a login alone, and without a doubt: behind "user=", "password=" and the like, where no short number
+/// stands, or in front of an address.
+std::string FindLogin(std::string_view path);
 
 }  // namespace recorder
