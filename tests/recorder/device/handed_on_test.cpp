@@ -32,6 +32,22 @@ const PathCase kPathCases[] = {
     {"NetworkCard", "/a0b1c2d3e4f5/live", "a long text without a meaning"},
     {"Uuid", "/2f1c0a5e-9d3b-4c7e-8a61-0123456789ab", "a long text without a meaning"},
     {"LongNumber", "/live/20150817", "a long text without a meaning"},
+    {"ShortNames", "/live?id=bob&pw=hunter2", "a password"},
+    {"NamesOfOneLetter", "/s/u=bob/p=hunter2x", "a user name"},
+    {"LoginBehindColons", "/a?usr:bob&pass:x", "a user name"},
+    {"LoginInParts", "/user/bob/pass/hunter2/live", "a user name"},
+    {"LoginWithoutNames", "/a?login&bob&hunter2", "a value that is no small number and no common word"},
+    {"ValueOfAnUnknownName", "/live?cb=hunter2", "a value that is no small number and no common word"},
+    {"LoginWithAColonAlone", "/bob:hunter2/live", "a value that is no small number and no common word"},
+    {"Key", "/live?key=abcdef12", "a token"},
+    {"Pin", "/live?pin=1234", "a password"},
+    {"SerialNumber", "/4D0A2B3C/main", "a long text without a meaning"},
+    {"EncodedTwice", "/live?user%253Dbob%2526pwd%253Dx", "a user name"},
+    {"NetworkCardWithColons", "/live/00:40:8c:aa:bb:cc", "an address"},
+    {"NetworkCardWithDashes", "/live/00-40-8c-aa-bb-cc", "an address"},
+    {"HostOfIPv6", "/live/[2001:db8::1]/1", "an address"},
+    {"Placeholders", "/ch{channel:02}/{stream}?id={channel0}&codec=H.264", ""},
+    {"KnownSerialNumber", "/x9-27F/main", "the serial number"},
     {"KnownPassword", "/live/p%40ss/1", "the password"},
     {"KnownUserInAWord", "/superroot/rooted", ""},
 };
@@ -39,7 +55,9 @@ const PathCase kPathCases[] = {
 class PathPrivacyTest : public testing::TestWithParam<PathCase> {};
 
 TEST_P(PathPrivacyTest, NamesWhatIsNobodyElsesBusiness) {
-  EXPECT_EQ(FindPrivatePart(GetParam().path, {{"the user", "root"}, {"the password", "p@ss"}, {"no address", ""}}),
+  EXPECT_EQ(FindPrivatePart(
+                GetParam().path,
+                {{"the user", "root"}, {"the password", "p@ss"}, {"no address", ""}, {"the serial number", "X9-27f"}}),
             GetParam().found);
 }
 
