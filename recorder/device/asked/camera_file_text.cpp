@@ -68,8 +68,7 @@ class ModelWriter {
     model_["id"] = vendor_ + " " + kGenericName;
     if (IsUsable(report_.device)) model_["source"] = report_.device;
     WriteDevice();
-    Set("channels", ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front()),
-        Source::kCamera);
+    Set("channels", Channels(), Source::kCamera);
     WriteVideo();
     WriteSensors();
     Set("rtsp", Rtsp(), SourceOf(report_.rtspProtocols));
@@ -90,6 +89,16 @@ class ModelWriter {
 
   void SetChoices(const char* member, const std::optional<Choices>& choices) {
     Set(member, choices ? ChoicesOf(choices->values, choices->preset) : Json::Value(), SourceOf(choices));
+  }
+
+  /// As many as there is room for; the one that was asked about is among them.
+  Json::Value Channels() const {
+    Json::Value channels = ChoicesOf(report_.channels, report_.channels.empty() ? "" : report_.channels.front());
+    if (channels.isNull() || channels["values"].size() < kMaxValues) return channels;
+    Json::Value& values = channels["values"];
+    const bool isIn = std::find(values.begin(), values.end(), Json::Value(report_.channel)) != values.end();
+    if (!isIn) values[values.size() - 1] = report_.channel;
+    return channels;
   }
 
   void WriteDevice() {

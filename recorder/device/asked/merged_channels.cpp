@@ -81,7 +81,7 @@ void MergeLists(const Json::Value& models, Json::Value& entry) {
   }
 }
 
-/// In the camera's order.
+/// In the camera's order; the first model's, where a long list was cut before it.
 std::vector<std::string> ChannelsOf(const Json::Value& models) {
   std::set<std::string> told;
   for (const Json::Value& model : models) told.insert(model["name"].asString());
@@ -89,6 +89,7 @@ std::vector<std::string> ChannelsOf(const Json::Value& models) {
   for (const Json::Value& channel : models[0]["channels"]["values"]) {
     if (told.contains(channel.asString())) channels.push_back(channel.asString());
   }
+  if (channels.empty()) channels.push_back(models[0]["name"].asString());
   return channels;
 }
 
