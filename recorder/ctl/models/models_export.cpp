@@ -15,6 +15,7 @@
 #include "recorder/media/codecs.h"
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -78,7 +79,7 @@ ModelExport ExportCamera(const ExportOptions& options, const std::string& config
 }
 
 void Print(const ModelExport& exported) {
-  for (const std::string& remark : exported.remarks) std::cerr << "recorderctl: " << remark << '\n';
+  for (const std::string& remark : exported.remarks) std::cerr << "recorderctl: " << EscapeControls(remark) << '\n';
   if (exported.text.empty()) throw CLI::RuntimeError(1);
   std::cout << exported.text;
 }

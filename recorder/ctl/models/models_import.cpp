@@ -38,7 +38,7 @@ class ModelsImport {
     const std::string text = ReadFile(file_);
     Trimmed(text).starts_with('{') ? TakeFile(text) : TakeList(text);
     own_.Write();
-    for (const std::string& name : taken_) std::cout << name << '\n';
+    for (const std::string& name : taken_) std::cout << EscapeControls(name) << '\n';
     std::cout << "imported " << taken_.size() << " models\n";
     if (isAnyRefused_) throw CLI::RuntimeError(1);
   }

@@ -7,6 +7,7 @@
 #include "recorder/device/model/model_files.h"
 #include "recorder/device/model/own_models.h"
 #include "recorder/host/host.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -22,7 +23,7 @@ void List(const Config& config) {
   for (const VendorModels& vendor : ReadModels(ModelFoldersOf(config)).vendors) {
     if (vendor.origin != ModelOrigin::kOwn) continue;
     for (const Model& model : vendor.models) {
-      std::cout << model.vendor << '\t' << model.name << '\t' << vendor.file << '\n';
+      std::cout << model.vendor << '\t' << EscapeControls(model.name) << '\t' << vendor.file << '\n';
     }
   }
 }

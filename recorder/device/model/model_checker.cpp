@@ -9,6 +9,7 @@
 #include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/path_template.h"
 #include "recorder/media/codecs.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -28,6 +29,7 @@ class ModelChecker {
       : json_(json), model_(model), place_(std::move(place)), mistakes_(mistakes) {}
 
   void Check() {
+    if (HoldsControls(model_.name)) Report("/name", "A name holds no control character.");
     CheckChoices("/channels", model_.channels);
     CheckChoices("/frameRates", model_.frameRates);
     CheckChoices("/resolutions", model_.resolutions);

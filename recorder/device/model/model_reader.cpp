@@ -18,6 +18,7 @@
 #include "recorder/device/model/model_json.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -91,6 +92,8 @@ void CheckVendor(const std::string& vendor, Mistakes& mistakes) {
   if (vendor.find(' ') != std::string::npos) {
     mistakes.push_back({"/vendor", "A vendor name holds no blank: clients send vendor and model as one text."});
   }
+  const bool isPlain = vendor.find('/') == std::string::npos && !HoldsControls(vendor);
+  if (!isPlain) mistakes.push_back({"/vendor", "A vendor name holds no slash and no control character."});
 }
 
 void ReadModels(const Json::Value& json, VendorModels& vendor, Mistakes& mistakes) {
