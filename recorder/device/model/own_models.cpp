@@ -24,8 +24,9 @@ constexpr char kExtension[] = ".own.json";
 
 // --- Sources --------------------------------------------------------------------------------------------------------
 
-/// What the file of another recorder says of where its facts come from, and of when a camera was asked.
-constexpr const char* kOfOthers[] = {"source", "from", "facts", "readings"};
+/// What the file of another recorder says of where its facts come from, of when a camera was asked, and of that camera
+/// alone.
+constexpr const char* kOfOthers[] = {"source", "from", "facts", "readings", "onvifMedia", "device"};
 
 Json::Value UserSource(const std::string& document, const std::string& day) {
   Json::Value source;
