@@ -98,7 +98,7 @@ void CheckVendor(const std::string& vendor, Mistakes& mistakes) {
 
 void ReadModels(const Json::Value& json, VendorModels& vendor, Mistakes& mistakes) {
   CheckVendor(vendor.vendor, mistakes);
-  if (!json.isMember("source") && !json.isMember("sources")) mistakes.push_back({"", "The file names no source."});
+  if (!json.isMember("source") && json["sources"].empty()) mistakes.push_back({"", "The file names no source."});
   const ModelSources sources = ReadSources(json["sources"]);
   std::set<std::string> names;
   vendor.models.reserve(json["models"].size());

@@ -45,16 +45,19 @@ std::string KeyOf(const Json::Value& source, Json::Value& sources) {
   }
 }
 
+/// But for one, where the file would name none at all.
 void RemoveUnusedSources(Json::Value& file) {
   std::set<std::string> used;
   for (const Json::Value& model : file["models"]) {
     used.insert(model["from"].asString());
     for (const Json::Value& key : model["facts"]) used.insert(key.asString());
   }
-  for (const std::string& key : file["sources"].getMemberNames()) {
-    if (!used.contains(key)) file["sources"].removeMember(key);
+  Json::Value& sources = file["sources"];
+  const Json::ArrayIndex least = file.isMember("source") ? 0 : 1;
+  for (const std::string& key : sources.getMemberNames()) {
+    if (!used.contains(key) && sources.size() > least) sources.removeMember(key);
   }
-  if (file["sources"].empty() && file.isMember("source")) file.removeMember("sources");
+  if (sources.empty()) file.removeMember("sources");
 }
 
 // --- Mistakes -------------------------------------------------------------------------------------------------------
