@@ -128,6 +128,11 @@ void ReplaceFile(const fs::path& path, std::string_view content, mode_t mode) {
   SyncFolderOf(path);
 }
 
+void RemoveFile(const fs::path& path) {
+  if (unlink(path.c_str()) != 0 && errno != ENOENT) Throw(errno, path);
+  SyncFolderOf(path);
+}
+
 void CreateFileOnce(const fs::path& path, std::string_view content) {
   {
     const SideFile side{path, content, 0600};

@@ -20,6 +20,10 @@ std::string ReadFile(const std::filesystem::path& path);
 /// last of several wins.
 void ReplaceFile(const std::filesystem::path& path, std::string_view content, mode_t mode = 0600);
 
+/// Removes the file, if it is there: also when the power fails, it is gone when this returns. Throws std::system_error
+/// that names the file.
+void RemoveFile(const std::filesystem::path& path);
+
 /// Makes a file with `content` (mode 0600), unless `path` exists: then that stays as it is. Of several that try at once
 /// one wins, and the file is never seen half written. Throws std::system_error that names the file.
 void CreateFileOnce(const std::filesystem::path& path, std::string_view content);

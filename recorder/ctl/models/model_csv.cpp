@@ -291,7 +291,7 @@ ListMistake OfModel(const ListedModel& model, const std::string& place, const st
   const auto row = std::find_if(model.places.begin(), model.places.end(), [&](const auto& known) {
     return place.starts_with(known.first + "/") && !place.starts_with(known.first + "/others");
   });
-  if (row == model.places.end()) return {model.lines.front(), "", place + ": " + text};
+  if (row == model.places.end()) return {model.lines.front(), "", (place.empty() ? "" : place + ": ") + text};
   const std::string member = place.substr(row->first.size() + 1);
   return {row->second, member == "codec" ? kCodecs : member, text};
 }

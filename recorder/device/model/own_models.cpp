@@ -1,8 +1,10 @@
 #include "recorder/device/model/own_models.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "recorder/device/model/built_in_models.h"
@@ -12,6 +14,7 @@
 #include "recorder/net/percent.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -88,11 +91,32 @@ std::vector<PlacedMistake> InEntry(const std::vector<ModelMistake>& mistakes) {
   return placed;
 }
 
+/// The name of a vendor's file, of a name in small letters; file systems have room for 255 bytes.
+std::string FileName(const std::string& vendor) {
+  constexpr std::size_t kLongestName = 200;
+  const std::string name = PercentEncoded(vendor, kUnreservedSigns);
+  const bool isLong = name.size() > kLongestName;
+  return (isLong ? std::to_string(std::hash<std::string>{}(vendor)) : name) + kExtension;
+}
+
 /// The first mistake of a model file, "" for none.
 std::string MistakeOf(const fs::path& path, const std::string& text) {
   std::vector<ModelMistake> mistakes;
   ReadModelText(text, path.string(), mistakes);
   return mistakes.empty() ? "" : mistakes.front().place + ": " + mistakes.front().text;
+}
+
+/// Of the file at `path`, which will be read again. Throws std::runtime_error.
+std::string CheckedText(const fs::path& path, const Json::Value& file) {
+  std::string text = ToPrettyText(file);
+  const std::string mistake = text.size() > kLargestFile ? "it would be larger than 32 MiB" : MistakeOf(path, text);
+  if (!mistake.empty()) throw std::runtime_error(path.string() + " cannot be written: " + mistake);
+  return text;
+}
+
+/// "" for a file that cannot be read.
+std::string TextOf(const fs::path& path) try { return ReadFile(path); } catch (const std::system_error&) {
+  return "";
 }
 
 }  // namespace
@@ -113,9 +137,10 @@ void OwnModels::ReadKnown(const ModelFolders& folders) {
   }
 }
 
+/// What cannot be read is no vendor's, as for the recorder.
 void OwnModels::ReadFiles() {
   for (const ModelFileState& file : ListModelFolder(folder_.string())) {
-    const std::string text = ReadFile(file.path);
+    const std::string text = TextOf(file.path);
     std::string ignored;  // the mistakes of a text without a vendor are no vendor's
     std::optional<Json::Value> json = ParseStrictJson(text, ignored);
     if (!json || !json->isObject() || !(*json)["vendor"].isString()) continue;
@@ -135,7 +160,7 @@ std::vector<PlacedMistake> OwnModels::FindMistakes(const std::string& vendor, co
   file["source"] = "import";
   file["models"].append(model);
   std::vector<ModelMistake> mistakes;
-  const auto read = ReadModelText(ToText(file), "", mistakes);
+  const auto read = ReadModelText(ToPrettyText(file), "", mistakes);
   if (!read) return InEntry(mistakes);
   const auto known = known_.find({LowerCase(vendor), LowerCase(read->models.front().name)});
   if (known != known_.end()) return {{"/name", "This model is known already: " + known->second}};
@@ -163,7 +188,7 @@ OwnModels::File& OwnModels::FileOf(const std::string& vendor) {
   const auto [place, isNew] = files_.try_emplace(LowerCase(vendor));
   File& file = place->second;
   if (isNew) {
-    file.path = folder_ / (PercentEncoded(place->first, kUnreservedSigns) + kExtension);
+    file.path = folder_ / FileName(place->first);
     file.json["vendor"] = vendor;
     if (fs::exists(file.path)) file.mistake = "it is no model file of " + vendor;
   }
@@ -189,14 +214,12 @@ bool OwnModels::Remove(const std::string& vendor, const std::string& model) {
 }
 
 void OwnModels::Write() {
+  std::map<fs::path, std::string> texts;  // "": of a file without models
   for (auto& [vendor, file] : files_) {
     if (!std::exchange(file.isChanged, false)) continue;
-    if (file.json["models"].empty()) {
-      fs::remove(file.path);
-    } else {
-      ReplaceFile(file.path, ToPrettyText(file.json));
-    }
+    texts[file.path] = file.json["models"].empty() ? "" : CheckedText(file.path, file.json);
   }
+  for (const auto& [path, text] : texts) text.empty() ? RemoveFile(path) : ReplaceFile(path, text);
 }
 
 }  // namespace recorder

@@ -36,7 +36,7 @@ class OwnModels {
   bool Remove(const std::string& vendor, const std::string& model);
 
   /// Writes what was changed: files of mode 0600, each whole or not at all. From the next request on the recorder
-  /// knows it.
+  /// knows it. Writes nothing when a file would be none that the recorder reads.
   void Write();
 
  private:
