@@ -87,6 +87,7 @@ struct Row {
   std::string path;
   int port = 0;
   std::vector<std::string> codecs;
+  std::optional<ListMistake> mistake = {};
 };
 
 /// How a codec's name is compared: "h264" is "H.264".
@@ -147,11 +148,15 @@ std::optional<ListMistake> ReadCells(Cells& cells, Row& row) {
   return std::nullopt;
 }
 
-std::optional<ListMistake> ReadRow(const CsvLine& line, const Heading& heading, Row& row) {
-  if (auto mistake = ShapeMistake(line, heading.columns)) return mistake;
+/// Without maker and model when the line has another shape than the heading.
+Row ReadRow(const CsvLine& line, const Heading& heading) {
+  Row row;
   row.line = line.number;
+  row.mistake = ShapeMistake(line, heading.columns);
+  if (row.mistake) return row;
   Cells cells = CellsOf(line, heading);
-  return ReadCells(cells, row);
+  row.mistake = ReadCells(cells, row);
+  return row;
 }
 
 // --- Rows to models -------------------------------------------------------------------------------------------------
@@ -248,20 +253,34 @@ std::string Conflict(const Row& row, const Row& main) {
   return isSecond && row.codecs.empty() ? "is empty; a second main row is the path of its codecs" : "";
 }
 
-void MakeModel(const std::vector<Row>& rows, ModelList& list) {
+/// Of rows that have none of their own.
+std::vector<ListMistake> Conflicts(const std::vector<Row>& rows) {
   const auto main = std::find_if(rows.begin(), rows.end(), [](const Row& row) { return row.stream == kMainStream; });
-  std::vector<Row> taken;
+  if (main == rows.end()) return {{rows.front().line, kStream, "there is no row of the model's main stream"}};
+  std::vector<ListMistake> mistakes;
   for (const Row& row : rows) {
-    const std::string conflict = main == rows.end() ? "" : Conflict(row, *main);
-    if (main == rows.end()) {
-      list.mistakes.push_back({row.line, kStream, "there is no row that can be taken of the model's main stream"});
-    } else if (!conflict.empty()) {
-      list.mistakes.push_back({row.line, kCodecs, conflict});
-    } else {
-      taken.push_back(row);
-    }
+    const std::string conflict = Conflict(row, *main);
+    if (!conflict.empty()) mistakes.push_back({row.line, kCodecs, conflict});
   }
-  if (!taken.empty()) list.models.push_back(ModelMaker(taken).Make());
+  return mistakes;
+}
+
+/// What keeps the model of these rows from being made.
+std::vector<ListMistake> MistakesOf(const std::vector<Row>& rows) {
+  std::vector<ListMistake> mistakes;
+  for (const Row& row : rows) {
+    if (row.mistake) mistakes.push_back(*row.mistake);
+  }
+  return mistakes.empty() ? Conflicts(rows) : mistakes;
+}
+
+void MakeModel(const std::vector<Row>& rows, ModelList& list) {
+  const std::vector<ListMistake> mistakes = MistakesOf(rows);
+  if (mistakes.empty()) return list.models.push_back(ModelMaker(rows).Make());
+  std::vector<int> lines;
+  lines.reserve(rows.size());
+  for (const Row& row : rows) lines.push_back(row.line);
+  RefuseModel(std::move(lines), mistakes, list.mistakes);
 }
 
 }  // namespace
@@ -274,9 +293,9 @@ ModelList ReadModelCsv(std::string_view text) {
   if (!list.mistakes.empty()) return list;
   std::vector<Row> rows;
   while (const std::optional<CsvLine> line = heading->rows.Next()) {
-    Row row;
-    if (auto mistake = ReadRow(*line, *heading, row)) {
-      list.mistakes.push_back(std::move(*mistake));
+    Row row = ReadRow(*line, *heading);
+    if (row.maker.empty() || row.model.empty()) {
+      list.mistakes.push_back(std::move(*row.mistake));
     } else {
       rows.push_back(std::move(row));
     }
@@ -294,6 +313,15 @@ ListMistake OfModel(const ListedModel& model, const std::string& place, const st
   if (row == model.places.end()) return {model.lines.front(), "", (place.empty() ? "" : place + ": ") + text};
   const std::string member = place.substr(row->first.size() + 1);
   return {row->second, member == "codec" ? kCodecs : member, text};
+}
+
+void RefuseModel(std::vector<int> lines, const std::vector<ListMistake>& found, std::vector<ListMistake>& mistakes) {
+  for (const ListMistake& mistake : found) {
+    mistakes.push_back(mistake);
+    std::erase(lines, mistake.line);
+  }
+  const std::string why = "is of the model in line " + std::to_string(found.front().line);
+  for (const int line : lines) mistakes.push_back({line, "", why});
 }
 
 }  // namespace recorder

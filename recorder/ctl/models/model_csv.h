@@ -32,12 +32,16 @@ extern const char kModelCsvTemplate[];
 /// headings maker, model, stream, path, port and codecs in any order. Capitals make no difference in names. A row is a
 /// stream: main (also when the cell is blank), sub or third. A blank port is 554. Codecs stand between blanks, commas,
 /// semicolons or slashes, and are not known when the cell is blank: then no row of the model names one. A second main
-/// row is the path of its codecs. A path with a placeholder for the channel is one for any channel. A row with a
-/// mistake is left out; a mistake in the heading leaves out all. What is wrong with a whole model is left to whoever
-/// takes it; see OfModel().
+/// row is the path of its codecs. A path with a placeholder for the channel is one for any channel. A model with a
+/// mistake in a row is left out, and all its rows are named; a mistake in the heading leaves out all. What else is
+/// wrong with a model is left to whoever takes it; see OfModel().
 ModelList ReadModelCsv(std::string_view text);
 
 /// A mistake at a place of the model's entry, or "/vendor", by the row and column that it comes from.
 ListMistake OfModel(const ListedModel& model, const std::string& place, const std::string& text);
+
+/// Adds to `mistakes` those that were `found` in a model with rows in `lines`, and that its other rows are refused,
+/// too.
+void RefuseModel(std::vector<int> lines, const std::vector<ListMistake>& found, std::vector<ListMistake>& mistakes);
 
 }  // namespace recorder

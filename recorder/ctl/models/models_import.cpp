@@ -53,22 +53,17 @@ class ModelsImport {
 
   void TakeList(const std::string& text) {
     ModelList list = ReadModelCsv(text);
+    isAnyRefused_ = !list.mistakes.empty();
     for (const ListedModel& model : list.models) TakeListed(model, list.mistakes);
     PrintMistakes(file_, list.mistakes);
-    isAnyRefused_ = isAnyRefused_ || !list.mistakes.empty();
   }
 
-  /// A model is taken as a whole: its rows without a mistake are named, too.
   void TakeListed(const ListedModel& model, std::vector<ListMistake>& mistakes) {
     const std::vector<PlacedMistake> found = Add(model.vendor, model.entry);
-    if (found.empty()) return;
-    std::vector<int> rest = model.lines;
-    for (const PlacedMistake& mistake : found) {
-      mistakes.push_back(OfModel(model, mistake.place, mistake.text));
-      std::erase(rest, mistakes.back().line);
-    }
-    const std::string why = "is of the model in line " + std::to_string(mistakes.back().line);
-    for (const int line : rest) mistakes.push_back({line, "", why});
+    std::vector<ListMistake> inRows;
+    inRows.reserve(found.size());
+    for (const PlacedMistake& mistake : found) inRows.push_back(OfModel(model, mistake.place, mistake.text));
+    if (!found.empty()) return RefuseModel(model.lines, inRows, mistakes);
   }
 
   void TakeFile(const std::string& text) {
