@@ -64,18 +64,22 @@ class ModelsImport {
     inRows.reserve(found.size());
     for (const PlacedMistake& mistake : found) inRows.push_back(OfModel(model, mistake.place, mistake.text));
     if (!found.empty()) return RefuseModel(model.lines, inRows, mistakes);
+    for (const PlacedMistake& doubt : FindDoubts(model.entry)) {
+      mistakes.push_back(OfModel(model, doubt.place, doubt.text));
+    }
   }
 
   void TakeFile(const std::string& text) {
-    std::string mistakes;
-    const std::optional<Json::Value> json = ParseStrictJson(text, mistakes);
-    if (!json) throw std::runtime_error(file_ + " is no JSON: " + mistakes);
+    std::string report;
+    const std::optional<Json::Value> json = ParseStrictJson(text, report);
+    if (!json) throw std::runtime_error(file_ + " is no JSON: " + report);
     const Json::Value& vendor = (*json)["vendor"];
     const Json::Value& models = (*json)["models"];
     if (!vendor.isString() || !models.isArray())
       throw std::runtime_error(file_ + " has no \"vendor\" or no \"models\"");
     for (Json::ArrayIndex i = 0; i < models.size(); ++i) {
-      for (const PlacedMistake& mistake : Add(vendor.asString(), models[i])) Report(i, mistake);
+      const std::vector<PlacedMistake> mistakes = Add(vendor.asString(), models[i]);
+      for (const PlacedMistake& mistake : mistakes.empty() ? FindDoubts(models[i]) : mistakes) Report(i, mistake);
     }
   }
 
@@ -111,7 +115,8 @@ void AddModelsImport(CLI::App& modelsCommand, const std::string& configOption) {
   command->add_option("file", options->file, "model file, or CSV file with a heading");
   command->add_flag("--template", options->isTemplate, "print a CSV file with an example");
   command->footer(
-      "A recorder that runs knows them from the next request on. A model that is known already is refused.\n"
+      "A recorder that runs knows them from the next request on. A model that is known already is refused, and\n"
+      "so is a path with a login; one that may hold something else of your camera is named, and taken.\n"
       "Examples:\n"
       "  recorderctl models import --template > models.csv\n"
       "  recorderctl models import models.csv");

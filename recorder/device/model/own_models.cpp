@@ -65,17 +65,23 @@ void RemoveUnusedSources(Json::Value& file) {
 
 // --- Mistakes -------------------------------------------------------------------------------------------------------
 
-void CheckPath(const std::string& place, const std::string& path, std::vector<PlacedMistake>& mistakes) {
-  const std::string what = FindPrivatePart(path);
-  if (!what.empty()) mistakes.push_back({place + "/path", "The path seems to hold " + what + "."});
+/// Calls `use` with the place and text of each path of a model that follows the schema; "" for none.
+template <class Use>
+void ForEachPath(const Json::Value& model, Use use) {
+  const Json::Value& stream = model["stream"];
+  use("/stream/path", stream["path"].asString());
+  for (Json::ArrayIndex i = 0; i < stream["others"].size(); ++i) {
+    use("/stream/others/" + std::to_string(i) + "/path", stream["others"][i]["path"].asString());
+  }
+  use("/snapshot/path", model["snapshot"]["path"].asString());
 }
 
-std::vector<PlacedMistake> PrivateParts(const Model& model) {
+std::vector<PlacedMistake> FindLogins(const Json::Value& model) {
   std::vector<PlacedMistake> mistakes;
-  for (std::size_t i = 0; i < model.streams.size(); ++i) {
-    CheckPath("/" + StreamFactName(i), model.streams[i].from.path, mistakes);
-  }
-  CheckPath("/snapshot", model.snapshot.from.path, mistakes);
+  ForEachPath(model, [&](const std::string& place, const std::string& path) {
+    const std::string what = FindLogin(path);
+    if (!what.empty()) mistakes.push_back({place, "The path seems to hold " + what + "."});
+  });
   return mistakes;
 }
 
@@ -164,7 +170,7 @@ std::vector<PlacedMistake> OwnModels::FindMistakes(const std::string& vendor, co
   if (!read) return InEntry(mistakes);
   const auto known = known_.find({LowerCase(vendor), LowerCase(read->models.front().name)});
   if (known != known_.end()) return {{"/name", "This model is known already: " + known->second}};
-  return PrivateParts(read->models.front());
+  return FindLogins(model);
 }
 
 std::vector<PlacedMistake> OwnModels::Add(const std::string& vendor, Json::Value model, const std::string& document,
@@ -220,6 +226,15 @@ void OwnModels::Write() {
     texts[file.path] = file.json["models"].empty() ? "" : CheckedText(file.path, file.json);
   }
   for (const auto& [path, text] : texts) text.empty() ? RemoveFile(path) : ReplaceFile(path, text);
+}
+
+std::vector<PlacedMistake> FindDoubts(const Json::Value& model) {
+  std::vector<PlacedMistake> doubts;
+  ForEachPath(model, [&](const std::string& place, const std::string& path) {
+    const std::string what = FindPrivatePart(path);
+    if (!what.empty()) doubts.push_back({place, "The path may hold " + what + ": look at it before you hand it on."});
+  });
+  return doubts;
 }
 
 }  // namespace recorder

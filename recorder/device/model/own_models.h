@@ -28,7 +28,7 @@ class OwnModels {
   /// Takes `model`, an entry of a model file: all that it says is then said by the user, who has it from `document`,
   /// a text for people, since `day` ("2026-01-31"). Capitals in the names make no difference: the vendor is written as
   /// it is known. With mistakes, which it returns by their place in the entry ("/vendor": the vendor), it takes
-  /// nothing. A path must hold nothing of one camera or its owner; see path_privacy.h.
+  /// nothing. A path must hold no login; see FindLogin(). What is said of one camera alone is not taken over.
   std::vector<PlacedMistake> Add(const std::string& vendor, Json::Value model, const std::string& document,
                                  const std::string& day);
 
@@ -59,5 +59,9 @@ class OwnModels {
   std::map<std::pair<std::string, std::string>, std::string> known_;  // files, by vendor and name in small letters
   std::map<std::string, File> files_;                                 // by vendor in small letters
 };
+
+/// What the paths of `model`, an entry that was taken, may hold of one camera or its owner, by their places: its user
+/// decides, by the time that the model is handed on. Pure, any thread.
+std::vector<PlacedMistake> FindDoubts(const Json::Value& model);
 
 }  // namespace recorder
