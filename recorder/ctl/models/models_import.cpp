@@ -26,6 +26,17 @@ struct ModelsFile {
   bool isTemplate = false;
 };
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+std::string_view WithoutMark(std::string_view text) {
+  return text.substr(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+}
+
+bool IsJson(std::string_view text) {
+  const std::string_view begin = Trimmed(WithoutMark(text)).substr(0, 1);
+  return begin == "{" || begin == "[";
+}
+
 /// Takes the models of one file, and counts.
 class ModelsImport {
  public:
@@ -36,7 +47,7 @@ class ModelsImport {
 
   void Run() {
     const std::string text = ReadFile(file_);
-    Trimmed(text).starts_with('{') ? TakeFile(text) : TakeList(text);
+    IsJson(text) ? TakeFile(text) : TakeList(text);
     own_.Write();
     for (const std::string& name : taken_) std::cout << EscapeControls(name) << '\n';
     std::cout << "imported " << taken_.size() << " models\n";
@@ -71,10 +82,11 @@ class ModelsImport {
 
   void TakeFile(const std::string& text) {
     std::string report;
-    const std::optional<Json::Value> json = ParseStrictJson(text, report);
+    const std::optional<Json::Value> json = ParseStrictJson(WithoutMark(text), report);
     if (!json) throw std::runtime_error(file_ + " is no JSON: " + report);
-    const Json::Value& vendor = (*json)["vendor"];
-    const Json::Value& models = (*json)["models"];
+    const Json::Value file = json->isObject() ? *json : Json::Value();
+    const Json::Value& vendor = file["vendor"];
+    const Json::Value& models = file["models"];
     if (!vendor.isString() || !models.isArray())
       throw std::runtime_error(file_ + " has no \"vendor\" or no \"models\"");
     for (Json::ArrayIndex i = 0; i < models.size(); ++i) {
