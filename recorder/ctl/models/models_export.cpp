@@ -27,8 +27,11 @@ struct ExportOptions {
   std::string codec;
 };
 
-CameraAddress AddressOf(const CameraRecord& camera, const Records& records) {
-  return {.host = camera.host, .port = camera.port, .user = camera.user, .password = records.Password(camera)};
+ExportedCamera Exported(const CameraRecord& camera, const Records& records) {
+  const CameraIdentity identity = records.Identities()[camera.id];
+  return {{.host = camera.host, .port = camera.port, .user = camera.user, .password = records.Password(camera)},
+          identity.endpoint,
+          identity.serial};
 }
 
 /// Whether CameraTest finds the camera's stream in that codec, over "RTSP" or "HTTP".
@@ -59,16 +62,16 @@ ModelExport ExportUser(const ExportOptions& options, const std::string& configOp
   const CameraRecord camera = FindEnabled(records, options.id);
   UserStream stream{{}, camera.sourcePath, options.codec, false, DayText(std::time(nullptr))};
   Test(host, camera, stream);
-  stream.address = AddressOf(camera, records);
-  const WipeAtEnd wipe(stream.address.password);
+  stream.camera = Exported(camera, records);
+  const WipeAtEnd wipe(stream.camera.address.password);
   return ExportUserStream(stream, options.names);
 }
 
 ModelExport ExportAsked(const ExportOptions& options, const CameraRecord& camera, const std::string& configOption) {
   const Config config = StartPlatform(FindConfigFile(configOption));
-  CameraAddress address = AddressOf(camera, Records(config.stateFolder));
-  const WipeAtEnd wipe(address.password);
-  return ExportAskedCamera(camera.vendor, address, options.names);
+  ExportedCamera exported = Exported(camera, Records(config.stateFolder));
+  const WipeAtEnd wipe(exported.address.password);
+  return ExportAskedCamera(camera.vendor, exported, options.names);
 }
 
 ModelExport ExportCamera(const ExportOptions& options, const std::string& configOption) {

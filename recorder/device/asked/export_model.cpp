@@ -22,16 +22,18 @@
 namespace recorder {
 namespace {
 
-std::vector<PrivateText> PrivateTextsOf(const CameraAddress& address) {
-  return {{"the camera's address", address.host},
-          {"the camera's user name", address.user},
-          {"the camera's password", address.password}};
+std::vector<PrivateText> PrivateTextsOf(const ExportedCamera& camera) {
+  return {{"the camera's address", camera.address.host},
+          {"the camera's user name", camera.address.user},
+          {"the camera's password", camera.address.password},
+          {"the camera's id", camera.endpoint},
+          {"the camera's serial number", camera.serial}};
 }
 
 /// Makes the one entry of a model file, and the file around it.
 class Exporter {
  public:
-  Exporter(const CameraAddress& address, std::string key) : known_(PrivateTextsOf(address)), key_(std::move(key)) {}
+  Exporter(const ExportedCamera& camera, std::string key) : known_(PrivateTextsOf(camera)), key_(std::move(key)) {}
 
   Json::Value& Entry() { return entry_; }
 
@@ -106,7 +108,7 @@ Json::Value ToJson(const std::vector<std::string>& texts) {
 /// Writes what a camera said of some channels.
 class AskedExporter {
  public:
-  AskedExporter(const MergedChannels& said, const CameraAddress& address) : said_(said), exporter_(address, "camera") {}
+  AskedExporter(const MergedChannels& said, const ExportedCamera& camera) : said_(said), exporter_(camera, "camera") {}
 
   ModelExport Export(const ExportNames& names) {
     if (!AddNames(names)) return exporter_.Nothing();
@@ -192,15 +194,15 @@ Json::Value CodecOf(const UserStream& stream) {
 }
 
 int UsualPort(const UserStream& stream) {
-  if (stream.isOverHttp) return stream.address.isTls ? kHttpsPort : kHttpPort;
-  return stream.address.isTls ? kRtspsPort : kRtspPort;
+  if (stream.isOverHttp) return stream.camera.address.isTls ? kHttpsPort : kHttpPort;
+  return stream.camera.address.isTls ? kRtspsPort : kRtspPort;
 }
 
 Json::Value PathOf(const UserStream& stream) {
   Json::Value path;
   path["path"] = PercentEncoded(stream.path, kAddressSigns);
   const int usual = UsualPort(stream);
-  if (stream.address.port == usual) path["port"] = usual;
+  if (stream.camera.address.port == usual) path["port"] = usual;
   return path;
 }
 
@@ -208,7 +210,7 @@ void AddUserStream(const UserStream& stream, Exporter& exporter) {
   Json::Value path = PathOf(stream);
   Json::Value snapshot = stream.isOverHttp ? path : Json::Value();
   snapshot["kind"] = stream.isOverHttp ? "http-mjpeg" : "stream";
-  if (stream.address.isTls) path["tls"] = true;
+  if (stream.camera.address.isTls) path["tls"] = true;
   exporter.Say("stream", path);
   exporter.Entry()["snapshot"] = snapshot;
   exporter.Entry()["check"] = stream.isOverHttp ? "device" : "stream";
@@ -216,23 +218,23 @@ void AddUserStream(const UserStream& stream, Exporter& exporter) {
 
 /// A picture over HTTP goes inside TLS at one port alone.
 bool CanBeWritten(const UserStream& stream) {
-  return !stream.isOverHttp || !stream.address.isTls || stream.address.port == kHttpsPort;
+  return !stream.isOverHttp || !stream.camera.address.isTls || stream.camera.address.port == kHttpsPort;
 }
 
 }  // namespace
 
-ModelExport ExportAskedCamera(const std::string& vendor, const CameraAddress& address, const ExportNames& names) {
-  const std::optional<Json::Value> kept = ReadKept(vendor, address);
+ModelExport ExportAskedCamera(const std::string& vendor, const ExportedCamera& camera, const ExportNames& names) {
+  const std::optional<Json::Value> kept = ReadKept(vendor, camera.address);
   if (!kept) return {"", {"nothing is kept of what the camera said: test it first"}};
   const MergedChannels said = MergeChannels((*kept)["models"]);
-  return AskedExporter(said, address).Export(names);
+  return AskedExporter(said, camera).Export(names);
 }
 
 ModelExport ExportUserStream(UserStream stream, const ExportNames& names) {
-  const Outcome outcome = TakeApart(stream.path, stream.address);
+  const Outcome outcome = TakeApart(stream.path, stream.camera.address);
   if (outcome != Outcome::kOk) return {"", {std::string(Describe(outcome))}};
   if (!CanBeWritten(stream)) return {"", {"a stream over HTTPS at another port than 443 has no place in a model"}};
-  Exporter exporter(stream.address, "user");
+  Exporter exporter(stream.camera, "user");
   if (!exporter.MayTell(stream.path, "the path")) return exporter.Nothing();
   Json::Value& entry = exporter.Entry();
   entry["name"] = names.model;

@@ -17,6 +17,13 @@ struct ExportNames {
   std::string model;
 };
 
+/// The camera, by what no file may tell of it.
+struct ExportedCamera {
+  CameraAddress address;  ///< with the login
+  std::string endpoint = {};
+  std::string serial = {};
+};
+
 struct ModelExport {
   std::string text;                  ///< of the model file; "": there is none
   std::vector<std::string> remarks;  ///< what was left out, or why there is none; hold nothing private
@@ -24,12 +31,12 @@ struct ModelExport {
 
 /// What the camera of a generic `vendor` at `address` said when it was last asked; whoever exports it need not reach
 /// it. Channels that were asked about and differ by their number alone are one model with {channel}. What the recorder
-/// only assumes is left out. `address` has the login, which no path may hold.
-ModelExport ExportAskedCamera(const std::string& vendor, const CameraAddress& address, const ExportNames& names);
+/// only assumes is left out.
+ModelExport ExportAskedCamera(const std::string& vendor, const ExportedCamera& camera, const ExportNames& names);
 
 /// A stream that its user has found.
 struct UserStream {
-  CameraAddress address;
+  ExportedCamera camera;
   std::string path;   ///< or a whole address
   std::string codec;  ///< "": not known
   bool isOverHttp = false;
