@@ -13,12 +13,9 @@ namespace {
 DiscoverRequest ReadDiscoverRequest(const OwnRequest& request) {
   DiscoverRequest wanted;
   wanted.range = TextOf(request, "range");
-  const Json::Value& seconds = request.params["seconds"];
-  if (seconds.isNull()) return wanted;
   const int most = static_cast<int>(kLongestDiscovery.count());
-  const bool isRight = seconds.isInt() && seconds.asInt() >= 1 && seconds.asInt() <= most;
-  if (!isRight) throw HttpError(400, "seconds must be a whole number from 1 to " + std::to_string(most));
-  wanted.duration = std::chrono::seconds(seconds.asInt());
+  const int usual = static_cast<int>(kUsualDiscovery.count());
+  wanted.duration = std::chrono::seconds(NumberOf(request, "seconds", 1, most, usual));
   return wanted;
 }
 

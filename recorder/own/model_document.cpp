@@ -6,6 +6,7 @@
 
 #include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/model_stream.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
@@ -14,8 +15,6 @@
 namespace recorder {
 
 namespace {
-
-constexpr int kHttpsPort = 443;
 
 constexpr std::pair<ModelOrigin, const char*> kOrigins[] = {
     {ModelOrigin::kBuiltIn, "builtIn"}, {ModelOrigin::kShipped, "shipped"}, {ModelOrigin::kOwn, "own"}};
