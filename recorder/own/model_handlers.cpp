@@ -11,6 +11,7 @@
 #include "recorder/own/handlers.h"
 #include "recorder/own/model_document.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -44,24 +45,32 @@ Json::Value ListOf(const ModelCatalog& catalog) {
 class ListTag {
  public:
   const std::string& Of(const std::shared_ptr<const ModelCatalog>& catalog) {
-    if (catalog_ != catalog) tag_ = '"' + std::to_string(std::hash<std::string>{}(ToText(ListOf(*catalog)))) + '"';
+    if (catalog_.lock() != catalog)
+      tag_ = '"' + std::to_string(std::hash<std::string>{}(ToText(ListOf(*catalog)))) + '"';
     catalog_ = catalog;
     return tag_;
   }
 
  private:
-  std::shared_ptr<const ModelCatalog> catalog_;
+  std::weak_ptr<const ModelCatalog> catalog_;  // else two of them would be held while one is replaced
   std::string tag_;
 };
 
-/// Of a model's address, "VENDOR/MODEL", where either may hold a slash; a vendor's model without a name may be left
+/// Whether an If-None-Match names the tag: "*", or a list of tags that are compared weakly (RFC 9110 section 13.1.2).
+bool IsNamed(const std::string& tag, std::string_view ifNoneMatch) {
+  if (ifNoneMatch == "*") return true;
+  const auto parts = Split(ifNoneMatch, ',');
+  return std::any_of(parts.begin(), parts.end(), [&](std::string_view part) {
+    part = Trimmed(part);
+    return part.substr(part.starts_with("W/") ? 2 : 0) == tag;
+  });
+}
+
+/// Of a model's address, "VENDOR/MODEL", where the second may hold a slash; a vendor's model without a name may be left
 /// out.
 FoundModel FindByAddress(const std::string& name) {
-  for (std::size_t slash = name.find('/'); slash != std::string::npos; slash = name.find('/', slash + 1)) {
-    FoundModel found = FindModel(name.substr(0, slash), name.substr(slash + 1));
-    if (found.model) return found;
-  }
-  return FindModel(name, "");
+  const std::size_t slash = std::min(name.find('/'), name.size());
+  return FindModel(name.substr(0, slash), slash == name.size() ? "" : name.substr(slash + 1));
 }
 
 std::vector<ModelName> NearestTo(std::string name) {
@@ -98,7 +107,7 @@ OwnAnswer ListModels(const OwnRequest& request, LineAnswer& /*lines*/) {
   const auto catalog = Models();
   const std::string& tag = tags.Of(catalog);
   const std::string headers = "ETag: " + tag + "\r\n";
-  if (request.http.ifNoneMatch == tag) return {304, {}, headers};
+  if (IsNamed(tag, request.http.ifNoneMatch)) return {304, {}, headers};
   OwnAnswer answer = Success(ListOf(*catalog));
   answer.headers = headers;
   return answer;
