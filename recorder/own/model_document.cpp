@@ -1,6 +1,6 @@
 #include "recorder/own/model_document.h"
 
-#include <algorithm>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -52,15 +52,45 @@ void AddSource(const ModelSource* source, Json::Value& json) {
   json["checked"] = TextOrNull(said.checked);
 }
 
+/// The models of a file as it has them, by name: texts need a tenth of the memory of what is read of them.
+using Entries = std::map<std::string, std::string>;
+
+Entries ReadEntries(const std::string& path) {
+  std::string ignored;
+  const std::optional<Json::Value> file = ParseStrictJson(ReadFile(path), ignored);
+  Entries entries;
+  if (!file || !file->isObject()) return entries;
+  for (const Json::Value& model : (*file)["models"]) entries.emplace(model["name"].asString(), ToText(model));
+  return entries;
+}
+
+/// Keeps the entries of the file that was asked for last, which may have thousands. One thread.
+class LastFile {
+ public:
+  const Entries& Of(const std::string& path) {
+    const FileStamp stamp = StampOf(path);
+    if (path == path_ && stamp == stamp_) return entries_;
+    path_.clear();  // as long as reading may fail
+    entries_ = ReadEntries(path);
+    path_ = path;
+    stamp_ = stamp;
+    return entries_;
+  }
+
+ private:
+  std::string path_;
+  FileStamp stamp_;
+  Entries entries_;
+};
+
 /// The model as its file has it: a Model has what the recorder makes of it. Null when the file says it no longer.
 Json::Value ReadEntry(const FoundModel& found) {
+  static LastFile last;
   if (found.file.empty()) return {};
+  const Entries& entries = last.Of(found.file);
+  const auto entry = entries.find(found.model->name);
   std::string ignored;
-  const std::optional<Json::Value> file = ParseStrictJson(ReadFile(found.file), ignored);
-  const Json::Value models = file && file->isObject() ? (*file)["models"] : Json::Value();
-  const auto entry =
-      std::find_if(models.begin(), models.end(), [&](const auto& m) { return m["name"] == found.model->name; });
-  return entry == models.end() ? Json::Value() : *entry;
+  return entry == entries.end() ? Json::Value() : ParseStrictJson(entry->second, ignored).value_or(Json::Value());
 }
 
 /// What is said of the paths of streams stands with these.

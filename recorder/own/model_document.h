@@ -21,6 +21,7 @@ struct StreamPlace {
 
 /// All that a model's file says of it, fact by fact, and who says so; and its streams as the camera is asked for them
 /// at a place. Throws std::system_error that names the model's file, when that has just gone.
+/// One thread.
 Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place);
 
 }  // namespace recorder

@@ -40,10 +40,9 @@ void LearnOwnPort(const char* port) {
   if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
 }
 
-/// Gives what is free back to the system, if it is much: cameras of a list have sent much. One picture's memory stays
-/// for the next one.
+/// Gives what is free back to the system, if it is much: cameras or models of a list were many. One picture's memory
+/// stays for the next one.
 void GiveMemoryBack() {
-  EndSpareMedia();
   constexpr std::size_t kMuch = std::size_t{16} << 20;
   if (mallinfo2().fordblks > kMuch) malloc_trim(0);
 }
@@ -63,8 +62,17 @@ Caller FindCaller(const HttpRequest& request, GrantList& grants) {
 /// What the module answers.
 std::string Called(const ApiCall& call, OutputCapture& output) {
   const ApiAnswer answer = RunCall(call, output);
-  if (TakesList(call.method->name)) GiveMemoryBack();
+  if (!TakesList(call.method->name)) return ToCgi(answer);
+  EndSpareMedia();
+  GiveMemoryBack();
   return ToCgi(answer);
+}
+
+/// What is left to be sent of what the recorder itself answers.
+std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, LineAnswer& lines) {
+  std::string rest = lines.Rest(AnswerOwn(request, caller, lines));
+  GiveMemoryBack();
+  return rest;
 }
 
 /// What is left to be sent of the answer. Throws HttpError.
@@ -74,7 +82,7 @@ std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   CheckSameSite(request, host.config.hostNames);
-  if (caller && IsOwn(request)) return lines.Rest(AnswerOwn(request, *caller, lines));
+  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, lines);
   return Called(ToApiCall(request, host.module, caller.has_value()), output);
 }
 
