@@ -50,5 +50,15 @@ TEST(CameraFileTest, WhateverACameraSaysBecomesAFileThatCanBeRead) {
   EXPECT_EQ(model->streamCount, 1);
 }
 
+TEST(CameraFileTest, HoldsTheAskedChannelOfMoreThanThereIsRoomFor) {
+  CameraReport report = Report();
+  report.channels.clear();
+  for (int channel = 1; channel <= 130; ++channel) report.channels.push_back(std::to_string(channel));
+  report.channel = "130";
+  const auto models = Read(TextOf(report));
+  ASSERT_TRUE(models);
+  EXPECT_EQ(models->models.front().channels.values.back(), "130");
+}
+
 }  // namespace
 }  // namespace recorder

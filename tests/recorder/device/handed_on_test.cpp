@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "recorder/device/asked/channel_paths.h"
+#include "recorder/device/asked/merged_channels.h"
 #include "recorder/device/model/path_privacy.h"
+#include "recorder/utility/json_text.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder {
@@ -87,6 +89,13 @@ TEST_P(CommonPathTest, HasAPlaceholderWhereTheChannelAloneDiffers) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Channels, CommonPathTest, testing::ValuesIn(kChannelsCases), kByName);
+
+TEST(MergedChannels, AreTheAskedOneWhereTheListOfChannelsLacksIt) {
+  std::string ignored;
+  const auto models =
+      ParseStrictJson(R"([{"name": "130", "channels": {"values": ["1"]}, "stream": {"path": "/"}}])", ignored);
+  EXPECT_EQ(MergeChannels(models.value()).channels, std::vector<std::string>{"130"});
+}
 
 }  // namespace
 }  // namespace recorder
