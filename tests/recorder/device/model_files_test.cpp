@@ -35,6 +35,10 @@ struct MistakeCase {
 const MistakeCase kMistakeCases[] = {
     {"MemberUnknown", "/models/0", R"("check":)", R"("chekc": 1, "check":)"},
     {"BlankInVendor", "/vendor", "Acme", "Ac me"},
+    {"SlashInVendor", "/vendor", "Acme", "Ac/me"},
+    {"ControlInVendor", "/vendor", "Acme", R"(Acme)"},
+    {"ControlInName", "/models/0/name", R"("name": "A")", R"("name": "A
+")"},
     {"BuiltInVendor", "/vendor", "Acme", "User"},
     {"ModelTwice", "/models/1/name", kModel, kModel + ", " + kModel},
     {"DefaultNotInList", "/models/0/channels/default", R"("default": "1")", R"("default": "2")"},
@@ -61,6 +65,7 @@ const MistakeCase kMistakeCases[] = {
      R"("/s", "others": [{"stream": "sub", "codec": "H.264", "over": "HTTP", "path": "/o"}]}, "streams": 2)"},
     {"FewerStreamsThanPaths", "/models/0/streams", R"("/s")", R"("/s", "others": [{"stream": "sub", "path": "/o"}])"},
     {"SourceMissing", "", R"("source": "a test", )", ""},
+    {"SourcesEmpty", "", R"("source": "a test")", R"("sources": {})"},
     {"SourceUnknown", "/models/0/from", R"("check":)", R"("from": "nowhere", "check":)"},
     {"SourceOfNothing", "/models/0/facts/stream~1others~10", R"("source": "a test", "models": [{)",
      R"("sources": {"s": {"document": "d", "by": "user"}}, "models": [{"facts": {"stream/others/0": "s"}, )"},
