@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "rig/cameras.h"
+#include "tests/recorder/rows.h"
 
 // What an administrator does with recorderctl.
 
@@ -135,7 +136,7 @@ const ListedModelCase kListedModels[] = {
     {"/a;Acme;X1;;h264 mjpeg;8554", ""},
     {"/b;ACME;x1;sub;;", ""},
     {"/c;Acme;X2;fourth;h264;", "line 4, column stream: is none of main, sub and third"},
-    {"/d;Acme;X2;third;h264;", "line 5, column stream: there is no row that can be taken"},
+    {"/d;Acme;X2;main;h264;", "line 5: is of the model in line 4"},
     {"/user=admin;Acme;X3;;h264;", "line 6, column path: The path seems to hold a user name"},
     {"e;Acme;X4;;h264;", "line 7, column path: A path begins with"},
     {"/f;Acme;X4;sub;h264;", "line 8: is of the model in line 7"},
@@ -143,11 +144,18 @@ const ListedModelCase kListedModels[] = {
     {"/h;Acme Corp;X5;;h264;", "line 10, column maker: A vendor name holds no blank"},
     {"/i;ONVIF;X6;;h264;", "line 11, column maker: This vendor name is built in"},
     {"/j;Acme;X7;;h266;", "line 12, column codecs: holds a codec that is none of H.264"},
-    {"/k;Acme;X1;;;", "line 13, column codecs: is empty; a second main row"},
+    {"/k;Acme;X6;third;h264;", "line 13, column stream: there is no row of the model's main stream"},
     {"/l;Acme;X9;;h264;99999", "line 14, column port: is no port"},
     {"/m;Acme", "line 15: 2 cells, but the heading has 6"},
     {"/n;Other;Y;;;", ""},
-    {"/o;Other;Y;sub;MPEG-4;", "line 17, column codecs: is not blank"},
+    {"/o;Other;Z;;;", "line 17: is of the model in line 18"},
+    {"/p;Other;Z;sub;MPEG-4;", "line 18, column codecs: is not blank"},
+    {"/q;Acme;X10;;h264;", "line 19: is of the model in line 20"},
+    {"/r;Acme;X10;;;", "line 20, column codecs: is empty; a second main row"},
+    {"/s;Acme;Porti\xE8re;;h264;", "line 21: the text is not UTF-8"},
+    {"/live?pw=x1;Acme;X11;;h264;", "line 22, column path: The path seems to hold a password"},
+    {"/20261126?authbasic=64;Other;Warned;;;", "line 23, column path: The path may hold a login"},
+    {"/t;株式会社株式会社株式会社株式会社株式会社株式会社株式会社;Long;;;", ""},
 };
 
 TEST(OwnModels, AreTakenFromAListAndTheOtherRowsNamed) {
@@ -158,7 +166,7 @@ TEST(OwnModels, AreTakenFromAListAndTheOtherRowsNamed) {
   const Finished import = recorder.Control({"models", "import", folder.Write("models.csv", list).string()});
   EXPECT_EQ(import.status, 1);
   for (const ListedModelCase& row : kListedModels) EXPECT_THAT(import.output, HasSubstr(row.refusal));
-  EXPECT_THAT(import.output, HasSubstr("Acme X1\nOther Y\nimported 2 models\n"));
+  EXPECT_THAT(import.output, HasSubstr("imported 4 models\n"));
   const Finished check = recorder.Control({"check-models"});
   EXPECT_EQ(check.status, 0) << check.output;
 }
@@ -174,7 +182,9 @@ TEST(OwnModels, AreKnownFromTheNextRequestOnAndCanBeTakenBack) {
   EXPECT_EQ(code(), 0);
   EXPECT_EQ(std::filesystem::status(models).permissions(), std::filesystem::perms::owner_all);
   const std::string own = ReadText(models / "acme.own.json");
-  const std::string file = folder.Write("own.json", own);
+  const std::string file =
+      folder.Write("own.json", "\xEF\xBB\xBF" + Replaced(own, "\"check\"", R"("device": {"model": "SN1"}, "check")"));
+  std::filesystem::create_directory(models / "no.json");
   const Finished again = recorder.Control({"models", "import", file});
   EXPECT_EQ(again.status, 1);
   EXPECT_THAT(again.output, HasSubstr("/models/0/name: This model is known already: " + models.string()));
@@ -183,7 +193,9 @@ TEST(OwnModels, AreKnownFromTheNextRequestOnAndCanBeTakenBack) {
   EXPECT_EQ(recorder.Control({"models", "remove", "acme", "x100"}).status, 0);
   EXPECT_EQ(code(), 400);
   EXPECT_EQ(recorder.Control({"models", "import", file}).status, 0) << "our own form";
-  const Json::Value source = ParseJson(ReadText(models / "acme.own.json"))["sources"]["import"];
+  const Json::Value taken = ParseJson(ReadText(models / "acme.own.json"));
+  EXPECT_FALSE(taken["models"][0].isMember("device")) << "of one camera alone";
+  const Json::Value source = taken["sources"]["import"];
   EXPECT_EQ(source["by"], "user");
   EXPECT_EQ(source["document"], "own.json");
 }
