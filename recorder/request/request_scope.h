@@ -109,6 +109,12 @@ class RequestScope {
   void RememberDigest(const std::string& host);
   bool KnowsDigest(const std::string& host) const;
 
+  /// Says that a login goes out to a camera, and that a camera took one.
+  void SendLogin() { hasSentLogin_ = true; }
+  void TakeLogin() { isLoginTaken_ = true; }
+  bool HasSentLogin() const { return hasSentLogin_; }
+  bool IsLoginTaken() const { return isLoginTaken_; }
+
   /// Asked before contacting `host`: the failure to report without a contact, if there is one. That is a spent
   /// deadline, spent bytes (not understood), an earlier refused login of `user` or time-out at this host, or a token of
   /// a password that is not lent for this (a refused login). Host names and addresses are compared as text, without
@@ -153,6 +159,8 @@ class RequestScope {
   bool isSpent_ = false;                      // more came than there was left
   std::map<std::string, LentPassword> lent_;  // by token
   std::set<std::string> digestHosts_;
+  bool hasSentLogin_ = false;
+  bool isLoginTaken_ = false;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
   std::vector<std::pair<StreamPlace, OtherStream>> streams_;         // by the usual one

@@ -52,10 +52,12 @@ std::optional<std::string> PasswordFor(const CameraAddress& camera) {
   const LentPassword* lent = RequestScope::Current().FindLent(camera.password);
   std::optional<std::string> password = lent == nullptr ? camera.password : lent->Reveal();
   if (camera.user.empty() && password == "") return std::nullopt;
+  if (password) RequestScope::Current().SendLogin();
   return password;
 }
 
 void LoginWorked(const CameraAddress& camera, LoginMethod method) {
+  RequestScope::Current().TakeLogin();
   if (LentPassword* lent = RequestScope::Current().FindLent(camera.password)) lent->Worked(camera.port, method);
 }
 

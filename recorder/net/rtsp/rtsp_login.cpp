@@ -15,9 +15,9 @@ void RtspLogin::BeginServer() {
 }
 
 Outcome RtspLogin::Take(const RtspMessage& refusal) {
-  if (!logins_.HasLogin() || tries_ >= kMostTries) return Outcome::kLoginRefused;
   const std::vector<LoginChallenge> challenges = ParseChallenges(refusal.Headers("WWW-Authenticate"));
   logins_.Remember(challenges);
+  if (!logins_.HasLogin() || tries_ >= kMostTries) return Outcome::kLoginRefused;
   if (const Outcome outcome = Choose(challenges); outcome != Outcome::kOk) return outcome;
   ++tries_;
   wasChallengedHere_ = true;
@@ -50,6 +50,10 @@ void RtspLogin::Prove(int port) {
   state_ = State::kProven;
   if (wasChallengedHere_) logins_.RememberSteady(port, true);
   logins_.Worked(challenge_.method);
+}
+
+void RtspLogin::Answered() {
+  if (IsOnTrial()) state_ = State::kAnswered;
 }
 
 bool RtspLogin::MayRepeat() {

@@ -61,6 +61,8 @@ class RtspLogin {
 
   /// True while what the camera does next tells whether it takes the login.
   bool IsOnTrial() const { return state_ == State::kSent || state_ == State::kRepeated; }
+  /// True from when it was sent until the camera has taken it.
+  bool IsUnproven() const { return IsOnTrial() || state_ == State::kAnswered; }
   /// True once the camera asked for a login.
   bool IsWanted() const { return state_ != State::kNone; }
   /// True once it asked for one for this very request.
@@ -68,6 +70,8 @@ class RtspLogin {
 
   /// Says that the camera at `port` has taken the login.
   void Prove(int port);
+  /// Says that the camera answered it, without yes or no: some look at the path before the password.
+  void Answered();
   /// The camera closed the connection before it read the login. True: it is to go out again, over another one.
   bool MayRepeat();
   /// The camera closed the connection behind its challenge, which may have ended with that. The first time it is
@@ -80,6 +84,7 @@ class RtspLogin {
     kChallenged,  ///< the camera asked for it
     kSent,
     kRepeated,  ///< sent once more, since the camera closed the connection before it read it
+    kAnswered,  ///< the camera said something else than no
     kProven,    ///< the camera took it
   };
 

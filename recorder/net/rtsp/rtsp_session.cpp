@@ -35,9 +35,8 @@ void RtspSession::Describe() {
   Connect();
 }
 
-/// The login of what was answered before counts as taken, whatever came of the path.
 void RtspSession::DescribeOther(std::string_view path) {
-  if (IsLoginOnTrial()) login_.Prove(target_.port);
+  login_.Answered();
   target_.path = path;
   uri_ = target_.Uri();
   base_.clear();
@@ -253,7 +252,7 @@ void RtspSession::AnswerRequest(const RtspMessage& request) {
 
 void RtspSession::TakeAnswer(const RtspMessage& answer) {
   if (IsChallenge(answer.status)) return LogIn(answer);
-  if (IsSuccess(answer.status) && IsLoginOnTrial()) login_.Prove(target_.port);
+  if (IsSuccess(answer.status) && login_.IsUnproven() && IsTelling()) login_.Prove(target_.port);
   const bool leadsOn = goal_ == Goal::kDescribe && IsRtspRedirect(answer.status) && redirects_ < kMaxRedirects;
   if (leadsOn) return FollowRedirect(answer);
   if (goal_ == Goal::kDescribe && WantsOptions(answer.status) && !hasAskedOptions_) return AskOptions(answer);

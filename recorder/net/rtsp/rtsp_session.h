@@ -164,7 +164,8 @@ class RtspSession {
 
   /// True while what the camera does next tells whether it takes the login. To OPTIONS many answer whatever login is
   /// with it, unless it was OPTIONS that they asked one for.
-  bool IsLoginOnTrial() const { return login_.IsOnTrial() && (goal_ != Goal::kOptions || login_.IsWantedHere()); }
+  bool IsLoginOnTrial() const { return login_.IsOnTrial() && IsTelling(); }
+  bool IsTelling() const { return goal_ != Goal::kOptions || login_.IsWantedHere(); }
   void LogIn(const RtspMessage& refusal);
 
   RtspTarget target_;

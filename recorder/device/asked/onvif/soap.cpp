@@ -120,7 +120,7 @@ Reply SoapClient::Call(const std::string& path, const Service& service, const st
     session_.LoginAccepted();
     if (reply.outcome == Outcome::kOk) LoginWorked(camera_, kTokenMethod);
   } else if (usesToken_) {
-    reply.isLast = true;  // some refuse by closing: a login that was not accepted is not tried again
+    EndUnproven(reply);
   }
   return reply;
 }
@@ -130,8 +130,12 @@ Reply SoapClient::Send(const std::string& path, const Service& service, const st
   const std::string contentType = "application/soap+xml; charset=utf-8; action=\"" + ActionOf(service, name) + '"';
   const auto login = usesToken_ ? HttpSession::Login::kInBody : HttpSession::Login::kByHttp;
   const HttpAnswer answer = session_.Post(path, contentType, Envelope(service, name, arguments), login);
-  if (answer.outcome == Outcome::kOk) return ReadReply(answer, service.nameSpace, name + "Response", &readsByName_);
   Reply reply;
+  if (answer.outcome == Outcome::kOk) {
+    reply = ReadReply(answer, service.nameSpace, name + "Response", &readsByName_);
+    hasSpoken_ = hasSpoken_ || reply.IsSoap();
+    return reply;
+  }
   reply.outcome = answer.outcome;
   reply.isLast = EndsConversation(answer.outcome);
   return reply;
@@ -163,6 +167,12 @@ void SoapClient::EndRefused(Reply& reply) const {
   reply.outcome = usesToken_ && !isClockKnown_ ? Outcome::kClockUnknown : Outcome::kLoginRefused;
   reply.isLast = true;
   RequestScope::Current().Remember(camera_.host, camera_.user, reply.outcome);
+}
+
+/// Some refuse by closing: a login that was not accepted is not sent again in this request, by nobody.
+void SoapClient::EndUnproven(Reply& reply) const {
+  reply.isLast = true;
+  RequestScope::Current().Remember(camera_.host, camera_.user, Outcome::kLoginRefused);
 }
 
 }  // namespace recorder::onvif

@@ -63,6 +63,9 @@ class SoapClient {
   /// True once the camera accepted a login.
   bool IsLoggedIn() const { return session_.IsLoggedIn(); }
 
+  /// True once something that speaks SOAP answered.
+  bool HasSpoken() const { return hasSpoken_; }
+
   /// What the software that answered last says of itself.
   ServerName Server() const { return session_.Server(); }
 
@@ -82,6 +85,7 @@ class SoapClient {
   std::string Envelope(const Service& service, const std::string& name, const std::string& arguments) const;
   std::string Token() const;
   void EndRefused(Reply& reply) const;
+  void EndUnproven(Reply& reply) const;
 
   const CameraAddress camera_;
   HttpSession session_;
@@ -90,6 +94,7 @@ class SoapClient {
   bool isClockKnown_ = false;
   bool usesToken_ = false;
   bool readsByName_ = false;
+  bool hasSpoken_ = false;
 };
 
 }  // namespace recorder::onvif
