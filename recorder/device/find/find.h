@@ -50,7 +50,7 @@ enum class FindLogin {
   kNotTried,   ///< none was given, or nothing that asks for one answered
   kNotNeeded,  ///< one was given, and nothing asked for it
   kAccepted,
-  kRefused,
+  kRefused,      ///< or answered by nothing that is clearly a yes
   kOnvifOthers,  ///< RTSP took it, ONVIF did not: it has users of its own
 };
 
@@ -65,10 +65,11 @@ struct ListedStream {
   std::string codec;    ///< the recorder's name for it, "H.264"; "": not known
   int width = 0;        ///< pixels, as the camera claims; 0: it does not say
   int height = 0;
-  int frameRate = 0;     ///< pictures a second, likewise
-  std::string profile;   ///< ONVIF's token, or ""
-  std::string from;      ///< as Fact has it
-  bool isAsked = false;  ///< the camera said that it has it; else it was worked out from how others are named
+  int frameRate = 0;            ///< pictures a second, likewise
+  std::string profile;          ///< ONVIF's token, or ""
+  std::string from;             ///< as Fact has it
+  bool isAsked = false;         ///< the camera said that it has it; else it was worked out from how others are named
+  bool isShownByOnvif = false;  ///< it is the one that a camera stored as one of ONVIF is asked for
   bool operator==(const ListedStream&) const = default;
 };
 
@@ -120,8 +121,9 @@ using OnFindStep = std::function<bool(FindStep step, const FindResult& soFar)>;
 /// silent the paths that model files know.
 ///
 /// Contacts nobody but the host, through net/. At most kMostFindRequests requests and kLongestFind, and no longer than
-/// the thread's RequestScope allows. A wrong login is one refused attempt in all, over RTSP where that asks for one;
-/// ONVIF alone may refuse it once more. Logs nothing of the login. Any thread.
+/// the thread's RequestScope allows. A wrong login is one refused attempt in all, over RTSP where that asks for one:
+/// what is not clearly a yes counts as a refusal. What took it at one port may refuse it at another, once. Logs nothing
+/// of the login. Any thread.
 FindResult Find(const FindRequest& request, const OnFindStep& onStep);
 
 }  // namespace recorder

@@ -13,19 +13,17 @@ constexpr std::array<const char*, 3> kNames = {"main", "sub", "third"};
 
 using Profiles = std::vector<const onvif::Profile*>;
 
-/// Profiles with an encoder, by video source; of those that share an encoder the first.
-std::vector<Profiles> BySource(const std::vector<onvif::Profile>& profiles) {
-  std::vector<Profiles> sources;
+/// Profiles of a video source that have an encoder; of those that share one the first.
+Profiles ProfilesOf(const std::string& source, const std::vector<onvif::Profile>& profiles) {
+  Profiles found;
   for (const onvif::Profile& profile : profiles) {
-    if (!profile.encoder) continue;
-    auto source = std::ranges::find_if(sources, [&](const Profiles& s) { return s.front()->source == profile.source; });
-    if (source == sources.end()) source = sources.insert(sources.end(), Profiles());
-    const bool isThere = !profile.encoder->token.empty() && std::ranges::any_of(*source, [&](const onvif::Profile* p) {
+    if (profile.source != source || !profile.encoder) continue;
+    const bool isThere = !profile.encoder->token.empty() && std::ranges::any_of(found, [&](const onvif::Profile* p) {
       return p->encoder->token == profile.encoder->token;
     });
-    if (!isThere) source->push_back(&profile);
+    if (!isThere) found.push_back(&profile);
   }
-  return sources;
+  return found;
 }
 
 std::int64_t PixelsOf(const onvif::Profile* profile) {
@@ -54,10 +52,15 @@ ProfileStream StreamOf(const onvif::Profile& profile, int channel, int place) {
 std::vector<ProfileStream> StreamsOf(const std::vector<onvif::Profile>& profiles) {
   std::vector<ProfileStream> streams;
   int channel = 0;
-  for (Profiles& source : BySource(profiles)) {
-    std::ranges::stable_sort(source, std::ranges::greater(), PixelsOf);
+  for (const std::string& source : onvif::SourcesOf(profiles)) {
+    const Profiles inOrder = ProfilesOf(source, profiles);
+    Profiles bySize = inOrder;
+    std::ranges::stable_sort(bySize, std::ranges::greater(), PixelsOf);
     int place = 0;
-    for (const onvif::Profile* profile : source) streams.push_back(StreamOf(*profile, channel, place++));
+    for (const onvif::Profile* profile : bySize) {
+      streams.push_back(StreamOf(*profile, channel, place++));
+      streams.back().stream.isShownByOnvif = profile == inOrder.front();
+    }
     ++channel;
   }
   return streams;

@@ -18,8 +18,8 @@ int WebPort(const FindResult& result, int otherwise) {
 
 StoredAs StoreAs(const std::string& host, const FindResult& result, const ListedStream& stream) {
   const bool isMain = stream.name == "main";
-  if (isMain && result.onvifPort != 0) return {kOnvifVendor, kGenericName, result.onvifPort, stream.channel, ""};
-  if (isMain && !result.modelVendor.empty()) {
+  if (isMain && stream.isShownByOnvif) return {kOnvifVendor, kGenericName, result.onvifPort, stream.channel, ""};
+  if (isMain && result.onvifPort == 0 && !result.modelVendor.empty()) {
     const int port = result.isPortOfModel ? WebPort(result, stream.port) : stream.port;
     return {result.modelVendor, result.modelName, port, stream.channel, ""};
   }

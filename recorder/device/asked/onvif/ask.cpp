@@ -20,15 +20,6 @@
 namespace recorder::onvif {
 namespace {
 
-/// The video sources of `profiles`, in the order in which they are named first.
-std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles) {
-  std::vector<std::string> sources;
-  for (const Profile& profile : profiles) {
-    if (std::find(sources.begin(), sources.end(), profile.source) == sources.end()) sources.push_back(profile.source);
-  }
-  return sources;
-}
-
 /// The questions to one camera, in steps: twelve requests at most, and one for each further codec, beside those that
 /// are sent again with a login. A step ends the questioning by another outcome than kOk.
 class Questioning {

@@ -151,6 +151,14 @@ std::vector<Profile> ReadProfiles(XmlElement answer, const Service& media) {
   return profiles;
 }
 
+std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles) {
+  std::vector<std::string> sources;
+  for (const Profile& profile : profiles) {
+    if (std::ranges::find(sources, profile.source) == sources.end()) sources.push_back(profile.source);
+  }
+  return sources;
+}
+
 VideoOptions ReadVideoOptions(XmlElement answer, const Service& media) {
   VideoOptions options;
   if (media.nameSpace == kMedia1Namespace) {

@@ -41,6 +41,9 @@ struct Profile {
 /// Of GetProfiles of the media service `media`.
 std::vector<Profile> ReadProfiles(XmlElement answer, const Service& media);
 
+/// The video sources of `profiles`, in the order in which they are named first: the channels, from 1.
+std::vector<std::string> SourcesOf(const std::vector<Profile>& profiles);
+
 /// What a video encoder can be set to, of all its codecs together.
 struct VideoOptions {
   struct Range {
