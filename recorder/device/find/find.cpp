@@ -20,7 +20,7 @@ namespace recorder {
 namespace find {
 namespace {
 
-constexpr int kMostPortRequests = 12;
+constexpr int kMostFurtherPortRequests = 6;  // beside one a port
 constexpr std::chrono::seconds kLongestPorts{3};
 constexpr std::chrono::seconds kWrongClock{120};
 
@@ -70,9 +70,12 @@ class Finder {
   }
 
   bool AskPorts() {
-    RequestBudget budget(kMostPortRequests);
+    RequestBudget budget(kMostFurtherPortRequests);
     answers_ = find::AskPorts(request_, budget, std::min<std::chrono::milliseconds>(kLongestPorts, TimeUntil(end_)));
-    for (int i = 0; i < budget.Taken(); ++i) budget_.Take();
+    if (budget.HasRefused()) Warn(FindWarning::kEnded);
+    int sent = budget.Taken();
+    for (const PortAnswer& answer : answers_) sent += answer.requests;
+    for (int i = 0; i < sent; ++i) budget_.Take();
     result_.outcome = std::ranges::max(answers_, {}, HowTelling).outcome;
     std::erase_if(answers_, [](const PortAnswer& answer) { return answer.outcome != Outcome::kOk; });
     for (const PortAnswer& answer : answers_) TakePort(answer);
@@ -82,6 +85,7 @@ class Finder {
   void TakePort(const PortAnswer& answer) {
     result_.ports.push_back(answer.port);
     if (!result_.clockOffset) result_.clockOffset = answer.clockOffset;
+    if (answer.asksDigest) scope_.RememberDigest(request_.host);
     TakeMaker(answer.port.server, answer.port.speaksRtsp ? "RTSP server" : "web server");
     TakeMaker(answer.port.realm, answer.port.speaksRtsp ? "RTSP server" : "web server");
   }
@@ -99,22 +103,49 @@ class Finder {
     return names;
   }
 
-  /// One login, over RTSP where that asks for one: whatever answers it but a refusal has taken it.
+  bool IsLoginTaken() const {
+    return result_.login == FindLogin::kAccepted || result_.login == FindLogin::kOnvifOthers;
+  }
+
+  /// After a login was sent, whatever is not clearly a yes counts as a no until one was taken.
+  bool IsRefusal(Outcome outcome) const {
+    if (!HasLogin() || (outcome == Outcome::kTimedOut && budget_.Left() == 0)) return false;
+    constexpr std::array kYes = {Outcome::kOk, Outcome::kNoSuchStream, Outcome::kNoVideo, Outcome::kEncryptedStream};
+    const bool isNo = outcome == Outcome::kLoginRefused || outcome == Outcome::kClockUnknown;
+    const bool isYes = std::ranges::find(kYes, outcome) != kYes.end();
+    return isNo || (scope_.HasSentLogin() && !scope_.IsLoginTaken() && !IsLoginTaken() && !isYes);
+  }
+
+  void TakeLogin() {
+    if (scope_.HasSentLogin() && result_.login == FindLogin::kNotTried) result_.login = FindLogin::kAccepted;
+  }
+
+  /// One login, over RTSP where that asks for one: 404 has taken it as well as 200.
   bool ProveLogin() {
     const auto asking = std::ranges::find(answers_, Outcome::kLoginRefused, &PortAnswer::rtsp);
     if (!HasLogin() || asking == answers_.end()) return true;
     hunt_ = std::make_unique<PathHunt>(CameraAt(asking->port));
+    provenAt_ = asking->port.number;
     const Outcome outcome = hunt_->Ask(kNoCamerasPath);
-    if (EndsConversation(outcome)) return EndWith(outcome);
-    result_.login = FindLogin::kAccepted;
+    if (IsRefusal(outcome) || EndsConversation(outcome)) return EndWith(outcome);
+    TakeLogin();
     asking->rtsp = outcome;
     return Tell(FindStep::kLogin);
   }
 
+  /// A login that was taken elsewhere is right there, unless it is refused where 404 seemed to take it.
   bool EndWith(Outcome outcome) {
+    const bool isRefusal = IsRefusal(outcome);
+    const bool isDoubted = hunt_ && hunt_->Camera().port == provenAt_;
+    if (isRefusal && IsLoginTaken() && !isDoubted) return false;
+    if (isRefusal) EndRefused();
     result_.outcome = outcome;
-    if (outcome == Outcome::kLoginRefused && HasLogin()) result_.login = FindLogin::kRefused;
     return false;
+  }
+
+  void EndRefused() {
+    result_.login = FindLogin::kRefused;
+    std::erase(result_.warnings, FindWarning::kOnvifOthers);
   }
 
   const PortAnswer* OnvifPort() const {
@@ -144,17 +175,26 @@ class Finder {
     OnvifFindings findings = OnvifSays(*there);
     TakeDevice(findings.device);
     if (findings.clockOffset) result_.clockOffset = findings.clockOffset;
+    findings.isOnvif = findings.isOnvif || there->port.speaksOnvif;
     const bool mayGoOn = TakeOnvifLogin(findings);
     if (findings.outcome == Outcome::kOk) TakeOnvif(std::move(findings), there->port.number);
     return mayGoOn && Tell(FindStep::kOnvif);
   }
 
   bool TakeOnvifLogin(const OnvifFindings& findings) {
-    const bool isRefused = findings.outcome == Outcome::kLoginRefused && HasLogin();
-    if (isRefused && result_.login == FindLogin::kNotTried) return EndWith(findings.outcome);
-    if (isRefused) result_.login = FindLogin::kOnvifOthers;
-    if (isRefused) Warn(FindWarning::kOnvifOthers);
     if (findings.isLoggedIn && result_.login == FindLogin::kNotTried) result_.login = FindLogin::kAccepted;
+    if (!findings.isLoginRefused || !HasLogin()) return true;
+    mayLogInOverHttp_ = false;  // web and ONVIF have the same users, as a rule
+    if (IsLoginTaken()) return TakeOnvifRefusal(findings.isOnvif);
+    EndRefused();
+    result_.outcome = findings.outcome;
+    return false;
+  }
+
+  bool TakeOnvifRefusal(bool isOnvif) {
+    if (!isOnvif) return true;  // a web server
+    result_.login = FindLogin::kOnvifOthers;
+    Warn(FindWarning::kOnvifOthers);
     return true;
   }
 
@@ -211,18 +251,18 @@ class Finder {
   }
 
   bool MayTryOn(Outcome outcome) {
-    if (budget_.Left() == 0) {
-      Warn(FindWarning::kEnded);
-      return false;
-    }
-    return !EndsConversation(outcome) || EndWith(outcome);
+    const bool isSpent = budget_.Left() == 0;
+    if (isSpent) Warn(FindWarning::kEnded);
+    if (IsRefusal(outcome) || (!isSpent && EndsConversation(outcome))) return EndWith(outcome);
+    TakeLogin();
+    return !isSpent;
   }
 
   bool TakeFound(const PathToTry& path, const FoundPort& port) {
     ListedStream stream = StreamAt(path, port);
     stream.codec = hunt_->Codec();
     stream.isAsked = true;
-    if (hunt_->IsLoginWanted()) result_.login = std::max(result_.login, FindLogin::kAccepted);
+    TakeLogin();
     TakeModel(path, stream);
     return false;
   }
@@ -260,6 +300,7 @@ class Finder {
   }
 
   bool TryPathsOverHttp(std::span<const PathToTry> paths) {
+    if (!mayLogInOverHttp_) return true;
     for (const PortAnswer& answer : answers_) {
       for (const PathToTry& path : paths) {
         if (!path.stream->isOverHttp || !answer.port.speaksHttp) continue;
@@ -276,6 +317,7 @@ class Finder {
     ListedStream stream = StreamAt(path, port);
     stream.codec = path.stream->codec;
     stream.isAsked = true;
+    TakeLogin();
     TakeModel(path, stream);
     return false;
   }
@@ -310,7 +352,9 @@ class Finder {
   std::vector<PortAnswer> answers_;   // of the ports at which something is spoken
   std::vector<std::string> vendors_;  // likely ones, the likeliest first
   std::unique_ptr<PathHunt> hunt_;    // of the last path; gone before other ports are asked: connections are few
-  std::optional<Outcome> seen_;       // why a stream that is there is of no use
+  int provenAt_ = 0;                  // the port whose RTSP took the login
+  bool mayLogInOverHttp_ = true;
+  std::optional<Outcome> seen_;  // why a stream that is there is of no use
   FindResult result_;
 };
 

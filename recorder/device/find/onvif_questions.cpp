@@ -12,6 +12,8 @@
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/find/path_pattern.h"
 #include "recorder/device/find/profile_streams.h"
+#include "recorder/net/http/http_session.h"
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder::find {
@@ -32,6 +34,8 @@ class Questioning {
     findings_.outcome = Take({&Questioning::AskClock, &Questioning::AskServices, &Questioning::AskProfiles,
                               &Questioning::AskDevice, &Questioning::AskAddresses, &Questioning::AskSnapshot});
     findings_.isLoggedIn = client_.IsLoggedIn();
+    findings_.isLoginRefused = IsLoginRefused();
+    findings_.isOnvif = client_.HasSpoken();
     findings_.clockOffset = client_.ClockOffset();
     return std::move(findings_);
   }
@@ -42,6 +46,12 @@ class Questioning {
       if (const Outcome outcome = (this->*step)(); outcome != Outcome::kOk) return outcome;
     }
     return Outcome::kOk;
+  }
+
+  bool IsLoginRefused() const {
+    const RequestScope& scope = RequestScope::Current();
+    const bool isOnTrial = scope.HasSentLogin() && !scope.IsLoginTaken() && !client_.IsLoggedIn();
+    return isOnTrial || findings_.outcome == Outcome::kLoginRefused || findings_.outcome == Outcome::kClockUnknown;
   }
 
   Outcome AskClock() {
@@ -64,13 +74,14 @@ class Questioning {
   Outcome AskDevice() {
     const onvif::Reply reply = client_.Call(onvif::kDevicePath, onvif::kDevice, "GetDeviceInformation");
     findings_.device = onvif::ReadDeviceFacts(reply.content);
-    return Outcome::kOk;
+    return reply.isLast ? reply.outcome : Outcome::kOk;
   }
 
   /// First what others can be worked out from, then the last one as a proof of that; all of them where that fails.
   Outcome AskAddresses() {
     for (const std::size_t i : FirstAsked()) {
-      if (const Outcome outcome = AskAddress(i); outcome != Outcome::kOk && i == 0) return outcome;
+      const Outcome outcome = AskAddress(i);
+      if (EndsConversation(outcome) && known_.empty()) return outcome;
     }
     for (std::size_t i = 0; i < streams_.size(); ++i) {
       if (!WorkOut(streams_[i])) AskAddress(i);
@@ -120,8 +131,8 @@ class Questioning {
     if (one.stream.port != 0) return true;
     const auto path = PathByPattern(known_, one.spot);
     if (!path) return false;
-    const ListedStream& first = streams_.front().stream;
-    Place(*path, first.port, first.isTls, one.stream);
+    const auto first = std::ranges::find_if(streams_, [](const ProfileStream& s) { return s.stream.port != 0; });
+    Place(*path, first->stream.port, first->stream.isTls, one.stream);
     return true;
   }
 

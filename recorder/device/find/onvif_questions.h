@@ -16,6 +16,8 @@ namespace recorder::find {
 struct OnvifFindings {
   Outcome outcome = Outcome::kNoService;  ///< kOk: it named streams
   bool isLoggedIn = false;                ///< it took the login
+  bool isLoginRefused = false;            ///< it did not, or did not clearly say so; nobody asks again in this scope
+  bool isOnvif = false;                   ///< something that speaks SOAP answered
   bool isWhole = true;                    ///< false: streams were left out, since nothing more may be asked
   onvif::DeviceFacts device;
   std::vector<ListedStream> streams;

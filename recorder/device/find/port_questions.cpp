@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <exception>
 #include <set>
 #include <system_error>
 #include <thread>
@@ -14,6 +15,7 @@
 #include "recorder/net/rtsp/rtsp_client.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/limits.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
 namespace recorder::find {
@@ -70,40 +72,50 @@ bool IsSilent(Outcome outcome) {
   return outcome == Outcome::kUnreachable || outcome == Outcome::kBlocked || outcome == Outcome::kCertificateChanged;
 }
 
-/// A scope of one question: that a server wants a login is no answer to the next.
+/// A scope of one question: that a server wants a login is no answer to the next. What it asks for is kept.
 class QuestionScope {
  public:
-  QuestionScope(RequestBudget& budget, Clock::time_point end)
-      : scope_(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now())) {
+  QuestionScope(RequestBudget& budget, Clock::time_point end, const std::string& host, PortAnswer& answer)
+      : scope_(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now())), host_(host), answer_(answer) {
     scope_.CountIn(budget);
   }
+  ~QuestionScope() { answer_.asksDigest = answer_.asksDigest || scope_.KnowsDigest(host_); }
+  QuestionScope(const QuestionScope&) = delete;
+  QuestionScope& operator=(const QuestionScope&) = delete;
 
  private:
   RequestScope scope_;
+  const std::string& host_;
+  PortAnswer& answer_;
 };
 
 /// Asks at one port. Belongs to the thread that asks.
 class PortQuestions {
  public:
   PortQuestions(const std::string& host, int port, RequestBudget& budget, Clock::time_point end)
-      : camera_{host, port, "", "", port == kHttpsPort}, budget_(budget), end_(end) {
+      : camera_{host, port, "", "", port == kHttpsPort}, budget_(1, &budget), end_(end) {
     answer_.port.number = port;
     answer_.port.isTls = camera_.isTls;
   }
 
   PortAnswer Ask() {
-    const Habit habit = HabitOf(camera_.port);
-    const bool isRtspFirst = habit != Habit::kHttp;
-    isRtspFirst ? AskRtsp() : AskHttp();
-    const bool isFound = answer_.outcome == Outcome::kOk && habit != Habit::kBoth;
-    if (isFound || IsSilent(answer_.outcome) || camera_.isTls) return std::move(answer_);
-    isRtspFirst ? AskHttp() : AskRtsp();
+    AskAll();
+    answer_.requests = budget_.Taken();
     return std::move(answer_);
   }
 
  private:
+  void AskAll() {
+    const Habit habit = HabitOf(camera_.port);
+    const bool isRtspFirst = habit != Habit::kHttp;
+    isRtspFirst ? AskRtsp() : AskHttp();
+    const bool isFound = answer_.outcome == Outcome::kOk && habit != Habit::kBoth;
+    if (isFound || IsSilent(answer_.outcome) || camera_.isTls) return;
+    isRtspFirst ? AskHttp() : AskRtsp();
+  }
+
   void AskRtsp() {
-    const QuestionScope scope(budget_, end_);
+    const QuestionScope scope(budget_, end_, camera_.host, answer_);
     RtspClient client(camera_, kNoCamerasPath, RequestScope::Current().Deadline());
     client.AnswerBy(HalfTime::End());
     answer_.rtsp = client.Describe();
@@ -121,7 +133,7 @@ class PortQuestions {
   }
 
   void AskClock() {
-    const QuestionScope scope(budget_, end_);
+    const QuestionScope scope(budget_, end_, camera_.host, answer_);
     onvif::SoapClient client(camera_);
     const onvif::Reply reply = client.AskClock();
     answer_.onvif = reply.outcome;
@@ -132,7 +144,7 @@ class PortQuestions {
   }
 
   void AskPage() {
-    const QuestionScope scope(budget_, end_);
+    const QuestionScope scope(budget_, end_, camera_.host, answer_);
     HttpSession session(camera_);
     const HttpAnswer answer = session.Get("/");
     TakeName(session.Server(), answer_.port);
@@ -152,10 +164,22 @@ class PortQuestions {
   }
 
   const CameraAddress camera_;
-  RequestBudget& budget_;
+  RequestBudget budget_;  // one is its own
   const Clock::time_point end_;
   PortAnswer answer_;
 };
+
+/// A port whose answer cannot be held answers nothing.
+PortAnswer AnswerOf(const std::string& host, int port, RequestBudget& budget, Clock::time_point end) {
+  try {
+    return PortQuestions(host, port, budget, end).Ask();
+  } catch (const std::exception& failure) {
+    LogFailure("Port " + std::to_string(port) + " of a camera was not asked: " + failure.what());
+    PortAnswer answer;
+    answer.outcome = Outcome::kNotUnderstood;
+    return answer;
+  }
+}
 
 }  // namespace
 
@@ -165,7 +189,7 @@ std::vector<PortAnswer> AskPorts(const FindRequest& request, RequestBudget& budg
   std::vector<PortAnswer> answers(ports.size());
   std::vector<std::jthread> threads;
   for (std::size_t i = 0; i < ports.size(); ++i) {
-    const auto ask = [&, i] { answers[i] = PortQuestions(request.host, ports[i], budget, end).Ask(); };
+    const auto ask = [&, i] { answers[i] = AnswerOf(request.host, ports[i], budget, end); };
     try {
       threads.emplace_back(ask);
     } catch (const std::system_error&) {

@@ -21,11 +21,13 @@ struct PortAnswer {
   Outcome rtsp = Outcome::kNotThisProtocol;         ///< of a DESCRIBE of kNoCamerasPath
   Outcome onvif = Outcome::kNotThisProtocol;        ///< of the question for the camera's clock
   std::optional<std::chrono::seconds> clockOffset;  ///< the camera's clock less ours
+  bool asksDigest = false;                          ///< one of its servers asked for a login by Digest
+  int requests = 0;                                 ///< that went there, beside those of the budget
 };
 
 /// Asks at all ports of `request` side by side, each in a thread with a RequestScope of its own, and waits for all.
-/// Nothing goes out but what `budget` has, nothing lasts longer than `limit`, and no login is sent. One answer a port,
-/// ascending.
+/// Nothing goes out but one request a port and what `budget` has for more, nothing lasts longer than `limit`, and no
+/// login is sent. One answer a port, ascending.
 std::vector<PortAnswer> AskPorts(const FindRequest& request, RequestBudget& budget, std::chrono::milliseconds limit);
 
 }  // namespace recorder::find
