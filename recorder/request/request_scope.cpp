@@ -47,6 +47,11 @@ RequestScope::RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes)
   SetReportsOfRequest(reports_);
 }
 
+RequestScope::RequestScope(std::chrono::milliseconds limit, OfPart /*kind*/)
+    : limit_(limit), bytesLeft_(kCameraBytes), reports_(ReportsOfRequest()), previous_(currentScope) {
+  currentScope = this;
+}
+
 RequestScope::RequestScope(std::chrono::milliseconds limit, OfThread /*kind*/)
     : limit_(limit), bytesLeft_(kCameraBytes), reports_(ReportsOfRequest()), isOfThread_(true), previous_(nullptr) {
   currentScope = this;

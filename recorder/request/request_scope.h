@@ -59,6 +59,9 @@ class RequestScope {
   /// Opens a request's scope for the calling thread with `limit` for its camera work, in which cameras may send
   /// `bytes`; the destructor restores the one before.
   explicit RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes = kCameraBytes);
+  /// Opens the scope of a part of a request's work, in whatever thread: other threads go on reporting to the request.
+  struct OfPart {};
+  RequestScope(std::chrono::milliseconds limit, OfPart);
   ~RequestScope();
   RequestScope(const RequestScope&) = delete;
   RequestScope& operator=(const RequestScope&) = delete;
