@@ -118,8 +118,10 @@ inline constexpr std::size_t kMostPsiaEntries = 256;
 
 /// Bytes of a datagram: UDP has no more.
 inline constexpr std::size_t kLargestDatagram = 64 * kKiB;
-/// Cameras that one search of the network finds, addresses of one of them, and bytes of a name in what they say.
+/// Cameras that one search of the network finds, those of them behind one address, addresses of one of them, and bytes
+/// of a name in what they say.
 inline constexpr std::size_t kMostFoundCameras = 1000;
+inline constexpr std::size_t kMostFoundAtAddress = 16;
 inline constexpr std::size_t kMostFoundAddresses = 16;
 inline constexpr std::size_t kLongestFoundName = 128;
 

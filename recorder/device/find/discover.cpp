@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <utility>
 
 #include "recorder/device/find/knock_range.h"
 #include "recorder/device/find/network_search.h"
 #include "recorder/device/find/own_networks.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 namespace {
@@ -48,8 +50,12 @@ class Discovery {
  private:
   void Learn(const FoundDevice& device, const StoredMatch& match) {
     if (device.endpoint.empty() && device.serial.empty()) return;
-    for (const CameraRecord& camera : match.cameras) {
-      records_->LearnIdentity(camera.id, {device.endpoint, device.serial});
+    try {
+      for (const CameraRecord& camera : match.cameras) {
+        records_->LearnIdentity(camera.id, {device.endpoint, device.serial});
+      }
+    } catch (const std::exception& failure) {  // the search is still of use
+      LogFailure(std::string("How a camera is known again could not be stored: ") + failure.what());
     }
   }
 

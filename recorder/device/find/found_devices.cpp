@@ -1,8 +1,11 @@
 #include "recorder/device/find/found_devices.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 #include "recorder/utility/limits.h"
+#include "recorder/utility/log.h"
 
 namespace recorder::find {
 namespace {
@@ -40,10 +43,23 @@ void Add(const HeardDevice& heard, FoundDevice& device) {
 
 }  // namespace
 
+/// Who sends tells of as many as it likes: one sender must not fill the list.
+bool FoundDevices::MayAdd(const std::string& address) {
+  const auto isThere = [&](const FoundDevice& device) {
+    return std::ranges::find(device.addresses, address) != device.addresses.end();
+  };
+  const auto ofSender = static_cast<std::size_t>(std::ranges::count_if(devices_, isThere));
+  const bool mayAdd = devices_.size() < kMostFoundCameras && ofSender < kMostFoundAtAddress;
+  if (!mayAdd && !std::exchange(hasLeftOut_, true)) {
+    LogFailure("More devices were heard of than are listed, the first one left out at " + address + ".");
+  }
+  return mayAdd;
+}
+
 const FoundDevice* FoundDevices::Take(const HeardDevice& heard) {
   auto device = std::ranges::find_if(devices_, [&](const FoundDevice& one) { return IsAbout(heard, one); });
   if (device == devices_.end()) {
-    if (devices_.size() >= kMostFoundCameras) return nullptr;
+    if (!MayAdd(heard.address)) return nullptr;
     devices_.push_back({.number = static_cast<int>(devices_.size()) + 1});
     device = devices_.end() - 1;
   }

@@ -28,11 +28,14 @@ struct FoundDevice {
 /// against it. One thread.
 class FoundDevices {
  public:
-  /// The device that `heard` is about; null when nothing new was heard of it, or there are kMostFoundCameras already.
-  /// Good until the next call.
+  /// The device that `heard` is about; null when nothing new was heard of it, or there are kMostFoundCameras already,
+  /// or kMostFoundAtAddress behind its address; that is logged once. Good until the next call.
   const FoundDevice* Take(const HeardDevice& heard);
 
  private:
+  bool MayAdd(const std::string& address);
+
+  bool hasLeftOut_ = false;
   std::vector<FoundDevice> devices_;
 };
 

@@ -18,6 +18,7 @@
 #include "recorder/net/wait.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/limits.h"
+#include "recorder/utility/log.h"
 
 namespace recorder::find {
 namespace {
@@ -32,6 +33,7 @@ sockaddr_in GroupAt(const char* address, std::uint16_t port) {
   return group;
 }
 
+/// None, and logged, where that fails.
 FileDescriptor OpenSocket(const OwnNetwork& network) {
   FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   sockaddr_in local{};
@@ -42,8 +44,9 @@ FileDescriptor OpenSocket(const OwnNetwork& network) {
   from.imr_ifindex = network.interfaceIndex;
   const bool isOpen = socket && setsockopt(socket.Get(), IPPROTO_IP, IP_MULTICAST_IF, &from, sizeof from) == 0 &&
                       bind(socket.Get(), reinterpret_cast<const sockaddr*>(&local), sizeof local) == 0;
-  if (!isOpen) throw std::system_error(errno, std::generic_category(), "socket for a search");
-  return socket;
+  if (isOpen) return socket;
+  LogFailure("Network " + NameOf(network) + " is not searched: " + std::generic_category().message(errno));
+  return FileDescriptor();
 }
 
 HeardDevice HeardFrom(onvif::FoundCamera camera) {
@@ -64,7 +67,9 @@ NetworkSearch::NetworkSearch(const std::vector<OwnNetwork>& networks)
   for (const std::string_view service : MdnsServices()) {
     questions_.push_back({GroupAt(kMdnsGroup, kMdnsPort), MdnsQuestion(mdnsId_, service)});
   }
-  for (const OwnNetwork& network : networks) sockets_.push_back(OpenSocket(network));
+  for (const OwnNetwork& network : networks) {
+    if (FileDescriptor socket = OpenSocket(network)) sockets_.push_back(std::move(socket));
+  }
 }
 
 void NetworkSearch::Run(std::chrono::milliseconds duration, const OnHeard& onHeard) {
@@ -76,7 +81,7 @@ void NetworkSearch::Run(std::chrono::milliseconds duration, const OnHeard& onHea
 }
 
 void NetworkSearch::Send() const {
-  int error = 0;
+  int error = EADDRNOTAVAIL;  // of no socket at all
   bool isSent = false;
   for (const FileDescriptor& socket : sockets_) {
     for (const auto& [group, datagram] : questions_) {
