@@ -35,6 +35,16 @@ const ListedStream& MainStream(const FindResult& result, const std::string& chan
   return *found;
 }
 
+/// Nobody has confirmed a stream that was worked out, and ONVIF, which names a stream anew, has not named it.
+void RequireConfirmed(const FindResult& result, const ListedStream& stream, const std::string& host) {
+  const bool isConfirmed = std::ranges::any_of(
+      result.streams, [&](const ListedStream& other) { return other.channel == stream.channel && other.isAsked; });
+  if (isConfirmed || result.onvifPort != 0) return;
+  std::cout << TextOf(host, result);
+  throw std::runtime_error("the camera confirmed no stream of channel " + stream.channel +
+                           ": name it by --vendor and --source-path, or store the first one by --force");
+}
+
 /// What is stored for the stream that is found.
 std::string Find(AddOptions& options, const std::string& password) {
   CameraRecord& camera = options.camera;
@@ -43,6 +53,7 @@ std::string Find(AddOptions& options, const std::string& password) {
   const FindResult result = FindInSight({camera.host, camera.user, password, ports});
   PrintWarnings(result);
   const ListedStream& stream = MainStream(result, camera.channel);
+  if (!options.isForced) RequireConfirmed(result, stream, camera.host);
   const StoredAs stored = StoreAs(camera.host, result, stream);
   camera.vendor = stored.vendor;
   camera.model = stored.model;

@@ -28,18 +28,11 @@ std::chrono::milliseconds TimeUntil(Clock::time_point end) {
   return std::max(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), std::chrono::milliseconds(0));
 }
 
-/// How much a port's answer tells of the host: a refused connection more than one that is waited for in vain.
-int HowTelling(const PortAnswer& answer) {
-  constexpr std::array kBySilence = {Outcome::kBlocked, Outcome::kTimedOut, Outcome::kUnreachable,
-                                     Outcome::kNotThisProtocol, Outcome::kNotUnderstood};
-  return static_cast<int>(std::ranges::find(kBySilence, answer.outcome) - kBySilence.begin());
-}
-
 /// Finds the streams of one camera, in steps. A step that returns false ends it.
 class Finder {
  public:
   Finder(const FindRequest& request, const OnFindStep& onStep)
-      : request_(request), onStep_(onStep), end_(begin_ + kLongestFind), scope_(kLongestFind) {
+      : request_(request), onStep_(onStep), end_(begin_ + kLongestFind), scope_(kLongestFind, RequestScope::OfPart{}) {
     scope_.CountIn(budget_);
     end_ = std::min(end_, scope_.Deadline());
   }
@@ -76,7 +69,7 @@ class Finder {
     int sent = budget.Taken();
     for (const PortAnswer& answer : answers_) sent += answer.requests;
     for (int i = 0; i < sent; ++i) budget_.Take();
-    result_.outcome = std::ranges::max(answers_, {}, HowTelling).outcome;
+    result_.outcome = MostTelling(answers_);
     std::erase_if(answers_, [](const PortAnswer& answer) { return answer.outcome != Outcome::kOk; });
     for (const PortAnswer& answer : answers_) TakePort(answer);
     return Tell(FindStep::kPorts) && !answers_.empty();
@@ -94,6 +87,7 @@ class Finder {
     const MakerGuess guess = MakerIn(said, Vendors());
     if (guess.vendor.empty()) return;
     vendors_.push_back(guess.vendor);
+    if (guess.isNamed) namedVendors_.push_back(guess.vendor);
     if (guess.isNamed && result_.maker.value.empty()) result_.maker = {guess.vendor, from};
   }
 
@@ -160,7 +154,7 @@ class Finder {
 
   /// What ONVIF refuses is remembered by a scope of its own: RTSP may have other users.
   OnvifFindings OnvifSays(const PortAnswer& there) {
-    RequestScope scope(TimeUntil(end_));
+    RequestScope scope(TimeUntil(end_), RequestScope::OfPart{});
     scope.CountIn(budget_);
     if (scope_.KnowsDigest(request_.host)) scope.RememberDigest(request_.host);
     OnvifFindings findings = find::AskOnvif(CameraAt(there.port), there.clockOffset, budget_);
@@ -204,7 +198,9 @@ class Finder {
     if (!device.firmware.empty()) result_.firmware = {device.firmware, kOnvifSays};
     if (!device.serial.empty()) result_.serial = {device.serial, kOnvifSays};
     const MakerGuess guess = MakerIn(device.maker, Vendors());
-    if (!guess.vendor.empty()) vendors_.insert(vendors_.begin(), guess.vendor);
+    if (guess.vendor.empty()) return;
+    vendors_.insert(vendors_.begin(), guess.vendor);
+    if (guess.isNamed) namedVendors_.push_back(guess.vendor);
   }
 
   void TakeOnvif(OnvifFindings findings, int port) {
@@ -274,18 +270,7 @@ class Finder {
     return false;
   }
 
-  static ListedStream StreamAt(const PathToTry& path, const FoundPort& port) {
-    ListedStream stream;
-    stream.isOverHttp = path.stream->isOverHttp;
-    stream.port = port.number;
-    stream.isTls = port.isTls;
-    stream.name = kMainStream;
-    stream.path = path.path;
-    stream.channel = path.model->channels.preset;
-    stream.from = SourceOf(*path.model);
-    return stream;
-  }
-
+  /// A path is no proof of its maker, since others have the same: a model's other addresses get the password, too.
   void TakeModel(const PathToTry& path, const ListedStream& stream) {
     result_.streams = StreamsOfModel(path, stream);
     result_.modelVendor = path.model->vendor;
@@ -293,8 +278,9 @@ class Finder {
     const auto& port = path.stream->from.port;
     result_.isPortOfModel = port == stream.port;
     const bool isElsewhere = port && !result_.isPortOfModel;  // it would be looked for there
+    const bool isNamed = std::ranges::find(namedVendors_, path.model->vendor) != namedVendors_.end();
     const bool isUsual = path.stream == &path.model->streams.front();
-    if (isElsewhere || !isUsual || !(IsLikely(path) || path.isTelling)) result_.modelVendor.clear();
+    if (isElsewhere || !isUsual || !isNamed) result_.modelVendor.clear();
     const auto web = std::ranges::find_if(result_.ports, &FoundPort::speaksHttp);
     if (web != result_.ports.end()) result_.snapshot = SnapshotOfModel(*path.model, web->number);
   }
@@ -351,8 +337,9 @@ class Finder {
   const std::shared_ptr<const ModelCatalog> catalog_ = Models();
   std::vector<PortAnswer> answers_;   // of the ports at which something is spoken
   std::vector<std::string> vendors_;  // likely ones, the likeliest first
-  std::unique_ptr<PathHunt> hunt_;    // of the last path; gone before other ports are asked: connections are few
-  int provenAt_ = 0;                  // the port whose RTSP took the login
+  std::vector<std::string> namedVendors_;
+  std::unique_ptr<PathHunt> hunt_;  // of the last path; gone before other ports are asked: connections are few
+  int provenAt_ = 0;                // the port whose RTSP took the login
   bool mayLogInOverHttp_ = true;
   std::optional<Outcome> seen_;  // why a stream that is there is of no use
   FindResult result_;

@@ -101,7 +101,8 @@ struct FindResult {
   std::vector<ListedStream> streams;  ///< by channel, main before sub
   std::optional<ListedSnapshot> snapshot;
   std::optional<std::chrono::seconds> clockOffset;  ///< the camera's clock less ours; nothing: it does not tell
-  std::string modelVendor;  ///< of the model file by whose paths the streams were found; "": by none
+  std::string
+      modelVendor;  ///< of the model file by whose paths the streams were found; "": by none whose maker is named
   std::string modelName;
   bool isPortOfModel = false;  ///< that model names the stream's port by itself
   int onvifPort = 0;           ///< where ONVIF named the streams; 0: nowhere

@@ -23,7 +23,7 @@ using VendorsByPath = std::map<std::string, std::set<std::string_view>>;
 void AddPaths(const Model& model, std::vector<PathToTry>& paths, VendorsByPath& vendors) {
   for (const ModelStream& stream : model.streams) {
     if (stream.name != kMainStream) continue;
-    paths.push_back({&model, &stream, StreamPath(stream, model.channels.preset), false});
+    paths.push_back({&model, &stream, StreamPath(stream, model.channels.preset)});
     vendors[paths.back().path].insert(model.vendor);
   }
 }
@@ -50,7 +50,6 @@ std::vector<PathToTry> PathsToTry(const ModelCatalog& catalog, const std::vector
   for (const VendorModels& vendor : catalog.vendors) {
     for (const Model& model : vendor.models) AddPaths(model, paths, users);
   }
-  for (PathToTry& one : paths) one.isTelling = users[one.path].size() == 1 && one.path != "/";
   std::ranges::stable_sort(paths, {}, [&](const PathToTry& one) -> Rank {
     const auto place = static_cast<std::size_t>(std::ranges::find(vendors, one.model->vendor) - vendors.begin());
     return {place, -std::ssize(users[one.path]), one.stream != &one.model->streams.front()};
@@ -58,6 +57,18 @@ std::vector<PathToTry> PathsToTry(const ModelCatalog& catalog, const std::vector
   std::set<std::string> seen;
   std::erase_if(paths, [&](const PathToTry& one) { return !seen.insert(one.path).second; });
   return paths;
+}
+
+ListedStream StreamAt(const PathToTry& path, const FoundPort& port) {
+  ListedStream stream;
+  stream.isOverHttp = path.stream->isOverHttp;
+  stream.port = port.number;
+  stream.isTls = port.isTls;
+  stream.name = kMainStream;
+  stream.path = path.path;
+  stream.channel = path.model->channels.preset;
+  stream.from = SourceOf(*path.model);
+  return stream;
 }
 
 std::vector<ListedStream> StreamsOfModel(const PathToTry& tried, const ListedStream& found) {

@@ -14,12 +14,14 @@ struct PathToTry {
   const Model* model = nullptr;         ///< lives as long as the catalog
   const ModelStream* stream = nullptr;  ///< of the model
   std::string path;                     ///< of its first channel
-  bool isTelling = false;               ///< it names its maker: no other vendor has it
 };
 
 /// The main streams of all models of `catalog`, each path once: first those of `vendors`, in their order, then those
 /// that most vendors have. Pure.
 std::vector<PathToTry> PathsToTry(const ModelCatalog& catalog, const std::vector<std::string>& vendors);
+
+/// The main stream that answers at `port` by this path, but for its codec.
+ListedStream StreamAt(const PathToTry& path, const FoundPort& port);
 
 /// All streams that the model of `tried` has, by channel, where a camera has that one as `found`.
 std::vector<ListedStream> StreamsOfModel(const PathToTry& tried, const ListedStream& found);

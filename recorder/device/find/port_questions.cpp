@@ -76,7 +76,9 @@ bool IsSilent(Outcome outcome) {
 class QuestionScope {
  public:
   QuestionScope(RequestBudget& budget, Clock::time_point end, const std::string& host, PortAnswer& answer)
-      : scope_(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now())), host_(host), answer_(answer) {
+      : scope_(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), RequestScope::OfPart{}),
+        host_(host),
+        answer_(answer) {
     scope_.CountIn(budget);
   }
   ~QuestionScope() { answer_.asksDigest = answer_.asksDigest || scope_.KnowsDigest(host_); }
@@ -198,6 +200,15 @@ std::vector<PortAnswer> AskPorts(const FindRequest& request, RequestBudget& budg
   }
   threads.clear();  // waits for them
   return answers;
+}
+
+Outcome MostTelling(const std::vector<PortAnswer>& answers) {
+  constexpr std::array kBySilence = {Outcome::kBlocked, Outcome::kTimedOut, Outcome::kUnreachable,
+                                     Outcome::kNotThisProtocol, Outcome::kNotUnderstood};
+  const auto howTelling = [&](const PortAnswer& answer) {
+    return std::ranges::find(kBySilence, answer.outcome) - kBySilence.begin();
+  };
+  return std::ranges::max(answers, {}, howTelling).outcome;
 }
 
 }  // namespace recorder::find

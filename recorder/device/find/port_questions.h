@@ -30,4 +30,8 @@ struct PortAnswer {
 /// login is sent. One answer a port, ascending.
 std::vector<PortAnswer> AskPorts(const FindRequest& request, RequestBudget& budget, std::chrono::milliseconds limit);
 
+/// The outcome of `answers`, at least one, that tells most of the host: a refused connection more than one that is
+/// waited for in vain. Pure.
+Outcome MostTelling(const std::vector<PortAnswer>& answers);
+
 }  // namespace recorder::find
