@@ -179,14 +179,12 @@ class Finder {
     if (findings.isLoggedIn && result_.login == FindLogin::kNotTried) result_.login = FindLogin::kAccepted;
     if (!findings.isLoginRefused || !HasLogin()) return true;
     mayLogInOverHttp_ = false;  // web and ONVIF have the same users, as a rule
-    if (IsLoginTaken()) return TakeOnvifRefusal(findings.isOnvif);
-    EndRefused();
-    result_.outcome = findings.outcome;
-    return false;
-  }
-
-  bool TakeOnvifRefusal(bool isOnvif) {
-    if (!isOnvif) return true;  // a web server
+    if (!IsLoginTaken()) {
+      EndRefused();
+      result_.outcome = findings.outcome;
+      return false;
+    }
+    if (!findings.isOnvif) return true;  // a web server
     result_.login = FindLogin::kOnvifOthers;
     Warn(FindWarning::kOnvifOthers);
     return true;
@@ -210,15 +208,13 @@ class Finder {
     if (!findings.isWhole) Warn(FindWarning::kEnded);
   }
 
-  bool IsLikely(const PathToTry& path) const {
-    return std::ranges::find(vendors_, path.model->vendor) != vendors_.end();
-  }
-
   /// Only where ONVIF is silent. First those of the likely makers, over HTTP as well.
   bool TryPaths() {
     if (!result_.streams.empty()) return true;
     const std::vector<PathToTry> paths = PathsToTry(*catalog_, vendors_);
-    const auto others = std::ranges::find_if_not(paths, [this](const PathToTry& path) { return IsLikely(path); });
+    const auto others = std::ranges::find_if(paths, [this](const PathToTry& path) {
+      return std::ranges::find(vendors_, path.model->vendor) == vendors_.end();
+    });
     if (TryPathsOf({paths.begin(), others})) TryPathsOf({others, paths.end()});
     return Tell(FindStep::kPaths);
   }

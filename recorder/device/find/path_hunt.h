@@ -22,9 +22,6 @@ class PathHunt {
   /// The recorder's name for the codec of the stream that was found last.
   std::string Codec() const;
 
-  /// True once the camera asked for a login, which then was sent.
-  bool IsLoginWanted() const { return client_ && client_->IsLoginWanted(); }
-
   const CameraAddress& Camera() const { return camera_; }
 
  private:

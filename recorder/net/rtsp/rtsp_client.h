@@ -53,8 +53,6 @@ class RtspClient : private RtspLogins {
 
   /// What the camera's software says of itself.
   const ServerName& Server() const { return session_.Server(); }
-  /// True once it asked for a login.
-  bool IsLoginWanted() const { return session_.IsLoginWanted(); }
   /// False once it was seen that the camera has closed the connection.
   bool IsOpen() const { return session_.IsOpen(); }
 

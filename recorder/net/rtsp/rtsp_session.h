@@ -63,8 +63,6 @@ class RtspSession {
   void DescribeOther(std::string_view path);
   /// What the camera's software says of itself.
   const ServerName& Server() const { return server_; }
-  /// True once it asked for a login.
-  bool IsLoginWanted() const { return login_.IsWanted(); }
   /// False once it was seen that the camera has closed the connection.
   bool IsOpen() const { return isOpen_; }
   /// What Describe found.
