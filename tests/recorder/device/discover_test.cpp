@@ -52,6 +52,12 @@ TEST(FoundDevicesTest, ADeviceIsOneEntryHoweverItIsHeard) {
   EXPECT_EQ(number(Heard(HeardBy::kOnvif, "192.0.2.7", "b")), 2) << "another one behind the same address";
 }
 
+TEST(FoundDevicesTest, OneSenderDoesNotFillTheList) {
+  FoundDevices devices;
+  for (int i = 0; i < 20; ++i) devices.Take(Heard(HeardBy::kOnvif, "192.0.2.7", std::to_string(i)));
+  EXPECT_EQ(devices.Take(Heard(HeardBy::kOnvif, "192.0.2.8", "a"))->number, 17);
+}
+
 struct StoredCase {
   const char* name;
   const char* vendor;

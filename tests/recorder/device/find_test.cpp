@@ -2,6 +2,8 @@
 
 #include "recorder/device/find/maker.h"
 #include "recorder/device/find/path_pattern.h"
+#include "recorder/device/find/profile_streams.h"
+#include "recorder/device/find/stored_as.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder::find {
@@ -35,6 +37,27 @@ TEST_P(PathPatternTest, WorksOutPaths) {
   EXPECT_EQ(PathByPattern(GetParam().known, GetParam().wanted).value_or(""), GetParam().path);
 }
 INSTANTIATE_TEST_SUITE_P(Row, PathPatternTest, testing::ValuesIn(kPatterns), kByName);
+
+TEST(ProfilesTest, AreStoredAsTheStreamThatIsShown) {
+  const auto profile = [](const char* token, const char* source, int width) {
+    onvif::Profile one;
+    one.token = token;
+    one.source = source;
+    if (width > 0) one.encoder.emplace().token = token;
+    if (width > 0) one.encoder->resolution = onvif::Size{width, 240};
+    return one;
+  };
+  FindResult found;
+  found.onvifPort = 80;
+  for (ProfileStream& one : StreamsOf({profile("a", "none", 0), profile("b", "two", 320), profile("c", "two", 640),
+                                       profile("d", "three", 640), profile("e", "three", 320)})) {
+    found.streams.push_back(one.stream);
+  }
+  ASSERT_EQ(found.streams.size(), 4U);
+  EXPECT_EQ(found.streams[0].channel, "2") << "as a camera of ONVIF is asked, which counts the first source";
+  EXPECT_EQ(StoreAs("192.0.2.7", found, found.streams[0]).vendor, "User") << "ONVIF would show the smaller one";
+  EXPECT_EQ(StoreAs("192.0.2.7", found, found.streams[2]).vendor, "ONVIF");
+}
 
 TEST(MakerTest, IsNamedByWholeWordsOnly) {
   const std::vector<std::string> vendors = {"Axis", "Dahua", "LG", "TP-Link", "TP-Link-Tapo"};

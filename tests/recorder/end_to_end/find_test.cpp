@@ -233,18 +233,25 @@ TEST_F(FindTest, AnswersOverTheApiAsTheCommandDoes) {
 }
 
 TEST_F(FindTest, StoresTheMainStream) {
-  const std::map<std::string, const char*> stored = {
-      {"Onvif", "ONVIF Generic"}, {"PathOfAModelFile", "Simcam RTSP-H264"}, {"WithoutALogin", "Simcam RTSP-H264"}};
+  const std::map<std::string, const char*> stored = {{"ChannelsByTheirPattern", ": ONVIF Generic at"},
+                                                     {"Onvif", ": User at"},
+                                                     {"PathOfAModelFile", ": User at"},
+                                                     {"WithoutALogin", ": User at"}};
+  const auto add = [this](const std::string& camera) {
+    const std::string port = std::to_string(cameras_.Port(camera));
+    return recorder_.Control({"camera", "add", "--find", "127.0.0.1", "--port", port, "--user", "admin"},
+                             std::string(kSecret) + "\n");
+  };
+  EXPECT_EQ(add("YesToEveryPath").status, 1) << "the camera confirmed none";
   int id = 0;
   for (const auto& [camera, model] : stored) {
     SCOPED_TRACE(camera);
-    const std::string port = std::to_string(cameras_.Port(camera));
-    const Finished added = recorder_.Control(
-        {"camera", "add", "--find", "127.0.0.1", "--port", port, "--user", "admin"}, std::string(kSecret) + "\n");
+    const Finished added = add(camera);
     ASSERT_EQ(added.status, 0) << added.output;
     EXPECT_THAT(added.output, HasSubstr(model));
     EXPECT_EQ(recorder_.Control({"test", std::to_string(++id)}).status, 0) << "what was found can be used";
   }
+  EXPECT_THAT(ToText(cameras_.Log("Onvif")), HasSubstr(R"("path" : "/y")")) << "as it was listed";
 }
 
 struct MakerCase {

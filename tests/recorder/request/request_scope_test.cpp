@@ -36,6 +36,13 @@ TEST(RequestScopeTest, ATokenIsWorthNothingElsewhere) {
   EXPECT_TRUE(isRefused("cam.example", 80, "admin")) << "it was asked for another camera since";
 }
 
+TEST(RequestScopeTest, APartLeavesTheReportsToItsRequest) {
+  const RequestScope scope{milliseconds(1000)};
+  { const RequestScope part(milliseconds(1000), RequestScope::OfPart{}); }
+  std::thread([] { RequestScope::Current().SetCause(Outcome::kBusy); }).join();
+  EXPECT_EQ(scope.Reports().size(), 1U);
+}
+
 TEST(RequestScopeTest, GivesAFailureAgainOnlyWhereItHappened) {
   RequestScope scope{milliseconds(10'000)};
   scope.Remember("cam1", "admin", Outcome::kLoginRefused);
