@@ -6,8 +6,10 @@
 #include <iterator>
 #include <list>
 
+#include "recorder/device/asked/onvif/ask.h"
 #include "recorder/device/find/find.h"
 #include "recorder/device/model/model_files.h"
+#include "recorder/request/request_scope.h"
 #include "rig/temp_folder.h"
 #include "tests/recorder/device/scripted_port.h"
 #include "tests/recorder/rows.h"
@@ -145,6 +147,14 @@ TEST_P(FindLoginTest, IsRefusedOnceAtMost) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Camera, FindLoginTest, testing::ValuesIn(kCases), kByName);
+
+TEST(AskedLoginTest, IsNotSentAgainToAMediaServiceWhereAnotherClosedOverIt) {
+  const ScriptedPort port(Onvif({}));
+  const RequestScope scope{std::chrono::seconds(5)};
+  CameraReport report;
+  EXPECT_EQ(onvif::Ask({"127.0.0.1", port.Number(), "admin", "wrong"}, "", report), Outcome::kLoginRefused);
+  EXPECT_EQ(std::ranges::count(port.Log(), "token", [](const Exchanged& one) { return one.asked.login; }), 1);
+}
 
 TEST(FindPortsTest, EachOpenPortIsAskedAtLeastOnce) {
   std::list<ScriptedPort> ports;
