@@ -11,6 +11,10 @@ namespace recorder {
 
 // Text as header lines, lists and people hold it. Letters are those of ASCII, in no locale; any thread.
 
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
+constexpr bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+
 /// `text` with its letters in lower case.
 std::string LowerCase(std::string_view text);
 

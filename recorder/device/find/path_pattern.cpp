@@ -19,8 +19,6 @@ struct CutPath {
   std::vector<std::string> numbers;
 };
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
 CutPath Cut(std::string_view path) {
   CutPath cut;
   while (!path.empty()) {

@@ -11,9 +11,6 @@
 namespace recorder {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
 bool IsOfWord(char c) { return IsDigit(c) || IsLower(c) || IsUpper(c); }
 
 /// Calls `use` with each word of letters and digits; `isOfWord` may say what else belongs to one.
@@ -28,8 +25,6 @@ void ForEachWord(std::string_view text, IsOf isOfWord, Use use) {
     text.remove_prefix(start + size);
   }
 }
-
-// --- Known texts ----------------------------------------------------------------------------------------------------
 
 bool HoldsWord(std::string_view text, std::string_view word) {
   for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
@@ -47,8 +42,6 @@ std::string FindKnown(std::string_view path, const std::vector<PrivateText>& kno
   });
   return found == known.end() ? "" : std::string(found->what);
 }
-
-// --- Names of values ------------------------------------------------------------------------------------------------
 
 using KeyAndWhat = std::pair<std::string_view, std::string_view>;
 
@@ -122,8 +115,6 @@ std::string FindNamed(std::string_view path, What whatOf) {
   return std::string(what);
 }
 
-// --- Other values ---------------------------------------------------------------------------------------------------
-
 /// One part of a path or, behind a question mark, of its query.
 bool IsCommonPart(std::string_view part, bool isInQuery) {
   const std::size_t sign = part.find_first_of("=:");
@@ -141,8 +132,6 @@ std::string FindUncommon(std::string_view path) {
   }
   return "";
 }
-
-// --- Addresses and random texts -------------------------------------------------------------------------------------
 
 bool IsHexadecimal(std::string_view word) {
   return word.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
@@ -207,8 +196,6 @@ std::string FindRandom(std::string_view path) {
   ForEachWord(path, IsOfWord, [&](std::string_view word, std::string_view) { isThere = isThere || IsRandom(word); });
   return isThere ? "a long text without a meaning" : "";
 }
-
-// --- Encoding -------------------------------------------------------------------------------------------------------
 
 /// Also what is encoded more than once: some cameras decode it as often.
 std::string Decoded(std::string_view path) {

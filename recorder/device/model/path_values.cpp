@@ -18,9 +18,6 @@ constexpr std::string_view kWords[] = {
     "hd",      "sd",        "vga",    "cif",     "qcif",      "4k",    "480p",   "720p",      "1080p",   "fps",
     "quality", "bandwidth", "mobile", "balanced"};
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
-
 /// Bytes of the longest known word at the front of `text`.
 std::size_t KnownSize(std::string_view text) {
   std::size_t longest = 0;
