@@ -114,13 +114,13 @@ bool IsInTls(const ModelStream& stream, std::optional<int> port) {
   return stream.from.isTls || (stream.isOverHttp && port == kHttpsPort);
 }
 
-std::string AddressOf(const ModelStream& stream, const StreamPlace& place, const std::string& path) {
-  const std::optional<int> port = stream.from.port ? stream.from.port : place.port;
+std::string AddressOf(const ModelStream& stream, const AskedCamera& camera, const std::string& path) {
+  const std::optional<int> port = stream.from.port ? stream.from.port : camera.port;
   const std::string scheme = std::string(stream.isOverHttp ? "http" : "rtsp") + (IsInTls(stream, port) ? "s" : "");
-  return scheme + "://" + WithBrackets(place.host) + (port ? ":" + std::to_string(*port) : "") + path;
+  return scheme + "://" + WithBrackets(camera.host) + (port ? ":" + std::to_string(*port) : "") + path;
 }
 
-Json::Value StreamOf(const Model& model, std::size_t index, const StreamPlace& place) {
+Json::Value StreamOf(const Model& model, std::size_t index, const AskedCamera& camera) {
   const ModelStream& stream = model.streams[index];
   Json::Value json(Json::objectValue);
   json["name"] = stream.name;
@@ -128,16 +128,16 @@ Json::Value StreamOf(const Model& model, std::size_t index, const StreamPlace& p
   json["protocol"] = stream.isOverHttp ? "HTTP" : "RTSP";
   json["port"] = stream.from.port ? Json::Value(*stream.from.port) : Json::Value();
   json["tls"] = IsInTls(stream, stream.from.port);
-  json["path"] = StreamPath(stream, ChannelToAsk(model, place.channel));
-  if (!place.host.empty()) json["address"] = AddressOf(stream, place, json["path"].asString());
+  json["path"] = StreamPath(stream, ChannelToAsk(model, camera.channel));
+  if (!camera.host.empty()) json["address"] = AddressOf(stream, camera, json["path"].asString());
   AddSource(SourceOf(model, StreamFactName(index)), json["source"]);
   return json;
 }
 
-Json::Value StreamsOf(const Model& model, const StreamPlace& place) {
+Json::Value StreamsOf(const Model& model, const AskedCamera& camera) {
   Json::Value streams(Json::arrayValue);
   for (std::size_t i = 0; i < model.streams.size(); ++i) {
-    if (IsKnown(model.streams[i])) streams.append(StreamOf(model, i, place));
+    if (IsKnown(model.streams[i])) streams.append(StreamOf(model, i, camera));
   }
   return streams;
 }
@@ -154,7 +154,7 @@ Json::Value ModelEntry(const Model& model, ModelOrigin origin) {
   return entry;
 }
 
-Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place) {
+Json::Value ModelDocument(const FoundModel& found, const AskedCamera& camera) {
   Json::Value document(Json::objectValue);
   document["vendor"] = found.model->vendor;
   document["model"] = found.model->name;
@@ -162,7 +162,7 @@ Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place) {
   document["note"] = found.model->note;
   document["anyChannel"] = found.model->hasOtherChannels;
   document["facts"] = FactsOf(found);
-  document["streams"] = StreamsOf(*found.model, place);
+  document["streams"] = StreamsOf(*found.model, camera);
   return document;
 }
 

@@ -13,15 +13,15 @@ namespace recorder {
 Json::Value ModelEntry(const Model& model, ModelOrigin origin);
 
 /// The camera whose streams are told.
-struct StreamPlace {
+struct AskedCamera {
   std::string channel;      ///< as a user typed it; "" for the default one
   std::string host;         ///< "": no stream has a whole address
   std::optional<int> port;  ///< where the model names none; the scheme's own one when missing
 };
 
-/// All that a model's file says of it, fact by fact, and who says so; and its streams as the camera is asked for them
-/// at a place. Throws std::system_error that names the model's file, when that has just gone.
+/// All that a model's file says of it, fact by fact, and who says so; and its streams as
+/// that camera is asked for them. Throws std::system_error that names the model's file, when that has just gone.
 /// One thread.
-Json::Value ModelDocument(const FoundModel& found, const StreamPlace& place);
+Json::Value ModelDocument(const FoundModel& found, const AskedCamera& camera);
 
 }  // namespace recorder
