@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "rig/cameras.h"
@@ -46,7 +48,17 @@ bool Takes(const std::string& method, const std::string& what) {
   return what != "id" || method != "CamBatAddVerify";
 }
 
-int Logins(const SimCameras& cameras, const std::string& name) { return cameras.Log(name)["logins"].asInt(); }
+/// Once no more come: the recorder does not wait for what it says in the end of a session.
+int Logins(const SimCameras& cameras, const std::string& name) {
+  const auto read = [&] { return cameras.Log(name)["logins"].asInt(); };
+  int logins = read();
+  for (int before = -1; before != logins;) {
+    before = logins;
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    logins = read();
+  }
+  return logins;
+}
 
 struct Stored {
   const char* name;
