@@ -28,6 +28,12 @@ std::chrono::milliseconds TimeUntil(Clock::time_point end) {
   return std::max(std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()), std::chrono::milliseconds(0));
 }
 
+std::vector<std::string> VendorsOf(const ModelCatalog& catalog) {
+  std::vector<std::string> names;
+  for (const VendorModels& vendor : catalog.vendors) names.push_back(vendor.vendor);
+  return names;
+}
+
 /// Finds the streams of one camera, in steps. A step that returns false ends it.
 class Finder {
  public:
@@ -84,17 +90,11 @@ class Finder {
   }
 
   void TakeMaker(const std::string& said, const char* from) {
-    const MakerGuess guess = MakerIn(said, Vendors());
+    const MakerGuess guess = MakerIn(said, knownVendors_);
     if (guess.vendor.empty()) return;
     vendors_.push_back(guess.vendor);
     if (guess.isNamed) namedVendors_.push_back(guess.vendor);
     if (guess.isNamed && result_.maker.value.empty()) result_.maker = {guess.vendor, from};
-  }
-
-  std::vector<std::string> Vendors() const {
-    std::vector<std::string> names;
-    for (const VendorModels& vendor : catalog_->vendors) names.push_back(vendor.vendor);
-    return names;
   }
 
   bool IsLoginTaken() const {
@@ -195,7 +195,7 @@ class Finder {
     if (!device.model.empty()) result_.model = {device.model, kOnvifSays};
     if (!device.firmware.empty()) result_.firmware = {device.firmware, kOnvifSays};
     if (!device.serial.empty()) result_.serial = {device.serial, kOnvifSays};
-    const MakerGuess guess = MakerIn(device.maker, Vendors());
+    const MakerGuess guess = MakerIn(device.maker, knownVendors_);
     if (guess.vendor.empty()) return;
     vendors_.insert(vendors_.begin(), guess.vendor);
     if (guess.isNamed) namedVendors_.push_back(guess.vendor);
@@ -235,7 +235,7 @@ class Finder {
       if (path.stream->isOverHttp) continue;
       if (answer.rtsp == Outcome::kOk) return TakeUnsure(path, answer.port);
       const Outcome outcome = hunt_->Ask(path.path);
-      if (outcome == Outcome::kOk) return TakeFound(path, answer.port);
+      if (outcome == Outcome::kOk) return TakeFound(path, answer.port, hunt_->Codec());
       if (outcome == Outcome::kNoVideo || outcome == Outcome::kEncryptedStream) seen_ = outcome;
       if (!MayTryOn(outcome)) return false;
     }
@@ -250,9 +250,9 @@ class Finder {
     return !isSpent;
   }
 
-  bool TakeFound(const PathToTry& path, const FoundPort& port) {
+  bool TakeFound(const PathToTry& path, const FoundPort& port, const std::string& codec) {
     ListedStream stream = StreamAt(path, port);
-    stream.codec = hunt_->Codec();
+    stream.codec = codec;
     stream.isAsked = true;
     TakeLogin();
     TakeModel(path, stream);
@@ -288,20 +288,11 @@ class Finder {
         if (!path.stream->isOverHttp || !answer.port.speaksHttp) continue;
         hunt_.reset();
         const Outcome outcome = ProbeHttpStream(CameraAt(answer.port), path.path);
-        if (outcome == Outcome::kOk) return TakeOverHttp(path, answer.port);
+        if (outcome == Outcome::kOk) return TakeFound(path, answer.port, path.stream->codec);
         if (!MayTryOn(outcome)) return false;
       }
     }
     return true;
-  }
-
-  bool TakeOverHttp(const PathToTry& path, const FoundPort& port) {
-    ListedStream stream = StreamAt(path, port);
-    stream.codec = path.stream->codec;
-    stream.isAsked = true;
-    TakeLogin();
-    TakeModel(path, stream);
-    return false;
   }
 
   void Finish() {
@@ -331,6 +322,7 @@ class Finder {
   RequestBudget budget_{kMostFindRequests};
   RequestScope scope_;
   const std::shared_ptr<const ModelCatalog> catalog_ = Models();
+  const std::vector<std::string> knownVendors_ = VendorsOf(*catalog_);
   std::vector<PortAnswer> answers_;   // of the ports at which something is spoken
   std::vector<std::string> vendors_;  // likely ones, the likeliest first
   std::vector<std::string> namedVendors_;
