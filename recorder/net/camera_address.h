@@ -4,11 +4,13 @@
 
 namespace recorder {
 
-// Where an address names no port (RFC 9110 section 4.2, RFC 2326 section 3.2, RFC 7826 section 4.2).
+// Ports, the first four of an address that names none (RFC 9110 section 4.2, RFC 2326 section 3.2, RFC 7826 section
+// 4.2).
 inline constexpr int kHttpPort = 80;
 inline constexpr int kHttpsPort = 443;
 inline constexpr int kRtspPort = 554;
 inline constexpr int kRtspsPort = 322;
+inline constexpr int kLargestPort = 65'535;
 
 /// Where a camera is and who we are there. User and password are fields: they go into a login and nowhere else, never
 /// into an address or a log line.

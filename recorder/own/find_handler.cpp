@@ -2,6 +2,7 @@
 
 #include "recorder/device/find/find.h"
 #include "recorder/device/find/find_json.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/own/camera_failure.h"
 #include "recorder/own/handlers.h"
 #include "recorder/utility/secrets.h"
@@ -10,10 +11,7 @@ namespace recorder {
 
 namespace {
 
-bool IsPort(const Json::Value& port) {
-  constexpr int kLargestPort = 65'535;
-  return port.isInt() && port.asInt() >= 1 && port.asInt() <= kLargestPort;
-}
+bool IsPort(const Json::Value& port) { return port.isInt() && port.asInt() >= 1 && port.asInt() <= kLargestPort; }
 
 std::vector<int> PortsOf(const OwnRequest& request) {
   const Json::Value& ports = request.params["ports"];

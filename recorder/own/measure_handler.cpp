@@ -7,8 +7,6 @@ namespace recorder {
 
 namespace {
 
-constexpr int kLargestPort = 65'535;
-
 CameraAddress CameraOf(const OwnRequest& request) {
   CameraAddress camera;
   camera.host = TextOf(request, "host");

@@ -8,6 +8,7 @@
 
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/nearest_models.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/own/handlers.h"
 #include "recorder/own/model_document.h"
 #include "recorder/utility/json_text.h"
@@ -18,7 +19,6 @@ namespace recorder {
 namespace {
 
 constexpr std::size_t kMostNearest = 5;
-constexpr int kLastPort = 65535;
 
 /// All models, by vendor and name.
 std::vector<std::pair<const Model*, ModelOrigin>> AllModels(const ModelCatalog& catalog) {
@@ -93,11 +93,8 @@ OwnAnswer NoSuchModel(const std::string& name) {
 }
 
 std::optional<int> PortOf(const OwnRequest& request) {
-  const Json::Value& port = request.params["port"];
-  if (port.isNull()) return std::nullopt;
-  const bool isRight = port.isInt() && port.asInt() >= 1 && port.asInt() <= kLastPort;
-  if (!isRight) throw HttpError(400, "port must be a whole number from 1 to 65535");
-  return port.asInt();
+  const int port = NumberOf(request, "port", 1, kLargestPort, 0);
+  return port == 0 ? std::nullopt : std::optional(port);
 }
 
 }  // namespace

@@ -130,7 +130,6 @@ Cells CellsOf(const CsvLine& line, const Heading& heading) {
 
 /// Fills in `row`, or says what is wrong.
 std::optional<ListMistake> ReadCells(Cells& cells, Row& row) {
-  constexpr int kLastPort = 65'535;
   row.maker = cells[kMaker];
   row.model = cells[kModel];
   row.path = cells[kPath];
@@ -141,7 +140,7 @@ std::optional<ListMistake> ReadCells(Cells& cells, Row& row) {
   const bool isStream = row.stream == kMainStream || row.stream == kSubStream || row.stream == kThirdStream;
   if (!isStream) return ListMistake{row.line, kStream, "is none of main, sub and third"};
   row.port = cells[kPort].empty() ? kRtspPort : ParseNumber<int>(cells[kPort]).value_or(0);
-  if (row.port < 1 || row.port > kLastPort) return ListMistake{row.line, kPort, "is no port from 1 to 65535"};
+  if (row.port < 1 || row.port > kLargestPort) return ListMistake{row.line, kPort, "is no port from 1 to 65535"};
   const auto codecs = ReadCodecs(cells[kCodecs]);
   if (!codecs) return ListMistake{row.line, kCodecs, "holds a codec that is none of " + AllCodecs()};
   row.codecs = *codecs;

@@ -5,13 +5,12 @@
 
 #include <array>
 
+#include "recorder/net/camera_address.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 
 namespace {
-
-constexpr int kLargestPort = 65535;
 
 /// The one form of a numeric address; "" for any other text.
 std::string ShortestForm(int family, const std::string& host) {

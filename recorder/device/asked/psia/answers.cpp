@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "recorder/media/codecs.h"
+#include "recorder/net/camera_address.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/limits.h"
@@ -13,7 +14,6 @@
 namespace recorder::psia {
 namespace {
 
-constexpr int kMaxPort = 65535;
 constexpr int kHundredths = 100;
 constexpr int kDeviceBusy = 2;  // statusCode of a ResponseStatus
 
@@ -165,7 +165,7 @@ StreamingChannel ReadChannel(const XmlElement& streamingChannel) {
         channel.hasHttp || name.Text() == "HTTP" || std::find(options.begin(), options.end(), "HTTP") != options.end();
   }
   const auto port = ParseNumber<int>(Child(transport, "rtspPortNo").Text());
-  if (port && *port >= 1 && *port <= kMaxPort) channel.rtspPort = port;
+  if (port && *port >= 1 && *port <= kLargestPort) channel.rtspPort = port;
 
   const XmlElement video = Child(streamingChannel, "Video");
   channel.hasVideo = static_cast<bool>(video);
