@@ -15,7 +15,8 @@ namespace simcam {
 namespace {
 
 /// Names of codecs in model files.
-constexpr Named<const char*> kCodecs[] = {{"MJPEG", "jpeg"}, {"MPEG4", "mpeg4"}, {"H.264", "h264"}, {"H.265", "h265"}};
+constexpr Named<const char*> kCodecNames[] = {
+    {"MJPEG", "jpeg"}, {"MPEG4", "mpeg4"}, {"H.264", "h264"}, {"H.265", "h265"}};
 constexpr Named<int> kStreamNumbers[] = {{"main", 1}, {"sub", 2}, {"third", 3}};
 
 /// What a placeholder stands for.
@@ -144,7 +145,7 @@ class ModelCamera {
 
   void AddStream(const std::string& path, const std::string& codec, bool isOverHttp) {
     if (isOverHttp) return AddPictures(path, true);
-    const Codec* played = FindCodec(members_.Choose("codec", codec, kCodecs));
+    const Codec* played = FindCodec(members_.Choose("codec", codec, kCodecNames));
     const bool isTaken = std::ranges::find(camera_.streams, path, &StreamConfig::path) != camera_.streams.end();
     if (!isTaken) camera_.streams.push_back(StreamAt(path, *played));
   }

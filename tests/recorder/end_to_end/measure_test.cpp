@@ -21,7 +21,7 @@ struct MeasureCase {
   const char* warnings;  ///< their names
 };
 
-const MeasureCase kCases[] = {
+const MeasureCase kMeasureCases[] = {
     {"H264", "", R"("codec": "h264", "fps": 25, "gop": 25)", "H.264", 25, 1, ""},
     {"H264WithBitRate", "", R"("codec": "h264", "fps": 10, "gop": 10, "bitrate": 300)", "H.264", 10, 1, ""},
     {"H265", "", R"("codec": "h265", "fps": 15, "gop": 60)", "H.265", 15, 4, "keyFramesFar h265 "},
@@ -40,9 +40,9 @@ Json::Value CameraOf(const MeasureCase& row) {
                                     row.stream + R"(, "source": "clip"}})"));
 }
 
-Json::Value Cameras() {
+Json::Value MeasuredCameras() {
   Json::Value cameras(Json::arrayValue);
-  for (const MeasureCase& row : kCases) cameras.append(CameraOf(row));
+  for (const MeasureCase& row : kMeasureCases) cameras.append(CameraOf(row));
   return cameras;
 }
 
@@ -73,7 +73,7 @@ class MeasureTest : public testing::Test {
     EXPECT_EQ(NamesOf(measured["warnings"]), row.warnings);
   }
 
-  const SimCameras cameras_{Cameras()};
+  const SimCameras cameras_{MeasuredCameras()};
   const TestRecorder recorder_;
 };
 
@@ -81,15 +81,15 @@ class MeasureTest : public testing::Test {
 
 TEST_F(MeasureTest, TellsWhatCamerasSend) {
   std::vector<std::future<Finished>> measured;
-  for (const MeasureCase& row : kCases) {
+  for (const MeasureCase& row : kMeasureCases) {
     measured.push_back(std::async(std::launch::async, [&] { return Measure(row.name, kSecret); }));
   }
   for (std::size_t i = 0; i < measured.size(); ++i) {
-    SCOPED_TRACE(kCases[i].name);
+    SCOPED_TRACE(kMeasureCases[i].name);
     const Finished finished = measured[i].get();
     EXPECT_EQ(finished.status, 0) << finished.output;
-    ExpectFigures(kCases[i], finished.output);
-    EXPECT_EQ(cameras_.Log(kCases[i].name)["sessions"], 1);
+    ExpectFigures(kMeasureCases[i], finished.output);
+    EXPECT_EQ(cameras_.Log(kMeasureCases[i].name)["sessions"], 1);
   }
 }
 
