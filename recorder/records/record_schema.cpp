@@ -46,6 +46,29 @@ CREATE TRIGGER forgetIdentity AFTER DELETE ON cameras
 CREATE TRIGGER learnAnew AFTER UPDATE OF password ON cameras
   BEGIN DELETE FROM identities WHERE cameraId = OLD.id; END;
 )"},
+    // The index makes it cheap to see, whenever the file is opened, that no removed camera is past its time.
+    {5, R"(
+ALTER TABLE cameras ADD COLUMN revision INTEGER NOT NULL DEFAULT 1;
+ALTER TABLE cameras ADD COLUMN removedAt INTEGER;
+CREATE INDEX removedCameras ON cameras (removedAt) WHERE removedAt IS NOT NULL;
+CREATE TABLE streams (
+  cameraId INTEGER NOT NULL, name TEXT NOT NULL, address TEXT NOT NULL,
+  vendor TEXT NOT NULL, model TEXT NOT NULL, port INTEGER NOT NULL, channel TEXT NOT NULL, sourcePath TEXT NOT NULL,
+  PRIMARY KEY (cameraId, name)
+) STRICT;
+CREATE TABLE facts (
+  cameraId INTEGER NOT NULL, stream TEXT NOT NULL, name TEXT NOT NULL, value TEXT NOT NULL, source TEXT NOT NULL,
+  at INTEGER NOT NULL, PRIMARY KEY (cameraId, stream, name, source)
+) STRICT;
+CREATE TABLE outcomes (
+  cameraId INTEGER PRIMARY KEY, cause TEXT NOT NULL, since INTEGER NOT NULL, lastSuccess INTEGER NOT NULL
+) STRICT;
+CREATE TRIGGER forgetExtras AFTER DELETE ON cameras BEGIN
+  DELETE FROM streams WHERE cameraId = OLD.id;
+  DELETE FROM facts WHERE cameraId = OLD.id;
+  DELETE FROM outcomes WHERE cameraId = OLD.id;
+END;
+)"},
 };
 
 }  // namespace

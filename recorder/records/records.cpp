@@ -2,19 +2,16 @@
 
 #include <SQLiteCpp/VariadicBind.h>
 
-#include <algorithm>
 #include <utility>
 
-#include "recorder/records/record_mistakes.h"
 #include "recorder/records/records_file.h"
-#include "recorder/utility/limits.h"
 
 namespace recorder {
 namespace {
 
 constexpr auto kSelectCameras =
-    "SELECT id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId, strongestLogin "
-    "FROM cameras ";
+    "SELECT id, name, vendor, model, host, port, user, channel, sourcePath, status, ownerKdId, strongestLogin, "
+    "revision FROM cameras WHERE removedAt IS NULL ";
 
 CameraRecord CameraOf(SQLite::Statement& row) {
   CameraRecord camera;
@@ -29,7 +26,8 @@ CameraRecord CameraOf(SQLite::Statement& row) {
   }
   camera.status = static_cast<CAM_CONN_STATUS>(row.getColumn(column++).getInt());
   camera.ownerKdId = row.getColumn(column++).getInt();
-  camera.strongestLogin = static_cast<LoginMethod>(row.getColumn(column).getInt());
+  camera.strongestLogin = static_cast<LoginMethod>(row.getColumn(column++).getInt());
+  camera.revision = row.getColumn(column).getInt();
   return camera;
 }
 
@@ -43,37 +41,45 @@ std::string PasswordContext(int id, const std::string& host, int port) {
   return "camera " + std::to_string(id) + ' ' + std::to_string(port) + ' ' + host;
 }
 
-std::string KeyContext(TrustKind kind, const std::string& name) {
-  return (kind == TrustKind::kClient ? "client " : "server group ") + name;
-}
-
-void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
-  statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
-}
-
 }  // namespace
 
-void Records::Impl::StorePassword(int id, const std::string& host, int port, const std::string& password) {
+void RequireNoMistake(const std::optional<RecordMistake>& mistake) {
+  if (mistake) throw RecordsError(mistake->member + ": " + mistake->text);
+}
+
+void Records::Impl::StorePassword(const CameraRecord& camera, const std::string& password) {
   SQLite::Statement update{database, "UPDATE cameras SET password = ? WHERE id = ?"};
-  BindBlob(update, 1, Seal(key, PasswordContext(id, host, port), password));
-  update.bind(2, id);
+  BindBlob(update, 1, Seal(key, PasswordContext(camera.id, camera.host, camera.port), password));
+  update.bind(2, camera.id);
   update.exec();
 }
 
-int Records::Add(const CameraRecord& camera, const std::string& password) {
-  if (const auto mistake = FindMistake(camera, password)) throw RecordsError(mistake->member + ": " + mistake->text);
+void Records::Impl::StoreRecord(const CameraRecord& camera) {
+  SQLite::Statement update{database,
+                           "UPDATE cameras SET name = ?, vendor = ?, model = ?, host = ?, port = ?, user = ?, channel "
+                           "= ?, sourcePath = ?, status = ?, ownerKdId = ?, revision = ? WHERE id = ?"};
+  SQLite::bind(update, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user, camera.channel,
+               camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, camera.revision, camera.id);
+  update.exec();
+}
+
+int Records::Add(const CameraRecord& camera, const std::string& password, const std::vector<CameraStream>& streams,
+                 const std::vector<CameraFact>& facts) {
+  RequireNoMistake(FindMistake(camera, password));
   return impl_->Guarded([&] {
     SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
-    SQLite::Statement insert{impl_->database,
-                             "INSERT INTO cameras (name, vendor, model, host, port, user, password, channel, "
-                             "sourcePath, status, ownerKdId) VALUES (?, ?, ?, ?, ?, ?, zeroblob(0), ?, ?, ?, ?)"};
-    SQLite::bind(insert, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
-                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId);
-    insert.exec();
-    const int id = static_cast<int>(impl_->database.getLastInsertRowid());
-    impl_->StorePassword(id, camera.host, camera.port, password);
+    impl_->Run(
+        "INSERT INTO cameras (name, vendor, model, host, port, user, password, channel, sourcePath, status, ownerKdId) "
+        "VALUES ('', '', '', '', 0, '', zeroblob(0), '', '', 0, 0)");
+    CameraRecord stored = camera;
+    stored.id = static_cast<int>(impl_->database.getLastInsertRowid());
+    stored.revision = 1;
+    impl_->StoreRecord(stored);
+    impl_->StorePassword(stored, password);
+    impl_->StoreStreams(stored.id, streams);
+    impl_->StoreFacts(stored.id, facts);
     transaction.commit();
-    return id;
+    return stored.id;
   });
 }
 
@@ -86,8 +92,7 @@ std::vector<CameraRecord> Records::List() const {
 
 std::vector<CameraRecord> Records::ListModel(const std::string& vendor, const std::string& model) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database,
-                            std::string(kSelectCameras) + "WHERE vendor = ? AND model = ? ORDER BY id"};
+    SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "AND vendor = ? AND model = ? ORDER BY id"};
     SQLite::bind(query, vendor, model);
     return CamerasOf(query);
   });
@@ -95,7 +100,7 @@ std::vector<CameraRecord> Records::ListModel(const std::string& vendor, const st
 
 std::optional<CameraRecord> Records::Find(int id) const {
   return impl_->Guarded([&]() -> std::optional<CameraRecord> {
-    SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "WHERE id = ?"};
+    SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "AND id = ?"};
     query.bind(1, id);
     if (!query.executeStep()) return std::nullopt;
     return CameraOf(query);
@@ -117,172 +122,53 @@ std::string Records::Password(const CameraRecord& camera) const {
   });
 }
 
-bool Records::Remove(int id) {
-  return impl_->Guarded([&] {
-    SQLite::Statement remove{impl_->database, "DELETE FROM cameras WHERE id = ?"};
-    remove.bind(1, id);
-    return remove.exec() == 1;
-  });
-}
-
-bool Records::SetPassword(int id, const std::string& password) {
-  return impl_->Guarded([&] {
-    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
-    const auto camera = Find(id);
-    if (!camera) return false;
-    if (const auto mistake = FindMistake(*camera, password)) throw RecordsError(mistake->member + ": " + mistake->text);
-    impl_->StorePassword(id, camera->host, camera->port, password);
-    transaction.commit();
-    return true;
-  });
-}
-
-bool Records::SetStatus(int id, CAM_CONN_STATUS status) {
-  return impl_->Guarded([&] {
-    SQLite::Statement update{impl_->database, "UPDATE cameras SET status = ? WHERE id = ?"};
-    SQLite::bind(update, static_cast<int>(status), id);
-    return update.exec() == 1;
-  });
-}
-
-bool Records::Change(int id, const std::function<void(CameraRecord&)>& change,
-                     const std::optional<std::string>& password) {
+ChangeResult Records::Change(int id, const CameraChange& change) {
   return impl_->Guarded([&] {
     SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
     const auto before = Find(id);
-    if (!before) return false;
-    CameraRecord camera = *before;
-    change(camera);
-    if (const auto mistake = FindMistake(camera, password.value_or(""))) {
-      throw RecordsError(mistake->member + ": " + mistake->text);
-    }
-    if (!password && !KeepsPassword(*before, camera)) throw RecordsError("password: must be given again");
-    SQLite::Statement update{
-        impl_->database,
-        "UPDATE cameras SET name = ?, vendor = ?, model = ?, host = ?, port = ?, user = ?, channel "
-        "= ?, sourcePath = ?, status = ?, ownerKdId = ? WHERE id = ?"};
-    SQLite::bind(update, camera.name, camera.vendor, camera.model, camera.host, camera.port, camera.user,
-                 camera.channel, camera.sourcePath, static_cast<int>(camera.status), camera.ownerKdId, id);
-    update.exec();
-    const bool isElsewhere = before->host != camera.host || before->port != camera.port;
-    if (isElsewhere) ForgetLogin(id);
-    if (isElsewhere) ForgetCertificates(id);
-    if (password) impl_->StorePassword(id, camera.host, camera.port, *password);
+    if (!before) return ChangeResult::kNoCamera;
+    if (change.revision.value_or(before->revision) != before->revision) return ChangeResult::kOtherRevision;
+    CameraRecord after = *before;
+    if (change.record) change.record(after);
+    after.id = id;
+    after.revision = before->revision + 1;
+    RequireNoMistake(FindMistake(after, change.password != nullptr ? *change.password : ""));
+    const bool keepsPassword =
+        KeepsPassword(*before, after) && (!change.streams || KeepsPassword(Streams(id), *change.streams));
+    if (!keepsPassword && change.password == nullptr) throw RecordsError("password: must be given again");
+    impl_->StoreRecord(after);
+    impl_->ForgetOutdated(*before, after, change);
+    if (change.password != nullptr) impl_->StorePassword(after, *change.password);
+    if (change.streams) impl_->StoreStreams(id, *change.streams);
+    if (change.facts) impl_->StoreFacts(id, *change.facts);
     transaction.commit();
-    return true;
+    return ChangeResult::kDone;
+  });
+}
+
+ChangeResult Records::Remove(int id, std::optional<int> revision) {
+  return impl_->Guarded([&] {
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    const auto camera = Find(id);
+    if (!camera) return ChangeResult::kNoCamera;
+    if (revision.value_or(camera->revision) != camera->revision) return ChangeResult::kOtherRevision;
+    impl_->Run("UPDATE cameras SET removedAt = ? WHERE id = ?", SecondsNow(), id);
+    transaction.commit();
+    return ChangeResult::kDone;
+  });
+}
+
+bool Records::Restore(int id) {
+  return impl_->Guarded([&] {
+    const std::int64_t earliest = SecondsNow() - kUndoTime.count();
+    return impl_->Run("UPDATE cameras SET removedAt = NULL WHERE id = ? AND removedAt >= ?", id, earliest) == 1;
   });
 }
 
 bool Records::RaiseLogin(int id, LoginMethod method) {
   return impl_->Guarded([&] {
-    SQLite::Statement update{impl_->database,
-                             "UPDATE cameras SET strongestLogin = max(strongestLogin, ?) WHERE id = ?"};
-    SQLite::bind(update, static_cast<int>(method), id);
-    return update.exec() == 1;
-  });
-}
-
-bool Records::ForgetLogin(int id) {
-  return impl_->Guarded([&] {
-    SQLite::Statement update{impl_->database, "UPDATE cameras SET strongestLogin = 0 WHERE id = ?"};
-    update.bind(1, id);
-    return update.exec() == 1;
-  });
-}
-
-Certificates Records::PinnedCertificates(int id) const {
-  return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT port, sha256 FROM certificates WHERE cameraId = ?"};
-    query.bind(1, id);
-    Certificates certificates;
-    while (query.executeStep()) certificates[query.getColumn(0).getInt()] = query.getColumn(1).getString();
-    return certificates;
-  });
-}
-
-std::string Records::PinCertificate(int id, int port, const std::string& certificate) {
-  impl_->Guarded([&] {
-    SQLite::Statement insert{
-        impl_->database,
-        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND (port = ?2 OR (SELECT "
-        "count(*) FROM certificates WHERE cameraId = ?1 AND certificates.port <> cameras.port) < ?4)"};
-    SQLite::bind(insert, id, port, certificate, kMostPinnedPorts);
-    insert.exec();
-  });
-  return PinnedCertificates(id).try_emplace(port, certificate).first->second;
-}
-
-void Records::ForgetCertificates(int id) {
-  impl_->Guarded([&] {
-    SQLite::Statement remove{impl_->database, "DELETE FROM certificates WHERE cameraId = ?"};
-    remove.bind(1, id);
-    remove.exec();
-  });
-}
-
-std::map<int, CameraIdentity> Records::Identities() const {
-  return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT cameraId, endpoint, serial FROM identities"};
-    std::map<int, CameraIdentity> identities;
-    while (query.executeStep()) {
-      identities[query.getColumn(0).getInt()] = {query.getColumn(1).getString(), query.getColumn(2).getString()};
-    }
-    return identities;
-  });
-}
-
-void Records::LearnIdentity(int id, const CameraIdentity& identity) {
-  const bool isShort = identity.endpoint.size() <= kLongestFoundName && identity.serial.size() <= kLongestFoundName;
-  if (!isShort) return;
-  impl_->Guarded([&] {
-    SQLite::Statement insert{
-        impl_->database,
-        "INSERT INTO identities SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 ON CONFLICT (cameraId) DO UPDATE SET "
-        "endpoint = iif(endpoint = '', ?2, endpoint), serial = iif(serial = '', ?3, serial)"};
-    SQLite::bind(insert, id, identity.endpoint, identity.serial);
-    insert.exec();
-  });
-}
-
-bool Records::AddKey(TrustKind kind, const std::string& name, const SecretKey& key) {
-  if (const auto mistake = NameMistake(name)) throw RecordsError("name: " + *mistake);
-  return impl_->Guarded([&] {
-    SQLite::Statement insert{impl_->database, "INSERT OR IGNORE INTO trustedKeys (kind, name, key) VALUES (?, ?, ?)"};
-    SQLite::bind(insert, static_cast<int>(kind), name);
-    std::string bytes = key.Bytes();
-    const WipeAtEnd wipe{bytes};
-    BindBlob(insert, 3, Seal(impl_->key, KeyContext(kind, name), bytes));
-    return insert.exec() == 1;
-  });
-}
-
-bool Records::RemoveKey(TrustKind kind, const std::string& name) {
-  return impl_->Guarded([&] {
-    SQLite::Statement remove{impl_->database, "DELETE FROM trustedKeys WHERE kind = ? AND name = ?"};
-    SQLite::bind(remove, static_cast<int>(kind), name);
-    return remove.exec() == 1;
-  });
-}
-
-bool Records::HasKeys() const {
-  return impl_->Guarded(
-      [&] { return impl_->database.execAndGet("SELECT EXISTS (SELECT 1 FROM trustedKeys)").getInt() != 0; });
-}
-
-std::vector<TrustedKey> Records::ListKeys(TrustKind kind) const {
-  return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT name, key FROM trustedKeys WHERE kind = ? ORDER BY name"};
-    query.bind(1, static_cast<int>(kind));
-    std::vector<TrustedKey> keys;
-    while (query.executeStep()) {
-      const std::string name = query.getColumn(0).getString();
-      auto bytes = Unseal(impl_->key, KeyContext(kind, name), query.getColumn(1).getString());
-      const auto key = bytes ? SecretKey::FromBytes(*bytes) : std::nullopt;
-      if (!key) throw RecordsError("the key of " + name + " cannot be decrypted: the key file was changed");
-      const WipeAtEnd wipe{*bytes};
-      keys.push_back({name, *key});
-    }
-    return keys;
+    return impl_->Run("UPDATE cameras SET strongestLogin = max(strongestLogin, ?) WHERE id = ? AND removedAt IS NULL",
+                      static_cast<int>(method), id) == 1;
   });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -10,51 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/utility.h"
-#include "recorder/utility/login_method.h"
+#include "recorder/records/camera_record.h"
+#include "recorder/utility/outcome.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder {
-
-/// One stored camera. Its password is not part of the record, so that a list of cameras is no list of passwords.
-struct CameraRecord {
-  int id = 0;  ///< given by Records::Add, never given again after a Remove
-  std::string name;
-  std::string vendor;
-  std::string model;  ///< "" for vendor "User"
-  std::string host;
-  int port = 0;
-  std::string user;
-  std::string channel;     ///< "": any
-  std::string sourcePath;  ///< for a model whose stream path the user gives
-  CAM_CONN_STATUS status = CAM_CONN_STATUS_NORMAL;
-  int ownerKdId = kLocalOwnerKdId;
-  LoginMethod strongestLogin = LoginMethod::kNone;  ///< that ever worked; the stored password goes by no weaker one
-};
-
-/// What tells a camera's TLS certificates, by port: the SHA-256 of each one's DER, in hexadecimal.
-using Certificates = std::map<int, std::string>;
-
-/// What a stored camera is known again by at another address. Each is "" as long as it is not known.
-struct CameraIdentity {
-  std::string endpoint;  ///< its id of WS-Discovery
-  std::string serial;    ///< serial number, as it says itself
-
-  bool operator==(const CameraIdentity&) const = default;
-};
-
-/// What is wrong with a record or password.
-struct RecordMistake {
-  std::string member;  ///< JSON key style: "port", "sourcePath", "password"
-  std::string text;    ///< for users, without the value
-};
-
-/// The first mistake that keeps a record from being stored, if there is one.
-std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::string& password);
-
-/// Whether the stored password of a camera may stay when its record changes: not when it would go to another address,
-/// log in somebody else, or open another path.
-bool KeepsPassword(const CameraRecord& before, const CameraRecord& after);
 
 /// Whom a key is for.
 enum class TrustKind {
@@ -65,6 +26,27 @@ enum class TrustKind {
 struct TrustedKey {
   std::string name;
   SecretKey key;
+};
+
+/// How long a camera that was removed can be restored.
+inline constexpr std::chrono::seconds kUndoTime{60};
+
+/// What is to change of a stored camera; the rest stays.
+struct CameraChange {
+  std::function<void(CameraRecord&)> record = nullptr;              ///< makes of the record what it is to be
+  const std::string* password = nullptr;                            ///< the new one, which the caller wipes
+  std::optional<std::vector<CameraStream>> streams = std::nullopt;  ///< all of them
+  std::optional<std::vector<CameraFact>> facts = std::nullopt;      ///< all of them
+  bool forgetsLogin = false;                                        ///< as if no login had worked yet
+  bool forgetsCertificates = false;                                 ///< as if no certificate had been seen yet
+  std::optional<int> revision = std::nullopt;                       ///< the one that the camera must have
+};
+
+/// What became of a change.
+enum class ChangeResult {
+  kDone,
+  kNoCamera,       ///< there is none of that id
+  kOtherRevision,  ///< the camera has another revision than it must have
 };
 
 /// A failure of the records, with a text for the administrator that holds no secret.
@@ -104,8 +86,9 @@ class Records {
   /// nothing to other objects.
   std::int64_t Version() const;
 
-  /// Stores a camera (`camera.id` is ignored) and returns its id. A record with a mistake is a RecordsError.
-  int Add(const CameraRecord& camera, const std::string& password);
+  /// Stores a camera (`camera.id` and `camera.revision` are ignored) and returns its id. A mistake is a RecordsError.
+  int Add(const CameraRecord& camera, const std::string& password, const std::vector<CameraStream>& streams = {},
+          const std::vector<CameraFact>& facts = {});
   /// All cameras by id.
   std::vector<CameraRecord> List() const;
   /// All cameras of a model by id.
@@ -113,27 +96,38 @@ class Records {
   std::optional<CameraRecord> Find(int id) const;
   /// The stored password of a camera that was found here; the caller wipes it.
   std::string Password(const CameraRecord& camera) const;
+  /// The streams of a camera: its main one, and those that were stored with it. None where there is no such camera.
+  std::vector<CameraStream> Streams(int id) const;
+  /// The names of these, of all cameras.
+  std::map<int, std::vector<std::string>> StreamNames() const;
+  /// What is known of a camera, in the order in which it was stored.
+  std::vector<CameraFact> Facts(int id) const;
 
-  /// The following are false when there is no such camera.
-  bool Remove(int id);
-  bool SetPassword(int id, const std::string& password);
-  bool SetStatus(int id, CAM_CONN_STATUS status);
-  /// Stores what `change` makes of the record, which nobody else changes meanwhile. Without a `password` the stored one
-  /// stays; where it may not (see KeepsPassword), that is a RecordsError. At another address no login has worked and no
-  /// certificate was seen yet.
-  bool Change(int id, const std::function<void(CameraRecord&)>& change, const std::optional<std::string>& password);
-  /// Keeps `method` as the strongest login that worked, unless a stronger one did.
+  /// Stores a change of a camera, which nobody else changes meanwhile. Where the stored password may not stay (see
+  /// KeepsPassword) and no other one is given, that is a RecordsError, as a mistake is. What was known of the camera as
+  /// it was before is forgotten: at another address the login, the certificates and the outcome; for another host or
+  /// user the streams and facts that are not given anew; else, where the main stream is asked by something else, its
+  /// address and facts. Where a login may work now, a refused one is forgotten.
+  ChangeResult Change(int id, const CameraChange& change);
+  /// Removes a camera: from now on there is none of that id, unless it is restored. `revision`: that it must have.
+  ChangeResult Remove(int id, std::optional<int> revision = std::nullopt);
+  /// Brings a camera back as it was. False when none was removed within kUndoTime; what was removed before that is
+  /// deleted when the records are opened.
+  bool Restore(int id);
+  /// Keeps `method` as the strongest login that worked, unless a stronger one did. False when there is no such camera.
   bool RaiseLogin(int id, LoginMethod method);
-  /// As if no login had worked yet.
-  bool ForgetLogin(int id);
+
+  /// Notes that contact with a camera came to `cause` at `seconds` since 1970. It writes nothing when the contact
+  /// before came to the same.
+  void NoteOutcome(int id, Outcome cause, std::int64_t seconds);
+  /// What contact came to with those cameras with which there was any since a change of theirs (see Change).
+  std::map<int, CameraOutcome> Outcomes() const;
 
   /// The certificates that are pinned for a camera.
   Certificates PinnedCertificates(int id) const;
   /// The one that is pinned for `port` of a camera, which is `certificate` where there was none. Of ports other than
   /// the record's own, those beyond the first kMostPinnedPorts stay without one.
   std::string PinCertificate(int id, int port, const std::string& certificate);
-  /// As if no certificate had been seen yet.
-  void ForgetCertificates(int id);
 
   /// What cameras are known again by; none of those of which nothing was learnt since their password was set.
   std::map<int, CameraIdentity> Identities() const;

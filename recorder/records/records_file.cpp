@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
+
 #include "recorder/records/record_schema.h"
 
 namespace recorder {
@@ -29,7 +31,19 @@ void Set(SQLite::Database& database, OnClose onClose) {
   sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, static_cast<int>(onClose), nullptr);
 }
 
+/// Deletes the cameras that were removed and can no longer be restored. It writes nothing when there are none.
+void DeleteRemoved(SQLite::Database& database) {
+  const std::string earliest = std::to_string(SecondsNow() - kUndoTime.count());
+  const std::string old = " FROM cameras WHERE removedAt < " + earliest;
+  if (database.execAndGet("SELECT EXISTS (SELECT 1" + old + ")").getInt() != 0) database.exec("DELETE" + old);
+}
+
 }  // namespace
+
+std::int64_t SecondsNow() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::seconds>(now).count();
+}
 
 Records::Impl::Impl(const fs::path& stateFolder)
     : file(stateFolder / kDatabaseFile),
@@ -56,6 +70,7 @@ SQLite::Database Records::Impl::Open(const fs::path& stateFolder) const {
     }
     Set(opened, OnClose::kMoveLog);
     opened.exec("PRAGMA synchronous = FULL");
+    DeleteRemoved(opened);
     return opened;
   });
 }

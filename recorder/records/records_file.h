@@ -1,8 +1,13 @@
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
@@ -27,7 +32,22 @@ struct Records::Impl {
 
   SQLite::Database Open(const std::filesystem::path& stateFolder) const;
 
-  void StorePassword(int id, const std::string& host, int port, const std::string& password);
+  /// Runs one statement with these values for its "?", and returns how many rows it changed.
+  template <class... Values>
+  int Run(const char* text, const Values&... values) {
+    SQLite::Statement statement{database, text};
+    SQLite::bind(statement, values...);
+    return statement.exec();
+  }
+
+  // The following are parts of a change, within its transaction. Of a mistake in what they store they throw
+  // RecordsError.
+  void StoreRecord(const CameraRecord& camera);
+  void StorePassword(const CameraRecord& camera, const std::string& password);
+  void StoreStreams(int id, const std::vector<CameraStream>& streams);
+  void StoreFacts(int id, const std::vector<CameraFact>& facts);
+  /// What was known of the camera as it was `before` `change`, see Records::Change.
+  void ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change);
 
   std::filesystem::path file;
   std::filesystem::path keyFile;
@@ -37,5 +57,15 @@ struct Records::Impl {
   mutable SQLite::Database database;
   mutable SQLite::Statement versionQuery{database, "PRAGMA data_version"};  // https://www.sqlite.org/pragma.html
 };
+
+/// Throws RecordsError, which names it, when there is a mistake.
+void RequireNoMistake(const std::optional<RecordMistake>& mistake);
+
+/// Seconds since 1970.
+std::int64_t SecondsNow();
+
+inline void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
+  statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
+}
 
 }  // namespace recorder

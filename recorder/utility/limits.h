@@ -44,6 +44,8 @@ inline constexpr std::size_t kLargestFile = 32 * kMiB;
 inline constexpr std::size_t kLongestRecordText = kKiB;
 /// Ports of a stored camera, beside its record's own, whose certificates are pinned.
 inline constexpr int kMostPinnedPorts = 8;
+/// What is known of a stored camera and its streams.
+inline constexpr std::size_t kMostFacts = 64;
 /// Bytes of a secret that is typed.
 inline constexpr std::size_t kLongestSecretLine = kKiB;
 /// Bytes of a user's name and of his password: longer than anybody types.

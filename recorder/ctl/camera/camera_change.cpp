@@ -21,18 +21,19 @@ struct StatusOptions {
 };
 
 void Remove(int id, Records records) {
-  if (!records.Remove(id)) FailWithoutCamera(id);
+  if (records.Remove(id) != ChangeResult::kDone) FailWithoutCamera(id);
 }
 
 void SetPassword(const PasswordOptions& options, Records records) {
   FindCamera(records, options.id);  // before the user types
   std::string password = options.hasNoPassword ? "" : CameraPassword();
   const WipeAtEnd wipe(password);
-  if (!records.SetPassword(options.id, password)) FailWithoutCamera(options.id);
+  if (records.Change(options.id, {.password = &password}) != ChangeResult::kDone) FailWithoutCamera(options.id);
 }
 
 void SetStatus(const StatusOptions& options, Records records) {
-  if (!records.SetStatus(options.id, StatusOf(options.status))) FailWithoutCamera(options.id);
+  const auto change = [&](CameraRecord& camera) { camera.status = StatusOf(options.status); };
+  if (records.Change(options.id, {.record = change}) != ChangeResult::kDone) FailWithoutCamera(options.id);
 }
 
 void AddRemove(CLI::App& cameraCommand, const std::string& configOption) {

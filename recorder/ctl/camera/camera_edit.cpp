@@ -55,15 +55,18 @@ CameraRecord Changed(CameraRecord camera, const CameraEdit& edit) {
 }
 
 /// Stores what changes alone, since others may change the record meanwhile.
-void Store(const CameraEdit& edit, const Text& password, Records& records) {
-  const auto change = [&](CameraRecord& camera) { camera = Changed(camera, edit); };
-  if (!records.Change(edit.id, change, password)) FailWithoutCamera(edit.id);
+void Store(const CameraEdit& edit, const std::string* password, Records& records) {
+  const CameraChange change{.record = [&](CameraRecord& camera) { camera = Changed(camera, edit); },
+                            .password = password,
+                            .forgetsLogin = edit.allowsBasic,
+                            .forgetsCertificates = edit.trustsNewCertificate};
+  if (records.Change(edit.id, change) != ChangeResult::kDone) FailWithoutCamera(edit.id);
 }
 
 void StoreWithPassword(const CameraEdit& edit, Records& records) {
-  Text password = edit.hasNoPassword ? "" : CameraPassword();
-  const WipeAtEnd wipe(*password);
-  Store(edit, password, records);
+  std::string password = edit.hasNoPassword ? "" : CameraPassword();
+  const WipeAtEnd wipe(password);
+  Store(edit, &password, records);
 }
 
 /// Checks the model that is wanted, which becomes one by the recorder's own names.
@@ -85,9 +88,7 @@ void Run(CameraEdit& edit, const Config& config) {
   if (edit.vendor || edit.model) TakeModelNames(edit, camera, config);
   if (!edit.isForced && !IsSamePlace(before, camera)) CheckPlace(camera, records);
   const bool wantsPassword = edit.hasNewPassword || edit.hasNoPassword || !KeepsPassword(before, camera);
-  wantsPassword ? StoreWithPassword(edit, records) : Store(edit, std::nullopt, records);
-  if (edit.allowsBasic) records.ForgetLogin(edit.id);
-  if (edit.trustsNewCertificate) records.ForgetCertificates(edit.id);
+  wantsPassword ? StoreWithPassword(edit, records) : Store(edit, nullptr, records);
 }
 
 void AddEditOptions(CLI::App& command, CameraEdit& edit) {

@@ -70,8 +70,9 @@ TEST_F(RecordsTest, AChangedRecordKeepsItsPasswordForItsOwnStreamAlone) {
   camera.name = "gate";
   camera.channel = "2";
   const auto change = [&](const std::optional<std::string>& password) {
-    return records.Change(
-        camera.id, [&](CameraRecord& record) { record = camera; }, password);
+    const auto become = [&](CameraRecord& record) { record = camera; };
+    const CameraChange changed{.record = become, .password = password ? &*password : nullptr};
+    return records.Change(camera.id, changed) == ChangeResult::kDone;
   };
   EXPECT_TRUE(change(std::nullopt));
   EXPECT_EQ(records.Password(*records.Find(camera.id)), "secret");
@@ -110,7 +111,8 @@ TEST_F(RecordsTest, ACameraIsKnownAgainByWhatWasLearntFirst) {
   records.LearnIdentity(id + 1, {"urn:uuid:2", ""});
   const std::map<int, CameraIdentity> wanted = {{id, {"urn:uuid:1", "0A1B"}}};
   EXPECT_EQ(records.Identities(), wanted);
-  records.SetPassword(id, "another");
+  const std::string another = "another";
+  records.Change(id, {.password = &another});
   EXPECT_TRUE(records.Identities().empty()) << "whoever sets a password says anew which camera is there";
 }
 

@@ -112,7 +112,7 @@ TEST_F(LendingTest, ANamedPortIsTheCameraWithTheCertificateOfItsOwnPort) {
   for (int port = 1000; port < 1100; ++port) EXPECT_EQ(lent->TrustCertificate(port, "c"), Outcome::kOk);
   Records records{folder_.Path()};
   EXPECT_EQ(records.PinnedCertificates(3).size(), kMostPinnedPorts + 1);
-  records.ForgetCertificates(3);
+  records.Change(3, {.forgetsCertificates = true});
   for (const int port : {1000, 1001, kOwn}) EXPECT_EQ(Lend()->TrustCertificate(port, "d"), Outcome::kOk);
 }
 

@@ -1,0 +1,155 @@
+#include <map>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "recorder/records/records.h"
+#include "recorder/records/records_file.h"
+
+namespace recorder {
+namespace {
+
+/// What the main stream is asked by.
+auto MainOf(const CameraRecord& camera) {
+  return std::tie(camera.vendor, camera.model, camera.port, camera.channel, camera.sourcePath);
+}
+
+CameraStream StreamOf(SQLite::Statement& row) {
+  CameraStream stream;
+  int column = 0;
+  for (std::string* text : {&stream.name, &stream.address, &stream.vendor, &stream.model}) {
+    *text = row.getColumn(column++).getString();
+  }
+  stream.port = row.getColumn(column++).getInt();
+  for (std::string* text : {&stream.channel, &stream.sourcePath}) *text = row.getColumn(column++).getString();
+  return stream;
+}
+
+std::optional<Outcome> OutcomeNamed(const std::string& name) {
+  for (int i = 0; i < static_cast<int>(Outcome::kCount); ++i) {
+    if (NameOf(static_cast<Outcome>(i)) == name) return static_cast<Outcome>(i);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+void Records::Impl::StoreStreams(int id, const std::vector<CameraStream>& streams) {
+  RequireNoMistake(FindMistake(streams));
+  Run("DELETE FROM streams WHERE cameraId = ?", id);
+  for (const CameraStream& stream : streams) {
+    const CameraStream asked = stream.name == kOwnStream ? CameraStream() : stream;
+    Run("INSERT INTO streams VALUES (?, ?, ?, ?, ?, ?, ?, ?)", id, stream.name, stream.address, asked.vendor,
+        asked.model, asked.port, asked.channel, asked.sourcePath);
+  }
+}
+
+void Records::Impl::StoreFacts(int id, const std::vector<CameraFact>& facts) {
+  RequireNoMistake(FindMistake(facts));
+  Run("DELETE FROM facts WHERE cameraId = ?", id);
+  for (const CameraFact& fact : facts) {
+    Run("INSERT INTO facts VALUES (?, ?, ?, ?, ?, ?)", id, fact.stream, fact.name, fact.value, fact.from, fact.at);
+  }
+}
+
+void Records::Impl::ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change) {
+  const int id = after.id;
+  const bool isElsewhere = before.host != after.host || before.port != after.port;
+  const bool isOther = before.host != after.host || before.user != after.user;
+  const bool mayLogInNow = change.password != nullptr || change.forgetsLogin || change.streams;
+  if (isElsewhere || change.forgetsLogin) Run("UPDATE cameras SET strongestLogin = 0 WHERE id = ?", id);
+  if (isElsewhere || change.forgetsCertificates) Run("DELETE FROM certificates WHERE cameraId = ?", id);
+  if (isElsewhere) Run("DELETE FROM outcomes WHERE cameraId = ?", id);
+  if (mayLogInNow) Run("DELETE FROM outcomes WHERE cameraId = ? AND cause = 'loginRefused'", id);
+  if (isOther) {
+    Run("DELETE FROM streams WHERE cameraId = ?", id);
+    Run("DELETE FROM facts WHERE cameraId = ?", id);
+  } else if (MainOf(before) != MainOf(after)) {
+    Run("DELETE FROM streams WHERE cameraId = ? AND name = ?", id, kOwnStream);
+    Run("DELETE FROM facts WHERE cameraId = ? AND stream = ?", id, kOwnStream);
+  }
+}
+
+std::vector<CameraStream> Records::Streams(int id) const {
+  return impl_->Guarded([&] {
+    const auto camera = Find(id);
+    if (!camera) return std::vector<CameraStream>();
+    std::vector<CameraStream> streams = {
+        {kOwnStream, "", camera->vendor, camera->model, camera->port, camera->channel, camera->sourcePath}};
+    SQLite::Statement query{impl_->database,
+                            "SELECT name, address, vendor, model, port, channel, sourcePath FROM streams WHERE "
+                            "cameraId = ? ORDER BY name"};
+    query.bind(1, id);
+    while (query.executeStep()) {
+      CameraStream stream = StreamOf(query);
+      if (stream.name == kOwnStream) {
+        streams.front().address = stream.address;
+      } else {
+        streams.push_back(std::move(stream));
+      }
+    }
+    return streams;
+  });
+}
+
+std::map<int, std::vector<std::string>> Records::StreamNames() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT id, streams.name FROM cameras LEFT JOIN streams ON cameraId = id AND streams.name "
+                            "<> ? WHERE removedAt IS NULL ORDER BY id, streams.name"};
+    query.bind(1, kOwnStream);
+    std::map<int, std::vector<std::string>> names;
+    while (query.executeStep()) {
+      std::vector<std::string>& ofCamera = names[query.getColumn(0).getInt()];
+      if (ofCamera.empty()) ofCamera.emplace_back(kOwnStream);
+      if (!query.getColumn(1).isNull()) ofCamera.push_back(query.getColumn(1).getString());
+    }
+    return names;
+  });
+}
+
+std::vector<CameraFact> Records::Facts(int id) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT stream, facts.name, value, source, at FROM facts JOIN cameras ON id = cameraId "
+                            "WHERE id = ? AND removedAt IS NULL ORDER BY facts.rowid"};
+    query.bind(1, id);
+    std::vector<CameraFact> facts;
+    while (query.executeStep()) {
+      facts.push_back({query.getColumn(0).getString(), query.getColumn(1).getString(), query.getColumn(2).getString(),
+                       query.getColumn(3).getString(), query.getColumn(4).getInt64()});
+    }
+    return facts;
+  });
+}
+
+void Records::NoteOutcome(int id, Outcome cause, std::int64_t seconds) {
+  const std::string name{NameOf(cause)};
+  impl_->Guarded([&] {
+    SQLite::Statement same{impl_->database, "SELECT 1 FROM outcomes WHERE cameraId = ? AND cause = ?"};
+    SQLite::bind(same, id, name);
+    if (same.executeStep()) return;  // without a lock, which others would wait for
+    impl_->Run(
+        "INSERT INTO outcomes SELECT id, ?2, ?3, iif(?2 = 'ok', ?3, 0) FROM cameras WHERE id = ?1 AND removedAt IS "
+        "NULL ON CONFLICT (cameraId) DO UPDATE SET cause = ?2, since = ?3, lastSuccess = iif(?2 = 'ok', ?3, "
+        "lastSuccess) WHERE cause <> ?2",
+        id, name, seconds);
+  });
+}
+
+std::map<int, CameraOutcome> Records::Outcomes() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT cameraId, cause, since, lastSuccess FROM outcomes JOIN cameras ON id = cameraId "
+                            "WHERE removedAt IS NULL"};
+    std::map<int, CameraOutcome> outcomes;
+    while (query.executeStep()) {
+      const auto cause = OutcomeNamed(query.getColumn(1).getString());
+      if (!cause) continue;
+      outcomes[query.getColumn(0).getInt()] = {*cause, query.getColumn(2).getInt64(), query.getColumn(3).getInt64()};
+    }
+    return outcomes;
+  });
+}
+
+}  // namespace recorder
