@@ -4,13 +4,19 @@
 
 namespace recorder {
 
-std::string_view TakePath(const HttpRequest& request, std::string& name) {
-  std::string_view path = request.path;
-  path.remove_prefix(std::min(path.size(), kOwnPrefix.size()));
-  const std::size_t slash = path.find('/');
-  if (slash == std::string_view::npos) return path;
-  name = path.substr(slash + 1);
-  return name.empty() ? std::string_view() : path.substr(0, slash + 1);
+std::optional<std::string> NameIn(const HttpRequest& request, std::string_view path) {
+  std::string_view address = request.path;
+  address.remove_prefix(std::min(address.size(), kOwnPrefix.size()));
+  const std::size_t star = path.find('*');
+  const bool isOpen = path.ends_with('/');
+  if (star == std::string_view::npos && !isOpen) return address == path ? std::optional<std::string>("") : std::nullopt;
+  const std::string_view before = path.substr(0, star);
+  const std::string_view after = isOpen ? std::string_view() : path.substr(star + 1);
+  const bool isThere =
+      address.size() > before.size() + after.size() && address.starts_with(before) && address.ends_with(after);
+  if (!isThere) return std::nullopt;
+  const std::string_view name = address.substr(before.size(), address.size() - before.size() - after.size());
+  return isOpen || name.find('/') == std::string_view::npos ? std::optional<std::string>(name) : std::nullopt;
 }
 
 HttpError NoSuchRoute(const std::string& allowed) {

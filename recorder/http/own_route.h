@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,21 +18,23 @@ enum class Need {
   kAdmin,
 };
 
-/// What the address of a request matches in a table of routes, and the name behind that: "users/" and "hall". A path
-/// that ends with '/' and has no name matches nothing.
-std::string_view TakePath(const HttpRequest& request, std::string& name);
+/// The name in the address of a request, where that is what `path` of a row describes: the address behind kOwnPrefix,
+/// in which a '*' stands for a name without '/', and a '/' at the end for one behind it that may hold some; "" where
+/// the row has none. Nothing where it is another address.
+std::optional<std::string> NameIn(const HttpRequest& request, std::string_view path);
 
 /// The refusal of a verb where only those of `allowed` ("GET, POST") are; of the address where that is empty.
 HttpError NoSuchRoute(const std::string& allowed);
 
-/// The row of a table for this request, and its name. A row begins with `verb` and `path`, the address behind
-/// kOwnPrefix, which ends with '/' when a name follows. Throws HttpError: 404, or 405 with the header Allow.
+/// The row of a table for this request, and its name. A row begins with `verb` and `path`, as NameIn has it. Throws
+/// HttpError: 404, or 405 with the header Allow.
 template <class Routes>
 const auto& FindRoute(const Routes& routes, const HttpRequest& request, std::string& name) {
-  const std::string_view path = TakePath(request, name);
   std::string allowed;
   for (const auto& route : routes) {
-    if (route.path != path) continue;
+    const std::optional<std::string> found = NameIn(request, route.path);
+    if (!found) continue;
+    name = *found;
     if (route.verb == request.method) return route;
     allowed += (allowed.empty() ? "" : ", ") + std::string(route.verb);
   }

@@ -21,11 +21,12 @@ DiscoverRequest ReadDiscoverRequest(const OwnRequest& request) {
 
 }  // namespace
 
-OwnAnswer DiscoverDevices(const OwnRequest& request, LineAnswer& lines) try {
+OwnAnswer DiscoverDevices(const OwnRequest& request, OwnTools& tools) try {
   Records records(GetConfig().stateFolder);
-  const auto networks = Discover(
-      ReadDiscoverRequest(request), &records,
-      [&](const find::FoundDevice& device, const auto& stored) { return lines.Tell(DeviceJson(device, stored)); });
+  const auto networks =
+      Discover(ReadDiscoverRequest(request), &records, [&](const find::FoundDevice& device, const auto& stored) {
+        return tools.lines.Tell(DeviceJson(device, stored));
+      });
   Json::Value data(Json::objectValue);
   data["networks"] = NetworksJson(networks);
   return Success(std::move(data));

@@ -31,10 +31,10 @@ FindRequest ReadFindRequest(const OwnRequest& request) {
 
 }  // namespace
 
-OwnAnswer FindStreams(const OwnRequest& request, LineAnswer& lines) {
+OwnAnswer FindStreams(const OwnRequest& request, OwnTools& tools) {
   FindRequest wanted = ReadFindRequest(request);
   const WipeAtEnd wipe(wanted.password);
-  const auto tell = [&](FindStep step, const FindResult& soFar) { return lines.Tell(StepJson(step, soFar)); };
+  const auto tell = [&](FindStep step, const FindResult& soFar) { return tools.lines.Tell(StepJson(step, soFar)); };
   const FindResult result = Find(wanted, tell);
   if (result.outcome == Outcome::kOk) return Success(FindJson(wanted.host, result));
   OwnAnswer failure = CameraFailure(result.outcome);

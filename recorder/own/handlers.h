@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recorder/host/module_library.h"
+#include "recorder/host/output_capture.h"
 #include "recorder/http/line_answer.h"
 #include "recorder/http/own_request.h"
 
@@ -7,13 +9,20 @@ namespace recorder {
 
 // What each address below /recorder/1/ does that is not about logins; docs/api.md tells it to clients, and
 // docs/security.md who may. Of a GET the parameters are those of the query, as ParseForm has them; else those of the
-// JSON in the body. A handler that contacts cameras opens its own RequestScope. What it has to tell before it is done
-// goes to `lines`; once Tell() is false it returns, whatever it answers. Throws HttpError.
+// JSON in the body. A handler that contacts cameras opens its own RequestScope, or calls the module. Throws HttpError.
 
-OwnAnswer DiscoverDevices(const OwnRequest& request, LineAnswer& lines);
-OwnAnswer FindStreams(const OwnRequest& request, LineAnswer& lines);
-OwnAnswer ListModels(const OwnRequest& request, LineAnswer& lines);
-OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& lines);
-OwnAnswer MeasureStream(const OwnRequest& request, LineAnswer& lines);
+/// What a handler may use beside its request.
+struct OwnTools {
+  LineAnswer&
+      lines;  ///< for what is told before all is done; once Tell() is false the handler returns, whatever it answers
+  const ModuleLibrary& module;
+  OutputCapture& output;  ///< of the process, for calls of the module
+};
+
+OwnAnswer DiscoverDevices(const OwnRequest& request, OwnTools& tools);
+OwnAnswer FindStreams(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ListModels(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ShowModel(const OwnRequest& request, OwnTools& tools);
+OwnAnswer MeasureStream(const OwnRequest& request, OwnTools& tools);
 
 }  // namespace recorder

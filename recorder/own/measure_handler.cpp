@@ -20,7 +20,7 @@ CameraAddress CameraOf(const OwnRequest& request) {
 
 }  // namespace
 
-OwnAnswer MeasureStream(const OwnRequest& request, LineAnswer& /*lines*/) {
+OwnAnswer MeasureStream(const OwnRequest& request, OwnTools& /*tools*/) {
   constexpr int kMost = static_cast<int>(kLongestMeasure.count());
   const std::chrono::seconds longest(NumberOf(request, "seconds", 1, kMost, kMost));
   const MeasureResult result = Measure(CameraOf(request), TextOf(request, "path"), longest, {});

@@ -99,7 +99,7 @@ std::optional<int> PortOf(const OwnRequest& request) {
 
 }  // namespace
 
-OwnAnswer ListModels(const OwnRequest& request, LineAnswer& /*lines*/) {
+OwnAnswer ListModels(const OwnRequest& request, OwnTools& /*tools*/) {
   static ListTag tags;
   const auto catalog = Models();
   const std::string& tag = tags.Of(catalog);
@@ -110,7 +110,7 @@ OwnAnswer ListModels(const OwnRequest& request, LineAnswer& /*lines*/) {
   return answer;
 }
 
-OwnAnswer ShowModel(const OwnRequest& request, LineAnswer& /*lines*/) {
+OwnAnswer ShowModel(const OwnRequest& request, OwnTools& /*tools*/) {
   const FoundModel found = FindByAddress(request.name);
   if (!found.model) return NoSuchModel(request.name);
   const auto text = [&](const char* member) { return request.params[member].asString(); };

@@ -1,27 +1,40 @@
 #include "recorder/own/own_routes.h"
 
+#include <algorithm>
+
 namespace recorder {
 
 namespace {
 
 constexpr OwnRoute kRoutes[] = {
-    {"POST", "discover", Need::kAdmin, Pool::kCameras, &DiscoverDevices},
-    {"POST", "find", Need::kAdmin, Pool::kCameras, &FindStreams},
-    {"GET", "models", Need::kUser, Pool::kLists, &ListModels},
-    {"GET", "models/", Need::kUser, Pool::kLists, &ShowModel},
-    {"POST", "measure", Need::kAdmin, Pool::kCameras, &MeasureStream},
+    {"POST", "discover", Need::kAdmin, Pool::kCameras, Keep::kNothing, &DiscoverDevices},
+    {"POST", "find", Need::kAdmin, Pool::kCameras, Keep::kNothing, &FindStreams},
+    {"GET", "models", Need::kUser, Pool::kLists, Keep::kUntilAsked, &ListModels},
+    {"GET", "models/", Need::kUser, Pool::kLists, Keep::kUntilAsked, &ShowModel},
+    {"POST", "measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureStream},
 };
+
+/// Each once.
+template <class Condition>
+std::vector<std::string_view> PathsWhere(Condition isMet) {
+  std::vector<std::string_view> paths;
+  for (const OwnRoute& route : kRoutes) {
+    const bool isNew = std::ranges::find(paths, route.path) == paths.end();
+    if (isNew && isMet(route)) paths.push_back(route.path);
+  }
+  return paths;
+}
 
 }  // namespace
 
 std::span<const OwnRoute> OwnRoutes() { return kRoutes; }
 
 std::vector<std::string_view> OwnListPaths() {
-  std::vector<std::string_view> paths;
-  for (const OwnRoute& route : kRoutes) {
-    if (route.pool == Pool::kLists) paths.push_back(route.path);
-  }
-  return paths;
+  return PathsWhere([](const OwnRoute& route) { return route.pool == Pool::kLists; });
+}
+
+std::vector<std::string_view> OwnKeptPaths() {
+  return PathsWhere([](const OwnRoute& route) { return route.keep == Keep::kUntilAsked; });
 }
 
 }  // namespace recorder

@@ -15,13 +15,20 @@ enum class Pool {
   kLists,
 };
 
+/// What a browser does with an answer.
+enum class Keep {
+  kNothing,
+  kUntilAsked,  ///< keeps it, and asks each time whether it still holds: only what is about nobody and no camera
+};
+
 /// One address; rows of the same path have the same pool.
 struct OwnRoute {
   std::string_view verb;
-  std::string_view path;  ///< behind kOwnPrefix; ends with '/' when a name follows
+  std::string_view path;  ///< as NameIn has it
   Need need;              ///< kUser or kAdmin: the web server lets nobody else ask
   Pool pool;
-  OwnAnswer (*handler)(const OwnRequest& request, LineAnswer& lines);
+  Keep keep;  ///< the same in rows of the same path, like the pool
+  OwnAnswer (*handler)(const OwnRequest& request, OwnTools& tools);
 };
 
 /// All addresses that workers answer below /recorder/1/.
@@ -29,5 +36,8 @@ std::span<const OwnRoute> OwnRoutes();
 
 /// The paths of those that the workers of lists answer.
 std::vector<std::string_view> OwnListPaths();
+
+/// The paths of those whose answers a browser may keep.
+std::vector<std::string_view> OwnKeptPaths();
 
 }  // namespace recorder

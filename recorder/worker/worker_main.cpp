@@ -69,8 +69,8 @@ std::string Called(const ApiCall& call, OutputCapture& output) {
 }
 
 /// What is left to be sent of what the recorder itself answers.
-std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, LineAnswer& lines) {
-  std::string rest = lines.Rest(AnswerOwn(request, caller, lines));
+std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const OwnTools& tools) {
+  std::string rest = tools.lines.Rest(AnswerOwn(request, caller, tools));
   GiveMemoryBack();
   return rest;
 }
@@ -82,7 +82,7 @@ std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   CheckSameSite(request, host.config.hostNames);
-  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, lines);
+  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output});
   return Called(ToApiCall(request, host.module, caller.has_value()), output);
 }
 

@@ -25,7 +25,7 @@ namespace {
 /// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
 /// hold a password, such as one that was joined of two, only recorder-login gets to know.
 /// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
-/// Its lists hold nothing about anybody, and a browser may keep them if it asks anew.
+/// A browser may keep its lists that hold nothing about anybody or any camera, if it asks anew.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -85,7 +85,7 @@ else $HTTP["url"] =~ "USER_ADDRESSES" {
 $HTTP["url"] =~ "^/recorder/1/" {
   server.stream-response-body = 1
 }
-$HTTP["url"] =~ "^/recorder/1/(OWN_LISTS)$" {
+$HTTP["url"] =~ "^/recorder/1/(OWN_KEPT)$" {
   setenv.set-response-header = ( "Cache-Control" => "private, no-cache", HEADERS_OF_DATA )
 }
 $HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
@@ -172,6 +172,7 @@ std::string OwnPaths(std::span<const std::string_view> paths) {
   for (const std::string_view path : paths) {
     text += (text.empty() ? "" : "|") + std::string(path) + (path.ends_with('/') ? ".+" : "");
   }
+  Replace(text, "*", "[^/]+");
   return text;
 }
 
@@ -199,6 +200,7 @@ std::string LighttpdConfig(const WebServerOptions& options, int port) {
   Replace(text, "LISTEN_ADDRESS", WithBrackets(options.address.host));
   Replace(text, "LIST_METHODS", Alternatives(MethodsWithoutCamera()));
   Replace(text, "OWN_LISTS", OwnPaths(OwnListPaths()));
+  Replace(text, "OWN_KEPT", OwnPaths(OwnKeptPaths()));
   Replace(text, "LARGE_METHODS", Alternatives(MethodsWithList()));
   Replace(text, "ADDED_HEADERS", options.certificate ? kTlsHeader : "");
   Replace(text, "ALL_WAYS", Quoted(kAllWays));
