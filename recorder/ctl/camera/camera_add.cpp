@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "recorder/ctl/camera/camera_input.h"
-#include "recorder/ctl/camera/known_models.h"
 #include "recorder/ctl/find_command.h"
 #include "recorder/ctl/found_text.h"
 #include "recorder/device/find/stored_as.h"
+#include "recorder/device/model/known_models.h"
 #include "recorder/host/host.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/text.h"

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "recorder/ctl/camera/known_models.h"
 #include "recorder/ctl/camera/list_mistake.h"
+#include "recorder/device/model/known_models.h"
 #include "recorder/records/records.h"
 
 namespace recorder {

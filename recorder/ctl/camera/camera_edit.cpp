@@ -5,9 +5,9 @@
 #include <stdexcept>
 
 #include "recorder/ctl/camera/camera_input.h"
-#include "recorder/ctl/camera/camera_places.h"
-#include "recorder/ctl/camera/known_models.h"
+#include "recorder/device/model/known_models.h"
 #include "recorder/host/host.h"
+#include "recorder/records/camera_places.h"
 #include "recorder/records/records.h"
 
 namespace recorder {

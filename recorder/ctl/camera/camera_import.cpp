@@ -5,10 +5,10 @@
 
 #include "recorder/ctl/camera/camera_csv.h"
 #include "recorder/ctl/camera/camera_input.h"
-#include "recorder/ctl/camera/camera_places.h"
 #include "recorder/ctl/camera/headings.h"
 #include "recorder/ctl/camera/list_mistake.h"
 #include "recorder/host/host.h"
+#include "recorder/records/camera_places.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/text.h"

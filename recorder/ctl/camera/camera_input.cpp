@@ -2,9 +2,9 @@
 
 #include <stdexcept>
 
-#include "recorder/ctl/camera/camera_places.h"
-#include "recorder/ctl/camera/known_models.h"
 #include "recorder/ctl/password_input.h"
+#include "recorder/device/model/known_models.h"
+#include "recorder/records/camera_places.h"
 
 namespace recorder {
 

@@ -1,4 +1,4 @@
-#include "recorder/ctl/camera/known_models.h"
+#include "recorder/device/model/known_models.h"
 
 #include <optional>
 

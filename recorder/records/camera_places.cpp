@@ -1,4 +1,4 @@
-#include "recorder/ctl/camera/camera_places.h"
+#include "recorder/records/camera_places.h"
 
 #include "recorder/utility/text.h"
 
