@@ -5,38 +5,23 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/run_call.h"
+#include "recorder/host/host.h"
+#include "recorder/host/stored_call.h"
 
 namespace recorder {
 
 namespace {
-
-constexpr char kTestMethod[] = "CameraTest";
-constexpr char kPictureMethod[] = "GetSnapshot";
 
 struct StoredCallOptions {
   int id = 0;
   std::string pictureFile;
 };
 
-/// The parameters of either method. The password stays in the records until the login.
-Json::Value ParamsOf(const CameraRecord& camera) {
-  Json::Value params(Json::objectValue);
-  params["camId"] = camera.id;
-  params["camIP"] = camera.host;
-  params["camPort"] = camera.port;
-  params["camUserName"] = camera.user;
-  for (const char* name : {"camPassWord", "camPassword"}) params[name] = gszFakePass;
-  params["camModel"] = camera.vendor + " " + camera.model;
-  params["camChannel"] = camera.channel;
-  params["camSourcePath"] = camera.sourcePath;
-  return params;
-}
-
 void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
   const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
   const Host host = StartHost(FindConfigFile(configOption));
   const CameraRecord camera = FindEnabled(Records(host.config.stateFolder), options.id);
-  RunAndPrint(StoredCall(host, method, camera), camera.name, pictureFile);
+  RunAndPrint(StoredCall(host.module, method, camera), camera.name, pictureFile);
 }
 
 }  // namespace
@@ -47,15 +32,6 @@ CameraRecord FindEnabled(const Records& records, int id) {
     throw std::runtime_error("camera " + std::to_string(id) + " is disabled");
   }
   return camera;
-}
-
-ApiCall StoredCall(const Host& host, const std::string& method, const CameraRecord& camera) {
-  ApiCall call;
-  call.method = host.module.Find(method);
-  if (call.method == nullptr) throw std::runtime_error("the module has no method " + method);
-  call.params = ParamsOf(camera);
-  call.isAuthorized = true;  // whoever can read the records may ask
-  return call;
 }
 
 void AddStoredCallCommands(CLI::App& app, const std::string& configOption) {

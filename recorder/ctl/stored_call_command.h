@@ -3,8 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "recorder/host/api_call.h"
-#include "recorder/host/host.h"
 #include "recorder/records/records.h"
 
 namespace recorder {
@@ -12,10 +10,6 @@ namespace recorder {
 /// A camera that may be asked: nobody's password goes to one that is switched off. Throws std::runtime_error when it is
 /// disabled, or not there.
 CameraRecord FindEnabled(const Records& records, int id);
-
-/// The call of CameraTest or GetSnapshot with what is stored of a camera. Throws std::runtime_error when the module has
-/// no such method.
-ApiCall StoredCall(const Host& host, const std::string& method, const CameraRecord& camera);
 
 /// `test ID` and `snapshot ID`: call CameraTest and GetSnapshot with what is stored of a camera. `configOption` is read
 /// when a command runs.

@@ -12,6 +12,7 @@
 #include "recorder/device/asked/export_model.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/host/host.h"
+#include "recorder/host/stored_call.h"
 #include "recorder/media/codecs.h"
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/json_text.h"
@@ -36,7 +37,7 @@ ExportedCamera Exported(const CameraRecord& camera, const Records& records) {
 
 /// Whether CameraTest finds the camera's stream in that codec, over "RTSP" or "HTTP".
 bool IsThere(const Host& host, const CameraRecord& camera, const std::string& codec, const std::string& way) {
-  ApiCall call = StoredCall(host, "CameraTest", camera);
+  ApiCall call = StoredCall(host.module, kTestMethod, camera);
   call.params["camVideoType"] = codec;
   call.params["camStreamingType"] = way;
   const Progress progress(camera.name);
