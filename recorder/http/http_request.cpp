@@ -42,6 +42,7 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.origin = text("HTTP_ORIGIN");
   request.fetchSite = text("HTTP_SEC_FETCH_SITE");
   request.ifNoneMatch = text("HTTP_IF_NONE_MATCH");
+  request.ifMatch = text("HTTP_IF_MATCH");
   request.address = Unmapped(text("REMOTE_ADDR"));
   request.remoteUser = text("REMOTE_USER");
   request.remoteRole = text("REMOTE_ROLE");

@@ -19,10 +19,19 @@ class HttpError : public std::runtime_error {
       : std::runtime_error(reason), status_(status), headers_(std::move(headers)) {}
   int Status() const { return status_; }
   const std::string& Headers() const { return headers_; }
+  const Json::Value& More() const { return more_; }
+
+  /// The same with a member beside code and message: what programs need to know of it.
+  HttpError With(const std::string& member, const Json::Value& value) const {
+    HttpError other = *this;
+    other.more_[member] = value;
+    return other;
+  }
 
  private:
   int status_;
   std::string headers_;
+  Json::Value more_{Json::objectValue};
 };
 
 /// One request as a web server hands it to a CGI or FastCGI program (RFC 3875).
@@ -38,6 +47,7 @@ struct HttpRequest {
   std::string origin;         ///< the Origin header
   std::string fetchSite;      ///< the Sec-Fetch-Site header
   std::string ifNoneMatch;    ///< the If-None-Match header
+  std::string ifMatch;        ///< the If-Match header
   std::string address;        ///< of whoever asks; of IPv4 without the prefix of IPv6
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
   std::string remoteRole;     ///< his role, or "": recorder-login tells it with him

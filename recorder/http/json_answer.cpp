@@ -39,12 +39,14 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
 
 std::string ToCgi(const OwnAnswer& answer) {
   if (!answer.json.isNull()) return JsonAnswer(answer.status, answer.json, answer.headers);
-  return HeadOf(answer.status) + answer.headers + "\r\n";
+  return HeadOf(answer.status) + answer.headers + "\r\n" + answer.body;
 }
 
 OwnAnswer Refusal(const std::exception& error) {
   if (const auto* refused = dynamic_cast<const HttpError*>(&error)) {
-    return {refused->Status(), Failure(refused->Status(), refused->what()), refused->Headers()};
+    Json::Value json = Failure(refused->Status(), refused->what());
+    for (const std::string& member : refused->More().getMemberNames()) json["error"][member] = refused->More()[member];
+    return {refused->Status(), json, refused->Headers()};
   }
   LogFailure(error.what());
   return {500, Failure(500, "the recorder failed; its log says why")};

@@ -27,8 +27,9 @@ std::string FailureAnswer(int status, const std::string& message, const std::str
 /// An answer of the recorder's own addresses.
 struct OwnAnswer {
   int status = 200;
-  Json::Value json;          ///< null: no body, as of 304
+  Json::Value json;          ///< null: there is no JSON
   std::string headers = {};  ///< more lines, each with its end
+  std::string body = {};     ///< where there is no JSON; `headers` tell its type and length
 };
 
 std::string ToCgi(const OwnAnswer& answer);

@@ -144,6 +144,21 @@ Json::Value StreamsOf(const Model& model, const AskedCamera& camera) {
 
 }  // namespace
 
+Json::Value NearestJson(const std::vector<ModelName>& models, const std::string& wanted) {
+  constexpr std::size_t kMostNearest = 5;
+  Json::Value nearest(Json::arrayValue);
+  for (const ModelName& near : NearestModels(models, wanted, kMostNearest)) {
+    Json::Value& entry = nearest.append(Json::Value(Json::objectValue));
+    entry["vendor"] = near.vendor;
+    entry["model"] = near.model;
+  }
+  return nearest;
+}
+
+std::string StreamAddress(const Model& model, const ModelStream& stream, const AskedCamera& camera) {
+  return AddressOf(stream, camera, StreamPath(stream, ChannelToAsk(model, camera.channel)));
+}
+
 Json::Value ModelEntry(const Model& model, ModelOrigin origin) {
   Json::Value entry(Json::objectValue);
   entry["vendor"] = model.vendor;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -7,18 +6,16 @@
 #include <vector>
 
 #include "recorder/device/model/built_in_models.h"
-#include "recorder/device/model/nearest_models.h"
+#include "recorder/device/model/known_models.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/own/entity_tag.h"
 #include "recorder/own/handlers.h"
 #include "recorder/own/model_document.h"
 #include "recorder/utility/json_text.h"
-#include "recorder/utility/text.h"
 
 namespace recorder {
 
 namespace {
-
-constexpr std::size_t kMostNearest = 5;
 
 /// All models, by vendor and name.
 std::vector<std::pair<const Model*, ModelOrigin>> AllModels(const ModelCatalog& catalog) {
@@ -40,13 +37,12 @@ Json::Value ListOf(const ModelCatalog& catalog) {
   return data;
 }
 
-/// The entity tag (RFC 9110 section 8.8.3) of a catalog's list. It costs as much as the list, and is made once. One
+/// The entity tag of a catalog's list. It costs as much as the list, and is made once. One
 /// thread.
 class ListTag {
  public:
   const std::string& Of(const std::shared_ptr<const ModelCatalog>& catalog) {
-    if (catalog_.lock() != catalog)
-      tag_ = '"' + std::to_string(std::hash<std::string>{}(ToText(ListOf(*catalog)))) + '"';
+    if (catalog_.lock() != catalog) tag_ = TagOf(ToText(ListOf(*catalog)));
     catalog_ = catalog;
     return tag_;
   }
@@ -56,16 +52,6 @@ class ListTag {
   std::string tag_;
 };
 
-/// Whether an If-None-Match names the tag: "*", or a list of tags that are compared weakly (RFC 9110 section 13.1.2).
-bool IsNamed(const std::string& tag, std::string_view ifNoneMatch) {
-  if (ifNoneMatch == "*") return true;
-  const auto parts = Split(ifNoneMatch, ',');
-  return std::any_of(parts.begin(), parts.end(), [&](std::string_view part) {
-    part = Trimmed(part);
-    return part.substr(part.starts_with("W/") ? 2 : 0) == tag;
-  });
-}
-
 /// Of a model's address, "VENDOR/MODEL", where the second may hold a slash; a vendor's model without a name may be left
 /// out.
 FoundModel FindByAddress(const std::string& name) {
@@ -73,22 +59,10 @@ FoundModel FindByAddress(const std::string& name) {
   return FindModel(name.substr(0, slash), slash == name.size() ? "" : name.substr(slash + 1));
 }
 
-std::vector<ModelName> NearestTo(std::string name) {
+OwnAnswer NoSuchModel(std::string name) {
   std::replace(name.begin(), name.end(), '/', ' ');
-  std::vector<ModelName> names;
-  const auto catalog = Models();
-  for (const auto& [model, origin] : AllModels(*catalog)) names.push_back({model->vendor, model->name});
-  return NearestModels(names, PlainName(name), kMostNearest);
-}
-
-OwnAnswer NoSuchModel(const std::string& name) {
   Json::Value json = Failure(404, "no such model is known");
-  Json::Value& nearest = json["error"]["nearest"] = Json::Value(Json::arrayValue);
-  for (const ModelName& near : NearestTo(name)) {
-    Json::Value& entry = nearest.append(Json::Value(Json::objectValue));
-    entry["vendor"] = near.vendor;
-    entry["model"] = near.model;
-  }
+  json["error"]["nearest"] = NearestJson(KnownModels(*Models()), PlainName(name));
   return {404, json};
 }
 
@@ -103,10 +77,9 @@ OwnAnswer ListModels(const OwnRequest& request, OwnTools& /*tools*/) {
   static ListTag tags;
   const auto catalog = Models();
   const std::string& tag = tags.Of(catalog);
-  const std::string headers = "ETag: " + tag + "\r\n";
-  if (IsNamed(tag, request.http.ifNoneMatch)) return {304, {}, headers};
+  if (IsNoneMatch(tag, request.http.ifNoneMatch)) return {304, {}, TagLine(tag)};
   OwnAnswer answer = Success(ListOf(*catalog));
-  answer.headers = headers;
+  answer.headers = TagLine(tag);
   return answer;
 }
 

@@ -1,5 +1,7 @@
 #include "recorder/records/camera_places.h"
 
+#include <algorithm>
+
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -13,6 +15,12 @@ auto KeyOf(const CameraRecord& camera) {
 }  // namespace
 
 bool IsSamePlace(const CameraRecord& one, const CameraRecord& other) { return KeyOf(one) == KeyOf(other); }
+
+std::optional<CameraRecord> FindSamePlace(const CameraRecord& camera, const std::vector<CameraRecord>& stored) {
+  const auto other = std::ranges::find_if(
+      stored, [&](const CameraRecord& one) { return one.id != camera.id && IsSamePlace(one, camera); });
+  return other == stored.end() ? std::nullopt : std::optional(*other);
+}
 
 CameraPlaces::CameraPlaces(const std::vector<CameraRecord>& stored) {
   for (const CameraRecord& camera : stored) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -11,6 +12,9 @@ namespace recorder {
 
 /// Whether both are the same camera: host, port, channel and path are.
 bool IsSamePlace(const CameraRecord& one, const CameraRecord& other);
+
+/// The same camera under another id; nothing when it is not among `stored`.
+std::optional<CameraRecord> FindSamePlace(const CameraRecord& camera, const std::vector<CameraRecord>& stored);
 
 /// Where the same camera stands already: in the records, or further up in a list.
 class CameraPlaces {

@@ -42,10 +42,10 @@ void CheckModel(CameraRecord& camera, const Config& config) {
 }
 
 void CheckPlace(const CameraRecord& camera, const Records& records) {
-  std::vector<CameraRecord> others = records.List();
-  std::erase_if(others, [&](const CameraRecord& other) { return other.id == camera.id; });
-  const std::string place = CameraPlaces(others).Find(camera);
-  if (!place.empty()) throw std::runtime_error("the same camera as " + place + "; --force stores it once more");
+  const auto other = FindSamePlace(camera, records.List());
+  if (!other) return;
+  throw std::runtime_error("the same camera as camera " + std::to_string(other->id) + " (" + other->name +
+                           "); --force stores it once more");
 }
 
 }  // namespace recorder

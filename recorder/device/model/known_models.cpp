@@ -28,6 +28,8 @@ std::optional<ModelName> Find(const std::vector<ModelName>& models, const std::s
   return std::nullopt;
 }
 
+std::string WantedName(const CameraRecord& camera) { return PlainName(camera.vendor + " " + camera.model); }
+
 /// The models most like `wanted`, with commas between them.
 std::string Nearest(const std::vector<ModelName>& models, const std::string& wanted) {
   std::string text;
@@ -39,22 +41,28 @@ std::string Nearest(const std::vector<ModelName>& models, const std::string& wan
 
 }  // namespace
 
-std::vector<ModelName> KnownModels(const Config& config) {
+std::vector<ModelName> KnownModels(const ModelCatalog& files) {
   std::vector<ModelName> names;
   for (const auto& model : BuiltInModels()) names.push_back({model->vendor, model->name});
-  for (const VendorModels& vendor : ReadModels(ModelFoldersOf(config)).vendors) {
+  for (const VendorModels& vendor : files.vendors) {
     for (const Model& model : vendor.models) names.push_back({model.vendor, model.name});
   }
   return names;
 }
 
-std::string NameModel(CameraRecord& camera, const std::vector<ModelName>& models) {
-  const std::string wanted = PlainName(camera.vendor + " " + camera.model);
-  const auto name = Find(models, wanted);
-  if (!name) return "no such model is known; nearest: " + Nearest(models, wanted);
+std::vector<ModelName> KnownModels(const Config& config) { return KnownModels(ReadModels(ModelFoldersOf(config))); }
+
+bool TakeModelName(CameraRecord& camera, const std::vector<ModelName>& models) {
+  const auto name = Find(models, WantedName(camera));
+  if (!name) return false;
   camera.vendor = name->vendor;
   camera.model = name->model;
-  return "";
+  return true;
+}
+
+std::string NameModel(CameraRecord& camera, const std::vector<ModelName>& models) {
+  if (TakeModelName(camera, models)) return "";
+  return "no such model is known; nearest: " + Nearest(models, WantedName(camera));
 }
 
 }  // namespace recorder
