@@ -6,6 +6,9 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/utility.h"
+#include "recorder/device/check/camera_driver.h"
+#include "recorder/device/check/wanted_camera.h"
 #include "recorder/media/codecs.h"
 #include "recorder/media/key_frame_search.h"
 #include "recorder/media/rtp_header.h"
@@ -136,15 +139,42 @@ class Measurer {
   MeasureResult result_;
 };
 
+/// Where the stream of a stored camera is, as its model tells; `address` holds a lent password.
+Outcome PlaceStream(const CameraRecord& camera, CameraAddress& address, std::string& path) {
+  NameWantedCamera(camera.vendor, camera.model, address, camera.sourcePath);
+  const auto driver = MakeDriver(camera.vendor, camera.model, {address, camera.channel, camera.sourcePath});
+  if (!driver) return Outcome::kUnknownModel;
+  const bool isKnown = driver->GetStreamPath(path, address.port) == 0;
+  return isKnown ? Outcome::kOk : RequestScope::Current().Cause().value_or(Outcome::kNoPath);
+}
+
+MeasureResult FailedBy(Outcome outcome) {
+  MeasureResult result;
+  result.outcome = outcome;
+  return result;
+}
+
+MeasureResult MeasureAt(CameraAddress address, std::string path, const OnMeasured& onMeasured) {
+  const Outcome outcome = TakeApart(path, address);
+  return outcome == Outcome::kOk ? Measurer(address, path, onMeasured).Run() : FailedBy(outcome);
+}
+
 }  // namespace
 }  // namespace find
 
 MeasureResult Measure(CameraAddress address, std::string path, std::chrono::seconds longest,
                       const OnMeasured& onMeasured) {
   const RequestScope scope(std::min(longest, kLongestMeasure), kMeasuredBytes);
-  MeasureResult result;
-  result.outcome = TakeApart(path, address);
-  return result.outcome == Outcome::kOk ? find::Measurer(address, path, onMeasured).Run() : result;
+  return find::MeasureAt(std::move(address), std::move(path), onMeasured);
+}
+
+MeasureResult MeasureStored(const CameraRecord& camera, std::chrono::seconds longest) {
+  const RequestScope scope(std::min(longest, kLongestMeasure), kMeasuredBytes);
+  CameraAddress address{camera.host, camera.port, camera.user,
+                        GetCamRealPass(camera.id, camera.vendor, camera.model, camera.channel)};
+  std::string path;
+  const Outcome outcome = find::PlaceStream(camera, address, path);
+  return outcome == Outcome::kOk ? find::MeasureAt(address, path, {}) : find::FailedBy(outcome);
 }
 
 }  // namespace recorder

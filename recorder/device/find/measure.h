@@ -7,6 +7,7 @@
 
 #include "recorder/device/find/stream_tally.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/records/records.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
@@ -40,5 +41,9 @@ using OnMeasured = std::function<bool(const MeasureResult& soFar)>;
 /// RequestScope of its own: one session, and a wrong password is one refused login. Any thread.
 MeasureResult Measure(CameraAddress address, std::string path, std::chrono::seconds longest,
                       const OnMeasured& onMeasured);
+
+/// The same of a stored camera's stream, by the record that it is asked by: its password is lent for that. A camera
+/// that is asked where its streams are may be asked for it.
+MeasureResult MeasureStored(const CameraRecord& camera, std::chrono::seconds longest);
 
 }  // namespace recorder
