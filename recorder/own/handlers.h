@@ -25,4 +25,15 @@ OwnAnswer ListModels(const OwnRequest& request, OwnTools& tools);
 OwnAnswer ShowModel(const OwnRequest& request, OwnTools& tools);
 OwnAnswer MeasureStream(const OwnRequest& request, OwnTools& tools);
 
+OwnAnswer ListCameras(const OwnRequest& request, OwnTools& tools);
+OwnAnswer AddCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ShowCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ChangeCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer RemoveCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer RestoreCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ExportCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer TestCamera(const OwnRequest& request, OwnTools& tools);
+OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools);
+OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& tools);
+
 }  // namespace recorder

@@ -11,6 +11,16 @@ constexpr OwnRoute kRoutes[] = {
     {"POST", "find", Need::kAdmin, Pool::kCameras, Keep::kNothing, &FindStreams},
     {"GET", "models", Need::kUser, Pool::kLists, Keep::kUntilAsked, &ListModels},
     {"GET", "models/", Need::kUser, Pool::kLists, Keep::kUntilAsked, &ShowModel},
+    {"GET", "cameras", Need::kUser, Pool::kLists, Keep::kNothing, &ListCameras},
+    {"POST", "cameras", Need::kAdmin, Pool::kLists, Keep::kNothing, &AddCamera},
+    {"GET", "cameras/*", Need::kUser, Pool::kLists, Keep::kNothing, &ShowCamera},
+    {"PATCH", "cameras/*", Need::kAdmin, Pool::kLists, Keep::kNothing, &ChangeCamera},
+    {"DELETE", "cameras/*", Need::kAdmin, Pool::kLists, Keep::kNothing, &RemoveCamera},
+    {"POST", "cameras/*/restore", Need::kAdmin, Pool::kLists, Keep::kNothing, &RestoreCamera},
+    {"GET", "cameras/*/model", Need::kUser, Pool::kLists, Keep::kNothing, &ExportCamera},
+    {"POST", "cameras/*/test", Need::kUser, Pool::kCameras, Keep::kNothing, &TestCamera},
+    {"GET", "cameras/*/picture", Need::kUser, Pool::kCameras, Keep::kNothing, &TakePicture},
+    {"POST", "cameras/*/measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureCamera},
     {"POST", "measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureStream},
 };
 

@@ -14,6 +14,7 @@
 #include "recorder/host/host.h"
 #include "recorder/host/stored_call.h"
 #include "recorder/media/codecs.h"
+#include "recorder/own/stored_export.h"
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
@@ -27,13 +28,6 @@ struct ExportOptions {
   ExportNames names;
   std::string codec;
 };
-
-ExportedCamera Exported(const CameraRecord& camera, const Records& records) {
-  const CameraIdentity identity = records.Identities()[camera.id];
-  return {{.host = camera.host, .port = camera.port, .user = camera.user, .password = records.Password(camera)},
-          identity.endpoint,
-          identity.serial};
-}
 
 /// Whether CameraTest finds the camera's stream in that codec, over "RTSP" or "HTTP".
 bool IsThere(const Host& host, const CameraRecord& camera, const std::string& codec, const std::string& way) {

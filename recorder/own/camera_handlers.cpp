@@ -1,0 +1,131 @@
+#include <utility>
+
+#include "recorder/own/camera_json.h"
+#include "recorder/own/camera_wish.h"
+#include "recorder/own/entity_tag.h"
+#include "recorder/own/handlers.h"
+#include "recorder/own/stored_camera.h"
+#include "recorder/own/stored_export.h"
+#include "recorder/own/typed_members.h"
+#include "recorder/utility/clock.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/json_text.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr char kChangedMeanwhile[] = "somebody else has changed the camera meanwhile: read it again";
+
+/// The camera as it is stored now, with its revision as the tag.
+OwnAnswer Shown(const Records& records, int id) {
+  const auto camera = ReadCamera(records, id);
+  if (!camera) throw NoSuchCamera();
+  OwnAnswer answer = Success(CameraJson(*camera));
+  answer.headers = TagLine(TagOf(camera->record.revision));
+  return answer;
+}
+
+Json::Value ListOf(const Records& records) {
+  const auto streams = records.StreamNames();
+  const auto outcomes = records.Outcomes();
+  Json::Value list(Json::arrayValue);
+  for (const CameraRecord& camera : records.List()) {
+    const auto names = streams.find(camera.id);
+    const auto state = outcomes.find(camera.id);
+    list.append(CameraEntry(camera, names == streams.end() ? std::vector<std::string>() : names->second,
+                            state == outcomes.end() ? std::nullopt : std::optional(state->second)));
+  }
+  return list;
+}
+
+/// The revision that a camera must have to be changed; nothing where any will do.
+std::optional<int> WantedRevision(const OwnRequest& request, const CameraRecord& camera) {
+  if (request.http.ifMatch.empty() || request.http.ifMatch == "*") return std::nullopt;
+  if (!IsMatch(TagOf(camera.revision), request.http.ifMatch)) throw HttpError(412, kChangedMeanwhile);
+  return camera.revision;
+}
+
+void Require(ChangeResult result) {
+  if (result == ChangeResult::kNoCamera) throw NoSuchCamera();
+  if (result == ChangeResult::kOtherRevision) throw HttpError(412, kChangedMeanwhile);
+}
+
+/// A stored password goes to the streams that it was given for alone.
+void RequirePassword(const CameraWish& wish, const CameraRecord& before, const Records& records) {
+  const bool isKept = KeepsPassword(before, wish.record) &&
+                      (!wish.change.streams || KeepsPassword(records.Streams(before.id), *wish.change.streams));
+  if (!isKept && !wish.password) throw BadMember("password", "must be given again, since it would go elsewhere");
+}
+
+}  // namespace
+
+OwnAnswer ListCameras(const OwnRequest& request, OwnTools& /*tools*/) {
+  OwnAnswer answer = Success(ListOf(Records(GetConfig().stateFolder)));
+  const std::string tag = TagOf(std::string_view(ToText(answer.json)));
+  if (IsNoneMatch(tag, request.http.ifNoneMatch)) return {304, {}, TagLine(tag)};
+  answer.headers = TagLine(tag);
+  return answer;
+}
+
+OwnAnswer ShowCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  return Shown(Records(GetConfig().stateFolder), IdOf(request));
+}
+
+OwnAnswer AddCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  Records records(GetConfig().stateFolder);
+  CameraWish wish;
+  ReadWish(request.params, {}, records, wish);
+  const int id =
+      records.Add(wish.record, wish.password.value_or(""), wish.change.streams.value_or(std::vector<CameraStream>()),
+                  wish.change.facts.value_or(std::vector<CameraFact>()));
+  OwnAnswer answer = Shown(records, id);
+  answer.status = 201;
+  return answer;
+}
+
+OwnAnswer ChangeCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  Records records(GetConfig().stateFolder);
+  const CameraRecord before = FindCamera(records, request);
+  if (request.http.ifMatch.empty())
+    throw HttpError(428, "If-Match is missing: the tag of the camera as you know it, or *");
+  CameraWish wish;
+  wish.change.revision = WantedRevision(request, before);
+  if (request.params.empty()) throw HttpError(400, "nothing to change");
+  ReadWish(request.params, before, records, wish);
+  RequirePassword(wish, before, records);
+  if (wish.password) wish.change.password = &*wish.password;
+  Require(records.Change(before.id, wish.change));
+  return Shown(records, before.id);
+}
+
+OwnAnswer RemoveCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  Records records(GetConfig().stateFolder);
+  const CameraRecord camera = FindCamera(records, request);
+  Require(records.Remove(camera.id, WantedRevision(request, camera)));
+  Json::Value data(Json::objectValue);
+  data["undoUntil"] = Json::Int64{SecondsNow() + kUndoTime.count()};
+  return Success(data);
+}
+
+OwnAnswer RestoreCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  Records records(GetConfig().stateFolder);
+  const int id = IdOf(request);
+  if (!records.Restore(id)) throw HttpError(404, "no such camera was removed within the last minute");
+  return Shown(records, id);
+}
+
+OwnAnswer ExportCamera(const OwnRequest& request, OwnTools& /*tools*/) {
+  const Records records(GetConfig().stateFolder);
+  const auto camera = ReadCamera(records, IdOf(request));
+  if (!camera) throw NoSuchCamera();
+  const ModelExport exported = ExportStored(*camera, records, {TextOf(request, "vendor"), TextOf(request, "model")});
+  Json::Value data(Json::objectValue);
+  Json::Value& remarks = data["remarks"] = Json::Value(Json::arrayValue);
+  for (const std::string& remark : exported.remarks) remarks.append(remark);
+  data["file"] = exported.text;
+  if (!exported.text.empty()) return Success(data);
+  throw HttpError(409, "there is no model to hand on: " + exported.remarks.front()).With("remarks", remarks);
+}
+
+}  // namespace recorder

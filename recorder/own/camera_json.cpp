@@ -1,0 +1,109 @@
+#include "recorder/own/camera_json.h"
+
+#include "recorder/device/model/path_privacy.h"
+#include "recorder/http/own_request.h"
+#include "recorder/own/main_address.h"
+#include "recorder/utility/log.h"
+
+namespace recorder {
+
+namespace {
+
+Json::Value StateJson(const std::optional<CameraOutcome>& state) {
+  if (!state) return {};
+  Json::Value json(Json::objectValue);
+  json["cause"] = std::string(NameOf(state->cause));
+  json["since"] = TimeOf(state->since);
+  json["lastSuccess"] = TimeOf(state->lastSuccess);
+  return json;
+}
+
+/// recorderctl stores a path that holds a login, too. It is for nobody's eyes.
+std::string ShownPath(const std::string& path) { return FindLogin(path).empty() ? path : ""; }
+
+/// All but the streams.
+Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraOutcome>& state) {
+  Json::Value json(Json::objectValue);
+  json["id"] = camera.id;
+  json["name"] = camera.name;
+  json["vendor"] = camera.vendor;
+  json["model"] = camera.model;
+  json["host"] = camera.host;
+  json["port"] = camera.port;
+  json["user"] = camera.user;
+  json["channel"] = camera.channel;
+  json["sourcePath"] = ShownPath(camera.sourcePath);
+  json["enabled"] = camera.status != CAM_CONN_STATUS_DISABLED;
+  json["owner"] = camera.ownerKdId;
+  json["revision"] = camera.revision;
+  json["state"] = StateJson(state);
+  return json;
+}
+
+Json::Value StreamJson(const CameraStream& stream) {
+  Json::Value json(Json::objectValue);
+  json["name"] = stream.name;
+  json["address"] = ShownPath(stream.address);
+  json["vendor"] = stream.vendor;
+  json["model"] = stream.model;
+  json["port"] = stream.port;
+  json["channel"] = stream.channel;
+  json["sourcePath"] = ShownPath(stream.sourcePath);
+  return json;
+}
+
+Json::Value FactJson(const CameraFact& fact) {
+  Json::Value json(Json::objectValue);
+  json["stream"] = fact.stream;
+  json["name"] = fact.name;
+  json["value"] = fact.value;
+  json["from"] = fact.from;
+  json["at"] = TimeOf(fact.at);
+  return json;
+}
+
+bool HasPassword(const Records& records, const CameraRecord& camera) try {
+  std::string password = records.Password(camera);
+  const WipeAtEnd wipe(password);
+  return !password.empty();
+} catch (const RecordsError& error) {
+  LogFailure(error.what());
+  return false;
+}
+
+}  // namespace
+
+Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
+                        const std::optional<CameraOutcome>& state) {
+  Json::Value json = RecordJson(camera, state);
+  Json::Value& names = json["streams"] = Json::Value(Json::arrayValue);
+  for (const std::string& name : streams) names.append(name);
+  return json;
+}
+
+std::optional<WholeCamera> ReadCamera(const Records& records, int id) {
+  const auto record = records.Find(id);
+  if (!record) return std::nullopt;
+  const auto outcomes = records.Outcomes();
+  const auto state = outcomes.find(id);
+  return WholeCamera{.record = *record,
+                     .streams = records.Streams(id),
+                     .facts = records.Facts(id),
+                     .state = state == outcomes.end() ? std::nullopt : std::optional(state->second),
+                     .hasPassword = HasPassword(records, *record)};
+}
+
+Json::Value CameraJson(const WholeCamera& camera) {
+  Json::Value json = RecordJson(camera.record, camera.state);
+  for (const char* list : {"streams", "facts"}) json[list] = Json::Value(Json::arrayValue);
+  for (CameraStream stream : camera.streams) {
+    const bool isUnknown = stream.name == kOwnStream && stream.address.empty();
+    if (isUnknown) stream.address = MainAddress(camera.record);
+    json["streams"].append(StreamJson(stream));
+  }
+  for (const CameraFact& fact : camera.facts) json["facts"].append(FactJson(fact));
+  json["hasPassword"] = camera.hasPassword;
+  return json;
+}
+
+}  // namespace recorder

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorder/records/records.h"
+
+namespace recorder {
+
+// Stored cameras as clients get them. No password is in them.
+
+/// A camera in a list. `state`: what contact with it came to; nothing where there was none.
+Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
+                        const std::optional<CameraOutcome>& state);
+
+/// All that is stored of a camera.
+struct WholeCamera {
+  CameraRecord record;
+  std::vector<CameraStream> streams;
+  std::vector<CameraFact> facts;
+  std::optional<CameraOutcome> state;
+  bool hasPassword = false;
+};
+
+/// Reads a camera; nothing where there is no such one. One whose password cannot be read has none, which is logged.
+std::optional<WholeCamera> ReadCamera(const Records& records, int id);
+
+Json::Value CameraJson(const WholeCamera& camera);
+
+}  // namespace recorder

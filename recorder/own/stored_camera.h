@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "recorder/http/own_request.h"
+#include "recorder/records/records.h"
+
+namespace recorder {
+
+// What the addresses of stored cameras have in common. Throws HttpError.
+
+/// Its refusal.
+HttpError NoSuchCamera();
+
+/// The id in the address of a request.
+int IdOf(const OwnRequest& request);
+
+/// The camera of that id.
+CameraRecord FindCamera(const Records& records, const OwnRequest& request);
+
+/// The same where it may be contacted: 409 with the cause "disabled" where it is switched off.
+CameraRecord FindEnabled(const Records& records, const OwnRequest& request);
+
+/// The record that the stream in the query of a request ("main" when missing) is asked by.
+CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream);
+
+}  // namespace recorder
