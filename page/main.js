@@ -10,6 +10,7 @@ import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
 import { OneCamera } from "./one/one-camera.js";
 import { byId, prepareQuestions } from "./parts/dom.js";
+import { putInTexts } from "./parts/static-texts.js";
 import { ModelList } from "./recorder/models.js";
 import { decode } from "./text/text.js";
 
@@ -24,6 +25,7 @@ const TITLES = {
   account: "My account",
 };
 
+putInTexts();
 prepareQuestions();
 const models = new ModelList();
 watchConnection(models);

@@ -1,7 +1,7 @@
 /// A file becomes a list of cameras: its headings, its columns, its rows. Asks nobody.
 
 import { decodeText, isWorkbook, parseCsv, unguardCell } from "../text/csv.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 import { UNTESTED, splitCells } from "./camera-list.js";
 import { COLUMNS, columnOf } from "./headings.js";
 

@@ -4,7 +4,8 @@ import { button, el, say } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
-import { messageOf, sentence, timeText } from "../text/text.js";
+import { messageOf } from "../text/text.js";
+import { sentence, timeText } from "../texts/language.js";
 
 /**
  * @typedef {access.SessionEntry} SessionEntry

@@ -4,7 +4,8 @@ import { ask, button, byId, el, say } from "../parts/dom.js";
 import { PLAIN, addView, field, mistakeLine, onSubmit, passwordInput, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
-import { messageOf, sentence } from "../text/text.js";
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
 import { Grants } from "./grants.js";
 
 /** @typedef {access.Role} Role */

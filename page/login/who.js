@@ -4,7 +4,8 @@ import { button, byId, el } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
 import { logOut } from "../recorder/access.js";
 import { Trouble } from "../recorder/request.js";
-import { messageOf, sentence } from "../text/text.js";
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
 
 export class Who {
   #name = el("span", { id: "who-name" });

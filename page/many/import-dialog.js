@@ -3,7 +3,7 @@
 import { kindOf } from "../list/camera-list.js";
 import { exportForImport } from "../list/list-export.js";
 import { button, download, el, say } from "../parts/dom.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 
 /** @typedef {import("../list/camera-list.js").Row} Row */
 

@@ -3,7 +3,7 @@
 
 import { COLUMNS, plainHeading } from "../list/headings.js";
 import { byId, el } from "../parts/dom.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 
 /**
  * @typedef {import("../list/headings.js").Column} Column

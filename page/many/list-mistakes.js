@@ -2,7 +2,7 @@
 
 import { kindOf, reasonOf } from "../list/camera-list.js";
 import { button, byId, el, refill } from "../parts/dom.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 
 /** @typedef {import("../list/camera-list.js").Row} Row */
 

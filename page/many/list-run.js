@@ -6,7 +6,7 @@ import * as api from "../recorder/api.js";
 import { Estimate } from "../testing/estimate.js";
 import { Run } from "../testing/run.js";
 import { Slowness } from "../testing/slowness.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 import { KINDS } from "./list-table.js";
 import { RunPanel } from "./run-panel.js";
 

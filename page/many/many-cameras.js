@@ -5,7 +5,7 @@ import { notesOf } from "../list/list-reading.js";
 import { ask, byId, download, el, say } from "../parts/dom.js";
 import { OpenList } from "../testing/open-list.js";
 import { Refusals } from "../testing/refusals.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 import { ImportDialog } from "./import-dialog.js";
 import { ListColumns } from "./list-columns.js";
 import { ListDefaults } from "./list-defaults.js";

@@ -1,7 +1,7 @@
 /// The buttons of a run, its progress, and why it stands still.
 
 import { byId } from "../parts/dom.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 
 /** @typedef {import("../testing/run.js").Run} Run */
 

@@ -4,7 +4,8 @@ import { button, byId, el, sayLater } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
 import { readModel } from "../recorder/model-document.js";
-import { counted, messageOf } from "../text/text.js";
+import { messageOf } from "../text/text.js";
+import { counted } from "../texts/language.js";
 import { capabilityTable } from "./capabilities.js";
 import { describeModel } from "./model-page.js";
 

@@ -2,7 +2,7 @@
 
 import { button, el, sayLater } from "../parts/dom.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
-import { counted } from "../text/text.js";
+import { counted } from "../texts/language.js";
 
 /** @typedef {import("../recorder/api.js").Model} Model */
 

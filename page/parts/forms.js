@@ -1,6 +1,7 @@
 /// Views and forms that the page makes by itself: their fields, and what happens while the recorder is asked.
 
-import { messageOf, sentence } from "../text/text.js";
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
 import { byId, el } from "./dom.js";
 
 /**

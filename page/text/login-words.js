@@ -1,6 +1,6 @@
 /// What a person reads when a login comes to nothing.
 
-import { counted, sentence } from "./text.js";
+import { counted, sentence } from "../texts/language.js";
 
 const AWAY = "The recorder is not reachable. Try again when it is.";
 const WRONG = "The user or the password is wrong.";

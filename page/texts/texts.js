@@ -1,0 +1,5 @@
+/// All that the page says to people, by the view or the subject that says it. A text with values is a function.
+
+import { common } from "./common.js";
+
+export const texts = { common };
