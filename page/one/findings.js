@@ -9,6 +9,7 @@ import { capabilityCause, sizeCause } from "../recorder/causes.js";
 import { isAsked, isUserDefined, labelOf } from "../recorder/models.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../recorder/api.js").Camera} Camera
@@ -37,9 +38,9 @@ export class Findings {
    * @param {api.Model} model
    */
   showOfModel(outcome, model) {
-    const caption = `Capabilities of ${labelOf(model)}, from the model list`;
+    const caption = texts.one.modelCapabilities(labelOf(model));
     const table = describeCapabilities(outcome, caption);
-    const hint = el("p", { class: "hint", text: "The camera says itself what it can do, once a test has passed." });
+    const hint = el("p", { class: "hint", text: texts.one.cameraSaysItself });
     this.#put(isAsked(model) ? [el("details", {}, el("summary", { text: caption }), table), hint] : [table]);
   }
 
@@ -64,7 +65,7 @@ export class Findings {
     const hasPicture = await this.#takePicture(camera, tested, signal);
     if (isAsked(camera)) await this.#askCapabilities(camera, tested, signal);
     if (isUserDefined(camera)) await this.#measure(camera, signal);
-    if (!hasPicture) say("Test passed. No picture came.");
+    if (!hasPicture) say(texts.one.passedWithoutPicture);
   }
 
   /**
@@ -83,15 +84,15 @@ export class Findings {
 
   /** @param {Camera} camera @param {Moment} tested @param {AbortSignal} signal */
   async #takePicture(camera, tested, signal) {
-    this.#picture.clear("Fetching a picture");
+    this.#picture.clear(texts.common.fetchingPicture);
     this.marks.drop("one-picture-earlier");
     try {
-      await this.#also("No picture came", async () => {
-        await this.#picture.show(await api.takePicture(camera, signal), `Picture of camera ${camera.host}`);
-        if (this.#picture.isEmpty) this.panel.say("Test passed. No picture came.");
+      await this.#also(texts.common.noPictureCame, async () => {
+        await this.#picture.show(await api.takePicture(camera, signal), texts.one.pictureOf(camera.host));
+        if (this.#picture.isEmpty) this.panel.say(texts.one.passedWithoutPicture);
       });
     } finally {
-      if (this.#picture.isEmpty) this.#picture.clear("No picture came");
+      if (this.#picture.isEmpty) this.#picture.clear(texts.common.noPictureCame);
       else this.marks.set("one-picture-earlier", tested, PICTURE_MARKS);
     }
     return !this.#picture.isEmpty;
@@ -99,36 +100,38 @@ export class Findings {
 
   /** @param {Camera} camera @param {Moment} tested @param {AbortSignal} signal */
   async #askCapabilities(camera, tested, signal) {
-    await this.#also("Live capabilities not available", async () => {
+    await this.#also(texts.one.noLiveCapabilities, async () => {
       const outcome = await api.askCapabilities(camera, signal);
       if (outcome.value) {
         this.#showOfCamera(camera, tested, outcome);
         return;
       }
       const { heading, happened, first } = capabilityCause(outcome);
-      const rest = `The table has the values of the model list. (code ${outcome.code})`;
-      this.panel.note(`${heading}. ${happened} ${first} ${rest}`);
+      this.panel.note(`${heading}. ${happened} ${first} ${texts.one.valuesOfModelList(outcome.code)}`);
     });
   }
 
   /** @param {Camera} camera @param {Moment} tested @param {api.Outcome<api.Capabilities>} outcome */
   #showOfCamera(camera, tested, outcome) {
     const host = camera.host.includes(":") ? `[${camera.host}]` : camera.host;
-    this.#put([describeCapabilities(outcome, `Capabilities, from the camera at ${host}:${camera.port}`)]);
+    this.#put([describeCapabilities(outcome, texts.one.cameraCapabilities(`${host}:${camera.port}`))]);
     this.marks.set("one-capabilities-earlier", tested, CAPABILITY_MARKS);
     if (outcome.value && this.isChosen(camera)) this.streamFold.offerOfCamera(outcome.value, camera);
   }
 
   /** @param {Camera} camera @param {AbortSignal} signal */
   async #measure(camera, signal) {
-    await this.#also("Size not measured", async () => {
+    await this.#also(texts.one.notMeasured, async () => {
       const outcome = await api.measureSize(camera, signal);
       const { heading, happened } = sizeCause(outcome);
       const size = outcome.value?.replace("x", " × ");
-      this.panel.note(size ? `Size of the stream: ${size}` : `${heading}. ${happened}`);
+      this.panel.note(size ? texts.one.sizeOfStream(size) : `${heading}. ${happened}`);
     });
   }
 }
 
-const PICTURE_MARKS = { place: "Picture of the earlier camera", values: "Picture of the earlier values" };
-const CAPABILITY_MARKS = { place: "Of the earlier camera", values: "Of the earlier values" };
+const PICTURE_MARKS = {
+  place: texts.one.pictureOfEarlierCamera,
+  values: texts.one.pictureOfEarlierValues,
+};
+const CAPABILITY_MARKS = { place: texts.one.ofEarlierCamera, values: texts.one.ofEarlierValues };

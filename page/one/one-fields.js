@@ -6,6 +6,7 @@ import { byId, say, showMistake } from "../parts/dom.js";
 import { STORED_PASSWORD } from "../recorder/api.js";
 import { defaultPort, labelOf } from "../recorder/models.js";
 import { hidesLogin, hostMistake, portMistake } from "../text/address.js";
+import { texts } from "../texts/texts.js";
 import { PasswordField } from "./password-field.js";
 import { StoredPassword } from "./stored-password.js";
 import { StreamFold } from "./stream-fold.js";
@@ -25,9 +26,9 @@ import { StreamFold } from "./stream-fold.js";
 const TEXT_FIELDS = /** @type {const} */ (["address", "port", "model", "user", "password", "channel", "path"]);
 const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "which", "path"]);
 const NO_MODEL = {
-  ready: "Choose a model from the list.",
-  loading: "The list of models is not here yet.",
-  failed: "The list of models could not be read: see above.",
+  ready: texts.one.noModel,
+  loading: texts.one.modelsLoading,
+  failed: texts.one.modelsFailed,
 };
 
 /**
@@ -38,17 +39,13 @@ const NO_MODEL = {
  */
 function mistakesOf({ address, port, password, path }, model, models) {
   return {
-    address: address.value === "" ? "Type the camera's address." : hostMistake(address.value),
-    port: port.value === "" ? "Type the camera's port (1 to 65535)." : portMistake(port.value),
+    address: address.value === "" ? texts.one.noAddress : hostMistake(address.value),
+    port: port.value === "" ? texts.one.noPort : portMistake(port.value),
     model: model ? "" : NO_MODEL[models],
-    password:
-      password.value === STORED_PASSWORD ? "This text stands for a stored password; type the camera's own." : "",
-    path: model?.needsPath && path.value.trim() === "" ? "This model needs the path of the stream." : "",
+    password: password.value === STORED_PASSWORD ? texts.one.standsForStored : "",
+    path: model?.needsPath && path.value.trim() === "" ? texts.one.noPath : "",
   };
 }
-
-const LENT_TO_MAIN =
-  "The stored password is lent for the main stream alone. Choose Main, or untick it and type the password.";
 
 export class OneFields {
   /** Values that the user did not type may be replaced. @type {Set<string>} */
@@ -108,7 +105,7 @@ export class OneFields {
       if (!this.#touched.has("model")) this.#choose(this.models.userDefined());
       this.streamFold.fold.open = true;
     }
-    if (ofPath.user || ofPath.password) say("The login in the path went into user and password");
+    if (ofPath.user || ofPath.password) say(texts.one.loginOfPath);
     this.streamFold.summarise();
     this.listener.changed();
   }
@@ -206,7 +203,7 @@ export class OneFields {
     this.inputs.port.value = this.inputs.port.value.trim();
     const model = this.modelField.value;
     const isLent = this.stored.id !== undefined && this.streamFold.name !== "main";
-    const mistakes = { ...mistakesOf(this.inputs, model, this.models.state), which: isLent ? LENT_TO_MAIN : "" };
+    const mistakes = { ...mistakesOf(this.inputs, model, this.models.state), which: isLent ? texts.one.lentToMain : "" };
     const fields = { ...this.inputs, which: this.streamFold.which };
     for (const name of CHECKED_FIELDS) showMistake(fields[name], mistakes[name]);
     const faulty = CHECKED_FIELDS.find((name) => mistakes[name]);

@@ -4,6 +4,7 @@ import { ask, say } from "../parts/dom.js";
 import { testCamera } from "../recorder/api.js";
 import { atItsStream } from "../recorder/model-document.js";
 import { Refusals } from "../testing/refusals.js";
+import { texts } from "../texts/texts.js";
 import { failureOf, troubleOf } from "./result-panel.js";
 import { TestButtons } from "./test-buttons.js";
 
@@ -47,8 +48,7 @@ export class OneTest {
   /** Asks first, if this user's logins were refused before. @param {Camera} camera */
   async run(camera) {
     if (this.#refusals.count(camera) >= REFUSALS_BEFORE_ASKING) {
-      const question = "Two logins were refused. Another may lock this user out. Test anyway?";
-      if (!(await ask(question, "Test anyway"))) return;
+      if (!(await ask(texts.one.lockQuestion, texts.one.testAnyway))) return;
     }
     const running = new AbortController();
     this.#begin(running);
@@ -72,31 +72,32 @@ export class OneTest {
     this.#began = this.marks.now();
     this.#hasPassed = false;
     this.#buttons.begin();
-    this.panel.show({ kind: "none", title: "Testing", text: "The recorder contacts the camera." });
+    this.panel.show({ kind: "none", title: texts.one.testing, text: texts.one.contacts });
     this.marks.drop("one-result-earlier");
-    say("Testing");
+    say(texts.one.testing);
   }
 
   /** @param {Camera} camera @param {AbortSignal} signal */
   async #lookCloser(camera, signal) {
-    const where = camera.which === "sub" || camera.which === "third" ? ` in the ${camera.which} stream` : "";
-    this.#showResult({ kind: "ok", title: "Camera works", text: `The recorder logged in and found video${where}.` });
+    const { which = "main" } = camera;
+    const text = which === "main" ? texts.one.foundVideo : texts.one.foundVideoIn(which);
+    this.#showResult({ kind: "ok", title: texts.one.works, text });
     this.#hasPassed = true;
-    say("Passed: camera works");
+    say(texts.one.passed);
     await this.findings.lookCloser(camera, this.#began, signal);
   }
 
   /** @param {import("./result-panel.js").Result} result */
   #showResult(result) {
     this.panel.show(result);
-    this.marks.set("one-result-earlier", this.#began, { values: "Result of the earlier values" });
+    this.marks.set("one-result-earlier", this.#began, { values: texts.one.earlierResult });
   }
 
   /** @param {import("../recorder/api.js").Verdict} verdict */
   #showFailure(verdict) {
     const result = failureOf(verdict, this.needsPath());
     this.#showResult(result);
-    say(`Failed: ${result.title.charAt(0).toLowerCase()}${result.title.slice(1)}`);
+    say(texts.one.failed(result.title));
   }
 
   /** @param {unknown} error */

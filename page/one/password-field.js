@@ -1,6 +1,7 @@
 /// The password of one camera: its field, which can be shown, and how often it was changed.
 
 import { byId } from "../parts/dom.js";
+import { texts } from "../texts/texts.js";
 
 export class PasswordField {
   #show = byId("one-show", HTMLButtonElement);
@@ -18,7 +19,7 @@ export class PasswordField {
     const isShown = this.input.type === "text";
     this.input.type = isShown ? "password" : "text";
     const [word] = this.#show.childNodes; // "password" follows it, out of sight
-    if (word) word.textContent = isShown ? "Show" : "Hide";
+    if (word) word.textContent = isShown ? texts.one.show : texts.one.hide;
   }
 
   /** A field that is not to be used holds nothing. @param {boolean} isDisabled */

@@ -4,6 +4,7 @@ import { byId, el } from "../parts/dom.js";
 import { testCause } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {object} Result
@@ -16,11 +17,11 @@ import { messageOf } from "../text/text.js";
  */
 
 const TROUBLES = {
-  stopped: "No result",
-  timeOut: "No answer",
-  refused: "The recorder could not do this",
-  offline: "Not tested",
-  signedOut: "Not tested",
+  stopped: texts.one.noResult,
+  timeOut: texts.one.noAnswer,
+  refused: texts.one.cannotDo,
+  offline: texts.one.notTested,
+  signedOut: texts.one.notTested,
 };
 
 /**
@@ -60,13 +61,13 @@ export class ResultPanel {
     byId("one-result-title", HTMLElement).textContent = title;
     this.say(text);
     const firstLine = byId("one-result-first", HTMLElement);
-    firstLine.replaceChildren(el("strong", { text: "First: " }), first);
+    firstLine.replaceChildren(el("strong", { text: `${texts.common.first} ` }), first);
     firstLine.hidden = first === "";
     const link = byId("one-result-link", HTMLAnchorElement);
     link.hidden = field === "none";
     link.hash = `one-${field}`;
-    link.textContent = link.hidden ? "" : `Go to ${field}`;
-    byId("one-result-code", HTMLElement).textContent = code ? `code ${code}` : "";
+    link.textContent = texts.one.goTo[field] ?? "";
+    byId("one-result-code", HTMLElement).textContent = code ? texts.common.code(code) : "";
     byId("one-result-foot", HTMLElement).hidden = link.hidden && !code;
     byId("one-result-notes", HTMLElement).replaceChildren();
   }

@@ -2,6 +2,7 @@
 
 import { byId } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
+import { texts } from "../texts/texts.js";
 
 export class StoredPassword {
   /** @type {{id: number, name: string} | null} */
@@ -42,9 +43,8 @@ export class StoredPassword {
 
   #show() {
     byId("one-stored", HTMLElement).hidden = this.#camera === null;
-    const name = this.#camera?.name ? ` “${this.#camera.name}”` : "";
-    byId("one-stored-hint", HTMLElement).textContent =
-      `Of camera ${this.#camera?.id}${name}. The recorder lends it only to that camera's own address and model.`;
+    const { id, name = "" } = this.#camera ?? {};
+    byId("one-stored-hint", HTMLElement).textContent = texts.one.storedHint(id, name);
     this.changed();
   }
 }

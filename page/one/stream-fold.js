@@ -5,6 +5,7 @@ import { byId, el, setOptions, setSelected } from "../parts/dom.js";
 import { isUserDefined } from "../recorder/models.js";
 import { STREAM_LABELS, STREAM_NAMES } from "../recorder/model-document.js";
 import { splitPath } from "../text/path-login.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../recorder/api.js").Capabilities} Capabilities
@@ -83,10 +84,10 @@ export class StreamFold {
 
   /** Says on the closed fold what is in it; a login in the path is not said. */
   summarise() {
-    const channel = this.channel.value ? `channel ${this.channel.value}` : "default channel";
+    const channel = this.channel.value ? texts.one.channel(this.channel.value) : texts.one.defaultChannel;
     const ofMain = [this.stream.value, splitPath(this.path.value).path];
     const [name, more] = this.name === "main" ? ["", ofMain] : [STREAM_LABELS[this.name], []];
-    const parts = [name, channel, this.codec.value || "Any", ...more];
-    byId("one-summary", HTMLElement).textContent = `Stream: ${parts.filter(Boolean).join(", ")}`;
+    const parts = [name, channel, this.codec.value || texts.common.any, ...more];
+    byId("one-summary", HTMLElement).textContent = texts.one.streamSummary(parts.filter(Boolean).join(", "));
   }
 }

@@ -1,6 +1,7 @@
 /// Test, Cancel, and the seconds between them.
 
 import { byId } from "../parts/dom.js";
+import { texts } from "../texts/texts.js";
 
 const LONG_WAIT_S = 8;
 
@@ -25,7 +26,7 @@ export class TestButtons {
     const tick = () => {
       const seconds = Math.floor((Date.now() - start) / 1000);
       const isLong = seconds >= LONG_WAIT_S;
-      this.#clock.textContent = isLong ? `${seconds} s. Still waiting, silent cameras take longest` : `${seconds} s`;
+      this.#clock.textContent = isLong ? texts.one.longClock(seconds) : texts.one.clock(seconds);
     };
     tick();
     this.#timer = window.setInterval(tick, 1000);

@@ -1,5 +1,7 @@
 /// Small helpers for the document. All text goes in through textContent, so that what cameras and files say stays text.
 
+import { texts } from "../texts/texts.js";
+
 /**
  * The element with this id. Throws when the page and its scripts do not fit together.
  * @template {HTMLElement} T
@@ -64,7 +66,7 @@ export function refill(place, elements) {
 export function setOptions(select, values) {
   const chosen = select.value;
   select.replaceChildren(
-    el("option", { value: "", text: "Any" }),
+    el("option", { value: "", text: texts.common.any }),
     ...values.map((text) => el("option", { value: text, text })),
   );
   setSelected(select, values.includes(chosen) ? chosen : "");

@@ -1,5 +1,6 @@
 /// Shows a picture that came from a camera.
 
+import { texts } from "../texts/texts.js";
 import { byId } from "./dom.js";
 
 /** Types by first bytes: JPEG is the camera's, PNG the one that the recorder gives when none came. */
@@ -28,7 +29,7 @@ export class PicturePlace {
    * @returns {Promise<string>} its size, such as "640 × 480", or "" when it is no camera's picture
    */
   async show(bytes, description) {
-    this.clear("No picture came");
+    this.clear(texts.common.noPictureCame);
     if (!isFromCamera(bytes)) return "";
     this.#address = URL.createObjectURL(new Blob([bytes], { type: "image/jpeg" }));
     this.image.src = this.#address;
@@ -36,7 +37,7 @@ export class PicturePlace {
     try {
       await this.image.decode();
     } catch {
-      this.clear("No picture came");
+      this.clear(texts.common.noPictureCame);
       return "";
     }
     this.image.hidden = false;

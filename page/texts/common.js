@@ -5,6 +5,13 @@ export const common = {
   /** The window's title. @param {string} view */
   title: (view) => `${view} – Camera check`,
 
+  /** Before what to try first. */
+  first: "First:",
+  /** Of the recorder's answer. @param {number} code */
+  code: (code) => `code ${code}`,
+  noPictureCame: "No picture came",
+  fetchingPicture: "Fetching a picture",
+
   any: "Any",
   cancel: "Cancel",
   close: "Close",
