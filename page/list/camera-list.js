@@ -5,6 +5,7 @@ import { testCause } from "../recorder/causes.js";
 import { defaultPort, isUserDefined } from "../recorder/models.js";
 import { hidesLogin, hostMistake, portMistake, splitAddress } from "../text/address.js";
 import { splitPath } from "../text/path-login.js";
+import { texts } from "../texts/texts.js";
 import { COLUMNS } from "./headings.js";
 
 /**
@@ -72,13 +73,13 @@ export function splitCells(cells) {
  * @returns {Model | string} or what is wrong
  */
 function findModel({ vendor, model, path }, defaults, models) {
-  if (models.models.length === 0) return "the list of models could not be read yet.";
+  if (models.models.length === 0) return texts.list.modelsNotRead;
   const text = `${vendor} ${model}`.trim();
-  if (text === "" && path !== "") return models.userDefined() ?? "missing.";
-  if (text === "") return defaults.model ?? "missing.";
+  if (text === "" && path !== "") return models.userDefined() ?? texts.list.missing;
+  if (text === "") return defaults.model ?? texts.list.missing;
   const [first = "", ...rest] = text.split(" ");
   const found = models.findText(text) ?? (vendor ? models.find(vendor, model) : models.find(first, rest.join(" ")));
-  return found ?? `${text} is not in the list. Nearest: ${models.nearest(text).join(", ")}.`;
+  return found ?? texts.list.unknownModel(text, models.nearest(text).join(", "));
 }
 
 /**
@@ -130,16 +131,17 @@ export function checkRow({ cells, shapeMistake }, defaults, models) {
   const codec = meant(cells.codec, CODECS);
   const stream = meant(cells.stream, STREAMS);
 
+  /** @type {string[]} */
   const problems = [];
-  if (hostMistake(host)) problems.push(`address: ${hostMistake(host)}`);
-  if (portMistake(port)) problems.push(`port: ${portMistake(port)}`);
-  if (password === STORED_PASSWORD) {
-    problems.push("password: this text stands for a stored password, which a list cannot use.");
-  }
-  if (typeof model === "string") problems.push(`model: ${model}`);
-  else if (model.needsPath && path === "") problems.push("path: missing; this model needs the stream path.");
-  if (codec === undefined) problems.push(`codec: ${cells.codec} is none of ${CODECS.join(", ")}.`);
-  if (stream === undefined) problems.push(`stream: ${cells.stream} is none of ${STREAMS.join(", ")}.`);
+  /** @param {import("./headings.js").Column} column @param {string} mistake */
+  const isWrong = (column, mistake) => problems.push(texts.list.mistake(column, mistake));
+  if (hostMistake(host)) isWrong("address", hostMistake(host));
+  if (portMistake(port)) isWrong("port", portMistake(port));
+  if (password === STORED_PASSWORD) isWrong("password", texts.list.standsForStored);
+  if (typeof model === "string") isWrong("model", model);
+  else if (model.needsPath && path === "") isWrong("path", texts.list.needsPath);
+  if (codec === undefined) isWrong("codec", texts.list.noneOf(cells.codec, CODECS.join(", ")));
+  if (stream === undefined) isWrong("stream", texts.list.noneOf(cells.stream, STREAMS.join(", ")));
 
   const isRight = problems.length === 0 && typeof model !== "string" && codec !== undefined && stream !== undefined;
   const camera = isRight
@@ -162,10 +164,10 @@ export function checkRow({ cells, shapeMistake }, defaults, models) {
 /** What looks wrong and may be right. @param {Cells} cells */
 function noticesOf(cells) {
   const notices = [];
-  if (cells.password !== cells.password.trim()) notices.push("password starts or ends with a blank");
+  if (cells.password !== cells.password.trim()) notices.push(texts.list.blankInPassword);
   for (const column of COLUMNS) {
     const isChanged = column !== "password" && /^\d+([.,]\d+)?E[+-]?\d+$/i.test(cells[column]);
-    if (isChanged) notices.push(`${cells[column]} looks changed by a spreadsheet`);
+    if (isChanged) notices.push(texts.list.spreadsheet(cells[column]));
   }
   return notices;
 }
@@ -187,7 +189,7 @@ export function kindOf(row) {
 export function reasonOf(row) {
   const kind = kindOf(row);
   if (kind === "toFix") return row.problems.join(" ");
-  if (kind === "leftOut") return `same camera as line ${row.sameAs}`;
+  if (kind === "leftOut") return texts.list.sameAs(row.sameAs);
   return kind === "failed" ? testCause(row).heading : row.note;
 }
 
@@ -199,7 +201,7 @@ export const isTestable = (row) => row.camera !== null && kindOf(row) !== "leftO
  * @param {Row} row
  * @param {Defaults} defaults
  */
-export function passwordWord({ cells }, defaults) {
+export function whosePassword({ cells }, defaults) {
   if (cells.password) return "own";
   return defaults.password ? "shared" : "none";
 }
@@ -211,7 +213,7 @@ export const lacksPassword = ({ camera, isForgotten }) =>
 /** @param {Row[]} rows @param {Defaults} defaults */
 export function forgetPasswords(rows, defaults) {
   for (const row of rows) {
-    if (passwordWord(row, defaults) !== "none") row.isForgotten = true;
+    if (whosePassword(row, defaults) !== "none") row.isForgotten = true;
     row.cells.password = "";
     if (row.camera) row.camera.password = "";
   }

@@ -1,7 +1,7 @@
 /// A file becomes a list of cameras: its headings, its columns, its rows. Asks nobody.
 
 import { decodeText, isWorkbook, parseCsv, unguardCell } from "../text/csv.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 import { UNTESTED, splitCells } from "./camera-list.js";
 import { COLUMNS, columnOf } from "./headings.js";
 
@@ -32,32 +32,32 @@ const refused = (mistake) => ({ lines: [], headings: [], mistake, notes: [] });
 
 /** @param {Uint8Array} bytes @returns {ReadList} */
 export function readListFile(bytes) {
-  if (isWorkbook(bytes)) return refused("This is a workbook. Save it as CSV.");
+  if (isWorkbook(bytes)) return refused(texts.list.workbook);
   const { text, isGuess } = decodeText(bytes);
   const list = readList(text);
-  if (isGuess) list.notes.unshift("The file is not UTF-8; it was read as Windows-1252.");
+  if (isGuess) list.notes.unshift(texts.list.notUtf8);
   return list;
 }
 
 /** @param {string} text @returns {ReadList} */
 export function readList(text) {
   const { lines, openQuote } = parseCsv(text);
-  if (openQuote) return refused(`The quote opened in line ${openQuote} is never closed.`);
+  if (openQuote) return refused(texts.list.openQuote(openQuote));
   const first = lines[0];
-  if (!first) return refused("There are no rows in it.");
+  if (!first) return refused(texts.list.noRows);
   const at = findHeading(lines);
   const { headings, notes } = at < 0 ? orderedColumns(first.cells.length) : readHeading(lines[at]?.cells ?? []);
-  const titles = lines.slice(0, Math.max(at, 0)).map(({ number }) => `Line ${number} stands above the headings.`);
+  const titles = lines.slice(0, Math.max(at, 0)).map(({ number }) => texts.list.above(number));
   const cameras = lines.slice(at + 1);
-  if (cameras.length === 0) return refused("There are no rows in it.");
-  if (cameras.length > MOST_ROWS) return refused(`More than ${MOST_ROWS.toLocaleString("en")} rows. Split the file.`);
+  if (cameras.length === 0) return refused(texts.list.noRows);
+  if (cameras.length > MOST_ROWS) return refused(texts.list.tooMany(MOST_ROWS));
   return { lines: cameras, headings, mistake: "", notes: [...titles, ...notes] };
 }
 
 /** What is to be said about a list, as its columns are now. @param {ReadList} list */
 export function notesOf({ lines, headings, notes }) {
   const lacksAddress = lines.length > 0 && !headings.some(({ column }) => column === "address");
-  return lacksAddress ? [...notes, "No column holds the address. Choose it below."] : notes;
+  return lacksAddress ? [...notes, texts.list.noAddressColumn] : notes;
 }
 
 /** @param {string} cell */
@@ -105,7 +105,7 @@ function readHeading(cells) {
     const text = cell.trim();
     const column = columnOf(text);
     const isTwice = Boolean(column) && headings.some((heading) => heading.column === column);
-    if (isTwice) notes.push(`The column ${column} is there twice; the first one counts.`);
+    if (isTwice) notes.push(texts.list.twice(column ?? ""));
     const isUnknown = text !== "" && (column === null || isTwice);
     headings.push({ text, column: isUnknown ? "" : (column ?? ""), isUnknown });
   }
@@ -117,7 +117,7 @@ function orderedColumns(count) {
   /** @type {readonly Column[]} */
   const columns = count === 1 ? ["address"] : COLUMNS.slice(0, count);
   const headings = columns.map((column) => ({ text: column, column, isUnknown: false }));
-  return { headings, notes: [`Line 1 names no columns, so they are taken in this order: ${columns.join(", ")}.`] };
+  return { headings, notes: [texts.list.inOrder(columns.join(", "))] };
 }
 
 /** The rows of a list, whose cells go where its headings say. @param {ReadList} list @returns {Row[]} */
@@ -140,7 +140,7 @@ function readRow({ number, cells }, headings) {
   return {
     line: number,
     cells: splitCells(found),
-    shapeMistake: isShort || isLong ? `${counted(cells.length, "cell")}, but the heading has ${width}.` : "",
+    shapeMistake: isShort || isLong ? texts.list.otherWidth(cells.length, width) : "",
     camera: null,
     problems: [],
     notices: [],

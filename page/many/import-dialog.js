@@ -3,9 +3,11 @@
 import { kindOf } from "../list/camera-list.js";
 import { exportForImport } from "../list/list-export.js";
 import { button, download, el, say } from "../parts/dom.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../list/camera-list.js").Row} Row */
+
+const COMMAND = "recorderctl camera import";
 
 export class ImportDialog {
   /** @type {Row[]} */
@@ -18,26 +20,27 @@ export class ImportDialog {
     id: "import-warning",
     class: "banner warn",
     hidden: true,
-    text: "Whoever reads this file can log in to the cameras. Delete it as soon as it is imported.",
+    text: texts.many.whoeverReads,
   });
-  #export = el("button", { id: "import-export", class: "main", text: "Export" });
+  #export = el("button", { id: "import-export", class: "main", text: texts.many.export });
   dialog = el("dialog", { id: "import", "aria-labelledby": "import-title" });
 
   constructor() {
     for (const tick of [this.withOthers, this.withPasswords]) tick.addEventListener("change", () => this.#show());
+    const { importBefore, importAfter } = texts.many;
     const form = el(
       "form",
       { id: "import-form" },
-      el("h2", { id: "import-title", text: "Export for import" }),
-      el("p", {}, "The file that ", el("code", { text: "recorderctl camera import" }), " takes. ", this.#count),
-      el("label", { class: "tick" }, this.withOthers, " Also rows that did not pass"),
-      el("label", { class: "tick" }, this.withPasswords, " With passwords"),
+      el("h2", { id: "import-title", text: texts.many.exportForImport }),
+      el("p", {}, `${importBefore} `, el("code", { text: COMMAND }), ` ${importAfter} `, this.#count),
+      el("label", { class: "tick" }, this.withOthers, ` ${texts.many.alsoOthers}`),
+      el("label", { class: "tick" }, this.withPasswords, ` ${texts.many.withPasswords}`),
       this.#warning,
       el(
         "div",
         { class: "actions" },
         this.#export,
-        button("Cancel", () => this.dialog.close(), { id: "import-cancel" }),
+        button(texts.common.cancel, () => this.dialog.close(), { id: "import-cancel" }),
       ),
     );
     form.addEventListener("submit", (event) => {
@@ -68,9 +71,9 @@ export class ImportDialog {
     this.withPasswords.disabled = !havePasswords;
     if (!havePasswords) this.withPasswords.checked = false;
     this.#warning.hidden = !this.withPasswords.checked;
-    const which = this.withOthers.checked ? "" : ": those that passed";
-    const lack = havePasswords || rows.length === 0 ? "" : ". There is no password in this page to export.";
-    this.#count.textContent = `${rows.length} of ${counted(this.#rows.length, "row")}${which}${lack}`;
+    const chosen = this.withOthers.checked ? texts.many.chosen : texts.many.chosenPassed;
+    const lack = havePasswords || rows.length === 0 ? "" : `. ${texts.many.noPassword}`;
+    this.#count.textContent = chosen(rows.length, this.#rows.length) + lack;
     this.#export.disabled = rows.length === 0;
   }
 
@@ -78,6 +81,7 @@ export class ImportDialog {
     const rows = this.#chosen;
     download("cameras-for-import.csv", exportForImport(rows, this.withPasswords.checked));
     this.dialog.close();
-    say(`${counted(rows.length, "row")} exported${this.withPasswords.checked ? ", with passwords" : ""}`);
+    const said = this.withPasswords.checked ? texts.many.exportedWithPasswords : texts.many.exported;
+    say(said(rows.length));
   }
 }

@@ -3,7 +3,7 @@
 
 import { COLUMNS, plainHeading } from "../list/headings.js";
 import { byId, el } from "../parts/dom.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../list/headings.js").Column} Column
@@ -47,8 +47,8 @@ export class ListColumns {
     this.place.hidden = unknown.length === 0;
     byId("many-columns-summary", HTMLElement).textContent =
       unread.length > 0
-        ? `${counted(unread.length, "column is", "columns are")} not read: ${unread.join(", ")}`
-        : "All columns are read";
+        ? texts.many.columnsNotRead(unread.length, unread.join(", "))
+        : texts.many.allColumnsRead;
     byId("many-columns-choices", HTMLElement).replaceChildren(
       ...unknown.map((heading, i) => this.#choice(heading, `many-column-${i}`)),
     );
@@ -57,7 +57,7 @@ export class ListColumns {
   /** @param {Heading} heading @param {string} id */
   #choice(heading, id) {
     const free = COLUMNS.filter((column) => column === heading.column || !this.#isTaken(column));
-    const options = ["", ...free].map((value) => el("option", { value, text: value || "not read" }));
+    const options = ["", ...free].map((value) => el("option", { value, text: value || texts.many.columnNotRead }));
     const select = el("select", { id }, ...options);
     select.value = heading.column;
     select.addEventListener("change", async () => {

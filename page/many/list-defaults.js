@@ -3,6 +3,7 @@
 import { ModelField } from "../models/model-field.js";
 import { byId, showMistake } from "../parts/dom.js";
 import { portMistake } from "../text/address.js";
+import { texts } from "../texts/texts.js";
 
 export class ListDefaults {
   /**
@@ -34,7 +35,7 @@ export class ListDefaults {
     const { port, model } = this.fields;
     showMistake(port, port.value.trim() && portMistake(port.value.trim()));
     const isUnknown = model.value.trim() !== "" && !this.modelField.value;
-    showMistake(model, isUnknown ? "Choose a model from the list." : "");
+    showMistake(model, isUnknown ? texts.many.noModel : "");
     this.changed();
   }
 

@@ -3,7 +3,7 @@
 import { kindOf } from "../list/camera-list.js";
 import { button, byId, el, refill } from "../parts/dom.js";
 import { keyOf, testCause } from "../recorder/causes.js";
-import { KINDS } from "./list-table.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../list/camera-list.js").Row} Row
@@ -51,18 +51,18 @@ export class ListFilters {
 
   /** @param {Row[]} rows */
   #showCounts(rows) {
-    const counts = Object.entries(KINDS)
+    const counts = Object.entries(texts.many.kinds)
       .map(([kind, label]) => ({
         kind: /** @type {Kind} */ (kind),
         label,
         count: rows.filter((row) => kindOf(row) === kind).length,
       }))
       .filter(({ kind, count }) => count > 0 || kind === this.#kind);
-    const all = [{ kind: /** @type {const} */ ("all"), label: "All", count: rows.length }, ...counts];
+    const all = [{ kind: /** @type {const} */ ("all"), label: texts.many.all, count: rows.length }, ...counts];
     refill(
       byId("many-filters", HTMLElement),
       all.map(({ kind, label, count }) =>
-        button(`${label} ${count}`, () => this.#choose(kind), {
+        button(texts.many.filter(label, count), () => this.#choose(kind), {
           "aria-pressed": String(kind === this.#kind),
           "data-kind": kind,
         }),
@@ -70,7 +70,7 @@ export class ListFilters {
     );
     const select = byId("many-filter", HTMLSelectElement);
     select.replaceChildren(
-      ...all.map(({ kind, label, count }) => el("option", { value: kind, text: `${label} ${count}` })),
+      ...all.map(({ kind, label, count }) => el("option", { value: kind, text: texts.many.filter(label, count) })),
     );
     select.value = this.#kind;
   }
@@ -89,7 +89,7 @@ export class ListFilters {
           this.#cause = key === this.#cause ? "" : key;
           this.changed();
         };
-        return button(`${causes.get(key)?.heading} ${count}`, choose, {
+        return button(texts.many.filter(causes.get(key)?.heading ?? "", count), choose, {
           "aria-pressed": String(key === this.#cause),
           "data-kind": key,
         });
@@ -106,7 +106,7 @@ export class ListFilters {
     advice.replaceChildren(
       el("strong", { text: `${cause.heading}. ` }),
       `${cause.happened} `,
-      el("strong", { text: "First: " }),
+      el("strong", { text: `${texts.common.first} ` }),
       cause.first,
     );
   }

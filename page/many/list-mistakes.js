@@ -2,17 +2,18 @@
 
 import { kindOf, reasonOf } from "../list/camera-list.js";
 import { button, byId, el, refill } from "../parts/dom.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../list/camera-list.js").Row} Row */
 
 /** What is said about a row. @param {Row} row */
 function remarksOf(row) {
-  const line = `Line ${row.line}`;
+  const { line } = row;
+  const { remark, cellRemark, leftOut } = texts.many;
   return [
-    ...row.problems.map((text) => `${line}${row.shapeMistake ? ":" : ","} ${text}`),
-    ...(kindOf(row) === "leftOut" ? [`${line}: ${reasonOf(row)}, left out`] : []),
-    ...row.notices.map((text) => `${line}: ${text}`),
+    ...row.problems.map((text) => (row.shapeMistake ? remark : cellRemark)(line, text)),
+    ...(kindOf(row) === "leftOut" ? [leftOut(line, reasonOf(row))] : []),
+    ...row.notices.map((text) => remark(line, text)),
   ];
 }
 
@@ -31,8 +32,7 @@ export class ListMistakes {
     const fold = byId("many-fix", HTMLDetailsElement);
     if (fold.hidden && links.length > 0) fold.open = links.length <= 10;
     fold.hidden = links.length === 0;
-    byId("many-fix-summary", HTMLElement).textContent =
-      `${counted(toFix, "row")} to fix, ${counted(links.length, "remark")}`;
+    byId("many-fix-summary", HTMLElement).textContent = texts.many.mistakes(toFix, links.length);
     refill(
       byId("many-fix-list", HTMLElement),
       links.map((link) => el("li", {}, link)),

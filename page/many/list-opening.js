@@ -2,6 +2,7 @@
 
 import { readList, readListFile } from "../list/list-reading.js";
 import { byId, say } from "../parts/dom.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../list/list-reading.js").ReadList} ReadList
@@ -20,7 +21,7 @@ export class ListOpening {
     this.#listenForFiles();
     this.#listenForDrops();
     byId("many-read", HTMLButtonElement).addEventListener("click", () =>
-      this.#open("Pasted rows", readList(this.text.value)),
+      this.#open(texts.many.pasted, readList(this.text.value)),
     );
   }
 
@@ -57,9 +58,9 @@ export class ListOpening {
 
   /** A file that cannot be read replaces nothing. @param {string} name @param {ReadList} list */
   async #open(name, list) {
-    const mistake = this.surroundings.isRunning() ? "not opened. Stop the run first." : list.mistake;
+    const mistake = this.surroundings.isRunning() ? texts.many.stopFirst : list.mistake;
     const text = byId("many-mistake", HTMLElement);
-    text.textContent = mistake ? `${name}: ${mistake}` : "";
+    text.textContent = mistake ? texts.many.notRead(name, mistake) : "";
     text.hidden = mistake === "";
     if (mistake) {
       say(text.textContent ?? "");

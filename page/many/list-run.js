@@ -6,8 +6,7 @@ import * as api from "../recorder/api.js";
 import { Estimate } from "../testing/estimate.js";
 import { Run } from "../testing/run.js";
 import { Slowness } from "../testing/slowness.js";
-import { counted } from "../texts/language.js";
-import { KINDS } from "./list-table.js";
+import { texts } from "../texts/texts.js";
 import { RunPanel } from "./run-panel.js";
 
 /**
@@ -64,8 +63,8 @@ export class ListRun {
 
   /** Asks before a login is sent that is likely to be refused. @param {Row} row */
   async maySend(row) {
-    const refused = "This user's login was refused at this address. Another try may lock the user out. Go on anyway?";
-    if (this.list.refusals.isRefused(row) && !(await ask(refused, "Go on anyway"))) return false;
+    const isRefused = this.list.refusals.isRefused(row);
+    if (isRefused && !(await ask(texts.many.refusedBefore, texts.many.goOnAnyway))) return false;
     return this.#maySendWithout([row]);
   }
 
@@ -73,17 +72,14 @@ export class ListRun {
   async #maySendWithout(rows) {
     const lacking = rows.filter(lacksPassword);
     if (lacking.length === 0) return true;
-    const question = `The passwords of ${counted(lacking.length, "row")} were forgotten. Go on without a password?`;
-    if (!(await ask(question, "Go on anyway"))) return false;
+    if (!(await ask(texts.many.forgottenBefore(lacking.length), texts.many.goOnAnyway))) return false;
     for (const row of lacking) row.isForgotten = false;
     return true;
   }
 
   async #testHeld() {
     const held = this.list.ofKind("held");
-    const what = `The login of ${counted(held.length, "row")} was refused at the same address.`;
-    const question = `${what} Each may lock a user out. Test anyway?`;
-    if (!(await ask(question, "Test anyway"))) return;
+    if (!(await ask(texts.many.heldBefore(held.length), texts.many.testAnyway))) return;
     for (const row of held) row.asHeld = true;
     this.test(held);
   }
@@ -97,11 +93,11 @@ export class ListRun {
     this.#run = this.#begin(testable);
     this.#spokenQuarters = 0;
     this.changed(testable);
-    say(`Testing ${counted(testable.length, "camera")}`);
+    say(texts.many.testing(testable.length));
     await this.#run.test();
     this.#run = null;
     this.changed([]);
-    say(`Ended. ${this.#summary()}`);
+    say(texts.many.ended(this.#summary()));
   }
 
   /** @param {Row[]} rows */
@@ -122,21 +118,20 @@ export class ListRun {
     const run = this.#run;
     if (!run) return;
     if (run.pause) {
-      if (rows.length === 0) say(`Paused. ${run.pause.text}`);
+      if (rows.length === 0) say(texts.many.pausedFor(run.pause.text));
       return;
     }
     const quarters = Math.floor((run.done / run.rows.length) * 4);
-    if (quarters > this.#spokenQuarters && quarters < 4) say(`${run.done} of ${run.rows.length} tested`);
+    if (quarters > this.#spokenQuarters && quarters < 4) say(texts.many.saidProgress(run.done, run.rows.length));
     this.#spokenQuarters = quarters;
   }
 
   // ---- what is shown ----
 
   #summary() {
-    const counts = COUNTED.map((kind) => ({ kind, count: this.list.ofKind(kind).length }));
-    const others = counts.filter(({ count }) => count > 0);
-    const parts = others.map(({ kind, count }) => `${count} ${KINDS[kind].toLowerCase()}`);
-    return [`${this.list.ofKind("passed").length} passed`, ...parts].join(", ");
+    const countOf = (/** @type {Kind} */ kind) => texts.many.countOf(this.list.ofKind(kind).length, kind);
+    const others = COUNTED.filter((kind) => this.list.ofKind(kind).length > 0);
+    return [countOf("passed"), ...others.map(countOf)].join(", ");
   }
 
   /** Shows what runs, or what can be run. */

@@ -1,26 +1,15 @@
 /// The table of a list of cameras. Rows keep the file's order; a change redraws its row alone.
 
-import { kindOf, passwordWord, reasonOf } from "../list/camera-list.js";
+import { kindOf, reasonOf, whosePassword } from "../list/camera-list.js";
 import { button, byId, el } from "../parts/dom.js";
 import { labelOf } from "../recorder/models.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../list/camera-list.js").Row} Row
  * @typedef {import("../list/camera-list.js").Defaults} Defaults
  * @typedef {import("../list/camera-list.js").Kind} Kind
  */
-
-/** What a filter is called, in the order they stand. @type {Readonly<Record<Kind, string>>} */
-export const KINDS = {
-  passed: "Passed",
-  failed: "Failed",
-  testing: "Testing",
-  held: "Held",
-  unknown: "Unknown",
-  toFix: "To fix",
-  leftOut: "Left out",
-  waiting: "Not tested",
-};
 
 /** @type {Readonly<Record<Kind, string>>} */
 const SIGNS = {
@@ -39,7 +28,7 @@ function resultText(row) {
   const kind = kindOf(row);
   const reason = reasonOf(row);
   if (kind === "failed") return reason;
-  return reason ? `${KINDS[kind]}: ${reason}` : KINDS[kind];
+  return reason ? texts.many.resultFor(texts.many.kinds[kind], reason) : texts.many.kinds[kind];
 }
 
 /** Sign and words of what came of a row. @param {Row} row */
@@ -92,17 +81,19 @@ export class ListTable {
   #draw(row, drawn, defaults) {
     const { cells, camera } = row;
     const name = cells.name || cells.address;
-    const host = (camera?.host ?? cells.address) || "no address";
+    const host = (camera?.host ?? cells.address) || texts.many.noAddress;
     const port = camera ? `:${camera.port}` : "";
     const model = camera ? labelOf(camera) : `${cells.vendor} ${cells.model}`.trim();
-    const more = drawn.querySelector("button") ?? button("More", () => this.open(row), { id: `row-${row.line}-more` });
-    more.setAttribute("aria-label", `More about line ${row.line}, ${name || "no name"}`);
+    const password = texts.list.passwords[whosePassword(row, defaults)];
+    const id = `row-${row.line}-more`;
+    const more = drawn.querySelector("button") ?? button(texts.many.more, () => this.open(row), { id });
+    more.setAttribute("aria-label", texts.many.moreAbout(row.line, name));
     const contents = [
       el("td", { class: "line", text: String(row.line) }),
       el("th", { scope: "row", text: cells.name }),
       el("td", { class: "code", text: host.includes(":") && port ? `[${host}]${port}` : host + port }),
       el("td", { text: model }),
-      el("td", { class: "muted", "data-label": "Password", text: passwordWord(row, defaults) }),
+      el("td", { class: "muted", "data-label": texts.common.password, text: password }),
       el("td", {}, resultOf(row)),
     ];
     drawn.dataset.result = kindOf(row);

@@ -5,7 +5,7 @@ import { notesOf } from "../list/list-reading.js";
 import { ask, byId, download, el, say } from "../parts/dom.js";
 import { OpenList } from "../testing/open-list.js";
 import { Refusals } from "../testing/refusals.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 import { ImportDialog } from "./import-dialog.js";
 import { ListColumns } from "./list-columns.js";
 import { ListDefaults } from "./list-defaults.js";
@@ -34,7 +34,7 @@ export class ManyCameras {
     this.defaults = new ListDefaults(models, () => this.#check());
     this.opening = new ListOpening({
       isRunning,
-      mayReplace: (name) => this.#mayReplace(`The list is replaced by ${name}.`, "Open it"),
+      mayReplace: (name) => this.#mayReplace(texts.many.replaced(name), texts.many.openIt),
       opened: (name, list) => this.#open(name, list),
     });
     this.columns = new ListColumns(() => this.#columnsChanged());
@@ -59,7 +59,7 @@ export class ManyCameras {
     on("forget", () => {
       this.forgetPasswords();
       this.#check();
-      say("Passwords forgotten");
+      say(texts.many.forgotten);
     });
     on("export", () => this.#export());
     on("export-import", () => this.importDialog.open(this.list.rows));
@@ -67,7 +67,7 @@ export class ManyCameras {
 
   /** Asks before the page is left on purpose; the browser then does not ask a second time. */
   async mayLeave() {
-    if (!(await this.#mayReplace("The list is closed.", "Log out"))) return false;
+    if (!(await this.#mayReplace(texts.many.closed, texts.many.logOut))) return false;
     window.removeEventListener("beforeunload", warnBeforeLeaving);
     return true;
   }
@@ -78,8 +78,8 @@ export class ManyCameras {
   async #mayReplace(what, yes) {
     const { tested, isEdited } = this.list;
     if (tested.length === 0 && !isEdited) return true;
-    const results = `The results of ${counted(tested.length, "row")} are lost`;
-    return ask(`${what} ${tested.length > 0 ? results : "What you changed in rows is lost"}. Go on?`, yes);
+    const { resultsLost, changesLost } = texts.many;
+    return ask(tested.length > 0 ? resultsLost(what, tested.length) : changesLost(what), yes);
   }
 
   /** @param {string} name @param {ReadList} list */
@@ -90,8 +90,7 @@ export class ManyCameras {
     byId("many-name", HTMLElement).textContent = name;
     this.columns.open(list.headings);
     this.#fill(list);
-    const toFix = this.list.ofKind("toFix");
-    say(`${counted(this.list.rows.length, "row")} read. ${counted(toFix.length, "row")} to fix.`);
+    say(texts.many.opened(this.list.rows.length, this.list.ofKind("toFix").length));
   }
 
   /** @param {ReadList} list */
@@ -104,8 +103,9 @@ export class ManyCameras {
 
   /** Cells go elsewhere: the rows are read anew. */
   async #columnsChanged() {
-    if (!this.list.source || !(await this.#mayReplace("The rows are read anew.", "Read them"))) return false;
-    this.#fill(this.list.source);
+    const { source } = this.list;
+    if (!source || !(await this.#mayReplace(texts.many.readAnew, texts.many.readThem))) return false;
+    this.#fill(source);
     return true;
   }
 
@@ -154,7 +154,7 @@ export class ManyCameras {
 
   #show() {
     const { rows } = this.list;
-    byId("many-count", HTMLElement).textContent = counted(rows.length, "row");
+    byId("many-count", HTMLElement).textContent = texts.many.rows(rows.length);
     this.filters.show(rows);
     this.#hold(this.run.isRunning);
     this.run.show();
@@ -173,13 +173,13 @@ export class ManyCameras {
 
   #filtered() {
     this.#show();
-    say(counted(this.filters.visible(this.list.rows).length, "row"));
+    say(texts.many.rows(this.filters.visible(this.list.rows).length));
   }
 
   #export() {
     const visible = this.filters.visible(this.list.rows);
     download("cameras-tested.csv", exportResults(visible));
-    say(`${counted(visible.length, "row")} exported`);
+    say(texts.many.exported(visible.length));
   }
 }
 

@@ -9,6 +9,7 @@ import * as api from "../recorder/api.js";
 import { testCause } from "../recorder/causes.js";
 import { isUserDefined, labelOf } from "../recorder/models.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 import { resultOf } from "./list-table.js";
 
 /**
@@ -59,7 +60,7 @@ export class RowDetails {
     on("save", () => {
       this.#save();
       if (this.#row) this.#showResult(this.#row);
-      say("Saved in this page");
+      say(texts.many.saved);
     });
     on("anyway", () => this.#testAnyway());
     on("picture", () => this.#showPicture());
@@ -96,7 +97,7 @@ export class RowDetails {
   /** @param {Row} row */
   open(row) {
     this.#row = row;
-    byId("row-title", HTMLElement).textContent = `Line ${row.line}${row.cells.name ? `: ${row.cells.name}` : ""}`;
+    byId("row-title", HTMLElement).textContent = texts.many.rowTitle(row.line, row.cells.name);
     this.#showTexts(row);
     for (const [name, values] of CHOICES) {
       setOptions(this.#choice(name), values);
@@ -124,9 +125,9 @@ export class RowDetails {
         el(
           "p",
           {},
-          el("strong", { text: "First: " }),
+          el("strong", { text: `${texts.common.first} ` }),
           first,
-          el("span", { class: "code muted", text: ` code ${row.code}` }),
+          el("span", { class: "code muted", text: ` ${texts.common.code(row.code)}` }),
         ),
       );
     }
@@ -135,7 +136,7 @@ export class RowDetails {
     byId("row-anyway", HTMLButtonElement).hidden = kindOf(row) !== "leftOut";
     for (const name of ["test", "anyway", "save"]) byId(`row-${name}`, HTMLButtonElement).disabled = isBusy;
     for (const name of ["picture", "one"]) byId(`row-${name}`, HTMLButtonElement).disabled = !row.camera;
-    if (isBusy) place.append(el("p", { class: "hint", text: "Values can be changed when the run has ended." }));
+    if (isBusy) place.append(el("p", { class: "hint", text: texts.many.afterRun }));
   }
 
   /** Takes the fields over into the row, and shows what became of them there. */
@@ -189,13 +190,13 @@ export class RowDetails {
     const row = this.#row;
     if (!row?.camera || this.#fetching || !(await this.surroundings.maySend(row))) return;
     byId("row-figure", HTMLElement).hidden = false;
-    this.picture.clear("Fetching a picture");
+    this.picture.clear(texts.common.fetchingPicture);
     this.#fetching = new AbortController();
     try {
       const picture = await api.takePicture(row.camera, this.#fetching.signal);
       if (this.#row !== row) return;
-      const size = await this.picture.show(picture, `Picture of ${labelOf(row.camera)} at ${row.camera.host}`);
-      say(size ? "The picture is there" : "No picture came");
+      const size = await this.picture.show(picture, texts.many.pictureOf(labelOf(row.camera), row.camera.host));
+      say(size ? texts.many.pictureThere : texts.common.noPictureCame);
     } catch (error) {
       if (this.#row === row) this.picture.clear(messageOf(error));
     } finally {

@@ -1,7 +1,7 @@
 /// The buttons of a run, its progress, and why it stands still.
 
 import { byId } from "../parts/dom.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../testing/run.js").Run} Run */
 
@@ -39,9 +39,7 @@ export class RunPanel {
   show(run, { remaining, retriable, held }, hasRun, summary) {
     const focused = this.#buttons.find((one) => one === document.activeElement);
     this.#button("start").disabled = remaining === 0;
-    this.#button("start").textContent = hasRun
-      ? `Test the remaining ${remaining}`
-      : `Test ${counted(remaining, "camera")}`;
+    this.#button("start").textContent = (hasRun ? texts.many.testRemaining : texts.many.testAll)(remaining);
     this.#button("start").hidden = run !== null || (remaining === 0 && hasRun);
     this.#button("retry").hidden = run !== null || retriable === 0;
     this.#button("held").hidden = run !== null || held === 0;
@@ -58,8 +56,8 @@ export class RunPanel {
   #showPause(pause) {
     byId("many-pause", HTMLElement).hidden = !pause;
     if (!pause) return;
-    const unanswered = pause.rows === 1 ? "This camera's test was not answered." : "This group was not answered.";
-    byId("many-pause-title", HTMLElement).textContent = pause.kind === "logins" ? "Paused." : unanswered;
+    const unanswered = pause.rows === 1 ? texts.many.testUnanswered : texts.many.groupUnanswered;
+    byId("many-pause-title", HTMLElement).textContent = pause.kind === "logins" ? texts.many.paused : unanswered;
     byId("many-pause-text", HTMLElement).textContent = pause.text;
   }
 
@@ -77,9 +75,9 @@ export class RunPanel {
     const progress = byId("many-progress", HTMLProgressElement);
     progress.max = run.rows.length;
     progress.value = run.done;
-    const parts = [`${run.done} of ${run.rows.length}`];
+    const parts = [texts.many.progress(run.done, run.rows.length)];
     if (run.timeLeft > 0 && !run.pause) parts.push(timeText(run.timeLeft));
-    if (run.state === "stopping") parts.push("stopping");
+    if (run.state === "stopping") parts.push(texts.many.stopping);
     byId("many-progress-text", HTMLElement).textContent = parts.join(", ");
   }
 }
@@ -87,5 +85,5 @@ export class RunPanel {
 /** @param {number} milliseconds */
 function timeText(milliseconds) {
   const seconds = Math.ceil(milliseconds / 1000);
-  return seconds < 60 ? `about ${seconds} s left` : `about ${Math.round(seconds / 60)} min left`;
+  return seconds < 60 ? texts.many.secondsLeft(seconds) : texts.many.minutesLeft(Math.round(seconds / 60));
 }

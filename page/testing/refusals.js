@@ -3,6 +3,7 @@
 
 import { UNTESTED } from "../list/camera-list.js";
 import { LOGIN_REFUSED } from "../recorder/causes.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {{host: string, port: number, user: string, password: string}} Login
@@ -17,7 +18,7 @@ import { LOGIN_REFUSED } from "../recorder/causes.js";
 export const HELD = /** @type {const} */ ({
   ...UNTESTED,
   result: "held",
-  note: "This login was refused at this address.",
+  note: texts.many.loginRefused,
 });
 
 /** @param {Login} login */

@@ -6,6 +6,7 @@ import { workingTime } from "../recorder/admission.js";
 import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 import { LANES, countRequests, nextRequest, rides } from "./grouping.js";
 import { Lanes } from "./lanes.js";
 
@@ -143,7 +144,7 @@ export class Run {
   /** @param {Row} row @param {Verdict | undefined} verdict */
   #settle(row, verdict) {
     if (!verdict) {
-      Object.assign(row, { result: "unknown", note: "The recorder's answer left this row out." });
+      Object.assign(row, { result: "unknown", note: texts.many.rowUnanswered });
       return;
     }
     const { code, cause = "" } = verdict;
@@ -171,8 +172,7 @@ export class Run {
   #pauseOfLogins() {
     const rows = this.#refused;
     if (this.isProven || rows < FIRST_ROWS || this.waiting.length === 0) return null;
-    const text = `The first ${rows} logins were all refused. Is the shared password right?`;
-    return { kind: "logins", text, rows };
+    return { kind: "logins", text: texts.many.loginsRefused(rows), rows };
   }
 
   async #waitWhilePaused() {

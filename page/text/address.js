@@ -1,5 +1,6 @@
 /// Addresses as people write them: a name, host:port, or a whole stream address.
 
+import { texts } from "../texts/texts.js";
 import { splitPath } from "./path-login.js";
 import { decode } from "./text.js";
 
@@ -71,15 +72,13 @@ function tlsAddress({ host, port }, path) {
  * @param {string} host
  */
 export function hostMistake(host) {
-  if (host === "") return "missing.";
-  if (host.includes("@")) {
-    return "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).";
-  }
-  return /[\s/\\?#[\]"'<>,;]/.test(host) ? `${host} is not a host name or address.` : "";
+  if (host === "") return texts.list.missing;
+  if (host.includes("@")) return texts.common.encode;
+  return /[\s/\\?#[\]"'<>,;]/.test(host) ? texts.common.noHost(host) : "";
 }
 
 /** @param {string} port */
 export function portMistake(port) {
   const isPort = /^\d{1,5}$/.test(port) && Number(port) >= 1 && Number(port) <= 65535;
-  return isPort ? "" : `${port} is not a port (1 to 65535).`;
+  return isPort ? "" : texts.common.noPort(port);
 }

@@ -12,6 +12,13 @@ export const common = {
   noPictureCame: "No picture came",
   fetchingPicture: "Fetching a picture",
 
+  /** What is wrong with a host or a port, in words that may follow the column's name. */
+  encode: "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).",
+  /** @param {string} host */
+  noHost: (host) => `${host} is not a host name or address.`,
+  /** @param {string} port */
+  noPort: (port) => `${port} is not a port (1 to 65535).`,
+
   any: "Any",
   cancel: "Cancel",
   close: "Close",
