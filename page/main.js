@@ -13,16 +13,17 @@ import { byId, prepareQuestions } from "./parts/dom.js";
 import { putInTexts } from "./parts/static-texts.js";
 import { ModelList } from "./recorder/models.js";
 import { decode } from "./text/text.js";
+import { texts } from "./texts/texts.js";
 
 /** @typedef {"one" | "many" | "models" | "users" | "account"} View */
 
 /** @type {Readonly<Record<View, string>>} */
 const TITLES = {
-  one: "One camera",
-  many: "Many cameras",
-  models: "Known models",
-  users: "Users",
-  account: "My account",
+  one: texts.one.title,
+  many: texts.many.title,
+  models: texts.models.title,
+  users: texts.login.users,
+  account: texts.login.account,
 };
 
 putInTexts();
@@ -55,7 +56,7 @@ function showView(view) {
     const link = byId(`nav-${name}`, HTMLAnchorElement);
     if (isCurrent) link.setAttribute("aria-current", "page");
     else link.removeAttribute("aria-current");
-    if (isCurrent) document.title = `${title} – Camera check`;
+    if (isCurrent) document.title = texts.common.title(title);
   }
 }
 

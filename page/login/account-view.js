@@ -3,6 +3,7 @@
 import { button, el, say } from "../parts/dom.js";
 import { PLAIN, addView, field, mistakeLine, onSubmit } from "../parts/forms.js";
 import * as access from "../recorder/access.js";
+import { texts } from "../texts/texts.js";
 import { Grants } from "./grants.js";
 import { NewToken } from "./new-token.js";
 
@@ -21,21 +22,21 @@ export class AccountView {
   constructor(passwords) {
     this.grants = new Grants("account", (user) => user === this.#user, false);
     const { sessions, tokens, mistake } = this.grants.elements;
-    const change = button("Change password", () => passwords.open(this.#user, true, () => this.open()), {
+    const change = button(texts.login.changePassword, () => passwords.open(this.#user, true, () => this.open()), {
       id: "account-password",
     });
-    const others = button("End all others", () => this.#endOthers(), { id: "account-end-others" });
+    const others = button(texts.login.endOthers, () => this.#endOthers(), { id: "account-end-others" });
     addView(
       "account",
-      "My account",
+      texts.login.account,
       this.#who,
       mistake,
       el("div", { class: "actions" }, change),
-      el("h2", { text: "Where you are logged in" }),
+      el("h2", { text: texts.login.whereLoggedIn }),
       sessions,
       el("div", { class: "actions" }, others),
-      el("h2", { text: "Tokens for scripts" }),
-      el("p", { class: "hint", text: "A script that sends one, as “Authorization: Bearer”, may do what you may." }),
+      el("h2", { text: texts.login.tokensForScripts }),
+      el("p", { class: "hint", text: texts.login.tokensExplained }),
       tokens,
       this.#form(),
       this.#made.element,
@@ -45,7 +46,7 @@ export class AccountView {
   /** @param {access.Session} session */
   show({ user, role }) {
     this.#user = user;
-    this.#who.textContent = role === "admin" ? `${user}, an admin` : `${user}, a user`;
+    this.#who.textContent = role === "admin" ? texts.login.anAdmin(user) : texts.login.aUser(user);
   }
 
   open() {
@@ -60,10 +61,10 @@ export class AccountView {
   #form() {
     const form = el(
       "form",
-      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": "New token" },
-      field("Name of a new token", this.#name),
-      field("Good until (empty: without end)", this.#until),
-      el("button", { id: "account-token-make", class: "main", text: "Make a token" }),
+      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": texts.login.newToken },
+      field(texts.login.tokenName, this.#name),
+      field(texts.login.goodUntil, this.#until),
+      el("button", { id: "account-token-make", class: "main", text: texts.login.makeToken }),
       this.#mistake,
     );
     onSubmit(form, this.#mistake, () => this.#make());
@@ -76,12 +77,12 @@ export class AccountView {
     this.#name.value = "";
     this.#until.value = "";
     await this.grants.load();
-    say(`Token ${name} is made. Copy it now.`);
+    say(texts.login.tokenMade(name));
   }
 
   #endOthers() {
     const others = this.grants.sessions.filter(({ isThis }) => !isThis);
     const end = () => Promise.all(others.map(({ id }) => access.endSession(id)));
-    return this.grants.change(end, "All other sessions have ended");
+    return this.grants.change(end, texts.login.othersEnded);
   }
 }

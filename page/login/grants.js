@@ -6,6 +6,7 @@ import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
 import { messageOf } from "../text/text.js";
 import { sentence, timeText } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {access.SessionEntry} SessionEntry
@@ -15,7 +16,7 @@ import { sentence, timeText } from "../texts/language.js";
  */
 
 /** Of several people's: whose each is. @param {boolean} areOfOthers */
-const ofWhom = (areOfOthers) => (areOfOthers ? ["User"] : []);
+const ofWhom = (areOfOthers) => (areOfOthers ? [texts.common.user] : []);
 
 /** @param {SessionEntry[]} sessions @param {Buttons} buttons @param {boolean} areOfOthers */
 function sessionTable(sessions, buttons, areOfOthers) {
@@ -27,7 +28,8 @@ function sessionTable(sessions, buttons, areOfOthers) {
     timeText(entry.until),
     buttons.session(entry),
   ]);
-  return table("Sessions", ["Since", ...ofWhom(areOfOthers), "Last used", "From", "Until", ""], rows);
+  const { sessions: caption, since, lastUsed, from, until } = texts.login;
+  return table(caption, [since, ...ofWhom(areOfOthers), lastUsed, from, until, ""], rows);
 }
 
 /** @param {TokenEntry[]} tokens @param {Buttons} buttons @param {boolean} areOfOthers */
@@ -37,10 +39,11 @@ function tokenTable(tokens, buttons, areOfOthers) {
     ...(areOfOthers ? [entry.user] : []),
     timeText(entry.created),
     timeText(entry.lastUsed),
-    timeText(entry.until) || "no end",
+    timeText(entry.until) || texts.login.noEnd,
     buttons.token(entry),
   ]);
-  return table("Tokens", ["Name", ...ofWhom(areOfOthers), "Made", "Last used", "Until", ""], rows);
+  const { tokens: caption, made, lastUsed, until } = texts.login;
+  return table(caption, [texts.common.name, ...ofWhom(areOfOthers), made, lastUsed, until, ""], rows);
 }
 
 /** @param {string} text */
@@ -65,7 +68,7 @@ export class Grants {
     /** @type {Buttons} */
     this.buttons = {
       session: (entry) => this.#ofSession(entry),
-      token: ({ name }) => this.#button("Remove", `token ${name}`, () => access.removeToken(name)),
+      token: ({ name }) => this.#button(texts.login.remove, texts.login.token(name), () => access.removeToken(name)),
     };
     this.elements = { sessions: this.sessionPlace, tokens: this.tokenPlace, mistake: this.#mistake };
   }
@@ -76,23 +79,25 @@ export class Grants {
     const isShown = (/** @type {{user: string}} */ { user }) => this.isShown(user);
     this.sessions = sessions.filter(isShown);
     const tokensShown = tokens.filter(isShown);
+    const { noSessions, noTokens } = texts.login;
     this.sessionPlace.replaceChildren(
-      this.sessions.length > 0 ? sessionTable(this.sessions, this.buttons, this.areOfOthers) : none("No sessions."),
+      this.sessions.length > 0 ? sessionTable(this.sessions, this.buttons, this.areOfOthers) : none(noSessions),
     );
     this.tokenPlace.replaceChildren(
-      tokensShown.length > 0 ? tokenTable(tokensShown, this.buttons, this.areOfOthers) : none("No tokens."),
+      tokensShown.length > 0 ? tokenTable(tokensShown, this.buttons, this.areOfOthers) : none(noTokens),
     );
   }
 
   /** @param {SessionEntry} entry */
   #ofSession({ id, isThis, address }) {
-    if (isThis) return "this browser";
-    return this.#button("End", `session from ${address}`, () => access.endSession(id));
+    if (isThis) return texts.login.thisBrowser;
+    return this.#button(texts.login.end, texts.login.session(address), () => access.endSession(id));
   }
 
   /** @param {string} verb @param {string} what @param {() => Promise<unknown>} end */
   #button(verb, what, end) {
-    return button(verb, () => this.change(end, `${what}: done`), { "aria-label": `${verb} ${what}` });
+    const label = { "aria-label": texts.login.verbAndWhat(verb, what) };
+    return button(verb, () => this.change(end, texts.login.whatIsDone(what)), label);
   }
 
   /** Changes something, and shows what is left. @param {() => Promise<unknown>} change @param {string} said */

@@ -1,11 +1,12 @@
 /// The question for user and password: a view of its own at the start, and a dialog over the page when the recorder no
 /// longer knows this browser. The browser's own box never comes.
 
-import { byId, button, el } from "../parts/dom.js";
+import { button, el } from "../parts/dom.js";
 import { PLAIN, field, mistakeLine, newPasswordMistake, onSubmit, passwordInput, tell } from "../parts/forms.js";
 import { Trouble } from "../recorder/request.js";
 import { loginTrouble } from "../text/login-words.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../recorder/access.js").Session} Session
@@ -27,12 +28,12 @@ export class LoginDialog {
   #user = el("input", { id: "login-user", autocomplete: "username", ...PLAIN });
   #password = passwordInput("login-password", "current-password");
   #again = passwordInput("login-again", "new-password");
-  #againField = field("The same password again", this.#again);
+  #againField = field(texts.login.samePassword, this.#again);
   #stay = el("input", { id: "login-stay", type: "checkbox" });
-  #stayField = el("label", { class: "tick" }, this.#stay, "Stay signed in on this device");
-  #go = el("button", { id: "login-go", class: "main", text: "Log in" });
-  #later = button("Later", () => this.#dialog.close(), { id: "login-later" });
-  #other = button("I am somebody else", () => location.reload(), { id: "login-other", class: "link" });
+  #stayField = el("label", { class: "tick" }, this.#stay, texts.login.stay);
+  #go = el("button", { id: "login-go", class: "main", text: texts.login.logIn });
+  #later = button(texts.login.later, () => this.#dialog.close(), { id: "login-later" });
+  #other = button(texts.login.somebodyElse, () => location.reload(), { id: "login-other", class: "link" });
   #form = el("form", { id: "login-form", novalidate: true, "aria-labelledby": "login-title" });
   #dialog = el("dialog", { id: "login", "aria-labelledby": "login-title" }, this.#form);
   #timer = 0;
@@ -42,16 +43,16 @@ export class LoginDialog {
   #done = () => {};
 
   constructor() {
-    const openLine = el("p", { class: "banner warn", text: byId("not-encrypted", HTMLElement).textContent });
+    const openLine = el("p", { class: "banner warn", text: texts.banners.notEncrypted });
     openLine.hidden = window.isSecureContext;
     this.#form.append(
-      el("p", { class: "brand", text: "Camera check" }),
+      el("p", { class: "brand", text: texts.common.product }),
       this.#title,
       this.#text,
       this.#mistake,
       openLine,
-      field("User", this.#user),
-      field("Password", this.#password),
+      field(texts.common.user, this.#user),
+      field(texts.common.password, this.#password),
       this.#againField,
       this.#stayField,
       el("div", { class: "actions" }, this.#go, this.#later, this.#other),
@@ -124,7 +125,7 @@ export class LoginDialog {
     if (!this.#wanted) return;
     if (this.#user.value === "") {
       this.#user.focus();
-      return "Type your user name.";
+      return texts.login.typeUser;
     }
     const wrong = this.#wanted.isFirst ? newPasswordMistake(this.#password, this.#again) : "";
     if (wrong) return wrong;
@@ -143,11 +144,11 @@ export class LoginDialog {
   #count(seconds) {
     if (seconds > 0) this.#timer = window.setTimeout(() => this.#count(seconds - 1), 1000);
     this.#go.setAttribute("aria-disabled", String(seconds > 0));
-    this.#go.textContent = seconds > 0 ? `Wait ${seconds} s` : this.#goText;
-    if (seconds === 0) tell(this.#mistake, "You can try again now.");
+    this.#go.textContent = seconds > 0 ? texts.login.wait(seconds) : this.#goText;
+    if (seconds === 0) tell(this.#mistake, texts.login.tryNow);
   }
 
   get #goText() {
-    return this.#wanted?.isFirst ? "Make this user" : "Log in";
+    return this.#wanted?.isFirst ? texts.login.makeUser : texts.login.logIn;
   }
 }

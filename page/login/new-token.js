@@ -1,6 +1,7 @@
 /// A token that was just made: shown once, with a button that copies it.
 
 import { button, el, say } from "../parts/dom.js";
+import { texts } from "../texts/texts.js";
 
 export class NewToken {
   #label = el("label", { for: "account-token" });
@@ -13,15 +14,15 @@ export class NewToken {
       "div",
       { class: "with-button" },
       this.#value,
-      button("Copy", () => this.#copy(), { id: "account-token-copy" }),
-      button("Done", () => this.forget(), { id: "account-token-done" }),
+      button(texts.login.copy, () => this.#copy(), { id: "account-token-copy" }),
+      button(texts.login.done, () => this.forget(), { id: "account-token-done" }),
     ),
-    el("p", { class: "hint", text: "Copy it now: it is not shown again." }),
+    el("p", { class: "hint", text: texts.login.copyNow }),
   );
 
   /** @param {string} name @param {string} token */
   show(name, token) {
-    this.#label.textContent = `The token ${name}`;
+    this.#label.textContent = texts.login.theToken(name);
     this.#value.value = token;
     this.element.hidden = false;
     this.#value.focus();
@@ -36,7 +37,7 @@ export class NewToken {
   async #copy() {
     this.#value.select(); // where the page may not copy, Ctrl+C does
     const isCopied = await this.#write();
-    say(isCopied ? "Copied" : "The token is selected. Copy it with Ctrl+C.");
+    say(isCopied ? texts.login.copied : texts.login.copyByKeys);
   }
 
   /** The clipboard is for encrypted connections; the older command is for all. */

@@ -6,14 +6,15 @@ import { changeUser } from "../recorder/access.js";
 import { Trouble } from "../recorder/request.js";
 import { loginTrouble } from "../text/login-words.js";
 import { messageOf } from "../text/text.js";
+import { texts } from "../texts/texts.js";
 
 export class PasswordDialog {
   #user = el("input", { id: "password-user", autocomplete: "username", readonly: true, ...PLAIN });
   #old = passwordInput("password-old", "current-password");
-  #oldField = field("Old password", this.#old);
+  #oldField = field(texts.login.oldPassword, this.#old);
   #new = passwordInput("password-new", "new-password");
   #again = passwordInput("password-again", "new-password");
-  #title = el("h2", { id: "password-title", text: "New password" });
+  #title = el("h2", { id: "password-title", text: texts.login.newPassword });
   #mistake = mistakeLine("password-mistake");
   #form = el("form", { novalidate: true, "aria-labelledby": "password-title" });
   #dialog = el("dialog", { id: "password", "aria-labelledby": "password-title" }, this.#form);
@@ -24,15 +25,15 @@ export class PasswordDialog {
     this.#form.append(
       this.#title,
       this.#mistake,
-      field("User", this.#user),
+      field(texts.common.user, this.#user),
       this.#oldField,
-      field("New password", this.#new, "All other sessions of this user end."),
-      field("The same password again", this.#again),
+      field(texts.login.newPassword, this.#new, texts.login.othersEnd),
+      field(texts.login.samePassword, this.#again),
       el(
         "div",
         { class: "actions" },
-        el("button", { id: "password-save", class: "main", text: "Change it" }),
-        button("Cancel", () => this.#dialog.close()),
+        el("button", { id: "password-save", class: "main", text: texts.login.changeIt }),
+        button(texts.common.cancel, () => this.#dialog.close()),
       ),
     );
     onSubmit(this.#form, this.#mistake, () => this.#save(), wordsOf);
@@ -61,7 +62,7 @@ export class PasswordDialog {
     const old = this.#oldField.hidden ? {} : { oldPassword: this.#old.value };
     await changeUser(this.#user.value, { password, ...old });
     this.#dialog.close();
-    say("Password changed");
+    say(texts.login.passwordChanged);
     this.#changed();
     return "";
   }

@@ -4,7 +4,8 @@ import { byId, say } from "../parts/dom.js";
 import * as access from "../recorder/access.js";
 import { whenSignedOut } from "../recorder/admission.js";
 import { Trouble } from "../recorder/request.js";
-import { EXPIRED, FIRST_USER, NO_USER, USED_LINK, loginTrouble } from "../text/login-words.js";
+import { loginTrouble } from "../text/login-words.js";
+import { texts } from "../texts/texts.js";
 import { LoginDialog } from "./login-dialog.js";
 
 /** @typedef {access.Session} Session */
@@ -33,7 +34,7 @@ async function makeFirstUser(user, password, link) {
   try {
     await access.addFirstUser(user, password, link);
   } catch (error) {
-    throw isSignedOut(error) ? new Trouble("refused", USED_LINK) : error;
+    throw isSignedOut(error) ? new Trouble("refused", texts.login.usedLink) : error;
   }
 }
 
@@ -51,7 +52,7 @@ export class SigningIn {
 
   /** Until somebody is logged in, whom the page is for then. */
   async start() {
-    document.title = "Log in – Camera check";
+    document.title = texts.common.title(texts.login.logIn);
     const link = takeLink();
     const session = await this.#untilAnswered(() => (link ? this.#byLink(link) : access.readSession())).catch((error) =>
       this.#askAtStart(link, error),
@@ -94,17 +95,17 @@ export class SigningIn {
   #askAtStart(link, error) {
     if (!(error instanceof Trouble)) throw error;
     if (link && error.status === NO_USER_YET) return this.#askFirstUser(link);
-    const mistake = error.isForFirstUser ? NO_USER : link ? USED_LINK : "";
+    const mistake = error.isForFirstUser ? texts.login.noUser : link ? texts.login.usedLink : "";
     const trouble = isSignedOut(error) ? mistake : loginTrouble(error);
-    return this.#dialog.ask({ title: "Log in", mistake: trouble, enter: access.logIn });
+    return this.#dialog.ask({ title: texts.login.logIn, mistake: trouble, enter: access.logIn });
   }
 
   /** @param {string} link */
   #askFirstUser(link) {
     let isMade = false;
     return this.#dialog.ask({
-      title: "The first user",
-      text: FIRST_USER,
+      title: texts.login.firstUser,
+      text: texts.login.firstUserText,
       isFirst: true,
       enter: async (user, password) => {
         if (!isMade) await makeFirstUser(user, password, link);
@@ -120,8 +121,8 @@ export class SigningIn {
   async #again() {
     const user = this.#session?.user ?? "";
     const session = await this.#dialog.ask({
-      title: "Log in again",
-      text: EXPIRED,
+      title: texts.login.logInAgain,
+      text: texts.login.expired,
       user,
       isOver: true,
       enter: access.logIn,
@@ -132,7 +133,7 @@ export class SigningIn {
       return false;
     }
     this.#isKnown(session);
-    say("Logged in");
+    say(texts.login.loggedIn);
     return true;
   }
 

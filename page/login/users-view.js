@@ -6,16 +6,14 @@ import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 import { Grants } from "./grants.js";
 
 /** @typedef {access.Role} Role */
 
-/** @type {Readonly<Record<Role, string>>} */
-const ROLES = { admin: "Admin", user: "User" };
-
 /** @param {Record<string, string | boolean>} attributes @param {Role} role */
 function roleChoice(attributes, role) {
-  const options = Object.entries(ROLES).map(([value, text]) => el("option", { value, text }));
+  const options = Object.entries(texts.login.roles).map(([value, text]) => el("option", { value, text }));
   const choice = el("select", attributes, ...options);
   choice.value = role;
   return choice;
@@ -39,11 +37,11 @@ export class UsersView {
     const { sessions, tokens, mistake } = this.grants.elements;
     addView(
       "users",
-      "Users",
+      texts.login.users,
       this.#mistake,
       this.#place,
       this.#form(),
-      el("h2", { text: "Sessions and tokens of others" }),
+      el("h2", { text: texts.login.ofOthers }),
       mistake,
       sessions,
       tokens,
@@ -65,15 +63,14 @@ export class UsersView {
 
   #form() {
     const mistake = mistakeLine("users-add-mistake");
-    const hint = "An admin manages users; a user tests, lists and shows cameras.";
     const form = el(
       "form",
-      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": "New user" },
-      field("Name of a new user", this.#name),
-      field("Password", this.#password),
-      field("Role", this.#role),
-      el("button", { id: "users-add", class: "main", text: "Add" }),
-      el("p", { class: "hint", text: hint }),
+      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": texts.login.newUser },
+      field(texts.login.userName, this.#name),
+      field(texts.common.password, this.#password),
+      field(texts.login.role, this.#role),
+      el("button", { id: "users-add", class: "main", text: texts.login.add }),
+      el("p", { class: "hint", text: texts.login.roleExplained }),
       mistake,
     );
     onSubmit(form, mistake, () => this.#add());
@@ -87,40 +84,43 @@ export class UsersView {
     this.#password.value = "";
     this.#name.focus();
     await this.#load();
-    say(`${name} is added`);
+    say(texts.login.added(name));
   }
 
   async #load() {
     const users = await access.listUsers();
     const rows = users.map((user) => [user.name, this.#roleOf(user), this.#buttonsOf(user)]);
-    this.#place.replaceChildren(table("Who may log in", ["Name", "Role", ""], rows));
+    const headings = [texts.common.name, texts.login.role, ""];
+    this.#place.replaceChildren(table(texts.login.whoMayLogIn, headings, rows));
     await this.grants.load();
   }
 
   /** Nobody takes the own role away, so that an admin is always left. @param {access.User} user */
   #roleOf({ name, role }) {
-    if (name === this.#self) return ROLES[role];
-    const choice = roleChoice({ "aria-label": `Role of ${name}` }, role);
+    if (name === this.#self) return texts.login.roles[role];
+    const choice = roleChoice({ "aria-label": texts.login.roleOf(name) }, role);
     choice.addEventListener("change", () => {
       const wanted = roleIn(choice);
-      this.#change(() => access.changeUser(name, { role: wanted }), `${name} has the role ${ROLES[wanted]}`);
+      const said = texts.login.hasRole(name, texts.login.roles[wanted]);
+      this.#change(() => access.changeUser(name, { role: wanted }), said);
     });
     return choice;
   }
 
   /** @param {access.User} user */
   #buttonsOf({ name }) {
-    if (name === this.#self) return "this is you";
+    if (name === this.#self) return texts.login.thisIsYou;
     const open = () => this.passwords.open(name, false, () => this.open());
-    const password = button("New password", open, { "aria-label": `New password for ${name}` });
-    const remove = button("Remove", () => this.#remove(name), { "aria-label": `Remove ${name}` });
-    return el("div", { class: "actions" }, password, remove);
+    const { newPassword, newPasswordFor, remove, removeUser } = texts.login;
+    const password = button(newPassword, open, { "aria-label": newPasswordFor(name) });
+    const removal = button(remove, () => this.#remove(name), { "aria-label": removeUser(name) });
+    return el("div", { class: "actions" }, password, removal);
   }
 
   /** @param {string} name */
   async #remove(name) {
-    if (!(await ask(`${name} is removed, with all sessions and tokens. Go on?`, "Remove"))) return;
-    await this.#change(() => access.removeUser(name), `${name} is removed`);
+    if (!(await ask(texts.login.removeQuestion(name), texts.login.remove))) return;
+    await this.#change(() => access.removeUser(name), texts.login.removed(name));
     byId("users-title", HTMLElement).focus();
   }
 

@@ -6,6 +6,7 @@ import { logOut } from "../recorder/access.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 export class Who {
   #name = el("span", { id: "who-name" });
@@ -14,7 +15,7 @@ export class Who {
   /** @param {() => Promise<boolean>} mayLeave asks before something is lost */
   constructor(mayLeave) {
     this.mayLeave = mayLeave;
-    const leave = button("Log out", () => this.#leave(), { id: "log-out", class: "link" });
+    const leave = button(texts.login.logOut, () => this.#leave(), { id: "log-out", class: "link" });
     byId("top", HTMLElement).append(el("p", { class: "who" }, this.#name, leave), this.#mistake);
   }
 
@@ -31,7 +32,7 @@ export class Who {
       await logOut();
     } catch (error) {
       const isOut = error instanceof Trouble && error.kind === "signedOut";
-      if (!isOut) return tell(this.#mistake, `You are still logged in. ${sentence(messageOf(error))}`);
+      if (!isOut) return tell(this.#mistake, texts.login.stillIn(sentence(messageOf(error))));
     }
     window.addEventListener("pageshow", () => location.reload()); // Back may bring this page again
     location.replace(location.pathname); // anew, and without the view's name

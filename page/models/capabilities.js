@@ -2,6 +2,7 @@
 
 import { el } from "../parts/dom.js";
 import { capabilityCause } from "../recorder/causes.js";
+import { texts } from "../texts/texts.js";
 
 /**
  * @typedef {import("../recorder/api.js").Capabilities} Capabilities
@@ -11,12 +12,14 @@ import { capabilityCause } from "../recorder/causes.js";
  * @typedef {(fact: string, member?: string) => string} Said who says a fact
  */
 
-const NOTHING = "none reported";
+const NOTHING = texts.models.nothing;
+const FACTS = texts.models.facts;
 
-const TRANSPORTS = ["UDP", "TCP", "multicast", "HTTP", "automatic"]; // by number in capability documents
+/** By number in capability documents. */
+const TRANSPORTS = ["UDP", "TCP", texts.models.multicast, "HTTP", texts.models.automatic];
 
 /** @param {unknown} flag true, false, or a number that means the same */
-const yesNo = (flag) => (flag ? "Yes" : "No");
+const yesNo = (flag) => (flag ? texts.models.yes : texts.models.no);
 
 /**
  * A list with its default marked in words.
@@ -26,9 +29,12 @@ const yesNo = (flag) => (flag ? "Yes" : "No");
 function listed(values, preferred = "") {
   if (!Array.isArray(values) || values.length === 0) return NOTHING;
   return values
-    .map((value) => (value === preferred && values.length > 1 ? `${value} (default)` : String(value)))
+    .map((value) => (value === preferred && values.length > 1 ? texts.models.byDefault(String(value)) : String(value)))
     .join(", ");
 }
+
+/** @param {unknown} flag @param {unknown} channels */
+const yesOn = (flag, channels) => (flag ? texts.models.yesOn(listed(channels)) : texts.models.no);
 
 /** @param {Capabilities} capabilities @returns {{codec: string, streams: string[]}[]} */
 export function codecsOf({ videoCapList }) {
@@ -47,22 +53,22 @@ function rowsOf(can) {
   const inputs = can.DINum ?? 0;
   const transports = namesOfBits(can.rtspProtocolCap ?? 0, TRANSPORTS);
   return [
-    ["Channels", listed(can.ChanlList, can.defChanl), "channels"],
-    ["Video", yesNo(can.videoCap)],
-    ["Codecs", listed(codecsOf(can).map(({ codec, streams }) => `${codec} over ${streams.join(" or ")}`)), "codecs"],
-    ["Resolutions", listed(can.ResoList, can.defReso), "resolutions"],
-    ["Frame rates", listed(can.FPSList, can.defFPS), "frameRates"],
-    ["Picture qualities", listed(can.QualList, can.defQual), "qualities"],
-    ["Streams per channel", can.streamCnt ? String(can.streamCnt) : NOTHING, "streams"],
-    ["Audio", can.audioCap ? `Yes, channel ${listed(can.AudioCHList)}` : "No", "audioChannels"],
-    ["Motion detection", can.MDCap ? `Yes, channel ${listed(can.MDList)}` : "No", "motionChannels"],
-    ["Digital inputs", String(inputs), "digitalInputs"],
-    ["RTSP transports", listed(transports), "rtsp"],
-    ["Preferred RTSP transport", TRANSPORTS[can.defRtspProtocol] ?? NOTHING, "rtsp", "default"],
-    ["RTSP keep-alive", yesNo(can.defRtspKeepAlive), "rtsp", "keepAlive"],
-    ["Video server", yesNo(can.VideoSvr)],
-    ["Records to its own card", yesNo(can.hasEdgeStg), "edgeStorage"],
-    ["Factory user", can.defUser || NOTHING, "defaultUser"],
+    [FACTS.channels, listed(can.ChanlList, can.defChanl), "channels"],
+    [FACTS.video, yesNo(can.videoCap)],
+    [FACTS.codecs, listed(codecsOf(can).map(({ codec, streams }) => texts.models.codecOver(codec, streams))), "codecs"],
+    [FACTS.resolutions, listed(can.ResoList, can.defReso), "resolutions"],
+    [FACTS.frameRates, listed(can.FPSList, can.defFPS), "frameRates"],
+    [FACTS.qualities, listed(can.QualList, can.defQual), "qualities"],
+    [FACTS.streams, can.streamCnt ? String(can.streamCnt) : NOTHING, "streams"],
+    [FACTS.audio, yesOn(can.audioCap, can.AudioCHList), "audioChannels"],
+    [FACTS.motion, yesOn(can.MDCap, can.MDList), "motionChannels"],
+    [FACTS.inputs, String(inputs), "digitalInputs"],
+    [FACTS.transports, listed(transports), "rtsp"],
+    [FACTS.transport, TRANSPORTS[can.defRtspProtocol] ?? NOTHING, "rtsp", "default"],
+    [FACTS.keepAlive, yesNo(can.defRtspKeepAlive), "rtsp", "keepAlive"],
+    [FACTS.videoServer, yesNo(can.VideoSvr)],
+    [FACTS.edgeStorage, yesNo(can.hasEdgeStg), "edgeStorage"],
+    [FACTS.factoryUser, can.defUser || NOTHING, "defaultUser"],
   ];
 }
 

@@ -5,7 +5,7 @@ import * as api from "../recorder/api.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
 import { readModel } from "../recorder/model-document.js";
 import { messageOf } from "../text/text.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 import { capabilityTable } from "./capabilities.js";
 import { describeModel } from "./model-page.js";
 
@@ -15,6 +15,9 @@ const MOST_SHOWN = 200;
 
 /** An address of this view. @param {Model} model */
 const hashOf = ({ vendor, model }) => `#models/${encodeURIComponent(vendor)}/${encodeURIComponent(model)}`;
+
+/** @param {api.StoredCamera} camera */
+const nameOf = ({ id, name }) => name || texts.models.camera(id);
 
 export class KnownModels {
   /** @type {api.StoredCamera[]} */
@@ -61,16 +64,12 @@ export class KnownModels {
   async #readStored() {
     this.#stored = await api.listStoredCameras().catch(() => this.#stored);
     const items = this.#stored.map((camera) => {
-      const name = `${camera.name || `Camera ${camera.id}`}, ${labelOf(camera)}`;
-      const channel = camera.channel ? `, channel ${camera.channel}` : "";
-      const show = button(name + channel, () => this.#showStored(camera), { class: "link" });
-      return el(
-        "li",
-        {},
-        show,
-        " ",
-        el("a", { href: `#camera/${camera.id}`, text: "Test", "aria-label": `Test ${name}` }),
-      );
+      const name = texts.models.cameraAndModel(nameOf(camera), labelOf(camera));
+      const title = camera.channel ? texts.models.withChannel(name, camera.channel) : name;
+      const show = button(title, () => this.#showStored(camera), { class: "link" });
+      const label = texts.models.testCamera(name);
+      const test = el("a", { href: `#camera/${camera.id}`, text: texts.models.test, "aria-label": label });
+      return el("li", {}, show, " ", test);
     });
     byId("models-used-list", HTMLElement).replaceChildren(...items);
     byId("models-used", HTMLElement).hidden = items.length === 0;
@@ -85,7 +84,7 @@ export class KnownModels {
     byId("models-incomplete", HTMLElement).hidden = models.isComplete;
     this.#showNone(!isNone);
     const counts = near.length > 0 ? ofMakerText(near) : this.#countOf(found);
-    byId("models-count", HTMLElement).textContent = isLoading ? "Reading the list" : counts;
+    byId("models-count", HTMLElement).textContent = isLoading ? texts.models.reading : counts;
     const items = isLoading
       ? Array.from({ length: 8 }, () => el("li", { class: "skeleton", "aria-hidden": "true" }))
       : [...found, ...near].slice(0, MOST_SHOWN).map((model) => el("li", {}, this.#linkTo(model)));
@@ -95,13 +94,14 @@ export class KnownModels {
   /** @param {Model[]} found */
   #countOf({ length }) {
     const rest = length - MOST_SHOWN;
-    return counted(length, "model") + (rest > 0 ? `, ${rest.toLocaleString("en")} not shown: type further` : "");
+    return rest > 0 ? texts.models.foundMore(length, rest) : texts.models.found(length);
   }
 
   /** What fits cameras that are not in the list. @param {boolean} isHidden */
   #showNone(isHidden) {
-    const tests = this.models.fallbacks().map((model) => button(`Test as ${labelOf(model)}`, () => this.test(model)));
-    byId("models-fallbacks", HTMLElement).replaceChildren(...tests);
+    const testAs = (/** @type {Model} */ model) =>
+      button(texts.models.testAs(labelOf(model)), () => this.test(model));
+    byId("models-fallbacks", HTMLElement).replaceChildren(...this.models.fallbacks().map(testAs));
     byId("models-none", HTMLElement).hidden = isHidden;
   }
 
@@ -116,13 +116,13 @@ export class KnownModels {
     const model = this.models.find(this.vendor, this.model ?? "");
     if (!model) {
       if (this.vendor && this.models.state === "ready")
-        this.#put("No such model", [el("p", { text: "It is not in the list." })]);
+        this.#put(texts.models.noSuchModel, [el("p", { text: texts.models.notInList })]);
       return;
     }
     const key = hashOf(model);
     if (key === this.#shownKey) return;
     this.#shownKey = key;
-    this.#put(labelOf(model), [el("p", { class: "muted", text: "Reading" })]);
+    this.#put(labelOf(model), [el("p", { class: "muted", text: texts.models.readingModel })]);
     const content = await this.#describe(model).catch(messageOf);
     if (this.#shownKey !== key) return; // another one was chosen meanwhile
     const isRead = typeof content !== "string";
@@ -132,15 +132,15 @@ export class KnownModels {
 
   /** @param {Model} model @returns {Promise<HTMLElement[]>} */
   async #describe(model) {
-    const test = button("Test a camera with this model", () => this.test(model), { class: "main" });
-    const path = el("p", { class: "hint", text: "The user gives the path of the stream." });
+    const test = button(texts.models.testWith, () => this.test(model), { class: "main" });
+    const path = el("p", { class: "hint", text: texts.models.userGivesPath });
     const [outcome, document] = await Promise.all([
       api.readCapabilities(model.vendor, model.model),
       readModel(model).catch(messageOf),
     ]);
     const top = [test, ...(model.needsPath ? [path] : [])];
     if (typeof document !== "string") return [...top, ...describeModel(outcome, document)];
-    const trouble = el("p", { text: `Its streams, and who says what, could not be read. ${document}` });
+    const trouble = el("p", { text: texts.models.streamsNotRead(document) });
     return [...top, ...describeModel(outcome, null), trouble];
   }
 
@@ -148,9 +148,9 @@ export class KnownModels {
   #showStored(camera) {
     this.#shownKey = `stored ${camera.id}`;
     const content = camera.capabilities
-      ? capabilityTable(camera.capabilities, "Capabilities, as the recorder keeps them")
-      : el("p", { text: "No model file knows this camera's model." });
-    this.#put(camera.name || `Camera ${camera.id}`, [content]);
+      ? capabilityTable(camera.capabilities, texts.models.kept)
+      : el("p", { text: texts.models.noFile });
+    this.#put(nameOf(camera), [content]);
     byId("models-detail-title", HTMLElement).focus();
   }
 

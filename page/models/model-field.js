@@ -2,13 +2,11 @@
 
 import { button, el, sayLater } from "../parts/dom.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
-import { counted } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../recorder/api.js").Model} Model */
 
 const MOST_OPTIONS = 50;
-const NONE = "No model matches.";
-const FALLBACKS = "These fit most cameras:";
 
 /** Models with what is said before them. @typedef {{note: string, models: Model[]}} Group */
 
@@ -31,7 +29,7 @@ export class ModelField extends EventTarget {
       id: `${input.id}-list`,
       role: "listbox",
       class: "options",
-      "aria-label": "Choices",
+      "aria-label": texts.models.choices,
       hidden: true,
     });
     const opener = button("▾", () => this.#toggle(), { class: "opener", tabindex: -1, "aria-hidden": "true" });
@@ -92,7 +90,7 @@ export class ModelField extends EventTarget {
     this.box.hidden = false;
     this.input.setAttribute("aria-expanded", "true");
     this.#activate(this.#wasTyped || !chosen ? -1 : this.#options.indexOf(chosen));
-    sayLater(found.length > 0 ? counted(found.length, "model") : groups.map(({ note }) => note).join(" "));
+    sayLater(found.length > 0 ? texts.models.found(found.length) : groups.map(({ note }) => note).join(" "));
   }
 
   #close() {
@@ -106,10 +104,10 @@ export class ModelField extends EventTarget {
   #instead(text) {
     const near = this.list.ofMaker(text);
     const fallbacks = this.list.fallbacks();
-    if (near.length === 0) return [{ note: `${NONE} ${FALLBACKS}`, models: fallbacks }];
+    if (near.length === 0) return [{ note: `${texts.models.noMatch} ${texts.models.fallbacks}`, models: fallbacks }];
     return [
       { note: ofMakerText(near), models: near },
-      { note: FALLBACKS, models: fallbacks },
+      { note: texts.models.fallbacks, models: fallbacks },
     ];
   }
 
@@ -125,7 +123,7 @@ export class ModelField extends EventTarget {
     const options = shown.map((model, i) => this.#optionFor(model, this.#options.length + i));
     this.#options.push(...shown);
     const rest = models.length - shown.length;
-    const notes = [note, rest > 0 ? `${rest.toLocaleString("en")} more: type further` : ""];
+    const notes = [note, rest > 0 ? texts.models.more(rest) : ""];
     const [before = [], after = []] = notes.map((text) =>
       text ? [el("li", { role: "presentation", class: "note", text })] : [],
     );

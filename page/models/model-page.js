@@ -2,7 +2,7 @@
 
 import { el } from "../parts/dom.js";
 import { table } from "../parts/table.js";
-import { STREAM_LABELS } from "../recorder/model-document.js";
+import { texts } from "../texts/texts.js";
 import { capabilityTable, describeCapabilities } from "./capabilities.js";
 import { Sources } from "./sources.js";
 
@@ -12,13 +12,16 @@ import { Sources } from "./sources.js";
  * @typedef {import("../recorder/model-document.js").Stream} Stream
  */
 
-const CAPTION = "Capabilities, from the model list";
+const CAPTION = texts.models.capabilities;
+
+/** @param {{kind: string, path?: string}} picture */
+const pictureWords = ({ kind, path = "" }) => (kind === "http-mjpeg" ? texts.models.motionJpeg(path) : path);
 
 /** Facts that capabilities do not tell. @type {[string, string, (value: any) => string][]} heading, fact, words */
 const MORE_FACTS = [
-  ["Picture over HTTP", "snapshot", ({ kind, path = "" }) => (kind === "http-mjpeg" ? `Motion JPEG, ${path}` : path)],
-  ["Levels of optimization", "codecOptimization", ({ levels }) => levels.join(", ")],
-  ["Fisheye", "fisheye", ({ lens, stream }) => `lens ${lens}, stream ${stream}`],
+  [texts.models.facts.picture, "snapshot", pictureWords],
+  [texts.models.facts.optimization, "codecOptimization", ({ levels }) => levels.join(", ")],
+  [texts.models.facts.fisheye, "fisheye", ({ lens, stream }) => texts.models.fisheyeOf(lens, stream)],
 ];
 
 /**
@@ -29,7 +32,7 @@ const MORE_FACTS = [
 export function describeModel(outcome, document) {
   if (!outcome.value || !document) return [describeCapabilities(outcome, CAPTION)];
   const sources = new Sources();
-  const note = el("p", {}, el("strong", { text: "Note: " }), document.note);
+  const note = el("p", {}, el("strong", { text: `${texts.models.note} ` }), document.note);
   return [
     ...(document.note ? [note] : []),
     ...streamTable(document.streams, outcome.value, sources),
@@ -46,18 +49,19 @@ function factTable({ facts, anyChannel }, capabilities, sources) {
   const said = (name, member) => {
     const fact = find(name);
     const isSaid = fact && (member === undefined || fact.value?.[member] !== undefined);
-    return isSaid ? sources.said(fact) : "assumed";
+    return isSaid ? sources.said(fact) : texts.sources.assumed;
   };
   const more = MORE_FACTS.filter(([, name]) => find(name)?.value).map(
     ([heading, name, words]) => /** @type {[string, string, string]} */ ([heading, words(find(name)?.value), name]),
   );
-  const ChanlList = [...(capabilities.ChanlList ?? []), ...(anyChannel ? ["or any that you type"] : [])];
+  const ChanlList = [...(capabilities.ChanlList ?? []), ...(anyChannel ? [texts.models.anyChannel] : [])];
   return capabilityTable({ ...capabilities, ChanlList }, CAPTION, said, more);
 }
 
 /** @param {Stream} stream */
 function over({ protocol, port, tls }) {
-  return `${protocol}${tls ? " inside TLS" : ""}, ${port === null ? "the port that you give" : `port ${port}`}`;
+  const ofPort = port === null ? texts.models.givenPort : texts.models.port(port);
+  return `${tls ? `${protocol} ${texts.models.insideTls}` : protocol}, ${ofPort}`;
 }
 
 /** @param {Stream[]} streams @param {Capabilities} capabilities @param {Sources} sources */
@@ -65,8 +69,10 @@ function streamTable(streams, { defChanl }, sources) {
   const rows = streams.map((stream) => {
     const path = el("span", { class: "code", text: stream.path });
     const said = el("span", { class: "said", text: sources.said(stream.source) });
-    return [STREAM_LABELS[stream.name], stream.codec || "any", over(stream), el("div", {}, path, " ", said)];
+    const name = texts.models.streams[stream.name];
+    return [name, stream.codec || texts.models.anyCodec, over(stream), el("div", {}, path, " ", said)];
   });
   if (rows.length === 0) return [];
-  return [table(`Streams of channel ${defChanl}`, ["Stream", "Codec", "Over", "Path"], rows)];
+  const { stream, codec, path } = texts.common;
+  return [table(texts.models.streamsOf(defChanl), [stream, codec, texts.models.over, path], rows)];
 }

@@ -1,17 +1,9 @@
 /// Who says a fact, in words, with a number for each source; and the list of these sources.
 
 import { el } from "../parts/dom.js";
+import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../recorder/model-document.js").Source} Source */
-
-/** @type {Readonly<Record<string, string>>} */
-const WORDS = {
-  document: "read in",
-  agreeing: "two independent sources",
-  reported: "as reported, not tried by us",
-  camera: "the camera said so",
-  user: "your own file",
-};
 
 /** @param {Source} source */
 function documentOf({ document, url }) {
@@ -25,9 +17,10 @@ const capitalised = (words) => words.charAt(0).toUpperCase() + words.slice(1);
 
 /** @param {Source} source */
 function itemOf(source) {
-  const page = source.page ? `, page ${source.page}` : "";
-  const checked = source.checked ? `, looked at on ${source.checked}` : "";
-  return el("li", {}, `${capitalised(WORDS[source.by ?? ""] ?? "")}: `, documentOf(source), page + checked);
+  const page = source.page ? texts.sources.page(source.page) : "";
+  const checked = source.checked ? texts.sources.checked(source.checked) : "";
+  const way = texts.sources.ways[source.by ?? ""] ?? "";
+  return el("li", {}, `${capitalised(way)}: `, documentOf(source), page + checked);
 }
 
 export class Sources {
@@ -36,17 +29,17 @@ export class Sources {
 
   /** Who says it. @param {Source} source */
   said({ by, document, url, page, checked }) {
-    if (!by) return "no source is named";
+    if (!by) return texts.sources.none;
     const key = JSON.stringify([by, document, url, page, checked]);
     this.#named.set(key, { by, document, url, page, checked });
-    return `${WORDS[by] ?? by} [${[...this.#named.keys()].indexOf(key) + 1}]`;
+    return `${texts.sources.ways[by] ?? by} [${[...this.#named.keys()].indexOf(key) + 1}]`;
   }
 
   /** Those that were named so far. */
   list() {
     if (this.#named.size === 0) return [];
     const list = el("ol", { class: "sources" }, ...[...this.#named.values()].map(itemOf));
-    const hint = list.querySelector("a") ? [el("p", { class: "hint", text: "Links open in a new tab." })] : [];
-    return [el("h3", { text: "Sources" }), ...hint, list];
+    const hint = list.querySelector("a") ? [el("p", { class: "hint", text: texts.sources.newTab })] : [];
+    return [el("h3", { text: texts.sources.title }), ...hint, list];
   }
 }

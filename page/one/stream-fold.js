@@ -3,7 +3,7 @@
 import { codecsOf } from "../models/capabilities.js";
 import { byId, el, setOptions, setSelected } from "../parts/dom.js";
 import { isUserDefined } from "../recorder/models.js";
-import { STREAM_LABELS, STREAM_NAMES } from "../recorder/model-document.js";
+import { STREAM_NAMES } from "../recorder/model-document.js";
 import { splitPath } from "../text/path-login.js";
 import { texts } from "../texts/texts.js";
 
@@ -35,7 +35,7 @@ export class StreamFold {
 
   /** Offers a model's streams, and chooses the main one. @param {StreamName[]} names */
   offerNames(names) {
-    this.which.replaceChildren(...names.map((value) => el("option", { value, text: STREAM_LABELS[value] })));
+    this.which.replaceChildren(...names.map((value) => el("option", { value, text: texts.models.streams[value] })));
     byId("one-which-field", HTMLElement).hidden = names.length < 2;
     this.#fitToName();
   }
@@ -86,7 +86,7 @@ export class StreamFold {
   summarise() {
     const channel = this.channel.value ? texts.one.channel(this.channel.value) : texts.one.defaultChannel;
     const ofMain = [this.stream.value, splitPath(this.path.value).path];
-    const [name, more] = this.name === "main" ? ["", ofMain] : [STREAM_LABELS[this.name], []];
+    const [name, more] = this.name === "main" ? ["", ofMain] : [texts.models.streams[this.name], []];
     const parts = [name, channel, this.codec.value || texts.common.any, ...more];
     byId("one-summary", HTMLElement).textContent = texts.one.streamSummary(parts.filter(Boolean).join(", "));
   }

@@ -2,6 +2,7 @@
 
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
 import { byId, el } from "./dom.js";
 
 /**
@@ -77,5 +78,5 @@ export function newPasswordMistake(password, again) {
   const wrong = password.value === "" ? password : password.value === again.value ? null : again;
   wrong?.focus();
   if (!wrong) return "";
-  return wrong === password ? "Type a password." : "These are two different passwords. Type them again.";
+  return wrong === password ? texts.login.typePassword : texts.login.twoPasswords;
 }

@@ -1,5 +1,6 @@
 /// The recorder's JSON API. The names of methods and parameters stand here and nowhere else.
 
+import { texts } from "../texts/texts.js";
 import { Trouble, call } from "./request.js";
 
 /**
@@ -217,7 +218,7 @@ export async function testGroup(rows, signal) {
   }));
   const hosts = rows.map(({ camera }) => camera.host);
   const { value, code, cause } = await inTurn(hosts, () => call("CamBatAddVerify", { camList }, signal));
-  if (code !== 0) throw new Trouble("refused", `It gave code ${code} for the whole group.`);
+  if (code !== 0) throw new Trouble("refused", texts.recorder.wholeGroup(code));
   /** @type {{tmpId: unknown, result: number, errinfo?: {code: number}}[]} */
   const results = value?.resultList ?? [];
   const causes = cause.split(",").map((name) => name.trim()); // one a result

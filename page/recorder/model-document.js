@@ -1,6 +1,7 @@
 /// What the recorder knows of a camera model, and who says so. The addresses and members of that API stand here and nowhere
 /// else; docs/models.md tells what they mean.
 
+import { texts } from "../texts/texts.js";
 import { USER_DEFINED } from "./models.js";
 import { Trouble, ask } from "./request.js";
 
@@ -56,8 +57,6 @@ export async function readModel({ vendor, model }, place = {}, signal) {
   }
 }
 
-/** @type {Readonly<Record<StreamName, string>>} */
-export const STREAM_LABELS = { main: "Main", sub: "Sub", third: "Third" };
 export const STREAM_NAMES = /** @type {const} */ (["main", "sub", "third"]);
 
 /** Names of the streams, in their order. @param {ModelDocument | null} document @returns {StreamName[]} */
@@ -79,6 +78,6 @@ export async function atItsStream(camera, signal) {
   const named = (document?.streams ?? []).filter(({ name }) => name === which);
   const inCodec = (/** @type {string} */ wanted) => named.find(({ codec }) => codec === wanted);
   const stream = inCodec(camera.codec) ?? inCodec("") ?? named[0];
-  if (!stream?.address) throw new Trouble("refused", "The recorder no longer knows this stream of the model.");
+  if (!stream?.address) throw new Trouble("refused", texts.recorder.streamUnknown);
   return { ...camera, ...USER_DEFINED, path: stream.address, stream: stream.protocol };
 }

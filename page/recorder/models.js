@@ -3,6 +3,7 @@
 import { messageOf } from "../text/text.js";
 import { namedIn } from "../text/named-in.js";
 import { WordSearch } from "../text/word-search.js";
+import { texts } from "../texts/texts.js";
 import { listModels } from "./api.js";
 
 /** @typedef {import("./api.js").Model} Model */
@@ -24,7 +25,7 @@ export const defaultPort = (model) => (isUserDefined(model) ? 554 : 80);
 
 /** @param {{vendor: string, model: string}} model */
 export function labelOf({ vendor, model }) {
-  if (vendor === USER) return "Any camera (stream path)";
+  if (vendor === USER) return texts.models.anyCamera;
   return isAsked({ vendor }) ? vendor : `${vendor} ${model}`;
 }
 
@@ -32,7 +33,7 @@ export function labelOf({ vendor, model }) {
 const makersOf = (models) => [...new Set(models.map(({ vendor }) => vendor))];
 
 /** What is said before models that ModelList.ofMaker() gave. @param {Model[]} models */
-export const ofMakerText = (models) => `Nothing has all these words; these are of ${makersOf(models).join(", ")}:`;
+export const ofMakerText = (models) => texts.models.ofMaker(makersOf(models).join(", "));
 
 /** Maker and family. @param {Model} model @returns {[string, string]} */
 const textsOf = (model) => [model.vendor, isUserDefined(model) ? labelOf(model) : model.model];

@@ -1,5 +1,6 @@
 /// One request to the recorder: how it is sent, and what it means when no answer comes.
 
+import { texts } from "../texts/texts.js";
 import { loginsSoFar, untilSignedIn } from "./admission.js";
 
 /**
@@ -96,9 +97,9 @@ async function send(question, signal) {
   try {
     return await answerOf(await fetch(question.address, { ...requestOf(question), signal: limit.signal }));
   } catch {
-    if (signal?.aborted) throw new Trouble("stopped", "Stopped waiting. The recorder finishes on its own.");
-    if (limit.signal.aborted) throw new Trouble("timeOut", "The recorder did not answer in time.");
-    throw new Trouble("offline", "The recorder is not reachable.");
+    if (signal?.aborted) throw new Trouble("stopped", texts.recorder.stoppedWaiting);
+    if (limit.signal.aborted) throw new Trouble("timeOut", texts.recorder.noAnswer);
+    throw new Trouble("offline", texts.recorder.notReachable);
   } finally {
     clearTimeout(timer);
     signal?.removeEventListener("abort", stop);
@@ -109,19 +110,16 @@ async function send(question, signal) {
 function troubleOf(answer) {
   const { status, body } = answer;
   if (status === 401 || body?.error?.code === NOT_ADMITTED) {
-    return new Trouble("signedOut", "Nobody is logged in.", answer);
+    return new Trouble("signedOut", texts.recorder.nobodyLoggedIn, answer);
   }
   if (body === null && (status === 502 || status === 504)) {
-    return new Trouble("offline", "The recorder is not reachable.", answer);
+    return new Trouble("offline", texts.recorder.notReachable, answer);
   }
   if (status === 403 && body?.error?.message?.includes("Host header")) {
-    const name = `This recorder does not go by the name “${location.hostname}”.`;
-    const entry = `Add "${location.hostname}" to "hostNames" in its configuration`;
-    return new Trouble("refused", `${name} ${entry}, or open this page by the recorder's IP address.`, answer);
+    return new Trouble("refused", texts.recorder.otherName(location.hostname), answer);
   }
   if (status === ANSWERED_STATUS && typeof body?.success === "boolean") return null;
-  const busy = "All workers of the recorder are busy. Try again in a moment.";
-  const text = status === 503 ? busy : `It answered with status ${status}.`;
+  const text = status === 503 ? texts.recorder.busy : texts.recorder.status(status);
   return new Trouble("refused", body?.error?.message ?? text, answer);
 }
 

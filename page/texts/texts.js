@@ -1,8 +1,14 @@
 /// All that the page says to people, by the view or the subject that says it. A text with values is a function.
 
+import { banners } from "./banners.js";
+import { causes } from "./causes.js";
 import { common } from "./common.js";
 import { list } from "./list.js";
+import { login } from "./login.js";
 import { many } from "./many.js";
+import { models } from "./models.js";
 import { one } from "./one.js";
+import { recorder } from "./recorder.js";
+import { sources } from "./sources.js";
 
-export const texts = { common, list, many, one };
+export const texts = { banners, causes, common, list, login, many, models, one, recorder, sources };

@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import { AXE, audit } from "./audit.js";
-import { CAPABILITY_CAUSES, NAMED_CAUSES, TEST_CAUSES } from "./page/recorder/causes.js";
+import { causes } from "./page/texts/causes.js";
 import {
   RIGHT,
   WRONG,
@@ -39,7 +39,7 @@ test("each cause of a failed test has its text, and leads to a field", (t) => {
       await t.test(`${code}`, async () => {
         await fillOne(page, { port: ports[camera], password });
         await testOne(page);
-        const { heading, happened, first } = NAMED_CAUSES[cause] ?? TEST_CAUSES[code];
+        const { heading, happened, first } = causes.named[cause] ?? causes.test[code];
         assert.equal(await text(page, "one-result-title"), heading);
         assert.equal(await text(page, "one-result-text"), happened);
         assert.equal(await text(page, "one-result-first"), `First: ${first}`);
@@ -77,7 +77,7 @@ test("each cause of missing capabilities is a note, and the test has passed all 
         await fillOne(page, { port: ports.onvif, model: "ONVIF" });
         await testOne(page);
         await page.unroute("**/CamCapRemote");
-        const { heading, happened, first } = NAMED_CAUSES[cause] ?? CAPABILITY_CAUSES[code];
+        const { heading, happened, first } = causes.named[cause] ?? causes.capability[code];
         assert.equal(await text(page, "one-result-title"), "Camera works");
         const words = `${heading}. ${happened} ${first} The table has the values of the model list. (code ${code})`;
         assert.equal(await text(page, "one-result-notes"), words);

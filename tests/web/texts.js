@@ -6,19 +6,13 @@ import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { promisify } from "node:util";
 import { CODECS, checkRows } from "./page/list/camera-list.js";
-import {
-  CAPABILITY_CAUSES,
-  NAMED_CAUSES,
-  SIZE_CAUSES,
-  TEST_CAUSES,
-  capabilityCause,
-  testCause,
-} from "./page/recorder/causes.js";
+import { capabilityCause, testCause } from "./page/recorder/causes.js";
 import { guardCell, parseCsv, unguardCell, writeCsv } from "./page/text/csv.js";
 import { exportForImport, exportResults } from "./page/list/list-export.js";
 import { notesOf, readListFile, readRows } from "./page/list/list-reading.js";
 import { ModelList, labelOf } from "./page/recorder/models.js";
 import { splitPath } from "./page/text/path-login.js";
+import { causes } from "./page/texts/causes.js";
 import { STORED_PASSWORD } from "./page/recorder/api.js";
 import { here, source } from "./stage.js";
 
@@ -44,16 +38,16 @@ test("causes are the same in the page and in docs/causes.md", () => {
       ),
     );
   const alone = documented.map((rows) => rows.filter(([key]) => !HAVE_CODES.includes(key)));
-  const named = Object.entries(NAMED_CAUSES).map(([key, { answered: _, ...text }]) => [key, text]);
-  const inPage = [TEST_CAUSES, named, CAPABILITY_CAUSES, SIZE_CAUSES];
-  assert.deepEqual(alone, inPage.map((causes) => (Array.isArray(causes) ? causes : Object.entries(causes))));
+  const named = Object.entries(causes.named).map(([key, { answered: _, ...text }]) => [key, text]);
+  const inPage = [causes.test, named, causes.capability, causes.size];
+  assert.deepEqual(alone, inPage.map((rows) => (Array.isArray(rows) ? rows : Object.entries(rows))));
   const texts = Object.fromEntries(documented.flat());
   for (const cause of HAVE_CODES.slice(1)) {
     const code = new RegExp(`^\\| ${cause} \\| [^|]* \\| (\\d+) `, "m").exec(text)?.[1] ?? "";
     assert.deepEqual([texts[cause].heading, texts[cause].field], [texts[code].heading, texts[code].field], cause);
   }
-  assert.equal(testCause({ code: 468, cause: "ofALaterVersion" }), TEST_CAUSES[468]);
-  assert.equal(capabilityCause({ code: 457, cause: "busy" }), TEST_CAUSES[467]);
+  assert.equal(testCause({ code: 468, cause: "ofALaterVersion" }), causes.test[468]);
+  assert.equal(capabilityCause({ code: 457, cause: "busy" }), causes.test[467]);
 });
 
 const MODELS = new ModelList();

@@ -1,0 +1,16 @@
+/// What stands above every view, below it, and around it.
+
+export const banners = {
+  views: "Views",
+  needsModels: "The list of models could not be read.",
+  tryAgain: "Try again",
+  notReachable: "Recorder not reachable.",
+  looksAgain: "What you typed stays. The page looks for the recorder by itself.",
+  nobodyLoggedIn: "Nobody is logged in.",
+  allStays: "What you typed, the list and its results stay.",
+  logIn: "Log in",
+  notEncrypted: "This connection is not encrypted; passwords can be read on the way.",
+  nothingSaved: "Cameras' passwords stay in this page's memory: nothing is saved.",
+  template: "CSV template",
+  api: "API description (OpenAPI)",
+};
