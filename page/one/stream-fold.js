@@ -26,6 +26,7 @@ export class StreamFold {
     this.which.addEventListener("change", () => this.#fitToName());
     this.codec.addEventListener("change", () => this.#offerStreams());
     this.fold.addEventListener("input", () => this.summarise());
+    this.summarise();
   }
 
   /** The stream's. @returns {StreamName} */
