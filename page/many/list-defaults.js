@@ -35,7 +35,7 @@ export class ListDefaults {
     const { port, model } = this.fields;
     showMistake(port, port.value.trim() && portMistake(port.value.trim()));
     const isUnknown = model.value.trim() !== "" && !this.modelField.value;
-    showMistake(model, isUnknown ? texts.many.noModel : "");
+    showMistake(model, isUnknown ? texts.common.chooseModel : "");
     this.changed();
   }
 

@@ -79,7 +79,7 @@ export class ListRun {
 
   async #testHeld() {
     const held = this.list.ofKind("held");
-    if (!(await ask(texts.many.heldBefore(held.length), texts.many.testAnyway))) return;
+    if (!(await ask(texts.many.heldBefore(held.length), texts.common.testAnyway))) return;
     for (const row of held) row.asHeld = true;
     this.test(held);
   }

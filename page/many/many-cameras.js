@@ -67,7 +67,7 @@ export class ManyCameras {
 
   /** Asks before the page is left on purpose; the browser then does not ask a second time. */
   async mayLeave() {
-    if (!(await this.#mayReplace(texts.many.closed, texts.many.logOut))) return false;
+    if (!(await this.#mayReplace(texts.many.closed, texts.login.logOut))) return false;
     window.removeEventListener("beforeunload", warnBeforeLeaving);
     return true;
   }

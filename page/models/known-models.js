@@ -68,7 +68,7 @@ export class KnownModels {
       const title = camera.channel ? texts.models.withChannel(name, camera.channel) : name;
       const show = button(title, () => this.#showStored(camera), { class: "link" });
       const label = texts.models.testCamera(name);
-      const test = el("a", { href: `#camera/${camera.id}`, text: texts.models.test, "aria-label": label });
+      const test = el("a", { href: `#camera/${camera.id}`, text: texts.common.test, "aria-label": label });
       return el("li", {}, show, " ", test);
     });
     byId("models-used-list", HTMLElement).replaceChildren(...items);

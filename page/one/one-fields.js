@@ -26,7 +26,7 @@ import { StreamFold } from "./stream-fold.js";
 const TEXT_FIELDS = /** @type {const} */ (["address", "port", "model", "user", "password", "channel", "path"]);
 const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "which", "path"]);
 const NO_MODEL = {
-  ready: texts.one.noModel,
+  ready: texts.common.chooseModel,
   loading: texts.one.modelsLoading,
   failed: texts.one.modelsFailed,
 };

@@ -48,7 +48,7 @@ export class OneTest {
   /** Asks first, if this user's logins were refused before. @param {Camera} camera */
   async run(camera) {
     if (this.#refusals.count(camera) >= REFUSALS_BEFORE_ASKING) {
-      if (!(await ask(texts.one.lockQuestion, texts.one.testAnyway))) return;
+      if (!(await ask(texts.one.lockQuestion, texts.common.testAnyway))) return;
     }
     const running = new AbortController();
     this.#begin(running);

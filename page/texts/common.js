@@ -24,6 +24,8 @@ export const common = {
   close: "Close",
   save: "Save",
   test: "Test",
+  testAnyway: "Test anyway",
+  chooseModel: "Choose a model from the list.",
 
   name: "Name",
   address: "Address",

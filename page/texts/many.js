@@ -51,7 +51,6 @@ export const many = {
   readAnew: "The rows are read anew.",
   readThem: "Read them",
   closed: "The list is closed.",
-  logOut: "Log out",
   /** @param {string} what happens @param {number} count */
   resultsLost: (what, count) => `${what} The results of ${rows(count)} are lost. Go on?`,
   /** @param {string} what happens */
@@ -68,11 +67,8 @@ export const many = {
   // ---- values and mistakes ----
   forEmptyCells: "For empty cells",
   usual: "usual",
-  noModel: "Choose a model from the list.",
   forget: "Forget passwords",
   forgotten: "Passwords forgotten",
-  /** @param {number} line */
-  line: (line) => `Line ${line}`,
   /** @param {number} line @param {string} remark on the row as a whole */
   remark: (line, remark) => `Line ${line}: ${remark}`,
   /** @param {number} line @param {string} remark that begins with a column */
@@ -112,7 +108,6 @@ export const many = {
   stopNow: "Stop waiting now",
   goOn: "Go on",
   goOnAnyway: "Go on anyway",
-  testAnyway: "Test anyway",
   refusedBefore: "This user's login was refused at this address. Another try may lock the user out. Go on anyway?",
   /** @param {number} count */
   forgottenBefore: (count) => `The passwords of ${rows(count)} were forgotten. Go on without a password?`,

@@ -41,7 +41,6 @@ export const models = {
   cameraAndModel: (camera, model) => `${camera}, ${model}`,
   /** @param {string} camera @param {string} channel */
   withChannel: (camera, channel) => `${camera}, channel ${channel}`,
-  test: "Test",
   /** @param {string} camera */
   testCamera: (camera) => `Test ${camera}`,
   kept: "Capabilities, as the recorder keeps them",

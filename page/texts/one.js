@@ -27,7 +27,6 @@ export const one = {
   // ---- what is wrong with a field ----
   noAddress: "Type the camera's address.",
   noPort: "Type the camera's port (1 to 65535).",
-  noModel: "Choose a model from the list.",
   modelsLoading: "The list of models is not here yet.",
   modelsFailed: "The list of models could not be read: see above.",
   standsForStored: "This text stands for a stored password; type the camera's own.",
@@ -36,7 +35,6 @@ export const one = {
 
   // ---- the test ----
   lockQuestion: "Two logins were refused. Another may lock this user out. Test anyway?",
-  testAnyway: "Test anyway",
   testing: "Testing",
   contacts: "The recorder contacts the camera.",
   /** @param {number} seconds */
