@@ -33,7 +33,7 @@ import { ask, askOnce } from "./request.js";
  * @typedef {import("./request.js").Question} Question
  */
 
-const ADDRESS = "/recorder/1/";
+const ADDRESS = "recorder/1/";
 
 /** @param {Question["verb"]} verb @param {string} path @param {Record<string, unknown>} [parameters] */
 const question = (verb, path, parameters) =>

@@ -36,7 +36,7 @@ import { Trouble, ask } from "./request.js";
  * @typedef {import("./api.js").Camera} Camera
  */
 
-const ADDRESS = "/recorder/1/models/";
+const ADDRESS = "recorder/1/models/";
 const UNKNOWN = 404;
 
 /**

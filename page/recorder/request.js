@@ -49,7 +49,7 @@ export class Trouble extends Error {
 /** How long an answer may take before it counts as missing. The recorder's own limits are far below. */
 const ANSWER_LIMIT_MS = 90_000;
 
-const ADDRESS = "/api/NORV.Vistrel.CameraCap/1/";
+const ADDRESS = "api/NORV.Vistrel.CameraCap/1/";
 const NOT_ADMITTED = 105;
 const ANSWERED_STATUS = 200;
 
