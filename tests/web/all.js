@@ -1,5 +1,6 @@
 import "./one_camera.js";
 import "./whole_page.js";
 import "./logins.js";
+import "./prefix.js";
 import "./many_cameras.js";
 import "./texts.js";
