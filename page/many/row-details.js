@@ -11,6 +11,7 @@ import { isUserDefined, labelOf } from "../recorder/models.js";
 import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
 import { resultOf } from "./list-table.js";
+import { rowDialog } from "./row-dialog.js";
 
 /**
  * @typedef {import("../list/camera-list.js").Row} Row
@@ -42,7 +43,8 @@ export class RowDetails {
   constructor(models, surroundings) {
     this.models = models;
     this.surroundings = surroundings;
-    this.dialog = byId("row", HTMLDialogElement);
+    this.dialog = rowDialog();
+    document.body.append(this.dialog);
     this.picture = new PicturePlace("row-picture");
     this.modelField = new ModelField(byId("row-model", HTMLInputElement), models);
     this.#listen();
