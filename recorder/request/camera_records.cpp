@@ -1,7 +1,5 @@
 #include <exception>
-#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/utility.h"
@@ -13,20 +11,22 @@
 namespace recorder {
 namespace {
 
-/// The records whose password a request may mean; none, which is logged, where there is none or they cannot be read.
-std::vector<CameraRecord> FindLenders(int camId, const std::string& vendor, const std::string& model) try {
+/// The password that a request may mean. It is of no record, which is logged, where there is none or they cannot be
+/// read.
+LentPassword PasswordFor(int camId, const std::string& vendor, const std::string& model,
+                         const std::string& channel) try {
   const Records records{GetConfig().stateFolder};
   if (camId == 0) {
-    std::vector<CameraRecord> cameras = records.ListModel(vendor, model);
+    const std::vector<CameraRecord> cameras = records.ListModel(vendor, model);
     if (cameras.empty()) LogFailure("No stored password is lent: no camera of " + vendor + " " + model + " is stored.");
-    return cameras;
+    return {cameras, channel};
   }
-  if (const auto camera = records.Find(camId)) return {*camera};
+  if (const auto camera = records.Find(camId)) return {*camera, records.Streams(camId), channel};
   LogFailure("No stored password is lent: there is no camera " + std::to_string(camId) + ".");
-  return {};
+  return {{}, channel};
 } catch (const std::exception& error) {
   LogFailure(std::string("No stored password is lent: ") + error.what());
-  return {};
+  return {{}, channel};
 }
 
 }  // namespace
@@ -53,6 +53,5 @@ int GetCamOwnerKdId(int camId) try {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the platform's signature
 std::string GetCamRealPass(int camId, std::string vendor, std::string model, std::string channel) {
-  const auto asked = camId == 0 ? std::optional(std::move(channel)) : std::nullopt;
-  return recorder::RequestScope::Current().Lend({recorder::FindLenders(camId, vendor, model), asked});
+  return recorder::RequestScope::Current().Lend(recorder::PasswordFor(camId, vendor, model, channel));
 }

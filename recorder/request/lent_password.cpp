@@ -12,43 +12,47 @@
 namespace recorder {
 namespace {
 
-/// What a record has to be like, and what the log says where none is.
+/// What a lender has to be like, and what the log says where none is.
 struct Condition {
   const char* otherwise;
-  bool (*isMet)(const CameraRecord& camera, const WantedCamera& wanted);
+  bool (*isMet)(const Lender& lender, const WantedCamera& wanted);
 };
 
 constexpr Condition kConditions[] = {
     {"the request names another vendor or model",
-     [](const CameraRecord& camera, const WantedCamera& wanted) {
-       return camera.vendor == wanted.vendor && camera.model == wanted.model;
+     [](const Lender& lender, const WantedCamera& wanted) {
+       return lender.camera.vendor == wanted.vendor && lender.camera.model == wanted.model;
      }},
     {"the request names another host",
-     [](const CameraRecord& camera, const WantedCamera& wanted) {
-       return NormalizedHost(camera.host) == NormalizedHost(wanted.host);
+     [](const Lender& lender, const WantedCamera& wanted) {
+       return NormalizedHost(lender.camera.host) == NormalizedHost(wanted.host);
      }},
     {"the request names another port",
-     [](const CameraRecord& camera, const WantedCamera& wanted) { return camera.port == wanted.port; }},
+     [](const Lender& lender, const WantedCamera& wanted) { return lender.port == wanted.port; }},
     {"the request names another user",
-     [](const CameraRecord& camera, const WantedCamera& wanted) { return camera.user == wanted.user; }},
+     [](const Lender& lender, const WantedCamera& wanted) { return lender.camera.user == wanted.user; }},
     {"the request names another source path",
-     [](const CameraRecord& camera, const WantedCamera& wanted) {
-       return !wanted.sourcePath || camera.sourcePath == *wanted.sourcePath;
+     [](const Lender& lender, const WantedCamera& wanted) {
+       return !wanted.sourcePath || lender.camera.sourcePath == *wanted.sourcePath;
      }},
     {"it is switched off",
-     [](const CameraRecord& camera, const WantedCamera&) { return camera.status != CAM_CONN_STATUS_DISABLED; }},
+     [](const Lender& lender, const WantedCamera&) { return lender.camera.status != CAM_CONN_STATUS_DISABLED; }},
 };
 
 constexpr char kNotSent[] = ": its stored password was not sent. ";
 
 /// "camera 3", "cameras 3, 5".
-std::string NamesOf(const std::vector<CameraRecord>& cameras) {
+std::string NamesOf(const std::vector<Lender>& lenders) {
   constexpr std::size_t kMostNamed = 5;
-  std::string names = cameras.size() == 1 ? "camera" : "cameras";
-  for (std::size_t i = 0; i < std::min(cameras.size(), kMostNamed); ++i) {
-    names += (i == 0 ? " " : ", ") + std::to_string(cameras[i].id);
+  std::vector<int> ids;
+  ids.reserve(lenders.size());
+  for (const Lender& lender : lenders) ids.push_back(lender.camera.id);
+  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+  std::string names = ids.size() == 1 ? "camera" : "cameras";
+  for (std::size_t i = 0; i < std::min(ids.size(), kMostNamed); ++i) {
+    names += (i == 0 ? " " : ", ") + std::to_string(ids[i]);
   }
-  return cameras.size() > kMostNamed ? names + ", ..." : names;
+  return ids.size() > kMostNamed ? names + ", ..." : names;
 }
 
 /// What the administrator of `camera` can do where it is no impostor.
@@ -56,43 +60,62 @@ std::string AdviceFor(const CameraRecord& camera, const char* flag) {
   return "If its settings were changed, run: recorderctl camera edit " + std::to_string(camera.id) + " " + flag;
 }
 
-std::string Refusal(const std::vector<CameraRecord>& cameras, const std::string& reason) {
-  return "The stored password of " + NamesOf(cameras) + " is not lent: " + reason + ".";
+std::string Refusal(const std::vector<Lender>& lenders, const std::string& reason) {
+  return "The stored password of " + NamesOf(lenders) + " is not lent: " + reason + ".";
 }
 
 }  // namespace
 
-void LentPassword::LendFor(const WantedCamera& wanted) {
-  std::string reason;
-  std::optional<CameraRecord> chosen = Choose(wanted, reason);
-  if (!reason.empty() && reason != lastReason_) LogFailure(reason);
-  lastReason_ = std::move(reason);
-  if (!chosen || !camera_ || chosen->id != camera_->id) namedPorts_.clear();
-  camera_ = std::move(chosen);
-  pinned_.reset();
+LentPassword::LentPassword(const std::vector<CameraRecord>& cameras, std::string channel)
+    : channel_(std::move(channel)) {
+  for (const CameraRecord& camera : cameras) lenders_.push_back({camera, camera.port});
 }
 
-/// The one record that fits. Nothing, and the reason, where there is none or more than one.
-std::optional<CameraRecord> LentPassword::Choose(const WantedCamera& wanted, std::string& reason) const {
-  std::vector<CameraRecord> fitting = records_;
+LentPassword::LentPassword(const CameraRecord& camera, const std::vector<CameraStream>& streams, std::string channel)
+    : channel_(std::move(channel)) {
+  for (const CameraStream& stream : streams) {
+    Lender lender{AskedBy(stream, camera), stream.port};
+    lender.camera.port = camera.port;
+    if (stream.name == kOwnStream) lender.camera.channel.clear();  // any
+    lenders_.push_back(std::move(lender));
+  }
+}
+
+void LentPassword::LendFor(const WantedCamera& wanted) {
+  std::string reason;
+  std::optional<Lender> chosen = Choose(wanted, reason);
+  if (!reason.empty() && reason != lastReason_) LogFailure(reason);
+  lastReason_ = std::move(reason);
+  if (!chosen || !camera_ || chosen->camera.id != camera_->id) namedPorts_.clear();
+  camera_.reset();
+  pinned_.reset();
+  if (!chosen) return;
+  camera_ = std::move(chosen->camera);
+  askedPort_ = chosen->port;
+}
+
+/// The one lender that fits, or the first of several of one camera. Nothing, and the reason, where there is none or
+/// where they are of more than one camera.
+std::optional<Lender> LentPassword::Choose(const WantedCamera& wanted, std::string& reason) const {
+  std::vector<Lender> fitting = lenders_;
   if (fitting.empty()) return std::nullopt;  // whoever looked for records has said so
   const auto keep = [&](const char* otherwise, auto isMet) {
-    std::vector<CameraRecord> kept;
+    std::vector<Lender> kept;
     std::copy_if(fitting.begin(), fitting.end(), std::back_inserter(kept), isMet);
     if (kept.empty()) reason = Refusal(fitting, otherwise);
     fitting = std::move(kept);
     return !fitting.empty();
   };
   for (const Condition& condition : kConditions) {
-    const auto isMet = [&](const CameraRecord& camera) { return condition.isMet(camera, wanted); };
+    const auto isMet = [&](const Lender& lender) { return condition.isMet(lender, wanted); };
     if (!keep(condition.otherwise, isMet)) return std::nullopt;
   }
-  const std::string channel = channel_ == "" ? wanted.defaultChannel : channel_.value_or("");
-  const auto hasChannel = [&](const CameraRecord& camera) {
-    return !channel_ || channel.empty() || camera.channel.empty() || camera.channel == channel;
+  const std::string& channel = channel_.empty() ? wanted.defaultChannel : channel_;
+  const auto hasChannel = [&](const Lender& lender) {
+    return channel.empty() || lender.camera.channel.empty() || lender.camera.channel == channel;
   };
   if (!keep("the request names another channel", hasChannel)) return std::nullopt;
-  if (fitting.size() == 1) return std::move(fitting.front());
+  if (fitting.front().camera.id == fitting.back().camera.id) return std::move(fitting.front());
   reason = Refusal(fitting, "they fit the request alike, so it has to name one by its id");
   return std::nullopt;
 }
@@ -103,7 +126,7 @@ void LentPassword::AllowPort(const std::string& host, int port) {
 
 bool LentPassword::IsFor(const std::string& host, int port, const std::string& user) const {
   return camera_ && NormalizedHost(host) == NormalizedHost(camera_->host) && user == camera_->user &&
-         (port == camera_->port || namedPorts_.contains(port));
+         (port == askedPort_ || namedPorts_.contains(port));
 }
 
 Outcome LentPassword::TrustCertificate(int port, const std::string& certificate) try {

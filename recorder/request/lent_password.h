@@ -3,7 +3,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "recorder/records/records.h"
@@ -23,19 +22,28 @@ struct WantedCamera {
   std::string defaultChannel;             ///< of the model; "" when it is not known, then any will do
 };
 
+/// A stream of a stored camera, as what a request may want.
+struct Lender {
+  CameraRecord camera;  ///< with vendor, model, channel and source path of the stream; the port is the record's own
+  int port = 0;         ///< that the stream is asked at
+};
+
 /// A stored password that is lent to one request, which never gets to see it. It can do nothing but log in to the
 /// camera of its record: the request has to want vendor, model, host, port, user and source path as the record has
-/// them.
+/// them, or, where it names the record by id, one of its further streams.
 ///
 /// Thread:  one, that of the request.
 /// Failure: nothing throws but std::bad_alloc; why a password is not lent is logged, once for each reason.
 /// Secrets: holds records, no password. It is decrypted for a login at the moment at which that is made.
 class LentPassword {
  public:
-  /// Of one of `records`. `channel`: the one that the request names ("": the model's default one), which the record has
-  /// to have, unless its own is "", which is any; nothing where the request named its record by id.
-  LentPassword(std::vector<CameraRecord> records, std::optional<std::string> channel)
-      : records_(std::move(records)), channel_(std::move(channel)) {}
+  /// Of one of `cameras`. `channel`: the one that the request names ("": the model's default one), which the record
+  /// has to have, unless its own is "", which is any.
+  LentPassword(const std::vector<CameraRecord>& cameras, std::string channel);
+
+  /// Of the camera that the request names by id, with its streams (see Records::Streams). The main one may be wanted in
+  /// any channel, each other in its own.
+  LentPassword(const CameraRecord& camera, const std::vector<CameraStream>& streams, std::string channel);
 
   /// Lends for the camera that `wanted` is, and for no other. Until then, and when no record fits, or several do, the
   /// password is lent for nothing.
@@ -69,16 +77,17 @@ class LentPassword {
   std::optional<std::string> Reveal() const;
 
  private:
-  std::optional<CameraRecord> Choose(const WantedCamera& wanted, std::string& reason) const;
+  std::optional<Lender> Choose(const WantedCamera& wanted, std::string& reason) const;
   Certificates& Pinned();
   bool IsProven(int port);
   LoginMethod WeakestAt(int port, bool isTls);
   std::string ReasonAgainst(int port, LoginMethod weakest) const;
   std::string NameAt(int port) const;
 
-  std::vector<CameraRecord> records_;
-  std::optional<std::string> channel_;
-  std::optional<CameraRecord> camera_;
+  std::vector<Lender> lenders_;
+  std::string channel_;
+  std::optional<CameraRecord> camera_;  // with its own port
+  int askedPort_ = 0;                   // of the stream that it is lent for
   std::set<int> namedPorts_;
   std::optional<Certificates> pinned_;  // for the camera, once they were asked for
   std::string lastReason_;              // why it was not lent

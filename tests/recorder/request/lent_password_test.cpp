@@ -20,7 +20,13 @@ const CameraRecord kRecords[] = {
     {5, "five", "Acme", "X", "cam3", 80, "admin", "", ""},
     {6, "six", "Acme", "X", "cam3", 80, "admin", "1", ""},
     {7, "seven", "User", "", "cam3", 554, "admin", "", "/live"},
+    {8, "eight", "ONVIF", "Generic", "cam8", 80, "admin", "1", ""},
+    {9, "nine", "Acme", "X", "cam1", 80, "guest", "", ""},  // removed
 };
+/// Of the eighth.
+const std::vector<CameraStream> kStreams = {{"main", "", "", "", 0, "", ""},
+                                            {"sub", "", "User", "", 554, "2", "/sub"},
+                                            {"third", "", "Acme", "X", 8080, "", ""}};
 
 struct Question {
   const char* name;
@@ -37,6 +43,13 @@ WantedCamera AcmeY() { return {"Acme", "Y", "cam1", 80, "admin", "", "1"}; }
 WantedCamera WithDefault(const std::string& channel) { return {"Acme", "X", "cam1", 80, "admin", "", channel}; }
 WantedCamera User(const std::optional<std::string>& path) { return {"User", "", "cam3", 554, "admin", path, "1"}; }
 
+WantedCamera Of8(const std::string& vendor, const std::string& model, int port, const std::string& path) {
+  return {vendor, model, "cam8", port, "admin", path, "1"};
+}
+WantedCamera SubAt(const std::string& host, const std::string& user) {
+  return {"User", "", host, 554, user, "/sub", ""};
+}
+
 const Question kQuestions[] = {
     {"ById", 1, "2", Acme("cam1"), "one"},
     {"ByIdInAnotherSpelling", 1, "", Acme("[CAM1.]"), "one"},
@@ -52,6 +65,22 @@ const Question kQuestions[] = {
     {"SwitchedOff", 0, "", Acme("cam2", "guest"), "camera 4 is not lent: it is switched off"},
     {"TwoFit", 0, "1", Acme("cam3"), "cameras 5, 6 is not lent: they fit the request alike"},
     {"ByADefaultThatNobodyKnows", 0, "", WithDefault(""), "cameras 1, 2 is not lent: they fit the request alike"},
+    {"TheOwnStreamBesideOthers", 8, "7", Of8("ONVIF", "Generic", 80, ""), "eight"},
+    {"AFurtherStream", 8, "2", Of8("User", "", 554, "/sub"), "eight"},
+    {"AFurtherStreamOfAnyChannel", 8, "7", Of8("Acme", "X", 8080, ""), "eight"},
+    {"AFurtherStreamInAnotherChannel", 8, "1", Of8("User", "", 554, "/sub"), "names another channel"},
+    {"AFurtherStreamAtTheOwnPort", 8, "2", Of8("User", "", 80, "/sub"), "names another port"},
+    {"TheOwnStreamAtAFurtherPort", 8, "1", Of8("ONVIF", "Generic", 554, ""), "names another port"},
+    {"AnotherPathAtAFurtherPort", 8, "2", Of8("User", "", 554, "/su"),
+     "camera 8 is not lent: the request names another s"},
+    {"AFurtherPathByAnotherModel", 8, "2", Of8("Acme", "Y", 554, "/sub"), "names another vendor or model"},
+    {"AFurtherStreamOfAnotherUser", 8, "2", SubAt("cam8", "guest"), "names another user"},
+    {"AFurtherStreamAtAnotherHost", 8, "2", SubAt("cam3", "admin"), "names another host"},
+    {"AFurtherStreamOfAnotherCamera", 1, "2", SubAt("cam8", "admin"), "names another vendor or model"},
+    {"AFurtherStreamWithoutItsId", 0, "2", SubAt("cam8", "admin"),
+     "camera 7 is not lent: the request names another host"},
+    {"Removed", 9, "", Acme("cam1", "guest"), "there is no camera 9"},
+    {"RemovedByHost", 0, "", Acme("cam1", "guest"), "names another user"},
     {"NoSuchModel", 0, "", AcmeY(), "no camera of Acme Y is stored"},
 };
 
@@ -62,7 +91,11 @@ class LendingTest : public testing::Test {
     config.stateFolder = folder_.Path();
     UseConfig(config);
     Records records{folder_.Path()};
-    for (const CameraRecord& record : kRecords) EXPECT_EQ(records.Add(record, record.name), record.id);
+    for (const CameraRecord& record : kRecords) {
+      const auto& streams = record.id == 8 ? kStreams : std::vector<CameraStream>();
+      EXPECT_EQ(records.Add(record, record.name, streams), record.id);
+    }
+    records.Remove(9);
   }
   static constexpr int kOwn = 80;
   static constexpr int kNamed = 554;

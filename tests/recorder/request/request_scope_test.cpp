@@ -12,8 +12,8 @@ using std::chrono::milliseconds;
 TEST(RequestScopeTest, ATokenIsWorthNothingElsewhere) {
   const CameraRecord record{1, "door", "Acme", "X", "cam.example", 80, "admin", "", ""};
   RequestScope scope{milliseconds(1000)};
-  const std::string token = scope.Lend({{record}, std::nullopt});
-  EXPECT_NE(scope.Lend({{record}, std::nullopt}), token);
+  const std::string token = scope.Lend({{record}, ""});
+  EXPECT_NE(scope.Lend({{record}, ""}), token);
   const auto isRefused = [&](const char* host, int port, const char* user) {
     return scope.Refusal(host, port, user, token) == Outcome::kLoginRefused;
   };
