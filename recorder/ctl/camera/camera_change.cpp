@@ -1,6 +1,9 @@
 #include "recorder/ctl/camera/camera_change.h"
 
+#include <iostream>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/state_folder.h"
@@ -22,6 +25,14 @@ struct StatusOptions {
 
 void Remove(int id, Records records) {
   if (records.Remove(id) != ChangeResult::kDone) FailWithoutCamera(id);
+  std::cout << "removed camera " << id << "; within " << kUndoTime.count()
+            << " seconds it can be brought back: recorderctl camera restore " << id << '\n';
+}
+
+void Restore(int id, Records records) {
+  if (records.Restore(id)) return;
+  throw std::runtime_error("no camera " + std::to_string(id) + " was removed within the last " +
+                           std::to_string(kUndoTime.count()) + " seconds");
 }
 
 void SetPassword(const PasswordOptions& options, Records records) {
@@ -37,11 +48,20 @@ void SetStatus(const StatusOptions& options, Records records) {
 }
 
 void AddRemove(CLI::App& cameraCommand, const std::string& configOption) {
-  CLI::App* remove = cameraCommand.add_subcommand("remove", "Remove a camera");
+  CLI::App* remove = cameraCommand.add_subcommand("remove", "Remove a camera; \"restore\" undoes it for a minute");
   const auto id = std::make_shared<int>(0);
   AddId(*remove, *id);
   remove->footer("Example:\n  recorderctl camera remove 3");
   remove->callback([id, &configOption] { Remove(*id, Records(StateFolder(configOption))); });
+}
+
+void AddRestore(CLI::App& cameraCommand, const std::string& configOption) {
+  CLI::App* restore =
+      cameraCommand.add_subcommand("restore", "Bring back a camera that was removed within the last minute");
+  const auto id = std::make_shared<int>(0);
+  AddId(*restore, *id);
+  restore->footer("Example:\n  recorderctl camera restore 3");
+  restore->callback([id, &configOption] { Restore(*id, Records(StateFolder(configOption))); });
 }
 
 void AddPassword(CLI::App& cameraCommand, const std::string& configOption) {
@@ -68,6 +88,7 @@ void AddStatusCommand(CLI::App& cameraCommand, const std::string& configOption) 
 
 void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) {
   AddRemove(cameraCommand, configOption);
+  AddRestore(cameraCommand, configOption);
   AddPassword(cameraCommand, configOption);
   AddStatusCommand(cameraCommand, configOption);
 }

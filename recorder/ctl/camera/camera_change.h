@@ -5,8 +5,8 @@
 
 namespace recorder {
 
-/// `camera remove`, `camera password` and `camera status`: change what is stored of one camera. `configOption` is read
-/// when a command runs.
+/// `camera remove`, `camera restore`, `camera password` and `camera status`: change what is stored of one camera.
+/// `configOption` is read when a command runs.
 void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption);
 
 }  // namespace recorder

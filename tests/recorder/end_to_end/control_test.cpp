@@ -97,6 +97,12 @@ TEST(StoredCamera, IsEditedAndAsksForItsPasswordWhenItWouldGoElsewhere) {
   EXPECT_THAT(edit({"--model", "RTSP-H26"}).output, HasSubstr("nearest: Simcam RTSP-H26"));
   EXPECT_THAT(edit({}).output, HasSubstr("nothing to change"));
   EXPECT_THAT(edit({"--password", "--no-password"}).output, HasSubstr("excludes"));
+
+  EXPECT_THAT(recorder.Control({"camera", "remove", "1"}).output, HasSubstr("recorderctl camera restore 1\n"));
+  EXPECT_THAT(recorder.Control({"test", "1"}).output, HasSubstr("there is no camera 1"));
+  EXPECT_EQ(recorder.Control({"camera", "restore", "1"}).status, 0);
+  EXPECT_EQ(recorder.Control({"test", "1"}).status, 0);
+  EXPECT_EQ(recorder.Control({"camera", "restore", "1"}).status, 1) << "it is there";
 }
 
 TEST(ImportedList, NamesUnknownModelsAndRepeatedRows) {
