@@ -4,6 +4,8 @@
 
 #include <iostream>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/state_folder.h"
@@ -35,7 +37,39 @@ Json::Value ToJson(const CameraRecord& camera) {
   json["status"] = StatusName(camera.status);
   json["ownerKdId"] = camera.ownerKdId;
   json["strongestLogin"] = NameOf(camera.strongestLogin);
+  json["revision"] = camera.revision;
   return json;
+}
+
+Json::Value ToJson(const CameraStream& stream) {
+  Json::Value json;
+  json["name"] = stream.name;
+  json["address"] = stream.address;
+  json["vendor"] = stream.vendor;
+  json["model"] = stream.model;
+  json["port"] = stream.port;
+  json["channel"] = stream.channel;
+  json["sourcePath"] = stream.sourcePath;
+  return json;
+}
+
+Json::Value ToJson(const CameraFact& fact) {
+  Json::Value json;
+  json["stream"] = fact.stream;
+  json["name"] = fact.name;
+  json["value"] = fact.value;
+  json["from"] = fact.from;
+  json["at"] = fact.at;
+  return json;
+}
+
+/// What a stream is asked by, in one line.
+std::string TextOf(const CameraStream& stream) {
+  std::string text = stream.vendor;
+  for (const std::string* part : {&stream.model, &stream.sourcePath, &stream.address}) {
+    if (!part->empty()) text += ' ' + *part;
+  }
+  return text + " at port " + std::to_string(stream.port);
 }
 
 void ListAsJson(const Records& records) {
@@ -52,22 +86,37 @@ void List(const Records& records) {
   }
 }
 
+void ShowAsJson(Json::Value json, const Records& records) {
+  const int id = json["id"].asInt();
+  for (const CameraStream& stream : records.Streams(id)) json["streams"].append(ToJson(stream));
+  json["facts"] = Json::Value(Json::arrayValue);
+  for (const CameraFact& fact : records.Facts(id)) json["facts"].append(ToJson(fact));
+  json["certificates"] = Json::Value(Json::objectValue);
+  for (const auto& [port, sha256] : records.PinnedCertificates(id)) json["certificates"][std::to_string(port)] = sha256;
+  std::cout << ToText(json) << '\n';
+}
+
+void ShowAsText(const Json::Value& json, const Records& records) {
+  const int id = json["id"].asInt();
+  for (const std::string& name : json.getMemberNames()) std::cout << name << ": " << json[name].asString() << '\n';
+  for (const CameraStream& stream : records.Streams(id)) {
+    std::cout << "stream " << stream.name << ": " << TextOf(stream) << '\n';
+  }
+  for (const CameraFact& fact : records.Facts(id)) {
+    std::cout << (fact.stream.empty() ? "" : fact.stream + ' ') << fact.name << ": " << fact.value << " (" << fact.from
+              << ")\n";
+  }
+  for (const auto& [port, sha256] : records.PinnedCertificates(id)) {
+    std::cout << "certificate at port " << port << ": SHA-256 " << sha256 << '\n';
+  }
+}
+
 void Show(const ShowOptions& options, const Records& records) {
   Json::Value json = ToJson(FindCamera(records, options.id));
   const CameraIdentity identity = records.Identities()[options.id];
   json["endpoint"] = identity.endpoint;
   json["serial"] = identity.serial;
-  const Certificates certificates = records.PinnedCertificates(options.id);
-  if (options.isJson) {
-    json["certificates"] = Json::Value(Json::objectValue);
-    for (const auto& [port, sha256] : certificates) json["certificates"][std::to_string(port)] = sha256;
-    std::cout << ToText(json) << '\n';
-    return;
-  }
-  for (const std::string& name : json.getMemberNames()) std::cout << name << ": " << json[name].asString() << '\n';
-  for (const auto& [port, sha256] : certificates) {
-    std::cout << "certificate at port " << port << ": SHA-256 " << sha256 << '\n';
-  }
+  options.isJson ? ShowAsJson(std::move(json), records) : ShowAsText(json, records);
 }
 
 void AddJsonFlag(CLI::App& command, bool& isJson) { command.add_flag("--json", isJson, "print JSON"); }
