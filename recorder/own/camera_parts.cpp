@@ -56,6 +56,7 @@ CameraFact FactOf(const Json::Value& entry) {
   SetText(entry, "name", fact.name);
   SetText(entry, "value", fact.value);
   SetText(entry, "from", fact.from);
+  if (fact.from.empty()) throw BadMember("from", "missing");
   const Json::Value& at = entry["at"];
   if (!at.isNull() && (!at.isInt64() || at.asInt64() < 0)) throw BadMember("at", "must be seconds since 1970");
   if (!at.isNull()) fact.at = at.asInt64();

@@ -101,7 +101,7 @@ void ReadWish(const Json::Value& body, const CameraRecord& before, const Records
   wish.change.forgetsCertificates = FlagIn(body, "trustNewCertificate");
   NameModels(body, wish);
   RefuseMistakes(wish);
-  wish.change.record = [body, named = wish.record](CameraRecord& camera) {
+  wish.change.record = [&body, named = wish.record](CameraRecord& camera) {
     SetRecord(body, camera);
     if (!body.isMember("vendor") && !body.isMember("model")) return;
     camera.vendor = named.vendor;

@@ -25,7 +25,8 @@ struct CameraWish {
 /// Reads the body of a request about a camera that was `before`, or about a new one, into `wish`: all that is not named
 /// stays. Vendors and models become the recorder's own names. Throws HttpError: 400, which names the `member`, for what
 /// cannot be stored, with the `nearest` models where one is unknown; 409 where the `camera` is stored already. With
-/// "force" in the body an unknown model is no mistake, nor is a camera that is stored twice.
+/// "force" in the body an unknown model is no mistake, nor is a camera that is stored twice. `body` must outlive
+/// `wish`.
 void ReadWish(const Json::Value& body, const CameraRecord& before, const Records& records, CameraWish& wish);
 
 }  // namespace recorder

@@ -15,6 +15,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 
@@ -27,11 +28,19 @@ std::optional<Outcome> OutcomeOf(const ApiAnswer& answer) {
   return row == causes.end() ? std::nullopt : std::optional(row->outcome);
 }
 
+/// Of what is the recorder's own affair nothing is noted, and whoever asked gets his answer in any case.
+void Note(Records& records, int id, Outcome outcome) try {
+  const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
+  if (isOfCamera) records.NoteOutcome(id, outcome, SecondsNow());
+} catch (const RecordsError& error) {
+  LogFailure(error.what());
+}
+
 /// Calls the module, and notes what came of it.
 ApiAnswer Call(const std::string& method, const CameraRecord& camera, OwnTools& tools, Records& records) {
   ApiAnswer answer = RunCall(StoredCall(tools.module, method, camera), tools.output);
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
-  if (const auto outcome = OutcomeOf(answer)) records.NoteOutcome(camera.id, *outcome, SecondsNow());
+  if (const auto outcome = OutcomeOf(answer)) Note(records, camera.id, *outcome);
   return answer;
 }
 
@@ -95,7 +104,7 @@ OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   const std::string stream = ParseForm(request.http.query).get("stream", kOwnStream).asString();
   const CameraRecord asked = StreamRecord(records, camera, stream);
   const MeasureResult result = MeasureStored(asked, kLongestMeasure);
-  records.NoteOutcome(camera.id, result.outcome, SecondsNow());
+  Note(records, camera.id, result.outcome);
   if (result.outcome != Outcome::kOk) return CameraFailure(result.outcome);
   KeepMeasured(records, camera.id, stream.empty() ? kOwnStream : stream, result);
   return Success(MeasureJson(result));

@@ -21,7 +21,7 @@ CameraRecord FindCamera(const Records& records, const OwnRequest& request);
 /// The same where it may be contacted: 409 with the cause "disabled" where it is switched off.
 CameraRecord FindEnabled(const Records& records, const OwnRequest& request);
 
-/// The record that the stream in the query of a request ("main" when missing) is asked by.
+/// The record that a stream of the camera is asked by; "": its main one. 404 where it has none of that name.
 CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream);
 
 }  // namespace recorder
