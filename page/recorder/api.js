@@ -2,6 +2,7 @@
 
 import { texts } from "../texts/texts.js";
 import { Trouble, call } from "./request.js";
+import { inTurn } from "./turns.js";
 
 /**
  * A camera as the page knows it.
@@ -49,26 +50,6 @@ import { Trouble, call } from "./request.js";
 export const STORED_PASSWORD = "[stored-password-6f1e0b9c42d7]";
 
 const NO_SIZE = 457;
-
-/** The last piece of work with each host. @type {Map<string, Promise<unknown>>} */
-const lastTurns = new Map();
-
-/**
- * Does camera work after all earlier work with the same hosts: weak cameras take one or two connections.
- * @template T
- * @param {string[]} hosts
- * @param {() => Promise<T>} work
- * @returns {Promise<T>}
- */
-function inTurn(hosts, work) {
-  const turn = Promise.all(hosts.map((host) => lastTurns.get(host))).then(work);
-  const settled = turn.catch(() => {});
-  for (const host of hosts) lastTurns.set(host, settled);
-  settled.then(() => {
-    for (const host of hosts) if (lastTurns.get(host) === settled) lastTurns.delete(host);
-  });
-  return turn;
-}
 
 /** @param {Camera} camera */
 const password = (camera) => (camera.storedId === undefined ? camera.password : STORED_PASSWORD);

@@ -28,8 +28,13 @@ export class Trouble extends Error {
     this.kind = kind;
     this.status = status;
     this.waitSeconds = waitSeconds;
+    /** What else the recorder says of it, such as the cause of a camera's failure or the member with the mistake.
+        @type {Readonly<Record<string, any>>} */
+    this.details = body?.error ?? {};
+    /** The recorder's name for what a camera failed of; "" if no camera did. @type {string} */
+    this.cause = this.details.cause ?? "";
     /** The recorder has no user yet. */
-    this.isForFirstUser = body?.error?.firstUser === true;
+    this.isForFirstUser = this.details.firstUser === true;
   }
 }
 
@@ -38,10 +43,12 @@ export class Trouble extends Error {
  * @property {"GET" | "POST" | "PATCH" | "DELETE"} verb
  * @property {string} address
  * @property {Record<string, unknown>} [parameters]
+ * @property {Record<string, string>} [headers] besides the usual ones
  *
  * @typedef {object} Answer
  * @property {number} status
- * @property {any} body null if it is no JSON
+ * @property {any} body null if it is no JSON; of a picture, with a Blob as its data
+ * @property {string} tag the ETag, "" for none
  * @property {string} cause "" if the recorder named none
  * @property {number} waitSeconds after which the recorder wants to be asked again
  */
@@ -51,7 +58,8 @@ const ANSWER_LIMIT_MS = 90_000;
 
 const ADDRESS = "api/NORV.Vistrel.CameraCap/1/";
 const NOT_ADMITTED = 105;
-const ANSWERED_STATUS = 200;
+const ANSWERED = [200, 201];
+const UNCHANGED = 304;
 
 /** @type {(state: "answered" | "offline" | "signedOut") => void} */
 let tellState = () => {};
@@ -65,19 +73,26 @@ export function watchRecorder(listener) {
 }
 
 /** @param {Question} question @returns {RequestInit} */
-const requestOf = ({ verb, parameters }) => ({
+const requestOf = ({ verb, parameters, headers = {} }) => ({
   method: verb,
-  headers: parameters ? { "Content-Type": "application/json" } : {},
+  headers: parameters ? { ...headers, "Content-Type": "application/json" } : headers,
   body: parameters ? JSON.stringify(parameters) : null,
   credentials: "same-origin",
   redirect: "error",
   cache: "no-store",
 });
 
+/** @param {Response} response @returns {Promise<any>} */
+async function bodyOf(response) {
+  if (response.headers.get("Content-Type") === "image/jpeg") return { success: true, data: await response.blob() };
+  return response.json().catch(() => null);
+}
+
 /** @param {Response} response @returns {Promise<Answer>} */
 const answerOf = async (response) => ({
   status: response.status,
-  body: await response.json().catch(() => null),
+  body: await bodyOf(response),
+  tag: response.headers.get("ETag") ?? "",
   cause: response.headers.get("Recorder-Cause") ?? "",
   waitSeconds: Number(response.headers.get("Retry-After") ?? 0),
 });
@@ -118,7 +133,7 @@ function troubleOf(answer) {
   if (status === 403 && body?.error?.message?.includes("Host header")) {
     return new Trouble("refused", texts.recorder.otherName(location.hostname), answer);
   }
-  if (status === ANSWERED_STATUS && typeof body?.success === "boolean") return null;
+  if (status === UNCHANGED || (ANSWERED.includes(status) && typeof body?.success === "boolean")) return null;
   const text = status === 503 ? texts.recorder.busy : texts.recorder.status(status);
   return new Trouble("refused", body?.error?.message ?? text, answer);
 }
