@@ -1,6 +1,9 @@
 /// Puts the page together, once somebody is logged in: views by address, and passwords that do not outlive it.
 
 import { watchConnection } from "./banners.js";
+import { CameraView } from "./cameras/camera-view.js";
+import { CamerasView } from "./cameras/cameras-view.js";
+import { UndoBar } from "./cameras/undo-bar.js";
 import { AccountView } from "./login/account-view.js";
 import { PasswordDialog } from "./login/password-dialog.js";
 import { LINK, SigningIn } from "./login/signing-in.js";
@@ -11,20 +14,10 @@ import { KnownModels } from "./models/known-models.js";
 import { OneCamera } from "./one/one-camera.js";
 import { byId, prepareQuestions } from "./parts/dom.js";
 import { putInTexts } from "./parts/static-texts.js";
+import { listCameras } from "./recorder/cameras.js";
 import { ModelList } from "./recorder/models.js";
-import { decode } from "./text/text.js";
+import { Router } from "./router.js";
 import { texts } from "./texts/texts.js";
-
-/** @typedef {"one" | "many" | "models" | "users" | "account"} View */
-
-/** @type {Readonly<Record<View, string>>} */
-const TITLES = {
-  one: texts.one.title,
-  many: texts.many.title,
-  models: texts.models.title,
-  users: texts.login.users,
-  account: texts.login.account,
-};
 
 putInTexts();
 prepareQuestions();
@@ -45,45 +38,49 @@ const account = new AccountView(passwords);
 const users = new UsersView(passwords);
 const who = new Who(() => many.mayLeave());
 const signingIn = new SigningIn((session) => {
-  for (const part of [who, account, users]) part.show(session);
+  for (const part of [who, account, users, cameras, camera]) part.show(session);
 });
 
-/** @param {View} view */
-function showView(view) {
-  for (const [name, title] of Object.entries(TITLES)) {
-    const isCurrent = name === view;
-    byId(`view-${name}`, HTMLElement).hidden = !isCurrent;
-    const link = byId(`nav-${name}`, HTMLAnchorElement);
-    if (isCurrent) link.setAttribute("aria-current", "page");
-    else link.removeAttribute("aria-current");
-    if (isCurrent) document.title = texts.common.title(title);
-  }
-}
+const cameras = new CamerasView();
+const camera = new CameraView((removed) => {
+  window.addEventListener("hashchange", () => undo.add(removed), { once: true }); // once the list is shown
+  location.hash = "cameras";
+});
+const undo = new UndoBar((id) => (location.hash = `cameras/${id}`));
 
-/** @returns {View} */
-function openAddress() {
-  const [view = "", ...rest] = location.hash.slice(1).split("/").map(decode);
-  if (view === "camera" && /^\d+$/.test(rest[0] ?? "")) {
-    one.openStored(Number(rest[0]));
-    return "one";
-  }
-  if (view === "models") {
-    known.open(rest[0] ?? "", rest.slice(1).join("/"));
-    return "models";
-  }
-  if (view === "account") {
-    account.open();
-    return "account";
-  }
-  if (view === "users" && !byId("nav-users", HTMLElement).hidden) {
-    users.open();
-    return "users";
-  }
-  return view === "many" ? "many" : "one";
-}
+const isNumber = (text = "") => /^\d+$/.test(text);
+
+/** @type {Readonly<Record<string, import("./router.js").View>>} */
+const VIEWS = {
+  cameras: { nav: "cameras", title: texts.cameras.title, open: () => cameras.open(), close: () => cameras.close() },
+  camera: {
+    nav: "cameras",
+    title: texts.cameras.title,
+    open: ([id]) => camera.open(Number(id)),
+    close: () => camera.close(),
+  },
+  one: { nav: "add", title: texts.one.title },
+  many: { nav: "many", title: texts.many.title },
+  models: {
+    nav: "models",
+    title: texts.models.title,
+    open: ([vendor = "", ...model]) => known.open(vendor, model.join("/")),
+    focus: byId("models-detail-title", HTMLElement), // a link of the list was pressed
+  },
+  users: { nav: "users", title: texts.login.users, open: () => users.open() },
+  account: { nav: "account", title: texts.login.account, open: () => account.open(), close: () => account.forget() },
+};
+/** What an address without a view shows. */
+let start = "cameras";
+const router = new Router(VIEWS, (name, rest) => {
+  if ((name === "cameras" || name === "camera") && isNumber(rest[0])) return ["camera", rest];
+  if (name === "add") return ["one", []];
+  if (name === "users" && byId("nav-users", HTMLElement).hidden) return [start, []];
+  return Object.hasOwn(VIEWS, name) && name !== "camera" ? [name, rest] : [start, []];
+});
 
 const forgetPasswords = () => {
-  for (const part of [one, many]) part.forgetPasswords();
+  for (const part of [camera, one, many]) part.forgetPasswords();
   for (const part of [users, signingIn]) part.forgetPassword();
   for (const part of [account, passwords]) part.forget();
 };
@@ -98,21 +95,8 @@ window.addEventListener("hashchange", () => {
 await signingIn.start();
 for (const id of ["top", "views"]) byId(id, HTMLElement).hidden = false;
 
-/** @type {View} */
-let current = openAddress();
-showView(current);
-if (current === "one") byId("one-address", HTMLInputElement).focus();
-
-window.addEventListener("hashchange", () => {
-  account.forget();
-  const next = openAddress();
-  if (next === current) {
-    if (next === "models") byId("models-detail-title", HTMLElement).focus(); // a link of the list was pressed
-    return;
-  }
-  current = next;
-  showView(current);
-  byId(`${current}-title`, HTMLElement).focus();
-});
-
+const mayAdd = !byId("nav-users", HTMLElement).hidden;
+if (location.hash.length < 2 && mayAdd && (await listCameras().catch(() => null))?.length === 0) start = "one";
+router.start();
+if (!byId("view-one", HTMLElement).hidden) byId("one-address", HTMLInputElement).focus();
 models.load();

@@ -23,6 +23,14 @@ export class Who {
   show({ user, role }) {
     this.#name.textContent = user;
     byId("nav-users", HTMLElement).hidden = role !== "admin";
+    if (role !== "admin") this.#offerTests();
+  }
+
+  /** Whoever may not add cameras can test them. */
+  #offerTests() {
+    const link = byId("nav-add", HTMLAnchorElement);
+    link.href = "#one";
+    link.textContent = texts.navigation.test;
   }
 
   /** Nothing of what was here is left. */

@@ -130,9 +130,10 @@ export function prepareQuestions() {
  * Hands the user a file.
  * @param {string} name
  * @param {string} text
+ * @param {string} [type]
  */
-export function download(name, text) {
-  const address = URL.createObjectURL(new Blob([text], { type: "text/csv;charset=utf-8" }));
+export function download(name, text, type = "text/csv") {
+  const address = URL.createObjectURL(new Blob([text], { type: `${type};charset=utf-8` }));
   el("a", { href: address, download: name }).click();
   setTimeout(() => URL.revokeObjectURL(address), 10_000);
 }

@@ -11,7 +11,7 @@ import { inTurn } from "./turns.js";
  * @typedef {object} CameraState
  * @property {string} cause "ok", or the recorder's name for the failure
  * @property {number} since
- * @property {number} lastSuccess 0 for none
+ * @property {number | null} lastSuccess null for none
  *
  * @typedef {object} CommonFields
  * @property {number} id
@@ -24,7 +24,7 @@ import { inTurn } from "./turns.js";
  * @property {string} channel
  * @property {string} sourcePath
  * @property {boolean} enabled
- * @property {string} owner
+ * @property {number} owner of several recorders, 0 for this one
  * @property {number} revision
  * @property {CameraState | null} state null when it was not contacted yet
  *

@@ -18,6 +18,9 @@ import { loginsSoFar, untilSignedIn } from "./admission.js";
 
 /** A request that did not get what it asked for. The text is for people. */
 export class Trouble extends Error {
+  /** The recorder's name for what a camera failed of; "" if no camera did. @type {string} */
+  cause;
+
   /**
    * @param {TroubleKind} kind
    * @param {string} text
@@ -31,7 +34,6 @@ export class Trouble extends Error {
     /** What else the recorder says of it, such as the cause of a camera's failure or the member with the mistake.
         @type {Readonly<Record<string, any>>} */
     this.details = body?.error ?? {};
-    /** The recorder's name for what a camera failed of; "" if no camera did. @type {string} */
     this.cause = this.details.cause ?? "";
     /** The recorder has no user yet. */
     this.isForFirstUser = this.details.firstUser === true;

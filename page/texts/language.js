@@ -20,3 +20,16 @@ export const timeText = (seconds) => (seconds === null ? "" : TIME.format(second
 
 /** What the recorder says, with a capital and a full stop. @param {string} text */
 export const sentence = (text) => `${text.charAt(0).toUpperCase()}${text.slice(1).replace(/\.$/, "")}.`;
+
+const SPANS = /** @type {const} */ ([
+  [86_400, "day"],
+  [3600, "hour"],
+  [60, "minute"],
+  [1, "second"],
+]);
+
+/** A length of time in its largest unit: "3 hours". @param {number} seconds */
+export function spanText(seconds) {
+  const [size, unit] = SPANS.find(([length]) => seconds >= length) ?? [1, "second"];
+  return counted(Math.floor(Math.max(seconds, 1) / size), unit);
+}

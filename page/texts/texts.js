@@ -1,14 +1,16 @@
 /// All that the page says to people, by the view or the subject that says it. A text with values is a function.
 
 import { banners } from "./banners.js";
+import { camera, cameras } from "./cameras.js";
 import { causes } from "./causes.js";
 import { common } from "./common.js";
 import { list } from "./list.js";
 import { login } from "./login.js";
 import { many } from "./many.js";
 import { models } from "./models.js";
+import { navigation } from "./navigation.js";
 import { one } from "./one.js";
 import { recorder } from "./recorder.js";
 import { sources } from "./sources.js";
 
-export const texts = { banners, causes, common, list, login, many, models, one, recorder, sources };
+export const texts = { banners, camera, cameras, causes, common, list, login, many, models, navigation, one, recorder, sources };

@@ -1,0 +1,73 @@
+/// What is said of a stored camera in the list and where it is open. Knows no document.
+
+import { namedCause } from "../recorder/causes.js";
+import { Trouble } from "../recorder/request.js";
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
+
+/** @typedef {import("../recorder/cameras.js").CommonFields} Camera */
+
+/**
+ * @typedef {object} Words
+ * @property {string} key what tells states apart
+ * @property {string} sign
+ * @property {string} word
+ * @property {"passed" | "failed" | "none"} result
+ */
+
+const words = texts.cameras;
+
+export const now = () => Date.now() / 1000;
+
+/** @param {Camera} camera */
+export const nameOf = ({ id, name }) => name || words.unnamed(id);
+
+/** @param {Camera} camera */
+export const placeOf = ({ host, port }) => (host.includes(":") ? `[${host}]:${port}` : `${host}:${port}`);
+
+/** @param {Camera} camera @returns {Words} */
+export function stateOf({ enabled, state }) {
+  if (!enabled) return { key: "disabled", sign: "–", word: words.switchedOff, result: "none" };
+  if (!state) return { key: "untried", sign: "–", word: words.untried, result: "none" };
+  if (state.cause === "ok") return { key: "ok", sign: "✓", word: words.works, result: "passed" };
+  return { key: state.cause, sign: "✕", word: namedCause(state.cause).heading, result: "failed" };
+}
+
+/** How long it has been so, and when it worked; "" for what is not known. @param {Camera} camera */
+export function lastingOf({ enabled, state }) {
+  if (!enabled || !state) return "";
+  const lasting = words.since(now() - state.since);
+  if (state.cause === "ok") return lasting;
+  return `${lasting}, ${state.lastSuccess ? words.worked(now() - state.lastSuccess) : words.neverWorked}`;
+}
+
+/** Why something was not done, and of a camera what to try first. @param {unknown} error */
+export function reasonOf(error) {
+  if (!(error instanceof Trouble) || !error.cause) return sentence(messageOf(error));
+  const { heading, first } = namedCause(error.cause);
+  return texts.camera.advice(heading, first);
+}
+
+/** @param {number} at milliseconds since 1970 */
+export function ageText(at) {
+  const seconds = (Date.now() - at) / 1000;
+  return seconds < 1 ? words.justNow : words.ago(seconds);
+}
+
+/** A text in which words are looked for. @param {Camera} camera */
+export const searchedIn = (camera) =>
+  [nameOf(camera), camera.host, camera.vendor, camera.model].join(" ").toLowerCase();
+
+/** Whether a text has all of the words, in any order. @param {string} text @param {string} wanted */
+export const hasWords = (text, wanted) =>
+  wanted
+    .toLowerCase()
+    .split(/\s+/)
+    .every((word) => text.includes(word));
+
+const ORDER = new Intl.Collator(undefined, { numeric: true, sensitivity: "base" });
+
+/** @template {Camera} T @param {T[]} cameras @returns {T[]} by name */
+export const sorted = (cameras) => [...cameras].sort((one, other) => ORDER.compare(nameOf(one), nameOf(other)));
+

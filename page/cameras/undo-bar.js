@@ -1,0 +1,73 @@
+/// Bars that bring a deleted camera back, for as long as the recorder can. They stay while views change.
+
+import { button, byId, el, say } from "../parts/dom.js";
+import { mistakeLine, tell } from "../parts/forms.js";
+import { restoreCamera } from "../recorder/cameras.js";
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
+import { texts } from "../texts/texts.js";
+import { nameOf } from "./camera-words.js";
+
+/** @typedef {import("../recorder/cameras.js").CommonFields} Camera */
+
+const words = texts.camera;
+const UNDO_S = 60;
+
+export class UndoBar {
+  #place = el("div", { id: "undo", class: "undo" });
+
+  /** Construct after all views: it stands below them. @param {(id: number) => void} restored */
+  constructor(restored) {
+    this.restored = restored;
+    byId("views", HTMLElement).append(this.#place);
+  }
+
+  /** @param {Camera} camera that has just been deleted */
+  add(camera) {
+    const time = el("span");
+    const mistake = mistakeLine(`undo-${camera.id}-mistake`);
+    const undo = button(words.undo, () => this.#undo(camera, bar, mistake), { class: "main" });
+    const dismiss = button(words.dismiss, () => this.#remove(bar));
+    const bar = el("div", { class: "banner", role: "group", "aria-label": words.deleted(nameOf(camera)) });
+    bar.append(el("p", {}, el("strong", { text: words.deleted(nameOf(camera)) }), " ", time), undo, dismiss, mistake);
+    this.#place.append(bar);
+    this.#countDown(bar, time);
+    say(`${words.deleted(nameOf(camera))} ${words.undoTime(UNDO_S)}`);
+    undo.focus();
+  }
+
+  /** @param {HTMLElement} bar @param {HTMLElement} time */
+  #countDown(bar, time) {
+    const end = Date.now() + UNDO_S * 1000;
+    const timer = setInterval(show, 1000);
+    const remove = () => this.#remove(bar);
+    function show() {
+      const left = Math.round((end - Date.now()) / 1000);
+      time.textContent = words.undoTime(left);
+      if (left <= 0) remove();
+      if (!bar.isConnected) clearInterval(timer);
+    }
+    show();
+  }
+
+  /** The focus does not fall out of the page. @param {HTMLElement} bar */
+  #remove(bar) {
+    const hadFocus = bar.contains(document.activeElement);
+    bar.remove();
+    const heading = document.querySelector("main > section:not([hidden]) > h1");
+    if (hadFocus && heading instanceof HTMLElement) heading.focus();
+  }
+
+  /** @param {Camera} camera @param {HTMLElement} bar @param {HTMLElement} mistake */
+  async #undo(camera, bar, mistake) {
+    tell(mistake, "");
+    try {
+      await restoreCamera(camera.id);
+    } catch (error) {
+      return tell(mistake, sentence(messageOf(error)));
+    }
+    this.#remove(bar);
+    say(words.restored(nameOf(camera)));
+    this.restored(camera.id);
+  }
+}

@@ -1,0 +1,155 @@
+/// What the views of stored cameras say.
+
+import { counted, spanText } from "./language.js";
+
+export const cameras = {
+  title: "Cameras",
+  list: "Stored cameras",
+  add: "Add a camera",
+  searchLabel: "Search by name, address, vendor and model",
+  show: "Show",
+  all: "All",
+  asTable: "As a table",
+  asCards: "As cards",
+  reading: "Reading the list",
+  none: "No camera is like that.",
+  showAll: "Show all cameras",
+  emptyTitle: "No camera is stored yet",
+  emptyText: "All that it takes is a camera's address, with its user and password.",
+  askAdmin: "An administrator can add one.",
+  /** @param {number} shown @param {number} all */
+  count: (shown, all) =>
+    shown === all ? counted(all, "camera") : `${shown.toLocaleString("en")} of ${counted(all, "camera")}`,
+  /** @param {string} trouble */
+  notRead: (trouble) => `The cameras could not be read. ${trouble}`,
+
+  /** A camera without a name. @param {number} id */
+  unnamed: (id) => `Camera ${id}`,
+  works: "Works",
+  untried: "Not tried yet",
+  switchedOff: "Switched off",
+  /** How long a state lasts. @param {number} seconds */
+  since: (seconds) => `for ${spanText(seconds)}`,
+  /** @param {number} seconds */
+  worked: (seconds) => `worked ${spanText(seconds)} ago`,
+  neverWorked: "never worked so far",
+
+  /** @param {string} name */
+  picture: (name) => `Picture of ${name}`,
+  /** @param {number} seconds */
+  ago: (seconds) => `${spanText(seconds)} ago`,
+  justNow: "just now",
+  /** @param {string} when */
+  taken: (when) => `Picture taken ${when}`,
+  notAsked: "Not asked for a picture",
+  noPictureYet: "No picture yet",
+  takingPicture: "Taking a picture",
+  notAPicture: "What came is no picture.",
+  takePicture: "Take a new picture",
+  /** @param {number} seconds */
+  nextTry: (seconds) => `Next try after ${spanText(seconds)}.`,
+  stopped: "No more pictures are taken, so that the camera does not lock its user out.",
+  stoppedOff: "No pictures are taken while it is switched off.",
+
+  columns: { name: "Name", address: "Address", model: "Model", state: "State" },
+};
+
+export const camera = {
+  /** @param {string} vendor @param {string} model @param {string} place */
+  about: (vendor, model, place) => `${[vendor, model].filter(Boolean).join(" ")} at ${place}`,
+  back: "All cameras",
+  gone: "No such camera is stored",
+  goneText: "It may have been deleted.",
+  actions: "What can be done with it",
+
+  test: "Test",
+  testing: "Testing",
+  passed: "Camera works",
+  passedText: "It was reached, took the login, and sends video.",
+  failedTest: "Not tested",
+  edit: "Edit",
+  switchOff: "Switch off",
+  switchOn: "Switch on",
+  isOff: "It is switched off",
+  isOn: "It is switched on",
+  export: "Export as a model",
+  exported: "The model file is downloaded",
+  delete: "Delete",
+  /** @param {string} heading @param {string} first */
+  advice: (heading, first) => `${heading}. ${first}`,
+
+  streams: "Streams",
+  /** @type {Readonly<Record<string, string>>} */
+  streamNames: { main: "Main", sub: "Sub", third: "Third" },
+  noAddress: "Its address is not known: the camera is asked for it each time.",
+  address: "Address",
+  copy: "Copy",
+  copied: "Copied",
+  notCopied: "This browser did not let it be copied.",
+  lines: "For other programs",
+  withPassword: "With password",
+  /** @param {string} mask */
+  passwordHint: (mask) =>
+    "The recorder tells nobody a password. What you type here stands in place of " +
+    `${mask} in what is copied, and is kept nowhere.`,
+  /** @param {string} what @param {string} stream "" for all */
+  copyOf: (what, stream) => (stream ? `Copy ${what} of ${stream}` : `Copy ${what}`),
+
+  facts: "Facts",
+  noFacts: "Nothing is known beyond what is stored.",
+  ofCamera: "Camera",
+  /** @param {string} stream */
+  ofStream: (stream) => `${stream} stream`,
+  factColumns: { name: "Fact", value: "Value", from: "Who says so" },
+  /** @param {string} from @param {string} time */
+  said: (from, time) => (from ? `${from}, ${time}` : time),
+  /** @param {string} stream */
+  measureOf: (stream) => `Measure the ${stream} stream again`,
+  /** @param {number} seconds */
+  measuring: (seconds) => `Measuring: ${counted(seconds, "second")}`,
+  measured: "Measured",
+  /** @type {Readonly<Record<string, string>>} */
+  factNames: {
+    maker: "Maker",
+    model: "Model",
+    firmware: "Firmware",
+    serial: "Serial number",
+    codec: "Codec",
+    size: "Size",
+    width: "Width",
+    height: "Height",
+    frameRate: "Pictures a second",
+    bitRate: "Bit rate (kbit/s)",
+    keyFrames: "Seconds between key frames",
+    keyFrameDistance: "Seconds between key frames",
+    audio: "Audio",
+    profile: "Profile",
+    path: "Path",
+    snapshot: "Address of its stills",
+    clockOffset: "Its clock is fast by (s)",
+  },
+
+  editTitle: "Edit this camera",
+  newPassword: "New password",
+  passwordStays: "Stays as it is while this is empty. Another address, port or user needs it again.",
+  pathHint: "Of the main stream, for a model that asks for it",
+  enabled: "Switched on",
+  saved: "Saved",
+  badPort: "Type the camera's port (1 to 65535).",
+  /** @param {string} theirs what is stored now */
+  conflict: (theirs) =>
+    `Somebody else changed this camera meanwhile: ${theirs}. What you typed is kept. Save again to store it.`,
+  /** @param {string} field @param {string} value */
+  isNow: (field, value) => (value ? `${field} is now “${value}”` : `${field} is now empty`),
+  on: "on",
+  off: "off",
+
+  /** @param {string} name */
+  deleted: (name) => `${name} is deleted.`,
+  /** @param {number} seconds */
+  undoTime: (seconds) => `It can be brought back for ${counted(seconds, "second")}.`,
+  undo: "Undo",
+  dismiss: "Close",
+  /** @param {string} name */
+  restored: (name) => `${name} is back`,
+};
