@@ -4,3 +4,4 @@ import "./logins.js";
 import "./prefix.js";
 import "./many_cameras.js";
 import "./texts.js";
+import "./cameras.js";

@@ -16,6 +16,7 @@ import {
   focused,
   logIn,
   openList,
+  openView,
   ports,
   results,
   runEnds,
@@ -104,7 +105,7 @@ test("a session that ends while a list runs costs nothing: what was refused is a
   withPage(
     "#many",
     async (page, calls) => {
-      await page.click("#nav-one");
+      await openView(page, "one");
       await fillOne(page, { port: ports.works });
       await page.click("#nav-many");
       const login = ["admin", RIGHT, "Simcam RTSP-H264"];
@@ -126,7 +127,7 @@ test("a session that ends while a list runs costs nothing: what was refused is a
       await enterLogin(page, USER);
       await runEnds(page);
       assert.equal(await results(page), "✓✓✓✓✓✓✓✓");
-      await page.click("#nav-one");
+      await openView(page, "one");
       assert.equal(await page.inputValue("#one-password"), RIGHT);
       await page.click("#log-out");
       await expectText(page, "question-text", "The list is closed. The results of 8 rows are lost. Go on?");
@@ -159,7 +160,7 @@ test("an admin adds, changes and removes users, and a user sees none of it", asy
     assert.ok(!control("", "user list").includes(guest.username));
   };
   const asUser = async (page) => {
-    await page.locator("#view-one").waitFor();
+    await page.locator("#view-cameras:visible").waitFor();
     assert.ok(await page.isHidden("#nav-users"));
     const link = new URL(control("", `link --user ${USER.username}`).trim());
     await page.evaluate((hash) => (location.hash = hash), link.hash);
@@ -186,7 +187,7 @@ test("in the own account a token is made and shown once, the password changed, o
       fetch(new URL("/recorder/1/session", page.url()), { headers: { Authorization: `Bearer ${token}` } });
     assert.equal((await (await ask()).json()).data.user, OTHER.username);
     await audit(page, "My account", "account");
-    await page.click("#nav-one");
+    await openView(page, "one");
     await page.click("#nav-account");
     assert.equal(await page.inputValue("#account-token"), "", "shown once");
     await expectText(page, "account-tokens", /nightly.*Dec 31, 2099/);

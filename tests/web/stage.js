@@ -92,7 +92,8 @@ export function control(input, line, config = "recorder.json") {
   return stdout;
 }
 
-export const addUser = ({ username, password }, more = "") => control(`${password}\n`, `user add ${username}${more}`);
+export const addUser = ({ username, password }, more = "", config = "recorder.json") =>
+  control(`${password}\n`, `user add ${username}${more}`, config);
 
 /** Starts a recorder with a state folder of its own, and gives its address. */
 export function serve(name, prepare = () => {}) {
@@ -133,7 +134,7 @@ after(async () => {
 export async function withPage(hash, work, { user = USER, script = "", at = address } = {}) {
   const context = await browser.newContext({ reducedMotion: "reduce", viewport: DESKTOP });
   try {
-    if (user) await logIn(context, user);
+    if (user) await logIn(context, user, at);
     context.setDefaultTimeout(30_000);
     if (script) await context.addInitScript({ path: script });
     const page = await context.newPage();
@@ -163,13 +164,13 @@ export async function withPage(hash, work, { user = USER, script = "", at = addr
 }
 
 /** Gives a browser a session, if need be after the pause for wrong passwords of earlier tests. */
-export async function logIn(context, { username, password }) {
+export async function logIn(context, { username, password }, at = address) {
   const data = { user: username, password };
   const headers = { Connection: "close" }; // the server may just be ending one that an earlier test left open
-  const answer = await context.request.post(`${address}recorder/1/session`, { data, headers });
+  const answer = await context.request.post(`${at}recorder/1/session`, { data, headers });
   if (answer.status() === 429) {
     await new Promise((done) => setTimeout(done, Number(answer.headers()["retry-after"]) * 1000));
-    return logIn(context, { username, password });
+    return logIn(context, { username, password }, at);
   }
   assert.equal(answer.status(), 200, await answer.text());
 }
@@ -194,6 +195,9 @@ export async function testOne(page) {
 export const sent = (calls, method) => calls.filter((call) => call.method === method).map((call) => call.parameters);
 
 export const focused = (page) => page.evaluate(() => document.activeElement?.id);
+
+/** Goes to a view, as its address. */
+export const openView = (page, hash) => page.evaluate((hash) => (location.hash = hash), hash);
 
 /** Text that can be seen. */
 export const text = (page, id) => page.locator(`#${id}`).innerText();

@@ -48,7 +48,7 @@ test("models are found, shown, and taken over into a test", () => {
     await page.click("#models-fallbacks button");
     assert.equal(await page.inputValue("#one-model"), "ONVIF");
   };
-  return withPage("", work, { script: AXE });
+  return withPage("#one", work, { script: AXE });
 });
 
 test("a model tells its streams by name, and of each value who says so", () => {
@@ -94,7 +94,7 @@ test("a model tells its streams by name, and of each value who says so", () => {
 });
 
 test("a recorder that went away is told of, found again, and no test is repeated", () =>
-  withPage("", async (page, calls) => {
+  withPage("#one", async (page, calls) => {
     await page.clock.install();
     await fillOne(page, { port: ports.works });
     await page.context().setOffline(true);
@@ -143,5 +143,5 @@ test("a test that wanted a login goes on when there is one, in another tab too",
     await expectText(page, "status", "Passed: camera works");
     assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
   };
-  return withPage("", work, { user });
+  return withPage("#one", work, { user });
 });
