@@ -18,6 +18,8 @@ import { texts } from "../texts/texts.js";
 
 export class Findings {
   #picture = new PicturePlace("one-picture");
+  /** Of the stream, as the latest test measured it, such as "640x480"; "" for not measured. */
+  size = "";
 
   /**
    * @param {import("./result-panel.js").ResultPanel} panel
@@ -62,6 +64,7 @@ export class Findings {
    * @param {AbortSignal} signal
    */
   async lookCloser(camera, tested, signal) {
+    this.size = "";
     const hasPicture = await this.#takePicture(camera, tested, signal);
     if (isAsked(camera)) await this.#askCapabilities(camera, tested, signal);
     if (isUserDefined(camera)) await this.#measure(camera, signal);
@@ -124,7 +127,8 @@ export class Findings {
     await this.#also(texts.one.notMeasured, async () => {
       const outcome = await api.measureSize(camera, signal);
       const { heading, happened } = sizeCause(outcome);
-      const size = outcome.value?.replace("x", " × ");
+      this.size = outcome.value ?? "";
+      const size = this.size.replace("x", " × ");
       this.panel.note(size ? texts.one.sizeOfStream(size) : `${heading}. ${happened}`);
     });
   }

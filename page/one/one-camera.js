@@ -8,6 +8,7 @@ import { Findings } from "./findings.js";
 import { OneFields } from "./one-fields.js";
 import { OneTest } from "./one-test.js";
 import { ResultPanel } from "./result-panel.js";
+import { SaveCamera } from "./save-camera.js";
 
 /**
  * @typedef {import("../recorder/api.js").Camera} Camera
@@ -28,10 +29,12 @@ export class OneCamera {
     const { streamFold, inputs } = this.fields;
     const panel = new ResultPanel((id) => this.fields.focus(id));
     this.findings = new Findings(panel, streamFold, this.#marks, (camera) => this.#isChosen(camera));
+    this.save = new SaveCamera(this.findings, this.#marks);
     this.test = new OneTest({
       panel,
       findings: this.findings,
       marks: this.#marks,
+      save: this.save,
       needsPath: () => inputs.path.required,
     });
     this.#listen();
@@ -119,7 +122,13 @@ export class OneCamera {
     return this.fields.openStored(id);
   }
 
+  /** What this user may do. @param {import("../recorder/access.js").Session} session */
+  allow(session) {
+    this.save.allow(session);
+  }
+
   forgetPasswords() {
+    this.save.drop();
     this.fields.forgetPassword();
     this.test.forgetPasswords();
   }

@@ -15,6 +15,7 @@ import { TestButtons } from "./test-buttons.js";
  * @property {import("./result-panel.js").ResultPanel} panel
  * @property {import("./findings.js").Findings} findings
  * @property {import("./earlier.js").EarlierMarks} marks
+ * @property {import("./save-camera.js").SaveCamera} save
  * @property {() => boolean} needsPath whether the path is the user's, and not the model's
  */
 
@@ -30,10 +31,11 @@ export class OneTest {
   #buttons = new TestButtons(() => this.#running?.abort());
 
   /** @param {Surroundings} surroundings */
-  constructor({ panel, findings, marks, needsPath }) {
+  constructor({ panel, findings, marks, save, needsPath }) {
     this.panel = panel;
     this.findings = findings;
     this.marks = marks;
+    this.save = save;
     this.needsPath = needsPath;
   }
 
@@ -57,7 +59,7 @@ export class OneTest {
       const verdict = await testCamera(asked, running.signal);
       this.#refusals.note(camera, verdict.code);
       if (verdict.code !== 0) this.#showFailure(verdict);
-      else await this.#lookCloser(asked, running.signal);
+      else await this.#lookCloser({ camera, asked }, running.signal);
     } catch (error) {
       this.#showTrouble(error);
     } finally {
@@ -72,19 +74,21 @@ export class OneTest {
     this.#began = this.marks.now();
     this.#hasPassed = false;
     this.#buttons.begin();
+    this.save.drop();
     this.panel.show({ kind: "none", title: texts.one.testing, text: texts.one.contacts });
     this.marks.drop("one-result-earlier");
     say(texts.one.testing);
   }
 
-  /** @param {Camera} camera @param {AbortSignal} signal */
-  async #lookCloser(camera, signal) {
-    const { which = "main" } = camera;
+  /** @param {import("./save-camera.js").Tested} tested @param {AbortSignal} signal */
+  async #lookCloser(tested, signal) {
+    const { which = "main" } = tested.camera;
     const text = which === "main" ? texts.one.foundVideo : texts.one.foundVideoIn(which);
     this.#showResult({ kind: "ok", title: texts.one.works, text });
     this.#hasPassed = true;
     say(texts.one.passed);
-    await this.findings.lookCloser(camera, this.#began, signal);
+    this.save.offer(tested, this.#began);
+    await this.findings.lookCloser(tested.asked, this.#began, signal);
   }
 
   /** @param {import("./result-panel.js").Result} result */

@@ -45,8 +45,8 @@ export const one = {
   // ---- what came of it ----
   whatTestDoes: "What a test does",
   testExplained:
-    "The recorder contacts the camera once, with the login that you give, and looks for video. Nothing is saved. " +
-    "After a success it also fetches a picture.",
+    "The recorder contacts the camera once, with the login that you give, and looks for video. After a success it " +
+    "also fetches a picture. Nothing is saved until you press Save.",
   works: "Camera works",
   foundVideo: "The recorder logged in and found video.",
   /** @param {string} stream "sub" or "third" */

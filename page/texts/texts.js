@@ -11,6 +11,7 @@ import { models } from "./models.js";
 import { navigation } from "./navigation.js";
 import { one } from "./one.js";
 import { recorder } from "./recorder.js";
+import { saving } from "./saving.js";
 import { sources } from "./sources.js";
 
-export const texts = { banners, camera, cameras, causes, common, list, login, many, models, navigation, one, recorder, sources };
+export const texts = { banners, camera, cameras, causes, common, list, login, many, models, navigation, one, recorder, saving, sources };
