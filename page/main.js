@@ -39,7 +39,7 @@ const users = new UsersView(passwords);
 const who = new Who(() => many.mayLeave());
 const signingIn = new SigningIn((session) => {
   for (const part of [who, account, users, cameras, camera]) part.show(session);
-  one.allow(session);
+  for (const part of [one, many]) part.allow(session);
 });
 
 const cameras = new CamerasView();

@@ -47,9 +47,10 @@ export class ListTable {
   /** @type {Map<Row, HTMLTableRowElement>} */
   #drawn = new Map();
 
-  /** @param {(row: Row) => void} open */
-  constructor(open) {
+  /** @param {(row: Row) => void} open @param {(row: Row) => Node[]} additionOf what became of it after its test */
+  constructor(open, additionOf) {
     this.open = open;
+    this.additionOf = additionOf;
   }
 
   /** Draws all rows. @param {Row[]} rows @param {Defaults} defaults */
@@ -94,7 +95,7 @@ export class ListTable {
       el("td", { class: "code", text: host.includes(":") && port ? `[${host}]${port}` : host + port }),
       el("td", { text: model }),
       el("td", { class: "muted", "data-label": texts.common.password, text: password }),
-      el("td", {}, resultOf(row)),
+      el("td", {}, resultOf(row), ...this.additionOf(row)),
     ];
     drawn.dataset.result = kindOf(row);
     if (drawn.lastElementChild?.contains(more)) {

@@ -6,6 +6,7 @@ import { ask, byId, download, el, say } from "../parts/dom.js";
 import { OpenList } from "../testing/open-list.js";
 import { Refusals } from "../testing/refusals.js";
 import { texts } from "../texts/texts.js";
+import { Adding } from "./adding.js";
 import { ImportDialog } from "./import-dialog.js";
 import { ListColumns } from "./list-columns.js";
 import { ListDefaults } from "./list-defaults.js";
@@ -30,7 +31,11 @@ export class ManyCameras {
   constructor(models, openOne) {
     this.list = new OpenList(models, new Refusals());
     this.run = new ListRun(this.list, (rows) => this.#changed(rows));
-    const isRunning = () => this.run.isRunning;
+    const isRunning = () => this.#isBusy;
+    this.adding = new Adding(
+      (rows) => this.#changed(rows),
+      (row) => this.details.open(row),
+    );
     this.defaults = new ListDefaults(models, () => this.#check());
     this.opening = new ListOpening({
       isRunning,
@@ -45,8 +50,12 @@ export class ManyCameras {
       test: (row) => this.run.test([row]),
       openOne,
       isRunning,
+      additionOf: (row) => this.adding.resultOf(row),
     });
-    this.table = new ListTable((row) => this.details.open(row));
+    this.table = new ListTable(
+      (row) => this.details.open(row),
+      (row) => this.adding.resultOf(row),
+    );
     this.mistakes = new ListMistakes((row) => this.details.open(row));
     this.importDialog = new ImportDialog();
     models.addEventListener("change", () => this.#modelsCame());
@@ -63,6 +72,17 @@ export class ManyCameras {
     });
     on("export", () => this.#export());
     on("export-import", () => this.importDialog.open(this.list.rows));
+  }
+
+  /** What this user may do. @param {import("../recorder/access.js").Session} session */
+  allow(session) {
+    this.adding.allow(session);
+    if (this.list.rows.length > 0) this.#show();
+  }
+
+  /** Rows are being tested, or added. */
+  get #isBusy() {
+    return this.run.isRunning || this.adding.isRunning;
   }
 
   /** Asks before the page is left on purpose; the browser then does not ask a second time. */
@@ -112,6 +132,7 @@ export class ManyCameras {
   /** Empties every place that holds a password. */
   forgetPasswords() {
     this.run.stopNow(); // it would go on without them
+    this.adding.stop();
     this.list.forgetPasswords(this.defaults.values);
     this.columns.close();
     this.defaults.forgetPassword();
@@ -123,7 +144,7 @@ export class ManyCameras {
 
   #modelsCame() {
     this.defaults.modelsCame();
-    if (this.list.rows.length > 0 && !this.run.isRunning) this.#check();
+    if (this.list.rows.length > 0 && !this.#isBusy) this.#check();
   }
 
   /** Other values may stand for empty cells. */
@@ -156,14 +177,16 @@ export class ManyCameras {
     const { rows } = this.list;
     byId("many-count", HTMLElement).textContent = texts.many.rows(rows.length);
     this.filters.show(rows);
-    this.#hold(this.run.isRunning);
+    this.#hold(this.#isBusy);
     this.run.show();
+    byId("many-run", HTMLElement).hidden = this.adding.isRunning;
+    this.adding.show(rows, this.run.isRunning);
     const visible = this.filters.visible(rows);
     this.table.showOnly(visible);
     byId("many-none", HTMLElement).hidden = visible.length > 0;
   }
 
-  /** What would change the list waits for the end of a run. @param {boolean} isRunning */
+  /** What would change the list waits for the end of what runs. @param {boolean} isRunning */
   #hold(isRunning) {
     for (const name of ["other", "forget"]) byId(`many-${name}`, HTMLButtonElement).disabled = isRunning;
     this.defaults.disabled = isRunning;

@@ -22,6 +22,7 @@ import { rowDialog } from "./row-dialog.js";
  * @property {(row: Row) => void} test
  * @property {(camera: import("../recorder/api.js").Camera) => void} openOne
  * @property {() => boolean} isRunning
+ * @property {(row: Row) => Node[]} additionOf what became of it after its test
  */
 
 const TEXTS = /** @type {const} */ (["name", "address", "port", "user", "password", "channel", "path"]);
@@ -119,7 +120,7 @@ export class RowDetails {
   /** @param {Row} row */
   #showResult(row) {
     const place = byId("row-result", HTMLElement);
-    place.replaceChildren(el("p", {}, resultOf(row)));
+    place.replaceChildren(el("p", {}, resultOf(row), ...this.surroundings.additionOf(row)));
     if (kindOf(row) === "failed") {
       const { happened, first } = testCause(row);
       place.append(

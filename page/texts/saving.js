@@ -1,6 +1,9 @@
-/// Saving a camera that passed its test.
+/// Saving cameras that passed a test: the one of I know its data, and those of a list.
+
+import { counted } from "./language.js";
 
 export const saving = {
+  // ---- one camera ----
   save: "Save this camera",
   /** What a camera is called that nobody has named yet. @param {string} place @param {string} channel */
   placeAndChannel: (place, channel) => `${place}, channel ${channel}`,
@@ -13,4 +16,44 @@ export const saving = {
   /** @param {string} name */
   openNamed: (name) => `Open ${name}`,
   allTheSame: "Store it all the same",
+
+  // ---- many cameras ----
+  /** @param {number} count @param {boolean} isRest others were added before */
+  addAll: (count, isRest) => {
+    const which = isRest ? "the other" : count === 1 ? "the" : "all";
+    return `Add ${which} ${count === 1 ? "one" : count} that passed`;
+  },
+  addAgain: "Add failed again",
+  stop: "Stop adding",
+  openCameras: "Open Cameras",
+  progress: "Cameras added",
+  /** @param {number} count */
+  twice: (count) =>
+    count === 1
+      ? "1 row is the same camera as a row above it: it is added once."
+      : `${count} rows are the same cameras as rows above them: each is added once.`,
+  /** @param {number} count */
+  forgotten: (count) =>
+    `${counted(count, "row")} that passed cannot be added: the password was forgotten. Type it again.`,
+
+  adding: "Adding",
+  added: "Added",
+  notAdded: "Not added: ",
+  /** @param {number} count */
+  begins: (count) => `Adding ${counted(count, "camera")}`,
+  /** @param {number} done @param {number} all */
+  goesOn: (done, all) => `${done} of ${all}`,
+  /** @param {number} added @param {number} there stored before @param {number} failed */
+  summary: (added, there, failed) => {
+    const counts = [`${added} added`, there && `${there} stored already`, failed && `${failed} failed`];
+    return `${counts.filter(Boolean).join(", ")}.`;
+  },
+  /** @param {string} summary */
+  ended: (summary) => `Ended. ${summary}`,
+  /** The recorder did not answer as it should. @param {string} why a sentence */
+  brokenOff: (why) => `Stopped. ${why}`,
+  /** @param {number} count */
+  leftOver: (count) => `${counted(count, "row")} ${count === 1 ? "was" : "were"} not added`,
+  /** Of a row that was not added. @param {number} line @param {string} why */
+  ofLine: (line, why) => `Line ${line}: ${why}`,
 };
