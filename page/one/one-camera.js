@@ -117,11 +117,6 @@ export class OneCamera {
     this.fields.useModel(model);
   }
 
-  /** Offers the password of a stored camera. @param {number} id */
-  openStored(id) {
-    return this.fields.openStored(id);
-  }
-
   /** What this user may do. @param {import("../recorder/access.js").Session} session */
   allow(session) {
     this.save.allow(session);

@@ -8,7 +8,6 @@ import { defaultPort, labelOf } from "../recorder/models.js";
 import { hidesLogin, hostMistake, portMistake } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 import { PasswordField } from "./password-field.js";
-import { StoredPassword } from "./stored-password.js";
 import { StreamFold } from "./stream-fold.js";
 
 /**
@@ -24,7 +23,7 @@ import { StreamFold } from "./stream-fold.js";
  */
 
 const TEXT_FIELDS = /** @type {const} */ (["address", "port", "model", "user", "password", "channel", "path"]);
-const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "which", "path"]);
+const CHECKED_FIELDS = /** @type {const} */ (["address", "port", "model", "password", "path"]);
 const NO_MODEL = {
   ready: texts.common.chooseModel,
   loading: texts.one.modelsLoading,
@@ -68,7 +67,6 @@ export class OneFields {
     };
     this.streamFold = new StreamFold();
     this.password = new PasswordField(this.inputs.password);
-    this.stored = new StoredPassword(() => this.#storedChanged());
     this.modelField = new ModelField(this.inputs.model, models);
     byId("one-form", HTMLFormElement).addEventListener("input", (event) => this.#edited(event.target));
     watchAddress(this.inputs, () => this.#splitAddress());
@@ -81,7 +79,7 @@ export class OneFields {
     const { which, codec, stream } = this.streamFold;
     const place = JSON.stringify([address.value, port.value]);
     const values = [...Object.values(others), which, codec, stream].map((field) => field.value);
-    return { place, values: JSON.stringify([place, ...values, this.password.changes, this.stored.id]) };
+    return { place, values: JSON.stringify([place, ...values, this.password.changes]) };
   }
 
   /** @param {EventTarget | null} target */
@@ -107,12 +105,6 @@ export class OneFields {
     }
     if (ofPath.user || ofPath.password) say(texts.one.loginOfPath);
     this.streamFold.summarise();
-    this.listener.changed();
-  }
-
-  #storedChanged() {
-    this.password.disabled = this.stored.id !== undefined;
-    showMistake(this.streamFold.which, "");
     this.listener.changed();
   }
 
@@ -167,7 +159,6 @@ export class OneFields {
   fill(camera) {
     const model = this.models.find(camera.vendor, camera.model);
     const values = { ...camera, address: camera.host, port: String(camera.port), model: model ? labelOf(model) : "" };
-    this.stored.close();
     for (const name of TEXT_FIELDS) {
       this.inputs[name].value = values[name];
       this.#touched.add(name);
@@ -183,16 +174,6 @@ export class OneFields {
     this.streamFold.fold.open = Boolean(path || codec || stream || needsPath);
   }
 
-  /** Offers the password of a stored camera, whose model and channel are taken over. @param {number} id */
-  async openStored(id) {
-    const known = await this.stored.open(id);
-    const model = known && this.models.find(known.vendor, known.model);
-    if (!known || !model) return;
-    this.useModel(model);
-    this.inputs.channel.value = known.channel;
-    if (known.channel) this.#touched.add("channel");
-  }
-
   forgetPassword() {
     forgetPassword(this.inputs);
   }
@@ -202,10 +183,8 @@ export class OneFields {
     this.#splitAddress();
     this.inputs.port.value = this.inputs.port.value.trim();
     const model = this.modelField.value;
-    const isLent = this.stored.id !== undefined && this.streamFold.name !== "main";
-    const mistakes = { ...mistakesOf(this.inputs, model, this.models.state), which: isLent ? texts.one.lentToMain : "" };
-    const fields = { ...this.inputs, which: this.streamFold.which };
-    for (const name of CHECKED_FIELDS) showMistake(fields[name], mistakes[name]);
+    const mistakes = mistakesOf(this.inputs, model, this.models.state);
+    for (const name of CHECKED_FIELDS) showMistake(this.inputs[name], mistakes[name]);
     const faulty = CHECKED_FIELDS.find((name) => mistakes[name]);
     if (faulty) this.focus(`one-${faulty}`);
     return faulty || !model ? null : this.#cameraOf(model);
@@ -226,7 +205,6 @@ export class OneFields {
       stream: this.streamFold.stream.value,
       path: path.value.trim(),
       which: this.streamFold.name,
-      ...(this.stored.id === undefined ? {} : { storedId: this.stored.id }),
     };
   }
 }

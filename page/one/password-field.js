@@ -21,11 +21,4 @@ export class PasswordField {
     const [word] = this.#show.childNodes; // "password" follows it, out of sight
     if (word) word.textContent = isShown ? texts.one.show : texts.one.hide;
   }
-
-  /** A field that is not to be used holds nothing. @param {boolean} isDisabled */
-  set disabled(isDisabled) {
-    this.input.disabled = isDisabled;
-    this.#show.disabled = isDisabled;
-    if (isDisabled) this.input.value = "";
-  }
 }

@@ -18,7 +18,6 @@ import { inTurn } from "./turns.js";
  * @property {string} stream "RTSP", "HTTP", or "" for either
  * @property {string} path of the stream, for a model that asks for it
  * @property {StreamName} [which] of a model that has several; the main one when missing
- * @property {number} [storedId] the stored camera that lends its password
  *
  * @typedef {"main" | "sub" | "third"} StreamName
  *
@@ -46,13 +45,10 @@ import { inTurn } from "./turns.js";
  * @typedef {import("./request.js").Outcome<T>} Outcome
  */
 
-/** The text that stands for a stored password. It is sent and never shown. */
+/** The text that stands for a stored password, for clients of the API: no password of a camera that is typed here. */
 export const STORED_PASSWORD = "[stored-password-6f1e0b9c42d7]";
 
 const NO_SIZE = 457;
-
-/** @param {Camera} camera */
-const password = (camera) => (camera.storedId === undefined ? camera.password : STORED_PASSWORD);
 
 /** "User" has no model; its blank stays. @param {Camera} camera */
 const modelText = (camera) => `${camera.vendor} ${camera.model}`;
@@ -66,7 +62,6 @@ const testParameters = (camera) => ({
   camChannel: camera.channel,
   camSourcePath: camera.path,
   camVideoType: camera.codec,
-  camId: camera.storedId ?? 0,
 });
 
 /** @param {Camera} camera */
@@ -74,11 +69,10 @@ const askParameters = (camera) => ({
   camIP: camera.host,
   camPort: camera.port,
   camUser: camera.user,
-  camPass: password(camera),
+  camPass: camera.password,
   vendor: camera.vendor,
   model: camera.model,
   camChannel: camera.channel,
-  camId: camera.storedId ?? 0,
 });
 
 /**
@@ -138,7 +132,7 @@ export async function listStoredCameras() {
 export async function testCamera(camera, signal) {
   const parameters = {
     ...testParameters(camera),
-    camPassWord: password(camera),
+    camPassWord: camera.password,
     camStreamingType: camera.stream,
   };
   return inTurn([camera.host], () => call("CameraTest", parameters, signal));
@@ -150,7 +144,7 @@ export async function testCamera(camera, signal) {
  * @returns {Promise<Uint8Array<ArrayBuffer>>} the camera's picture, or the recorder's default one
  */
 export async function takePicture(camera, signal) {
-  const parameters = { ...testParameters(camera), camPassword: password(camera), jsonResponse: true };
+  const parameters = { ...testParameters(camera), camPassword: camera.password, jsonResponse: true };
   const { value } = await inTurn([camera.host], () => call("GetSnapshot", parameters, signal));
   return Uint8Array.from(atob(value?.img ?? ""), (character) => character.charCodeAt(0));
 }

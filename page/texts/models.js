@@ -41,8 +41,6 @@ export const models = {
   cameraAndModel: (camera, model) => `${camera}, ${model}`,
   /** @param {string} camera @param {string} channel */
   withChannel: (camera, channel) => `${camera}, channel ${channel}`,
-  /** @param {string} camera */
-  testCamera: (camera) => `Test ${camera}`,
   kept: "Capabilities, as the recorder keeps them",
   noFile: "No model file knows this camera's model.",
 

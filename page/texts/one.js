@@ -9,10 +9,6 @@ export const one = {
   show: "Show",
   hide: "Hide",
   shownPassword: "password",
-  useStored: "Use the stored password",
-  /** @param {number | undefined} id @param {string} name "" for none */
-  storedHint: (id, name) =>
-    `Of camera ${id}${name ? ` “${name}”` : ""}. The recorder lends it only to that camera's own address and model.`,
   whichHint: "Mostly the same view in several sizes: Main is the best one.",
   pathHint: "Only for models that ask for it, for example /stream1",
   loginOfPath: "The login in the path went into user and password",
@@ -31,7 +27,6 @@ export const one = {
   modelsFailed: "The list of models could not be read: see above.",
   standsForStored: "This text stands for a stored password; type the camera's own.",
   noPath: "This model needs the path of the stream.",
-  lentToMain: "The stored password is lent for the main stream alone. Choose Main, or untick it and type the password.",
 
   // ---- the test ----
   lockQuestion: "Two logins were refused. Another may lock this user out. Test anyway?",
