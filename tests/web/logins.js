@@ -22,6 +22,7 @@ import {
   runEnds,
   sent,
   serve,
+  testOne,
   text,
   withPage,
 } from "./stage.js";
@@ -162,6 +163,10 @@ test("an admin adds, changes and removes users, and a user sees none of it", asy
   const asUser = async (page) => {
     await page.locator("#view-cameras:visible").waitFor();
     assert.ok(await page.isHidden("#nav-users"));
+    await page.evaluate(() => (location.hash = "one"));
+    await fillOne(page, { port: ports.works });
+    await testOne(page);
+    assert.ok(await page.isHidden("#one-save"), "an admin adds cameras");
     const link = new URL(control("", `link --user ${USER.username}`).trim());
     await page.evaluate((hash) => (location.hash = hash), link.hash);
     await isIn(page, USER);

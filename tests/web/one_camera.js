@@ -7,7 +7,6 @@ import { causes } from "./page/texts/causes.js";
 import {
   RIGHT,
   WRONG,
-  control,
   expectText,
   fillOne,
   focused,
@@ -86,12 +85,13 @@ test("each cause of missing capabilities is a note, and the test has passed all 
   }));
 
 const RESULT = "Result of the earlier values";
+const SAVED = "Saves the values that were tested, not those in the fields now";
 const PICTURE = "Picture of the earlier camera";
 /** What is typed, and the marks that appear. */
 const MARKS = [
-  ["#one-user", "other", RESULT, "Picture of the earlier values", "Of the earlier values"],
-  ["#one-port", "81", RESULT, PICTURE, "Of the earlier camera"],
-  ["#one-address", "127.0.0.2", RESULT, PICTURE, "Of the earlier camera"],
+  ["#one-user", "other", RESULT, SAVED, "Picture of the earlier values", "Of the earlier values"],
+  ["#one-port", "81", RESULT, SAVED, PICTURE, "Of the earlier camera"],
+  ["#one-address", "127.0.0.2", RESULT, SAVED, PICTURE, "Of the earlier camera"],
 ];
 
 test("a camera that works shows its picture and what it says of itself", () => {
@@ -164,22 +164,7 @@ test("a whole stream address is spread over the fields, and its picture measured
     assert.equal(await text(page, "one-result-notes"), "Size of the stream: 640 × 480");
   }));
 
-test("a stored camera is tested with a password that nobody typed", () =>
-  withPage("#one", async (page, calls) => {
-    const camera = `--vendor Simcam --model RTSP-H264 --host 127.0.0.1 --port ${ports.works} --user admin --channel 1`;
-    const id = Number(/\d+/.exec(control(RIGHT, `camera add --name door ${camera}`)));
-    await page.evaluate((id) => (location.hash = `camera/${id}`), id);
-    await expectText(page, "one-stored-hint", "door");
-    assert.ok(await page.locator("#one-password").isDisabled());
-    await page.fill("#one-address", "127.0.0.1");
-    await page.fill("#one-port", String(ports.works));
-    await page.fill("#one-user", "admin");
-    await testOne(page);
-    assert.equal(await text(page, "one-result-title"), "Camera works");
-    assert.equal(sent(calls, "CameraTest")[0]?.camId, id);
-  }));
-
-test("a sub stream is tested and pictured at its own path, and with no stored password", () =>
+test("a sub stream is tested and pictured at its own path", () =>
   withPage("#one", async (page, calls) => {
     await fillOne(page, { port: ports.works, model: "Acme Cube-2" });
     await page.click("#one-summary");
@@ -195,17 +180,52 @@ test("a sub stream is tested and pictured at its own path, and with no stored pa
     await testOne(page);
     assert.equal(await text(page, "one-result-code"), "code 465", "that of the main stream");
     assert.equal(sent(calls, "CameraTest")[1].camModel, "Acme Cube-2");
-
-    const camera = `--vendor Acme --model Cube-2 --host 127.0.0.1 --port 81 --user admin --channel 1`;
-    const id = Number(/\d+/.exec(control(RIGHT, `camera add --name cube ${camera}`)));
-    await page.evaluate((id) => (location.hash = `camera/${id}`), id);
-    await expectText(page, "one-stored-hint", "cube");
-    await page.selectOption("#one-which", "sub");
-    await page.click("#one-test");
-    await expectText(page, "one-which-mistake", "The stored password is lent for the main stream alone.");
-    assert.equal(await focused(page), "one-which");
-    assert.equal(sent(calls, "CameraTest").length, 2, "nothing is sent");
   }));
+
+test("what was tested is saved under a name, and a second time only if somebody wants it", () => {
+  const work = async (page) => {
+    await fillOne(page, { port: ports.works, model: "Acme Cube-2" });
+    await page.click("#one-summary");
+    await page.selectOption("#one-which", "sub");
+    await testOne(page);
+    await audit(page, "One camera, to be saved", "one-save");
+    assert.equal(await page.inputValue("#one-save-name"), `127.0.0.1:${ports.works}`);
+    await page.fill("#one-save-name", " ");
+    await page.click("#one-save-go");
+    await expectText(page, "one-save-mistake", "Type a name.");
+    await page.fill("#one-save-name", "Cube");
+    await page.fill("#one-port", "81");
+    await expectText(page, "one-save-earlier", "Saves the values that were tested");
+    await page.click("#one-save-go");
+    await expectText(page, "one-saved", "Saved as Cube");
+    assert.equal(await focused(page), "one-saved-open");
+    const hash = await page.getAttribute("#one-saved-open", "href");
+    const answer = await page.request.get(new URL(`recorder/1/cameras/${hash.split("/")[1]}`, page.url()).href);
+    const { port, model, streams, facts, hasPassword } = (await answer.json()).data;
+    const sub = streams.find(({ name }) => name === "sub").address;
+    const size = facts.map(({ stream, name, value }) => [stream, name, value].join(" ")).join();
+    assert.deepEqual([port, model, sub, size, hasPassword], [
+      ports.works,
+      "Cube-2",
+      `rtsp://127.0.0.1:${ports.works}/stream1`,
+      "sub size 640x480",
+      true,
+    ]);
+
+    await page.fill("#one-port", String(ports.works));
+    await testOne(page);
+    await page.fill("#one-save-name", "Cube again");
+    await page.click("#one-save-go");
+    await expectText(page, "one-saved", "Stored already as Cube");
+    assert.equal(await page.getAttribute("#one-saved-open", "href"), hash);
+    await audit(page, "One camera, stored already");
+    await page.click("#one-save-force");
+    await expectText(page, "one-saved", "Saved as Cube again");
+    await page.click("#one-saved-open");
+    await page.waitForURL(/#cameras\/\d+$/);
+  };
+  return withPage("#one", work, { script: AXE });
+});
 
 test("a third login after two refused ones is sent only if somebody wants it", () =>
   withPage("#one", async (page, calls) => {
