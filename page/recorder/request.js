@@ -2,6 +2,7 @@
 
 import { texts } from "../texts/texts.js";
 import { loginsSoFar, untilSignedIn } from "./admission.js";
+import { LINES_TYPE, readLines } from "./lines.js";
 
 /**
  * What came of a test: 0, or the code of the cause; with the recorder's name for it, if it gave one.
@@ -46,6 +47,7 @@ export class Trouble extends Error {
  * @property {string} address
  * @property {Record<string, unknown>} [parameters]
  * @property {Record<string, string>} [headers] besides the usual ones
+ * @property {(line: any) => void} [onLine] of an answer in lines: is told each but the last, which is the body
  *
  * @typedef {object} Answer
  * @property {number} status
@@ -84,16 +86,17 @@ const requestOf = ({ verb, parameters, headers = {} }) => ({
   cache: "no-store",
 });
 
-/** @param {Response} response @returns {Promise<any>} */
-async function bodyOf(response) {
+/** @param {Response} response @param {Question} question @returns {Promise<any>} */
+async function bodyOf(response, { onLine = () => {} }) {
+  if (response.headers.get("Content-Type") === LINES_TYPE) return readLines(response, onLine);
   if (response.headers.get("Content-Type") === "image/jpeg") return { success: true, data: await response.blob() };
   return response.json().catch(() => null);
 }
 
-/** @param {Response} response @returns {Promise<Answer>} */
-const answerOf = async (response) => ({
+/** @param {Response} response @param {Question} question @returns {Promise<Answer>} */
+const answerOf = async (response, question) => ({
   status: response.status,
-  body: await bodyOf(response),
+  body: await bodyOf(response, question),
   tag: response.headers.get("ETag") ?? "",
   cause: response.headers.get("Recorder-Cause") ?? "",
   waitSeconds: Number(response.headers.get("Retry-After") ?? 0),
@@ -112,7 +115,7 @@ async function send(question, signal) {
   signal?.addEventListener("abort", stop);
   if (signal?.aborted) stop();
   try {
-    return await answerOf(await fetch(question.address, { ...requestOf(question), signal: limit.signal }));
+    return await answerOf(await fetch(question.address, { ...requestOf(question), signal: limit.signal }), question);
   } catch {
     if (signal?.aborted) throw new Trouble("stopped", texts.recorder.stoppedWaiting);
     if (limit.signal.aborted) throw new Trouble("timeOut", texts.recorder.noAnswer);
@@ -136,6 +139,7 @@ function troubleOf(answer) {
     return new Trouble("refused", texts.recorder.otherName(location.hostname), answer);
   }
   if (status === UNCHANGED || (ANSWERED.includes(status) && typeof body?.success === "boolean")) return null;
+  if (body === null && status === 200) return new Trouble("refused", texts.recorder.cutOff, answer);
   const text = status === 503 ? texts.recorder.busy : texts.recorder.status(status);
   return new Trouble("refused", body?.error?.message ?? text, answer);
 }
