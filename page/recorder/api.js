@@ -143,10 +143,18 @@ export async function testCamera(camera, signal) {
  * @param {AbortSignal} [signal]
  * @returns {Promise<Uint8Array<ArrayBuffer>>} the camera's picture, or the recorder's default one
  */
-export async function takePicture(camera, signal) {
+export const takePicture = async (camera, signal) => (await tryPicture(camera, signal)).bytes;
+
+/**
+ * @param {Camera} camera
+ * @param {AbortSignal} [signal]
+ * @returns the camera's picture, or the recorder's default one, with the recorder's name for why: "ok" for the camera's
+ */
+export async function tryPicture(camera, signal) {
   const parameters = { ...testParameters(camera), camPassword: camera.password, jsonResponse: true };
-  const { value } = await inTurn([camera.host], () => call("GetSnapshot", parameters, signal));
-  return Uint8Array.from(atob(value?.img ?? ""), (character) => character.charCodeAt(0));
+  const { value, cause } = await inTurn([camera.host], () => call("GetSnapshot", parameters, signal));
+  const bytes = Uint8Array.from(atob(value?.img ?? ""), (character) => character.charCodeAt(0));
+  return { bytes, cause };
 }
 
 /**

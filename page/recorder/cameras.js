@@ -46,10 +46,12 @@ import { inTurn } from "./turns.js";
  * @property {string} from who says so
  * @property {number} at
  *
+ * @typedef {Omit<CameraFact, "at"> & {at?: number}} NewFact said just now where it has no time
+ *
  * @typedef {CommonFields & {streams: CameraStream[], facts: CameraFact[], hasPassword: boolean}} StoredCamera
  *
  * What may be given of a new or a changed camera.
- * @typedef {Omit<CommonFields, "id" | "revision" | "state"> & {streams: CameraStream[], facts: CameraFact[],
+ * @typedef {Omit<CommonFields, "id" | "revision" | "state"> & {streams: CameraStream[], facts: NewFact[],
  *   password: string | null, force: boolean, allowBasic: boolean, trustNewCertificate: boolean}} CameraFields
  *
  * @typedef {import("./request.js").Question} Question
