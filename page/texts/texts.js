@@ -1,5 +1,6 @@
 /// All that the page says to people, by the view or the subject that says it. A text with values is a function.
 
+import { add } from "./add.js";
 import { banners } from "./banners.js";
 import { camera, cameras } from "./cameras.js";
 import { causes } from "./causes.js";
@@ -14,4 +15,20 @@ import { recorder } from "./recorder.js";
 import { saving } from "./saving.js";
 import { sources } from "./sources.js";
 
-export const texts = { banners, camera, cameras, causes, common, list, login, many, models, navigation, one, recorder, saving, sources };
+export const texts = {
+  add,
+  banners,
+  camera,
+  cameras,
+  causes,
+  common,
+  list,
+  login,
+  many,
+  models,
+  navigation,
+  one,
+  recorder,
+  saving,
+  sources,
+};

@@ -1,0 +1,158 @@
+/// A camera that was found, with its streams: what they show and send, which of them is to be main and sub, its name.
+
+import { el, say, showMistake } from "../parts/dom.js";
+import { PLAIN, field, mistakeLine, onSubmit, tell } from "../parts/forms.js";
+import { Trouble } from "../recorder/request.js";
+import { toStore, usualChoice } from "../recorder/to-store.js";
+import { texts } from "../texts/texts.js";
+import { save, storedAlready } from "./saving.js";
+import { StreamRow, claimText, labelOf } from "./stream-row.js";
+
+const { add, common } = texts;
+
+/**
+ * @typedef {import("../recorder/finding.js").Found} Found
+ * @typedef {import("../recorder/finding.js").FoundStream} FoundStream
+ * @typedef {import("../recorder/finding.js").Login} Login
+ * @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera
+ */
+
+/** @param {FoundStream} stream */
+const optionText = (stream) => `${labelOf(stream)}: ${claimText(stream) || stream.path}`;
+
+export class FoundCamera {
+  #working = new AbortController();
+  #name = el("input", { id: "add-name", autocomplete: "off", ...PLAIN });
+  #main = el("select", { id: "add-main" });
+  #sub = el("select", { id: "add-sub" }, el("option", { value: "", text: add.none }));
+  #mistake = mistakeLine("add-save-mistake");
+  #already = el("div");
+  element;
+
+  /**
+   * @param {Found} found has streams of one channel
+   * @param {Login} login with which it was found
+   * @param {string} name
+   * @param {(camera: StoredCamera, address: string) => void} saved is told what is stored now, and the address of its
+   * main stream
+   */
+  constructor(found, login, name, saved) {
+    this.found = found;
+    this.login = login;
+    this.saved = saved;
+    this.rows = found.streams.map((stream) => new StreamRow(found.host, stream));
+    this.#name.value = name;
+    this.#offer();
+    this.element = el(
+      "div",
+      { class: "found" },
+      el("ul", { class: "found-streams", "aria-label": add.streams }, ...this.rows.map(({ element }) => element)),
+      this.#form(),
+    );
+  }
+
+  #offer() {
+    const { streams } = this.found;
+    const choice = usualChoice(streams);
+    for (const select of [this.#main, this.#sub]) {
+      select.append(...streams.map((stream, i) => el("option", { value: i, text: optionText(stream) })));
+    }
+    this.#main.value = String(streams.findIndex((stream) => stream === choice.main));
+    this.#sub.value = choice.sub ? String(streams.indexOf(choice.sub)) : "";
+  }
+
+  #form() {
+    const name = field(common.name, this.#name);
+    name.append(el("p", { id: "add-name-mistake", class: "mistake", hidden: true }));
+    const form = el(
+      "form",
+      { class: "inline", novalidate: true, autocomplete: "off", "aria-label": common.save },
+      name,
+      field(add.main, this.#main),
+      field(add.sub, this.#sub),
+      el("button", { id: "add-save", class: "main", text: common.save }),
+      this.#mistake,
+      this.#already,
+    );
+    onSubmit(form, this.#mistake, () => this.#save(false));
+    return form;
+  }
+
+  /** Pictures first, then what the streams send that are main and sub by then. A refused login ends it. */
+  async look() {
+    const { signal } = this.#working;
+    await this.#askEach(this.rows, (row) => row.takePicture(this.login, signal));
+    const { main, sub } = this.#choice();
+    const chosen = this.rows.filter(({ stream }) => stream === main || stream === sub);
+    const played = chosen.filter(({ stream }) => stream.protocol === "RTSP");
+    await this.#askEach(played, (row) => row.measure(this.login, signal));
+  }
+
+  /**
+   * One after the other.
+   * @param {StreamRow[]} rows
+   * @param {(row: StreamRow) => Promise<string | void>} question gives the cause if it failed
+   */
+  async #askEach(rows, question) {
+    const { signal } = this.#working;
+    for (const row of rows) {
+      if (signal.aborted) return;
+      const cause = await question(row).catch((error) => (error instanceof Trouble ? String(error.cause) : ""));
+      if (cause === "loginRefused" && !signal.aborted) this.#refused();
+    }
+  }
+
+  #refused() {
+    this.stop();
+    tell(this.#mistake, add.refused);
+  }
+
+  #choice() {
+    const { streams } = this.found;
+    const { third } = usualChoice(streams);
+    const main = streams[Number(this.#main.value)];
+    const sub = this.#sub.value === "" ? undefined : streams[Number(this.#sub.value)];
+    return {
+      ...(main && { main }),
+      ...(sub && sub !== main && { sub }),
+      ...(third && third !== main && third !== sub && { third }),
+    };
+  }
+
+  /** @param {boolean} force stores it although it is stored already */
+  async #save(force) {
+    this.#already.replaceChildren();
+    const name = this.#name.value.trim();
+    showMistake(this.#name, name ? "" : add.noName);
+    if (!name) return void this.#name.focus();
+    const measured = new Map(this.rows.flatMap((row) => (row.measured ? [[row.stream, row.measured]] : [])));
+    const camera = toStore(this.found, this.login, name, this.#choice(), measured);
+    const outcome = await save({ ...camera, force });
+    if (outcome.camera) {
+      this.stop();
+      this.saved(outcome.camera, camera.streams?.[0]?.address ?? "");
+      return "";
+    }
+    if (!outcome.other) return outcome.mistake;
+    say(outcome.mistake);
+    this.#already.replaceChildren(storedAlready(outcome, () => this.#forced()));
+    return "";
+  }
+
+  async #forced() {
+    tell(this.#mistake, (await this.#save(true)) ?? "");
+  }
+
+  /** What still runs ends. */
+  stop() {
+    this.#working.abort();
+    for (const row of this.rows) row.stop();
+  }
+
+  /** Ends all, and forgets the login. */
+  forget() {
+    this.stop();
+    this.login = { user: "", password: "" };
+    for (const row of this.rows) row.forget();
+  }
+}

@@ -1,0 +1,130 @@
+/// One stream that was found: what the camera claims of it, its picture, what it really sends.
+
+import { el } from "../parts/dom.js";
+import { StillFrame } from "../parts/still-frame.js";
+import { measureStream } from "../recorder/finding.js";
+import { tryPicture } from "../recorder/api.js";
+import { texts } from "../texts/texts.js";
+import { inALine } from "./failure.js";
+
+const { add, common } = texts;
+
+/**
+ * @typedef {import("../recorder/finding.js").Login} Login
+ * @typedef {import("../recorder/finding.js").FoundStream} FoundStream
+ * @typedef {import("../recorder/finding.js").Measured} Measured
+ */
+
+/** @param {string} codec @param {number | null} width @param {number | null} height @param {number | null} rate */
+function pictureText(codec, width, height, rate) {
+  const size = width && height ? add.size(width, height) : "";
+  return [codec, size, rate ? add.rate(rate) : ""].filter(Boolean).join(" ");
+}
+
+/** What the camera claims of a stream. @param {FoundStream} stream */
+export const claimText = ({ codec, width, height, frameRate }) =>
+  pictureText(codec, width, height, frameRate);
+
+/** @param {FoundStream} stream */
+export const labelOf = ({ name }) => add.streamNames[name] ?? name;
+
+/** @param {Measured} measured */
+function distanceText({ keyFrameDistance, keyFrameMoreThan }) {
+  if (keyFrameDistance) return add.keyFrame(keyFrameDistance);
+  return keyFrameMoreThan ? add.noKeyFrame(keyFrameMoreThan) : "";
+}
+
+/** @param {Measured} measured */
+function figuresText(measured) {
+  const { codec, width, height, frameRate, bitRate } = measured;
+  const picture = pictureText(codec, width, height, frameRate);
+  return [picture, bitRate ? add.bitRate(bitRate) : "", distanceText(measured)].filter(Boolean).join(", ");
+}
+
+/** @param {string} label @param {Measured} measured */
+function warningTexts(label, measured) {
+  const names = measured.warnings.map(({ name }) => name);
+  return [
+    ...(names.includes("keyFramesFar") ? [add.keyFramesFar(label, distanceText(measured))] : []),
+    ...(names.includes("h265") ? [add.h265(label)] : []),
+  ];
+}
+
+/**
+ * The picture of a stream, as its record will be asked for it.
+ * @param {string} host
+ * @param {FoundStream} stream
+ * @param {Login} login
+ * @param {AbortSignal} signal
+ */
+export function pictureOf(host, { storeAs }, login, signal) {
+  const { sourcePath, ...place } = storeAs;
+  return tryPicture({ host, ...place, ...login, path: sourcePath, codec: "", stream: "" }, signal);
+}
+
+export class StreamRow {
+  #still = new StillFrame();
+  #figures = el("p", { class: "hint" });
+  #warnings = el("ul", { class: "warnings" });
+  element;
+  /** @type {Measured | null} */
+  measured = null;
+
+  /** @param {string} host @param {FoundStream} stream */
+  constructor(host, stream) {
+    this.host = host;
+    this.stream = stream;
+    this.#still.clear(add.pictureWaits);
+    const from = stream.asked ? add.claimed(stream.from) : `${add.claimed(stream.from)}, ${add.guessed}`;
+    this.element = el(
+      "li",
+      { class: "found-stream" },
+      el("figure", { class: "picture still" }, this.#still.element),
+      el(
+        "div",
+        {},
+        el("p", {}, el("strong", { text: labelOf(stream) }), ` ${claimText(stream)}`),
+        el("p", { class: "hint", text: from }),
+        this.#figures,
+        this.#warnings,
+      ),
+    );
+  }
+
+  /** @param {Login} login @param {AbortSignal} signal @returns {Promise<string>} the cause, "ok" for a picture */
+  async takePicture(login, signal) {
+    try {
+      const { bytes, cause } = await pictureOf(this.host, this.stream, login, signal);
+      const description = add.pictureOf(labelOf(this.stream));
+      const isShown = cause === "ok" && (await this.#still.show(new Blob([bytes]), description));
+      if (!isShown) this.#still.clear(common.noPictureCame);
+      return cause;
+    } catch (error) {
+      this.#still.clear(common.noPictureCame);
+      throw error;
+    }
+  }
+
+  /** @param {Login} login @param {AbortSignal} signal */
+  async measure(login, signal) {
+    this.#figures.textContent = add.measuring;
+    try {
+      this.measured = await measureStream(this.host, this.stream, login, signal);
+      this.#figures.textContent = add.measured(figuresText(this.measured));
+      const warnings = warningTexts(labelOf(this.stream), this.measured);
+      this.#warnings.replaceChildren(...warnings.map((text) => el("li", { text })));
+    } catch (error) {
+      this.#figures.textContent = signal.aborted ? "" : add.notMeasured(inALine(error));
+      throw error;
+    }
+  }
+
+  /** What did not come by now comes no more. */
+  stop() {
+    if (this.#still.isEmpty) this.#still.clear(common.noPictureCame);
+  }
+
+  forget() {
+    this.#still.clear("");
+  }
+}
