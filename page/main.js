@@ -1,5 +1,6 @@
 /// Puts the page together, once somebody is logged in: views by address, and passwords that do not outlive it.
 
+import { AddView } from "./add/add-view.js";
 import { watchConnection } from "./banners.js";
 import { CameraView } from "./cameras/camera-view.js";
 import { CamerasView } from "./cameras/cameras-view.js";
@@ -23,6 +24,7 @@ putInTexts();
 prepareQuestions();
 const models = new ModelList();
 watchConnection(models);
+const add = new AddView();
 const one = new OneCamera(models);
 const many = new ManyCameras(models, (camera) => {
   one.fill(camera);
@@ -60,6 +62,7 @@ const VIEWS = {
     open: ([id]) => camera.open(Number(id)),
     close: () => camera.close(),
   },
+  add: { nav: "add", title: texts.add.title, open: () => add.open(), close: () => add.close() },
   one: { nav: "add", title: texts.one.title },
   many: { nav: "many", title: texts.many.title },
   models: {
@@ -71,17 +74,19 @@ const VIEWS = {
   users: { nav: "users", title: texts.login.users, open: () => users.open() },
   account: { nav: "account", title: texts.login.account, open: () => account.open(), close: () => account.forget() },
 };
+/** An admin, who manages users too. */
+const mayAdd = () => !byId("nav-users", HTMLElement).hidden;
 /** What an address without a view shows. */
 let start = "cameras";
 const router = new Router(VIEWS, (name, rest) => {
   if ((name === "cameras" || name === "camera") && isNumber(rest[0])) return ["camera", rest];
-  if (name === "add") return ["one", []];
+  if (name === "add" && !mayAdd()) return ["one", []];
   if (name === "users" && byId("nav-users", HTMLElement).hidden) return [start, []];
   return Object.hasOwn(VIEWS, name) && name !== "camera" ? [name, rest] : [start, []];
 });
 
 const forgetPasswords = () => {
-  for (const part of [camera, one, many]) part.forgetPasswords();
+  for (const part of [camera, add, one, many]) part.forgetPasswords();
   for (const part of [users, signingIn]) part.forgetPassword();
   for (const part of [account, passwords]) part.forget();
 };
@@ -96,8 +101,7 @@ window.addEventListener("hashchange", () => {
 await signingIn.start();
 for (const id of ["top", "views"]) byId(id, HTMLElement).hidden = false;
 
-const mayAdd = !byId("nav-users", HTMLElement).hidden;
-if (location.hash.length < 2 && mayAdd && (await listCameras().catch(() => null))?.length === 0) start = "one";
+if (location.hash.length < 2 && mayAdd() && (await listCameras().catch(() => null))?.length === 0) start = "add";
 router.start();
 if (!byId("view-one", HTMLElement).hidden) byId("one-address", HTMLInputElement).focus();
 models.load();
