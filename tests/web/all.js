@@ -1,3 +1,4 @@
+import "./add.js";
 import "./one_camera.js";
 import "./whole_page.js";
 import "./logins.js";

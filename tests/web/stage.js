@@ -103,13 +103,21 @@ export function serve(name, prepare = () => {}) {
   return start("recorderctl", "--config", file, "serve");
 }
 
-before(async () => {
+/** Starts cameras, and gives their ports by name. @param {string} file @param {Record<string, object>} cameras by name */
+export async function startCameras(file, cameras) {
   const usual = { password: RIGHT, login: "digest-sha256", stream: { fps: 10, gop: 5 } };
-  const cameras = Object.entries(CAMERAS).map(([name, more]) => ({ name, ...usual, ...more }));
-  writeFileSync(join(folder, "cameras.json"), JSON.stringify({ cameras }));
+  const list = Object.entries(cameras).map(([name, more]) => {
+    const camera = { name, ...usual, ...more };
+    return "model" in more ? { ...camera, stream: undefined } : camera;
+  });
+  writeFileSync(join(folder, file), JSON.stringify({ cameras: list }));
+  const started = JSON.parse(await start("simcam", join(folder, file))).cameras;
+  return Object.fromEntries(started.map(({ name, port }) => [name, port]));
+}
+
+before(async () => {
   mkdirSync(here("out/page"), { recursive: true });
-  for (const { name, port } of JSON.parse(await start("simcam", join(folder, "cameras.json"))).cameras)
-    ports[name] = port;
+  Object.assign(ports, await startCameras("cameras.json", CAMERAS));
   address = await serve("recorder", () => {
     addUser(USER);
     mkdirSync(join(folder, "state-of-recorder/models"), { mode: 0o700 });
