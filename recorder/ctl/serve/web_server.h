@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "recorder/ctl/serve/child_process.h"
 #include "recorder/ctl/serve/lighttpd_config.h"
 #include "recorder/ctl/serve/served_certificate.h"
+#include "recorder/utility/child_process.h"
 
 namespace recorder {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "recorder/ctl/serve/child_process.h"
+#include "recorder/utility/child_process.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
 

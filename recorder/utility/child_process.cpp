@@ -1,4 +1,4 @@
-#include "recorder/ctl/serve/child_process.h"
+#include "recorder/utility/child_process.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -25,7 +25,7 @@ constexpr std::chrono::milliseconds kPause{10};
 ChildProcess::ChildProcess(const std::function<void()>& execute) {
   const pid_t parent = getpid();
   process_ = fork();
-  if (process_ < 0) LogFailure(std::string("No process can be started: ") + std::strerror(errno));
+  if (process_ < 0) LogFailure(std::string("No process can be started: ") + strerrordesc_np(errno));
   if (process_ > 0) setpgid(process_, process_);  // so does the child: whichever comes first
   if (process_ != 0) return;
   setpgid(0, 0);
@@ -33,7 +33,7 @@ ChildProcess::ChildProcess(const std::function<void()>& execute) {
   if (getppid() != parent) _exit(1);  // it ended before that
   sigset_t none;
   sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   execute();
   _exit(127);
 }
