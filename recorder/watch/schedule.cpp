@@ -1,0 +1,149 @@
+#include "recorder/watch/schedule.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+constexpr WatchTime kHour = std::chrono::hours(1);
+
+/// What may be so for long, or, where a clock is unknown, be a wrong login.
+bool IsSilent(std::optional<Outcome> cause) {
+  return !cause || cause == Outcome::kUnreachable || cause == Outcome::kTimedOut || cause == Outcome::kClockUnknown;
+}
+
+}  // namespace
+
+void Schedule::Update(const std::vector<WatchedCamera>& cameras, WatchTime now) {
+  std::unordered_map<int, Watched> before = std::exchange(cameras_, {});
+  for (const WatchedCamera& record : cameras) {
+    auto known = before.extract(record.id);
+    const bool isKnown = !known.empty();
+    Watched& camera = isKnown ? cameras_.insert(std::move(known)).position->second : cameras_[record.id];
+    if (isKnown) {
+      Revise(record.id, camera, record, now);
+    } else {
+      Admit(record.id, camera, record, now);
+    }
+  }
+  std::erase_if(hosts_, [](const auto& host) { return !host.second.isBusy && host.second.waiting.empty(); });
+  std::erase_if(quietUntil_, [now](const auto& login) { return login.second <= now; });
+}
+
+void Schedule::Describe(Watched& camera, const WatchedCamera& record) {
+  camera.revision = record.revision;
+  camera.host = NormalizedHost(record.host);
+  camera.login = record.login;
+}
+
+void Schedule::Admit(int id, Watched& camera, const WatchedCamera& record, WatchTime now) {
+  Describe(camera, record);
+  camera.began = record.attempted.value_or(now - interval_);
+  camera.silentPause = interval_;
+  if (!record.cause) return Enqueue(id, camera, std::max(now, camera.began + interval_ / 2));
+  if (record.cause == Outcome::kLoginRefused) return Refuse(camera, record.since);
+  if (IsSilent(record.cause)) camera.silentPause = std::max(interval_, std::min(camera.began - record.since, kHour));
+  const WatchTime pause = PauseAfter(camera, record.cause);
+  Enqueue(id, camera, std::max(now, camera.began + pause - interval_ / 2));
+}
+
+void Schedule::Revise(int id, Watched& camera, const WatchedCamera& record, WatchTime now) {
+  const bool isEdited = camera.revision != record.revision;
+  const bool isRefused = record.cause == Outcome::kLoginRefused;
+  if (!isEdited && isRefused == camera.isRefused) return;
+  quietUntil_.erase(camera.login);
+  Describe(camera, record);
+  camera.silentPause = interval_;
+  if (isRefused) return Refuse(camera, now);
+  camera.isRefused = false;
+  Enqueue(id, camera, now);
+}
+
+void Schedule::Refuse(Watched& camera, WatchTime since) {
+  camera.isRefused = true;
+  camera.place = 0;
+  if (camera.login.empty()) return;
+  WatchTime& quietUntil = quietUntil_[camera.login];
+  quietUntil = std::max(quietUntil, since + std::max(kHour, interval_));
+}
+
+std::optional<DueCheck> Schedule::Next(WatchTime now) {
+  while (!line_.empty() && line_.top().due <= now) {
+    const Place place = line_.top();
+    line_.pop();
+    const auto found = cameras_.find(place.id);
+    if (found == cameras_.end() || found->second.place != place.number) continue;
+    Watched& camera = found->second;
+    if (IsHeldBack(place, camera, now)) continue;
+    camera.place = 0;
+    camera.began = now;
+    atHand_[place.id] = camera.host;
+    hosts_[camera.host].isBusy = true;
+    return DueCheck{place.id, camera.revision};
+  }
+  return std::nullopt;
+}
+
+/// A camera that is at hand waits for its own check, even if its host is another one now.
+bool Schedule::IsHeldBack(const Place& place, Watched& camera, WatchTime now) {
+  const auto atHand = atHand_.find(place.id);
+  Host& host = hosts_[atHand == atHand_.end() ? camera.host : atHand->second];
+  const auto quiet = quietUntil_.find(camera.login);
+  if (host.isBusy) {
+    host.waiting.push_back(place);
+  } else if (quiet != quietUntil_.end() && quiet->second > now) {
+    Enqueue(place.id, camera, now + WatchTime(1));  // an edit may end that before
+  } else {
+    return false;
+  }
+  return true;
+}
+
+WatchTime Schedule::NextAt() const { return line_.empty() ? WatchTime::max() : line_.top().due; }
+
+bool Schedule::End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now) {
+  Free(check.id);
+  const auto found = cameras_.find(check.id);
+  if (found == cameras_.end() || found->second.revision != check.revision) return false;
+  Watched& camera = found->second;
+  if (cause == Outcome::kLoginRefused) {
+    Refuse(camera, now);
+  } else if (!camera.isRefused) {
+    Enqueue(check.id, camera, std::max(now, camera.began + PauseAfter(camera, cause) - interval_ / 2));
+  }
+  return true;
+}
+
+void Schedule::Free(int id) {
+  const auto atHand = atHand_.extract(id);
+  if (atHand.empty()) return;
+  Host& host = hosts_[atHand.mapped()];
+  host.isBusy = false;
+  for (const Place& place : std::exchange(host.waiting, {})) line_.push(place);
+}
+
+WatchTime Schedule::PauseAfter(Watched& camera, std::optional<Outcome> cause) const {
+  if (!IsSilent(cause)) return camera.silentPause = interval_;
+  return std::exchange(camera.silentPause, std::max(interval_, std::min(2 * camera.silentPause, kHour)));
+}
+
+void Schedule::Enqueue(int id, Watched& camera, WatchTime notBefore) {
+  camera.place = ++lastPlace_;
+  line_.push({TurnOf(id, notBefore), camera.place, id});
+}
+
+/// The first of the camera's turns from `notBefore` on: they are an interval apart. The golden ratio puts those of
+/// ids that follow each other far from each other.
+WatchTime Schedule::TurnOf(int id, WatchTime notBefore) const {
+  constexpr std::uint32_t kGoldenRatio = 0x9E3779B9;                          // its fraction, of 2^32
+  const std::uint32_t share = static_cast<std::uint32_t>(id) * kGoldenRatio;  // of 2^32, too
+  const auto length = static_cast<std::uint64_t>(interval_.count());
+  const WatchTime phase{static_cast<WatchTime::rep>((std::uint64_t{share} * length) >> 32U)};
+  if (notBefore <= phase) return phase;
+  return phase + (notBefore - phase + interval_ - WatchTime(1)) / interval_ * interval_;
+}
+
+}  // namespace recorder

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <queue>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "recorder/utility/outcome.h"
+
+namespace recorder {
+
+/// A time that never jumps, since some moment that stays the same for all that one Schedule is told.
+using WatchTime = std::chrono::milliseconds;
+
+/// A stored camera that is to be watched, and what is known of its checks so far.
+struct WatchedCamera {
+  int id = 0;
+  int revision = 0;
+  std::string host;
+  std::string login = {};  ///< whatever two cameras have alike that may be one camera, asked by one user
+  std::optional<Outcome> cause = std::nullopt;        ///< what the last contact with it came to
+  WatchTime since{0};                                 ///< when contacts began to come to that
+  std::optional<WatchTime> attempted = std::nullopt;  ///< when its last check began
+};
+
+/// A check that is due.
+struct DueCheck {
+  int id = 0;
+  int revision = 0;
+};
+
+/// Which stored camera is checked when: each once an interval, all of them spread over it evenly, and never two of one
+/// host at once. The pauses of a camera that is silent grow to an hour. One that has refused the login is left alone
+/// until its record says otherwise, since cameras lock users out; then others of the same login wait for an hour, too,
+/// unless somebody edits one of them.
+///
+/// Thread:  one. Nothing waits: time comes in with each call, and never goes back.
+/// Time:    Next and End take as long as a heap does; Update looks at all cameras.
+class Schedule {
+ public:
+  explicit Schedule(WatchTime interval) : interval_(interval) {}
+
+  /// These and no others are watched from now on. What they tell of earlier checks counts for new ones, but for a login
+  /// that was refused: that, and its end, counts for all.
+  void Update(const std::vector<WatchedCamera>& cameras, WatchTime now);
+
+  /// A check that is due, which is at hand from then on until its End. Nothing when there is none.
+  std::optional<DueCheck> Next(WatchTime now);
+
+  /// When to ask for the next one, if no check ends before; max() when there is nothing to wait for.
+  WatchTime NextAt() const;
+
+  /// Says that a check has ended: with `cause`, or with its process, which tells nothing of the camera. False when the
+  /// camera's record is no longer the one that was checked, so that the answer is of no use.
+  bool End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now);
+
+ private:
+  struct Watched {
+    int revision = 0;
+    std::string host;
+    std::string login;
+    WatchTime began{0};        // of the last check
+    WatchTime silentPause{0};  // that follows if the next check finds the camera silent
+    bool isRefused = false;
+    std::uint64_t place = 0;  // in the line; 0: it stands there no more, other places of it count for nothing
+  };
+  struct Place {
+    WatchTime due;
+    std::uint64_t number;
+    int id;
+    bool operator>(const Place& other) const { return due > other.due; }
+  };
+  struct Host {
+    bool isBusy = false;
+    std::vector<Place> waiting;  // until it is busy no more
+  };
+
+  void Revise(int id, Watched& camera, const WatchedCamera& record, WatchTime now);
+  void Admit(int id, Watched& camera, const WatchedCamera& record, WatchTime now);
+  static void Describe(Watched& camera, const WatchedCamera& record);
+  void Refuse(Watched& camera, WatchTime since);
+  WatchTime PauseAfter(Watched& camera, std::optional<Outcome> cause) const;
+  void Enqueue(int id, Watched& camera, WatchTime notBefore);
+  WatchTime TurnOf(int id, WatchTime notBefore) const;
+  bool IsHeldBack(const Place& place, Watched& camera, WatchTime now);
+  void Free(int id);
+
+  const WatchTime interval_;
+  std::unordered_map<int, Watched> cameras_;
+  std::unordered_map<std::string, Host> hosts_;
+  std::unordered_map<std::string, WatchTime> quietUntil_;  // logins
+  std::unordered_map<int, std::string> atHand_;            // cameras, and the hosts where they are checked
+  std::priority_queue<Place, std::vector<Place>, std::greater<>> line_;
+  std::uint64_t lastPlace_ = 0;
+};
+
+}  // namespace recorder
