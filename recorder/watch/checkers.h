@@ -75,6 +75,8 @@ class Checkers {
  private:
   class Checker;
 
+  void RemoveSpent();
+
   CheckWork work_;
   CheckerLimits limits_;
   std::list<Checker> checkers_;
