@@ -29,9 +29,9 @@ std::optional<Outcome> OutcomeOf(const ApiAnswer& answer) {
 }
 
 /// Of what is the recorder's own affair nothing is noted, and whoever asked gets his answer in any case.
-void Note(Records& records, int id, Outcome outcome) try {
+void Note(Records& records, const CameraRecord& camera, Outcome outcome) try {
   const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
-  if (isOfCamera) records.NoteOutcome(id, outcome, SecondsNow());
+  if (isOfCamera) records.NoteOutcome(camera.id, {outcome, SecondsNow(), camera.revision});
 } catch (const RecordsError& error) {
   LogFailure(error.what());
 }
@@ -40,7 +40,7 @@ void Note(Records& records, int id, Outcome outcome) try {
 ApiAnswer Call(const std::string& method, const CameraRecord& camera, OwnTools& tools, Records& records) {
   ApiAnswer answer = RunCall(StoredCall(tools.module, method, camera), tools.output);
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
-  if (const auto outcome = OutcomeOf(answer)) Note(records, camera.id, *outcome);
+  if (const auto outcome = OutcomeOf(answer)) Note(records, camera, *outcome);
   return answer;
 }
 
@@ -104,7 +104,7 @@ OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   const std::string stream = ParseForm(request.http.query).get("stream", kOwnStream).asString();
   const CameraRecord asked = StreamRecord(records, camera, stream);
   const MeasureResult result = MeasureStored(asked, kLongestMeasure);
-  Note(records, camera.id, result.outcome);
+  Note(records, camera, result.outcome);
   if (result.outcome != Outcome::kOk) return CameraFailure(result.outcome);
   KeepMeasured(records, camera.id, stream.empty() ? kOwnStream : stream, result);
   return Success(MeasureJson(result));

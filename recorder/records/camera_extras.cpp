@@ -25,13 +25,6 @@ CameraStream StreamOf(SQLite::Statement& row) {
   return stream;
 }
 
-std::optional<Outcome> OutcomeNamed(const std::string& name) {
-  for (int i = 0; i < static_cast<int>(Outcome::kCount); ++i) {
-    if (NameOf(static_cast<Outcome>(i)) == name) return static_cast<Outcome>(i);
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 void Records::Impl::StoreStreams(int id, const std::vector<CameraStream>& streams) {
@@ -120,35 +113,6 @@ std::vector<CameraFact> Records::Facts(int id) const {
                        query.getColumn(3).getString(), query.getColumn(4).getInt64()});
     }
     return facts;
-  });
-}
-
-void Records::NoteOutcome(int id, Outcome cause, std::int64_t seconds) {
-  const std::string name{NameOf(cause)};
-  impl_->Guarded([&] {
-    SQLite::Statement same{impl_->database, "SELECT 1 FROM outcomes WHERE cameraId = ? AND cause = ?"};
-    SQLite::bind(same, id, name);
-    if (same.executeStep()) return;  // without a lock, which others would wait for
-    impl_->Run(
-        "INSERT INTO outcomes SELECT id, ?2, ?3, iif(?2 = 'ok', ?3, 0) FROM cameras WHERE id = ?1 AND removedAt IS "
-        "NULL ON CONFLICT (cameraId) DO UPDATE SET cause = ?2, since = ?3, lastSuccess = iif(?2 = 'ok', ?3, "
-        "lastSuccess) WHERE cause <> ?2",
-        id, name, seconds);
-  });
-}
-
-std::map<int, CameraOutcome> Records::Outcomes() const {
-  return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database,
-                            "SELECT cameraId, cause, since, lastSuccess FROM outcomes JOIN cameras ON id = cameraId "
-                            "WHERE removedAt IS NULL"};
-    std::map<int, CameraOutcome> outcomes;
-    while (query.executeStep()) {
-      const auto cause = OutcomeNamed(query.getColumn(1).getString());
-      if (!cause) continue;
-      outcomes[query.getColumn(0).getInt()] = {*cause, query.getColumn(2).getInt64(), query.getColumn(3).getInt64()};
-    }
-    return outcomes;
   });
 }
 

@@ -61,9 +61,28 @@ struct CameraFact {
 struct CameraOutcome {
   Outcome cause = Outcome::kOk;  ///< of the last contact
   std::int64_t since = 0;        ///< of the first contact in a row that came to it
-  std::int64_t lastSuccess = 0;  ///< of the first contact in the last row that came to kOk; 0: there was none
+  std::int64_t lastSuccess = 0;  ///< of the last known that came to kOk: of a row of them the first at least; 0: none
 
   bool operator==(const CameraOutcome&) const = default;
+};
+
+/// A contact with a stored camera. Times are in seconds since 1970.
+struct CameraContact {
+  Outcome cause = Outcome::kOk;
+  std::int64_t at = 0;
+  std::optional<int> revision = std::nullopt;  ///< that the camera must still have, so that this tells of its record
+  std::int64_t lastSuccess = 0;                ///< of the last contact before that came to kOk, if it is known
+};
+
+/// A change of what contact with a stored camera comes to.
+struct CameraEvent {
+  std::int64_t id = 0;  ///< larger than those before, and never given again
+  int cameraId = 0;
+  std::int64_t at = 0;  ///< seconds since 1970
+  Outcome cause = Outcome::kOk;
+  std::optional<Outcome> before = std::nullopt;  ///< nothing: there was no contact since the record was edited
+
+  bool operator==(const CameraEvent&) const = default;
 };
 
 /// What tells a camera's TLS certificates, by port: the SHA-256 of each one's DER, in hexadecimal.

@@ -69,6 +69,17 @@ CREATE TRIGGER forgetExtras AFTER DELETE ON cameras BEGIN
   DELETE FROM outcomes WHERE cameraId = OLD.id;
 END;
 )"},
+    // AUTOINCREMENT: whoever was told of all events up to one must not miss a new one of the same id.
+    {6, R"(
+CREATE TABLE events (
+  id INTEGER PRIMARY KEY AUTOINCREMENT, cameraId INTEGER NOT NULL, at INTEGER NOT NULL,
+  cause TEXT NOT NULL, causeBefore TEXT NOT NULL
+) STRICT;
+CREATE INDEX eventsOfCamera ON events (cameraId, id);
+CREATE INDEX eventsByTime ON events (at);
+CREATE TRIGGER forgetEvents AFTER DELETE ON cameras
+  BEGIN DELETE FROM events WHERE cameraId = OLD.id; END;
+)"},
 };
 
 }  // namespace

@@ -49,6 +49,16 @@ enum class ChangeResult {
   kOtherRevision,  ///< the camera has another revision than it must have
 };
 
+/// How long the events of a camera are kept, at least.
+inline constexpr std::chrono::hours kEventsKept{90 * 24};
+
+/// Which events are asked for: those that fit all that is given.
+struct EventFilter {
+  std::optional<int> cameraId = std::nullopt;
+  std::int64_t since = 0;  ///< seconds since 1970
+  std::optional<Outcome> cause = std::nullopt;
+};
+
 /// A failure of the records, with a text for the administrator that holds no secret.
 class RecordsError : public std::runtime_error {
  public:
@@ -117,11 +127,17 @@ class Records {
   /// Keeps `method` as the strongest login that worked, unless a stronger one did. False when there is no such camera.
   bool RaiseLogin(int id, LoginMethod method);
 
-  /// Notes that contact with a camera came to `cause` at `seconds` since 1970. It writes nothing when the contact
-  /// before came to the same.
-  void NoteOutcome(int id, Outcome cause, std::int64_t seconds);
+  /// Notes what contact with a camera came to. It writes nothing when the contact before came to the same, or there is
+  /// no such camera; else outcome and event together, and forgets events of more than kEventsKept before.
+  void NoteOutcome(int id, const CameraContact& contact);
   /// What contact came to with those cameras with which there was any since a change of theirs (see Change).
   std::map<int, CameraOutcome> Outcomes() const;
+  /// At most `most` events of stored cameras with ids below `id`, the newest first; with ids above it, the oldest
+  /// first.
+  std::vector<CameraEvent> EventsBefore(std::int64_t id, int most, const EventFilter& filter = {}) const;
+  std::vector<CameraEvent> EventsAfter(std::int64_t id, int most, const EventFilter& filter = {}) const;
+  /// How often each camera has changed since then, in seconds since 1970; those that have not are left out.
+  std::map<int, int> Flips(std::int64_t since) const;
 
   /// The certificates that are pinned for a camera.
   Certificates PinnedCertificates(int id) const;

@@ -48,6 +48,8 @@ struct Records::Impl {
   void StoreFacts(int id, const std::vector<CameraFact>& facts);
   /// What was known of the camera as it was `before` `change`, see Records::Change.
   void ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change);
+  /// That contact with the camera comes to something else now, which has this name.
+  void StoreChange(int id, const CameraContact& contact, const std::string& name);
 
   std::filesystem::path file;
   std::filesystem::path keyFile;

@@ -151,7 +151,7 @@ TEST_F(RecordsTest, AChangeForgetsWhatWasKnownOfAnotherCamera) {
     SCOPED_TRACE(edit.name);
     Records records{State()};
     const int id = records.Add(Camera(), password, {kMain, kSub}, {kMaker, kSize});
-    records.NoteOutcome(id, Outcome::kLoginRefused, 5);
+    records.NoteOutcome(id, {Outcome::kLoginRefused, 5});
     edit.change.revision = 1;
     if (edit.needsPassword) {
       EXPECT_THROW(records.Change(id, edit.change), RecordsError);
@@ -186,7 +186,7 @@ TEST_F(RecordsTest, StreamsAndFactsWithAMistakeAreNotStored) {
 TEST_F(RecordsTest, ARemovedCameraIsGoneUntilItIsRestoredAndForGoodAfterAMinute) {
   Records records{State()};
   const int id = records.Add(Camera(), "secret", {kMain, kSub}, {kMaker});
-  records.NoteOutcome(id, Outcome::kOk, 5);
+  records.NoteOutcome(id, {Outcome::kOk, 5});
   EXPECT_EQ(records.Remove(id, 2), ChangeResult::kOtherRevision);
   EXPECT_EQ(records.Remove(id, 1), ChangeResult::kDone);
   EXPECT_EQ(records.Remove(id), ChangeResult::kNoCamera);
@@ -201,7 +201,9 @@ TEST_F(RecordsTest, ARemovedCameraIsGoneUntilItIsRestoredAndForGoodAfterAMinute)
   EXPECT_FALSE(records.Restore(id));
   const Records opened{State()};
   Sql("CREATE TABLE leftOver (id INTEGER CHECK (id IS NULL)); INSERT INTO leftOver SELECT id FROM cameras UNION ALL "
-      "SELECT cameraId FROM streams UNION ALL SELECT cameraId FROM facts UNION ALL SELECT cameraId FROM outcomes");
+      "SELECT cameraId FROM streams UNION ALL SELECT cameraId FROM facts UNION ALL SELECT cameraId FROM outcomes UNION "
+      "ALL "
+      "SELECT cameraId FROM events");
 }
 
 TEST_F(RecordsTest, AnOutcomeIsWrittenWhenItChanges) {
@@ -213,12 +215,40 @@ TEST_F(RecordsTest, AnOutcomeIsWrittenWhenItChanges) {
   for (std::int64_t second = 1; second <= 5; ++second) {
     const std::int64_t before = reader.Version();
     const CameraOutcome& wanted = noted[second - 1];
-    records.NoteOutcome(id, wanted.cause, second);
+    records.NoteOutcome(id, {wanted.cause, second});
     EXPECT_EQ(records.Outcomes()[id], wanted);
     EXPECT_EQ(reader.Version() != before, wanted.since == second) << "nothing is written for the same once more";
   }
-  records.NoteOutcome(id + 1, kOk, 9);
+  records.NoteOutcome(id + 1, {kOk, 9});
   EXPECT_EQ(records.Outcomes().size(), 1U) << "of no camera";
+}
+
+TEST_F(RecordsTest, EachChangeOfAnOutcomeIsAnEvent) {
+  using enum Outcome;
+  constexpr std::int64_t kDay = 24 * 3600;
+  Records records{State()};
+  const int first = records.Add(Camera(), "secret");
+  const int second = records.Add(Camera("Other"), "secret");
+  records.NoteOutcome(first, {kOk, 1});
+  records.NoteOutcome(second, {kOk, 2});
+  records.NoteOutcome(first, {kOk, 3});
+  records.NoteOutcome(first, {.cause = kTimedOut, .at = 4, .lastSuccess = 3});
+  records.NoteOutcome(first, {.cause = kBusy, .at = 5, .revision = 2});  // of a record that is another one by now
+  EXPECT_EQ(records.Outcomes()[first], (CameraOutcome{kTimedOut, 4, 3}));
+
+  const CameraEvent all[] = {{1, first, 1, kOk, {}}, {2, second, 2, kOk, {}}, {3, first, 4, kTimedOut, kOk}};
+  using Events = std::vector<CameraEvent>;
+  EXPECT_EQ(records.EventsBefore(99, 2), (Events{all[2], all[1]}));
+  EXPECT_EQ(records.EventsBefore(2, 99), (Events{all[0]}));
+  EXPECT_EQ(records.EventsAfter(1, 99), (Events{all[1], all[2]}));
+  EXPECT_EQ(records.EventsAfter(0, 99, {.cameraId = first}), (Events{all[0], all[2]}));
+  EXPECT_EQ(records.EventsAfter(0, 99, {.since = 2, .cause = kOk}), (Events{all[1]}));
+  EXPECT_EQ(records.Flips(4), (std::map<int, int>{{first, 1}}));
+
+  records.NoteOutcome(first, {kOk, 90 * kDay + 3});
+  EXPECT_EQ(records.EventsAfter(0, 99).size(), 2U) << "older ones are forgotten";
+  records.Remove(first);
+  EXPECT_EQ(records.EventsAfter(0, 99).size(), 0U) << "of no camera";
 }
 
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {

@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "recorder/records/records.h"
+#include "recorder/records/records_file.h"
+#include "recorder/utility/cause_table.h"
+
+namespace recorder {
+namespace {
+
+/// A clock that once jumped ahead must not cost more than these.
+constexpr int kMostForgottenAtOnce = 100;
+
+std::optional<Outcome> OutcomeNamed(const std::string& name) {
+  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
+  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
+}
+
+/// What the contact before came to; "": there was none. Nothing where there is no such camera of that revision.
+std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::optional<int> revision) {
+  SQLite::Statement query{database,
+                          "SELECT ifnull(cause, ''), revision FROM cameras LEFT JOIN outcomes ON cameraId = id WHERE "
+                          "id = ? AND removedAt IS NULL"};
+  query.bind(1, id);
+  if (!query.executeStep()) return std::nullopt;
+  const bool isCurrent = !revision || *revision == query.getColumn(1).getInt();
+  return isCurrent ? std::optional(query.getColumn(0).getString()) : std::nullopt;
+}
+
+/// The condition that a filter is, for the values that BindFilter binds.
+constexpr char kMatches[] =
+    "(?3 = 0 OR cameraId = ?3) AND at >= ?4 AND (?5 = '' OR cause = ?5) AND cameraId IN (SELECT id FROM cameras WHERE "
+    "removedAt IS NULL)";
+
+std::vector<CameraEvent> EventsOf(SQLite::Statement& query, std::int64_t id, int most, const EventFilter& filter) {
+  SQLite::bind(query, id, most, filter.cameraId.value_or(0), filter.since,
+               filter.cause ? std::string(NameOf(*filter.cause)) : "");
+  std::vector<CameraEvent> events;
+  while (query.executeStep()) {
+    const auto cause = OutcomeNamed(query.getColumn(3).getString());
+    if (!cause) continue;
+    events.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getInt(), query.getColumn(2).getInt64(), *cause,
+                      OutcomeNamed(query.getColumn(4).getString())});
+  }
+  return events;
+}
+
+}  // namespace
+
+void Records::NoteOutcome(int id, const CameraContact& contact) {
+  const std::string name{NameOf(contact.cause)};
+  impl_->Guarded([&] {
+    const auto isNews = [&] {
+      const auto before = CauseBefore(impl_->database, id, contact.revision);
+      return before && *before != name;
+    };
+    if (!isNews()) return;  // without a lock, which others would wait for
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    if (!isNews()) return;
+    impl_->StoreChange(id, contact, name);
+    transaction.commit();
+  });
+}
+
+void Records::Impl::StoreChange(int id, const CameraContact& contact, const std::string& name) {
+  Run("INSERT INTO events (cameraId, at, cause, causeBefore) VALUES (?1, ?2, ?3, ifnull((SELECT cause FROM outcomes "
+      "WHERE cameraId = ?1), ''))",
+      id, contact.at, name);
+  Run("INSERT INTO outcomes VALUES (?1, ?2, ?3, ?4) ON CONFLICT (cameraId) DO UPDATE SET cause = ?2, since = ?3, "
+      "lastSuccess = max(lastSuccess, ?4)",
+      id, name, contact.at, contact.cause == Outcome::kOk ? contact.at : contact.lastSuccess);
+  Run("DELETE FROM events WHERE id IN (SELECT id FROM events WHERE at < ? ORDER BY at LIMIT ?)",
+      contact.at - std::chrono::seconds(kEventsKept).count(), kMostForgottenAtOnce);
+}
+
+std::map<int, CameraOutcome> Records::Outcomes() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT cameraId, cause, since, lastSuccess FROM outcomes JOIN cameras ON id = cameraId "
+                            "WHERE removedAt IS NULL"};
+    std::map<int, CameraOutcome> outcomes;
+    while (query.executeStep()) {
+      const auto cause = OutcomeNamed(query.getColumn(1).getString());
+      if (!cause) continue;
+      outcomes[query.getColumn(0).getInt()] = {*cause, query.getColumn(2).getInt64(), query.getColumn(3).getInt64()};
+    }
+    return outcomes;
+  });
+}
+
+std::vector<CameraEvent> Records::EventsBefore(std::int64_t id, int most, const EventFilter& filter) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            std::string("SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id < ?1 AND ") +
+                                kMatches + " ORDER BY id DESC LIMIT ?2"};
+    return EventsOf(query, id, most, filter);
+  });
+}
+
+std::vector<CameraEvent> Records::EventsAfter(std::int64_t id, int most, const EventFilter& filter) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            std::string("SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id > ?1 AND ") +
+                                kMatches + " ORDER BY id LIMIT ?2"};
+    return EventsOf(query, id, most, filter);
+  });
+}
+
+std::map<int, int> Records::Flips(std::int64_t since) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT cameraId, count(*) FROM events WHERE at >= ? AND causeBefore <> '' GROUP BY "
+                            "cameraId"};
+    query.bind(1, since);
+    std::map<int, int> flips;
+    while (query.executeStep()) flips[query.getColumn(0).getInt()] = query.getColumn(1).getInt();
+    return flips;
+  });
+}
+
+}  // namespace recorder
