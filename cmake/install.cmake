@@ -8,7 +8,7 @@ if(MODULE_ONLY)
 endif()
 
 # The programs find each other beside themselves.
-install(TARGETS recorderctl recorder-login recorder-webapi recorder-media
+install(TARGETS recorderctl recorder-login recorder-webapi recorder-watch recorder-media
   RUNTIME DESTINATION lib/cameracap COMPONENT recorder)
 install(DIRECTORY models page DESTINATION share/cameracap COMPONENT recorder
   PATTERN simcam.json EXCLUDE  # cameras that nobody owns

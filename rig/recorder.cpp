@@ -196,6 +196,7 @@ TestRecorder::TestRecorder(const Options& options) {
   config["logins"]["hashPasses"] = options.hashPasses;
   config["limits"]["testMs"] = options.testMs;
   config["limits"]["pictureMs"] = options.pictureMs;
+  if (options.watchSeconds > 0) config["watch"]["interval"] = options.watchSeconds;
   for (const std::string& range : options.allow) config["addressPolicy"]["allow"].append(range);
   for (const std::string& range : options.deny) config["addressPolicy"]["deny"].append(range);
   for (const std::string& proxy : options.proxies) config["logins"]["proxies"].append(proxy);
@@ -211,6 +212,7 @@ TestRecorder::TestRecorder(const Options& options) {
                                       "serve",
                                       "--workers",
                                       std::to_string(options.workers)};
+  if (options.watchSeconds == 0) command.emplace_back("--no-watch");
   command.insert(command.end(), options.serveArguments.begin(), options.serveArguments.end());
   server_ = std::make_unique<Process>(std::move(command), folder_.Path() / "log");
   const std::string address = server_->ReadLine();  // http://127.0.0.1:PORT/

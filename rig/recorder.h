@@ -116,6 +116,7 @@ class TestRecorder {
     std::vector<std::string> deny = {};
     int hashMemoryMiB = 1;  ///< cheap, since tests log in often
     int hashPasses = 1;
+    int watchSeconds = 0;                   ///< how often stored cameras are checked; 0: never
     std::vector<std::string> proxies = {};  ///< that are believed whom they ask for
     std::vector<std::string> serveArguments = {};
     std::string pageFolder = {};

@@ -21,6 +21,7 @@ namespace {
 constexpr int kVersion = 1;
 constexpr int kShortestLimitMs = 100;
 constexpr int kLongestLimitMs = 300'000;
+constexpr int kLongestIntervalSeconds = 86'400;
 constexpr int kMostHashMemoryMiB = 1024;
 constexpr int kMostHashPasses = 16;
 constexpr auto kDefaultPicture = "../images/add_camera_default.png";
@@ -62,6 +63,12 @@ class Member {
               std::to_string(kLongestLimitMs));
     }
     target = std::chrono::milliseconds(value_.asInt());
+  }
+
+  void Read(std::chrono::seconds& target) const {
+    int seconds = static_cast<int>(target.count());
+    Read(seconds, 1, kLongestIntervalSeconds);
+    target = std::chrono::seconds(seconds);
   }
 
   void Read(std::vector<std::string>& target) const {
@@ -140,6 +147,7 @@ constexpr Setting kSettings[] = {
     {"logins", "proxies", [](const Member& value, Config& config) { value.ReadAddresses(config.proxies); }},
     {"limits", "testMs", [](const Member& value, Config& config) { value.Read(config.limits.test); }},
     {"limits", "pictureMs", [](const Member& value, Config& config) { value.Read(config.limits.picture); }},
+    {"watch", "interval", [](const Member& value, Config& config) { value.Read(config.watchInterval); }},
     {"addressPolicy", "allow", [](const Member& value, Config& config) { value.Read(config.addressPolicy.allow); }},
     {"addressPolicy", "deny", [](const Member& value, Config& config) { value.Read(config.addressPolicy.deny); }},
 };

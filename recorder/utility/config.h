@@ -38,7 +38,8 @@ struct Config {
   CameraLimits limits;
   AddressPolicy addressPolicy;
   HashCost hashCost;
-  std::vector<std::string> proxies;    ///< addresses of web servers in front that are believed whom they ask for
+  std::chrono::seconds watchInterval{300};  ///< between two checks of a stored camera
+  std::vector<std::string> proxies;         ///< addresses of web servers in front that are believed whom they ask for
   std::vector<std::string> hostNames;  ///< names of this server, besides the loopback ones, that requests may go to
 };
 

@@ -100,7 +100,7 @@ export function serve(name, prepare = () => {}) {
   const file = join(folder, `${name}.json`);
   writeFileSync(file, JSON.stringify({ ...config, stateFolder: `state-of-${name}` }));
   prepare();
-  return start("recorderctl", "--config", file, "serve");
+  return start("recorderctl", "--config", file, "serve", "--no-watch");
 }
 
 /** Starts cameras, and gives their ports by name. @param {string} file @param {Record<string, object>} cameras by name */

@@ -16,6 +16,7 @@
 #include "recorder/ctl/serve/served_address.h"
 #include "recorder/ctl/serve/server_errors.h"
 #include "recorder/ctl/serve/trusted_route.h"
+#include "recorder/ctl/serve/watch_process.h"
 #include "recorder/ctl/serve/web_server.h"
 #include "recorder/ctl/serve/worker_pool.h"
 #include "recorder/host/host.h"
@@ -38,6 +39,7 @@ struct ServeOptions {
   std::string certificate;  // PEM file with the certificate chain; "": no TLS
   std::string key;          // PEM file with its key; "": in the same file
   std::string worker;       // program; "": recorder-webapi beside this one
+  bool isWatchless = false;
 
   ListenAddress Address() const {
     return listen.empty() ? ListenAddress{.port = port} : ParseListenAddress(listen).value();
@@ -59,9 +61,9 @@ path WorkerProgram(const ServeOptions& options) {
 }
 
 /// Beside the workers, or else beside this program.
-path LoginProgram(const ServeOptions& options) {
-  const path beside = WorkerProgram(options).parent_path() / "recorder-login";
-  return exists(beside) ? beside : std::filesystem::read_symlink("/proc/self/exe").parent_path() / "recorder-login";
+path ProgramBeside(const ServeOptions& options, const char* name) {
+  const path beside = WorkerProgram(options).parent_path() / name;
+  return exists(beside) ? beside : std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
 }
 
 /// What to serve https with; nothing for http. With --listen alone, the recorder's own is found by itself.
@@ -102,18 +104,22 @@ void Furnish(const RunFolder& run, const Config& config) {
 class Pools {
  public:
   Pools(const RunFolder& run, const ServeOptions& options)
-      : logins_(run / "login.sock", LoginProgram(options), 1),
+      : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1),
         cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers),
-        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers) {}
+        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers) {
+    if (!options.isWatchless) watch_.emplace(ProgramBeside(options, "recorder-watch"));
+  }
 
   void Replenish() {
     for (WorkerPool* pool : {&logins_, &cameraWorkers_, &listWorkers_}) pool->Replenish();
+    if (watch_) watch_->Replenish();
   }
 
  private:
   WorkerPool logins_;
   WorkerPool cameraWorkers_;
   WorkerPool listWorkers_;
+  std::optional<WatchProcess> watch_;
 };
 
 /// Calls `work` now and then, at once when a child ends, until a signal tells the program to end.
@@ -195,6 +201,9 @@ void AddWorkerOptions(CLI::App& command, ServeOptions& options) {
   command.add_option("--worker", options.worker, "program of the workers (default: recorder-webapi beside this one)")
       ->check(CLI::ExistingFile)
       ->envname("RECORDER_WORKER");
+  command.add_flag("--no-watch", options.isWatchless,
+                   "check no stored camera unasked; otherwise each is checked every \"watch.interval\" of the "
+                   "configuration, 5 minutes");
 }
 
 }  // namespace

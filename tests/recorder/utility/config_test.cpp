@@ -41,6 +41,8 @@ const ConfigCase kConfigCases[] = {
     {"FlagIsNull", "true", "null", "cmsHost: must not be null"},
     {"NamesAreOneText", "[\"nvr.example\"]", "\"nvr\"", "hostNames: must be a list"},
     {"LimitTooShort", "2500", "0", "limits.testMs: must be a number of milliseconds from 100"},
+    {"IntervalTooLong", R"("limits": {)", R"("watch": {"interval": 86401}, "limits": {)",
+     "watch.interval: must be a whole number from 1 to 86400"},
     {"LimitUnknown", "testMs", "testMS", "limits.testMS: unknown member"},
     {"NoPageInIt", R"("pageFolder": "page")", R"("pageFolder": "models")", "pageFolder: there is no index.html"},
     {"NoPictureFromThere", "\"workFolder\": \"models\"", "\"workFolder\": \"/\"", "workFolder: there is no ../images"},

@@ -1,0 +1,67 @@
+// recorder-watch: checks the stored cameras one after the other, so that the records tell which are down, why, and
+// since when. One process decides and keeps; copies of it ask the cameras.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "recorder/host/host.h"
+#include "recorder/utility/log.h"
+#include "recorder/utility/service.h"
+#include "recorder/watch/checkers.h"
+#include "recorder/watch/module_work.h"
+#include "recorder/watch/watcher.h"
+
+namespace recorder {
+
+namespace {
+
+/// A call of the module should end within its own limit.
+constexpr std::chrono::seconds kPatience{15};
+/// Changes of the records are heeded after this time.
+constexpr std::chrono::seconds kLookAgain{1};
+
+/// Waits until there is something to do.
+void Wait(const Checkers& checkers, const Watcher& watcher) {
+  auto until = std::min(Clock::now() + kLookAgain, checkers.TakeAt());
+  if (checkers.Free() > 0) until = std::min(until, watcher.NextAt());
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
+  std::vector<pollfd> waited;
+  checkers.AddTo(waited);
+  poll(waited.data(), waited.size(), static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+}
+
+[[noreturn]] void Watch(const Host& host) {
+  Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval);
+  Checkers checkers(ModuleWork(host.module), {.job = host.config.limits.test + kPatience});
+  while (true) {
+    for (const CheckAnswer& answer : checkers.Take()) watcher.End(answer);
+    watcher.Update();
+    while (checkers.Free() > 0 && watcher.StartNext(checkers)) continue;
+    Wait(checkers, watcher);
+  }
+}
+
+}  // namespace
+
+}  // namespace recorder
+
+int main(int argc, char** argv) {
+  using namespace recorder;
+  CLI::App app("Checks the stored cameras, as a process of recorderctl serve.", "recorder-watch");
+  app.set_version_flag("--version", "recorder-watch " PROJECT_VERSION);
+  std::string configFile;
+  app.add_option("--config", configFile,
+                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
+  CLI11_PARSE(app, argc, argv);
+  try {
+    const Host host = StartHost(FindConfigFile(configFile));
+    const ServiceLock lock(host.config.stateFolder);
+    Watch(host);
+  } catch (const std::exception& error) {
+    LogFailure(error.what());
+    return 1;
+  }
+}

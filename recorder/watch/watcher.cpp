@@ -1,0 +1,141 @@
+#include "recorder/watch/watcher.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "recorder/host/stored_call.h"
+#include "recorder/utility/cause_table.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+WatchTime Now() { return std::chrono::duration_cast<WatchTime>(Clock::now().time_since_epoch()); }
+
+/// The moment `seconds` since 1970. The clock of these may have jumped: nothing was in the future, or is older than a
+/// day.
+WatchTime WatchTimeOf(std::int64_t seconds) {
+  constexpr std::int64_t kDay = 86'400;
+  return Now() - std::chrono::seconds(std::clamp(SecondsNow() - seconds, std::int64_t{0}, kDay));
+}
+
+std::optional<Outcome> OutcomeNamed(const std::string& name) {
+  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
+  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
+}
+
+/// A camera with many channels has a record for each, and locks out the user of all of them.
+std::string LoginOf(const CameraRecord& camera) {
+  return NormalizedHost(camera.host) + ' ' + std::to_string(camera.port) + ' ' + camera.user;
+}
+
+}  // namespace
+
+Watcher::Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval)
+    : stateFolder_(std::move(stateFolder)),
+      module_(module),
+      news_(stateFolder_),
+      schedule_(interval),
+      file_(stateFolder_),
+      attempts_(Attempts::Read(stateFolder_)) {}
+
+void Watcher::Update() {
+  constexpr int kRestPerWork = 20;  // of thousands of cameras, somebody's record or outcome changes all the time
+  const auto start = Clock::now();
+  if (start < lookAt_ || !news_.AreThere()) return;
+  Records records(stateFolder_);
+  outcomes_ = records.Outcomes();
+  if (cameras_.empty()) NoteMissed(records);
+  cameras_.clear();
+  for (CameraRecord& camera : records.List()) {
+    if (camera.status != CAM_CONN_STATUS_DISABLED) cameras_.emplace(camera.id, std::move(camera));
+  }
+  std::vector<WatchedCamera> watched;
+  watched.reserve(cameras_.size());
+  for (const auto& [id, camera] : cameras_) watched.push_back(Watched(camera));
+  schedule_.Update(watched, Now());
+  lookAt_ = Clock::now() + kRestPerWork * (Clock::now() - start);
+}
+
+/// The process before may have ended between an answer and its outcome.
+void Watcher::NoteMissed(Records& records) {
+  for (const auto& [id, attempt] : attempts_) {
+    if (!attempt.isAnswered || !attempt.result) continue;
+    const auto outcome = outcomes_.find(id);
+    const bool isKept = outcome != outcomes_.end() &&
+                        (outcome->second.cause == *attempt.result || outcome->second.since >= attempt.answered);
+    if (!isKept) records.NoteOutcome(id, {*attempt.result, attempt.answered, attempt.revision, attempt.lastSuccess});
+  }
+  outcomes_ = records.Outcomes();
+}
+
+WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
+  WatchedCamera watched{.id = camera.id, .revision = camera.revision, .host = camera.host, .login = LoginOf(camera)};
+  if (const auto outcome = outcomes_.find(camera.id); outcome != outcomes_.end()) {
+    watched.cause = outcome->second.cause;
+    watched.since = WatchTimeOf(outcome->second.since);
+  }
+  if (const auto attempt = attempts_.find(camera.id); attempt != attempts_.end()) {
+    watched.attempted = WatchTimeOf(attempt->second.at);
+  }
+  return watched;
+}
+
+bool Watcher::StartNext(Checkers& checkers) {
+  const auto check = schedule_.Next(Now());
+  if (!check) return false;
+  Begin(*check);
+  const ApiCall call = StoredCall(module_, kTestMethod, cameras_.at(check->id));
+  atHand_.emplace(check->id, *check);
+  const bool hasBegun =
+      checkers.Start({.id = static_cast<std::uint64_t>(check->id), .method = kTestMethod, .params = call.params});
+  if (!hasBegun) End({.id = static_cast<std::uint64_t>(check->id), .kind = CheckAnswer::Kind::kDied});
+  return hasBegun;
+}
+
+/// Kept before the camera hears of it.
+void Watcher::Begin(const DueCheck& check) {
+  Attempt& attempt = attempts_[check.id];
+  attempt.revision = check.revision;
+  attempt.at = SecondsNow();
+  attempt.isAnswered = false;
+  file_.Write(check.id, attempt);
+}
+
+Clock::time_point Watcher::NextAt() const {
+  const WatchTime next = schedule_.NextAt();
+  return next == WatchTime::max() ? Clock::time_point::max() : Clock::time_point(next);
+}
+
+void Watcher::End(const CheckAnswer& answer) {
+  const auto atHand = atHand_.extract(static_cast<int>(answer.id));
+  if (atHand.empty()) return;
+  const std::optional<Outcome> cause = OutcomeNamed(answer.causes);
+  const bool isOfUse = schedule_.End(atHand.mapped(), cause, Now());
+  const bool isOfCamera = cause && cause != Outcome::kRecorderFailed && cause != Outcome::kDisabled;
+  if (isOfUse && isOfCamera) Keep(atHand.mapped(), *cause, answer.time);
+}
+
+void Watcher::Keep(const DueCheck& check, Outcome cause, std::chrono::milliseconds time) {
+  Attempt& attempt = attempts_[check.id];
+  attempt.isAnswered = true;
+  attempt.answered = SecondsNow();
+  attempt.time = time;
+  attempt.result = cause;
+  if (cause == Outcome::kOk) attempt.lastSuccess = attempt.answered;
+  file_.Write(check.id, attempt);
+  NoteOutcome(check, cause, attempt);
+}
+
+/// Most checks come to what the one before came to, and so do not open the records.
+void Watcher::NoteOutcome(const DueCheck& check, Outcome cause, const Attempt& attempt) {
+  const auto [outcome, isNew] = outcomes_.try_emplace(check.id);
+  if (!isNew && outcome->second.cause == cause) return;
+  outcome->second.cause = cause;
+  Records(stateFolder_).NoteOutcome(check.id, {cause, attempt.answered, check.revision, attempt.lastSuccess});
+}
+
+}  // namespace recorder

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <unordered_map>
+
+#include "recorder/host/module_library.h"
+#include "recorder/records/attempts.h"
+#include "recorder/records/records.h"
+#include "recorder/watch/checkers.h"
+#include "recorder/watch/records_news.h"
+#include "recorder/watch/schedule.h"
+
+namespace recorder {
+
+/// Watches the stored cameras: lets checkers call "CameraTest" for each that is due, and keeps what that comes to. The
+/// ids of its jobs are those of cameras, so that others of the same checkers have theirs above kMostJobs.
+///
+/// Thread:  one.
+/// Failure: throws RecordsError or std::system_error when something cannot be kept. The process may end at any time: a
+///          check of which no answer is kept is not made again before the camera's turn.
+class Watcher {
+ public:
+  static constexpr std::uint64_t kMostJobs = std::uint64_t{1} << 31U;
+
+  Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval);
+
+  /// Looks whether the records have changed, and takes them over, if that has not just taken long.
+  void Update();
+
+  /// Starts the check that is due, if there is one. False: there is none, or no process to be had.
+  bool StartNext(Checkers& checkers);
+
+  /// When StartNext may start one, if no check ends before.
+  Clock::time_point NextAt() const;
+
+  /// Takes the answer to a job of this one's.
+  void End(const CheckAnswer& answer);
+
+ private:
+  void NoteMissed(Records& records);
+  WatchedCamera Watched(const CameraRecord& camera) const;
+  void Begin(const DueCheck& check);
+  void Keep(const DueCheck& check, Outcome cause, std::chrono::milliseconds time);
+  void NoteOutcome(const DueCheck& check, Outcome cause, const Attempt& attempt);
+
+  const std::filesystem::path stateFolder_;
+  const ModuleLibrary& module_;
+  RecordsNews news_;
+  Clock::time_point lookAt_;
+  Schedule schedule_;
+  Attempts file_;
+  std::map<int, Attempt> attempts_;
+  std::unordered_map<int, CameraRecord> cameras_;
+  std::map<int, CameraOutcome> outcomes_;  // as the records have them
+  std::unordered_map<int, DueCheck> atHand_;
+};
+
+}  // namespace recorder
