@@ -125,7 +125,7 @@ TEST(Decoders, AreNotUsedWithoutTheirSandboxWhereThatIsDemanded) {
 }
 
 TEST(Decoders, AreNoPartOfTheProgramsThatHoldKeys) {
-  for (const std::string program : {"recorder-webapi", "recorderctl"}) {
+  for (const std::string program : {"recorder-webapi", "recorder-watch", "recorderctl"}) {
     const std::string libraries = rig::Run("/usr/bin/ldd", {std::string(PROGRAM_FOLDER "/") + program}).output;
     EXPECT_THAT(libraries, HasSubstr("libcurl"));
     for (const char* decoder : {"libav", "libyuv", "jpeg"}) EXPECT_THAT(libraries, Not(HasSubstr(decoder))) << program;

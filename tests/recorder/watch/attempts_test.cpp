@@ -13,7 +13,8 @@ TEST(Attempts, AreThereForTheNextProcessAndForNobodyElse) {
   const rig::TempFolder folder;
   EXPECT_TRUE(Attempts::Read(folder.Path()).empty());
   const Attempt begun{.revision = 3, .at = 1'700'000'000};
-  const Attempt ended{2, 1'700'000'000, true, 1'700'000'009, std::chrono::milliseconds(8700), Outcome::kLoginRefused, 7};
+  const Attempt ended{2, 1'700'000'000, true, 1'700'000'009, std::chrono::milliseconds(8700), Outcome::kLoginRefused,
+                      7};
   Attempts(folder.Path()).Write(7000, begun);
   Attempts(folder.Path()).Write(1, ended);
   EXPECT_EQ(Attempts::Read(folder.Path()), (std::map<int, Attempt>{{1, ended}, {7000, begun}}));

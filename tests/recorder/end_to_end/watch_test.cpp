@@ -1,0 +1,64 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "recorder/records/records.h"
+#include "rig/cameras.h"
+#include "rig/processes.h"
+
+// What is noticed of stored cameras without anybody asking for them.
+
+using namespace rig;
+using recorder::Outcome;
+
+namespace {
+
+void KillWatch() {
+  const auto processes = Descendants(getpid(), "recorder-watch");
+  ASSERT_FALSE(processes.empty());
+  EXPECT_TRUE(Kill(processes.front())) << "the one that the others are copies of";
+}
+
+/// What a camera came to, one after the other, as soon as there are `count` changes of all cameras, or after 30 s.
+std::map<int, std::vector<Outcome>> WaitForChanges(const TestRecorder& recorder, std::size_t count) {
+  std::vector<recorder::CameraEvent> events;
+  for (int tries = 0; tries < 1500 && events.size() < count; ++tries, usleep(20'000)) {
+    events = recorder::Records(recorder.StateFolder()).EventsAfter(0, 99);
+  }
+  std::map<int, std::vector<Outcome>> causes;
+  for (const recorder::CameraEvent& event : events) causes[event.cameraId].push_back(event.cause);
+  return causes;
+}
+
+}  // namespace
+
+TEST(Watch, TellsWhenACameraGoesAndComesAndTriesARefusedLoginOnceWhateverIsKilled) {
+  using enum Outcome;
+  Json::Value camera = Camera("comes and goes");
+  auto coming = std::make_unique<SimCameras>(List({camera}));
+  const SimCameras others(List({Camera("good"), Faulty("locks", "lockOut")}));
+  const TestRecorder recorder({.watchSeconds = 1});
+  const int port = coming->Port("comes and goes");
+  const int comes = recorder.AddCamera("Simcam", "RTSP-H264", port, "admin", kSecret);
+  const int good = recorder.AddCamera("Simcam", "RTSP-H264", others.Port("good"), "admin", kSecret);
+  const int locks = recorder.AddCamera("Simcam", "RTSP-H264", others.Port("locks"), "admin", "wrong");
+  WaitForChanges(recorder, 3);
+  KillWatch();
+  coming.reset();
+  WaitForChanges(recorder, 4);
+  KillWatch();
+  camera["port"] = port;
+  coming = std::make_unique<SimCameras>(List({camera}));
+  WaitForChanges(recorder, 5);
+  const int asked = others.Log("good")["requestCount"].asInt();
+  for (int tries = 0; tries < 1500 && others.Log("good")["requestCount"].asInt() < 3 * asked; ++tries) usleep(20'000);
+  EXPECT_EQ(WaitForChanges(recorder, 5),
+            (std::map<int, std::vector<Outcome>>{
+                {comes, {kOk, kUnreachable, kOk}}, {good, {kOk}}, {locks, {kLoginRefused}}}));
+  EXPECT_EQ(others.Log("locks")["refusedLogins"], 1);
+}
+
+TEST(Watch, IsLeftOutIfAskedTo) {
+  const TestRecorder recorder({.serveArguments = {"--no-watch"}});
+  EXPECT_TRUE(Descendants(getpid(), "recorder-watch").empty());
+}
