@@ -79,7 +79,9 @@ async function start(program, ...args) {
   const command = ["--pdeathsig", "TERM", join(PROGRAMS, program), ...args];
   const child = spawn("setpriv", command, { stdio: ["ignore", "pipe", "inherit"] });
   const exit = new Promise((done) => child.on("exit", done));
-  endings.unshift(() => child.kill() && exit);
+  const report = (code, signal) => console.error(`${program} ended by itself: ${signal ?? code}`);
+  child.on("exit", report);
+  endings.unshift(() => child.off("exit", report).kill() && exit);
   for await (const line of createInterface(child.stdout)) return line;
   throw new Error(`${program} did not start`);
 }
