@@ -246,7 +246,7 @@ test("of a thousand cameras, stills are asked for in sight alone, four at a time
       most = Math.max(most, ++now);
       ++asked;
       const id = /cameras\/(\d+)/.exec(route.request().url())[1];
-      const box = await page.locator(`a[href="#cameras/${id}"]`).boundingBox();
+      const box = await page.locator(`.camera a[href="#cameras/${id}"]`).boundingBox();
       if (!box || box.y + box.height < -400 || box.y > DESKTOP.height + 400) ++outOfSight;
       await new Promise((done) => setTimeout(done, 50));
       --now;

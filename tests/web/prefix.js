@@ -38,14 +38,14 @@ test("the page works below a prefix that a proxy takes off", async () => {
     await expectText(page, "one-picture-text", /640 × 480/);
     await page.reload();
     await isIn(page);
-    assert.equal(page.url(), at);
+    assert.equal(page.url(), `${at}#one`);
   };
   const byLink = async (page) => {
     await isIn(page);
     assert.equal(page.url(), at, "the code is taken from the address, and nothing else");
   };
   try {
-    await withPage("", work, { at, user: null });
+    await withPage("#one", work, { at, user: null });
     await withPage(new URL(control("", "link", "behind.json").trim()).hash, byLink, { at, user: null });
     assert.deepEqual(beside, []);
   } finally {
