@@ -192,6 +192,7 @@ TestRecorder::TestRecorder(const Options& options) {
   if (!options.pageFolder.empty()) config["pageFolder"] = options.pageFolder;
   config["module"] = kModule.string();
   config["workFolder"] = SOURCE_FOLDER "/models";
+  config["log"] = options.log;
   config["logins"]["hashMemoryMiB"] = options.hashMemoryMiB;
   config["logins"]["hashPasses"] = options.hashPasses;
   config["limits"]["testMs"] = options.testMs;

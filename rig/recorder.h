@@ -120,6 +120,7 @@ class TestRecorder {
     std::vector<std::string> proxies = {};  ///< that are believed whom they ask for
     std::vector<std::string> serveArguments = {};
     std::string pageFolder = {};
+    std::string log = "text";
     /// What is done before it is started, instead of making its user.
     std::function<void(const TestRecorder&)> prepare = &TestRecorder::AddTester;
   };

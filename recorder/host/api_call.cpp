@@ -78,6 +78,11 @@ bool NamesCodec(const ApiCall& call) {
   return call.method->name != kSizeMethod || call.params.isMember("camVdoType");
 }
 
+RungTimes EndedRungs(RequestScope& scope) {
+  scope.Rungs().Enter(Rung::kNone);
+  return scope.Rungs();
+}
+
 /// True when a conversion of `value` to text, number or truth fails by the exception that says `reason`.
 bool FailsLike(const Json::Value& value, const std::string& reason) {
   const auto fails = [&](const auto& convert) {
@@ -145,6 +150,7 @@ ApiAnswer RunCall(const ApiCall& call, OutputCapture& output) {
     answer.kind = ApiAnswer::Kind::kJson;
   }
   answer.causes = CausesOf(call, responseState.data, scope);
+  answer.rungs = EndedRungs(scope);
   return answer;
 }
 

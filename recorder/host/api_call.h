@@ -11,6 +11,7 @@
 #include "platform/webapi.h"
 #include "recorder/host/module_library.h"
 #include "recorder/host/output_capture.h"
+#include "recorder/utility/rung_times.h"
 
 namespace recorder {
 
@@ -37,6 +38,7 @@ struct ApiAnswer {
   std::string parameter = {};
   std::string reason = {};
   std::string causes = {};  ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
+  RungTimes rungs = {};     ///< of a call that went to its end; work of other threads is not in it
 };
 
 /// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard

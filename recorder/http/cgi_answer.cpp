@@ -20,8 +20,8 @@ std::string RawAnswer(const std::string& raw, const std::string& causes) {
   if (headerEnd == std::string::npos) return FailureAnswer(502, "the module's answer has no header lines");
   const bool hasLength = LowerCase("\r\n" + raw.substr(0, headerEnd)).find("\r\ncontent-length:") != std::string::npos;
   const std::size_t size = raw.size() - headerEnd - kHeaderEnd.size();
-  return std::string(kCommonHeaders) + CauseHeader(causes) +
-         (hasLength ? "" : "Content-Length: " + std::to_string(size) + "\r\n") + raw;
+  return CommonHeaders() + CauseHeader(causes) + (hasLength ? "" : "Content-Length: " + std::to_string(size) + "\r\n") +
+         raw;
 }
 
 }  // namespace

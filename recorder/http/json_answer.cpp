@@ -8,9 +8,15 @@ namespace recorder {
 namespace {
 
 /// The first lines of every answer.
-std::string HeadOf(int status) { return "Status: " + std::to_string(status) + "\r\n" + std::string(kCommonHeaders); }
+std::string HeadOf(int status) { return "Status: " + std::to_string(status) + "\r\n" + CommonHeaders(); }
 
 }  // namespace
+
+std::string CommonHeaders() {
+  constexpr char kSafe[] = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
+  const std::string id = RequestInLog::Current();
+  return kSafe + (id.empty() ? "" : "X-Request-Id: " + id + "\r\n");
+}
 
 std::string JsonTextAnswer(int status, std::string_view text, std::string_view headers) {
   std::string answer = HeadOf(status);

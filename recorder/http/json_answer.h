@@ -12,8 +12,9 @@ namespace recorder {
 
 // Answers as a CGI program gives them (RFC 3875 section 6): header lines, an empty line, the body.
 
-/// An answer may hold a picture of somebody's home: nothing on the way keeps it, and no browser takes it for a script.
-inline constexpr std::string_view kCommonHeaders = "Cache-Control: no-store\r\nX-Content-Type-Options: nosniff\r\n";
+/// Header lines of every answer. One may hold a picture of somebody's home: nothing on the way keeps it, and no browser
+/// takes it for a script. By its id the request is found in the log.
+std::string CommonHeaders();
 
 /// `headers`: more header lines, each with its end. `text` is that of the JSON.
 std::string JsonTextAnswer(int status, std::string_view text, std::string_view headers = {});

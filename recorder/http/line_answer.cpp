@@ -13,7 +13,7 @@ std::string LineOf(const Json::Value& json) { return ToText(json) + '\n'; }
 }  // namespace
 
 bool LineAnswer::Tell(const Json::Value& line) {
-  const std::string head = hasBegun_ ? "" : std::string(kCommonHeaders) + kHead;
+  const std::string head = hasBegun_ ? "" : CommonHeaders() + kHead;
   hasBegun_ = true;
   return send_(head + LineOf(line));
 }

@@ -2,10 +2,12 @@
 
 #include "recorder/access/granting.h"
 #include "recorder/http/own_route.h"
+#include "recorder/http/request_id.h"
 #include "recorder/login/handlers.h"
 #include "recorder/login/noting.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/limits.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -49,11 +51,12 @@ std::optional<Caller> FindCaller(LoginService& service, const HttpRequest& reque
   return Caller{grant->user, grant->role, grant};
 }
 
-OwnAnswer Handle(LoginService& service, const HttpRequest& http) {
+OwnAnswer Handle(LoginService& service, const HttpRequest& http, RequestNote& note) {
   CheckSameSite(http, service.config.hostNames);
   OwnRequest request{http, {}};
   const Route& route = FindRoute(kRoutes, http, request.name);
   if (route.need != Need::kNothing) request.caller = FindCaller(service, http);
+  if (request.caller) note.user = request.caller->user;
   Admit(request, route.need);
   request.params = ReadJsonBody(http);
   return route.handler(service, request);
@@ -90,17 +93,19 @@ TimedAnswer Answered(const HttpRequest& request, Work work) {
 
 std::size_t LargestLoginBody(std::string_view /*path*/) { return kLargestBody; }
 
-TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request) {
-  return Answered(request, [&] { return ToCgi(Handle(service, request)); });
+TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request, RequestNote& note) {
+  return Answered(request, [&] { return ToCgi(Handle(service, request, note)); });
 }
 
-TimedAnswer Authorize(LoginService& service, const HttpRequest& request) {
+TimedAnswer Authorize(LoginService& service, const HttpRequest& request, RequestNote& note) {
   return Answered(request, [&] {
     const Caller caller = CheckedBasic(service, request);
     if (caller.user.empty() || Trimmed(caller.user) != caller.user)
       throw NotLoggedIn(request);  // of a file made by hand
+    note.isPassedOn = true;
     return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user +
-           "\r\nVariable-REMOTE_ROLE: " + std::string(NameOf(caller.role)) + "\r\n\r\n";
+           "\r\nVariable-REMOTE_ROLE: " + std::string(NameOf(caller.role)) + "\r\nVariable-" + kRequestIdVariable +
+           ": " + RequestInLog::Current() + "\r\n\r\n";
   });
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "recorder/http/request_note.h"
 #include "recorder/login/login_service.h"
 
 namespace recorder {
@@ -16,11 +17,11 @@ struct TimedAnswer {
   bool isLate = false;  ///< to be held back for a moment: a password came that was not looked at
 };
 
-/// Answers a request below /recorder/1/. Any thread.
-TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request);
+/// Answers a request below /recorder/1/ and notes who asks. Any thread.
+TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request, RequestNote& note);
 
 /// Answers the web server whether a request with name and password may go on (FastCGI 1.0, section 6.3): it hands the
-/// user and his role to whoever serves that then. Any thread.
-TimedAnswer Authorize(LoginService& service, const HttpRequest& request);
+/// user, his role and the request's id to whoever serves that then. Any thread.
+TimedAnswer Authorize(LoginService& service, const HttpRequest& request, RequestNote& note);
 
 }  // namespace recorder

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "recorder/http/json_answer.h"
+#include "recorder/http/request_id.h"
+#include "recorder/http/request_note.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/login/late_answers.h"
 #include "recorder/login/login_answer.h"
@@ -29,14 +31,22 @@ namespace {
 /// or token.
 constexpr int kThreads = 16;
 
-TimedAnswer Answer(LoginService& service, FCGX_Request& request) try {
-  const Exchange exchange = FastCgiExchange(request);
+TimedAnswer AnswerTo(LoginService& service, const Exchange& exchange, RequestNote& note) try {
   const char* role = exchange.variable("FCGI_ROLE");
   const bool isAuthorizer = role != nullptr && std::string_view(role) == "AUTHORIZER";
   const HttpRequest http = ReadHttpRequest(exchange.variable, LargestLoginBody, exchange.readBody);
-  return isAuthorizer ? Authorize(service, http) : AnswerLogin(service, http);
+  return isAuthorizer ? Authorize(service, http, note) : AnswerLogin(service, http, note);
 } catch (const HttpError& error) {
   return {ToCgi(Refusal(error))};
+}
+
+TimedAnswer Answer(LoginService& service, FCGX_Request& request) {
+  const Exchange exchange = FastCgiExchange(request);
+  RequestNote note = NoteOf(exchange);
+  const RequestInLog named(RequestIdOf(exchange.variable), RequestInLog::Entries::kOfThread);
+  TimedAnswer answer = AnswerTo(service, exchange, note);
+  if (!note.isPassedOn) LogRequest(note, answer.text);
+  return answer;
 }
 
 /// Another process is started then, with all its threads.

@@ -82,6 +82,7 @@ recorder::Outcome RtpFetch::Impl::Open() {
   search.emplace([this](std::span<const std::uint8_t> packet) { client->SendControl(packet); });
   if (const Outcome outcome = client->Describe(); outcome != Outcome::kOk) return outcome;
   if (const Outcome outcome = OpenSearch(); outcome != Outcome::kOk) return outcome;
+  recorder::RequestScope::Current().Rungs().Enter(recorder::Rung::kKeyFrame);
   const auto asked = recorder::Clock::now();
   if (const Outcome outcome = client->Setup(); outcome != Outcome::kOk) return outcome;
   requests = recorder::KeyFramePace(recorder::Clock::now() - asked);
@@ -129,7 +130,11 @@ recorder::Outcome RtpFetch::Impl::ReadUnits() {
 /// Takes the part, if there is one. kNotUnderstood: no JPEG can be made of such pictures.
 recorder::Outcome RtpFetch::Impl::Look() {
   using State = recorder::KeyFrameSearch::State;
-  switch (search->Look(recorder::Clock::now() >= started + recorder::kKeyFramePatience)) {
+  recorder::RungTimes& rungs = recorder::RequestScope::Current().Rungs();
+  rungs.Enter(recorder::Rung::kDecode);
+  const State state = search->Look(recorder::Clock::now() >= started + recorder::kKeyFramePatience);
+  rungs.Enter(recorder::Rung::kKeyFrame);
+  switch (state) {
     case State::kPicture:
       part = search->TakePicture();
       break;
@@ -190,6 +195,7 @@ RtpFetch::~RtpFetch() = default;
 int RtpFetch::NextPartInfo(unsigned int& partNumber, char* /*header*/, unsigned int /*headerSize*/, int& headerLength) {
   headerLength = 0;  // a part of RTP has no textual header
   const recorder::Outcome outcome = impl->NextPart();
+  recorder::RequestScope::Current().Rungs().Enter(recorder::Rung::kNone);
   // Until a picture is made of it, a part is no picture.
   recorder::RequestScope::Current().SetCause(outcome == recorder::Outcome::kOk ? recorder::Outcome::kNotUnderstood
                                                                                : outcome);

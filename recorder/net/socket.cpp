@@ -82,6 +82,24 @@ Outcome ConnectToAddress(const addrinfo& address, Clock::time_point deadline, Fi
   return Outcome::kOk;
 }
 
+Outcome ConnectToAny(const std::string& host, int port, Clock::time_point deadline, FileDescriptor& connection) {
+  AddressList addresses;
+  if (const Outcome outcome = Resolve(host, port, deadline, addresses); outcome != Outcome::kOk) return outcome;
+  int left = 0;
+  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) ++left;
+
+  Outcome failure = Outcome::kBlocked;
+  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next, --left) {
+    // A silent address gets its share of the time, so that the next one has a chance.
+    const Clock::time_point now = Clock::now();
+    const Outcome outcome = ConnectToAddress(*address, now + (deadline - now) / left, connection);
+    if (outcome == Outcome::kOk) return outcome;
+    const bool tellsMore = outcome == Outcome::kTimedOut || failure == Outcome::kBlocked;
+    if (tellsMore) failure = outcome;
+  }
+  return failure;
+}
+
 /// What the system tells of a connection, as far as the member of `size` bytes at `offset`.
 std::optional<tcp_info> InfoOf(int connection, std::size_t offset, std::size_t size) {
   tcp_info info{};
@@ -111,21 +129,11 @@ Outcome EndOfConnecting(const FileDescriptor& connection) {
 }
 
 Outcome ConnectTo(const std::string& host, int port, Clock::time_point deadline, FileDescriptor& connection) {
-  AddressList addresses;
-  if (const Outcome outcome = Resolve(host, port, deadline, addresses); outcome != Outcome::kOk) return outcome;
-  int left = 0;
-  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) ++left;
-
-  Outcome failure = Outcome::kBlocked;
-  for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next, --left) {
-    // A silent address gets its share of the time, so that the next one has a chance.
-    const Clock::time_point now = Clock::now();
-    const Outcome outcome = ConnectToAddress(*address, now + (deadline - now) / left, connection);
-    if (outcome == Outcome::kOk) return outcome;
-    const bool tellsMore = outcome == Outcome::kTimedOut || failure == Outcome::kBlocked;
-    if (tellsMore) failure = outcome;
-  }
-  return failure;
+  RungTimes& rungs = RequestScope::Current().Rungs();
+  rungs.Enter(Rung::kConnect);
+  const Outcome outcome = ConnectToAny(host, port, deadline, connection);
+  rungs.Enter(Rung::kDescribe);
+  return outcome;
 }
 
 std::uint64_t BytesReceived(int connection) {

@@ -17,6 +17,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/outcome.h"
+#include "recorder/utility/rung_times.h"
 
 namespace recorder {
 
@@ -144,6 +145,9 @@ class RequestScope {
   /// What SetCause was told, if it was.
   std::optional<Outcome> Cause() const { return cause_; }
 
+  /// The times of the work of this thread, for the log.
+  RungTimes& Rungs() { return rungs_; }
+
   /// The cameras that other threads worked for while this scope was the request's, and how that ended. Complete for
   /// threads that have ended.
   std::vector<RowReport> Reports() const { return reports_->All(); }
@@ -171,6 +175,7 @@ class RequestScope {
   bool takesAnyCodec_ = false;
   CameraEntry camera_;
   std::optional<Outcome> cause_;
+  RungTimes rungs_;
   std::shared_ptr<RowReports> reports_;  // of the request, also for a thread's scope
   bool isOfThread_ = false;
   RequestScope* previous_;

@@ -12,6 +12,7 @@
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
 
 namespace recorder {
@@ -88,6 +89,12 @@ class Member {
     target = value_.asInt();
   }
 
+  void Read(LogFormat& target) const {
+    if (value_.isNull()) return;
+    if (value_ != "text" && value_ != "json") Mistake("must be \"text\" or \"json\"");
+    target = value_ == "json" ? LogFormat::kJson : LogFormat::kText;
+  }
+
   void ReadAddresses(std::vector<std::string>& target) const {
     Read(target);
     for (const std::string& text : target) {
@@ -139,6 +146,7 @@ constexpr Setting kSettings[] = {
     {"", "pageFolder", [](const Member& value, Config& config) { value.Read(config.pageFolder); }},
     {"", "cmsHost", [](const Member& value, Config& config) { value.Read(config.cmsHost); }},
     {"", "demandSandbox", [](const Member& value, Config& config) { value.Read(config.demandSandbox); }},
+    {"", "log", [](const Member& value, Config& config) { value.Read(config.log); }},
     {"", "hostNames", [](const Member& value, Config& config) { value.Read(config.hostNames); }},
     {"logins", "hashMemoryMiB",
      [](const Member& value, Config& config) { value.Read(config.hashCost.memoryMiB, 1, kMostHashMemoryMiB); }},
@@ -236,6 +244,7 @@ Config LoadConfig(const fs::path& file) {
 void UseConfig(const Config& config) {
   PrepareSodium();
   currentConfig = config;
+  SetLogFormat(config.log);
   SetAddressPolicy(config.addressPolicy);
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "recorder/utility/address_policy.h"
+#include "recorder/utility/log_format.h"
 
 namespace recorder {
 
@@ -35,6 +36,7 @@ struct Config {
   std::filesystem::path pageFolder;    ///< the page for people, served beside the API; "": none
   bool cmsHost = false;                ///< this recorder manages a group of recording servers
   bool demandSandbox = false;          ///< no picture is decoded where parts of the decoder's sandbox are missing
+  LogFormat log = LogFormat::kText;
   CameraLimits limits;
   AddressPolicy addressPolicy;
   HashCost hashCost;

@@ -21,6 +21,8 @@
 #include "recorder/http/cgi_answer.h"
 #include "recorder/http/fastcgi.h"
 #include "recorder/http/line_answer.h"
+#include "recorder/http/request_id.h"
+#include "recorder/http/request_note.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/own/own_answer.h"
@@ -60,40 +62,60 @@ Caller FindCaller(const HttpRequest& request, GrantList& grants) {
 }
 
 /// What the module answers.
-std::string Called(const ApiCall& call, OutputCapture& output) {
+std::string Called(const ApiCall& call, OutputCapture& output, RequestNote& note) {
   const ApiAnswer answer = RunCall(call, output);
+  note.cause = answer.causes;
+  note.rungs = answer.rungs;
   if (!TakesList(call.method->name)) return ToCgi(answer);
   EndSpareMedia();
   GiveMemoryBack();
   return ToCgi(answer);
 }
 
+/// The cause of a failure at a camera; "" for none.
+std::string CauseIn(const OwnAnswer& answer) {
+  const Json::Value& json = answer.json;
+  return json.isObject() && json["error"].isObject() ? json["error"]["cause"].asString() : "";
+}
+
 /// What is left to be sent of what the recorder itself answers.
-std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const OwnTools& tools) {
-  std::string rest = tools.lines.Rest(AnswerOwn(request, caller, tools));
+std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const OwnTools& tools, RequestNote& note) {
+  const OwnAnswer answer = AnswerOwn(request, caller, tools);
+  note.cause = CauseIn(answer);
+  std::string rest = tools.lines.Rest(answer);
   GiveMemoryBack();
   return rest;
 }
 
 /// What is left to be sent of the answer. Throws HttpError.
-std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output, LineAnswer& lines) {
+std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output, LineAnswer& lines,
+                     RequestNote& note) {
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
+  if (caller) note.user = caller->user;
   CheckSameSite(request, host.config.hostNames);
-  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output});
-  return Called(ToApiCall(request, host.module, caller.has_value()), output);
+  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output}, note);
+  return Called(ToApiCall(request, host.module, caller.has_value()), output, note);
 }
 
-std::string Answer(const Exchange& exchange, const Host& host, OutputCapture& output) {
+std::string AnswerOrRefusal(const Exchange& exchange, const Host& host, OutputCapture& output, RequestNote& note) {
   LineAnswer lines(exchange.send);
   try {
     LearnOwnPort(exchange.variable("SERVER_PORT"));
-    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output, lines);
+    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output, lines, note);
   } catch (const std::exception& error) {
     return lines.Rest(Refusal(error));
   }
+}
+
+std::string Answer(const Exchange& exchange, const Host& host, OutputCapture& output) {
+  RequestNote note = NoteOf(exchange);
+  const RequestInLog named(RequestIdOf(exchange.variable), RequestInLog::Entries::kOfProcess);
+  std::string answer = AnswerOrRefusal(exchange, host, output, note);
+  LogRequest(note, answer);
+  return answer;
 }
 
 /// Of a heap of its own, which each thread of a list would have, GiveMemoryBack does not reach the end. What a picture

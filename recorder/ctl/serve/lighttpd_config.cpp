@@ -176,12 +176,12 @@ std::string OwnPaths(std::span<const std::string_view> paths) {
   return text;
 }
 
-/// Proxies are believed by their address alone.
+/// Proxies are believed by their address alone. The server tells programs of that if it has mod_proxy (kProxyVariable).
 std::string ForwardedConfig(const std::vector<std::string>& proxies) {
   if (proxies.empty()) return "";
   std::string trusted;
   for (const std::string& proxy : proxies) trusted += (trusted.empty() ? "\"" : ", \"") + proxy + "\" => \"trust\"";
-  return "server.modules += ( \"mod_extforward\" )\nextforward.headers = ( \"X-Forwarded-For\" )\n"
+  return "server.modules += ( \"mod_proxy\", \"mod_extforward\" )\nextforward.headers = ( \"X-Forwarded-For\" )\n"
          "extforward.forwarder = ( " +
          trusted + " )\n";
 }

@@ -73,6 +73,7 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
   if (outcome != Outcome::kOk || isStalePerhaps) return outcome;
   if (OutcomeOfHttp(transfer_.Status()) == Outcome::kLoginRefused) return Outcome::kLoginRefused;
   login_ = Login::kAccepted;
+  RequestScope::Current().Rungs().Enter(Rung::kDescribe);
   if (OutcomeOfHttp(transfer_.Status()) == Outcome::kOk) LoginWorked(camera_, challenge_->method);
   return outcome;
 }
@@ -80,7 +81,7 @@ Outcome HttpConversation::Transfer(const OutgoingRequest& request, Clock::time_p
 /// "" for none; nothing where there should be one and cannot.
 std::optional<std::string> HttpConversation::Authorization(const OutgoingRequest& request) {
   if (!challenge_) return "";
-  ++nonce_.count;
+  if (++nonce_.count == 1) RequestScope::Current().Rungs().Enter(Rung::kLogin);
   return MakeAuthorization(camera_, *challenge_, request.isPost ? "POST" : "GET", request.path, nonce_);
 }
 

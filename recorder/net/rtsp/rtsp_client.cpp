@@ -164,6 +164,7 @@ bool RtspClient::MayLogIn(LoginMethod method) { return recorder::MayLogIn(addres
 
 std::optional<std::string> RtspClient::Authorization(const LoginChallenge& challenge, std::string_view method,
                                                      std::string_view uri, unsigned int use) {
+  if (method == "DESCRIBE") RequestScope::Current().Rungs().Enter(Rung::kLogin);
   return MakeAuthorization(address_, challenge, method, uri, {MakeClientNonce(), use});
 }
 

@@ -39,6 +39,7 @@ const ConfigCase kConfigCases[] = {
     {"MemberTwice", "\"cmsHost\": true", "\"cmsHost\": true, \"cmsHost\": false", "Duplicate key"},
     {"FlagIsText", "true", "\"true\"", "cmsHost: must be true or false"},
     {"FlagIsNull", "true", "null", "cmsHost: must not be null"},
+    {"LogIsOther", R"("version": 1)", R"("version": 1, "log": "xml")", "log: must be \"text\" or \"json\""},
     {"NamesAreOneText", "[\"nvr.example\"]", "\"nvr\"", "hostNames: must be a list"},
     {"LimitTooShort", "2500", "0", "limits.testMs: must be a number of milliseconds from 100"},
     {"IntervalTooLong", R"("limits": {)", R"("watch": {"interval": 86401}, "limits": {)",

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "recorder/http/exchange.h"
+#include "recorder/utility/clock.h"
+#include "recorder/utility/rung_times.h"
+
+namespace recorder {
+
+/// What one request came to, for its line in the log.
+struct RequestNote {
+  std::string method;      ///< of the API, such as "CameraTest"; else verb and address, without the query
+  std::string user = {};   ///< "": none, or not known
+  std::string cause = {};  ///< as the header Recorder-Cause has it; "": none
+  RungTimes rungs = {};
+  bool isPassedOn = false;  ///< another process goes on with it, and writes its line
+  Clock::time_point begin = Clock::now();
+};
+
+/// The note of a request that begins.
+RequestNote NoteOf(const Exchange& exchange);
+
+/// Writes the line of a request whose answer is `answer`, as a CGI program gives it, or what is left of that.
+void LogRequest(const RequestNote& note, std::string_view answer);
+
+}  // namespace recorder
