@@ -11,6 +11,7 @@
 #include "recorder/ctl/completion_command.h"
 #include "recorder/ctl/discover_command.h"
 #include "recorder/ctl/find_command.h"
+#include "recorder/ctl/health_command.h"
 #include "recorder/ctl/link_command.h"
 #include "recorder/ctl/measure_command.h"
 #include "recorder/ctl/models_command.h"
@@ -31,6 +32,7 @@ constexpr int kWrongUsage = 2;
 void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddCallCommands(app, configOption);
   recorder::AddServeCommand(app, configOption);
+  recorder::AddHealthCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
   recorder::AddStoredCallCommands(app, configOption);

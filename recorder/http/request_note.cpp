@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "recorder/http/counts.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
@@ -51,9 +52,28 @@ std::string Folded(const std::string& cause) {
   return text;
 }
 
-template <class Duration>
-long MillisecondsOf(Duration duration) {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(duration).count();
+long MillisecondsOf(std::chrono::microseconds time) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
+
+void Count(const RequestNote& note, long status, std::chrono::microseconds time) {
+  Counts& counts = SharedCounts();
+  counts.AddRequest(note.method, status, time);
+  const auto keyFrame = note.rungs.Of(Rung::kKeyFrame);
+  if (keyFrame.count() > 0) counts.keyFrames.Add(keyFrame);
+}
+
+void Log(const RequestNote& note, long status, std::chrono::microseconds time) {
+  std::vector<LogField> fields = {{"method", note.method}, {"status", status}};
+  if (!note.user.empty()) fields.emplace_back("user", note.user);
+  if (!note.cause.empty()) fields.emplace_back("cause", Folded(note.cause));
+  fields.emplace_back("ms", MillisecondsOf(time));
+  for (int i = 1; i < static_cast<int>(Rung::kCount); ++i) {
+    const auto rung = static_cast<Rung>(i);
+    const auto part = note.rungs.Of(rung);
+    if (part.count() > 0) fields.emplace_back(NameOf(rung), MillisecondsOf(part));
+  }
+  LogNote("request", fields);
 }
 
 }  // namespace
@@ -62,17 +82,12 @@ RequestNote NoteOf(const Exchange& exchange) {
   return {.method = MethodOf(VariableOf(exchange, "REQUEST_METHOD"), PathOf(exchange))};
 }
 
-void LogRequest(const RequestNote& note, std::string_view answer) {
-  std::vector<LogField> fields = {{"method", note.method}, {"status", StatusOf(answer)}};
-  if (!note.user.empty()) fields.emplace_back("user", note.user);
-  if (!note.cause.empty()) fields.emplace_back("cause", Folded(note.cause));
-  fields.emplace_back("ms", MillisecondsOf(Clock::now() - note.begin));
-  for (int i = 1; i < static_cast<int>(Rung::kCount); ++i) {
-    const auto rung = static_cast<Rung>(i);
-    const auto time = note.rungs.Of(rung);
-    if (time.count() > 0) fields.emplace_back(NameOf(rung), MillisecondsOf(time));
-  }
-  LogNote("request", fields);
+void TakeDown(const RequestNote& note, std::string_view answer) {
+  const long status = StatusOf(answer);
+  if (note.isQuiet && status == 200) return;
+  const auto time = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - note.begin);
+  Count(note, status, time);
+  Log(note, status, time);
 }
 
 }  // namespace recorder

@@ -102,7 +102,7 @@ TimedAnswer Authorize(LoginService& service, const HttpRequest& request, Request
     const Caller caller = CheckedBasic(service, request);
     if (caller.user.empty() || Trimmed(caller.user) != caller.user)
       throw NotLoggedIn(request);  // of a file made by hand
-    note.isPassedOn = true;
+    note.isQuiet = true;
     return "Status: 200\r\nVariable-REMOTE_USER: " + caller.user +
            "\r\nVariable-REMOTE_ROLE: " + std::string(NameOf(caller.role)) + "\r\nVariable-" + kRequestIdVariable +
            ": " + RequestInLog::Current() + "\r\n\r\n";

@@ -7,6 +7,7 @@
 
 #include "recorder/access/grant.h"
 #include "recorder/access/password_hash.h"
+#include "recorder/http/counts.h"
 #include "recorder/http/http_request.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
@@ -100,6 +101,7 @@ void LoginCheck::Refuse(const PasswordLogin& login) {
     const std::lock_guard lock(mutex_);
     pauses_.AddFailure(login.user, login.address, Clock::now());
   }
+  ++SharedCounts().refusedLogins;
   LogFailure("Login of \"" + NameForLog(login.user) + "\" from " + login.address + " failed.");
   throw HttpError(401, "the user or the password is wrong");
 }

@@ -45,7 +45,7 @@ TimedAnswer Answer(LoginService& service, FCGX_Request& request) {
   RequestNote note = NoteOf(exchange);
   const RequestInLog named(RequestIdOf(exchange.variable), RequestInLog::Entries::kOfThread);
   TimedAnswer answer = AnswerTo(service, exchange, note);
-  if (!note.isPassedOn) LogRequest(note, answer.text);
+  TakeDown(note, answer.text);
   return answer;
 }
 

@@ -19,12 +19,15 @@
 #include "recorder/http/api_request.h"
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
+#include "recorder/http/counts.h"
 #include "recorder/http/fastcgi.h"
 #include "recorder/http/line_answer.h"
+#include "recorder/http/own_route.h"
 #include "recorder/http/request_id.h"
 #include "recorder/http/request_note.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
+#include "recorder/own/health.h"
 #include "recorder/own/own_answer.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/clock.h"
@@ -56,7 +59,10 @@ Caller FindCaller(const HttpRequest& request, GrantList& grants) {
     return {.user = request.remoteUser, .role = ParseRole(request.remoteRole).value_or(Role::kUser)};
   }
   const std::optional<Grant> grant = FindGrant(request, grants);
-  if (!grant) throw NotLoggedIn(request);
+  if (!grant) {
+    ++SharedCounts().refusedLogins;
+    throw NotLoggedIn(request);
+  }
   if (IsUseToBeNoted(*grant, SecondsNow())) SendUseNote(grant->id);
   return {.user = grant->user, .role = grant->role, .grant = grant};
 }
@@ -87,11 +93,19 @@ std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const 
   return rest;
 }
 
+/// What programs are told that watch the recorder. Throws HttpError.
+std::string AnswerWatcher(const HttpRequest& request, const Config& config) {
+  if (request.method != "GET") throw NoSuchRoute("GET");
+  return ToCgi(request.path == "/healthz" ? AnswerAlive() : AnswerReady(config));
+}
+
 /// What is left to be sent of the answer. Throws HttpError.
 std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output, LineAnswer& lines,
                      RequestNote& note) {
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
+  note.isQuiet = IsForWatchers(request.path);
+  if (note.isQuiet) return AnswerWatcher(request, host.config);
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   if (caller) note.user = caller->user;
@@ -114,7 +128,7 @@ std::string Answer(const Exchange& exchange, const Host& host, OutputCapture& ou
   RequestNote note = NoteOf(exchange);
   const RequestInLog named(RequestIdOf(exchange.variable), RequestInLog::Entries::kOfProcess);
   std::string answer = AnswerOrRefusal(exchange, host, output, note);
-  LogRequest(note, answer);
+  TakeDown(note, answer);
   return answer;
 }
 
@@ -144,6 +158,7 @@ void ServeFastCgi(const Host& host) {
   std::signal(SIGTERM, SIG_DFL);
   OutputCapture output;
   while (FCGX_Accept_r(&request) == 0) {
+    const BusyMark busy;
     Send(Answer(FastCgiExchange(request), host, output), request);
     FCGX_Finish_r(&request);
   }

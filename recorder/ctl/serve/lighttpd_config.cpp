@@ -26,6 +26,7 @@ namespace {
 /// hold a password, such as one that was joined of two, only recorder-login gets to know.
 /// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
 /// A browser may keep its lists that hold nothing about anybody or any camera, if it asks anew.
+/// Whoever watches the recorder asks workers that wait for no camera; they decide who may.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -138,9 +139,9 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"HEADERS_OF_DATA", R"("X-Content-Type-Options" => "nosniff", "Referrer-Policy" => "no-referrer",
   "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'")"},
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
-    {"API_ADDRESSES", "^/(api|recorder/[0-9]+|trusted)(/|$)"},
+    {"API_ADDRESSES", "^/((api|recorder/[0-9]+|trusted)(/|$)|(healthz|readyz)$)"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
-    {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS))$"},
+    {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|healthz|readyz)$"},
 };
 
 constexpr char kStripScript[] = R"(

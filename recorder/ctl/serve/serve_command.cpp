@@ -11,18 +11,22 @@
 
 #include "recorder/access/users.h"
 #include "recorder/ctl/certificate_files.h"
+#include "recorder/ctl/health_question.h"
 #include "recorder/ctl/serve/listen_address.h"
 #include "recorder/ctl/serve/run_folder.h"
 #include "recorder/ctl/serve/served_address.h"
 #include "recorder/ctl/serve/server_errors.h"
 #include "recorder/ctl/serve/trusted_route.h"
 #include "recorder/ctl/serve/watch_process.h"
+#include "recorder/ctl/serve/watchdog.h"
 #include "recorder/ctl/serve/web_server.h"
 #include "recorder/ctl/serve/worker_pool.h"
 #include "recorder/host/host.h"
+#include "recorder/http/counts.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 
@@ -104,9 +108,10 @@ void Furnish(const RunFolder& run, const Config& config) {
 class Pools {
  public:
   Pools(const RunFolder& run, const ServeOptions& options)
-      : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1),
-        cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers),
-        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers) {
+      : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1, SharedCounts().logins),
+        cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers,
+                       SharedCounts().cameraWorkers),
+        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers) {
     if (!options.isWatchless) watch_.emplace(ProgramBeside(options, "recorder-watch"));
   }
 
@@ -131,6 +136,13 @@ void RepeatUntilSignal(const sigset_t& signals, Work work) {
   }
 }
 
+/// Whoever waits for the watchdog does not hear why not.
+bool IsAlive(const std::string& address) {
+  const std::string reason = WhyNotAlive(address);
+  if (!reason.empty()) LogFailure("The web server does not answer: " + reason + ".");
+  return reason.empty();
+}
+
 void Serve(const ServeOptions& options, const std::string& configOption) {
   const sigset_t signals = BlockSignals();
   const path configFile = FindConfigFile(configOption);
@@ -145,12 +157,14 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   const RunFolder run;
   Furnish(run, config);
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
+  MakeCounts(run / "counts");
   setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
   Pools pools(run, options);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
   address.port = server.Port();
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
+  const Watchdog watchdog([&] { return IsAlive(served.LocalText()); });
   std::cout << served.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {
@@ -193,10 +207,10 @@ void AddTlsOptions(CLI::App& command, ServeOptions& options) {
 
 void AddWorkerOptions(CLI::App& command, ServeOptions& options) {
   command.add_option("--workers", options.cameraWorkers, "worker processes for methods that wait for cameras")
-      ->check(CLI::Range(1, 64))
+      ->check(CLI::Range(std::size_t{1}, kMostWorkers))
       ->capture_default_str();
   command.add_option("--list-workers", options.listWorkers, "worker processes for all other methods")
-      ->check(CLI::Range(1, 64))
+      ->check(CLI::Range(std::size_t{1}, kMostWorkers))
       ->capture_default_str();
   command.add_option("--worker", options.worker, "program of the workers (default: recorder-webapi beside this one)")
       ->check(CLI::ExistingFile)

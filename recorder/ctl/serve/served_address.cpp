@@ -1,5 +1,6 @@
 #include "recorder/ctl/serve/served_address.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <system_error>
 
@@ -27,15 +28,35 @@ std::string HostToAsk(const ListenAddress& address, const std::vector<std::strin
   return address.IsEveryAddress() ? AnyOwnAddress(address.host == "::") : address.host;
 }
 
+/// Where the server listens on this machine.
+std::string OwnHost(const ListenAddress& address) {
+  if (!address.IsEveryAddress()) return address.host;
+  return address.host == "::" ? "::1" : "127.0.0.1";
+}
+
+std::string TextOf(const ListenAddress& address, bool hasTls, const std::string& host) {
+  return (hasTls ? "https://" : "http://") + WithBrackets(host) + ":" + std::to_string(address.port) + "/";
+}
+
+/// The two texts, in a line each.
+std::vector<std::string> ReadTexts(const std::filesystem::path& stateFolder) {
+  if (!std::filesystem::exists(FileIn(stateFolder)) || !IsServiceRunning(stateFolder)) {
+    throw std::runtime_error("the recorder does not run: recorderctl serve starts it");
+  }
+  const std::string text = ReadFile(FileIn(stateFolder));
+  const std::size_t end = std::min(text.find('\n'), text.size());
+  return {text.substr(0, end), text.substr(std::min(end + 1, text.size()))};
+}
+
 }  // namespace
 
 ServedAddress::ServedAddress(const std::filesystem::path& stateFolder, const ListenAddress& address, bool hasTls,
                              const std::vector<std::string>& hostNames)
     : lock_(stateFolder),
       file_(FileIn(stateFolder)),
-      text_((hasTls ? "https://" : "http://") + WithBrackets(HostToAsk(address, hostNames)) + ":" +
-            std::to_string(address.port) + "/") {
-  ReplaceFile(file_, text_);
+      text_(TextOf(address, hasTls, HostToAsk(address, hostNames))),
+      localText_(TextOf(address, hasTls, OwnHost(address))) {
+  ReplaceFile(file_, text_ + '\n' + localText_);
 }
 
 ServedAddress::~ServedAddress() {
@@ -43,11 +64,8 @@ ServedAddress::~ServedAddress() {
   std::filesystem::remove(file_, ignored);
 }
 
-std::string ServedAddress::Read(const std::filesystem::path& stateFolder) {
-  if (!std::filesystem::exists(FileIn(stateFolder)) || !IsServiceRunning(stateFolder)) {
-    throw std::runtime_error("the recorder does not run: recorderctl serve starts it");
-  }
-  return ReadFile(FileIn(stateFolder));
-}
+std::string ServedAddress::Read(const std::filesystem::path& stateFolder) { return ReadTexts(stateFolder).front(); }
+
+std::string ServedAddress::ReadLocal(const std::filesystem::path& stateFolder) { return ReadTexts(stateFolder).back(); }
 
 }  // namespace recorder

@@ -10,7 +10,7 @@
 namespace recorder {
 
 /// The address at which this server answers, in a file of the state folder as long as this object lives, so that other
-/// commands can name it. Throws std::system_error.
+/// commands can name and ask it. Throws std::system_error.
 class ServedAddress {
  public:
   /// `hostNames`: by which other machines know this one.
@@ -23,13 +23,18 @@ class ServedAddress {
   /// "http://127.0.0.1:8080/"
   const std::string& Text() const { return text_; }
 
-  /// That of the server that runs. Throws std::runtime_error when none does.
+  /// The same by which this machine itself asks, without a name: "https://[::1]:8443/"
+  const std::string& LocalText() const { return localText_; }
+
+  /// Those of the server that runs. They throw std::runtime_error when none does.
   static std::string Read(const std::filesystem::path& stateFolder);
+  static std::string ReadLocal(const std::filesystem::path& stateFolder);
 
  private:
   const ServiceLock lock_;  // without it the file is that of a process that was killed
   const std::filesystem::path file_;
   const std::string text_;
+  const std::string localText_;
 };
 
 }  // namespace recorder

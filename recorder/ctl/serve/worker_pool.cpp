@@ -36,9 +36,14 @@ FileDescriptor Listen(const std::filesystem::path& file) {
 
 }  // namespace
 
-WorkerPool::WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count)
+WorkerPool::WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count,
+                       PoolCount& entries)
     : program_(std::move(program)), socket_(Listen(socketFile)), workers_(static_cast<std::size_t>(count)) {
-  for (Worker& worker : workers_) Start(worker);
+  WorkerCount* entry = entries.data();
+  for (Worker& worker : workers_) {
+    worker.entry = entry++;
+    Start(worker);
+  }
 }
 
 WorkerPool::~WorkerPool() {
@@ -51,14 +56,23 @@ void WorkerPool::Replenish() {
     const bool hasEnded = worker.process.HasEnded();
     if (hasEnded && process > 0) {
       LogFailure("The worker " + std::to_string(process) + " has ended; another one takes its place.");
+      Forget(worker);
     }
     if (hasEnded && Clock::now() - worker.start >= kShortestLife) Start(worker);
   }
 }
 
+void WorkerPool::Forget(const Worker& worker) {
+  worker.entry->process = 0;
+  worker.entry->isBusy = false;
+  ++SharedCounts().endedWorkers;
+}
+
+/// The process enters itself: it looks for its entry at once.
 void WorkerPool::Start(Worker& worker) {
   worker.start = Clock::now();
-  worker.process = ChildProcess([this] {
+  worker.process = ChildProcess([this, entry = worker.entry] {
+    entry->process = getpid();
     dup2(socket_.Get(), STDIN_FILENO);
     execl(program_.c_str(), program_.c_str(), nullptr);
   });

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "recorder/http/counts.h"
 #include "recorder/utility/child_process.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
@@ -15,8 +16,8 @@ namespace recorder {
 class WorkerPool {
  public:
   /// Listens at `socketFile` and starts `count` processes of `program`, which finds the socket as its standard input
-  /// (FastCGI 1.0, section 2.2). Throws std::system_error.
-  WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count);
+  /// (FastCGI 1.0, section 2.2), and itself in `entries`, which outlives the pool. Throws std::system_error.
+  WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count, PoolCount& entries);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
@@ -28,8 +29,10 @@ class WorkerPool {
   struct Worker {
     ChildProcess process;
     Clock::time_point start;
+    WorkerCount* entry = nullptr;
   };
   void Start(Worker& worker);
+  static void Forget(const Worker& worker);
 
   const std::filesystem::path program_;
   const FileDescriptor socket_;

@@ -2,7 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
+#include <future>
 #include <sstream>
 
 #include "rig/cameras.h"
@@ -101,4 +104,72 @@ TEST(Operating, TheLogSaysWhereTheTimeOfAPictureWent) {
   EXPECT_EQ(line["cause"], "ok") << recorder.Log();
   for (const char* rung : {"connect", "describe", "login", "keyFrame", "decode"})
     EXPECT_TRUE(line[rung].isInt()) << rung;
+}
+
+TEST(Operating, StrangersLearnWhetherItIsAliveAndReadyAndNothingElse) {
+  const TempFolder models;
+  std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),
+                        std::filesystem::copy_options::recursive);
+  const SimCameras cameras(List({Faulty("silent", "silentAfterConnect")}));
+  const TestRecorder recorder({.testMs = 2000, .workers = 1, .modelsFolder = models.Path()});
+  const auto reasons = [&] {
+    const Answer answer = recorder.Send("GET", "/readyz", {{"Host", "any.example"}});
+    EXPECT_EQ(answer.status, answer.json["success"].asBool() ? 200 : 503);
+    EXPECT_THAT(answer.body, testing::Not(testing::HasSubstr(recorder.StateFolder().parent_path().string())));
+    return answer.status == 200 ? answer.json["data"] : answer.json["error"]["reasons"];
+  };
+  EXPECT_EQ(recorder.Send("GET", "/healthz", {}).status, 200);
+  EXPECT_EQ(recorder.Control({"health"}).status, 0);
+  for (const char* name : {"module", "records", "models", "workers"}) EXPECT_EQ(reasons()[name], "ok") << name;
+
+  auto test = std::async(std::launch::async,
+                         [&] { return CodeOf(recorder, "CameraTest", CameraParams(cameras.Port("silent"), "")); });
+  while (cameras.Log("silent")["connections"].asInt() == 0) usleep(10'000);
+  EXPECT_EQ(reasons()["workers"], "all workers are busy");
+  EXPECT_EQ(test.get(), 463);
+  while (reasons()["workers"] != "ok") usleep(10'000);  // the answer is there a moment before the worker is free
+
+  std::filesystem::remove_all(models.Path());
+  std::filesystem::remove(recorder.StateFolder() / "secret.key");
+  EXPECT_EQ(reasons()["models"], "no model file can be read");
+  EXPECT_EQ(reasons()["records"], "the records are not there");
+  EXPECT_EQ(recorder.Send("GET", "/healthz", {}).status, 200) << "a restart would mend nothing";
+}
+
+namespace {
+
+/// What a service manager hears of a recorder, until it has heard two messages or the log says two failures.
+std::string HeardByWatchdog(const std::vector<std::string>& serveArguments) {
+  const TempFolder folder;
+  const std::string name = (folder.Path() / "notify").string();
+  const recorder::FileDescriptor manager(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  name.copy(address.sun_path, sizeof(address.sun_path) - 1);
+  EXPECT_EQ(bind(manager.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+  setenv("NOTIFY_SOCKET", name.c_str(), 1);
+  setenv("WATCHDOG_USEC", "300000", 1);
+  const TestRecorder recorder({.serveArguments = serveArguments});
+  unsetenv("NOTIFY_SOCKET");
+  unsetenv("WATCHDOG_USEC");
+  std::string heard;
+  for (int messages = 0, failures = 0; messages < 2 && failures < 2; usleep(10'000)) {
+    char text[64];
+    const ssize_t size = recv(manager.Get(), text, sizeof(text), 0);
+    if (size > 0) heard.append(text, static_cast<std::size_t>(size)) += ' ';
+    messages += size > 0 ? 1 : 0;
+    const std::string log = recorder.Log();
+    const std::size_t first = log.find("The web server does not answer");
+    failures = first == std::string::npos                                                   ? 0
+               : log.find("The web server does not answer", first + 1) == std::string::npos ? 1
+                                                                                            : 2;
+  }
+  return heard;
+}
+
+}  // namespace
+
+TEST(Operating, TheServiceManagerHearsOfItAsLongAsItAnswers) {
+  EXPECT_EQ(HeardByWatchdog({}), "WATCHDOG=1 WATCHDOG=1 ");
+  EXPECT_EQ(HeardByWatchdog({"--worker", "/bin/false"}), "");
 }

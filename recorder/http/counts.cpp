@@ -1,0 +1,86 @@
+#include "recorder/http/counts.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <new>
+#include <system_error>
+
+#include "recorder/utility/handle.h"
+
+namespace recorder {
+
+namespace {
+
+/// Null when it cannot be mapped. It stays until the process ends.
+Counts* Map(const char* file) {
+  const FileDescriptor descriptor(open(file, O_RDWR | O_CLOEXEC));
+  if (!descriptor) return nullptr;
+  void* memory = mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor.Get(), 0);
+  return memory == MAP_FAILED ? nullptr : static_cast<Counts*>(memory);
+}
+
+Counts& FindCounts() {
+  static Counts ofThisProcess{};
+  const char* file = std::getenv(kCountsVariable);
+  Counts* shared = file == nullptr ? nullptr : Map(file);
+  return shared == nullptr ? ofThisProcess : *shared;
+}
+
+/// Null for a process of no pool.
+WorkerCount* FindOwn() {
+  Counts& counts = SharedCounts();
+  for (PoolCount* pool : {&counts.cameraWorkers, &counts.listWorkers}) {
+    auto* const own = std::ranges::find_if(*pool, [](const WorkerCount& worker) { return worker.process == getpid(); });
+    if (own != pool->end()) return &*own;
+  }
+  return nullptr;
+}
+
+void SetBusy(bool isBusy) {
+  static WorkerCount* const own = FindOwn();
+  if (own != nullptr) own->isBusy = isBusy;
+}
+
+std::size_t IndexOf(std::string_view method) {
+  if (method.find("/recorder/") != std::string_view::npos) method = "recorder";
+  const auto* const found = std::ranges::find(kCountedMethods, method);
+  return std::min<std::size_t>(static_cast<std::size_t>(found - kCountedMethods.begin()), kCountedMethods.size() - 1);
+}
+
+}  // namespace
+
+void TimeSum::Add(std::chrono::microseconds time) {
+  ++count;
+  microseconds += static_cast<std::uint64_t>(time.count());
+}
+
+void Counts::AddRequest(std::string_view method, long status, std::chrono::microseconds time) {
+  ++requests[IndexOf(method)][status < 400 ? 0 : status < 500 ? 1 : 2];
+  const auto* const bound = std::ranges::lower_bound(kTimeBounds, std::chrono::duration<double>(time).count());
+  ++times[static_cast<std::size_t>(bound - kTimeBounds.begin())];
+  answers.Add(time);
+}
+
+void MakeCounts(const std::filesystem::path& file) {
+  const FileDescriptor made(open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  if (!made || ftruncate(made.Get(), sizeof(Counts)) != 0) {
+    throw std::system_error(errno, std::generic_category(), file.string());
+  }
+  setenv(kCountsVariable, file.c_str(), 1);
+}
+
+Counts& SharedCounts() {
+  static Counts& counts = FindCounts();
+  return counts;
+}
+
+BusyMark::BusyMark() { SetBusy(true); }
+
+BusyMark::~BusyMark() { SetBusy(false); }
+
+}  // namespace recorder

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+#include "recorder/utility/rung_times.h"
+
+namespace recorder {
+
+/// Counts up; any thread and process.
+using Counter = std::atomic<std::uint64_t>;
+static_assert(Counter::is_always_lock_free, "processes share them");
+
+/// Answer times are counted by these bounds, in seconds, and one more for all that is slower.
+inline constexpr std::array kTimeBounds = {0.001, 0.005, 0.01, 0.05, 0.1, 0.5, 1.0, 2.5, 5.0, 10.0, 15.0};
+
+/// What requests are counted as: some methods by their names, all others together.
+inline constexpr std::array<std::string_view, 5> kCountedMethods = {"GetSnapshot", "CameraTest", "CamBatAddVerify",
+                                                                    "recorder", "other"};
+/// Redirections and what has not changed are among the first.
+inline constexpr std::array<std::string_view, 3> kStatusClasses = {"2xx", "4xx", "5xx"};
+
+/// Times that were measured, in all.
+struct TimeSum {
+  Counter count;
+  Counter microseconds;
+
+  void Add(std::chrono::microseconds time);
+};
+
+/// One process of a pool, which `recorderctl serve` enters and the process itself marks as busy.
+struct WorkerCount {
+  std::atomic<pid_t> process;  ///< 0: none
+  std::atomic<bool> isBusy;
+
+  bool IsThere() const { return process != 0; }
+  bool IsFree() const { return IsThere() && !isBusy; }
+};
+
+/// As many as a pool may have.
+inline constexpr std::size_t kMostWorkers = 64;
+using PoolCount = std::array<WorkerCount, kMostWorkers>;
+
+/// What the processes of one server count together, in a file that each of them maps. All begins with 0.
+struct Counts {
+  std::array<std::array<Counter, kStatusClasses.size()>, kCountedMethods.size()> requests;
+  std::array<Counter, kTimeBounds.size() + 1> times;
+  TimeSum answers;
+  TimeSum keyFrames;  ///< how long pictures waited for one
+  Counter refusedLogins;
+  Counter endedWorkers;
+  PoolCount logins;
+  PoolCount cameraWorkers;
+  PoolCount listWorkers;
+
+  /// Counts a request that was answered.
+  void AddRequest(std::string_view method, long status, std::chrono::microseconds time);
+};
+
+/// The variable of the environment that names the file.
+inline constexpr char kCountsVariable[] = "RECORDER_COUNTS";
+
+/// Makes the file, and names it to this process and its children. Throws std::system_error.
+void MakeCounts(const std::filesystem::path& file);
+
+/// Those in the file of kCountsVariable; where there is none, of this process alone. Any thread.
+Counts& SharedCounts();
+
+/// Marks the calling process as busy while it lives.
+class BusyMark {
+ public:
+  BusyMark();
+  ~BusyMark();
+  BusyMark(const BusyMark&) = delete;
+  BusyMark& operator=(const BusyMark&) = delete;
+};
+
+}  // namespace recorder
