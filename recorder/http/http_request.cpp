@@ -1,6 +1,7 @@
 #include "recorder/http/http_request.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -47,6 +48,9 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.remoteUser = text("REMOTE_USER");
   request.remoteRole = text("REMOTE_ROLE");
   request.isTls = text("HTTPS") == "on";
+  constexpr std::array kHeadersOfProxies = {"HTTP_X_FORWARDED_FOR", "HTTP_FORWARDED", "HTTP_X_REAL_IP", "HTTP_VIA"};
+  request.isForwarded =
+      std::ranges::any_of(kHeadersOfProxies, [&](const char* name) { return variable(name) != nullptr; });
   return request;
 }
 
@@ -79,6 +83,12 @@ void CheckSameSite(const HttpRequest& request, const std::vector<std::string>& h
   if (!request.fetchSite.empty() && request.fetchSite != "same-origin" && request.fetchSite != "none") {
     throw HttpError(403, "requests of other sites are refused (Sec-Fetch-Site)");
   }
+}
+
+bool IsOfThisMachine(const HttpRequest& request) {
+  constexpr std::array<std::string_view, 3> kOwnNames = {"localhost", "127.0.0.1", "[::1]"};
+  const bool isFromHere = request.address == "127.0.0.1" || request.address == "::1";
+  return isFromHere && !request.isForwarded && std::ranges::find(kOwnNames, HostName(request.host)) != kOwnNames.end();
 }
 
 std::map<std::string, std::string> ParseCookies(std::string_view header) {

@@ -52,6 +52,7 @@ struct HttpRequest {
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
   std::string remoteRole;     ///< his role, or "": recorder-login tells it with him
   bool isTls = false;
+  bool isForwarded = false;  ///< a header says that a proxy has sent it for somebody else
 };
 
 /// Reads a request from CGI variables; `variable` gives one, or null. `readBody` reads exactly that many bytes of the
@@ -63,6 +64,10 @@ HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& varia
 /// Refuses what a browser sends on behalf of another site, and names that an attacker could point at this server:
 /// `hostNames` are those it goes by, besides "localhost" and numeric addresses. Throws HttpError.
 void CheckSameSite(const HttpRequest& request, const std::vector<std::string>& hostNames);
+
+/// True for a request that a program on this machine sends itself, to an address of this machine alone: not through a
+/// proxy, as far as that leaves a trace.
+bool IsOfThisMachine(const HttpRequest& request);
 
 /// The first of each name counts.
 std::map<std::string, std::string> ParseCookies(std::string_view header);

@@ -37,7 +37,7 @@ std::string WhyNot(const Condition& condition) try { return condition.whyNot(); 
 
 }  // namespace
 
-bool IsForWatchers(const std::string& path) { return path == "/healthz" || path == "/readyz"; }
+bool IsForWatchers(const std::string& path) { return path == "/healthz" || path == "/readyz" || path == "/metrics"; }
 
 OwnAnswer Readiness(const std::vector<Condition>& conditions) {
   OwnAnswer answer = Success(Json::Value(Json::objectValue));

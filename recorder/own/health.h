@@ -11,7 +11,7 @@
 
 namespace recorder {
 
-/// True for /healthz and /readyz.
+/// True for /healthz, /readyz and /metrics.
 bool IsForWatchers(const std::string& path);
 
 /// One condition of being ready.

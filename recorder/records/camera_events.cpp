@@ -121,4 +121,18 @@ std::map<int, int> Records::Flips(std::int64_t since) const {
   });
 }
 
+std::vector<CameraCount> Records::CountCameras() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database,
+                            "SELECT status, coalesce(cause, ''), count(*) FROM cameras LEFT JOIN outcomes ON id = "
+                            "cameraId WHERE removedAt IS NULL GROUP BY 1, 2"};
+    std::vector<CameraCount> counts;
+    while (query.executeStep()) {
+      counts.push_back({static_cast<CAM_CONN_STATUS>(query.getColumn(0).getInt()),
+                        OutcomeNamed(query.getColumn(1).getString()), query.getColumn(2).getInt()});
+    }
+    return counts;
+  });
+}
+
 }  // namespace recorder

@@ -85,6 +85,13 @@ struct CameraEvent {
   bool operator==(const CameraEvent&) const = default;
 };
 
+/// How many cameras have a status, and of their last contact what it came to; nothing where there was none.
+struct CameraCount {
+  CAM_CONN_STATUS status = CAM_CONN_STATUS_NORMAL;
+  std::optional<Outcome> cause;
+  int count = 0;
+};
+
 /// What tells a camera's TLS certificates, by port: the SHA-256 of each one's DER, in hexadecimal.
 using Certificates = std::map<int, std::string>;
 

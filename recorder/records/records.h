@@ -138,6 +138,8 @@ class Records {
   std::vector<CameraEvent> EventsAfter(std::int64_t id, int most, const EventFilter& filter = {}) const;
   /// How often each camera has changed since then, in seconds since 1970; those that have not are left out.
   std::map<int, int> Flips(std::int64_t since) const;
+  /// All cameras, counted by both.
+  std::vector<CameraCount> CountCameras() const;
 
   /// The certificates that are pinned for a camera.
   Certificates PinnedCertificates(int id) const;

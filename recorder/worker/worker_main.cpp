@@ -28,6 +28,7 @@
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/own/health.h"
+#include "recorder/own/metrics.h"
 #include "recorder/own/own_answer.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/clock.h"
@@ -94,9 +95,13 @@ std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const 
 }
 
 /// What programs are told that watch the recorder. Throws HttpError.
-std::string AnswerWatcher(const HttpRequest& request, const Config& config) {
+OwnAnswer AnswerWatcher(const HttpRequest& request, const Config& config, GrantList& grants) {
   if (request.method != "GET") throw NoSuchRoute("GET");
-  return ToCgi(request.path == "/healthz" ? AnswerAlive() : AnswerReady(config));
+  if (request.path == "/healthz") return AnswerAlive();
+  if (request.path == "/readyz") return AnswerReady(config);
+  CheckSameSite(request, config.hostNames);
+  if (!IsOfThisMachine(request)) FindCaller(request, grants);
+  return AnswerMetrics(config);
 }
 
 /// What is left to be sent of the answer. Throws HttpError.
@@ -105,7 +110,7 @@ std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture
   static GrantList grants(host.config.stateFolder);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
   note.isQuiet = IsForWatchers(request.path);
-  if (note.isQuiet) return AnswerWatcher(request, host.config);
+  if (note.isQuiet) return ToCgi(AnswerWatcher(request, host.config, grants));
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   if (caller) note.user = caller->user;

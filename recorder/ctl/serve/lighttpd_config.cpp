@@ -65,6 +65,7 @@ $REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, CAMERA_WORKERS ) )
   }
   $HTTP["url"] =~ "LIST_ADDRESSES" {
+    setenv.set-request-header = ()
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, LIST_WORKERS ) )
   }
 }
@@ -139,9 +140,9 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"HEADERS_OF_DATA", R"("X-Content-Type-Options" => "nosniff", "Referrer-Policy" => "no-referrer",
   "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'")"},
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
-    {"API_ADDRESSES", "^/((api|recorder/[0-9]+|trusted)(/|$)|(healthz|readyz)$)"},
+    {"API_ADDRESSES", "^/((api|recorder/[0-9]+|trusted)(/|$)|(healthz|readyz|metrics)$)"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
-    {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|healthz|readyz)$"},
+    {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|healthz|readyz|metrics)$"},
 };
 
 constexpr char kStripScript[] = R"(

@@ -5,11 +5,13 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <future>
 #include <sstream>
 
 #include "rig/cameras.h"
 #include "tests/recorder/end_to_end/expect.h"
+#include "tests/recorder/end_to_end/prometheus_text.h"
 
 using namespace rig;
 using testing::ContainsRegex;
@@ -172,4 +174,51 @@ std::string HeardByWatchdog(const std::vector<std::string>& serveArguments) {
 TEST(Operating, TheServiceManagerHearsOfItAsLongAsItAnswers) {
   EXPECT_EQ(HeardByWatchdog({}), "WATCHDOG=1 WATCHDOG=1 ");
   EXPECT_EQ(HeardByWatchdog({"--worker", "/bin/false"}), "");
+}
+
+TEST(Operating, MetricsAreForThisMachineAndForWhoeverLogsIn) {
+  const TestRecorder recorder;
+  const std::string token = recorder.Control({"token", "add", "prometheus"}).output;
+  const Headers bearer = {{"Authorization", "Bearer " + token.substr(0, token.find('\n'))}, {"Via", "1.1 proxy"}};
+  const std::pair<Headers, int> rows[] = {{{}, 200},
+                                          {{{"X-Forwarded-For", "127.0.0.1"}}, 401},
+                                          {{{"Via", "1.1 proxy"}}, 401},
+                                          {{{"Host", "192.0.2.1"}}, 401},
+                                          {{{"Host", "any.example"}}, 403},
+                                          {bearer, 200},
+                                          {recorder.Login(), 200}};
+  for (const auto& [headers, status] : rows) {
+    EXPECT_EQ(recorder.Send("GET", "/metrics", headers).status, status) << testing::PrintToString(headers);
+  }
+}
+
+TEST(Operating, MetricsTellWhatHappened) {
+  const SimCameras cameras(List({Camera("camera")}));
+  const TestRecorder recorder({.workers = 3});
+  recorder.AddCamera("User", "", 1, "admin", kSecret, "1", "/");
+  recorder.AddCamera("User", "", 2, "admin", kSecret, "1", "/");
+  EXPECT_EQ(recorder.Control({"camera", "status", "2", "disabled"}).status, 0);
+  recorder.Send("POST", "/recorder/1/cameras/1/test", recorder.Login());
+  EXPECT_EQ(CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("camera"), kSecret)), 0);
+  recorder.Send("GET", kApi + std::string("CamCap"), {{"Authorization", kGuest}});
+
+  const auto samples = PrometheusText(recorder.Send("GET", "/metrics", {}).body).Samples();
+  const std::pair<const char*, double> wanted[] = {
+      {R"(recorder_cameras{state="down",cause="unreachable"})", 1},
+      {R"(recorder_cameras{state="off",cause=""})", 1},
+      {R"(recorder_cameras{state="up",cause=""})", 0},
+      {R"(recorder_requests_total{method="GetSnapshot",status="2xx"})", 1},
+      {R"(recorder_requests_total{method="recorder",status="5xx"})", 1},
+      {R"(recorder_requests_total{method="other",status="4xx"})", 1},
+      {R"(recorder_workers{pool="cameras",state="free"})", 3},
+      {R"(recorder_workers{pool="lists",state="busy"})", 1},
+      {"recorder_request_duration_seconds_count", 3},
+      {"recorder_key_frame_wait_seconds_count", 1},
+      {"recorder_logins_refused_total", 1},
+      {"recorder_workers_ended_total", 0},
+  };
+  for (const auto& [name, value] : wanted) EXPECT_EQ(samples.contains(name) ? samples.at(name) : -1, value) << name;
+  EXPECT_GT(samples.at("recorder_workers_memory_bytes"), 1e6);
+  const auto isOther = [](const auto& sample) { return sample.first.find("_duration_seconds_") == std::string::npos; };
+  EXPECT_LE(std::ranges::count_if(samples, isOther), 40);
 }

@@ -1,0 +1,122 @@
+#include "recorder/own/metrics.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string>
+#include <utility>
+
+#include "recorder/device/model/model_files.h"
+#include "recorder/http/counts.h"
+#include "recorder/own/camera_tally.h"
+#include "recorder/own/metrics_text.h"
+
+namespace recorder {
+
+namespace {
+
+constexpr double kMicro = 1e-6;
+
+void AddCameras(MetricsText& text, const Config& config) {
+  text.Begin("recorder_cameras", "gauge", "Stored cameras by what their last contact came to.");
+  for (const CameraTally& tally : TallyCameras(config.stateFolder)) {
+    text.Add(tally.count, Label("state", tally.state) + ',' + Label("cause", tally.cause));
+  }
+}
+
+void AddRequests(MetricsText& text, const Counts& counts) {
+  text.Begin("recorder_requests_total", "counter", "Requests that were answered, by method and class of status.");
+  for (std::size_t method = 0; method < kCountedMethods.size(); ++method) {
+    for (std::size_t status = 0; status < kStatusClasses.size(); ++status) {
+      text.Add(static_cast<double>(counts.requests[method][status]),
+               Label("method", kCountedMethods[method]) + ',' + Label("status", kStatusClasses[status]));
+    }
+  }
+}
+
+void AddSum(MetricsText& text, const TimeSum& sum) {
+  text.Add(static_cast<double>(sum.microseconds) * kMicro, {}, "_sum");
+  text.Add(static_cast<double>(sum.count), {}, "_count");
+}
+
+/// The bucket without a bound and the count are of one reading, however much is counted meanwhile.
+void AddTimes(MetricsText& text, const Counts& counts) {
+  text.Begin("recorder_request_duration_seconds", "histogram",
+             "Time from taking a request until its answer was ready.");
+  double slower = 0;
+  for (std::size_t i = 0; i < counts.times.size(); ++i) {
+    slower += static_cast<double>(counts.times[i]);
+    const std::string bound = i < kTimeBounds.size() ? NumberText(kTimeBounds[i]) : "+Inf";
+    text.Add(slower, Label("le", bound), "_bucket");
+  }
+  text.Add(static_cast<double>(counts.answers.microseconds) * kMicro, {}, "_sum");
+  text.Add(slower, {}, "_count");
+}
+
+void AddKeyFrames(MetricsText& text, const Counts& counts) {
+  text.Begin("recorder_key_frame_wait_seconds", "summary", "Time that pictures over RTSP waited for a key frame.");
+  AddSum(text, counts.keyFrames);
+}
+
+void AddWorkers(MetricsText& text, const Counts& counts) {
+  text.Begin("recorder_workers", "gauge", "Processes that answer requests, by pool and state.");
+  for (const auto& [name, pool] : {std::pair("cameras", &counts.cameraWorkers), {"lists", &counts.listWorkers}}) {
+    const auto there = static_cast<double>(std::ranges::count_if(*pool, &WorkerCount::IsThere));
+    const auto free = static_cast<double>(std::ranges::count_if(*pool, &WorkerCount::IsFree));
+    text.Add(std::max(there - free, 0.0), Label("pool", name) + ',' + Label("state", "busy"));
+    text.Add(free, Label("pool", name) + ',' + Label("state", "free"));
+  }
+  text.Begin("recorder_workers_ended_total", "counter", "Processes that died and were replaced.");
+  text.Add(static_cast<double>(counts.endedWorkers));
+}
+
+/// What it shares with no file, as proc(5) has it; 0 for a process that has ended.
+double OwnBytes(pid_t process) {
+  long size = 0;
+  long resident = 0;
+  long shared = 0;
+  std::ifstream("/proc/" + std::to_string(process) + "/statm") >> size >> resident >> shared;
+  return static_cast<double>(resident - shared) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+void AddMemory(MetricsText& text, const Counts& counts) {
+  double bytes = 0;
+  for (const PoolCount* pool : {&counts.logins, &counts.cameraWorkers, &counts.listWorkers}) {
+    for (const WorkerCount& worker : *pool) {
+      if (worker.IsThere()) bytes += OwnBytes(worker.process);
+    }
+  }
+  text.Begin("recorder_workers_memory_bytes", "gauge", "Memory of workers and of the check of logins, without files.");
+  text.Add(bytes);
+}
+
+std::string Metrics(const Config& config) {
+  const Counts& counts = SharedCounts();
+  MetricsText text;
+  AddCameras(text, config);
+  AddRequests(text, counts);
+  AddTimes(text, counts);
+  AddKeyFrames(text, counts);
+  text.Begin("recorder_logins_refused_total", "counter", "Wrong names, passwords, sessions and tokens.");
+  text.Add(static_cast<double>(counts.refusedLogins));
+  AddWorkers(text, counts);
+  AddMemory(text, counts);
+  text.Begin("recorder_model_files", "gauge", "Model files that can be read.");
+  text.Add(static_cast<double>(Models()->vendors.size()));
+  text.Begin("recorder_build_info", "gauge", "The version that runs; the value is always 1.");
+  text.Add(1, Label("version", PROJECT_VERSION));
+  return text.Text();
+}
+
+}  // namespace
+
+OwnAnswer AnswerMetrics(const Config& config) {
+  OwnAnswer answer;
+  answer.body = Metrics(config);
+  answer.headers = "Content-Type: text/plain; version=0.0.4; charset=utf-8\r\nContent-Length: " +
+                   std::to_string(answer.body.size()) + "\r\n";
+  return answer;
+}
+
+}  // namespace recorder
