@@ -1,0 +1,83 @@
+#pragma once
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <SQLiteCpp/VariadicBind.h>
+
+#include <filesystem>
+#include <string>
+
+#include "recorder/records/records.h"
+#include "recorder/records/runs.h"
+#include "recorder/utility/secrets.h"
+
+namespace recorder {
+
+/// The opened file of the runs, and the key of its passwords.
+struct Runs::Impl {
+  explicit Impl(const std::filesystem::path& stateFolder);
+
+  /// Runs `action` and gives SQLite's failures the name of the file.
+  template <class Action>
+  auto Guarded(Action action) const {
+    try {
+      return action();
+    } catch (const SQLite::Exception& error) {
+      throw RecordsError(file.string() + ": " + error.what());
+    }
+  }
+
+  /// Runs `action` as one change, whole or not at all.
+  template <class Action>
+  auto Changed(Action action) {
+    return Guarded([&] {
+      SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
+      auto result = action();
+      transaction.commit();
+      return result;
+    });
+  }
+
+  /// Runs one statement with these values for its "?", and returns how many rows it changed.
+  template <class... Values>
+  int Run(const char* text, const Values&... values) {
+    SQLite::Statement statement{database, text};
+    SQLite::bind(statement, values...);
+    return statement.exec();
+  }
+
+  /// The number that a query begins with; 0 where it has no row.
+  template <class... Values>
+  std::int64_t Number(const char* text, const Values&... values) const {
+    SQLite::Statement query{database, text};
+    SQLite::bind(query, values...);
+    return query.executeStep() ? query.getColumn(0).getInt64() : 0;
+  }
+
+  SQLite::Database Open(const std::filesystem::path& stateFolder) const;
+
+  /// The state of a run; nothing where there is none.
+  std::optional<RunState> StateOf(int id) const;
+  void SetState(int id, RunState state);
+  /// Wipes the passwords of a run whose rows wait no more, since it has this state now.
+  void WipeWaiting(int id, RunState state);
+  /// Ends a run of which nothing is left to do. False: it goes on, or has ended before.
+  bool EndIfDone(int id);
+  // Parts of Runs::Finish.
+  void Finish(int id, const RowOutcome& outcome);
+  void FinishAlike(int id, const RunRow& row, const std::string& result);
+  /// What is left of what was overwritten goes out of the write-ahead log, too.
+  void EmptyLog();
+
+  std::filesystem::path file;
+  SecretKey key;
+  mutable SQLite::Database database;
+};
+
+/// What the password of a row is sealed for.
+std::string ContextOf(int runId, const CameraRecord& row);
+
+/// The columns of a row, and what reads them.
+inline constexpr char kRowColumns[] = "number, name, vendor, model, host, port, user, channel, sourcePath";
+CameraRecord CameraIn(SQLite::Statement& query);
+
+}  // namespace recorder
