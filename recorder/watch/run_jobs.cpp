@@ -1,0 +1,77 @@
+#include "recorder/watch/run_jobs.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+#include "recorder/host/stored_call.h"
+#include "recorder/utility/cause_table.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace {
+
+constexpr char kListMethod[] = "CamBatAddVerify";
+
+std::optional<Outcome> OutcomeNamed(std::string_view name) {
+  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
+  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
+}
+
+Json::Value TestParams(const RunRow& row) {
+  const CameraRecord& camera = row.camera;
+  Json::Value params(Json::objectValue);
+  params["camIP"] = camera.host;
+  params["camPort"] = camera.port;
+  params["camUserName"] = camera.user;
+  params["camPassWord"] = row.password;
+  params["camModel"] = camera.vendor + " " + camera.model;
+  params["camChannel"] = camera.channel;
+  params["camSourcePath"] = camera.sourcePath;
+  return params;
+}
+
+Json::Value ListEntry(const RunRow& row) {
+  const CameraRecord& camera = row.camera;
+  Json::Value entry(Json::objectValue);
+  entry["tmpId"] = std::to_string(camera.id);
+  entry["name"] = camera.name;
+  entry["ip"] = camera.host;
+  entry["port"] = camera.port;
+  entry["username"] = camera.user;
+  entry["password"] = row.password;
+  entry["vendor"] = camera.vendor;
+  entry["model"] = camera.model;
+  return entry;
+}
+
+/// Of one row where its whole call came to nothing.
+std::optional<Outcome> OutcomeOfCall(const CheckAnswer& answer) {
+  return answer.kind == CheckAnswer::Kind::kDied ? std::nullopt : std::optional(Outcome::kRecorderFailed);
+}
+
+}  // namespace
+
+bool IsTestedAlone(const CameraRecord& row) { return !row.channel.empty() || !row.sourcePath.empty(); }
+
+CheckJob JobOf(const std::vector<RunRow>& rows) {
+  if (IsTestedAlone(rows.front().camera)) return {.method = kTestMethod, .params = TestParams(rows.front())};
+  CheckJob job{.method = kListMethod};
+  for (const RunRow& row : rows) job.params["camList"].append(ListEntry(row));
+  return job;
+}
+
+std::vector<RowOutcome> OutcomesOf(const std::vector<int>& numbers, const CheckAnswer& answer) {
+  std::vector<std::string_view> causes;
+  if (answer.kind == CheckAnswer::Kind::kAnswered) causes = Split(answer.causes, ',');
+  std::vector<RowOutcome> outcomes;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    RowOutcome outcome{.number = numbers[i], .outcome = OutcomeOfCall(answer)};
+    if (causes.size() == numbers.size()) outcome.outcome = OutcomeNamed(Trimmed(causes[i]));
+    if (numbers.size() == 1) outcome.time = answer.time;  // that of several is their slowest's
+    outcomes.push_back(outcome);
+  }
+  return outcomes;
+}
+
+}  // namespace recorder

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <deque>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace recorder {
+
+/// A row of a run that waits.
+struct PlannedRow {
+  int number = 0;
+  std::string host;      ///< one text for one host, see NormalizedHost
+  bool isAlone = false;  ///< it is tested by a call of its own; others share one
+};
+
+/// Which rows of a run are tested next. A call for several lasts as long as its slowest row, so that rows of hosts that
+/// were silent the last time go with each other, and before the others, whose calls fill what gaps these leave. Two
+/// rows of one host are never at hand at once.
+///
+/// Thread:  one. Nothing waits.
+/// Time:    each call but the first takes as long as the rows that it is about.
+class RunPlan {
+ public:
+  /// Rows of one call.
+  static constexpr std::size_t kMostRows = 10;
+
+  RunPlan(const std::vector<PlannedRow>& rows, const std::set<std::string>& silentHosts);
+
+  /// Whether a row may be tested now.
+  bool CanGoOn() const;
+
+  /// The rows of the next call, which are at hand from then on until their End. None: CanGoOn says no.
+  std::vector<int> Next();
+
+  /// Says that these rows are at hand no more, and which of them timed out.
+  void End(const std::vector<int>& rows, const std::set<int>& silent);
+
+  /// Whether no row waits or is at hand.
+  bool IsDone() const { return left_ == 0; }
+
+ private:
+  struct Host {
+    std::deque<PlannedRow> rows;
+    bool isSilent = false;
+  };
+  using Line = std::deque<Host*>;  // of hosts that are not at hand, by what their first rows are
+
+  Line& LineOf(const Host& host);
+  const Line* NextLine() const;
+  int Take(Host& host);
+
+  std::unordered_map<std::string, Host> hosts_;
+  std::unordered_map<int, Host*> atHand_;     // by row
+  std::array<std::array<Line, 2>, 2> lines_;  // by silence, and by whether the row is alone
+  std::size_t left_;
+};
+
+}  // namespace recorder

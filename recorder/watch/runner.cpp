@@ -1,0 +1,125 @@
+#include "recorder/watch/runner.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <string>
+#include <utility>
+
+#include "recorder/records/records.h"
+#include "recorder/utility/text.h"
+#include "recorder/watch/run_jobs.h"
+
+namespace recorder {
+namespace {
+
+/// A run that was started begins after this time.
+constexpr std::chrono::milliseconds kLookAgain{500};
+
+/// Those of stored cameras that were silent when they were contacted last.
+void AddSilentHosts(const std::filesystem::path& stateFolder, std::set<std::string>& hosts) {
+  const Records records(stateFolder);
+  const auto outcomes = records.Outcomes();
+  for (const CameraRecord& camera : records.List()) {
+    const auto outcome = outcomes.find(camera.id);
+    if (outcome == outcomes.end() || outcome->second.cause != Outcome::kTimedOut) continue;
+    hosts.insert(NormalizedHost(camera.host));
+  }
+}
+
+std::vector<int> NumbersOf(const std::vector<RunRow>& rows) {
+  std::vector<int> numbers;
+  numbers.reserve(rows.size());
+  for (const RunRow& row : rows) numbers.push_back(row.camera.id);
+  return numbers;
+}
+
+}  // namespace
+
+Runner::Runner(std::filesystem::path stateFolder) : stateFolder_(std::move(stateFolder)) {
+  if (Runs::AreThere(stateFolder_)) Runs(stateFolder_).Recover();
+}
+
+void Runner::Update() {
+  if (Clock::now() < lookAt_ || !Runs::AreThere(stateFolder_)) return;
+  lookAt_ = Clock::now() + kLookAgain;
+  const Runs runs(stateFolder_);
+  if (IsBusy()) return;
+  if (const auto run = runs.FindStarted()) Load(runs, *run);
+}
+
+bool Runner::IsBusy() const { return !atHand_.empty() || !ended_.empty() || (plan_ && !isOver_ && !plan_->IsDone()); }
+
+void Runner::Load(const Runs& runs, int run) {
+  std::vector<PlannedRow> rows;
+  for (const CameraRecord& row : runs.Waiting(run)) {
+    rows.push_back({row.id, NormalizedHost(row.host), IsTestedAlone(row)});
+  }
+  std::set<std::string> silent = runs.SilentHosts();
+  AddSilentHosts(stateFolder_, silent);
+  plan_.emplace(rows, silent);
+  run_ = run;
+  isOver_ = false;
+}
+
+bool Runner::End(const CheckAnswer& answer) {
+  if (answer.id <= kFirstJob) return false;
+  if (const auto job = atHand_.extract(answer.id)) Take(job.mapped(), answer);
+  return true;
+}
+
+void Runner::Take(const std::vector<int>& numbers, const CheckAnswer& answer) {
+  std::ranges::move(OutcomesOf(numbers, answer), std::back_inserter(ended_));
+}
+
+void Runner::StartAll(Checkers& checkers) {
+  const std::size_t most = std::min(checkers.Free(), kMostCalls - atHand_.size());
+  if (!plan_ || (ended_.empty() && (isOver_ || most == 0 || !plan_->CanGoOn()))) return;
+  for (std::vector<RunRow>& rows : Begun(most)) {
+    Start(rows, checkers);
+    WipePasswords(rows);
+  }
+}
+
+std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
+  std::vector<std::vector<RunRow>> calls;
+  Runs runs(stateFolder_);
+  Keep(runs);
+  while (!isOver_ && calls.size() < most && plan_->CanGoOn()) {
+    std::vector<int> next = plan_->Next();
+    std::ranges::sort(next);
+    auto rows = runs.Begin(run_, next);
+    isOver_ = !rows;
+    if (!rows) continue;
+    std::vector<int> others;  // that came to something meanwhile
+    std::ranges::set_difference(next, NumbersOf(*rows), std::back_inserter(others));
+    plan_->End(others, {});
+    if (!rows->empty()) calls.push_back(*std::move(rows));
+  }
+  return calls;
+}
+
+void Runner::Keep(Runs& runs) {
+  if (ended_.empty()) return;
+  runs.Finish(run_, ended_);
+  std::vector<int> numbers;
+  std::set<int> silent;
+  for (const RowOutcome& outcome : ended_) {
+    numbers.push_back(outcome.number);
+    if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
+  }
+  plan_->End(numbers, silent);
+  ended_.clear();
+}
+
+void Runner::Start(const std::vector<RunRow>& rows, Checkers& checkers) {
+  CheckJob job = JobOf(rows);
+  job.id = ++lastJob_;
+  if (checkers.Start(job)) {
+    atHand_.emplace(job.id, NumbersOf(rows));
+  } else {
+    Take(NumbersOf(rows), {.id = job.id, .kind = CheckAnswer::Kind::kFailed});
+  }
+}
+
+}  // namespace recorder

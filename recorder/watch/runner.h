@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "recorder/records/runs.h"
+#include "recorder/utility/clock.h"
+#include "recorder/watch/checkers.h"
+#include "recorder/watch/run_plan.h"
+
+namespace recorder {
+
+/// Tests the rows of runs (see Runs), one run after the other, by checkers that others use, too.
+///
+/// Thread:  one.
+/// Failure: throws RecordsError or std::system_error when something cannot be kept. The process may end at any time: a
+///          row that was at hand then is not tested again.
+class Runner {
+ public:
+  /// Calls at once: a half of the checkers, so that there are always some for stored cameras.
+  static constexpr std::size_t kMostCalls = 20;
+  /// The ids of its jobs begin here.
+  static constexpr std::uint64_t kFirstJob = std::uint64_t{1} << 32U;
+
+  explicit Runner(std::filesystem::path stateFolder);
+
+  /// Looks now and then whether there is a run to be tested. To open the file is to forget what is too old.
+  void Update();
+
+  /// Takes the answer to a job. False: it is somebody else's.
+  bool End(const CheckAnswer& answer);
+
+  /// Keeps what was answered, and starts as many calls as may be. Most of its time it opens and closes the file, so
+  /// that it does so once for all of them.
+  void StartAll(Checkers& checkers);
+
+ private:
+  bool IsBusy() const;
+  void Load(const Runs& runs, int run);
+  void Take(const std::vector<int>& numbers, const CheckAnswer& answer);
+  std::vector<std::vector<RunRow>> Begun(std::size_t most);
+  void Keep(Runs& runs);
+  void Start(const std::vector<RunRow>& rows, Checkers& checkers);
+
+  const std::filesystem::path stateFolder_;
+  std::optional<RunPlan> plan_;  // of `run_`
+  int run_ = 0;
+  bool isOver_ = false;  // nothing of the run begins any more
+  std::map<std::uint64_t, std::vector<int>> atHand_;
+  std::vector<RowOutcome> ended_;  // and not kept yet
+  std::uint64_t lastJob_ = kFirstJob;
+  Clock::time_point lookAt_;
+};
+
+}  // namespace recorder
