@@ -1,0 +1,119 @@
+#include "recorder/watch/run_plan.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <queue>
+#include <random>
+
+#include "tests/recorder/rows.h"
+
+namespace recorder {
+namespace {
+
+constexpr std::size_t kCalls = 20;
+constexpr int kSilence = 15'000;  // milliseconds, until a silent camera is given up
+
+struct SimulatedRow {
+  PlannedRow row;
+  int milliseconds;
+};
+
+/// One host a row, of which 3 in 100 are silent and others answer within 40 to 400 ms.
+std::vector<SimulatedRow> Simulate(int count) {
+  std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same each time
+  std::vector<SimulatedRow> rows;
+  for (int number = 1; number <= count; ++number) {
+    const bool isSilent = random() % 100 < 3;
+    rows.push_back({{number, "host" + std::to_string(number)}, isSilent ? kSilence : 40 + int(random() % 361)});
+  }
+  return rows;
+}
+
+/// When all rows are done if each begins as soon as one before has ended, `width` at once.
+std::int64_t IdealTime(const std::vector<SimulatedRow>& rows, std::size_t width) {
+  std::priority_queue<std::int64_t, std::vector<std::int64_t>, std::greater<>> ends;
+  std::int64_t last = 0;
+  for (const SimulatedRow& row : rows) {
+    const std::int64_t begin = ends.size() < width ? 0 : ends.top();
+    if (ends.size() == width) ends.pop();
+    ends.push(begin + row.milliseconds);
+    last = std::max(last, begin + row.milliseconds);
+  }
+  return last;
+}
+
+struct CallEnd {
+  std::int64_t at;
+  std::vector<int> rows;
+  bool operator>(const CallEnd& other) const { return at > other.at; }
+};
+
+/// The same by the plan, for which time is only what is told here.
+std::int64_t PlannedTime(const std::vector<SimulatedRow>& rows, const std::set<std::string>& silentHosts) {
+  std::vector<PlannedRow> planned;
+  for (const SimulatedRow& row : rows) planned.push_back(row.row);
+  RunPlan plan(planned, silentHosts);
+  std::priority_queue<CallEnd, std::vector<CallEnd>, std::greater<>> calls;
+  std::int64_t now = 0;
+  const auto timeOf = [&](int number) { return rows[static_cast<std::size_t>(number - 1)].milliseconds; };
+  while (!plan.IsDone()) {
+    for (auto next = plan.Next(); !next.empty(); next = calls.size() < kCalls ? plan.Next() : std::vector<int>()) {
+      calls.push({now + timeOf(*std::ranges::max_element(next, {}, timeOf)), next});
+    }
+    now = calls.top().at;
+    std::set<int> silent;
+    for (const int number : calls.top().rows) {
+      if (timeOf(number) == kSilence) silent.insert(number);
+    }
+    plan.End(calls.top().rows, silent);
+    calls.pop();
+  }
+  return now;
+}
+
+struct KnownCase {
+  const char* name;
+  int known;  // of 100 silent hosts
+  double most;
+};
+
+const KnownCase kKnown[] = {{"All", 100, 1.25}, {"NineOfTen", 90, 1.75}, {"None", 0, 5.5}};
+
+class RunPlanTime : public testing::TestWithParam<KnownCase> {};
+
+TEST_P(RunPlanTime, IsNearThatOfASlidingWindow) {
+  const std::vector<SimulatedRow> rows = Simulate(10'000);
+  std::set<std::string> silentHosts;
+  for (const SimulatedRow& row : rows) {
+    if (row.milliseconds == kSilence && row.row.number % 100 < GetParam().known) silentHosts.insert(row.row.host);
+  }
+  const std::int64_t ideal = IdealTime(rows, kCalls * RunPlan::kMostRows);
+  const double ratio = static_cast<double>(PlannedTime(rows, silentHosts)) / static_cast<double>(ideal);
+  std::cout << "ideal " << ideal << " ms, ratio " << ratio << '\n';
+  EXPECT_LE(ratio, GetParam().most);
+}
+
+INSTANTIATE_TEST_SUITE_P(Silent, RunPlanTime, testing::ValuesIn(kKnown), kByName);
+
+TEST(RunPlan, NeverHasTwoRowsOfOneHostAtHandAndKeepsSilentOnesTogether) {
+  RunPlan plan({{1, "a"}, {2, "a"}, {3, "b"}, {4, "silent"}, {5, "c", true}, {6, "b"}}, {"silent"});
+  using Rows = std::vector<int>;
+  EXPECT_EQ(plan.Next(), Rows{4});
+  EXPECT_EQ(plan.Next(), (Rows{1, 3}));
+  EXPECT_EQ(plan.Next(), Rows{5}) << "it needs a call of its own";
+  EXPECT_FALSE(plan.CanGoOn());
+  plan.End({1, 3}, {3});
+  EXPECT_EQ(plan.Next(), Rows{6}) << "its host has become silent";
+  EXPECT_EQ(plan.Next(), Rows{2});
+  plan.End({2, 4, 5}, {});
+  EXPECT_FALSE(plan.IsDone());
+  plan.End({6}, {});
+  EXPECT_TRUE(plan.IsDone());
+}
+
+}  // namespace
+}  // namespace recorder
