@@ -1,5 +1,5 @@
 // recorder-watch: checks the stored cameras one after the other, so that the records tell which are down, why, and
-// since when. One process decides and keeps; copies of it ask the cameras.
+// since when, and beside that the rows of runs. One process decides and keeps; copies of it ask the cameras.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include "recorder/utility/service.h"
 #include "recorder/watch/checkers.h"
 #include "recorder/watch/module_work.h"
+#include "recorder/watch/runner.h"
 #include "recorder/watch/watcher.h"
 
 namespace recorder {
@@ -35,11 +36,16 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
 
 [[noreturn]] void Watch(const Host& host) {
   Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval);
+  Runner runner(host.config.stateFolder);
   Checkers checkers(ModuleWork(host.module), {.job = host.config.limits.test + kPatience});
   while (true) {
-    for (const CheckAnswer& answer : checkers.Take()) watcher.End(answer);
+    for (const CheckAnswer& answer : checkers.Take()) {
+      if (!runner.End(answer)) watcher.End(answer);
+    }
     watcher.Update();
+    runner.Update();
     while (checkers.Free() > 0 && watcher.StartNext(checkers)) continue;
+    runner.StartAll(checkers);
     Wait(checkers, watcher);
   }
 }
