@@ -58,10 +58,14 @@ Json::Value ReadParameters(const HttpRequest& request, const ModuleMethod& metho
   throw HttpError(415, "the body must be application/json or application/x-www-form-urlencoded");
 }
 
+/// Rows of a run come by the thousand.
+bool IsRowsOfRun(std::string_view path) { return path.starts_with("/recorder/1/runs/") && path.ends_with("/rows"); }
+
 }  // namespace
 
 std::size_t LargestBody(std::string_view path) {
-  return TakesList(path.substr(path.rfind('/') + 1)) ? kLargestListBody : kLargestBody;
+  const bool isList = TakesList(path.substr(path.rfind('/') + 1)) || IsRowsOfRun(path);
+  return isList ? kLargestListBody : kLargestBody;
 }
 
 bool IsForTrusted(const HttpRequest& request) { return request.path.starts_with(kTrustedPrefix); }

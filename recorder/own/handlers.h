@@ -36,4 +36,12 @@ OwnAnswer TestCamera(const OwnRequest& request, OwnTools& tools);
 OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools);
 OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& tools);
 
+OwnAnswer ListRuns(const OwnRequest& request, OwnTools& tools);
+OwnAnswer OpenRun(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ShowRun(const OwnRequest& request, OwnTools& tools);
+OwnAnswer CancelRun(const OwnRequest& request, OwnTools& tools);
+OwnAnswer AddRows(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ListRows(const OwnRequest& request, OwnTools& tools);
+OwnAnswer StartRun(const OwnRequest& request, OwnTools& tools);
+
 }  // namespace recorder

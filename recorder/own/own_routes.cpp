@@ -21,6 +21,13 @@ constexpr OwnRoute kRoutes[] = {
     {"POST", "cameras/*/test", Need::kUser, Pool::kCameras, Keep::kNothing, &TestCamera},
     {"GET", "cameras/*/picture", Need::kUser, Pool::kCameras, Keep::kNothing, &TakePicture},
     {"POST", "cameras/*/measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureCamera},
+    {"GET", "runs", Need::kAdmin, Pool::kLists, Keep::kNothing, &ListRuns},
+    {"POST", "runs", Need::kAdmin, Pool::kLists, Keep::kNothing, &OpenRun},
+    {"GET", "runs/*", Need::kAdmin, Pool::kLists, Keep::kNothing, &ShowRun},
+    {"DELETE", "runs/*", Need::kAdmin, Pool::kLists, Keep::kNothing, &CancelRun},
+    {"POST", "runs/*/rows", Need::kAdmin, Pool::kLists, Keep::kNothing, &AddRows},
+    {"GET", "runs/*/rows", Need::kAdmin, Pool::kLists, Keep::kNothing, &ListRows},
+    {"POST", "runs/*/start", Need::kAdmin, Pool::kLists, Keep::kNothing, &StartRun},
     {"POST", "measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureStream},
 };
 

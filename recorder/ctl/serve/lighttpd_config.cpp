@@ -90,7 +90,7 @@ $HTTP["url"] =~ "^/recorder/1/" {
 $HTTP["url"] =~ "^/recorder/1/(OWN_KEPT)$" {
   setenv.set-response-header = ( "Cache-Control" => "private, no-cache", HEADERS_OF_DATA )
 }
-$HTTP["url"] =~ "^/[^/]+/[^/]+/[^/]+/(LARGE_METHODS)$" {
+$HTTP["url"] =~ "^/([^/]+/[^/]+/[^/]+/(LARGE_METHODS)|recorder/1/runs/[^/]+/rows)$" {
   server.max-request-size = LARGEST_LIST
 }
 $HTTP["url"] =~ "^/trusted(/|$)" {
