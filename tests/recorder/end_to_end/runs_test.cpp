@@ -1,0 +1,161 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "rig/cameras.h"
+#include "rig/processes.h"
+
+// Long lists of cameras that are tested in the background.
+
+using namespace rig;
+
+namespace {
+
+constexpr char kRuns[] = "/recorder/1/runs";
+constexpr char kWrong[] = "a wrong password";
+
+Json::Value Row(const std::string& host, int port, const std::string& password = kSecret,
+                const std::string& channel = "") {
+  const Json::Value batch = BatchRow("1", port, password);
+  Json::Value row;
+  for (const char* member : {"vendor", "model", "password"}) row[member] = batch[member];
+  row["host"] = host;
+  row["port"] = port;
+  row["user"] = batch["username"];
+  row["channel"] = channel;
+  return row;
+}
+
+class LongLists : public testing::Test {
+ protected:
+  Answer Send(const std::string& verb, const std::string& path, const Json::Value& body = Json::objectValue) {
+    Headers headers = recorder.Login();
+    if (verb == "POST") headers["Content-Type"] = "application/json";
+    Answer answer = recorder.Send(verb, kRuns + path, headers, verb == "POST" ? ToText(body) : "");
+    answers += answer.head + answer.body;
+    return answer;
+  }
+
+  std::string Opened() { return "/" + std::to_string(Send("POST", "").json["data"]["id"].asInt()); }
+
+  Answer Add(const std::string& run, const Json::Value& rows) {
+    Json::Value body;
+    body["rows"] = rows;
+    return Send("POST", run + "/rows", body);
+  }
+
+  std::string Started(const Json::Value& rows) {
+    std::string run = Opened();
+    EXPECT_EQ(Add(run, rows).status, 200);
+    EXPECT_EQ(Send("POST", run + "/start").status, 200);
+    return run;
+  }
+
+  /// The run as soon as `isEnough` of it, or after 30 s.
+  Json::Value WaitFor(const std::string& run, const std::function<bool(const Json::Value&)>& isEnough) {
+    Json::Value data;
+    for (int tries = 0; tries < 1500 && !(!data.isNull() && isEnough(data)); ++tries, usleep(20'000)) {
+      data = Send("GET", run).json["data"];
+    }
+    return data;
+  }
+
+  /// Cause by cause, page by page.
+  std::vector<std::string> Causes(const std::string& run) {
+    std::vector<std::string> causes;
+    for (Json::Value next = 0; !next.isNull();) {
+      const Json::Value data = Send("GET", run + "/rows?limit=25&after=" + next.asString()).json["data"];
+      for (const Json::Value& row : data["rows"])
+        causes.push_back(row["cause"].isNull() ? "" : row["cause"].asString());
+      next = data["next"];
+    }
+    return causes;
+  }
+
+  void KillWatch() const {
+    const auto processes = Descendants(getpid(), "recorder-watch");
+    ASSERT_FALSE(processes.empty());
+    EXPECT_TRUE(Kill(processes.front())) << "the one that the others are copies of";
+  }
+
+  void ExpectNoPassword() {
+    std::string kept = answers + recorder.Log();
+    for (const auto& file : std::filesystem::recursive_directory_iterator(recorder.StateFolder())) {
+      if (file.is_regular_file()) kept += ReadText(file.path());
+    }
+    for (const char* password : {kSecret, kWrong}) EXPECT_EQ(kept.find(password), std::string::npos);
+  }
+
+  const TestRecorder recorder{{.watchSeconds = 60}};
+  std::string answers;
+};
+
+}  // namespace
+
+TEST_F(LongLists, TestsEachRowOnceWhateverIsKilled) {
+  const SimCameras cameras(List({Camera("good"), Faulty("held", "silentAfterDescribe"), Faulty("locks", "lockOut")}));
+  Json::Value rows = List({Row("127.0.0.1", cameras.Port("held"), kSecret, "1")});
+  for (int i = 0; i < 20; ++i) {
+    rows.append(Row("localhost", cameras.Port("good"), kSecret, i % 2 == 0 ? "" : "1"));
+    rows.append(Row("localhost", cameras.Port("locks"), kWrong));
+    rows.append(Row("localhost", 1));
+  }
+  const std::string run = Started(rows);
+  WaitFor(run, [&](const Json::Value& data) { return data["done"] > 2 && cameras.Log("held")["logins"] == 1; });
+  KillWatch();
+  const Json::Value end = WaitFor(run, [](const Json::Value& data) { return data["state"] == "ended"; });
+  EXPECT_EQ(end["done"], 61) << end;
+  const std::vector<std::string> causes = Causes(run);
+  ASSERT_EQ(causes.size(), 61U);
+  EXPECT_EQ(causes[0], "unknown") << "it was at hand";
+  std::map<std::string, int> counts;
+  for (const std::string& cause : causes) ++counts[cause];
+  EXPECT_EQ(counts["ok"] + counts["unknown"] + counts["unreachable"], 41) << end;
+  EXPECT_EQ(counts["loginRefused"], 20) << end;
+  EXPECT_EQ(cameras.Log("held")["logins"], 1);
+  EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
+  ExpectNoPassword();
+}
+
+TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
+  const SimCameras cameras(List({Camera("good"), Faulty("held", "silentAfterDescribe")}));
+  Json::Value rows = List({Row("127.0.0.1", cameras.Port("held")), Row("localhost", 1)});
+  for (int i = 0; i < 5; ++i) rows.append(Row("127.0.0.1", cameras.Port("good")));
+  const std::string run = Started(rows);
+  WaitFor(run, [&](const Json::Value&) { return cameras.Log("held")["logins"] == 1; });
+  EXPECT_EQ(Send("DELETE", run).json["data"]["state"], "cancelled");
+  ExpectNoPassword();
+  WaitFor(run, [](const Json::Value& data) { return data["atHand"] == 0; });
+  EXPECT_THAT(Causes(run), testing::ElementsAre("timedOut", "unreachable", "", "", "", "", ""));
+  EXPECT_EQ(cameras.Log("good")["requestCount"], 0);
+  EXPECT_EQ(Send("DELETE", run).status, 200);
+  EXPECT_EQ(Send("GET", run).status, 404);
+}
+
+TEST_F(LongLists, TakesNothingOfARequestWithAMistakeAndNamesEach) {
+  const std::string run = Opened();
+  Json::Value rows =
+      List({Row("cam", 80), Row("cam", 0), Row("cam", 80, "[stored-password-6f1e0b9c42d7]"), Row("", 80)});
+  rows[0]["name"] = std::string(65, 'n');
+  const Json::Value error = Add(run, rows).json["error"];
+  std::string mistakes;
+  for (const Json::Value& mistake : error["rows"]) {
+    mistakes += mistake["line"].asString() + mistake["member"].asString() + " ";
+  }
+  EXPECT_EQ(mistakes, "1name 2port 3password 4host ") << error;
+  EXPECT_EQ(Send("GET", run).json["data"]["rows"], 0);
+  Json::Value many(Json::arrayValue);
+  Json::Value large = Row("cam.example", 80);
+  for (const char* member : {"name", "channel"}) large[member] = std::string(64, 'n');
+  for (int i = 0; i < 1000; ++i) many.append(large);
+  EXPECT_GT(ToText(many).size(), std::size_t{128} << 10U);
+  EXPECT_EQ(Add(run, many).json["data"]["rows"], 1000);
+  many.append(large);
+  EXPECT_EQ(Add(run, many).status, 400);
+}
