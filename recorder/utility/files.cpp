@@ -73,10 +73,7 @@ void Sync(const FileDescriptor& file, const fs::path& path) {
   if (fsync(file.Get()) != 0) Throw(errno, path);
 }
 
-void SyncFolderOf(const fs::path& path) {
-  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  Sync(Open(folder, O_RDONLY | O_DIRECTORY), folder);
-}
+void SyncFolderOf(const fs::path& path) { SyncFolder(path.has_parent_path() ? path.parent_path() : fs::path(".")); }
 
 /// A new file beside `path`, on the disk when the constructor returns, and gone with this object.
 class SideFile {
@@ -124,9 +121,16 @@ std::string ReadFile(const fs::path& path) {
 
 void ReplaceFile(const fs::path& path, std::string_view content, mode_t mode) {
   const SideFile side{path, content, mode};
-  if (rename(side.Name(), path.c_str()) != 0) Throw(errno, path);
-  SyncFolderOf(path);
+  Rename(side.Name(), path);
 }
+
+void Rename(const fs::path& from, const fs::path& to) {
+  if (rename(from.c_str(), to.c_str()) != 0) Throw(errno, to);
+  SyncFolderOf(to);
+  if (from.parent_path() != to.parent_path()) SyncFolderOf(from);
+}
+
+void SyncFolder(const fs::path& folder) { Sync(Open(folder, O_RDONLY | O_DIRECTORY), folder); }
 
 void RemoveFile(const fs::path& path) {
   if (unlink(path.c_str()) != 0 && errno != ENOENT) Throw(errno, path);

@@ -20,6 +20,13 @@ std::string ReadFile(const std::filesystem::path& path);
 /// last of several wins.
 void ReplaceFile(const std::filesystem::path& path, std::string_view content, mode_t mode = 0600);
 
+/// Gives a file or folder another name; what has that name already goes, if it is a file or an empty folder. The new
+/// name is on the disk when this returns. Throws std::system_error that names the file.
+void Rename(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Returns when what was made, renamed or removed in the folder is on the disk. Throws std::system_error that names it.
+void SyncFolder(const std::filesystem::path& folder);
+
 /// Removes the file, if it is there: also when the power fails, it is gone when this returns. Throws std::system_error
 /// that names the file.
 void RemoveFile(const std::filesystem::path& path);

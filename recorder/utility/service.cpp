@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <stdexcept>
 #include <system_error>
 
 #include "platform/utility.h"
@@ -23,16 +24,26 @@ struct flock WholeFile(short type) {
   return lock;
 }
 
-}  // namespace
-
-ServiceLock::ServiceLock(const std::filesystem::path& stateFolder) {
+/// Throws std::system_error, which names the file, when others have locks that exclude this one.
+FileDescriptor LockWhole(const std::filesystem::path& stateFolder, short type) {
   MakePrivateFolder(stateFolder);
   const auto path = LockFile(stateFolder);
-  file_ = FileDescriptor{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
-  auto lock = WholeFile(F_RDLCK);
-  if (!file_ || fcntl(file_.Get(), F_OFD_SETLK, &lock) != 0) {
+  FileDescriptor file{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
+  auto lock = WholeFile(type);
+  if (!file || fcntl(file.Get(), F_OFD_SETLK, &lock) != 0) {
     throw std::system_error(errno, std::generic_category(), path.string());
   }
+  return file;
+}
+
+}  // namespace
+
+ServiceLock::ServiceLock(const std::filesystem::path& stateFolder) : file_(LockWhole(stateFolder, F_RDLCK)) {}
+
+ServicePause::ServicePause(const std::filesystem::path& stateFolder) try : file_(LockWhole(stateFolder, F_WRLCK)) {
+} catch (const std::system_error& error) {
+  if (error.code() != std::errc::resource_unavailable_try_again && error.code() != std::errc::permission_denied) throw;
+  throw std::runtime_error("the recorder runs on " + stateFolder.string() + ", or is being restored: stop it first");
 }
 
 bool IsServiceRunning(const std::filesystem::path& stateFolder) {

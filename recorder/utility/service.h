@@ -17,7 +17,19 @@ class ServiceLock {
   FileDescriptor file_;
 };
 
-/// True while anybody holds a ServiceLock on `stateFolder`. Only asks, so that askers do not see each other.
+/// Keeps the recorder service from running, until it is destroyed: nobody gets a ServiceLock meanwhile.
+class ServicePause {
+ public:
+  /// Throws std::runtime_error when the service runs or another has it paused, std::system_error that names the file
+  /// when the lock file cannot be made.
+  explicit ServicePause(const std::filesystem::path& stateFolder);
+
+ private:
+  FileDescriptor file_;
+};
+
+/// True while anybody holds a ServiceLock or ServicePause on `stateFolder`. Only asks, so that askers do not see each
+/// other.
 bool IsServiceRunning(const std::filesystem::path& stateFolder);
 
 }  // namespace recorder
