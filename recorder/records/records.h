@@ -96,6 +96,11 @@ class Records {
   /// nothing to other objects.
   std::int64_t Version() const;
 
+  /// Writes the records as they are now to a new SQLite file, while others read and change them. The key is not in it.
+  void CopyTo(const std::filesystem::path& file) const;
+  /// What is wrong with the file and with the key, as far as reading all that is stored can tell; "" for nothing.
+  std::string Damage() const;
+
   /// Stores a camera (`camera.id` and `camera.revision` are ignored) and returns its id. A mistake is a RecordsError.
   int Add(const CameraRecord& camera, const std::string& password, const std::vector<CameraStream>& streams = {},
           const std::vector<CameraFact>& facts = {});

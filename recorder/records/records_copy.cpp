@@ -1,0 +1,45 @@
+#include <SQLiteCpp/Backup.h>
+
+#include <algorithm>
+
+#include "recorder/records/records.h"
+#include "recorder/records/records_file.h"
+
+namespace recorder {
+namespace {
+
+/// A password may be unreadable because its record was changed behind the recorder's back: that of another camera tells
+/// more.
+bool IsAnyPasswordReadable(const Records& records, const std::vector<CameraRecord>& cameras) {
+  return std::any_of(cameras.begin(), cameras.end(), [&](const CameraRecord& camera) {
+    try {
+      std::string password = records.Password(camera);
+      Wipe(password);
+      return true;
+    } catch (const RecordsError&) {
+      return false;
+    }
+  });
+}
+
+}  // namespace
+
+void Records::CopyTo(const std::filesystem::path& file) const {
+  CreateFileOnce(file, "");
+  impl_->Guarded([&] {
+    SQLite::Database copy{file.string(), SQLite::OPEN_READWRITE};
+    SQLite::Backup{copy, impl_->database}.executeStep();  // all at once: one state, and writers do not wait for it
+  });
+}
+
+std::string Records::Damage() const {
+  const std::string found = impl_->Guarded(
+      [&] { return impl_->database.execAndGet("PRAGMA quick_check(1)").getString(); });  // "ok" or the first fault
+  if (found != "ok") return "the records are damaged: " + found;
+  const std::vector<CameraRecord> cameras = List();
+  if (!cameras.empty() && !IsAnyPasswordReadable(*this, cameras)) return "the key does not fit the records";
+  for (const TrustKind kind : {TrustKind::kClient, TrustKind::kServerGroup}) ListKeys(kind);
+  return "";
+}
+
+}  // namespace recorder
