@@ -59,15 +59,24 @@ std::string ReadLine() {
   throw std::runtime_error("the first line of standard input is too long");
 }
 
+std::string AskLine(const std::string& prompt) {
+  std::cerr << prompt << ": " << std::flush;
+  return ReadLine();
+}
+
 }  // namespace
+
+std::string ReadKnownPassword(const std::string& prompt) {
+  if (isatty(STDIN_FILENO) == 0) return ReadLine();
+  const QuietTerminal quiet;
+  return AskLine(prompt);
+}
 
 std::string ReadPassword(const std::string& prompt) {
   if (isatty(STDIN_FILENO) == 0) return ReadLine();
   const QuietTerminal quiet;
-  std::cerr << prompt << ": " << std::flush;
-  std::string first = ReadLine();
-  std::cerr << prompt << " again: " << std::flush;
-  std::string second = ReadLine();
+  std::string first = AskLine(prompt);
+  std::string second = AskLine(prompt + " again");
   const WipeAtEnd wipe(second);
   if (first != second) throw std::runtime_error("the two entries differ");
   return first;

@@ -9,4 +9,7 @@ namespace recorder {
 /// bytes or the user interrupts.
 std::string ReadPassword(const std::string& prompt);
 
+/// The same for a secret that was chosen before: one entry is enough.
+std::string ReadKnownPassword(const std::string& prompt);
+
 }  // namespace recorder

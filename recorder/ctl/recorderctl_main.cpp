@@ -5,6 +5,7 @@
 #include <iostream>
 #include <string>
 
+#include "recorder/ctl/backup/backup_command.h"
 #include "recorder/ctl/call_command.h"
 #include "recorder/ctl/camera/camera_command.h"
 #include "recorder/ctl/certificate_command.h"
@@ -45,6 +46,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddLinkCommand(app, configOption);
   recorder::AddCertificateCommands(app, configOption);
   recorder::AddTrustCommands(app, configOption);
+  recorder::AddBackupCommands(app, configOption);
   recorder::AddCompletionCommand(app);
   recorder::AddWholeHelp(app);
 }

@@ -5,6 +5,7 @@
 
 #include "recorder/host/host.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_exchange.h"
 
 namespace recorder {
 
@@ -13,6 +14,7 @@ namespace recorder {
 inline std::filesystem::path StateFolder(const std::string& configOption) {
   std::filesystem::path folder = LoadConfig(FindConfigFile(configOption)).stateFolder;
   MakePrivateFolder(folder);
+  FinishStateExchange(folder);
   return folder;
 }
 

@@ -7,6 +7,7 @@
 
 #include "recorder/device/model/model_files.h"
 #include "recorder/records/records.h"
+#include "recorder/utility/state_exchange.h"
 
 namespace recorder {
 
@@ -34,6 +35,7 @@ std::filesystem::path FindConfigFile(const std::string& option) {
 Config StartPlatform(const std::filesystem::path& configFile) {
   Config config = LoadConfig(configFile);
   UseConfig(config);
+  FinishStateExchange(config.stateFolder);
   const Records records{config.stateFolder};  // a mistake shows now and not with the first request
   SetModelFolders(ModelFoldersOf(config));
   return config;

@@ -1,0 +1,86 @@
+#include "recorder/ctl/backup/backup.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include "recorder/access/users.h"
+#include "recorder/ctl/backup/state_parts.h"
+#include "recorder/records/records.h"
+#include "recorder/utility/files.h"
+#include "recorder/utility/state_exchange.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+namespace fs = std::filesystem;
+namespace {
+
+/// A folder beside a file, for this user alone, gone with this object.
+class SideFolder {
+ public:
+  explicit SideFolder(const fs::path& file) {
+    std::string name = file.string() + ".XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw std::system_error(errno, std::generic_category(), file.string());
+    path_ = name;
+  }
+  ~SideFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  SideFolder(const SideFolder&) = delete;
+  SideFolder& operator=(const SideFolder&) = delete;
+
+  fs::path operator/(const char* name) const { return path_ / name; }
+
+ private:
+  fs::path path_;
+};
+
+void Write(const fs::path& stateFolder, const fs::path& records, BackupWriter& backup) {
+  backup.AddPart(kRecordsPart, records);
+  const FileDescriptor lock = LockFolder(stateFolder);  // so that users and their sessions are of one moment
+  for (const std::string& part : PartsIn(stateFolder)) {
+    if (part != kRecordsPart) backup.AddPart(part, stateFolder / part);
+  }
+  backup.Finish();
+}
+
+void Unpack(BackupReader& backup, const fs::path& folder) {
+  while (const auto part = backup.NextPart()) {
+    if (!IsPart(*part)) throw BackupError("the backup holds what this version does not know: " + EscapeControls(*part));
+    MakePrivateFolder((folder / *part).parent_path());
+    backup.CopyPart(folder / *part);
+  }
+}
+
+/// Throws when the recorder could not go on with it.
+void TryState(const fs::path& folder) {
+  if (!Records::AreThere(folder)) throw BackupError("the backup lacks the records or their key");
+  if (const std::string damage = Records(folder).Damage(); !damage.empty()) throw BackupError(damage);
+  ReadUsers(folder);
+}
+
+}  // namespace
+
+void MakeBackup(const fs::path& stateFolder, const fs::path& file, const std::string& passphrase) {
+  if (!Records::AreThere(stateFolder)) throw BackupError(stateFolder.string() + ": there is no recorder to back up");
+  if (fs::is_directory(file)) throw std::system_error(EISDIR, std::generic_category(), file.string());
+  const SideFolder side(file);
+  Records(stateFolder).CopyTo(side / "records");
+  BackupWriter backup(side / "backup", passphrase);
+  Write(stateFolder, side / "records", backup);
+  Rename(side / "backup", file);
+}
+
+fs::path RestoreBackup(BackupReader& backup, const fs::path& stateFolder, StateThere policy) {
+  const StateExchange exchange(stateFolder);
+  if (policy == StateThere::kRefuse && !PartsIn(stateFolder).empty()) {
+    throw BackupError(stateFolder.string() +
+                      ": there is a recorder already; --replace keeps what is there in a folder");
+  }
+  Unpack(backup, exchange.NewState());
+  TryState(exchange.NewState());
+  return exchange.Commit();
+}
+
+}  // namespace recorder

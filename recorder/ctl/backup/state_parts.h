@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// What of the state folder a backup holds: cameras and trusted keys, the key that they are sealed by, users, sessions
+// and tokens, the recorder's own certificate, models of the user's own, what cameras said of themselves. Not what is of
+// one run or one machine: locks, the address that is served, the write-ahead log, notes of checks under way.
+
+namespace recorder {
+
+/// The records, as a part and as a file of the state folder. Their copy is made by SQLite.
+inline constexpr char kRecordsPart[] = "recorder.db";
+
+/// True for the name of a part, which is its path below the state folder and leads to nowhere else.
+bool IsPart(const std::string& name);
+
+/// The parts that are in a state folder now.
+std::vector<std::string> PartsIn(const std::filesystem::path& stateFolder);
+
+}  // namespace recorder
