@@ -219,3 +219,26 @@ TEST(OwnModels, AreNotAddedToAFileWithAMistake) {
   EXPECT_THAT(import.output, HasSubstr("mine.json has a mistake"));
   EXPECT_EQ(ReadText(own), before);
 }
+
+TEST(ARecorder, IsBackedUpWhileItRunsAndRestoredWhereNoneRuns) {
+  const SimCameras cameras(List({Camera("good")}));
+  const TempFolder folder;
+  const std::string file = (folder.Path() / "backup").string();
+  {
+    const TestRecorder lost;
+    lost.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
+    const Finished backup = lost.Control({"backup", "--passphrase", file}, "a phrase\n");
+    EXPECT_EQ(backup.status, 0) << backup.output;
+    EXPECT_THAT(backup.output, HasSubstr("holds the recorder and the key to all passwords"));
+    const Finished refused = lost.Control({"restore", "--replace", file}, "a phrase\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_THAT(refused.output, HasSubstr("stop it first"));
+  }
+  const TestRecorder recorder({.prepare = [&](const TestRecorder& made) {
+    const Finished restored = made.Control({"restore", file}, "a phrase\n");
+    EXPECT_EQ(restored.status, 0) << restored.output;
+  }});
+  Json::Value params = CameraParams(cameras.Port("good"), kFakePass);
+  params["camId"] = 1;
+  EXPECT_EQ(recorder.Post("CameraTest", params).Code(), 0) << "with the user and the stored password of before";
+}
