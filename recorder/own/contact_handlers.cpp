@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -21,13 +20,6 @@ namespace recorder {
 
 namespace {
 
-/// What a call of the module came to; nothing where it does not tell.
-std::optional<Outcome> OutcomeOf(const ApiAnswer& answer) {
-  const auto causes = Causes();
-  const auto row = std::ranges::find(causes, answer.causes, &CauseRow::name);
-  return row == causes.end() ? std::nullopt : std::optional(row->outcome);
-}
-
 /// Of what is the recorder's own affair nothing is noted, and whoever asked gets his answer in any case.
 void Note(Records& records, const CameraRecord& camera, Outcome outcome) try {
   const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
@@ -40,7 +32,7 @@ void Note(Records& records, const CameraRecord& camera, Outcome outcome) try {
 ApiAnswer Call(const std::string& method, const CameraRecord& camera, OwnTools& tools, Records& records) {
   ApiAnswer answer = RunCall(StoredCall(tools.module, method, camera), tools.output);
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
-  if (const auto outcome = OutcomeOf(answer)) Note(records, camera, *outcome);
+  if (const auto outcome = OutcomeNamed(answer.causes)) Note(records, camera, *outcome);
   return answer;
 }
 
@@ -82,7 +74,7 @@ OwnAnswer TestCamera(const OwnRequest& request, OwnTools& tools) {
     data["cause"] = std::string(NameOf(Outcome::kOk));
     return Success(data);
   }
-  OwnAnswer failure = CameraFailure(OutcomeOf(answer).value_or(Outcome::kRecorderFailed));
+  OwnAnswer failure = CameraFailure(OutcomeNamed(answer.causes).value_or(Outcome::kRecorderFailed));
   failure.json["error"]["module"] = json["error"]["code"];
   return failure;
 }
@@ -95,7 +87,7 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   const ApiAnswer answer = Call(kPictureMethod, asked, tools, records);
   std::string picture = PictureIn(answer);
   if (!picture.empty()) return PictureAnswer(std::move(picture));
-  return CameraFailure(OutcomeOf(answer).value_or(Outcome::kRecorderFailed));
+  return CameraFailure(OutcomeNamed(answer.causes).value_or(Outcome::kRecorderFailed));
 }
 
 OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& /*tools*/) {

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,11 +12,6 @@ namespace {
 
 /// A clock that once jumped ahead must not cost more than these.
 constexpr int kMostForgottenAtOnce = 100;
-
-std::optional<Outcome> OutcomeNamed(const std::string& name) {
-  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
-  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
-}
 
 /// What the contact before came to; "": there was none. Nothing where there is no such camera of that revision.
 std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::optional<int> revision) {

@@ -121,6 +121,11 @@ std::string_view NameOf(Outcome outcome) { return RowOf(outcome).name; }
 
 std::string_view Describe(Outcome outcome) { return RowOf(outcome).phrase; }
 
+std::optional<Outcome> OutcomeNamed(std::string_view name) {
+  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
+  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
+}
+
 Outcome OutcomeOfHttp(long status) { return OutcomeBy(&CauseRow::httpStatuses, status); }
 
 Outcome OutcomeOfRtsp(int status) { return OutcomeBy(&CauseRow::rtspStatuses, status); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -33,6 +34,9 @@ std::span<const CauseRow> Causes();
 
 /// The row of `outcome`; that of kNotUnderstood for a number that is no outcome.
 const CauseRow& RowOf(Outcome outcome);
+
+/// The outcome of that name; nothing for a name of none.
+std::optional<Outcome> OutcomeNamed(std::string_view name);
 
 /// What a status of HTTP means where nothing but 200 is a success.
 Outcome OutcomeOfHttp(long status);

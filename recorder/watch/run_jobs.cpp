@@ -1,6 +1,5 @@
 #include "recorder/watch/run_jobs.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -12,11 +11,6 @@ namespace recorder {
 namespace {
 
 constexpr char kListMethod[] = "CamBatAddVerify";
-
-std::optional<Outcome> OutcomeNamed(std::string_view name) {
-  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
-  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
-}
 
 Json::Value TestParams(const RunRow& row) {
   const CameraRecord& camera = row.camera;

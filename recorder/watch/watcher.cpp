@@ -22,11 +22,6 @@ WatchTime WatchTimeOf(std::int64_t seconds) {
   return Now() - std::chrono::seconds(std::clamp(SecondsNow() - seconds, std::int64_t{0}, kDay));
 }
 
-std::optional<Outcome> OutcomeNamed(const std::string& name) {
-  const auto row = std::ranges::find(Causes(), name, &CauseRow::name);
-  return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
-}
-
 /// A camera with many channels has a record for each, and locks out the user of all of them.
 std::string LoginOf(const CameraRecord& camera) {
   return NormalizedHost(camera.host) + ' ' + std::to_string(camera.port) + ' ' + camera.user;
