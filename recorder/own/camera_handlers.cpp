@@ -28,13 +28,13 @@ OwnAnswer Shown(const Records& records, int id) {
 
 Json::Value ListOf(const Records& records) {
   const auto streams = records.StreamNames();
-  const auto outcomes = records.Outcomes();
+  const auto states = ReadStates(records, GetConfig().stateFolder);
   Json::Value list(Json::arrayValue);
   for (const CameraRecord& camera : records.List()) {
     const auto names = streams.find(camera.id);
-    const auto state = outcomes.find(camera.id);
+    const auto state = states.find(camera.id);
     list.append(CameraEntry(camera, names == streams.end() ? std::vector<std::string>() : names->second,
-                            state == outcomes.end() ? std::nullopt : std::optional(state->second)));
+                            state == states.end() ? std::nullopt : std::optional(state->second)));
   }
   return list;
 }

@@ -3,18 +3,21 @@
 #include "recorder/device/model/path_privacy.h"
 #include "recorder/http/own_request.h"
 #include "recorder/own/main_address.h"
+#include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
 
 namespace {
 
-Json::Value StateJson(const std::optional<CameraOutcome>& state) {
+Json::Value StateJson(const std::optional<CameraState>& state) {
   if (!state) return {};
   Json::Value json(Json::objectValue);
-  json["cause"] = std::string(NameOf(state->cause));
-  json["since"] = TimeOf(state->since);
-  json["lastSuccess"] = TimeOf(state->lastSuccess);
+  json["cause"] = std::string(NameOf(state->outcome.cause));
+  json["since"] = TimeOf(state->outcome.since);
+  json["lastSuccess"] = TimeOf(state->outcome.lastSuccess);
+  json["flips"] = state->flips;
+  json["milliseconds"] = state->time ? Json::Value(Json::Int64(state->time->count())) : Json::Value();
   return json;
 }
 
@@ -22,7 +25,7 @@ Json::Value StateJson(const std::optional<CameraOutcome>& state) {
 std::string ShownPath(const std::string& path) { return FindLogin(path).empty() ? path : ""; }
 
 /// All but the streams.
-Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraOutcome>& state) {
+Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraState>& state) {
   Json::Value json(Json::objectValue);
   json["id"] = camera.id;
   json["name"] = camera.name;
@@ -74,7 +77,7 @@ bool HasPassword(const Records& records, const CameraRecord& camera) try {
 }  // namespace
 
 Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
-                        const std::optional<CameraOutcome>& state) {
+                        const std::optional<CameraState>& state) {
   Json::Value json = RecordJson(camera, state);
   Json::Value& names = json["streams"] = Json::Value(Json::arrayValue);
   for (const std::string& name : streams) names.append(name);
@@ -84,12 +87,10 @@ Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::strin
 std::optional<WholeCamera> ReadCamera(const Records& records, int id) {
   const auto record = records.Find(id);
   if (!record) return std::nullopt;
-  const auto outcomes = records.Outcomes();
-  const auto state = outcomes.find(id);
   return WholeCamera{.record = *record,
                      .streams = records.Streams(id),
                      .facts = records.Facts(id),
-                     .state = state == outcomes.end() ? std::nullopt : std::optional(state->second),
+                     .state = ReadState(records, GetConfig().stateFolder, id),
                      .hasPassword = HasPassword(records, *record)};
 }
 

@@ -6,22 +6,23 @@
 #include <string>
 #include <vector>
 
+#include "recorder/records/camera_state.h"
 #include "recorder/records/records.h"
 
 namespace recorder {
 
 // Stored cameras as clients get them. No password is in them.
 
-/// A camera in a list. `state`: what contact with it came to; nothing where there was none.
+/// A camera in a list. `state`: nothing where there was no contact with it.
 Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
-                        const std::optional<CameraOutcome>& state);
+                        const std::optional<CameraState>& state);
 
 /// All that is stored of a camera.
 struct WholeCamera {
   CameraRecord record;
   std::vector<CameraStream> streams;
   std::vector<CameraFact> facts;
-  std::optional<CameraOutcome> state;
+  std::optional<CameraState> state;
   bool hasPassword = false;
 };
 

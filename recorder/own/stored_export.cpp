@@ -20,7 +20,7 @@ std::string ValueOf(const std::vector<CameraFact>& facts, const std::string& str
 
 ModelExport ExportTyped(const WholeCamera& camera, const Records& records, const ExportNames& names) {
   if (names.vendor.empty() || names.model.empty()) return {"", {"name its vendor and its model"}};
-  const std::int64_t worked = camera.state ? camera.state->lastSuccess : 0;
+  const std::int64_t worked = camera.state ? camera.state->outcome.lastSuccess : 0;
   if (worked == 0) return {"", {"its stream has not worked yet: test it first"}};
   const std::string codec = ValueOf(camera.facts, kOwnStream, "codec");
   UserStream stream{{},

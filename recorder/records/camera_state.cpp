@@ -1,0 +1,40 @@
+#include "recorder/records/camera_state.h"
+
+#include <algorithm>
+
+#include "recorder/records/attempts.h"
+#include "recorder/utility/clock.h"
+
+namespace recorder {
+namespace {
+
+constexpr std::int64_t kDay = 86'400;
+
+void Add(const Attempt& attempt, CameraState& state) {
+  if (attempt.answered == 0) return;
+  state.time = attempt.time;
+  state.outcome.lastSuccess = std::max(state.outcome.lastSuccess, attempt.lastSuccess);
+}
+
+}  // namespace
+
+std::map<int, CameraState> ReadStates(const Records& records, const std::filesystem::path& stateFolder) {
+  const auto flips = records.Flips(SecondsNow() - kDay);
+  const auto attempts = Attempts::Read(stateFolder);
+  std::map<int, CameraState> states;
+  for (const auto& [id, outcome] : records.Outcomes()) {
+    CameraState& state = states[id];
+    state.outcome = outcome;
+    if (const auto count = flips.find(id); count != flips.end()) state.flips = count->second;
+    if (const auto attempt = attempts.find(id); attempt != attempts.end()) Add(attempt->second, state);
+  }
+  return states;
+}
+
+std::optional<CameraState> ReadState(const Records& records, const std::filesystem::path& stateFolder, int id) {
+  const auto states = ReadStates(records, stateFolder);
+  const auto state = states.find(id);
+  return state == states.end() ? std::nullopt : std::optional(state->second);
+}
+
+}  // namespace recorder
