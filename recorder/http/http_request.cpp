@@ -44,6 +44,8 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
   request.fetchSite = text("HTTP_SEC_FETCH_SITE");
   request.ifNoneMatch = text("HTTP_IF_NONE_MATCH");
   request.ifMatch = text("HTTP_IF_MATCH");
+  request.accept = text("HTTP_ACCEPT");
+  request.lastEventId = text("HTTP_LAST_EVENT_ID");
   request.address = Unmapped(text("REMOTE_ADDR"));
   request.remoteUser = text("REMOTE_USER");
   request.remoteRole = text("REMOTE_ROLE");

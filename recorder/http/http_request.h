@@ -48,6 +48,8 @@ struct HttpRequest {
   std::string fetchSite;      ///< the Sec-Fetch-Site header
   std::string ifNoneMatch;    ///< the If-None-Match header
   std::string ifMatch;        ///< the If-Match header
+  std::string accept;         ///< the Accept header
+  std::string lastEventId;    ///< the Last-Event-ID header
   std::string address;        ///< of whoever asks; of IPv4 without the prefix of IPv6
   std::string remoteUser;     ///< the user that the server has authenticated, or ""
   std::string remoteRole;     ///< his role, or "": recorder-login tells it with him

@@ -43,5 +43,6 @@ OwnAnswer CancelRun(const OwnRequest& request, OwnTools& tools);
 OwnAnswer AddRows(const OwnRequest& request, OwnTools& tools);
 OwnAnswer ListRows(const OwnRequest& request, OwnTools& tools);
 OwnAnswer StartRun(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ListEvents(const OwnRequest& request, OwnTools& tools);
 
 }  // namespace recorder

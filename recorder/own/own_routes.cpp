@@ -28,6 +28,7 @@ constexpr OwnRoute kRoutes[] = {
     {"POST", "runs/*/rows", Need::kAdmin, Pool::kLists, Keep::kNothing, &AddRows},
     {"GET", "runs/*/rows", Need::kAdmin, Pool::kLists, Keep::kNothing, &ListRows},
     {"POST", "runs/*/start", Need::kAdmin, Pool::kLists, Keep::kNothing, &StartRun},
+    {"GET", "events", Need::kUser, Pool::kLists, Keep::kNothing, &ListEvents},
     {"POST", "measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureStream},
 };
 

@@ -25,6 +25,7 @@ namespace {
 /// a name and a password by recorder-login, before a worker gets the request without them. Of any other header that may
 /// hold a password, such as one that was joined of two, only recorder-login gets to know.
 /// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
+/// Events that are told as they come hold a worker for long: not one of those few that answer lists.
 /// A browser may keep its lists that hold nothing about anybody or any camera, if it asks anew.
 /// Whoever watches the recorder asks workers that wait for no camera; they decide who may.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
@@ -55,6 +56,9 @@ $HTTP["url"] =~ "API_ADDRESSES" {
 $HTTP["url"] =~ "LIST_ADDRESSES" {
   fastcgi.server = ( "/" => ( LIST_WORKERS ) )
 }
+$HTTP["url"] =~ "EVENT_ADDRESS" {
+  $REQUEST_HEADER["Accept"] =~ "EVENT_STREAM" { fastcgi.server = ( "/" => ( CAMERA_WORKERS ) ) }
+}
 $REQUEST_HEADER["Authorization"] !~ "(?i)^Bearer [^,]*$" {
   setenv.set-request-header = ( "Authorization" => "" )
 }
@@ -67,6 +71,9 @@ $REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
   $HTTP["url"] =~ "LIST_ADDRESSES" {
     setenv.set-request-header = ()
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, LIST_WORKERS ) )
+  }
+  $HTTP["url"] =~ "EVENT_ADDRESS" {
+    $REQUEST_HEADER["Accept"] =~ "EVENT_STREAM" { fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, CAMERA_WORKERS ) ) }
   }
 }
 $HTTP["url"] =~ "LOGIN_ADDRESSES" {
@@ -141,6 +148,8 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
   "Content-Security-Policy" => "default-src 'none'; frame-ancestors 'none'")"},
     {"USER_ADDRESSES", "^/(api|recorder/[0-9]+)(/|$)"},
     {"API_ADDRESSES", "^/((api|recorder/[0-9]+|trusted)(/|$)|(healthz|readyz|metrics)$)"},
+    {"EVENT_ADDRESS", "^/recorder/1/events$"},
+    {"EVENT_STREAM", "text/event-stream"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
     {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|healthz|readyz|metrics)$"},
 };

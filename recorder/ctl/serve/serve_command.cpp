@@ -1,5 +1,6 @@
 #include "recorder/ctl/serve/serve_command.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -25,6 +26,7 @@
 #include "recorder/http/counts.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
+#include "recorder/own/event_stream.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/log.h"
 
@@ -159,6 +161,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
   MakeCounts(run / "counts");
   setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
+  setenv(kStreamsVariable, std::to_string(std::max(1, options.cameraWorkers / 4)).c_str(), 1);
   Pools pools(run, options);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});

@@ -1,0 +1,107 @@
+#include "recorder/own/event_stream.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "recorder/notice/event_json.h"
+#include "recorder/utility/clock.h"
+#include "recorder/utility/config.h"
+#include "recorder/utility/handle.h"
+#include "recorder/utility/json_text.h"
+#include "recorder/utility/text.h"
+
+namespace recorder {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds kLongest{50};
+constexpr std::chrono::milliseconds kLookAgain{500};
+/// That whoever asked has gone is noticed by sending him something.
+constexpr seconds kLongestSilence{2};
+constexpr int kMostAtOnce = 100;
+
+int Places() {
+  const char* count = std::getenv(kStreamsVariable);  // NOLINT(concurrency-mt-unsafe): nobody sets variables
+  return count == nullptr ? 1 : ParseNumber<int>(count).value_or(1);
+}
+
+/// One of the places that workers have for telling events: a lock of a byte that belongs to the open file, and so ends
+/// with this object or process.
+class StreamPlace {
+ public:
+  /// Throws HttpError when all are taken.
+  explicit StreamPlace(const std::filesystem::path& stateFolder)
+      : file_(open((stateFolder / "events.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+    if (!file_) throw std::system_error(errno, std::generic_category(), "events.lock");
+    for (int place = 0; place < Places(); ++place) {
+      if (Takes(place)) return;
+    }
+    throw HttpError(503, "enough workers tell events already: ask for pages of them", "Retry-After: 30\r\n");
+  }
+
+ private:
+  bool Takes(int place) const {
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = place;
+    lock.l_len = 1;
+    return fcntl(file_.Get(), F_OFD_SETLK, &lock) == 0;
+  }
+
+  FileDescriptor file_;
+};
+
+/// The last event that whoever asks knows of.
+std::int64_t LastKnown(const HttpRequest& request, const Records& records) {
+  if (const auto given = ParseNumber<std::int64_t>(request.lastEventId)) return *given;
+  const auto newest = records.EventsBefore(std::numeric_limits<std::int64_t>::max(), 1);
+  return newest.empty() ? 0 : newest.front().id;
+}
+
+std::string TextOf(const std::vector<CameraEvent>& events) {
+  std::string text;
+  for (const CameraEvent& event : events) {
+    text += "id: " + std::to_string(event.id) + "\ndata: " + ToText(EventJson(event)) + "\n\n";
+  }
+  return text;
+}
+
+/// Tells of what comes next, or that there is nothing. False when whoever asked has gone.
+bool TellNext(const Records& records, const EventFilter& filter, LineAnswer& answer, std::int64_t& last) {
+  const Clock::time_point silentUntil = Clock::now() + kLongestSilence;
+  std::vector<CameraEvent> events = records.EventsAfter(last, kMostAtOnce, filter);
+  while (events.empty() && Clock::now() < silentUntil) {
+    std::this_thread::sleep_for(kLookAgain);
+    events = records.EventsAfter(last, kMostAtOnce, filter);
+  }
+  if (events.empty()) return answer.TellEvents(":\n\n");
+  last = events.back().id;
+  return answer.TellEvents(TextOf(events));
+}
+
+}  // namespace
+
+bool WantsStream(const HttpRequest& request) { return request.accept.find("text/event-stream") != std::string::npos; }
+
+void StreamEvents(const HttpRequest& request, const EventFilter& filter, LineAnswer& answer) {
+  const StreamPlace place(GetConfig().stateFolder);
+  const Records records(GetConfig().stateFolder);
+  const Clock::time_point end = Clock::now() + kLongest;
+  std::int64_t last = LastKnown(request, records);
+  bool isThere = answer.TellEvents("retry: 2000\nid: " + std::to_string(last) + "\n\n");
+  while (isThere && Clock::now() < end) isThere = TellNext(records, filter, answer, last);
+}
+
+}  // namespace recorder
