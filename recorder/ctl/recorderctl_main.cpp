@@ -18,6 +18,7 @@
 #include "recorder/ctl/models_command.h"
 #include "recorder/ctl/serve/serve_command.h"
 #include "recorder/ctl/session_command.h"
+#include "recorder/ctl/status_command.h"
 #include "recorder/ctl/stored_call_command.h"
 #include "recorder/ctl/token_command.h"
 #include "recorder/ctl/trust_command.h"
@@ -36,6 +37,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddHealthCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
+  recorder::AddOverviewCommand(app, configOption);
   recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app, configOption);
   recorder::AddFindCommand(app, configOption);

@@ -13,7 +13,9 @@
 namespace recorder {
 namespace {
 
-std::filesystem::path LockFile(const std::filesystem::path& stateFolder) { return stateFolder / "service.lock"; }
+std::filesystem::path LockFile(const std::filesystem::path& stateFolder, Service service = Service::kRecorder) {
+  return stateFolder / (service == Service::kWatch ? "watch.lock" : "service.lock");
+}
 
 /// A lock of the whole file that belongs to the open file, not to the process (fcntl(2), "open file description
 /// locks").
@@ -25,9 +27,8 @@ struct flock WholeFile(short type) {
 }
 
 /// Throws std::system_error, which names the file, when others have locks that exclude this one.
-FileDescriptor LockWhole(const std::filesystem::path& stateFolder, short type) {
-  MakePrivateFolder(stateFolder);
-  const auto path = LockFile(stateFolder);
+FileDescriptor LockWhole(const std::filesystem::path& path, short type) {
+  MakePrivateFolder(path.parent_path());
   FileDescriptor file{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
   auto lock = WholeFile(type);
   if (!file || fcntl(file.Get(), F_OFD_SETLK, &lock) != 0) {
@@ -38,16 +39,18 @@ FileDescriptor LockWhole(const std::filesystem::path& stateFolder, short type) {
 
 }  // namespace
 
-ServiceLock::ServiceLock(const std::filesystem::path& stateFolder) : file_(LockWhole(stateFolder, F_RDLCK)) {}
+ServiceLock::ServiceLock(const std::filesystem::path& stateFolder, Service service)
+    : file_(LockWhole(LockFile(stateFolder, service), F_RDLCK)) {}
 
-ServicePause::ServicePause(const std::filesystem::path& stateFolder) try : file_(LockWhole(stateFolder, F_WRLCK)) {
+ServicePause::ServicePause(const std::filesystem::path& stateFolder) try
+    : file_(LockWhole(LockFile(stateFolder), F_WRLCK)) {
 } catch (const std::system_error& error) {
   if (error.code() != std::errc::resource_unavailable_try_again && error.code() != std::errc::permission_denied) throw;
   throw std::runtime_error("the recorder runs on " + stateFolder.string() + ", or is being restored: stop it first");
 }
 
-bool IsServiceRunning(const std::filesystem::path& stateFolder) {
-  const FileDescriptor file{open(LockFile(stateFolder).c_str(), O_RDONLY | O_CLOEXEC)};
+bool IsServiceRunning(const std::filesystem::path& stateFolder, Service service) {
+  const FileDescriptor file{open(LockFile(stateFolder, service).c_str(), O_RDONLY | O_CLOEXEC)};
   auto lock = WholeFile(F_WRLCK);
   return file && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }

@@ -6,12 +6,18 @@
 
 namespace recorder {
 
-/// Says that the recorder service runs: every worker holds one while it serves. It ends with the process, however that
-/// ends; a program that a worker starts does not inherit it. [any number at once]
+/// What is said to run.
+enum class Service {
+  kRecorder,  ///< every worker says so while it serves
+  kWatch,     ///< whoever checks the stored cameras
+};
+
+/// Says that a service runs. It ends with the process, however that ends; a program that a worker starts does not
+/// inherit it. [any number at once]
 class ServiceLock {
  public:
   /// Throws std::system_error that names the lock file.
-  explicit ServiceLock(const std::filesystem::path& stateFolder);
+  explicit ServiceLock(const std::filesystem::path& stateFolder, Service service = Service::kRecorder);
 
  private:
   FileDescriptor file_;
@@ -30,6 +36,6 @@ class ServicePause {
 
 /// True while anybody holds a ServiceLock or ServicePause on `stateFolder`. Only asks, so that askers do not see each
 /// other.
-bool IsServiceRunning(const std::filesystem::path& stateFolder);
+bool IsServiceRunning(const std::filesystem::path& stateFolder, Service service = Service::kRecorder);
 
 }  // namespace recorder

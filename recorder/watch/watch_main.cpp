@@ -65,6 +65,7 @@ int main(int argc, char** argv) {
   try {
     const Host host = StartHost(FindConfigFile(configFile));
     const ServiceLock lock(host.config.stateFolder);
+    const ServiceLock watchLock(host.config.stateFolder, Service::kWatch);
     Watch(host);
   } catch (const std::exception& error) {
     LogFailure(error.what());

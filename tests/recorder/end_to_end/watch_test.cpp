@@ -56,9 +56,14 @@ TEST(Watch, TellsWhenACameraGoesAndComesAndTriesARefusedLoginOnceWhateverIsKille
             (std::map<int, std::vector<Outcome>>{
                 {comes, {kOk, kUnreachable, kOk}}, {good, {kOk}}, {locks, {kLoginRefused}}}));
   EXPECT_EQ(others.Log("locks")["refusedLogins"], 1);
+  const Finished status = recorder.Control({"status", "--cause", "loginRefused"});
+  EXPECT_EQ(status.status, 1) << "one is down";
+  EXPECT_THAT(status.output, testing::HasSubstr("\tdown\t"));
+  EXPECT_EQ(recorder.Control({"status", "--cause", "ok"}).status, 0);
 }
 
 TEST(Watch, IsLeftOutIfAskedTo) {
   const TestRecorder recorder({.serveArguments = {"--no-watch"}});
   EXPECT_TRUE(Descendants(getpid(), "recorder-watch").empty());
+  EXPECT_EQ(recorder.Control({"status"}).status, 2) << "nobody watches";
 }
