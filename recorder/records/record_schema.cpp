@@ -80,6 +80,13 @@ CREATE INDEX eventsByTime ON events (at);
 CREATE TRIGGER forgetEvents AFTER DELETE ON cameras
   BEGIN DELETE FROM events WHERE cameraId = OLD.id; END;
 )"},
+    // There is one at most.
+    {7, R"(
+CREATE TABLE webhook (
+  id INTEGER PRIMARY KEY CHECK (id = 1), url TEXT NOT NULL, secret BLOB NOT NULL, revision INTEGER NOT NULL,
+  toldEvent INTEGER NOT NULL, toldSteady INTEGER NOT NULL, triedAt INTEGER NOT NULL, result TEXT NOT NULL
+) STRICT;
+)"},
 };
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "recorder/records/camera_record.h"
+#include "recorder/records/webhook.h"
 #include "recorder/utility/outcome.h"
 #include "recorder/utility/secrets.h"
 
@@ -145,6 +146,17 @@ class Records {
   std::map<int, int> Flips(std::int64_t since) const;
   /// All cameras, counted by both.
   std::vector<CameraCount> CountCameras() const;
+
+  std::optional<Webhook> FindWebhook() const;
+  /// Its secret, which the caller wipes.
+  std::string WebhookSecret(const Webhook& webhook) const;
+  /// Sets the webhook. A new one is told nothing of what was before; another address of one that was there goes on
+  /// where that was.
+  void SetWebhook(const std::string& url, const std::string& secret);
+  /// False when there is none.
+  bool RemoveWebhook();
+  /// Keeps how far the webhook was told and what that came to, unless it was set anew meanwhile.
+  void NoteTold(const Webhook& webhook);
 
   /// The certificates that are pinned for a camera.
   Certificates PinnedCertificates(int id) const;
