@@ -14,6 +14,7 @@
 #include "recorder/watch/module_work.h"
 #include "recorder/watch/runner.h"
 #include "recorder/watch/watcher.h"
+#include "recorder/watch/webhook_process.h"
 
 namespace recorder {
 
@@ -35,6 +36,7 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
 }
 
 [[noreturn]] void Watch(const Host& host) {
+  WebhookProcess webhook(host.config.stateFolder);
   Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval);
   Runner runner(host.config.stateFolder);
   Checkers checkers(ModuleWork(host.module), {.job = host.config.limits.test + kPatience});
@@ -44,6 +46,7 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
     }
     watcher.Update();
     runner.Update();
+    webhook.Replenish();
     while (checkers.Free() > 0 && watcher.StartNext(checkers)) continue;
     runner.StartAll(checkers);
     Wait(checkers, watcher);

@@ -1,0 +1,118 @@
+#include "recorder/notice/signed_post.h"
+
+#include <sodium.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <new>
+#include <utility>
+
+#include "recorder/net/curl_handles.h"
+#include "recorder/utility/address_policy.h"
+#include "recorder/utility/secrets.h"
+#include "recorder/utility/translate.h"
+
+namespace recorder {
+namespace {
+
+constexpr long kLongestMs = 10'000;
+
+constexpr std::pair<CURLcode, Outcome> kOutcomes[] = {
+    {CURLE_OK, Outcome::kOk},
+    {CURLE_COULDNT_RESOLVE_HOST, Outcome::kUnreachable},
+    {CURLE_COULDNT_CONNECT, Outcome::kUnreachable},
+    {CURLE_OPERATION_TIMEDOUT, Outcome::kTimedOut},
+};
+
+std::string Signature(const std::string& secret, const std::string& body) {
+  PrepareSodium();
+  crypto_auth_hmacsha256_state state;
+  std::array<unsigned char, crypto_auth_hmacsha256_BYTES> hmac{};
+  crypto_auth_hmacsha256_init(&state, reinterpret_cast<const unsigned char*>(secret.data()), secret.size());
+  crypto_auth_hmacsha256_update(&state, reinterpret_cast<const unsigned char*>(body.data()), body.size());
+  crypto_auth_hmacsha256_final(&state, hmac.data());
+  sodium_memzero(&state, sizeof(state));
+  return "sha256=" + HexText(hmac);
+}
+
+/// One request.
+class Post {
+ public:
+  Post(const std::string& url, const std::string& secret, const std::string& body) : curl_(curl_easy_init()) {
+    if (!curl_) throw std::bad_alloc();
+    Append("Content-Type: application/json");
+    Append("X-Signature: " + Signature(secret, body));
+    Set(CURLOPT_HTTPHEADER, headers_.get());
+    Set(CURLOPT_URL, url.c_str());
+    Set(CURLOPT_COPYPOSTFIELDS, body.c_str());
+    Set(CURLOPT_PROTOCOLS_STR, "http,https");
+    Set(CURLOPT_PROXY, "");
+    Set(CURLOPT_USERAGENT, "recorder");
+    Set(CURLOPT_NOSIGNAL, 1L);
+    Set(CURLOPT_TIMEOUT_MS, kLongestMs);
+    Set(CURLOPT_OPENSOCKETFUNCTION, &OnOpenSocket);
+    Set(CURLOPT_OPENSOCKETDATA, this);
+    Set(CURLOPT_WRITEFUNCTION, &OnBody);
+  }
+  Post(const Post&) = delete;
+  Post& operator=(const Post&) = delete;
+
+  PostResult Perform() {
+    const CURLcode code = curl_easy_perform(curl_.get());
+    PostResult result{.outcome = Translate(kOutcomes, code, Outcome::kNotThisProtocol)};
+    curl_easy_getinfo(curl_.get(), CURLINFO_RESPONSE_CODE, &result.status);
+    const bool isGood = result.status >= 200 && result.status < 300;
+    if (result.outcome == Outcome::kOk && !isGood) result.outcome = Outcome::kNotUnderstood;
+    if (isBlocked_ && result.outcome != Outcome::kOk) result.outcome = Outcome::kBlocked;
+    return result;
+  }
+
+ private:
+  template <class Value>
+  void Set(CURLoption option, Value value) {
+    curl_easy_setopt(curl_.get(), option, value);
+  }
+
+  void Append(const std::string& line) {
+    curl_slist* longer = curl_slist_append(headers_.get(), line.c_str());
+    if (longer == nullptr) throw std::bad_alloc();
+    static_cast<void>(headers_.release());
+    headers_.reset(longer);
+  }
+
+  /// Called by libcurl for each address of the host.
+  static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
+    const bool mayConnect = MayConnectTo(address->addr);
+    if (!mayConnect) static_cast<Post*>(self)->isBlocked_ = true;
+    return mayConnect ? socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol) : CURL_SOCKET_BAD;
+  }
+
+  /// Nobody needs what it says; one that says too much is ended by the time limit.
+  static std::size_t OnBody(const char*, std::size_t, std::size_t size, void*) { return size; }
+
+  CurlList headers_;
+  bool isBlocked_ = false;
+  CurlHandle curl_;
+};
+
+std::string PartOf(const UrlHandle& url, CURLUPart part) {
+  char* text = nullptr;
+  const bool isThere = curl_url_get(url.get(), part, &text, 0) == CURLUE_OK;
+  return isThere ? CurlText(text).get() : "";
+}
+
+}  // namespace
+
+bool IsNoticeUrl(const std::string& text) {
+  const UrlHandle url(curl_url());
+  if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) return false;
+  const std::string scheme = PartOf(url, CURLUPART_SCHEME);
+  const bool hasLogin = !PartOf(url, CURLUPART_USER).empty() || !PartOf(url, CURLUPART_PASSWORD).empty();
+  return (scheme == "http" || scheme == "https") && !PartOf(url, CURLUPART_HOST).empty() && !hasLogin;
+}
+
+PostResult PostSigned(const std::string& url, const std::string& secret, const std::string& body) {
+  return Post(url, secret, body).Perform();
+}
+
+}  // namespace recorder

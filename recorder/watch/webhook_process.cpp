@@ -1,0 +1,41 @@
+#include "recorder/watch/webhook_process.h"
+
+#include <unistd.h>
+
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include "recorder/utility/log.h"
+#include "recorder/watch/webhook_sender.h"
+
+namespace recorder {
+namespace {
+
+constexpr std::chrono::seconds kLookAgain{1};
+/// What keeps a process from its work may do so again.
+constexpr std::chrono::seconds kShortestLife{60};
+
+/// Until it fails.
+void TellWebhook(const std::filesystem::path& stateFolder) try {
+  close_range(STDERR_FILENO + 1, ~0U, 0);
+  WebhookSender sender(stateFolder);
+  for (;; std::this_thread::sleep_for(kLookAgain)) sender.Send();
+} catch (const std::exception& error) {
+  LogFailure(std::string("The webhook is told nothing for a minute: ") + error.what());
+}
+
+}  // namespace
+
+WebhookProcess::WebhookProcess(std::filesystem::path stateFolder) : stateFolder_(std::move(stateFolder)) {
+  Replenish();
+}
+
+void WebhookProcess::Replenish() {
+  const bool isNew = start_ == Clock::time_point();
+  if (!process_.HasEnded() || (!isNew && Clock::now() - start_ < kShortestLife)) return;
+  start_ = Clock::now();
+  process_ = ChildProcess([this] { TellWebhook(stateFolder_); });
+}
+
+}  // namespace recorder
