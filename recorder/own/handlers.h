@@ -44,5 +44,9 @@ OwnAnswer AddRows(const OwnRequest& request, OwnTools& tools);
 OwnAnswer ListRows(const OwnRequest& request, OwnTools& tools);
 OwnAnswer StartRun(const OwnRequest& request, OwnTools& tools);
 OwnAnswer ListEvents(const OwnRequest& request, OwnTools& tools);
+OwnAnswer ShowWebhook(const OwnRequest& request, OwnTools& tools);
+OwnAnswer SetWebhook(const OwnRequest& request, OwnTools& tools);
+OwnAnswer RemoveWebhook(const OwnRequest& request, OwnTools& tools);
+OwnAnswer TestWebhook(const OwnRequest& request, OwnTools& tools);
 
 }  // namespace recorder

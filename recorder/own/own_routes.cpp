@@ -29,6 +29,10 @@ constexpr OwnRoute kRoutes[] = {
     {"GET", "runs/*/rows", Need::kAdmin, Pool::kLists, Keep::kNothing, &ListRows},
     {"POST", "runs/*/start", Need::kAdmin, Pool::kLists, Keep::kNothing, &StartRun},
     {"GET", "events", Need::kUser, Pool::kLists, Keep::kNothing, &ListEvents},
+    {"GET", "webhook", Need::kAdmin, Pool::kLists, Keep::kNothing, &ShowWebhook},
+    {"PUT", "webhook", Need::kAdmin, Pool::kLists, Keep::kNothing, &SetWebhook},
+    {"DELETE", "webhook", Need::kAdmin, Pool::kLists, Keep::kNothing, &RemoveWebhook},
+    {"POST", "webhook/test", Need::kAdmin, Pool::kCameras, Keep::kNothing, &TestWebhook},
     {"POST", "measure", Need::kAdmin, Pool::kCameras, Keep::kNothing, &MeasureStream},
 };
 
