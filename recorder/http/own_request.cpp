@@ -31,6 +31,8 @@ int NumberOf(const OwnRequest& request, const char* member, int least, int most,
       400, std::string(member) + " must be a number from " + std::to_string(least) + " to " + std::to_string(most));
 }
 
+Json::Value TextOrNull(const std::string& text) { return text.empty() ? Json::Value() : Json::Value(text); }
+
 Json::Value TimeOf(std::int64_t seconds) { return seconds == 0 ? Json::Value() : Json::Value(Json::Int64(seconds)); }
 
 Json::Value ReadJsonBody(const HttpRequest& request) {

@@ -31,6 +31,9 @@ bool FlagOf(const OwnRequest& request, const char* member);
 /// A whole number from `least` to `most`; `missing` when there is none. Throws HttpError when it is anything else.
 int NumberOf(const OwnRequest& request, const char* member, int least, int most, int missing);
 
+/// A text as answers have it: null where it is empty.
+Json::Value TextOrNull(const std::string& text);
+
 /// A time as answers have it: null for none.
 Json::Value TimeOf(std::int64_t seconds);
 

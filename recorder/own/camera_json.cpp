@@ -22,7 +22,7 @@ Json::Value StateJson(const std::optional<CameraState>& state) {
 }
 
 /// recorderctl stores a path that holds a login, too. It is for nobody's eyes.
-std::string ShownPath(const std::string& path) { return FindLogin(path).empty() ? path : ""; }
+std::string ShownPath(const std::string& path) { return FindPathLogin(path).empty() ? path : ""; }
 
 /// All but the streams.
 Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraState>& state) {

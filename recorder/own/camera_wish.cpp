@@ -15,7 +15,7 @@ namespace recorder {
 
 namespace {
 
-constexpr std::string_view kMembers[] = {
+constexpr std::string_view kWishMembers[] = {
     "name",       "vendor",  "model", "host",    "port",  "user",  "password",   "channel",
     "sourcePath", "enabled", "owner", "streams", "facts", "force", "allowBasic", "trustNewCertificate"};
 
@@ -91,7 +91,7 @@ void RefuseMistakes(const CameraWish& wish) {
 }  // namespace
 
 void ReadWish(const Json::Value& body, const CameraRecord& before, const Records& records, CameraWish& wish) {
-  RefuseOtherMembers(body, kMembers, "");
+  RefuseOtherMembers(body, kWishMembers, "");
   wish.record = before;
   SetRecord(body, wish.record);
   wish.password = PasswordIn(body);

@@ -6,6 +6,7 @@
 
 #include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/model_stream.h"
+#include "recorder/http/own_request.h"
 #include "recorder/net/camera_address.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
@@ -18,8 +19,6 @@ namespace {
 
 constexpr std::pair<ModelOrigin, const char*> kOrigins[] = {
     {ModelOrigin::kBuiltIn, "builtIn"}, {ModelOrigin::kShipped, "shipped"}, {ModelOrigin::kOwn, "own"}};
-
-Json::Value TextOrNull(const std::string& text) { return text.empty() ? Json::Value() : Json::Value(text); }
 
 Json::Value CountsOf(const Model& model) {
   FactCounts counts;

@@ -11,8 +11,6 @@ const char* StateOf(const RunResult& row) {
   return row.isAtHand ? "atHand" : "waiting";
 }
 
-Json::Value TextOrNull(const std::string& text) { return text.empty() ? Json::Value() : Json::Value(text); }
-
 }  // namespace
 
 Json::Value RunJson(const Run& run) {

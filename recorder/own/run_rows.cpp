@@ -15,8 +15,8 @@ namespace {
 /// What other lists of cameras take, too.
 constexpr std::size_t kLongestRowName = 64;
 
-constexpr std::string_view kMembers[] = {"name", "vendor",  "model",      "host",    "port",
-                                         "user", "channel", "sourcePath", "password"};
+constexpr std::string_view kRowMembers[] = {"name", "vendor",  "model",      "host",    "port",
+                                            "user", "channel", "sourcePath", "password"};
 
 /// In characters, of UTF-8.
 std::size_t LengthOf(std::string_view text) {
@@ -27,7 +27,7 @@ std::size_t LengthOf(std::string_view text) {
 
 void ReadRow(const Json::Value& object, RunRow& row) {
   if (!object.isObject()) throw BadMember("rows", "must be objects");
-  RefuseOtherMembers(object, kMembers, "");
+  RefuseOtherMembers(object, kRowMembers, "");
   CameraRecord& camera = row.camera;
   SetText(object, "name", camera.name);
   SetText(object, "vendor", camera.vendor);

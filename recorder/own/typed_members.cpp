@@ -26,7 +26,7 @@ void SetText(const Json::Value& object, const char* member, std::string& text) {
 
 void SetPath(const Json::Value& object, const char* member, std::string& path) {
   SetText(object, member, path);
-  const bool holdsLogin = object.isMember(member) && !FindLogin(path).empty();
+  const bool holdsLogin = object.isMember(member) && !FindPathLogin(path).empty();
   if (holdsLogin) throw BadMember(member, "holds a login, which belongs into user and password");
 }
 

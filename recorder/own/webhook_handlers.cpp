@@ -15,7 +15,7 @@ namespace recorder {
 
 namespace {
 
-constexpr std::array<std::string_view, 2> kMembers = {"url", "secret"};
+constexpr std::array<std::string_view, 2> kWebhookMembers = {"url", "secret"};
 constexpr std::size_t kShortestSecret = 16;
 
 Json::Value WebhookJson(const std::optional<Webhook>& webhook) {
@@ -51,7 +51,7 @@ OwnAnswer ShowWebhook(const OwnRequest& /*request*/, OwnTools& /*tools*/) {
 }
 
 OwnAnswer SetWebhook(const OwnRequest& request, OwnTools& /*tools*/) {
-  RefuseOtherMembers(request.params, kMembers, "");
+  RefuseOtherMembers(request.params, kWebhookMembers, "");
   const std::string url = TextOf(request, "url");
   if (url.size() > kLongestRecordText || !IsNoticeUrl(url)) {
     throw BadMember("url", "must be an address of http or https, without a login");

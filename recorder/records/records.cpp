@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "recorder/records/records_file.h"
+#include "recorder/utility/clock.h"
 
 namespace recorder {
 namespace {

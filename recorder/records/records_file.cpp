@@ -2,9 +2,8 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
-
 #include "recorder/records/record_schema.h"
+#include "recorder/utility/clock.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -12,7 +11,6 @@ namespace {
 
 constexpr auto kDatabaseFile = "recorder.db";
 constexpr auto kKeyFile = "secret.key";
-constexpr int kBusyTimeoutMs = 5000;
 
 /// SQLite gives its side files the mode of the database file, so that this one mode is enough. A file that is there is
 /// for SQLite alone to open: closing any descriptor of it drops the locks that other connections of this process hold
@@ -39,11 +37,6 @@ void DeleteRemoved(SQLite::Database& database) {
 }
 
 }  // namespace
-
-std::int64_t SecondsNow() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::seconds>(now).count();
-}
 
 Records::Impl::Impl(const fs::path& stateFolder)
     : file(stateFolder / kDatabaseFile),

@@ -3,7 +3,6 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <SQLiteCpp/VariadicBind.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -62,9 +61,6 @@ struct Records::Impl {
 
 /// Throws RecordsError, which names it, when there is a mistake.
 void RequireNoMistake(const std::optional<RecordMistake>& mistake);
-
-/// Seconds since 1970.
-std::int64_t SecondsNow();
 
 inline void BindBlob(SQLite::Statement& statement, int index, const std::string& bytes) {
   statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));

@@ -9,7 +9,6 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int kBusyTimeoutMs = 5000;
 constexpr int kSchema = 1;
 
 // A row waits as long as it has neither `at` nor `result`, and is at hand as long as it has no result. `place` is its
@@ -33,7 +32,7 @@ CREATE TRIGGER forgetRows AFTER DELETE ON runs
   BEGIN DELETE FROM rows WHERE runId = OLD.id; END;
 )";
 
-fs::path FileIn(const fs::path& stateFolder) { return stateFolder / "runs.db"; }
+fs::path RunsFileIn(const fs::path& stateFolder) { return stateFolder / "runs.db"; }
 
 /// Whoever comes next makes again what somebody left half made.
 void MakeSchema(SQLite::Database& database, const fs::path& file) {
@@ -51,7 +50,7 @@ void MakeSchema(SQLite::Database& database, const fs::path& file) {
 
 bool Runs::AreThere(const fs::path& stateFolder) {
   std::error_code ignored;
-  return fs::exists(FileIn(stateFolder), ignored);
+  return fs::exists(RunsFileIn(stateFolder), ignored);
 }
 
 Runs::Runs(const fs::path& stateFolder) {
@@ -63,7 +62,7 @@ Runs::Runs(const fs::path& stateFolder) {
 Runs::~Runs() = default;
 
 Runs::Impl::Impl(const fs::path& stateFolder)
-    : file(FileIn(stateFolder)), key(LoadOrMakeKey(stateFolder / "secret.key")), database(Open(stateFolder)) {}
+    : file(RunsFileIn(stateFolder)), key(LoadOrMakeKey(stateFolder / "secret.key")), database(Open(stateFolder)) {}
 
 SQLite::Database Runs::Impl::Open(const fs::path& stateFolder) const {
   if (!fs::exists(file)) CreateFileOnce(file, "");

@@ -14,7 +14,7 @@ namespace recorder {
 namespace {
 
 /// A run that was started begins after this time.
-constexpr std::chrono::milliseconds kLookAgain{500};
+constexpr std::chrono::milliseconds kAskRunsAgain{500};
 
 /// Those of stored cameras that were silent when they were contacted last.
 void AddSilentHosts(const std::filesystem::path& stateFolder, std::set<std::string>& hosts) {
@@ -42,7 +42,7 @@ Runner::Runner(std::filesystem::path stateFolder) : stateFolder_(std::move(state
 
 void Runner::Update() {
   if (Clock::now() < lookAt_ || !Runs::AreThere(stateFolder_)) return;
-  lookAt_ = Clock::now() + kLookAgain;
+  lookAt_ = Clock::now() + kAskRunsAgain;
   const Runs runs(stateFolder_);
   if (IsBusy()) return;
   if (const auto run = runs.FindStarted()) Load(runs, *run);

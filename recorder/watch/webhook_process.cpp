@@ -12,7 +12,7 @@
 namespace recorder {
 namespace {
 
-constexpr std::chrono::seconds kLookAgain{1};
+constexpr std::chrono::seconds kSendAgain{1};
 /// What keeps a process from its work may do so again.
 constexpr std::chrono::seconds kShortestLife{60};
 
@@ -20,7 +20,7 @@ constexpr std::chrono::seconds kShortestLife{60};
 void TellWebhook(const std::filesystem::path& stateFolder) try {
   close_range(STDERR_FILENO + 1, ~0U, 0);
   WebhookSender sender(stateFolder);
-  for (;; std::this_thread::sleep_for(kLookAgain)) sender.Send();
+  for (;; std::this_thread::sleep_for(kSendAgain)) sender.Send();
 } catch (const std::exception& error) {
   LogFailure(std::string("The webhook is told nothing for a minute: ") + error.what());
 }

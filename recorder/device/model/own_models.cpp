@@ -79,7 +79,7 @@ void ForEachPath(const Json::Value& model, Use use) {
 std::vector<PlacedMistake> FindLogins(const Json::Value& model) {
   std::vector<PlacedMistake> mistakes;
   ForEachPath(model, [&](const std::string& place, const std::string& path) {
-    const std::string what = FindLogin(path);
+    const std::string what = FindPathLogin(path);
     if (!what.empty()) mistakes.push_back({place, "The path seems to hold " + what + "."});
   });
   return mistakes;

@@ -28,7 +28,7 @@ class OwnModels {
   /// Takes `model`, an entry of a model file: all that it says is then said by the user, who has it from `document`,
   /// a text for people, since `day` ("2026-01-31"). Capitals in the names make no difference: the vendor is written as
   /// it is known. With mistakes, which it returns by their place in the entry ("/vendor": the vendor), it takes
-  /// nothing. A path must hold no login; see FindLogin(). What is said of one camera alone is not taken over.
+  /// nothing. A path must hold no login; see FindPathLogin(). What is said of one camera alone is not taken over.
   std::vector<PlacedMistake> Add(const std::string& vendor, Json::Value model, const std::string& document,
                                  const std::string& day);
 

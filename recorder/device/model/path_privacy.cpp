@@ -227,7 +227,7 @@ std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText
   return "";
 }
 
-std::string FindLogin(std::string_view path) {
+std::string FindPathLogin(std::string_view path) {
   const std::string lower = LowerCase(Decoded(Filled(std::string(path))));
   const std::string login = FindNamed(lower, LoginOf);
   return login.empty() ? FindLoginOfAddress(lower) : login;

@@ -23,6 +23,6 @@ std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText
 
 /// The same of a login alone, and without a doubt: behind "user=", "password=" and the like, where no short number
 /// stands, or in front of an address.
-std::string FindLogin(std::string_view path);
+std::string FindPathLogin(std::string_view path);
 
 }  // namespace recorder
