@@ -12,6 +12,8 @@ import { inTurn } from "./turns.js";
  * @property {string} cause "ok", or the recorder's name for the failure
  * @property {number} since
  * @property {number | null} lastSuccess null for none
+ * @property {number} flips how often the cause has changed within a day
+ * @property {number | null} milliseconds that the last check by itself took
  *
  * @typedef {object} CommonFields
  * @property {number} id
