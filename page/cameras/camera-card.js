@@ -8,6 +8,7 @@ import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
 import { ageText, lastingOf, nameOf, placeOf, searchedIn, stateOf } from "./camera-words.js";
+import { Strip } from "./strip.js";
 
 /** @typedef {import("../recorder/cameras.js").CameraSummary} CameraSummary */
 
@@ -25,6 +26,7 @@ export class CameraCard {
   #state = el("p", { class: "state" });
   #age = el("figcaption");
   #frame = new StillFrame();
+  strip = new Strip();
   /** When the last still was asked for, in milliseconds since 1970. */
   askedAt = 0;
   /** What the last still came to, by the recorder's name for it; "" for none. */
@@ -34,7 +36,8 @@ export class CameraCard {
   /** @param {CameraSummary} camera */
   constructor(camera) {
     const figure = el("figure", { class: "picture" }, this.#frame.element, this.#age);
-    this.element = el("li", { class: "camera" }, figure, this.#name, this.#state, this.#place);
+    const parts = [figure, this.#name, this.#state, this.strip.element, this.#place];
+    this.element = el("li", { class: "camera" }, ...parts);
     this.camera = camera;
     this.update(camera);
   }

@@ -9,10 +9,11 @@ import { plainName } from "../text/stream-lines.js";
 import { stateMark } from "./camera-card.js";
 import { CameraEdit } from "./camera-edit.js";
 import { CameraTest } from "./camera-test.js";
+import { ChangesPart } from "./changes-part.js";
 import { FactsPart } from "./facts-part.js";
 import { LivePicture } from "./live-picture.js";
 import { StreamsPart } from "./streams-part.js";
-import { lastingOf, nameOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
+import { lastingOf, nameOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
 
 /** @typedef {api.StoredCamera} StoredCamera */
 
@@ -33,6 +34,7 @@ export class CameraView {
   #test = new CameraTest(() => this.#reread());
   #streams = new StreamsPart();
   #facts = new FactsPart(() => this.#reread());
+  #changes = new ChangesPart((event) => this.#hear(event));
   #edit = new CameraEdit((saved) => this.#edited(saved));
   #editButton = button(words.edit, () => this.#openEdit(), { id: "camera-edit-open", "aria-expanded": "false" });
   #switch = button(words.switchOff, () => this.#turn(), { id: "camera-switch" });
@@ -50,6 +52,7 @@ export class CameraView {
     this.#edit.element,
     this.#streams.element,
     this.#facts.element,
+    this.#changes.element,
   );
 
   /** @param {(camera: StoredCamera) => void} removed */
@@ -83,6 +86,7 @@ export class CameraView {
       if (this.#id !== id) return; // another one was opened meanwhile
       this.#fill(camera);
       this.#picture.open(camera);
+      this.#changes.open(id);
     } catch (error) {
       if (this.#id === id) this.#tellUnread(error);
     }
@@ -90,7 +94,7 @@ export class CameraView {
 
   close() {
     this.#id = 0;
-    for (const part of [this.#picture, this.#facts, this.#test, this.#edit]) part.close();
+    for (const part of [this.#picture, this.#facts, this.#changes, this.#test, this.#edit]) part.close();
     this.#showEdit(false);
     this.#streams.forgetPassword();
     this.#remarks.hidden = true;
@@ -124,6 +128,7 @@ export class CameraView {
     this.#about.textContent = words.about(camera.vendor, camera.model, placeOf(camera));
     this.#switch.textContent = camera.enabled ? words.switchOff : words.switchOn;
     this.#test.show(camera);
+    this.#changes.show(camera);
     this.#body.hidden = false;
     if (!isChanged) return; // nothing that is open is closed
     this.#streams.show(camera);
@@ -135,6 +140,14 @@ export class CameraView {
     const id = this.#id;
     const camera = await api.readCamera(id).catch(() => null);
     if (camera && this.#id === id) this.#fill(camera);
+  }
+
+  /** It has changed, which a picture may have told before. @param {import("../recorder/events.js").CameraEvent} event */
+  #hear({ cause }) {
+    const camera = this.#camera;
+    if (!camera?.enabled) return;
+    if (cause !== camera.state?.cause) say(texts.changes.isNow(nameOf(camera), outcomeOf(cause).word));
+    this.#reread();
   }
 
   /** Shows another state of it, with pictures anew. @param {StoredCamera} camera */

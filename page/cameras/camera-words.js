@@ -30,8 +30,13 @@ export const placeOf = ({ host, port }) => (host.includes(":") ? `[${host}]:${po
 export function stateOf({ enabled, state }) {
   if (!enabled) return { key: "disabled", sign: "–", word: words.switchedOff, result: "none" };
   if (!state) return { key: "untried", sign: "–", word: words.untried, result: "none" };
-  if (state.cause === "ok") return { key: "ok", sign: "✓", word: words.works, result: "passed" };
-  return { key: state.cause, sign: "✕", word: namedCause(state.cause).heading, result: "failed" };
+  return outcomeOf(state.cause);
+}
+
+/** @param {string} cause what contact came to @returns {Words} */
+export function outcomeOf(cause) {
+  if (cause === "ok") return { key: "ok", sign: "✓", word: words.works, result: "passed" };
+  return { key: cause, sign: "✕", word: namedCause(cause).heading, result: "failed" };
 }
 
 /** How long it has been so, and when it worked; "" for what is not known. @param {Camera} camera */

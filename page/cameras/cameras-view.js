@@ -10,21 +10,22 @@ import { texts } from "../texts/texts.js";
 import { CameraCard, stateMark } from "./camera-card.js";
 import { StateFilter } from "./state-filter.js";
 import { Stills } from "./stills.js";
+import { Strips } from "./strips.js";
 import { hasWords, lastingOf, nameOf, placeOf, sorted, stateOf } from "./camera-words.js";
 
 /** @typedef {import("../recorder/cameras.js").CameraSummary} CameraSummary */
 
 const words = texts.cameras;
 const REREAD_MS = 15_000;
-/** After a still has shown another state; others may come meanwhile. */
+/** After a camera was seen in another state; others may come meanwhile. */
 const SOON_MS = 2000;
 
-/** @param {CameraSummary} camera */
-function rowOf(camera) {
+/** @param {CameraCard} card */
+function rowOf({ camera, strip }) {
   const name = el("a", { href: `#cameras/${camera.id}`, text: nameOf(camera) });
   const place = el("span", { class: "code", text: placeOf(camera) });
   const state = el("span", {}, stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
-  return [name, place, `${camera.vendor} ${camera.model}`, state];
+  return [name, place, `${camera.vendor} ${camera.model}`, state, strip.cell];
 }
 
 export class CamerasView {
@@ -34,7 +35,8 @@ export class CamerasView {
   #read = null;
   #timer = 0;
   #soon = 0;
-  #stills = new Stills(() => (this.#soon ||= setTimeout(() => this.#loadIfOpen(), SOON_MS)));
+  #stills = new Stills(() => this.#loadSoon());
+  #strips = new Strips(() => this.#cards.values(), () => this.#loadSoon());
   #filter = new StateFilter(() => this.#show());
   #search = el("input", { id: "cameras-search", type: "search", autocomplete: "off", spellcheck: "false" });
   #toggle = button(words.asTable, () => this.#turn(), { id: "cameras-table-toggle" });
@@ -61,7 +63,8 @@ export class CamerasView {
   #tools = el("div", { class: "camera-tools" }, field(words.searchLabel, this.#search), this.#toggle, this.#add);
 
   constructor() {
-    const whole = [this.#trouble, this.#empty, this.#tools, this.#filter.element, this.#count, this.#none];
+    const { trouble } = this.#strips;
+    const whole = [this.#trouble, trouble, this.#empty, this.#tools, this.#filter.element, this.#count, this.#none];
     addView("cameras", words.title, ...whole, this.#list, this.#table);
     this.#search.addEventListener("input", () => {
       this.#show();
@@ -79,11 +82,17 @@ export class CamerasView {
 
   open() {
     this.#load();
+    this.#strips.open();
   }
 
   close() {
+    this.#strips.close();
     clearTimeout(this.#timer);
     this.#timer = 0;
+  }
+
+  #loadSoon() {
+    this.#soon ||= setTimeout(() => this.#loadIfOpen(), SOON_MS);
   }
 
   #loadIfOpen() {
@@ -112,12 +121,14 @@ export class CamerasView {
     this.#cards = new Map(sorted(cameras).map((camera) => [camera.id, this.#cardOf(camera)]));
     for (const [id, card] of before) if (!this.#cards.has(id)) this.#stills.remove(card);
     this.#place();
+    this.#strips.draw();
     this.#show();
   }
 
   /** Time has passed. */
   #retell() {
     for (const card of this.#cards.values()) card.update(card.camera);
+    this.#strips.draw();
   }
 
   /** @param {CameraSummary} camera */
@@ -155,8 +166,8 @@ export class CamerasView {
   /** @param {CameraCard[]} shown */
   #fillTable(shown) {
     const { name, address, model, state } = words.columns;
-    const rows = shown.map(({ camera }) => rowOf(camera));
-    this.#table.replaceChildren(table(words.list, [name, address, model, state], rows));
+    const headings = [name, address, model, state, texts.changes.week];
+    this.#table.replaceChildren(table(words.list, headings, shown.map(rowOf)));
   }
 
   #showAll() {

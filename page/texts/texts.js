@@ -4,6 +4,7 @@ import { add } from "./add.js";
 import { banners } from "./banners.js";
 import { camera, cameras } from "./cameras.js";
 import { causes } from "./causes.js";
+import { changes } from "./changes.js";
 import { common } from "./common.js";
 import { list } from "./list.js";
 import { login } from "./login.js";
@@ -21,6 +22,7 @@ export const texts = {
   camera,
   cameras,
   causes,
+  changes,
   common,
   list,
   login,
