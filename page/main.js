@@ -12,6 +12,7 @@ import { UsersView } from "./login/users-view.js";
 import { Who } from "./login/who.js";
 import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
+import { NoticesView } from "./notices/notices-view.js";
 import { OneCamera } from "./one/one-camera.js";
 import { byId, prepareQuestions } from "./parts/dom.js";
 import { putInTexts } from "./parts/static-texts.js";
@@ -38,6 +39,7 @@ const known = new KnownModels(models, (model) => {
 const passwords = new PasswordDialog();
 const account = new AccountView(passwords);
 const users = new UsersView(passwords);
+const notices = new NoticesView();
 const who = new Who(() => many.mayLeave());
 const signingIn = new SigningIn((session) => {
   for (const part of [who, account, users, cameras, camera]) part.show(session);
@@ -71,6 +73,7 @@ const VIEWS = {
     open: ([vendor = "", ...model]) => known.open(vendor, model.join("/")),
     focus: byId("models-detail-title", HTMLElement), // a link of the list was pressed
   },
+  notices: { nav: "notices", title: texts.notices.title, open: () => notices.open(), close: () => notices.forgetPassword() },
   users: { nav: "users", title: texts.login.users, open: () => users.open() },
   account: { nav: "account", title: texts.login.account, open: () => account.open(), close: () => account.forget() },
 };
@@ -81,13 +84,13 @@ let start = "cameras";
 const router = new Router(VIEWS, (name, rest) => {
   if ((name === "cameras" || name === "camera") && isNumber(rest[0])) return ["camera", rest];
   if (name === "add" && !mayAdd()) return ["one", []];
-  if (name === "users" && byId("nav-users", HTMLElement).hidden) return [start, []];
+  if (["notices", "users"].includes(name) && !mayAdd()) return [start, []];
   return Object.hasOwn(VIEWS, name) && name !== "camera" ? [name, rest] : [start, []];
 });
 
 const forgetPasswords = () => {
   for (const part of [camera, add, one, many]) part.forgetPasswords();
-  for (const part of [users, signingIn]) part.forgetPassword();
+  for (const part of [notices, users, signingIn]) part.forgetPassword();
   for (const part of [account, passwords]) part.forget();
 };
 window.addEventListener("pagehide", forgetPasswords);

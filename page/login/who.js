@@ -22,7 +22,7 @@ export class Who {
   /** @param {import("../recorder/access.js").Session} session */
   show({ user, role }) {
     this.#name.textContent = user;
-    byId("nav-users", HTMLElement).hidden = role !== "admin";
+    for (const link of ["nav-notices", "nav-users"]) byId(link, HTMLElement).hidden = role !== "admin";
     if (role !== "admin") this.#offerTests();
   }
 

@@ -43,7 +43,7 @@ export class Trouble extends Error {
 
 /**
  * @typedef {object} Question
- * @property {"GET" | "POST" | "PATCH" | "DELETE"} verb
+ * @property {"GET" | "POST" | "PUT" | "PATCH" | "DELETE"} verb
  * @property {string} address
  * @property {Record<string, unknown>} [parameters]
  * @property {Record<string, string>} [headers] besides the usual ones

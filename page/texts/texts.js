@@ -11,6 +11,7 @@ import { login } from "./login.js";
 import { many } from "./many.js";
 import { models } from "./models.js";
 import { navigation } from "./navigation.js";
+import { notices } from "./notices.js";
 import { one } from "./one.js";
 import { recorder } from "./recorder.js";
 import { saving } from "./saving.js";
@@ -29,6 +30,7 @@ export const texts = {
   many,
   models,
   navigation,
+  notices,
   one,
   recorder,
   saving,
