@@ -6,3 +6,4 @@ import "./prefix.js";
 import "./many_cameras.js";
 import "./texts.js";
 import "./cameras.js";
+import "./events.js";
