@@ -4,6 +4,7 @@ import "./whole_page.js";
 import "./logins.js";
 import "./prefix.js";
 import "./many_cameras.js";
+import "./adding.js";
 import "./texts.js";
 import "./cameras.js";
 import "./events.js";

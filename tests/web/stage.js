@@ -225,6 +225,27 @@ export async function openList(page, rows) {
   await page.setInputFiles("#many-file", { name: "cameras.csv", mimeType: "text/csv", buffer });
 }
 
+/** A host each, as the page sees it: ways to write one address. */
+export const HOSTS = ["localhost", ...Array.from({ length: 17 }, (_, i) => `127.0.0.${"0".repeat(i)}1`)];
+/** Of rows that are opened so. */
+export const HEADING = ["name", "address", "port", "password", "model", "path"];
+/** Rows of one host each. @param {string[]} cameras */
+export const rowsOf = (...cameras) => cameras.map((camera, i) => [camera, HOSTS[i], ports[camera], "", "", ""]);
+
+/** Opens a list, and types the login of its rows. */
+export async function openWithLogin(page, rows, password = RIGHT) {
+  await openList(page, [HEADING, ...rows]);
+  await fillLogin(page, password);
+}
+
+/** The login that rows without one of their own are tested with. */
+export async function fillLogin(page, password = RIGHT) {
+  await page.fill("#many-model", "Simcam RTSP-H264");
+  await page.fill("#many-user", "admin");
+  await page.fill("#many-password", password);
+  await page.press("#many-password", "Tab");
+}
+
 /** The signs of what came of each row, in the file's order. */
 export const results = async (page) => (await page.locator("#many-rows .sign").allTextContents()).join("");
 
