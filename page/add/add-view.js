@@ -6,7 +6,6 @@ import { addView } from "../parts/forms.js";
 import { listCameras } from "../recorder/cameras.js";
 import { LOGIN_REFUSED } from "../recorder/causes.js";
 import { findStreams } from "../recorder/finding.js";
-import { Trouble } from "../recorder/request.js";
 import { byChannel, freeName } from "../recorder/to-store.js";
 import { Refusals } from "../testing/refusals.js";
 import { texts } from "../texts/texts.js";
@@ -35,6 +34,13 @@ function stepText({ step, ports, login, streams }) {
   if (step === "login") return add.logins[login] ?? login;
   return step === "onvif" ? add.onvifNames(streams) : add.streamsKnown(streams);
 }
+
+/** Where they cannot be read, a name may be there twice. */
+const namesTaken = () =>
+  listCameras().then(
+    (cameras) => cameras.map(({ name }) => name),
+    () => [],
+  );
 
 export class AddView {
   /** @type {AbortController | null} while it looks for streams */
@@ -86,13 +92,15 @@ export class AddView {
     if (this.#refusals.count(login) >= REFUSALS_BEFORE_ASKING && !(await ask(add.lockQuestion, add.tryAnyway))) return;
     const running = this.#begin(place.host);
     try {
+      const taken = namesTaken();
       const found = await findStreams(place, (line) => this.#step(line), running.signal);
       this.#refusals.note(login, found.cause === "ok" ? 0 : found.cause === "loginRefused" ? LOGIN_REFUSED : -1);
-      if (found.cause === "ok") await this.#show(found, place);
+      const names = await taken;
+      if (this.#running !== running) return; // it was stopped, or something else is looked for
+      if (found.cause === "ok") this.#show(found, place, names);
       else this.#fail(failureOf(found.cause, place.user !== "" || place.password !== ""));
     } catch (error) {
-      const isStopped = error instanceof Trouble && error.kind === "stopped";
-      if (!isStopped) this.#fail(failureOfTrouble(error, place.user !== ""));
+      if (this.#running === running) this.#fail(failureOfTrouble(error, place.user !== ""));
     } finally {
       if (this.#running === running) this.#end();
     }
@@ -131,18 +139,18 @@ export class AddView {
     say(add.failed(failure.title));
   }
 
-  /** @param {Found} found @param {Place} login */
-  async #show(found, { user, password }) {
-    const cameras = await listCameras();
-    const taken = cameras.map(({ name }) => name);
+  /** @param {Found} found @param {Place} login @param {string[]} taken names of stored cameras */
+  #show(found, { user, password }, taken) {
     const name = `${kindOf(found)} ${found.host}`;
     const login = { user, password };
+    const another = () => this.#another();
+    const saving = (/** @type {boolean} */ isSaving) => (this.#form.held = isSaving);
+    /** @type {import("./found-camera.js").Handlers["saved"]} */
+    const saved = (camera, address) => this.#saved(new SavedPanel(camera, address, login, another));
     const outcome =
       byChannel(found.streams).size > 1
-        ? new FoundChannels(found, login, name, taken, () => this.#another())
-        : new FoundCamera(found, login, freeName(name, taken), (camera, address) => {
-            this.#saved(new SavedPanel(camera, address, login, () => this.#another()));
-          });
+        ? new FoundChannels(found, login, name, taken, { saving, another })
+        : new FoundCamera(found, login, freeName(name, taken), { saving, saved });
     this.#outcome = outcome;
     this.#form.find.classList.remove("main"); // Save is now
     this.#place.replaceChildren(...headOf(found, this.#form.path), outcome.element);

@@ -30,7 +30,9 @@ export class AddressForm {
   password = passwordInput("add-password", "new-password");
   find = el("button", { id: "add-find", class: "main", text: add.find });
   stop = button(add.stop, () => this.handlers.stop(), { id: "add-stop", hidden: true });
-  search = button(add.searchNetwork, () => this.handlers.search(), { id: "add-search" });
+  search = button(add.searchNetwork, () => this.#isHeld || this.handlers.search(), { id: "add-search" });
+  #isBusy = false;
+  #isHeld = false;
   element = this.#build();
 
   /** @param {{find: (place: Place) => void, stop: () => void, search: () => void}} handlers */
@@ -39,7 +41,7 @@ export class AddressForm {
     this.#show.append(this.#showWord, el("span", { class: "out-of-sight", text: ` ${add.shownPassword}` }));
     this.element.addEventListener("submit", (event) => {
       event.preventDefault();
-      const place = this.find.ariaDisabled === "true" ? null : this.#read();
+      const place = this.#isBusy || this.#isHeld ? null : this.#read();
       if (place) handlers.find(place);
     });
     this.element.addEventListener("keydown", (event) => {
@@ -122,9 +124,20 @@ export class AddressForm {
 
   /** @param {boolean} isBusy nothing can be found meanwhile */
   set busy(isBusy) {
-    if (isBusy) this.find.setAttribute("aria-disabled", "true");
-    else this.find.removeAttribute("aria-disabled");
+    this.#isBusy = isBusy;
+    this.#mark();
     this.canStop = isBusy;
+  }
+
+  /** @param {boolean} isHeld what was found is being saved: it is not exchanged for something else meanwhile */
+  set held(isHeld) {
+    this.#isHeld = isHeld;
+    this.#mark();
+  }
+
+  #mark() {
+    this.find.ariaDisabled = this.#isBusy || this.#isHeld ? "true" : null;
+    this.search.ariaDisabled = this.#isHeld ? "true" : null;
   }
 
   /** @param {boolean} canStop something runs that Stop ends */

@@ -6,7 +6,7 @@ import { StillFrame } from "../parts/still-frame.js";
 import { toStore, usualChoice } from "../recorder/to-store.js";
 import { texts } from "../texts/texts.js";
 import { save, storedAlready } from "./saving.js";
-import { claimText, labelOf, pictureOf } from "./stream-row.js";
+import { claimText, labelOf, noPictureText, pictureOf } from "./stream-row.js";
 
 const { add, common } = texts;
 
@@ -43,6 +43,7 @@ export class ChannelRow {
     this.changed = changed;
     this.tick = el("input", { type: "checkbox", "aria-label": add.take(channel) });
     this.tick.checked = true;
+    this.#still.clear(add.pictureWaits);
     this.tick.addEventListener("change", changed);
     this.name = el("input", { "aria-label": add.nameOf(channel), autocomplete: "off", ...PLAIN });
     this.name.addEventListener("input", () => (this.hasUsualName = false));
@@ -70,7 +71,7 @@ export class ChannelRow {
     try {
       const { bytes, cause } = await pictureOf(this.found.host, main, login, signal);
       const isShown = cause === "ok" && (await this.#still.show(new Blob([bytes]), add.pictureOf(this.channel)));
-      if (!isShown) this.#still.clear(common.noPictureCame);
+      if (!isShown) this.#still.clear(noPictureText(cause));
       return cause;
     } catch {
       this.#still.clear(common.noPictureCame);

@@ -15,6 +15,11 @@ const { add, common } = texts;
  * @typedef {import("../recorder/finding.js").FoundStream} FoundStream
  * @typedef {import("../recorder/finding.js").Login} Login
  * @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera
+ *
+ * @typedef {object} Handlers
+ * @property {(isSaving: boolean) => void} saving is told when saving begins and ends
+ * @property {(camera: StoredCamera, address: string) => void} saved is told what is stored now, and the address of its
+ *   main stream
  */
 
 /** @param {FoundStream} stream */
@@ -25,6 +30,8 @@ export class FoundCamera {
   #name = el("input", { id: "add-name", autocomplete: "off", ...PLAIN });
   #main = el("select", { id: "add-main" });
   #sub = el("select", { id: "add-sub" }, el("option", { value: "", text: add.none }));
+  /** Nobody chose another one. */
+  #isUsualSub = true;
   #mistake = mistakeLine("add-save-mistake");
   #already = el("div");
   element;
@@ -33,13 +40,12 @@ export class FoundCamera {
    * @param {Found} found has streams of one channel
    * @param {Login} login with which it was found
    * @param {string} name
-   * @param {(camera: StoredCamera, address: string) => void} saved is told what is stored now, and the address of its
-   * main stream
+   * @param {Handlers} handlers
    */
-  constructor(found, login, name, saved) {
+  constructor(found, login, name, handlers) {
     this.found = found;
     this.login = login;
-    this.saved = saved;
+    this.handlers = handlers;
     this.rows = found.streams.map((stream) => new StreamRow(found.host, stream));
     this.#name.value = name;
     this.#offer();
@@ -53,12 +59,24 @@ export class FoundCamera {
 
   #offer() {
     const { streams } = this.found;
-    const choice = usualChoice(streams);
+    const choice = this.#usualChoice();
     for (const select of [this.#main, this.#sub]) {
       select.append(...streams.map((stream, i) => el("option", { value: i, text: optionText(stream) })));
     }
     this.#main.value = String(streams.findIndex((stream) => stream === choice.main));
-    this.#sub.value = choice.sub ? String(streams.indexOf(choice.sub)) : "";
+    this.#showSub(choice.sub);
+    this.#sub.addEventListener("change", () => (this.#isUsualSub = false));
+  }
+
+  /** Of those that are there. */
+  #usualChoice() {
+    const isThere = (/** @type {FoundStream} */ stream) => this.rows.some((row) => row.stream === stream && row.isThere);
+    return usualChoice(this.found.streams, isThere);
+  }
+
+  /** @param {FoundStream | undefined} stream */
+  #showSub(stream) {
+    this.#sub.value = stream ? String(this.found.streams.indexOf(stream)) : "";
   }
 
   #form() {
@@ -81,11 +99,18 @@ export class FoundCamera {
   /** Pictures first, then what the streams send that are main and sub by then. A refused login ends it. */
   async look() {
     const { signal } = this.#working;
-    await this.#askEach(this.rows, (row) => row.takePicture(this.login, signal));
+    await this.#askEach(this.rows, (row) => this.#takePicture(row));
     const { main, sub } = this.#choice();
     const chosen = this.rows.filter(({ stream }) => stream === main || stream === sub);
     const played = chosen.filter(({ stream }) => stream.protocol === "RTSP");
     await this.#askEach(played, (row) => row.measure(this.login, signal));
+  }
+
+  /** By what comes of it, another sub stream may be the usual one. @param {StreamRow} row */
+  async #takePicture(row) {
+    const cause = await row.takePicture(this.login, this.#working.signal);
+    if (this.#isUsualSub) this.#showSub(this.#usualChoice().sub);
+    return cause;
   }
 
   /**
@@ -109,7 +134,7 @@ export class FoundCamera {
 
   #choice() {
     const { streams } = this.found;
-    const { third } = usualChoice(streams);
+    const { third } = this.#usualChoice();
     const main = streams[Number(this.#main.value)];
     const sub = this.#sub.value === "" ? undefined : streams[Number(this.#sub.value)];
     return {
@@ -127,10 +152,12 @@ export class FoundCamera {
     if (!name) return void this.#name.focus();
     const measured = new Map(this.rows.flatMap((row) => (row.measured ? [[row.stream, row.measured]] : [])));
     const camera = toStore(this.found, this.login, name, this.#choice(), measured);
+    this.handlers.saving(true);
     const outcome = await save({ ...camera, force });
+    this.handlers.saving(false);
     if (outcome.camera) {
       this.stop();
-      this.saved(outcome.camera, camera.streams?.[0]?.address ?? "");
+      this.handlers.saved(outcome.camera, camera.streams?.[0]?.address ?? "");
       return "";
     }
     if (!outcome.other) return outcome.mistake;

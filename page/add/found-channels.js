@@ -11,6 +11,10 @@ const { add, common } = texts;
 /**
  * @typedef {import("../recorder/finding.js").Found} Found
  * @typedef {import("../recorder/finding.js").Login} Login
+ *
+ * @typedef {object} Handlers
+ * @property {(isSaving: boolean) => void} saving is told when saving begins and ends
+ * @property {() => void} another
  */
 
 export class FoundChannels {
@@ -45,10 +49,11 @@ export class FoundChannels {
    * @param {Login} login with which it was found
    * @param {string} name
    * @param {string[]} taken names of stored cameras
-   * @param {() => void} another
+   * @param {Handlers} handlers
    */
-  constructor(found, login, name, taken, another) {
+  constructor(found, login, name, taken, handlers) {
     this.login = login;
+    this.handlers = handlers;
     this.taken = taken;
     const channels = [...byChannel(found.streams)];
     this.rows = channels.map(([channel, streams]) => new ChannelRow(found, channel, streams, () => this.#count()));
@@ -61,7 +66,7 @@ export class FoundChannels {
       "div",
       { class: "card bar", hidden: true },
       this.#said,
-      button(add.addAnother, another, { id: "add-another" }),
+      button(add.addAnother, handlers.another, { id: "add-another" }),
       el("a", { class: "button", href: "#cameras", text: add.openAll }),
     );
     this.element = this.#build();
@@ -155,16 +160,25 @@ export class FoundChannels {
 
   async #saveChosen() {
     const chosen = this.rows.filter((row) => row.isChosen);
+    this.handlers.saving(true);
     this.#progressLine.hidden = false;
     this.#outcome.hidden = true;
-    for (const [done, row] of chosen.entries()) {
-      this.#progress.value = done / chosen.length;
-      this.#progressText.textContent = add.progress(done, chosen.length);
-      await row.save(this.login, false);
-    }
+    await this.#saveEach(chosen);
     this.#progressLine.hidden = true;
     this.#progressText.textContent = "";
+    this.handlers.saving(false);
     this.#tellOutcome(chosen);
+  }
+
+  /** Ends when the login is forgotten: no camera is stored without it. @param {ChannelRow[]} chosen */
+  async #saveEach(chosen) {
+    const { login } = this;
+    for (const [done, row] of chosen.entries()) {
+      if (this.login !== login) return;
+      this.#progress.value = done / chosen.length;
+      this.#progressText.textContent = add.progress(done, chosen.length);
+      await row.save(login, false);
+    }
   }
 
   /** @param {ChannelRow[]} chosen */

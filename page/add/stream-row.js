@@ -2,8 +2,9 @@
 
 import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
-import { measureStream } from "../recorder/finding.js";
 import { tryPicture } from "../recorder/api.js";
+import { namedCause } from "../recorder/causes.js";
+import { measureStream } from "../recorder/finding.js";
 import { texts } from "../texts/texts.js";
 import { inALine } from "./failure.js";
 
@@ -50,6 +51,12 @@ function warningTexts(label, measured) {
   ];
 }
 
+/** That no picture came, and why. @param {string} cause */
+export function noPictureText(cause) {
+  if (cause === "ok") return texts.cameras.notAPicture;
+  return cause ? common.noPictureFor(namedCause(cause).heading) : common.noPictureCame;
+}
+
 /**
  * The picture of a stream, as its record will be asked for it.
  * @param {string} host
@@ -66,6 +73,8 @@ export class StreamRow {
   #still = new StillFrame();
   #figures = el("p", { class: "hint" });
   #warnings = el("ul", { class: "warnings" });
+  /** What its picture came to, by the recorder's name for it; "" for what is not known. */
+  #cause = "";
   element;
   /** @type {Measured | null} */
   measured = null;
@@ -91,13 +100,19 @@ export class StreamRow {
     );
   }
 
+  /** Whether the camera has it, as far as is known: what was worked out is there once its picture came. */
+  get isThere() {
+    return this.#cause === "ok" || (this.#cause === "" && this.stream.asked);
+  }
+
   /** @param {Login} login @param {AbortSignal} signal @returns {Promise<string>} the cause, "ok" for a picture */
   async takePicture(login, signal) {
     try {
       const { bytes, cause } = await pictureOf(this.host, this.stream, login, signal);
+      this.#cause = cause;
       const description = add.pictureOf(labelOf(this.stream));
       const isShown = cause === "ok" && (await this.#still.show(new Blob([bytes]), description));
-      if (!isShown) this.#still.clear(common.noPictureCame);
+      if (!isShown) this.#still.clear(noPictureText(cause));
       return cause;
     } catch (error) {
       this.#still.clear(common.noPictureCame);

@@ -28,11 +28,12 @@ export function byChannel(streams) {
 /**
  * What the streams of one channel say they are; the first is the main one where none says so.
  * @param {FoundStream[]} streams
+ * @param {(stream: FoundStream) => boolean} [isThere] those that are taken; not those that were only worked out
  */
-export function usualChoice(streams) {
+export function usualChoice(streams, isThere = ({ asked }) => asked) {
   /** @type {Choice} */
   const choice = {};
-  for (const stream of streams) if (stream.name) choice[stream.name] ??= stream;
+  for (const stream of streams) if (stream.name && isThere(stream)) choice[stream.name] ??= stream;
   const [first] = streams;
   if (!choice.main && first) choice.main = first;
   return choice;

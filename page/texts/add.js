@@ -11,6 +11,10 @@ const networkText = ({ network, interface: name }) => (name ? `${network} (${nam
 /** @param {string[]} words */
 const listed = (words) => (words.length < 2 ? words.join("") : `${words.slice(0, -1).join(", ")} and ${words.at(-1)}`);
 
+const NONE_ANSWERED =
+  "No camera answered. One that is in another network, or has ONVIF off, does not: type its address above, or search " +
+  "its network.";
+
 export const add = {
   title: "Add a camera",
 
@@ -26,12 +30,12 @@ export const add = {
   searchNetwork: "Search my network",
   stop: "Stop",
   knowsData: "I know its data",
-  lockQuestion: "Two logins were refused. Another may lock this user out. Try it all the same?",
+  lockQuestion: "Two logins were refused. Another may lock this user out. Try anyway?",
   tryAnyway: "Try anyway",
 
   whatFindDoes:
-    "Find asks this address alone, with at most 20 requests in 10 seconds. A wrong password is one refused login, " +
-    "after which nothing more is tried.",
+    "Find asks this address alone, for at most 10 seconds. Then it takes a picture of each stream, and measures main " +
+    "and sub. A wrong password is one refused login, after which nothing more is tried.",
 
   // ---- while it looks ----
   /** @param {string} host @param {number} seconds */
@@ -124,7 +128,7 @@ export const add = {
   measured: (figures) => `Measured: ${figures}`,
   /** @param {string} why */
   notMeasured: (why) => `Not measured: ${why}`,
-  pictureWaits: "Picture comes",
+  pictureWaits: "Waiting for the picture",
   /** @param {string} stream */
   pictureOf: (stream) => `Picture of the stream ${stream}`,
   /** @param {string} stream "Main" @param {string} distance */
@@ -145,7 +149,7 @@ export const add = {
   storedAlready: (camera) => `This camera is stored already, as “${camera}”.`,
   /** @param {string} camera */
   openStored: (camera) => `Open ${camera}`,
-  storeAllTheSame: "Store it all the same",
+  storeAllTheSame: "Save it anyway",
 
   // ---- several channels ----
   channels: "Channels of the recorder",
@@ -189,7 +193,7 @@ export const add = {
   /** @param {number} seconds */
   searching: (seconds) => `Searching … ${seconds} s`,
   /** @param {number} count */
-  devices: (count) => (count === 0 ? "No camera answered." : `${counted(count, "device")} answered.`),
+  devices: (count) => (count === 0 ? NONE_ANSWERED : `${counted(count, "device")} answered.`),
   /** @param {{network: string, interface: string}[]} networks */
   searched: (networks) =>
     networks.length === 0

@@ -10,6 +10,8 @@ export const common = {
   /** Of the recorder's answer. @param {number} code */
   code: (code) => `code ${code}`,
   noPictureCame: "No picture came",
+  /** @param {string} heading of the cause */
+  noPictureFor: (heading) => `No picture came: ${heading.charAt(0).toLowerCase()}${heading.slice(1)}`,
   fetchingPicture: "Fetching a picture",
 
   /** What is wrong with a host or a port, in words that may follow the column's name. */

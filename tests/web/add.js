@@ -32,6 +32,7 @@ before(async () => {
     ...Object.fromEntries(ofMakers),
     onvif: { onvif: {}, stream: [{ ...SMALL, gop: 20, path: "/a" }, { ...SMALL, path: "/b", width: 160, height: 120 }] },
     recorder: { server: "scripted", onvif: { channels: 3, login: "token" }, stream: CHANNELS },
+    guessed: {},
     nowhere: { stream: { path: "/not/in/a/file" }, mjpeg: { path: "/nor/this" } },
   });
 });
@@ -179,6 +180,51 @@ test("channels of a recorder are saved as cameras, and what fails is said in its
     },
     { script: AXE },
   ));
+
+test("what is being saved keeps its login, whatever is pressed, and is not saved without it", () =>
+  withPage("#add", async (page) => {
+    const meanwhile = [
+      () => page.locator("#add-find").press("Enter"),
+      () => page.evaluate(() => dispatchEvent(new Event("pagehide"))),
+    ];
+    const logins = [];
+    await find(page, "recorder");
+    await page.locator("#add-save").waitFor();
+    await page.route("**/recorder/1/cameras", async (route) => {
+      const { user, password } = route.request().postDataJSON();
+      logins.push([user, password === RIGHT]);
+      await meanwhile.shift()?.();
+      await route.continue();
+    });
+    await page.click("#add-save");
+    await expectText(page, "status", /saved, \d not/);
+    assert.deepEqual(logins, Array(2).fill(["admin", true]));
+  }));
+
+test("a stream that was worked out and is not there is not stored as sub", () =>
+  withPage("#add", async (page) => {
+    await find(page, "guessed");
+    await page.locator(".found-stream", { hasText: "No picture came: stream not found on camera" }).waitFor();
+    assert.equal(await page.inputValue("#add-sub"), "");
+  }));
+
+test("no camera is asked once the view was left, even if the list of stored ones comes late", () =>
+  withPage("#add", async (page, calls) => {
+    let letGo = () => {};
+    const held = new Promise((done) => (letGo = done));
+    await page.route("**/recorder/1/cameras", async (route) => route.continue(await held));
+    const found = new Promise((done) =>
+      page.route("**/find", async (route) => done(await route.fulfill({ response: await route.fetch() })), { times: 1 }),
+    );
+    await find(page, "onvif");
+    await found;
+    await page.click("#nav-models");
+    letGo();
+    await page.click("#nav-add");
+    await find(page, "onvif");
+    await picture(page, ".found-stream:nth-child(2)");
+    assert.equal(sent(calls, "GetSnapshot").length, 2);
+  }));
 
 test("the network is searched, and a camera that moved is stored where it is now", () =>
   withPage(
