@@ -47,8 +47,10 @@ const signingIn = new SigningIn((session) => {
 });
 
 const cameras = new CamerasView();
-const camera = new CameraView((removed) => {
-  window.addEventListener("hashchange", () => undo.add(removed), { once: true }); // once the list is shown
+const camera = new CameraView((removed, askedAt, isOpen) => {
+  const show = () => undo.add(removed, askedAt);
+  if (!isOpen) return show();
+  window.addEventListener("hashchange", show, { once: true }); // once the list is shown
   location.hash = "cameras";
 });
 const undo = new UndoBar((id) => (location.hash = `cameras/${id}`));

@@ -3,6 +3,7 @@
 import { button, el, say } from "../parts/dom.js";
 import { field, mistakeLine, onSubmit, passwordInput } from "../parts/forms.js";
 import { changeCamera, readCamera } from "../recorder/cameras.js";
+import { movedTo } from "../recorder/moving.js";
 import { inAddress } from "../recorder/to-store.js";
 import { texts } from "../texts/texts.js";
 
@@ -125,11 +126,7 @@ function moveForm(camera, host, part, cancel) {
  * @param {string} host
  * @param {string} password
  */
-async function move({ camId, host: before }, host, password) {
+async function move({ camId }, host, password) {
   const camera = await readCamera(camId);
-  const streams = camera.streams.map((stream) => ({
-    ...stream,
-    address: stream.address.replace(`//${inAddress(before)}`, `//${inAddress(host)}`),
-  }));
-  return changeCamera(camId, { host, password, streams, facts: camera.facts }, camera.revision);
+  return changeCamera(camId, { host, password, ...movedTo(camera, { ...camera, host }) }, camera.revision);
 }

@@ -29,6 +29,8 @@ export class CameraCard {
   strip = new Strip();
   /** When the last still was asked for, in milliseconds since 1970. */
   askedAt = 0;
+  /** Its sub stream gave no still. */
+  lacksSub = false;
   /** What the last still came to, by the recorder's name for it; "" for none. */
   #cause = "";
   text = "";
@@ -44,7 +46,10 @@ export class CameraCard {
 
   /** @param {CameraSummary} camera the same one, perhaps changed */
   update(camera) {
-    if (camera.revision !== this.camera.revision) this.askedAt = 0;
+    if (camera.revision !== this.camera.revision) {
+      this.askedAt = 0;
+      this.lacksSub = false;
+    }
     this.camera = camera;
     this.text = searchedIn(camera);
     this.#name.textContent = nameOf(camera);
@@ -96,8 +101,13 @@ export class CameraCard {
   }
 
   /** Lets go of the still. @param {string} [words] what stands in its place */
-  clear(words = this.mayBeAsked ? texts.cameras.noPictureYet : texts.cameras.notAsked) {
+  clear(words = this.#wordsForNone()) {
     this.#frame.clear(words);
     this.showAge();
+  }
+
+  #wordsForNone() {
+    if (!this.camera.enabled) return texts.cameras.notWhileOff;
+    return this.mayBeAsked ? texts.cameras.noPictureYet : texts.cameras.notAsked;
   }
 }

@@ -4,9 +4,11 @@ import { spreadAddress, watchAddress } from "../parts/camera-fields.js";
 import { button, el, say } from "../parts/dom.js";
 import { PLAIN, field, mistakeLine, onSubmit, passwordInput } from "../parts/forms.js";
 import { changeCamera, readCamera } from "../recorder/cameras.js";
+import { movedTo } from "../recorder/moving.js";
 import { Trouble } from "../recorder/request.js";
 import { portMistake } from "../text/address.js";
 import { texts } from "../texts/texts.js";
+import { TrustPart } from "./trust-part.js";
 
 /**
  * @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera
@@ -20,6 +22,9 @@ const CHANGED_MEANWHILE = 412;
 /** Members with their fields. */
 const TEXTS = /** @type {const} */ (["name", "host", "port", "user", "channel", "sourcePath"]);
 /** @typedef {(typeof TEXTS)[number]} TextMember */
+
+/** With another one of these the recorder forgets streams and facts that do not come with it. */
+const PLACE = ["host", "port", "user"];
 
 const LABELS = {
   name: common.name,
@@ -49,6 +54,7 @@ export class CameraEdit {
   };
   #password = passwordInput("camera-password", "new-password");
   #enabled = el("input", { type: "checkbox", id: "camera-enabled" });
+  #trust = new TrustPart();
   #mistake = mistakeLine("camera-edit-mistake");
   element = el(
     "form",
@@ -56,6 +62,7 @@ export class CameraEdit {
     el("h2", { id: LABELLED["aria-labelledby"], text: words.editTitle }),
     el("div", { class: "grid two" }, ...this.#fields()),
     el("label", { class: "tick" }, this.#enabled, words.enabled),
+    this.#trust.element,
     this.#mistake,
     el(
       "div",
@@ -97,10 +104,17 @@ export class CameraEdit {
     this.#base = camera;
     for (const member of TEXTS) this.#inputs[member].value = String(camera[member]);
     this.#enabled.checked = camera.enabled;
+    this.#trust.open(camera);
     this.#password.value = "";
     this.#mistake.hidden = true;
     this.element.hidden = false;
     this.#inputs.name.focus();
+  }
+
+  /** What was changed beside it is not somebody else's. @param {StoredCamera} camera */
+  renew(camera) {
+    this.#base = camera;
+    this.#enabled.checked = camera.enabled;
   }
 
   close() {
@@ -115,7 +129,7 @@ export class CameraEdit {
   /** What is not as it is stored. @param {StoredCamera} base */
   #changes(base) {
     /** @type {Partial<CameraFields>} */
-    const change = {};
+    const change = this.#trust.change;
     const { port, ...others } = this.#inputs;
     for (const member of TEXTS) {
       if (member !== "port" && others[member].value !== base[member]) change[member] = others[member].value;
@@ -123,7 +137,7 @@ export class CameraEdit {
     if (Number(port.value) !== base.port) change.port = Number(port.value);
     if (this.#enabled.checked !== base.enabled) change.enabled = this.#enabled.checked;
     if (this.#password.value) change.password = this.#password.value;
-    return change;
+    return PLACE.some((member) => member in change) ? { ...change, ...movedTo(base, { ...base, ...change }) } : change;
   }
 
   /** @returns {Promise<string | void>} */
@@ -172,7 +186,7 @@ export class CameraEdit {
       if (input.value === String(base[member])) input.value = String(stored[member]);
     }
     const said = theirs.map((member) => words.isNow(LABELS[member], String(stored[member])));
-    if (stored.enabled !== base.enabled) said.push(words.isNow(words.enabled, stored.enabled ? words.on : words.off));
+    if (stored.enabled !== base.enabled) said.push(stored.enabled ? words.isOnNow : words.isOffNow);
     if (this.#enabled.checked === base.enabled) this.#enabled.checked = stored.enabled;
     this.#base = stored;
     return said.length === 0 ? this.#save() : words.conflict(said.join(", ")); // facts of it concern nobody here

@@ -13,13 +13,19 @@ import { ChangesPart } from "./changes-part.js";
 import { FactsPart } from "./facts-part.js";
 import { LivePicture } from "./live-picture.js";
 import { StreamsPart } from "./streams-part.js";
-import { lastingOf, nameOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
+import { kindOf, lastingOf, nameOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
 
 /** @typedef {api.StoredCamera} StoredCamera */
 
 const words = texts.camera;
 const UNKNOWN = 404;
 const CHANGED_MEANWHILE = 412;
+
+/** What streams and facts are shown of. @param {StoredCamera} camera */
+const shownOf = ({ revision, streams }) => JSON.stringify([revision, streams]);
+
+/** @param {unknown} error */
+const isGone = (error) => error instanceof Trouble && error.status === UNKNOWN;
 
 export class CameraView {
   #id = 0;
@@ -55,7 +61,10 @@ export class CameraView {
     this.#changes.element,
   );
 
-  /** @param {(camera: StoredCamera) => void} removed */
+  /**
+   * @param {(camera: StoredCamera, askedAt: number, isOpen: boolean) => void} removed is told when it was asked for, in
+   * milliseconds since 1970, and whether the view still shows it
+   */
   constructor(removed) {
     this.removed = removed;
     const back = el("p", {}, el("a", { href: "#cameras", id: "camera-back", text: words.back }));
@@ -108,9 +117,8 @@ export class CameraView {
 
   /** @param {unknown} error */
   #tellUnread(error) {
-    const isGone = error instanceof Trouble && error.status === UNKNOWN;
-    if (isGone) this.#setTitle(words.gone);
-    tell(this.#mistake, isGone ? words.goneText : reasonOf(error));
+    if (isGone(error)) this.#setTitle(words.gone);
+    tell(this.#mistake, isGone(error) ? words.goneText : reasonOf(error));
   }
 
   /** @param {string} title */
@@ -121,11 +129,11 @@ export class CameraView {
 
   /** @param {StoredCamera} camera */
   #fill(camera) {
-    const isChanged = camera.revision !== this.#camera?.revision;
+    const isChanged = !this.#camera || shownOf(camera) !== shownOf(this.#camera);
     this.#camera = camera;
     this.#setTitle(nameOf(camera));
     this.#state.replaceChildren(stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
-    this.#about.textContent = words.about(camera.vendor, camera.model, placeOf(camera));
+    this.#about.textContent = words.about(kindOf(camera), placeOf(camera));
     this.#switch.textContent = camera.enabled ? words.switchOff : words.switchOn;
     this.#test.show(camera);
     this.#changes.show(camera);
@@ -138,8 +146,21 @@ export class CameraView {
   /** What the recorder knows now; what is shown of it goes on. */
   async #reread() {
     const id = this.#id;
-    const camera = await api.readCamera(id).catch(() => null);
-    if (camera && this.#id === id) this.#fill(camera);
+    try {
+      const camera = await api.readCamera(id);
+      if (this.#id === id) this.#fill(camera);
+    } catch (error) {
+      if (this.#id === id && isGone(error)) this.#leave(error);
+    }
+  }
+
+  /** Somebody else has deleted it. @param {unknown} error */
+  #leave(error) {
+    const hadFocus = this.#body.contains(document.activeElement);
+    this.close();
+    this.#body.hidden = true;
+    this.#tellUnread(error);
+    if (hadFocus) this.title.focus();
   }
 
   /** It has changed, which a picture may have told before. @param {import("../recorder/events.js").CameraEvent} event */
@@ -194,6 +215,7 @@ export class CameraView {
       if (!camera) return;
       const changed = await this.#change({ enabled: !camera.enabled }, camera);
       say(changed.enabled ? words.isOn : words.isOff);
+      this.#edit.renew(changed);
       this.#refill(changed);
     });
   }
@@ -225,7 +247,8 @@ export class CameraView {
   async #remove() {
     const camera = this.#camera;
     if (!camera) return;
+    const [askedAt, address] = [Date.now(), location.hash];
     await api.removeCamera(camera.id);
-    this.removed(camera);
+    this.removed(camera, askedAt, location.hash === address);
   }
 }

@@ -26,6 +26,12 @@ export const nameOf = ({ id, name }) => name || words.unnamed(id);
 /** @param {Camera} camera */
 export const placeOf = ({ host, port }) => (host.includes(":") ? `[${host}]:${port}` : `${host}:${port}`);
 
+/** What it is: as it says itself, or as it is asked. @param {import("../recorder/cameras.js").StoredCamera} camera */
+export function kindOf({ vendor, model, facts }) {
+  const said = ["maker", "model"].map((name) => facts.find((fact) => fact.stream === "" && fact.name === name)?.value);
+  return (said.every(Boolean) ? said : [vendor, model]).filter(Boolean).join(" ");
+}
+
 /** @param {Camera} camera @returns {Words} */
 export function stateOf({ enabled, state }) {
   if (!enabled) return { key: "disabled", sign: "–", word: words.switchedOff, result: "none" };

@@ -1,6 +1,6 @@
 /// The view of the stored cameras. Only their stills are asked of cameras.
 
-import { button, el, sayLater } from "../parts/dom.js";
+import { button, el, refill, sayLater } from "../parts/dom.js";
 import { addView, field, mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import { listCameras } from "../recorder/cameras.js";
@@ -22,7 +22,7 @@ const SOON_MS = 2000;
 
 /** @param {CameraCard} card */
 function rowOf({ camera, strip }) {
-  const name = el("a", { href: `#cameras/${camera.id}`, text: nameOf(camera) });
+  const name = el("a", { href: `#cameras/${camera.id}`, text: nameOf(camera), "data-kind": camera.id });
   const place = el("span", { class: "code", text: placeOf(camera) });
   const state = el("span", {}, stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
   return [name, place, `${camera.vendor} ${camera.model}`, state, strip.cell];
@@ -106,6 +106,7 @@ export class CamerasView {
     if (document.hidden) return;
     try {
       this.#take(await listCameras());
+      this.#stills.look();
       tell(this.#trouble, "");
     } catch (error) {
       tell(this.#trouble, words.notRead(sentence(messageOf(error))));
@@ -128,6 +129,7 @@ export class CamerasView {
   /** Time has passed. */
   #retell() {
     for (const card of this.#cards.values()) card.update(card.camera);
+    this.#show();
     this.#strips.draw();
   }
 
@@ -167,7 +169,7 @@ export class CamerasView {
   #fillTable(shown) {
     const { name, address, model, state } = words.columns;
     const headings = [name, address, model, state, texts.changes.week];
-    this.#table.replaceChildren(table(words.list, headings, shown.map(rowOf)));
+    refill(this.#table, [table(words.list, headings, shown.map(rowOf))]);
   }
 
   #showAll() {

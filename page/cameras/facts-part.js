@@ -15,21 +15,38 @@ import { reasonOf } from "./camera-words.js";
  */
 
 const words = texts.camera;
+const MEASURED = "measured"; // who says so, as the recorder has it
+const WIDE = "(width >= 48rem)";
 
 /** @param {string} stream */
 const headingOf = (stream) => (stream ? words.ofStream(words.streamNames[stream] ?? stream) : words.ofCamera);
 
-/** @param {CameraFact} fact @returns {(string | HTMLElement)[]} */
-const rowOf = ({ name, value, from, at }) => [
-  words.factNames[name] ?? name,
-  value,
-  el("span", { class: "muted", text: words.said(from, timeText(at)) }),
-];
+/** @param {string} from who says something */
+const sourceOf = (from) => words.sources[from] ?? from;
+
+/** When each of them said it. @param {CameraFact[]} facts @param {string[]} sources */
+function timesOf(facts, sources) {
+  const latest = (/** @type {string} */ from) =>
+    Math.max(...facts.filter((fact) => fact.from === from).map(({ at }) => at));
+  return sources.map((from) => words.said(sourceOf(from), timeText(latest(from)))).join("; ");
+}
+
+/** A row for each of them, and a column for each who says so. @param {CameraFact[]} facts */
+function tableOf(facts) {
+  const names = [...new Set(facts.map(({ name }) => name))];
+  const sources = [...new Set(facts.map(({ from }) => from))];
+  const said = (/** @type {string} */ name, /** @type {string} */ from) =>
+    facts.find((fact) => fact.name === name && fact.from === from)?.value ?? "";
+  const rows = names.map((name) => [words.factNames[name] ?? name, ...sources.map((from) => said(name, from))]);
+  return table(timesOf(facts, sources), [words.fact, ...sources.map(sourceOf)], rows);
+}
 
 export class FactsPart {
   #list = el("div", { id: "camera-facts", class: "facts-of" });
   #mistake = mistakeLine("camera-measure-mistake");
   element = el("section", {}, el("h2", { text: words.facts }), this.#mistake, this.#list);
+  /** Folds that were opened or closed, by stream. @type {Map<string, boolean>} */
+  #isOpen = new Map();
   #end = new AbortController();
   #timer = 0;
   isAdmin = false;
@@ -57,15 +74,23 @@ export class FactsPart {
   /** @param {StoredCamera} camera @param {StreamName | ""} stream */
   #groupOf(camera, stream) {
     const facts = camera.facts.filter((fact) => fact.stream === stream);
-    const { name, value, from } = words.factColumns;
-    const shown = facts.length > 0 ? [table(headingOf(stream), [name, value, from], facts.map(rowOf))] : [];
-    const measure = stream && this.isAdmin && camera.enabled ? [this.#measureButton(camera.id, stream)] : [];
+    const shown = facts.length > 0 ? [this.#fold(stream, tableOf(facts))] : [];
+    const measure = stream && this.isAdmin && camera.enabled ? [this.#measureButton(camera, stream)] : [];
     return el("div", {}, ...shown, ...measure);
   }
 
-  /** @param {number} id @param {StreamName} stream */
-  #measureButton(id, stream) {
-    const label = words.measureOf(words.streamNames[stream] ?? stream);
+  /** Closed at first where there is little room. @param {string} stream @param {HTMLElement} content */
+  #fold(stream, content) {
+    const open = this.#isOpen.get(stream) ?? matchMedia(WIDE).matches;
+    const fold = el("details", { open }, el("summary", { text: headingOf(stream) }), content);
+    fold.addEventListener("toggle", () => this.#isOpen.set(stream, fold.open));
+    return fold;
+  }
+
+  /** @param {StoredCamera} camera @param {StreamName} stream */
+  #measureButton({ id, facts }, stream) {
+    const wasMeasured = facts.some((fact) => fact.stream === stream && fact.from === MEASURED);
+    const label = words.measureOf(words.streamNames[stream] ?? stream, wasMeasured);
     const press = button(label, () => this.#measure(press, label, id, stream), { "data-kind": stream });
     return press;
   }

@@ -106,7 +106,7 @@ export class LivePicture {
     this.#mistake.textContent = `${reasonOf(error)} ${outlook(error, waitSeconds)}`;
     if (this.#mistake.hidden || waitSeconds === 0) say(this.#mistake.textContent);
     this.#mistake.hidden = false;
-    if (error instanceof Trouble && error.cause) this.#note(error.cause);
+    if (error instanceof Trouble && (error.cause || waitSeconds === 0)) this.#note(error.cause || String(error.status));
   }
 
   #showAge() {

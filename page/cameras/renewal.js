@@ -4,11 +4,13 @@ import { Trouble } from "../recorder/request.js";
 
 const RENEW_S = 5;
 const BACK_OFF_S = [5, 10, 20, 40, 60]; // the last one again and again
-/** A login that was refused again and again may lock the user out, and a camera that is switched off stays so. */
+const UNKNOWN = 404;
+/** A login that was refused again and again may lock the user out; a camera that is switched off or deleted stays so. */
 const FINAL_CAUSES = ["loginRefused", "clockUnknown", "disabled"];
 
 /** @param {unknown} error */
-const isFinal = (error) => error instanceof Trouble && FINAL_CAUSES.includes(error.cause);
+const isFinal = (error) =>
+  error instanceof Trouble && (FINAL_CAUSES.includes(error.cause) || error.status === UNKNOWN);
 
 /**
  * @typedef {object} Work

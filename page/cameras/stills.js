@@ -1,6 +1,7 @@
 /// The stills of the list: of the cards that can be seen, a few at a time; the oldest are let go of.
 
 import { takeStill } from "../recorder/cameras.js";
+import { Trouble } from "../recorder/request.js";
 import { StillQueue } from "./still-queue.js";
 
 /** @typedef {import("./camera-card.js").CameraCard} CameraCard */
@@ -11,6 +12,21 @@ const FRESH_MS = 60_000;
 /** A card that is only scrolled past is not asked for. */
 const LINGER_MS = 150;
 const AGES_MS = 10_000;
+/** Failures of one stream, where another may work. */
+const OF_A_STREAM = ["noSuchStream", "noVideo", "encryptedStream", "transportRefused", "notUnderstood", "decoderFailed"];
+
+/** Of the sub stream, which is less to send; where that one fails, of the main one. @param {CameraCard} card */
+async function stillOf(card) {
+  const { id, streams } = card.camera;
+  if (card.lacksSub || !streams.includes("sub")) return takeStill(id, "main");
+  try {
+    return await takeStill(id, "sub");
+  } catch (error) {
+    card.lacksSub = error instanceof Trouble && OF_A_STREAM.includes(error.cause);
+    if (!card.lacksSub) throw error;
+    return takeStill(id, "main");
+  }
+}
 
 export class Stills {
   #queue = new StillQueue(AT_ONCE);
@@ -43,6 +59,11 @@ export class Stills {
     card.clear();
   }
 
+  /** Asks for those in sight that were changed, or whose last still did not come. */
+  look() {
+    for (const card of this.#inSight.keys()) if (card.askedAt === 0 || !card.hasStill) this.#want(card);
+  }
+
   /** @param {IntersectionObserverEntry[]} entries */
   #look(entries) {
     for (const { target, isIntersecting } of entries) {
@@ -68,8 +89,7 @@ export class Stills {
 
   /** @param {CameraCard} card */
   async #renew(card) {
-    const { id, streams } = card.camera;
-    await card.renew(() => takeStill(id, streams.includes("sub") ? "sub" : "main"));
+    await card.renew(() => stillOf(card));
     if (card.isNews) this.changed();
     this.#kept.delete(card);
     if (!card.hasStill) return;

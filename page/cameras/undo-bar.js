@@ -22,8 +22,8 @@ export class UndoBar {
     byId("views", HTMLElement).append(this.#place);
   }
 
-  /** @param {Camera} camera that has just been deleted */
-  add(camera) {
+  /** @param {Camera} camera that was deleted @param {number} askedAt when, in milliseconds since 1970 */
+  add(camera, askedAt) {
     const time = el("span");
     const mistake = mistakeLine(`undo-${camera.id}-mistake`);
     const undo = button(words.undo, () => this.#undo(camera, bar, mistake), { class: "main" });
@@ -31,14 +31,13 @@ export class UndoBar {
     const bar = el("div", { class: "banner", role: "group", "aria-label": words.deleted(nameOf(camera)) });
     bar.append(el("p", {}, el("strong", { text: words.deleted(nameOf(camera)) }), " ", time), undo, dismiss, mistake);
     this.#place.append(bar);
-    this.#countDown(bar, time);
+    this.#countDown(bar, time, askedAt + UNDO_S * 1000);
     say(`${words.deleted(nameOf(camera))} ${words.undoTime(UNDO_S)}`);
-    undo.focus();
+    if (!(document.activeElement instanceof HTMLInputElement)) undo.focus(); // nobody types elsewhere
   }
 
-  /** @param {HTMLElement} bar @param {HTMLElement} time */
-  #countDown(bar, time) {
-    const end = Date.now() + UNDO_S * 1000;
+  /** @param {HTMLElement} bar @param {HTMLElement} time @param {number} end in milliseconds since 1970 */
+  #countDown(bar, time, end) {
     const timer = setInterval(show, 1000);
     const remove = () => this.#remove(bar);
     function show() {

@@ -55,7 +55,9 @@ export function refill(place, elements) {
   const focused = document.activeElement;
   const kind = focused instanceof HTMLElement && place.contains(focused) ? focused.dataset.kind : undefined;
   place.replaceChildren(...elements);
-  if (kind) elements.find((element) => element.dataset.kind === kind)?.focus();
+  if (!kind) return;
+  const others = [.../** @type {NodeListOf<HTMLElement>} */ (place.querySelectorAll("[data-kind]"))];
+  others.find((element) => element.dataset.kind === kind)?.focus();
 }
 
 /**

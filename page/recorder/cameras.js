@@ -98,8 +98,8 @@ export const addCamera = (camera) => dataOf(question("POST", "", { parameters: c
 export const changeCamera = (id, change, revision) =>
   dataOf(question("PATCH", `/${id}`, { parameters: change, headers: { "If-Match": `"${revision}"` } }));
 
-/** @param {number} id @returns {Promise<number>} until when it can be restored */
-export const removeCamera = async (id) => (await dataOf(question("DELETE", `/${id}`))).undoUntil;
+/** It can be restored for a minute. @param {number} id @returns {Promise<unknown>} */
+export const removeCamera = (id) => dataOf(question("DELETE", `/${id}`));
 
 /** @param {number} id @returns {Promise<StoredCamera>} */
 export const restoreCamera = (id) => dataOf(question("POST", `/${id}/restore`, { parameters: {} }));

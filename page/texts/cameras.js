@@ -12,7 +12,7 @@ export const cameras = {
   asTable: "As a table",
   asCards: "As cards",
   reading: "Reading the list",
-  none: "No camera is like that.",
+  none: "No camera matches.",
   showAll: "Show all cameras",
   emptyTitle: "No camera is stored yet",
   emptyText: "All that it takes is a camera's address, with its user and password.",
@@ -42,6 +42,7 @@ export const cameras = {
   /** @param {string} when */
   taken: (when) => `Picture taken ${when}`,
   notAsked: "Not asked for a picture",
+  notWhileOff: "No picture while it is off",
   noPictureYet: "No picture yet",
   takingPicture: "Taking a picture",
   notAPicture: "What came is no picture.",
@@ -55,8 +56,8 @@ export const cameras = {
 };
 
 export const camera = {
-  /** @param {string} vendor @param {string} model @param {string} place */
-  about: (vendor, model, place) => `${[vendor, model].filter(Boolean).join(" ")} at ${place}`,
+  /** @param {string} kind "AXIS M1135" @param {string} place */
+  about: (kind, place) => `${kind} at ${place}`,
   back: "All cameras",
   gone: "No such camera is stored",
   goneText: "It may have been deleted.",
@@ -100,11 +101,13 @@ export const camera = {
   ofCamera: "Camera",
   /** @param {string} stream */
   ofStream: (stream) => `${stream} stream`,
-  factColumns: { name: "Fact", value: "Value", from: "Who says so" },
+  fact: "Fact",
+  /** Who says so, where it is no name. @type {Readonly<Record<string, string>>} */
+  sources: { measured: "Measured" },
   /** @param {string} from @param {string} time */
   said: (from, time) => (from ? `${from}, ${time}` : time),
-  /** @param {string} stream */
-  measureOf: (stream) => `Measure the ${stream} stream again`,
+  /** @param {string} stream @param {boolean} again */
+  measureOf: (stream, again) => `Measure the ${stream} stream${again ? " again" : ""}`,
   /** @param {number} seconds */
   measuring: (seconds) => `Measuring: ${counted(seconds, "second")}`,
   measured: "Measured",
@@ -116,17 +119,10 @@ export const camera = {
     serial: "Serial number",
     codec: "Codec",
     size: "Size",
-    width: "Width",
-    height: "Height",
     frameRate: "Pictures a second",
     bitRate: "Bit rate (kbit/s)",
     keyFrames: "Seconds between key frames",
-    keyFrameDistance: "Seconds between key frames",
     audio: "Audio",
-    profile: "Profile",
-    path: "Path",
-    snapshot: "Address of its stills",
-    clockOffset: "Its clock is fast by (s)",
   },
 
   editTitle: "Edit this camera",
@@ -134,6 +130,11 @@ export const camera = {
   passwordStays: "Stays as it is while this is empty. Another address, port or user needs it again.",
   pathHint: "Of the main stream, for a model that asks for it",
   enabled: "Switched on",
+  newCertificate: "Take the camera's new certificate",
+  weakerLogin: "Allow a weaker login again",
+  trustHint:
+    "Only if you know that the camera itself was reset, or its settings were changed: otherwise somebody else may get " +
+    "its password.",
   saved: "Saved",
   badPort: "Type the camera's port (1 to 65535).",
   /** @param {string} theirs what is stored now */
@@ -141,8 +142,8 @@ export const camera = {
     `Somebody else changed this camera meanwhile: ${theirs}. What you typed is kept. Save again to store it.`,
   /** @param {string} field @param {string} value */
   isNow: (field, value) => (value ? `${field} is now “${value}”` : `${field} is now empty`),
-  on: "on",
-  off: "off",
+  isOnNow: "It is switched on now",
+  isOffNow: "It is switched off now",
 
   /** @param {string} name */
   deleted: (name) => `${name} is deleted.`,

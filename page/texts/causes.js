@@ -155,8 +155,8 @@ export const causes = {
         "Nothing was sent: what answers at this address has another TLS certificate than this stored camera had " +
         "before. It may be another device, or somebody in between.",
       first:
-        "Find out whether the camera was reset or got a new certificate. If so, run: recorderctl camera edit ID " +
-        "--trust-new-certificate.",
+        "Find out whether the camera was reset or got a new certificate. If so, open it under Cameras, press Edit, and " +
+        "tick “Take the camera's new certificate”.",
       field: "none",
       answered: false,
     },
@@ -228,7 +228,7 @@ export const causes = {
     disabled: {
       heading: "Camera is switched off here",
       happened: "Nothing was sent: the stored camera is disabled on this recorder.",
-      first: "Enable it: recorderctl camera status ID enabled.",
+      first: "Open it under Cameras, and press “Switch on”.",
       field: "none",
       answered: false,
     },

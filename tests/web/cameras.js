@@ -186,6 +186,10 @@ test("a deleted camera comes back by one key within a minute, from any view", as
     await page.keyboard.press("Enter");
     await expectText(page, "camera-title", "yard");
     assert.ok(isListed());
+    await page.route(`**/cameras/${id}`, async (route) => {
+      if (route.request().method() === "DELETE") await page.click("#nav-cameras"); // before the answer
+      await route.continue();
+    });
     await remove(page);
     await page.clock.runFor(61_000);
     assert.equal(await text(page, "undo"), "");
@@ -193,6 +197,41 @@ test("a deleted camera comes back by one key within a minute, from any view", as
   };
   await kept(`#cameras/${id}`, work);
 });
+
+/** Of two streams, at a port. */
+async function storeTwo(page, port) {
+  const asked = { vendor: "Simcam", model: "RTSP-H264", port, channel: "1", sourcePath: "" };
+  const streams = ["main", "sub"].map((name) => ({ name, address: `rtsp://127.0.0.1:${port}/${name}`, ...asked }));
+  const facts = [{ stream: "sub", name: "codec", value: "H.264", from: "ONVIF" }];
+  const data = { ...asked, name: "two", host: "127.0.0.1", user: "admin", password: RIGHT, streams, facts };
+  const answer = await page.request.post(`${at}recorder/1/cameras`, { data });
+  assert.equal(answer.status(), 201, await answer.text());
+  return (await answer.json()).data.id;
+}
+
+test("a camera's further stream moves with it, and its card does without it", () =>
+  kept("#models", async (page) => {
+    const id = await storeTwo(page, ports.works);
+    const fails = { status: 502, json: { error: { cause: "noSuchStream" } } };
+    await page.route(/picture.stream=sub/, (route) => route.fulfill(fails));
+    await openView(page, "cameras");
+    await page.locator("#cameras-list img").waitFor();
+    await openView(page, `cameras/${id}`);
+    const edits = { port: ports.onvif, user: "guest", host: "localhost" };
+    for (const [field, value] of [...Object.entries(edits), ["user", "admin"]]) {
+      await page.click("#camera-edit-open");
+      await page.fill(`#camera-${field}`, String(value));
+      await page.fill("#camera-password", RIGHT);
+      await page.click("#camera-save");
+      await page.locator("#camera-edit").waitFor({ state: "hidden" });
+    }
+    const { data } = await (await page.request.get(`${at}recorder/1/cameras/${id}`)).json();
+    const addresses = ["main", "sub"].map((name) => `rtsp://localhost:${ports.onvif}/${name}`);
+    assert.deepEqual(data.streams.map(({ address }) => address), addresses);
+    assert.deepEqual([data.streams[1].port, data.facts.length], [ports.onvif, 1]);
+    control("", `camera remove ${id}`, KEPT);
+    await expectText(page, "camera-title", "No such camera is stored");
+  }));
 
 test("a password is in what is copied, where somebody typed it, and is never shown", async () => {
   const id = store("hall");
@@ -262,7 +301,7 @@ test("of a thousand cameras, stills are asked for in sight alone, four at a time
     await page.fill("#cameras-search", "simcam 127.1.3.1 camera");
     await expectText(page, "cameras-count", /^\d+ of 1,000 cameras$/);
     await page.fill("#cameras-search", "zzz");
-    await expectText(page, "cameras-none", "No camera is like that.");
+    await expectText(page, "cameras-none", "No camera matches.");
     await page.click("#cameras-none button");
     await page.click("#cameras-table-toggle");
     assert.equal(await page.locator("#cameras-table tbody tr").count(), 1000);
