@@ -90,20 +90,21 @@ export class Additions {
     this.run.isRunning = false;
   }
 
-  /** @param {Row} row @param {Addition} addition */
-  #note(row, addition) {
-    this.#known.set(row, { of: keyOf(row), addition });
+  /** @param {Row} row @param {Addition} addition @param {string} of by which values: they may change meanwhile */
+  #note(row, addition, of) {
+    this.#known.set(row, { of, addition });
   }
 
   /** @param {Row} row */
   async #addOne(row) {
-    this.#note(row, { kind: "adding" });
+    const of = keyOf(row);
+    this.#note(row, { kind: "adding" }, of);
     this.changed([row]);
     try {
-      this.#note(row, await this.keep(row));
+      this.#note(row, await this.keep(row), of);
     } catch (error) {
       const text = sentence(messageOf(error));
-      this.#note(row, { kind: "failed", text });
+      this.#note(row, { kind: "failed", text }, of);
       if (error instanceof Trouble && error.status === ABOUT_THE_ROW) return;
       this.trouble = text;
       this.stop();

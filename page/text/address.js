@@ -47,7 +47,7 @@ export function hidesLogin(text) {
 export function splitAddress(text) {
   if (hidesLogin(text)) return { host: text.trim(), port: "", user: "", password: "", path: "" };
   const whole = WHOLE.exec(text.trim());
-  if (!whole) return { ...splitHost(text.trim()), user: "", password: "", path: "" };
+  if (!whole) return { ...splitHost(text.trim().replace(/\/$/, "")), user: "", password: "", path: "" };
   const [, scheme = "", authority = "", path = ""] = whole;
   const at = authority.lastIndexOf("@");
   const [user = "", ...password] = authority.slice(0, Math.max(at, 0)).split(":");

@@ -151,7 +151,7 @@ export const many = {
   /** @param {string} model @param {string} host */
   pictureOf: (model, host) => `Picture of ${model} at ${host}`,
   pictureThere: "The picture is there",
-  openOne: "Open in One camera",
+  openOne: "Open as one camera",
 
   // ---- exports ----
   export: "Export",

@@ -1,7 +1,7 @@
 /// The view of one camera, whose data somebody knows: its fields, its test, and what came of it.
 
 export const one = {
-  title: "One camera",
+  title: "Test one camera",
 
   // ---- the fields ----
   addressHint: "Name, IP address, or a whole rtsp:// address",
@@ -41,7 +41,7 @@ export const one = {
   whatTestDoes: "What a test does",
   testExplained:
     "The recorder contacts the camera once, with the login that you give, and looks for video. After a success it " +
-    "also fetches a picture. Nothing is saved until you press Save.",
+    "also fetches a picture. A test saves nothing.",
   works: "Camera works",
   foundVideo: "The recorder logged in and found video.",
   /** @param {string} stream "sub" or "third" */

@@ -15,7 +15,7 @@ export const saving = {
   open: "Open",
   /** @param {string} name */
   openNamed: (name) => `Open ${name}`,
-  allTheSame: "Store it all the same",
+  allTheSame: "Save it anyway",
 
   // ---- many cameras ----
   /** @param {number} count @param {boolean} isRest others were added before */
