@@ -225,7 +225,7 @@ TEST_F(RecordsTest, AnOutcomeIsWrittenWhenItChanges) {
 
 TEST_F(RecordsTest, EachChangeOfAnOutcomeIsAnEvent) {
   using enum Outcome;
-  constexpr std::int64_t kDay = 24 * 3600;
+  constexpr std::int64_t kDay = std::int64_t{24} * 3600;
   Records records{State()};
   const int first = records.Add(Camera(), "secret");
   const int second = records.Add(Camera("Other"), "secret");

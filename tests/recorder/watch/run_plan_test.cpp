@@ -55,6 +55,7 @@ struct CallEnd {
 /// The same by the plan, for which time is only what is told here.
 std::int64_t PlannedTime(const std::vector<SimulatedRow>& rows, const std::set<std::string>& silentHosts) {
   std::vector<PlannedRow> planned;
+  planned.reserve(rows.size());
   for (const SimulatedRow& row : rows) planned.push_back(row.row);
   RunPlan plan(planned, silentHosts);
   std::priority_queue<CallEnd, std::vector<CallEnd>, std::greater<>> calls;
