@@ -8,7 +8,9 @@ namespace recorder {
 
 Certificates Records::PinnedCertificates(int id) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT port, sha256 FROM certificates WHERE cameraId = ?"};
+    SQLite::Statement query{impl_->database,
+                            "SELECT certificates.port, sha256 FROM certificates JOIN cameras ON id = cameraId WHERE "
+                            "id = ? AND removedAt IS NULL"};
     query.bind(1, id);
     Certificates certificates;
     while (query.executeStep()) certificates[query.getColumn(0).getInt()] = query.getColumn(1).getString();
@@ -20,7 +22,8 @@ std::string Records::PinCertificate(int id, int port, const std::string& certifi
   impl_->Guarded([&] {
     SQLite::Statement insert{
         impl_->database,
-        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND (port = ?2 OR (SELECT "
+        "INSERT OR IGNORE INTO certificates SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND removedAt IS NULL AND "
+        "(port = ?2 OR (SELECT "
         "count(*) FROM certificates WHERE cameraId = ?1 AND certificates.port <> cameras.port) < ?4)"};
     SQLite::bind(insert, id, port, certificate, kMostPinnedPorts);
     insert.exec();
@@ -30,7 +33,9 @@ std::string Records::PinCertificate(int id, int port, const std::string& certifi
 
 std::map<int, CameraIdentity> Records::Identities() const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT cameraId, endpoint, serial FROM identities"};
+    SQLite::Statement query{impl_->database,
+                            "SELECT cameraId, endpoint, serial FROM identities JOIN cameras ON id = cameraId WHERE "
+                            "removedAt IS NULL"};
     std::map<int, CameraIdentity> identities;
     while (query.executeStep()) {
       identities[query.getColumn(0).getInt()] = {query.getColumn(1).getString(), query.getColumn(2).getString()};
@@ -43,10 +48,10 @@ void Records::LearnIdentity(int id, const CameraIdentity& identity) {
   const bool isShort = identity.endpoint.size() <= kLongestFoundName && identity.serial.size() <= kLongestFoundName;
   if (!isShort) return;
   impl_->Guarded([&] {
-    SQLite::Statement insert{
-        impl_->database,
-        "INSERT INTO identities SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 ON CONFLICT (cameraId) DO UPDATE SET "
-        "endpoint = iif(endpoint = '', ?2, endpoint), serial = iif(serial = '', ?3, serial)"};
+    SQLite::Statement insert{impl_->database,
+                             "INSERT INTO identities SELECT id, ?2, ?3 FROM cameras WHERE id = ?1 AND removedAt IS "
+                             "NULL ON CONFLICT (cameraId) DO UPDATE SET "
+                             "endpoint = iif(endpoint = '', ?2, endpoint), serial = iif(serial = '', ?3, serial)"};
     SQLite::bind(insert, id, identity.endpoint, identity.serial);
     insert.exec();
   });
