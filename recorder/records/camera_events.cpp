@@ -5,6 +5,7 @@
 
 #include "recorder/records/records.h"
 #include "recorder/records/records_file.h"
+#include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
 
 namespace recorder {
@@ -83,6 +84,45 @@ std::map<int, CameraOutcome> Records::Outcomes() const {
     }
     return outcomes;
   });
+}
+
+std::optional<CameraOutcome> Records::OutcomeOf(int id) const {
+  return impl_->Guarded([&]() -> std::optional<CameraOutcome> {
+    SQLite::Statement query{impl_->database,
+                            "SELECT cause, since, lastSuccess FROM outcomes JOIN cameras ON id = cameraId WHERE "
+                            "removedAt IS NULL AND id = ?"};
+    query.bind(1, id);
+    const auto cause = query.executeStep() ? OutcomeNamed(query.getColumn(0).getString()) : std::nullopt;
+    if (!cause) return std::nullopt;
+    return CameraOutcome{*cause, query.getColumn(1).getInt64(), query.getColumn(2).getInt64()};
+  });
+}
+
+std::vector<RefusedCamera> Records::Impl::RefusedCameras() const {
+  SQLite::Statement query{database,
+                          "SELECT id, host, port, user, since FROM outcomes JOIN cameras ON id = cameraId WHERE "
+                          "removedAt IS NULL AND cause = 'loginRefused'"};
+  std::vector<RefusedCamera> refused;
+  while (query.executeStep()) {
+    CameraRecord camera;
+    camera.host = query.getColumn(1).getString();
+    camera.port = query.getColumn(2).getInt();
+    camera.user = query.getColumn(3).getString();
+    refused.push_back({query.getColumn(0).getInt(), LoginOf(camera), query.getColumn(4).getInt64()});
+  }
+  return refused;
+}
+
+std::vector<RefusedCamera> Records::RefusedCameras() const {
+  return impl_->Guarded([&] { return impl_->RefusedCameras(); });
+}
+
+void Records::Impl::ForgetRefusals(const CameraRecord& camera) {
+  const std::string login = LoginOf(camera);
+  for (const RefusedCamera& other : RefusedCameras()) {
+    const bool isOfLogin = other.id == camera.id || other.login == login;
+    if (isOfLogin) Run("DELETE FROM outcomes WHERE cameraId = ?", other.id);
+  }
 }
 
 std::vector<CameraEvent> Records::EventsBefore(std::int64_t id, int most, const EventFilter& filter) const {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <string>
 #include <tuple>
@@ -45,22 +46,36 @@ void Records::Impl::StoreFacts(int id, const std::vector<CameraFact>& facts) {
   }
 }
 
+/// Facts of further streams that are no longer asked by the same.
+void Records::Impl::ForgetFactsOfOthers(int id, const std::vector<CameraStream>& streams) {
+  for (const char* name : {"sub", "third"}) {
+    const auto stream = std::ranges::find(streams, name, &CameraStream::name);
+    const CameraStream asked = stream == streams.end() ? CameraStream() : *stream;
+    Run("DELETE FROM facts WHERE cameraId = ?1 AND stream = ?2 AND NOT EXISTS (SELECT * FROM streams WHERE cameraId = "
+        "?1 AND name = ?2 AND (vendor, model, port, channel, sourcePath) = (?3, ?4, ?5, ?6, ?7))",
+        id, name, asked.vendor, asked.model, asked.port, asked.channel, asked.sourcePath);
+  }
+}
+
 void Records::Impl::ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change) {
   const int id = after.id;
+  const bool isAskedElse = before.host != after.host || MainOf(before) != MainOf(after);
   const bool isElsewhere = before.host != after.host || before.port != after.port;
   const bool isOther = before.host != after.host || before.user != after.user;
-  const bool mayLogInNow = change.password != nullptr || change.forgetsLogin || change.streams;
+  const bool mayLogInNow =
+      change.password != nullptr || change.forgetsLogin || change.forgetsCertificates || change.streams;
   if (isElsewhere || change.forgetsLogin) Run("UPDATE cameras SET strongestLogin = 0 WHERE id = ?", id);
   if (isElsewhere || change.forgetsCertificates) Run("DELETE FROM certificates WHERE cameraId = ?", id);
-  if (isElsewhere) Run("DELETE FROM outcomes WHERE cameraId = ?", id);
-  if (mayLogInNow) Run("DELETE FROM outcomes WHERE cameraId = ? AND cause = 'loginRefused'", id);
+  if (isAskedElse) Run("DELETE FROM outcomes WHERE cameraId = ?", id);
+  if (mayLogInNow || isAskedElse) ForgetRefusals(after);
   if (isOther) {
     Run("DELETE FROM streams WHERE cameraId = ?", id);
     Run("DELETE FROM facts WHERE cameraId = ?", id);
-  } else if (MainOf(before) != MainOf(after)) {
+  } else if (isAskedElse) {
     Run("DELETE FROM streams WHERE cameraId = ? AND name = ?", id, kOwnStream);
     Run("DELETE FROM facts WHERE cameraId = ? AND stream = ?", id, kOwnStream);
   }
+  if (change.streams) ForgetFactsOfOthers(id, *change.streams);
 }
 
 std::vector<CameraStream> Records::Streams(int id) const {

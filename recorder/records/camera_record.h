@@ -74,6 +74,13 @@ struct CameraContact {
   std::int64_t lastSuccess = 0;                ///< of the last contact before that came to kOk, if it is known
 };
 
+/// A stored camera that refused its login at the last contact.
+struct RefusedCamera {
+  int id = 0;
+  std::string login;       ///< see LoginOf in refused_logins.h
+  std::int64_t since = 0;  ///< seconds since 1970
+};
+
 /// A change of what contact with a stored camera comes to.
 struct CameraEvent {
   std::int64_t id = 0;  ///< larger than those before, and never given again

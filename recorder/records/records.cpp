@@ -65,10 +65,11 @@ void Records::Impl::StoreRecord(const CameraRecord& camera) {
 }
 
 int Records::Add(const CameraRecord& camera, const std::string& password, const std::vector<CameraStream>& streams,
-                 const std::vector<CameraFact>& facts) {
+                 const std::vector<CameraFact>& facts, const std::function<void()>& check) {
   RequireNoMistake(FindMistake(camera, password));
   return impl_->Guarded([&] {
     SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    if (check) check();
     impl_->Run(
         "INSERT INTO cameras (name, vendor, model, host, port, user, password, channel, sourcePath, status, ownerKdId) "
         "VALUES ('', '', '', '', 0, '', zeroblob(0), '', '', 0, 0)");
@@ -110,10 +111,8 @@ std::optional<CameraRecord> Records::Find(int id) const {
 
 std::string Records::Password(const CameraRecord& camera) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, "SELECT password FROM cameras WHERE id = ?"};
-    query.bind(1, camera.id);
-    if (!query.executeStep()) throw RecordsError("camera " + std::to_string(camera.id) + " is no longer stored");
-    const std::string sealed = query.getColumn(0).getString();
+    const std::string sealed = SealedPassword(camera.id);
+    if (sealed.empty()) throw RecordsError("camera " + std::to_string(camera.id) + " is no longer stored");
     auto password = Unseal(impl_->key, PasswordContext(camera.id, camera.host, camera.port), sealed);
     if (!password) {
       throw RecordsError("the password of camera " + std::to_string(camera.id) +
@@ -121,6 +120,19 @@ std::string Records::Password(const CameraRecord& camera) const {
     }
     return std::move(*password);
   });
+}
+
+std::string Records::SealedPassword(int id) const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT password FROM cameras WHERE id = ? AND removedAt IS NULL"};
+    query.bind(1, id);
+    return query.executeStep() ? query.getColumn(0).getString() : std::string();
+  });
+}
+
+bool KeepsPassword(const CameraRecord& before, const std::vector<CameraStream>& streams, const CameraRecord& after,
+                   const CameraChange& change) {
+  return KeepsPassword(before, after) && (!change.streams || KeepsPassword(streams, *change.streams));
 }
 
 ChangeResult Records::Change(int id, const CameraChange& change) {
@@ -133,9 +145,9 @@ ChangeResult Records::Change(int id, const CameraChange& change) {
     if (change.record) change.record(after);
     after.id = id;
     after.revision = before->revision + 1;
+    if (change.check) change.check();
     RequireNoMistake(FindMistake(after, change.password != nullptr ? *change.password : ""));
-    const bool keepsPassword =
-        KeepsPassword(*before, after) && (!change.streams || KeepsPassword(Streams(id), *change.streams));
+    const bool keepsPassword = KeepsPassword(*before, Streams(id), after, change);
     if (!keepsPassword && change.password == nullptr) throw RecordsError("password: must be given again");
     impl_->StoreRecord(after);
     impl_->ForgetOutdated(*before, after, change);
@@ -159,10 +171,16 @@ ChangeResult Records::Remove(int id, std::optional<int> revision) {
   });
 }
 
-bool Records::Restore(int id) {
+bool Records::Restore(int id, const std::function<void()>& check) {
   return impl_->Guarded([&] {
     const std::int64_t earliest = SecondsNow() - kUndoTime.count();
-    return impl_->Run("UPDATE cameras SET removedAt = NULL WHERE id = ? AND removedAt >= ?", id, earliest) == 1;
+    SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
+    if (impl_->Run("UPDATE cameras SET removedAt = NULL WHERE id = ? AND removedAt >= ?", id, earliest) != 1) {
+      return false;
+    }
+    if (check) check();
+    transaction.commit();
+    return true;
   });
 }
 

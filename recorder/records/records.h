@@ -41,7 +41,12 @@ struct CameraChange {
   bool forgetsLogin = false;                                        ///< as if no login had worked yet
   bool forgetsCertificates = false;                                 ///< as if no certificate had been seen yet
   std::optional<int> revision = std::nullopt;                       ///< the one that the camera must have
+  std::function<void()> check = nullptr;  ///< called while nobody else changes the records; what it throws ends that
 };
+
+/// Whether the stored password may stay after a change that makes `after` of a camera with these streams (see below).
+bool KeepsPassword(const CameraRecord& before, const std::vector<CameraStream>& streams, const CameraRecord& after,
+                   const CameraChange& change);
 
 /// What became of a change.
 enum class ChangeResult {
@@ -106,8 +111,9 @@ class Records {
   std::string Damage() const;
 
   /// Stores a camera (`camera.id` and `camera.revision` are ignored) and returns its id. A mistake is a RecordsError.
+  /// `check` is called while nobody else changes the records: what it throws keeps the camera from being stored.
   int Add(const CameraRecord& camera, const std::string& password, const std::vector<CameraStream>& streams = {},
-          const std::vector<CameraFact>& facts = {});
+          const std::vector<CameraFact>& facts = {}, const std::function<void()>& check = nullptr);
   /// All cameras by id.
   std::vector<CameraRecord> List() const;
   /// All cameras of a model by id.
@@ -115,6 +121,8 @@ class Records {
   std::optional<CameraRecord> Find(int id) const;
   /// The stored password of a camera that was found here; the caller wipes it.
   std::string Password(const CameraRecord& camera) const;
+  /// How it is stored: another text whenever it was set. "" where there is no such camera.
+  std::string SealedPassword(int id) const;
   /// The streams of a camera: its main one, and those that were stored with it. None where there is no such camera.
   std::vector<CameraStream> Streams(int id) const;
   /// The names of these, of all cameras.
@@ -124,15 +132,16 @@ class Records {
 
   /// Stores a change of a camera, which nobody else changes meanwhile. Where the stored password may not stay (see
   /// KeepsPassword) and no other one is given, that is a RecordsError, as a mistake is. What was known of the camera as
-  /// it was before is forgotten: at another address the login, the certificates and the outcome; for another host or
-  /// user the streams and facts that are not given anew; else, where the main stream is asked by something else, its
-  /// address and facts. Where a login may work now, a refused one is forgotten.
+  /// it was before is forgotten: at another address the login and the certificates; for another host or user the
+  /// streams and facts that are not given anew; where a stream is asked by something else, its address and facts, and
+  /// if it is the main one, the outcome. Where a login may work now, its refusals are forgotten, at other records of
+  /// it, too.
   ChangeResult Change(int id, const CameraChange& change);
   /// Removes a camera: from now on there is none of that id, unless it is restored. `revision`: that it must have.
   ChangeResult Remove(int id, std::optional<int> revision = std::nullopt);
   /// Brings a camera back as it was. False when none was removed within kUndoTime; what was removed before that is
-  /// deleted when the records are opened.
-  bool Restore(int id);
+  /// deleted when the records are opened. `check` as for Add; it may look at the camera.
+  bool Restore(int id, const std::function<void()>& check = nullptr);
   /// Keeps `method` as the strongest login that worked, unless a stronger one did. False when there is no such camera.
   bool RaiseLogin(int id, LoginMethod method);
 
@@ -141,6 +150,10 @@ class Records {
   void NoteOutcome(int id, const CameraContact& contact);
   /// What contact came to with those cameras with which there was any since a change of theirs (see Change).
   std::map<int, CameraOutcome> Outcomes() const;
+  /// What contact came to with one of them.
+  std::optional<CameraOutcome> OutcomeOf(int id) const;
+  /// Those of them that refused the login.
+  std::vector<RefusedCamera> RefusedCameras() const;
   /// At most `most` events of stored cameras with ids below `id`, the newest first; with ids above it, the oldest
   /// first.
   std::vector<CameraEvent> EventsBefore(std::int64_t id, int most, const EventFilter& filter = {}) const;

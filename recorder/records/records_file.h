@@ -47,6 +47,10 @@ struct Records::Impl {
   void StoreFacts(int id, const std::vector<CameraFact>& facts);
   /// What was known of the camera as it was `before` `change`, see Records::Change.
   void ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change);
+  void ForgetFactsOfOthers(int id, const std::vector<CameraStream>& streams);
+  /// All refusals of the camera's login, at whatever record.
+  void ForgetRefusals(const CameraRecord& camera);
+  std::vector<RefusedCamera> RefusedCameras() const;
   /// That contact with the camera comes to something else now, which has this name.
   void StoreChange(int id, const CameraContact& contact, const std::string& name);
 

@@ -30,7 +30,7 @@ void Schedule::Update(const std::vector<WatchedCamera>& cameras, WatchTime now) 
     }
   }
   std::erase_if(hosts_, [](const auto& host) { return !host.second.isBusy && host.second.waiting.empty(); });
-  std::erase_if(quietUntil_, [now](const auto& login) { return login.second <= now; });
+  refused_.ForgetSpent(now);
 }
 
 void Schedule::Describe(Watched& camera, const WatchedCamera& record) {
@@ -54,7 +54,7 @@ void Schedule::Revise(int id, Watched& camera, const WatchedCamera& record, Watc
   const bool isEdited = camera.revision != record.revision;
   const bool isRefused = record.cause == Outcome::kLoginRefused;
   if (!isEdited && isRefused == camera.isRefused) return;
-  quietUntil_.erase(camera.login);
+  refused_.Forget(camera.login);
   Describe(camera, record);
   camera.silentPause = interval_;
   if (isRefused) return Refuse(camera, now);
@@ -65,9 +65,7 @@ void Schedule::Revise(int id, Watched& camera, const WatchedCamera& record, Watc
 void Schedule::Refuse(Watched& camera, WatchTime since) {
   camera.isRefused = true;
   camera.place = 0;
-  if (camera.login.empty()) return;
-  WatchTime& quietUntil = quietUntil_[camera.login];
-  quietUntil = std::max(quietUntil, since + std::max(kHour, interval_));
+  refused_.Add(camera.login, since);
 }
 
 std::optional<DueCheck> Schedule::Next(WatchTime now) {
@@ -91,10 +89,9 @@ std::optional<DueCheck> Schedule::Next(WatchTime now) {
 bool Schedule::IsHeldBack(const Place& place, Watched& camera, WatchTime now) {
   const auto atHand = atHand_.find(place.id);
   Host& host = hosts_[atHand == atHand_.end() ? camera.host : atHand->second];
-  const auto quiet = quietUntil_.find(camera.login);
   if (host.isBusy) {
     host.waiting.push_back(place);
-  } else if (quiet != quietUntil_.end() && quiet->second > now) {
+  } else if (refused_.Holds(camera.login, now)) {
     Enqueue(place.id, camera, now + WatchTime(1));  // an edit may end that before
   } else {
     return false;

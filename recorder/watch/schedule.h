@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -9,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "recorder/records/refused_logins.h"
 #include "recorder/utility/outcome.h"
 
 namespace recorder {
@@ -21,7 +23,7 @@ struct WatchedCamera {
   int id = 0;
   int revision = 0;
   std::string host;
-  std::string login = {};  ///< whatever two cameras have alike that may be one camera, asked by one user
+  std::string login = {};                             ///< see LoginOf
   std::optional<Outcome> cause = std::nullopt;        ///< what the last contact with it came to
   WatchTime since{0};                                 ///< when contacts began to come to that
   std::optional<WatchTime> attempted = std::nullopt;  ///< when its last check began
@@ -42,7 +44,8 @@ struct DueCheck {
 /// Time:    Next and End take as long as a heap does; Update looks at all cameras.
 class Schedule {
  public:
-  explicit Schedule(WatchTime interval) : interval_(interval) {}
+  explicit Schedule(WatchTime interval)
+      : interval_(interval), refused_(std::max(RefusedLogins::kLeastPause, interval)) {}
 
   /// These and no others are watched from now on. What they tell of earlier checks counts for new ones, but for a login
   /// that was refused: that, and its end, counts for all.
@@ -92,8 +95,8 @@ class Schedule {
   const WatchTime interval_;
   std::unordered_map<int, Watched> cameras_;
   std::unordered_map<std::string, Host> hosts_;
-  std::unordered_map<std::string, WatchTime> quietUntil_;  // logins
-  std::unordered_map<int, std::string> atHand_;            // cameras, and the hosts where they are checked
+  RefusedLogins refused_;
+  std::unordered_map<int, std::string> atHand_;  // cameras, and the hosts where they are checked
   std::priority_queue<Place, std::vector<Place>, std::greater<>> line_;
   std::uint64_t lastPlace_ = 0;
 };

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "recorder/host/stored_call.h"
+#include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
-#include "recorder/utility/text.h"
 
 namespace recorder {
 namespace {
@@ -20,11 +20,6 @@ WatchTime Now() { return std::chrono::duration_cast<WatchTime>(Clock::now().time
 WatchTime WatchTimeOf(std::int64_t seconds) {
   constexpr std::int64_t kDay = 86'400;
   return Now() - std::chrono::seconds(std::clamp(SecondsNow() - seconds, std::int64_t{0}, kDay));
-}
-
-/// A camera with many channels has a record for each, and locks out the user of all of them.
-std::string LoginOf(const CameraRecord& camera) {
-  return NormalizedHost(camera.host) + ' ' + std::to_string(camera.port) + ' ' + camera.user;
 }
 
 }  // namespace
@@ -94,6 +89,7 @@ bool Watcher::StartNext(Checkers& checkers) {
 /// Kept before the camera hears of it.
 void Watcher::Begin(const DueCheck& check) {
   Attempt& attempt = attempts_[check.id];
+  if (attempt.revision != check.revision) attempt.lastSuccess = 0;  // what worked may have been something else
   attempt.revision = check.revision;
   attempt.at = SecondsNow();
   attempt.isAnswered = false;
