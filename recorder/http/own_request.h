@@ -16,7 +16,7 @@ namespace recorder {
 /// One request, as its handler gets it.
 struct OwnRequest {
   const HttpRequest& http;
-  std::string name;  ///< what stands behind the route's address, where that ends with '/'
+  std::string name;  ///< what stands behind the route's address, where that ends with '/' or holds '*'
   Json::Value params{Json::objectValue};
   std::optional<Caller> caller = {};
 };
@@ -24,7 +24,8 @@ struct OwnRequest {
 /// {"success": true, "data": ...}
 OwnAnswer Success(Json::Value data);
 
-/// A member of the request's body; "" and false when it is missing. Throws HttpError when it has another type.
+/// A parameter, of the query or of the JSON in the body; "" and false when it is missing. Throws HttpError when it has
+/// another type.
 std::string TextOf(const OwnRequest& request, const char* member);
 bool FlagOf(const OwnRequest& request, const char* member);
 
