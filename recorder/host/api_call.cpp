@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "recorder/host/cause_header.h"
+#include "recorder/host/stored_call.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/json_text.h"
@@ -65,7 +66,6 @@ namespace {
 /// Methods by what the recorder must know of them; all others contact cameras for as long as a test may take.
 constexpr std::string_view kWithoutCamera[] = {"CameraModelEnum", "CamCap", "EnumExistedCamCap"};
 constexpr std::string_view kWithList[] = {"CamBatAddVerify"};
-constexpr std::string_view kPictureMethod = "GetSnapshot";
 
 std::chrono::milliseconds LimitOf(std::string_view method) {
   const CameraLimits& limits = GetConfig().limits;
@@ -150,6 +150,7 @@ ApiAnswer RunCall(const ApiCall& call, OutputCapture& output) {
     answer.kind = ApiAnswer::Kind::kJson;
   }
   answer.causes = CausesOf(call, responseState.data, scope);
+  answer.hasSentLogin = scope.HasSentLogin();
   answer.rungs = EndedRungs(scope);
   return answer;
 }

@@ -37,8 +37,9 @@ struct ApiAnswer {
   std::string raw = {};
   std::string parameter = {};
   std::string reason = {};
-  std::string causes = {};  ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
-  RungTimes rungs = {};     ///< of a call that went to its end; work of other threads is not in it
+  std::string causes = {};    ///< what the header "Recorder-Cause" says (cause_header.h); "" for no such header
+  bool hasSentLogin = false;  ///< a login went out to a camera; work of other threads is not in it
+  RungTimes rungs = {};       ///< of a call that went to its end; work of other threads is not in it
 };
 
 /// Runs one call of the module on this thread, inside a request scope of its own. While it runs, the process's standard

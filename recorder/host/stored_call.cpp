@@ -26,7 +26,7 @@ ApiCall StoredCall(const ModuleLibrary& module, const std::string& method, const
   call.method = module.Find(method);
   if (call.method == nullptr) throw std::runtime_error("the module has no method " + method);
   call.params = ParamsOf(camera);
-  call.isAuthorized = true;  // whoever may use the records may ask
+  call.isAuthorized = true;  // the module asks nobody: whoever calls has looked who may
   return call;
 }
 

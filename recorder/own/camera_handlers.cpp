@@ -53,8 +53,7 @@ void Require(ChangeResult result) {
 
 /// A stored password goes to the streams that it was given for alone.
 void RequirePassword(const CameraWish& wish, const CameraRecord& before, const Records& records) {
-  const bool isKept = KeepsPassword(before, wish.record) &&
-                      (!wish.change.streams || KeepsPassword(records.Streams(before.id), *wish.change.streams));
+  const bool isKept = KeepsPassword(before, records.Streams(before.id), wish.record, wish.change);
   if (!isKept && !wish.password) throw BadMember("password", "must be given again, since it would go elsewhere");
 }
 
@@ -78,7 +77,7 @@ OwnAnswer AddCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   ReadWish(request.params, {}, records, wish);
   const int id =
       records.Add(wish.record, wish.password.value_or(""), wish.change.streams.value_or(std::vector<CameraStream>()),
-                  wish.change.facts.value_or(std::vector<CameraFact>()));
+                  wish.change.facts.value_or(std::vector<CameraFact>()), wish.change.check);
   OwnAnswer answer = Shown(records, id);
   answer.status = 201;
   return answer;
@@ -111,7 +110,8 @@ OwnAnswer RemoveCamera(const OwnRequest& request, OwnTools& /*tools*/) {
 OwnAnswer RestoreCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   Records records(GetConfig().stateFolder);
   const int id = IdOf(request);
-  if (!records.Restore(id)) throw HttpError(404, "no such camera was removed within the last minute");
+  const auto check = [&] { RefuseStoredTwice(*records.Find(id), records); };
+  if (!records.Restore(id, check)) throw HttpError(404, "no such camera was removed within the last minute");
   return Shown(records, id);
 }
 

@@ -73,6 +73,14 @@ void NameModels(const Json::Value& body, CameraWish& wish) {
   if (wish.change.streams) NameModelsOf(*wish.change.streams, wish.record, models, isForced);
 }
 
+void RefuseMistakes(const CameraWish& wish) {
+  Refuse(FindMistake(wish.record, wish.password.value_or("")));
+  if (wish.change.streams) Refuse(FindMistake(*wish.change.streams));
+  if (wish.change.facts) Refuse(FindMistake(*wish.change.facts));
+}
+
+}  // namespace
+
 void RefuseStoredTwice(const CameraRecord& camera, const Records& records) {
   const auto other = FindSamePlace(camera, records.List());
   if (!other) return;
@@ -81,14 +89,6 @@ void RefuseStoredTwice(const CameraRecord& camera, const Records& records) {
   stored["name"] = other->name;
   throw HttpError(409, "the camera is stored already").With("camera", stored);
 }
-
-void RefuseMistakes(const CameraWish& wish) {
-  Refuse(FindMistake(wish.record, wish.password.value_or("")));
-  if (wish.change.streams) Refuse(FindMistake(*wish.change.streams));
-  if (wish.change.facts) Refuse(FindMistake(*wish.change.facts));
-}
-
-}  // namespace
 
 void ReadWish(const Json::Value& body, const CameraRecord& before, const Records& records, CameraWish& wish) {
   RefuseOtherMembers(body, kWishMembers, "");
@@ -101,13 +101,15 @@ void ReadWish(const Json::Value& body, const CameraRecord& before, const Records
   wish.change.forgetsCertificates = FlagIn(body, "trustNewCertificate");
   NameModels(body, wish);
   RefuseMistakes(wish);
+  // What the body names alone: others may change the rest before this is stored.
   wish.change.record = [&body, named = wish.record](CameraRecord& camera) {
     SetRecord(body, camera);
     if (!body.isMember("vendor") && !body.isMember("model")) return;
     camera.vendor = named.vendor;
     camera.model = named.model;
   };
-  if (!FlagIn(body, "force") && !IsSamePlace(before, wish.record)) RefuseStoredTwice(wish.record, records);
+  if (FlagIn(body, "force") || IsSamePlace(before, wish.record)) return;
+  wish.change.check = [&records, &wish] { RefuseStoredTwice(wish.record, records); };
 }
 
 }  // namespace recorder

@@ -22,11 +22,14 @@ struct CameraWish {
   std::optional<std::string> password;  ///< nothing: that of before
 };
 
+/// Throws HttpError 409, with the other `camera`, where the same one is stored under another id.
+void RefuseStoredTwice(const CameraRecord& camera, const Records& records);
+
 /// Reads the body of a request about a camera that was `before`, or about a new one, into `wish`: all that is not named
 /// stays. Vendors and models become the recorder's own names. Throws HttpError: 400, which names the `member`, for what
-/// cannot be stored, with the `nearest` models where one is unknown; 409 where the `camera` is stored already. With
-/// "force" in the body an unknown model is no mistake, nor is a camera that is stored twice. `body` must outlive
-/// `wish`.
+/// cannot be stored, with the `nearest` models where one is unknown; with "force" in the body that
+/// is no mistake. What is stored then checks, but for "force", that no other record has that place (see
+/// RefuseStoredTwice). `body` and `records` must outlive `wish`, which stays where it is.
 void ReadWish(const Json::Value& body, const CameraRecord& before, const Records& records, CameraWish& wish);
 
 }  // namespace recorder

@@ -1,15 +1,21 @@
+#include <sys/types.h>
+
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <utility>
 
+#include "recorder/device/asked/camera_lock.h"
 #include "recorder/device/find/measure.h"
 #include "recorder/device/find/measure_json.h"
 #include "recorder/host/stored_call.h"
 #include "recorder/http/api_request.h"
 #include "recorder/own/camera_failure.h"
 #include "recorder/own/handlers.h"
+#include "recorder/own/main_address.h"
 #include "recorder/own/measured_facts.h"
 #include "recorder/own/stored_camera.h"
+#include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
@@ -20,27 +26,53 @@ namespace recorder {
 
 namespace {
 
-/// Of what is the recorder's own affair nothing is noted, and whoever asked gets his answer in any case.
-void Note(Records& records, const CameraRecord& camera, Outcome outcome) try {
-  const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
-  if (isOfCamera) records.NoteOutcome(camera.id, {outcome, SecondsNow(), camera.revision});
-} catch (const RecordsError& error) {
-  LogFailure(error.what());
-}
+/// A contact with a stream of a stored camera, which others may edit meanwhile.
+class Contact {
+ public:
+  Contact(Records& records, const CameraRecord& camera)
+      : records_(records), camera_(camera), sealedPassword_(records.SealedPassword(camera.id)) {}
 
-/// Calls the module, and notes what came of it.
-ApiAnswer Call(const std::string& method, const CameraRecord& camera, OwnTools& tools, Records& records) {
-  ApiAnswer answer = RunCall(StoredCall(tools.module, method, camera), tools.output);
+  /// Notes what the contact came to. Of what is the recorder's own affair nothing is noted, nor of a login that was not
+  /// sent, and whoever asked gets his answer in any case. `isMain`: of a further stream it tells of a refused login
+  /// alone.
+  void Note(Outcome outcome, bool hasSentLogin, bool isMain) try {
+    const bool isRefused = outcome == Outcome::kLoginRefused;
+    const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
+    const bool isNoted = isRefused ? hasSentLogin : isOfCamera && isMain;
+    const auto now = isNoted ? records_.Find(camera_.id) : std::nullopt;
+    if (now && IsTheSame(*now)) records_.NoteOutcome(now->id, {outcome, SecondsNow(), now->revision});
+  } catch (const RecordsError& error) {
+    LogFailure(error.what());
+  }
+
+ private:
+  /// Whether a contact would be the same one, whatever the name is now.
+  bool IsTheSame(const CameraRecord& now) const {
+    return KeepsPassword(camera_, now) && camera_.channel == now.channel &&
+           records_.SealedPassword(now.id) == sealedPassword_;
+  }
+
+  Records& records_;
+  CameraRecord camera_;
+  std::string sealedPassword_;
+};
+
+/// Calls the module for a stream of the camera, and notes what came of it.
+ApiAnswer Call(const std::string& method, const CameraRecord& camera, const CameraRecord& asked, OwnTools& tools,
+               Records& records) {
+  Contact contact(records, camera);
+  ApiAnswer answer = RunCall(StoredCall(tools.module, method, asked), tools.output);
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
-  if (const auto outcome = OutcomeNamed(answer.causes)) Note(records, camera, *outcome);
+  const bool isMain = KeepsPassword(camera, asked) && camera.channel == asked.channel;
+  if (const auto outcome = OutcomeNamed(answer.causes)) contact.Note(*outcome, answer.hasSentLogin, isMain);
   return answer;
 }
 
-/// Whether the last contact with the camera ended with a refused login, and nobody has changed it since.
-bool IsLoginRefused(const Records& records, int id) {
-  const auto outcomes = records.Outcomes();
-  const auto last = outcomes.find(id);
-  return last != outcomes.end() && last->second.cause == Outcome::kLoginRefused;
+/// The turn of who logs in to a camera, so that whoever comes next knows whether it was refused.
+CameraLock TurnOf(const CameraRecord& camera) {
+  const Config& config = GetConfig();
+  const auto place = static_cast<off_t>(std::hash<std::string>()(LoginOf(camera)) & 0x7fffffffU);
+  return {config.stateFolder / "logins.lock", place, Clock::now() + config.limits.picture};
 }
 
 OwnAnswer RememberedRefusal() {
@@ -66,7 +98,7 @@ OwnAnswer PictureAnswer(std::string picture) {
 OwnAnswer TestCamera(const OwnRequest& request, OwnTools& tools) {
   Records records(GetConfig().stateFolder);
   const CameraRecord camera = FindEnabled(records, request);
-  const ApiAnswer answer = Call(kTestMethod, camera, tools, records);
+  const ApiAnswer answer = Call(kTestMethod, camera, camera, tools, records);
   std::string ignored;
   const Json::Value json = ParseStrictJson(answer.json, ignored).value_or(Json::Value());
   if (json["success"].asBool()) {
@@ -83,8 +115,10 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   Records records(GetConfig().stateFolder);
   const CameraRecord camera = FindEnabled(records, request);
   const CameraRecord asked = StreamRecord(records, camera, TextOf(request, "stream"));
-  if (!FlagOf(request, "again") && IsLoginRefused(records, camera.id)) return RememberedRefusal();
-  const ApiAnswer answer = Call(kPictureMethod, asked, tools, records);
+  const CameraLock turn = TurnOf(camera);
+  if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal();
+  if (!turn) return CameraFailure(Outcome::kTimedOut);
+  const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records);
   std::string picture = PictureIn(answer);
   if (!picture.empty()) return PictureAnswer(std::move(picture));
   return CameraFailure(OutcomeNamed(answer.causes).value_or(Outcome::kRecorderFailed));
@@ -95,10 +129,12 @@ OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   const CameraRecord camera = FindEnabled(records, request);
   const std::string stream = ParseForm(request.http.query).get("stream", kOwnStream).asString();
   const CameraRecord asked = StreamRecord(records, camera, stream);
+  if (MainAddress(asked).starts_with("http")) throw HttpError(409, "only streams over RTSP can be measured");
+  Contact contact(records, camera);
   const MeasureResult result = MeasureStored(asked, kLongestMeasure);
-  Note(records, camera, result.outcome);
+  contact.Note(result.outcome, result.hasSentLogin, false);  // a test tells whether the camera works
   if (result.outcome != Outcome::kOk) return CameraFailure(result.outcome);
-  KeepMeasured(records, camera.id, stream.empty() ? kOwnStream : stream, result);
+  KeepMeasured(records, asked, stream.empty() ? kOwnStream : stream, result);
   return Success(MeasureJson(result));
 }
 

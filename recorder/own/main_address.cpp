@@ -1,5 +1,8 @@
 #include "recorder/own/main_address.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "recorder/device/asked/camera_file.h"
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_stream.h"
@@ -11,27 +14,38 @@ namespace recorder {
 
 namespace {
 
+constexpr std::string_view kHttpEndings[] = {".jpg", ".jpeg", ".mjpg", ".mjpeg", ".cgi"};
+
 /// What is known of the camera; null for nothing.
 std::shared_ptr<const Model> ModelOf(const CameraRecord& camera) {
   if (!IsGenericVendor(camera.vendor)) return FindModel(camera.vendor, camera.model).model;
   return ReadCameraFile(camera.vendor, KeptFile(camera.vendor, camera.host, camera.port), camera.channel);
 }
 
-/// A path says nothing of its protocol, but the port mostly does.
-std::string SchemeOf(const std::string& path, const CameraAddress& address) {
-  const bool isHttp = path.starts_with("http") || address.port == kHttpPort || address.port == kHttpsPort;
-  return std::string(isHttp ? "http" : "rtsp") + (address.isTls || address.port == kHttpsPort ? "s" : "");
+/// Whether a camera that speaks both may well be asked over HTTP: a path says nothing of its protocol.
+bool IsUnsure(const std::string& path, int port) {
+  const std::string name = LowerCase(path.substr(0, path.find('?')));
+  const bool isPicture = std::ranges::any_of(kHttpEndings, [&](std::string_view end) { return name.ends_with(end); });
+  return isPicture || port == kHttpPort || port == kHttpsPort;
 }
 
 std::string TypedAddress(const CameraRecord& camera) {
   CameraAddress address{camera.host, camera.port, "", ""};
   std::string path = camera.sourcePath;
   if (path.empty() || TakeApart(path, address) != Outcome::kOk) return "";
-  return SchemeOf(camera.sourcePath, address) + "://" + WithBrackets(address.host) + ":" +
+  const bool isWhole = path != camera.sourcePath;
+  if (!isWhole && IsUnsure(path, address.port)) return "";
+  const bool isHttp = isWhole && StartsWithIgnoreCase(Trimmed(camera.sourcePath), "http");
+  return std::string(isHttp ? "http" : "rtsp") + (address.isTls ? "s" : "") + "://" + WithBrackets(address.host) + ":" +
          std::to_string(address.port) + (path.starts_with('/') ? "" : "/") + path;
 }
 
 }  // namespace
+
+bool IsMainOverHttp(const CameraRecord& camera) {
+  const std::string address = MainAddress(camera);
+  return address.empty() ? IsUnsure(camera.sourcePath, camera.port) : address.starts_with("http");
+}
 
 std::string MainAddress(const CameraRecord& camera) {
   const auto model = ModelOf(camera);

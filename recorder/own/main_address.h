@@ -10,4 +10,7 @@ namespace recorder {
 /// when it was last asked, or its source path; without a login. "" where that is not known. Contacts nobody.
 std::string MainAddress(const CameraRecord& camera);
 
+/// Whether that stream is one over HTTP, as far as address, path and port tell. Contacts nobody.
+bool IsMainOverHttp(const CameraRecord& camera);
+
 }  // namespace recorder

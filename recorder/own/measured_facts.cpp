@@ -1,11 +1,14 @@
 #include "recorder/own/measured_facts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
 
 #include "recorder/device/find/measure_json.h"
+#include "recorder/own/stored_camera.h"
 #include "recorder/utility/clock.h"
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 
@@ -47,21 +50,30 @@ std::vector<CameraFact> WithMeasured(std::vector<CameraFact> facts, const std::s
   for (const auto& [name, value] : TextsOf(MeasureJson(measured))) {
     facts.push_back({.stream = stream, .name = name, .value = value, .from = kMeasured, .at = SecondsNow()});
   }
+  while (facts.size() > kMostFacts) facts.erase(std::ranges::min_element(facts, {}, &CameraFact::at));
   return facts;
+}
+
+/// Whether the stream is still asked by what it was asked by.
+bool IsAskedBy(const CameraRecord& asked, const CameraRecord& camera, const std::string& stream,
+               const Records& records) {
+  const auto now = FindStreamRecord(records, camera, stream);
+  return now && KeepsPassword(asked, *now) && asked.channel == now->channel;
 }
 
 }  // namespace
 
-void KeepMeasured(Records& records, int id, const std::string& stream, const MeasureResult& measured) {
+void KeepMeasured(Records& records, const CameraRecord& asked, const std::string& stream,
+                  const MeasureResult& measured) {
   ChangeResult result = ChangeResult::kOtherRevision;
   while (result == ChangeResult::kOtherRevision) {  // somebody else was first
-    const auto camera = records.Find(id);
-    if (!camera) return;
+    const auto camera = records.Find(asked.id);
+    if (!camera || !IsAskedBy(asked, *camera, stream, records)) return;
     CameraChange change;
     change.revision = camera->revision;
-    change.facts = WithMeasured(records.Facts(id), stream, measured);
+    change.facts = WithMeasured(records.Facts(camera->id), stream, measured);
     if (FindMistake(*change.facts)) return;
-    result = records.Change(id, change);
+    result = records.Change(camera->id, change);
   }
 }
 

@@ -7,8 +7,10 @@
 
 namespace recorder {
 
-/// Keeps what was measured of a stream among the facts of its camera, in place of what was measured of it before. Where
-/// there is no room for it, or the camera has gone meanwhile, it is not kept. Throws what Records throws.
-void KeepMeasured(Records& records, int id, const std::string& stream, const MeasureResult& measured);
+/// Keeps what was measured of a stream among the facts of its camera, in place of what was measured of it before; where
+/// there is no room, the oldest facts go. `asked` is the record that it was measured by: where the stream is asked by
+/// something else meanwhile, nothing is kept, and nobody is told. Throws what Records throws.
+void KeepMeasured(Records& records, const CameraRecord& asked, const std::string& stream,
+                  const MeasureResult& measured);
 
 }  // namespace recorder

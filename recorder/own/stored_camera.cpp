@@ -1,6 +1,7 @@
 #include "recorder/own/stored_camera.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "recorder/utility/outcome.h"
@@ -28,12 +29,18 @@ CameraRecord FindEnabled(const Records& records, const OwnRequest& request) {
   throw HttpError(409, "the camera is switched off").With("cause", std::string(NameOf(Outcome::kDisabled)));
 }
 
-CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream) {
+std::optional<CameraRecord> FindStreamRecord(const Records& records, const CameraRecord& camera,
+                                             const std::string& stream) {
   if (stream.empty() || stream == kOwnStream) return camera;
   const std::vector<CameraStream> streams = records.Streams(camera.id);
   const auto found = std::ranges::find(streams, stream, &CameraStream::name);
-  if (found == streams.end()) throw HttpError(404, "the camera has no such stream");
-  return AskedBy(*found, camera);
+  return found == streams.end() ? std::nullopt : std::optional(AskedBy(*found, camera));
+}
+
+CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream) {
+  auto record = FindStreamRecord(records, camera, stream);
+  if (!record) throw HttpError(404, "the camera has no such stream");
+  return std::move(*record);
 }
 
 }  // namespace recorder

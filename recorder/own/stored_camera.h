@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "recorder/http/own_request.h"
@@ -23,5 +24,9 @@ CameraRecord FindEnabled(const Records& records, const OwnRequest& request);
 
 /// The record that a stream of the camera is asked by; "": its main one. 404 where it has none of that name.
 CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream);
+
+/// The same; nothing where the camera has no such stream.
+std::optional<CameraRecord> FindStreamRecord(const Records& records, const CameraRecord& camera,
+                                             const std::string& stream);
 
 }  // namespace recorder

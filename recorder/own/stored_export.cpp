@@ -26,7 +26,7 @@ ModelExport ExportTyped(const WholeCamera& camera, const Records& records, const
   UserStream stream{{},
                     camera.record.sourcePath,
                     CodecOfName(codec) == nullptr ? "" : codec,
-                    MainAddress(camera.record).starts_with("http"),
+                    IsMainOverHttp(camera.record),
                     DayText(worked)};
   stream.camera = Exported(camera.record, records);
   const WipeAtEnd wipe(stream.camera.address.password);

@@ -174,7 +174,9 @@ MeasureResult MeasureStored(const CameraRecord& camera, std::chrono::seconds lon
                         GetCamRealPass(camera.id, camera.vendor, camera.model, camera.channel)};
   std::string path;
   const Outcome outcome = find::PlaceStream(camera, address, path);
-  return outcome == Outcome::kOk ? find::MeasureAt(address, path, {}) : find::FailedBy(outcome);
+  MeasureResult result = outcome == Outcome::kOk ? find::MeasureAt(address, path, {}) : find::FailedBy(outcome);
+  result.hasSentLogin = RequestScope::Current().HasSentLogin();
+  return result;
 }
 
 }  // namespace recorder

@@ -29,6 +29,7 @@ struct MeasureResult {
   std::string audio;  ///< codec of the audio beside it, as the camera offers it; "": none
   find::StreamFigures figures;
   std::vector<MeasureWarning> warnings;
+  bool hasSentLogin = false;  ///< of a stored camera: a login went out
 };
 
 /// Told once in a second of the stream. False: what was seen by then is enough.
