@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <future>
+#include <thread>
 #include <vector>
 
 // Stored cameras over HTTP: a password goes in once and never comes out.
@@ -91,9 +93,18 @@ TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
   EXPECT_EQ(Send("GET", "/1").status, 404);
   EXPECT_EQ(Send("POST", "/1/restore").json["data"], camera);
   EXPECT_EQ(Send("POST", "/1/restore").status, 404);
+  EXPECT_EQ(Send("DELETE", "/1").status, 200);
+  std::vector<std::future<int>> twins;
+  for (int i = 0; i < 6; ++i) {
+    twins.push_back(std::async(std::launch::async, [&] { return Send("POST", "", Fields()).status; }));
+  }
+  EXPECT_EQ(std::ranges::count_if(twins, [](std::future<int>& twin) { return twin.get() == 201; }), 1);
+  EXPECT_EQ(Send("POST", "/1/restore").json["error"]["camera"]["id"], 2);
+  EXPECT_EQ(Send("DELETE", "/2").status, 200);
+  EXPECT_EQ(Send("POST", "/1/restore").status, 200);
   EXPECT_EQ(recorder_.AddCamera("User", "", cameras_.Port("two"), "admin", "x", "1", "/live?user=a&password=hidden"),
-            2);
-  const std::string told = added.body + Send("GET", "").body + Send("GET", "/2").body + recorder_.Log();
+            3);
+  const std::string told = added.body + Send("GET", "").body + Send("GET", "/3").body + recorder_.Log();
   for (const char* secret : {"s3cret", "hidden"}) EXPECT_THAT(told, Not(HasSubstr(secret)));
 }
 
@@ -175,6 +186,7 @@ TEST_F(Cameras, AreTestedAndShownByTheirStoredPassword) {
   const Answer model = Send("GET", "/1/model");
   EXPECT_THAT(model.json["data"]["file"].asString(), HasSubstr("/stream1")) << model.body;
   EXPECT_THAT(model.body, Not(HasSubstr("127.0.0.1")));
+  EXPECT_THAT(Send("GET", "/1/model?model=2100&vendor=Acme").body, HasSubstr("2100"));
 }
 
 TEST_F(Cameras, ThatRefusedTheirLoginAreAskedAgainOnlyByWish) {
@@ -185,6 +197,11 @@ TEST_F(Cameras, ThatRefusedTheirLoginAreAskedAgainOnlyByWish) {
   EXPECT_EQ(CauseOf(again), "loginRefused");
   EXPECT_TRUE(again.json["error"]["remembered"].asBool());
   EXPECT_EQ(Refused(), 1);
+  Json::Value channel = Fields();
+  channel["sourcePath"] = "/stream2";
+  EXPECT_EQ(Send("POST", "", channel).status, 201);
+  EXPECT_TRUE(Send("GET", "/2/picture").json["error"]["remembered"].asBool()) << "of another channel";
+  EXPECT_EQ(Refused(), 1);
   EXPECT_EQ(CauseOf(Send("GET", "/1/picture?again=true")), "loginRefused");
   EXPECT_EQ(Refused(), 2);
   EXPECT_EQ(Send("POST", "/1/test").json["error"]["module"], 464);
@@ -192,6 +209,48 @@ TEST_F(Cameras, ThatRefusedTheirLoginAreAskedAgainOnlyByWish) {
   right["password"] = kSecret;
   EXPECT_EQ(Patch(ToText(right).c_str()).status, 200);
   EXPECT_EQ(Ask("GET", "/1/picture").status, 200);
+}
+
+TEST_F(Cameras, ThatRefuseTheirLoginAreAskedOnceByManyAtOnce) {
+  const TestRecorder recorder{{.pictureMs = 3000, .workers = 4}};
+  const std::string id =
+      std::to_string(recorder.AddCamera("User", "", cameras_.Port("two"), "admin", "x", "", "/stream1"));
+  std::vector<std::future<int>> pictures;
+  for (int i = 0; i < 4; ++i) {
+    pictures.push_back(std::async(std::launch::async, [&] {
+      return recorder.Ask("GET", kCameras + ("/" + id + "/picture"), recorder.Login(), "").status;
+    }));
+  }
+  for (std::future<int>& picture : pictures) EXPECT_EQ(picture.get(), 502);
+  EXPECT_EQ(Refused(), 1);
+}
+
+TEST_F(Cameras, AreJudgedByTheirMainStream) {
+  Json::Value fields = Fields();
+  fields["streams"][0]["sourcePath"] = "/nosuch";
+  fields["facts"] = Json::Value(Json::arrayValue);
+  for (int i = 0; i < 64; ++i) {
+    fields["facts"].append(
+        ParseJson(R"({"name": "n)" + std::to_string(i) + R"(", "value": "v", "from": "f", "at": 9})"));
+  }
+  ASSERT_EQ(Send("POST", "", fields).status, 201);
+  EXPECT_EQ(Ask("GET", "/1/picture").status, 200);
+  for (const char* path : {"/1/picture?stream=sub", "/1/measure?stream=sub"}) {
+    EXPECT_EQ(CauseOf(Send(std::string(path).starts_with("/1/measure") ? "POST" : "GET", path)), "noSuchStream");
+    EXPECT_EQ(Send("GET", "/1").json["data"]["state"]["cause"], "ok");
+  }
+  EXPECT_EQ(Send("POST", "/1/measure").status, 200);
+  EXPECT_THAT(Send("GET", "/1").body, HasSubstr("\"from\":\"measured\"")) << "in place of the oldest";
+  std::future<Answer> measured = std::async(std::launch::async, [&] { return Send("POST", "/1/measure"); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  Json::Value change;
+  change["sourcePath"] = "/stream2";
+  change["password"] = kSecret;
+  EXPECT_EQ(Patch(ToText(change).c_str()).status, 200);
+  EXPECT_EQ(measured.get().status, 200);
+  const Json::Value camera = Send("GET", "/1").json["data"];
+  EXPECT_TRUE(camera["state"].isNull());
+  EXPECT_THAT(ToText(camera), Not(HasSubstr("measured"))) << "of another stream";
 }
 
 TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {

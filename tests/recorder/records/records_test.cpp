@@ -121,8 +121,9 @@ const CameraStream kSub{"sub", "rtsp://cam.example/2", "User", "", 554, "", "/2"
 const CameraStream kThird{"third", "", "User", "", 554, "", "/3"};
 const CameraFact kMaker{"", "maker", "Acme", "onvif", 1};
 const CameraFact kSize{"main", "size", "640x480", "measured", 2};
+const CameraFact kSubSize{"sub", "size", "320x240", "measured", 3};
 
-/// What becomes of a camera with main and sub, both facts and a refused login.
+/// What becomes of a camera with main and sub, all facts and a refused login.
 struct EditCase {
   const char* name;
   CameraChange change;
@@ -134,15 +135,22 @@ struct EditCase {
 };
 
 const EditCase kEdits[] = {
-    {"Name", {.record = [](auto& c) { c.name = "gate"; }}, false, {kSub}, kMain.address, {kMaker, kSize}, true},
-    {"Channel", {.record = [](auto& c) { c.channel = "2"; }}, false, {kSub}, "", {kMaker}, true},
-    {"Path", {.record = [](auto& c) { c.sourcePath = "/x"; }}, true, {kSub}, "", {kMaker}, false},
+    {"Name",
+     {.record = [](auto& c) { c.name = "gate"; }},
+     false,
+     {kSub},
+     kMain.address,
+     {kMaker, kSize, kSubSize},
+     true},
+    {"Channel", {.record = [](auto& c) { c.channel = "2"; }}, false, {kSub}, "", {kMaker, kSubSize}, false},
+    {"Certificate", {.forgetsCertificates = true}, false, {kSub}, kMain.address, {kMaker, kSize, kSubSize}, false},
+    {"Path", {.record = [](auto& c) { c.sourcePath = "/x"; }}, true, {kSub}, "", {kMaker, kSubSize}, false},
     {"User", {.record = [](auto& c) { c.user = "root"; }}, true, {}, "", {}, false},
     {"Host", {.record = [](auto& c) { c.host = "other"; }, .streams = {{kThird}}}, true, {kThird}, "", {}, false},
     {"FewerStreams", {.streams = {{kMain}}}, false, {}, kMain.address, {kMaker, kSize}, false},
     {"OtherStreams", {.streams = {{kThird}}}, true, {kThird}, "", {kMaker, kSize}, false},
     {"Facts", {.facts = {{kSize}}}, false, {kSub}, kMain.address, {kSize}, true},
-    {"AnyLogin", {.forgetsLogin = true}, false, {kSub}, kMain.address, {kMaker, kSize}, false},
+    {"AnyLogin", {.forgetsLogin = true}, false, {kSub}, kMain.address, {kMaker, kSize, kSubSize}, false},
 };
 
 TEST_F(RecordsTest, AChangeForgetsWhatWasKnownOfAnotherCamera) {
@@ -150,7 +158,7 @@ TEST_F(RecordsTest, AChangeForgetsWhatWasKnownOfAnotherCamera) {
   for (EditCase edit : kEdits) {
     SCOPED_TRACE(edit.name);
     Records records{State()};
-    const int id = records.Add(Camera(), password, {kMain, kSub}, {kMaker, kSize});
+    const int id = records.Add(Camera(), password, {kMain, kSub}, {kMaker, kSize, kSubSize});
     records.NoteOutcome(id, {Outcome::kLoginRefused, 5});
     edit.change.revision = 1;
     if (edit.needsPassword) {
@@ -187,12 +195,17 @@ TEST_F(RecordsTest, ARemovedCameraIsGoneUntilItIsRestoredAndForGoodAfterAMinute)
   Records records{State()};
   const int id = records.Add(Camera(), "secret", {kMain, kSub}, {kMaker});
   records.NoteOutcome(id, {Outcome::kOk, 5});
+  const CameraRecord asked = *records.Find(id);
   EXPECT_EQ(records.Remove(id, 2), ChangeResult::kOtherRevision);
   EXPECT_EQ(records.Remove(id, 1), ChangeResult::kDone);
   EXPECT_EQ(records.Remove(id), ChangeResult::kNoCamera);
   EXPECT_EQ(records.Change(id, {}), ChangeResult::kNoCamera);
   EXPECT_TRUE(!records.Find(id) && records.List().empty() && records.Streams(id).empty() && records.Facts(id).empty());
+  EXPECT_THROW(records.Password(asked), RecordsError) << "nor for a request that has begun";
+  records.PinCertificate(id, asked.port, "a");
+  records.LearnIdentity(id, {"urn:uuid:1", ""});
   EXPECT_TRUE(Records(State()).Restore(id) && !records.Restore(id));
+  EXPECT_TRUE(records.PinnedCertificates(id).empty() && records.Identities().empty());
   EXPECT_EQ(records.Password(*records.Find(id)), "secret");
   EXPECT_EQ(records.Streams(id).size(), 2U);
 
@@ -204,51 +217,6 @@ TEST_F(RecordsTest, ARemovedCameraIsGoneUntilItIsRestoredAndForGoodAfterAMinute)
       "SELECT cameraId FROM streams UNION ALL SELECT cameraId FROM facts UNION ALL SELECT cameraId FROM outcomes UNION "
       "ALL "
       "SELECT cameraId FROM events");
-}
-
-TEST_F(RecordsTest, AnOutcomeIsWrittenWhenItChanges) {
-  using enum Outcome;
-  Records records{State()};
-  const Records reader{State()};
-  const int id = records.Add(Camera(), "secret");
-  const CameraOutcome noted[] = {{kTimedOut, 1, 0}, {kOk, 2, 2}, {kOk, 2, 2}, {kBusy, 4, 2}, {kBusy, 4, 2}};
-  for (std::int64_t second = 1; second <= 5; ++second) {
-    const std::int64_t before = reader.Version();
-    const CameraOutcome& wanted = noted[second - 1];
-    records.NoteOutcome(id, {wanted.cause, second});
-    EXPECT_EQ(records.Outcomes()[id], wanted);
-    EXPECT_EQ(reader.Version() != before, wanted.since == second) << "nothing is written for the same once more";
-  }
-  records.NoteOutcome(id + 1, {kOk, 9});
-  EXPECT_EQ(records.Outcomes().size(), 1U) << "of no camera";
-}
-
-TEST_F(RecordsTest, EachChangeOfAnOutcomeIsAnEvent) {
-  using enum Outcome;
-  constexpr std::int64_t kDay = std::int64_t{24} * 3600;
-  Records records{State()};
-  const int first = records.Add(Camera(), "secret");
-  const int second = records.Add(Camera("Other"), "secret");
-  records.NoteOutcome(first, {kOk, 1});
-  records.NoteOutcome(second, {kOk, 2});
-  records.NoteOutcome(first, {kOk, 3});
-  records.NoteOutcome(first, {.cause = kTimedOut, .at = 4, .lastSuccess = 3});
-  records.NoteOutcome(first, {.cause = kBusy, .at = 5, .revision = 2});  // of a record that is another one by now
-  EXPECT_EQ(records.Outcomes()[first], (CameraOutcome{kTimedOut, 4, 3}));
-
-  const CameraEvent all[] = {{1, first, 1, kOk, {}}, {2, second, 2, kOk, {}}, {3, first, 4, kTimedOut, kOk}};
-  using Events = std::vector<CameraEvent>;
-  EXPECT_EQ(records.EventsBefore(99, 2), (Events{all[2], all[1]}));
-  EXPECT_EQ(records.EventsBefore(2, 99), (Events{all[0]}));
-  EXPECT_EQ(records.EventsAfter(1, 99), (Events{all[1], all[2]}));
-  EXPECT_EQ(records.EventsAfter(0, 99, {.cameraId = first}), (Events{all[0], all[2]}));
-  EXPECT_EQ(records.EventsAfter(0, 99, {.since = 2, .cause = kOk}), (Events{all[1]}));
-  EXPECT_EQ(records.Flips(4), (std::map<int, int>{{first, 1}}));
-
-  records.NoteOutcome(first, {kOk, 90 * kDay + 3});
-  EXPECT_EQ(records.EventsAfter(0, 99).size(), 2U) << "older ones are forgotten";
-  records.Remove(first);
-  EXPECT_EQ(records.EventsAfter(0, 99).size(), 0U) << "of no camera";
 }
 
 TEST_F(RecordsTest, ANewerFileIsRefusedAndLeftUntouched) {
