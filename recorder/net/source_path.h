@@ -18,7 +18,4 @@ Outcome TakeApart(std::string& path, CameraAddress& address);
 /// `path` at `address` as TakeApart takes it: a whole address where that is inside TLS.
 std::string PutTogether(const std::string& path, const CameraAddress& address);
 
-/// True for a whole address with a user in it.
-bool HoldsLogin(const std::string& path);
-
 }  // namespace recorder

@@ -12,6 +12,7 @@
 #include "recorder/net/source_path.h"
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/whole_address.h"
 
 namespace recorder {
 namespace {

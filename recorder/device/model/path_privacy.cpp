@@ -7,6 +7,7 @@
 #include "recorder/device/model/path_values.h"
 #include "recorder/net/percent.h"
 #include "recorder/utility/text.h"
+#include "recorder/utility/whole_address.h"
 
 namespace recorder {
 namespace {
@@ -147,8 +148,10 @@ bool IsHexadecimalAddress(std::string_view word) {
   return colons >= 2 || (dashes == 5 && word.size() == kNetworkCard);
 }
 
-/// As in "user:password@camera".
+/// As in "user:password@camera", but not where an '@' stands behind the host of a whole address.
 std::string FindLoginOfAddress(std::string_view path) {
+  if (HoldsLogin(path)) return "a login";
+  if (const auto rest = BehindScheme(path)) path = rest->substr(std::min(rest->find_first_of("/?#"), rest->size()));
   const std::size_t at = path.find('@');
   const bool isThere = at != std::string_view::npos && path.substr(0, at).find(':') != std::string_view::npos;
   return isThere ? "a login" : "";
