@@ -13,7 +13,8 @@ constexpr std::int64_t kDay = 86'400;
 void Add(const Attempt& attempt, CameraState& state) {
   if (attempt.answered == 0) return;
   state.time = attempt.time;
-  state.outcome.lastSuccess = std::max(state.outcome.lastSuccess, attempt.lastSuccess);
+  const bool hasWorked = state.outcome.lastSuccess != 0;  // else the attempt was at a record that was edited since
+  if (hasWorked) state.outcome.lastSuccess = std::max(state.outcome.lastSuccess, attempt.lastSuccess);
 }
 
 }  // namespace
