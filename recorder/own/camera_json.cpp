@@ -43,6 +43,17 @@ Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraSta
   return json;
 }
 
+bool HasPassword(const Records& records, const CameraRecord& camera) try {
+  std::string password = records.Password(camera);
+  const WipeAtEnd wipe(password);
+  return !password.empty();
+} catch (const RecordsError& error) {
+  LogFailure(error.what());
+  return false;
+}
+
+}  // namespace
+
 Json::Value StreamJson(const CameraStream& stream) {
   Json::Value json(Json::objectValue);
   json["name"] = stream.name;
@@ -64,17 +75,6 @@ Json::Value FactJson(const CameraFact& fact) {
   json["at"] = TimeOf(fact.at);
   return json;
 }
-
-bool HasPassword(const Records& records, const CameraRecord& camera) try {
-  std::string password = records.Password(camera);
-  const WipeAtEnd wipe(password);
-  return !password.empty();
-} catch (const RecordsError& error) {
-  LogFailure(error.what());
-  return false;
-}
-
-}  // namespace
 
 Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
                         const std::optional<CameraState>& state) {

@@ -31,4 +31,8 @@ std::optional<WholeCamera> ReadCamera(const Records& records, int id);
 
 Json::Value CameraJson(const WholeCamera& camera);
 
+// Its parts. A path with a login in it is "".
+Json::Value StreamJson(const CameraStream& stream);
+Json::Value FactJson(const CameraFact& fact);
+
 }  // namespace recorder

@@ -37,8 +37,7 @@ Json::Value ListOf(const ModelCatalog& catalog) {
   return data;
 }
 
-/// The entity tag of a catalog's list. It costs as much as the list, and is made once. One
-/// thread.
+/// The entity tag of a catalog's list. It costs as much as the list, and is made once. One thread.
 class ListTag {
  public:
   const std::string& Of(const std::shared_ptr<const ModelCatalog>& catalog) {

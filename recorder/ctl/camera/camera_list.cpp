@@ -9,6 +9,7 @@
 
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/state_folder.h"
+#include "recorder/own/camera_json.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/json_text.h"
 
@@ -41,28 +42,6 @@ Json::Value ToJson(const CameraRecord& camera) {
   return json;
 }
 
-Json::Value ToJson(const CameraStream& stream) {
-  Json::Value json;
-  json["name"] = stream.name;
-  json["address"] = stream.address;
-  json["vendor"] = stream.vendor;
-  json["model"] = stream.model;
-  json["port"] = stream.port;
-  json["channel"] = stream.channel;
-  json["sourcePath"] = stream.sourcePath;
-  return json;
-}
-
-Json::Value ToJson(const CameraFact& fact) {
-  Json::Value json;
-  json["stream"] = fact.stream;
-  json["name"] = fact.name;
-  json["value"] = fact.value;
-  json["from"] = fact.from;
-  json["at"] = fact.at;
-  return json;
-}
-
 /// What a stream is asked by, in one line.
 std::string TextOf(const CameraStream& stream) {
   std::string text = stream.vendor;
@@ -88,9 +67,9 @@ void List(const Records& records) {
 
 void ShowAsJson(Json::Value json, const Records& records) {
   const int id = json["id"].asInt();
-  for (const CameraStream& stream : records.Streams(id)) json["streams"].append(ToJson(stream));
+  for (const CameraStream& stream : records.Streams(id)) json["streams"].append(StreamJson(stream));
   json["facts"] = Json::Value(Json::arrayValue);
-  for (const CameraFact& fact : records.Facts(id)) json["facts"].append(ToJson(fact));
+  for (const CameraFact& fact : records.Facts(id)) json["facts"].append(FactJson(fact));
   json["certificates"] = Json::Value(Json::objectValue);
   for (const auto& [port, sha256] : records.PinnedCertificates(id)) json["certificates"][std::to_string(port)] = sha256;
   std::cout << ToText(json) << '\n';
