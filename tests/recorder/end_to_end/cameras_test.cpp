@@ -104,6 +104,14 @@ TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
   EXPECT_EQ(Send("POST", "/1/restore").status, 200);
   EXPECT_EQ(recorder_.AddCamera("User", "", cameras_.Port("two"), "admin", "x", "1", "/live?user=a&password=hidden"),
             3);
+  const std::pair<const char*, const char*> addresses[] = {
+      {"/video.mjpg", ""}, {"httpstream/1", "rtsp://"}, {"http://127.0.0.1/x", "http://"}};
+  for (const auto& [path, scheme] : addresses) {
+    const std::string id = std::to_string(recorder_.AddCamera("User", "", 9999, "admin", "x", "", path));
+    const std::string address = Send("GET", "/" + id).json["data"]["streams"][0]["address"].asString();
+    EXPECT_EQ(address.substr(0, 7), scheme) << path;
+    EXPECT_EQ(Send("POST", "/" + id + "/measure").status, std::string(path).starts_with("http:") ? 409 : 502);
+  }
   const std::string told = added.body + Send("GET", "").body + Send("GET", "/3").body + recorder_.Log();
   for (const char* secret : {"s3cret", "hidden"}) EXPECT_THAT(told, Not(HasSubstr(secret)));
 }
@@ -130,6 +138,7 @@ const MistakeCase kMistakes[] = {
     {R"({"streams": [{"name": "sub", "address": "rtsp://192.0.2.1/x", "vendor": "User", "port": 1}]})", 400, "streams"},
     {R"({"streams": [{"name": "sub", "vendor": "Axs", "port": 1}]})", 400, "streams"},
     {R"({"facts": [{"name": "a", "value": "b"}]})", 400, "facts"},
+    {R"({"facts": [{"name": "a", "value": "b", "from": "c", "stream": "d"}]})", 400, "facts"},
     {R"({"facts": [{"name": "a", "value": "b", "from": "c", "by": "d"}]})", 400, "facts"},
 };
 
