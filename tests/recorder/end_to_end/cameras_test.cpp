@@ -50,7 +50,7 @@ class Cameras : public testing::Test {
     Json::Value fields =
         ParseJson(R"({"name": "yard", "vendor": "user", "host": "127.0.0.1", "user": "admin", "port": )" + port +
                   R"(, "sourcePath": "/stream1", "streams": [{"name": "sub", "vendor": "User",
-        "address": "rtsp://127.0.0.1:554/stream2", "sourcePath": "/stream2", "port": )" +
+        "address": "rtsp://127.0.0.1:554/stream2?a=1@2", "sourcePath": "/stream2", "port": )" +
                   port +
                   R"(}], "facts": [{"name": "maker", "value": "Acme", "from": "ONVIF"},
         {"name": "model", "value": "X1", "from": "ONVIF"}]})");
@@ -95,6 +95,7 @@ TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
   EXPECT_EQ(Send("POST", "/1/restore").status, 404);
   EXPECT_EQ(Send("DELETE", "/1").status, 200);
   std::vector<std::future<int>> twins;
+  twins.reserve(6);
   for (int i = 0; i < 6; ++i) {
     twins.push_back(std::async(std::launch::async, [&] { return Send("POST", "", Fields()).status; }));
   }
@@ -225,6 +226,7 @@ TEST_F(Cameras, ThatRefuseTheirLoginAreAskedOnceByManyAtOnce) {
   const std::string id =
       std::to_string(recorder.AddCamera("User", "", cameras_.Port("two"), "admin", "x", "", "/stream1"));
   std::vector<std::future<int>> pictures;
+  pictures.reserve(4);
   for (int i = 0; i < 4; ++i) {
     pictures.push_back(std::async(std::launch::async, [&] {
       return recorder.Ask("GET", kCameras + ("/" + id + "/picture"), recorder.Login(), "").status;

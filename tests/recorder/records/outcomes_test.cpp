@@ -28,7 +28,8 @@ TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
   for (const auto& [host, since, isRefused] : {std::tuple("CAM.example.", hourAgo + 9, true),
                                                {"cam.example", hourAgo, false},
                                                {"other", hourAgo + 9, false}}) {
-    const CameraChange change{.record = [&](CameraRecord& c) { c.host = host; }, .password = &password};
+    const CameraChange change{.record = [name = std::string(host)](CameraRecord& c) { c.host = name; },
+                              .password = &password};
     EXPECT_EQ(records.Change(other, change), ChangeResult::kDone);
     records.NoteOutcome(other, {Outcome::kLoginRefused, since});
     EXPECT_EQ(IsLoginRefused(records, *records.Find(id)), isRefused) << host;
@@ -55,7 +56,7 @@ TEST_F(OutcomesTest, AnOutcomeIsWrittenWhenItChanges) {
 
 TEST_F(OutcomesTest, EachChangeOfAnOutcomeIsAnEvent) {
   using enum Outcome;
-  constexpr std::int64_t kDay = 24 * 3600;
+  constexpr std::int64_t kDay = 86'400;
   Records records{folder.Path()};
   const int first = records.Add(Camera(), "secret");
   const int second = records.Add(Camera("Other"), "secret");
