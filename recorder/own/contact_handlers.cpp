@@ -68,6 +68,12 @@ ApiAnswer Call(const std::string& method, const CameraRecord& camera, const Came
   return answer;
 }
 
+/// Whether the camera took its login at the last contact.
+bool HasWorked(const Records& records, const CameraRecord& camera) {
+  const auto last = records.OutcomeOf(camera.id);
+  return last && last->cause == Outcome::kOk;
+}
+
 /// The turn of who logs in to a camera, so that whoever comes next knows whether it was refused.
 CameraLock TurnOf(const CameraRecord& camera) {
   const Config& config = GetConfig();
@@ -115,9 +121,10 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   Records records(GetConfig().stateFolder);
   const CameraRecord camera = FindEnabled(records, request);
   const CameraRecord asked = StreamRecord(records, camera, TextOf(request, "stream"));
-  const CameraLock turn = TurnOf(camera);
+  const std::optional<CameraLock> turn =
+      HasWorked(records, camera) ? std::nullopt : std::optional<CameraLock>(TurnOf(camera));
   if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal();
-  if (!turn) return CameraFailure(Outcome::kTimedOut);
+  if (turn && !*turn) return CameraFailure(Outcome::kTimedOut);
   const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records);
   std::string picture = PictureIn(answer);
   if (!picture.empty()) return PictureAnswer(std::move(picture));

@@ -18,7 +18,7 @@ using testing::Not;
 
 namespace {
 
-constexpr char kCameras[] = "/recorder/1/cameras";
+constexpr char kCamerasPath[] = "/recorder/1/cameras";
 
 Json::Value Simulated() {
   return List({Camera("two", ParseJson(R"({"server": "scripted", "stream": [
@@ -32,7 +32,7 @@ class Cameras : public testing::Test {
   Reply Ask(const std::string& verb, const std::string& path, const Json::Value& body = {}, Headers more = {}) const {
     more.merge(recorder_.Login());
     if (!body.isNull()) more.emplace("Content-Type", "application/json");
-    return recorder_.Ask(verb, kCameras + path, more, body.isNull() ? "" : ToText(body));
+    return recorder_.Ask(verb, kCamerasPath + path, more, body.isNull() ? "" : ToText(body));
   }
 
   Answer Send(const std::string& verb, const std::string& path, const Json::Value& body = {},
@@ -229,7 +229,7 @@ TEST_F(Cameras, ThatRefuseTheirLoginAreAskedOnceByManyAtOnce) {
   pictures.reserve(4);
   for (int i = 0; i < 4; ++i) {
     pictures.push_back(std::async(std::launch::async, [&] {
-      return recorder.Ask("GET", kCameras + ("/" + id + "/picture"), recorder.Login(), "").status;
+      return recorder.Ask("GET", kCamerasPath + ("/" + id + "/picture"), recorder.Login(), "").status;
     }));
   }
   for (std::future<int>& picture : pictures) EXPECT_EQ(picture.get(), 502);
@@ -276,7 +276,7 @@ TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {
 
   ASSERT_EQ(Send("POST", "", Fields("silent")).status, 201);
   Connection(recorder_.Port(), std::chrono::seconds(60))
-      .Send(HttpRequest("GET", std::string(kCameras) + "/2/picture", recorder_.Login()));
+      .Send(HttpRequest("GET", std::string(kCamerasPath) + "/2/picture", recorder_.Login()));
   EXPECT_EQ(CauseOf(Send("POST", "/2/test")), "timedOut") << "after somebody who has gone";
   EXPECT_EQ(Send("GET", "").json["data"][1]["state"]["cause"], "timedOut");
 }
