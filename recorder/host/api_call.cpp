@@ -97,6 +97,13 @@ bool FailsLike(const Json::Value& value, const std::string& reason) {
          fails([&] { std::ignore = value.asBool(); });
 }
 
+/// What the module gave, of either kind.
+ApiAnswer AnswerOf(std::string raw, std::string json) {
+  using Kind = ApiAnswer::Kind;
+  const Kind kind = !raw.empty() ? Kind::kRaw : !json.empty() ? Kind::kJson : Kind::kNone;
+  return {.kind = kind, .json = std::move(json), .raw = std::move(raw)};
+}
+
 }  // namespace
 
 std::span<const std::string_view> MethodsWithoutCamera() { return kWithoutCamera; }
@@ -141,14 +148,7 @@ ApiAnswer RunCall(const ApiCall& call, OutputCapture& output) {
   } catch (const std::exception& error) {
     return {.kind = ApiAnswer::Kind::kException, .reason = error.what()};
   }
-  ApiAnswer answer;
-  answer.raw = output.Take();
-  answer.json = std::move(responseState.answer);
-  if (!answer.raw.empty()) {
-    answer.kind = ApiAnswer::Kind::kRaw;
-  } else if (!answer.json.empty()) {
-    answer.kind = ApiAnswer::Kind::kJson;
-  }
+  ApiAnswer answer = AnswerOf(output.Take(), std::move(responseState.answer));
   answer.causes = CausesOf(call, responseState.data, scope);
   answer.hasSentLogin = scope.HasSentLogin();
   answer.rungs = EndedRungs(scope);

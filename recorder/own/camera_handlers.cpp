@@ -33,8 +33,8 @@ Json::Value ListOf(const Records& records) {
   for (const CameraRecord& camera : records.List()) {
     const auto names = streams.find(camera.id);
     const auto state = states.find(camera.id);
-    list.append(CameraEntry(camera, names == streams.end() ? std::vector<std::string>() : names->second,
-                            state == states.end() ? std::nullopt : std::optional(state->second)));
+    list.append(CameraSummary(camera, names == streams.end() ? std::vector<std::string>() : names->second,
+                              state == states.end() ? std::nullopt : std::optional(state->second)));
   }
   return list;
 }

@@ -76,8 +76,8 @@ Json::Value FactJson(const CameraFact& fact) {
   return json;
 }
 
-Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
-                        const std::optional<CameraState>& state) {
+Json::Value CameraSummary(const CameraRecord& camera, const std::vector<std::string>& streams,
+                          const std::optional<CameraState>& state) {
   Json::Value json = RecordJson(camera, state);
   Json::Value& names = json["streams"] = Json::Value(Json::arrayValue);
   for (const std::string& name : streams) names.append(name);

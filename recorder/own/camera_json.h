@@ -14,8 +14,8 @@ namespace recorder {
 // Stored cameras as clients get them. No password is in them.
 
 /// A camera in a list. `state`: nothing where there was no contact with it.
-Json::Value CameraEntry(const CameraRecord& camera, const std::vector<std::string>& streams,
-                        const std::optional<CameraState>& state);
+Json::Value CameraSummary(const CameraRecord& camera, const std::vector<std::string>& streams,
+                          const std::optional<CameraState>& state);
 
 /// All that is stored of a camera.
 struct WholeCamera {

@@ -38,10 +38,10 @@ int Places() {
 
 /// One of the places that workers have for telling events: a lock of a byte that belongs to the open file, and so ends
 /// with this object or process.
-class StreamPlace {
+class EventPlace {
  public:
   /// Throws HttpError when all are taken.
-  explicit StreamPlace(const std::filesystem::path& stateFolder)
+  explicit EventPlace(const std::filesystem::path& stateFolder)
       : file_(open((stateFolder / "events.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
     if (!file_) throw std::system_error(errno, std::generic_category(), "events.lock");
     for (int place = 0; place < Places(); ++place) {
@@ -96,7 +96,7 @@ bool TellNext(const Records& records, const EventFilter& filter, LineAnswer& ans
 bool WantsStream(const HttpRequest& request) { return request.accept.find("text/event-stream") != std::string::npos; }
 
 void StreamEvents(const HttpRequest& request, const EventFilter& filter, LineAnswer& answer) {
-  const StreamPlace place(GetConfig().stateFolder);
+  const EventPlace place(GetConfig().stateFolder);
   const Records records(GetConfig().stateFolder);
   const Clock::time_point end = Clock::now() + kLongest;
   std::int64_t last = LastKnown(request, records);

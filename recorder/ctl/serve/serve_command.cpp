@@ -145,6 +145,13 @@ bool IsAlive(const std::string& address) {
   return reason.empty();
 }
 
+/// What the processes that are started learn by their environment.
+void SetEnvironment(const RunFolder& run, const path& configFile, const ServeOptions& options) {
+  setenv("RECORDER_CONFIG", configFile.c_str(), 1);
+  setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
+  setenv(kStreamsVariable, std::to_string(std::max(1, options.cameraWorkers / 4)).c_str(), 1);
+}
+
 void Serve(const ServeOptions& options, const std::string& configOption) {
   const sigset_t signals = BlockSignals();
   const path configFile = FindConfigFile(configOption);
@@ -158,10 +165,8 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
 
   const RunFolder run;
   Furnish(run, config);
-  setenv("RECORDER_CONFIG", configFile.c_str(), 1);
   MakeCounts(run / "counts");
-  setenv(kUseSocketVariable, (run / "use.sock").c_str(), 1);
-  setenv(kStreamsVariable, std::to_string(std::max(1, options.cameraWorkers / 4)).c_str(), 1);
+  SetEnvironment(run, configFile, options);
   Pools pools(run, options);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
