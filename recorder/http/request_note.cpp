@@ -1,6 +1,7 @@
 #include "recorder/http/request_note.h"
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <utility>
 #include <vector>
@@ -52,7 +53,7 @@ std::string Folded(const std::string& cause) {
   return text;
 }
 
-long MillisecondsOf(std::chrono::microseconds time) {
+std::int64_t MillisecondsOf(std::chrono::microseconds time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
 }
 
@@ -64,7 +65,7 @@ void Count(const RequestNote& note, long status, std::chrono::microseconds time)
 }
 
 void Log(const RequestNote& note, long status, std::chrono::microseconds time) {
-  std::vector<LogField> fields = {{"method", note.method}, {"status", status}};
+  std::vector<LogField> fields = {{"method", note.method}, {"status", std::int64_t{status}}};
   if (!note.user.empty()) fields.emplace_back("user", note.user);
   if (!note.cause.empty()) fields.emplace_back("cause", Folded(note.cause));
   fields.emplace_back("ms", MillisecondsOf(time));

@@ -97,7 +97,7 @@ std::string HeadOfJson(const std::string& place) {
 }
 
 std::string TextOf(const LogField& field) {
-  const auto* number = std::get_if<long>(&field.second);
+  const auto* number = std::get_if<std::int64_t>(&field.second);
   return number != nullptr ? std::to_string(*number) : ToText(EscapeControls(std::get<std::string>(field.second)));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,7 +21,7 @@ void LogFailure(const std::string& text, const char* file = __builtin_FILE(), in
                 const char* function = __builtin_FUNCTION());
 
 /// A name and its value in an entry of values. The name needs no escape in JSON.
-using LogField = std::pair<std::string_view, std::variant<long, std::string>>;
+using LogField = std::pair<std::string_view, std::variant<std::int64_t, std::string>>;
 
 /// Logs what is no failure: `place: name=1 other="text"`, or members of the JSON object. Any thread.
 void LogNote(const std::string& place, const std::vector<LogField>& fields);
