@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -63,11 +64,12 @@ class EventPlace {
   FileDescriptor file_;
 };
 
-/// The last event that whoever asks knows of.
+/// The last event that whoever asks knows of. After an older backup was restored, he may know of some that never were.
 std::int64_t LastKnown(const HttpRequest& request, const Records& records) {
-  if (const auto given = ParseNumber<std::int64_t>(request.lastEventId)) return *given;
-  const auto newest = records.EventsBefore(std::numeric_limits<std::int64_t>::max(), 1);
-  return newest.empty() ? 0 : newest.front().id;
+  const auto events = records.EventsBefore(std::numeric_limits<std::int64_t>::max(), 1);
+  const std::int64_t newest = events.empty() ? 0 : events.front().id;
+  const auto given = ParseNumber<std::int64_t>(request.lastEventId);
+  return given && *given >= 0 ? std::min(*given, newest) : newest;
 }
 
 std::string TextOf(const std::vector<CameraEvent>& events) {
