@@ -81,8 +81,11 @@ CameraLock TurnOf(const CameraRecord& camera) {
   return {config.stateFolder / "logins.lock", place, Clock::now() + config.limits.picture};
 }
 
-OwnAnswer RememberedRefusal() {
-  OwnAnswer answer = CameraFailure(Outcome::kLoginRefused);
+/// What the camera's own last contact or that of another one of its login came to.
+OwnAnswer RememberedRefusal(const Records& records, const CameraRecord& camera) {
+  const auto outcome = records.OutcomeOf(camera.id);
+  const bool isItsOwn = outcome && MayBeRefusedLogin(outcome->cause);
+  OwnAnswer answer = CameraFailure(isItsOwn ? outcome->cause : Outcome::kLoginRefused);
   answer.json["error"]["remembered"] = true;
   return answer;
 }
@@ -123,7 +126,7 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   const CameraRecord asked = StreamRecord(records, camera, TextOf(request, "stream"));
   const std::optional<CameraLock> turn =
       HasWorked(records, camera) ? std::nullopt : std::optional<CameraLock>(TurnOf(camera));
-  if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal();
+  if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal(records, camera);
   if (turn && !*turn) return CameraFailure(Outcome::kTimedOut);
   const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records);
   std::string picture = PictureIn(answer);

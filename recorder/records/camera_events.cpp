@@ -101,7 +101,8 @@ std::optional<CameraOutcome> Records::OutcomeOf(int id) const {
 std::vector<RefusedCamera> Records::Impl::RefusedCameras() const {
   SQLite::Statement query{database,
                           "SELECT id, host, port, user, since FROM outcomes JOIN cameras ON id = cameraId WHERE "
-                          "removedAt IS NULL AND cause = 'loginRefused'"};
+                          "removedAt IS NULL AND cause IN (?, ?)"};
+  SQLite::bind(query, std::string(NameOf(Outcome::kLoginRefused)), std::string(NameOf(Outcome::kClockUnknown)));
   std::vector<RefusedCamera> refused;
   while (query.executeStep()) {
     CameraRecord camera;

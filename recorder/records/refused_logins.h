@@ -24,7 +24,7 @@ class RefusedLogins {
 
   /// Takes a refusal of that moment. The login "" is none.
   void Add(const std::string& login, Time at);
-  /// Somebody has edited a record of this login.
+  /// The login may work now.
   void Forget(const std::string& login) { until_.erase(login); }
   /// Forgets those whose pause is over.
   void ForgetSpent(Time now);

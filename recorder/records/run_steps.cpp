@@ -4,6 +4,7 @@
 
 #include "recorder/records/runs.h"
 #include "recorder/records/runs_file.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/text.h"
 
@@ -17,16 +18,11 @@ constexpr char kSetResult[] =
     "UPDATE rows SET result = ?3, milliseconds = ?4, at = max(at, ?5), password = zeroblob(0) WHERE runId = ?1 AND "
     "number = ?2 AND result = ''";
 
-/// The rows, with their passwords, that a query finds.
-std::vector<RunRow> RowsOf(SQLite::Statement& query, int runId, const SecretKey& key) {
-  std::vector<RunRow> rows;
-  while (query.executeStep()) {
-    RunRow row{.camera = CameraIn(query), .password = {}};
-    auto password = Unseal(key, ContextOf(runId, row.camera), query.getColumn(9).getString());
-    if (password) row.password = std::move(*password);
-    rows.push_back(std::move(row));
-  }
-  return rows;
+/// The row that a query stands at, with its password; nothing where that cannot be opened.
+std::optional<RunRow> RowIn(SQLite::Statement& query, int runId, const SecretKey& key) {
+  const CameraRecord camera = CameraIn(query);
+  auto password = Unseal(key, ContextOf(runId, camera), query.getColumn(9).getString());
+  return password ? std::optional<RunRow>({camera, *std::move(password)}) : std::nullopt;
 }
 
 }  // namespace
@@ -117,46 +113,59 @@ std::optional<std::vector<RunRow>> Runs::Begin(int id, const std::vector<int>& n
   return impl_->Changed([&]() -> std::optional<std::vector<RunRow>> {
     if (impl_->StateOf(id) != RunState::kStarted) return std::nullopt;
     std::vector<RunRow> begun;
-    SQLite::Statement query{impl_->database, std::string("SELECT ") + kRowColumns +
-                                                 ", password FROM rows WHERE runId = ? AND number = ? AND result = '' "
-                                                 "AND at = 0"};
     for (const int number : numbers) {
-      query.reset();
-      SQLite::bind(query, id, number);
-      for (RunRow& row : RowsOf(query, id, impl_->key)) begun.push_back(std::move(row));
-      impl_->Run("UPDATE rows SET at = ? WHERE runId = ? AND number = ? AND result = '' AND at = 0", SecondsNow(), id,
-                 number);
+      if (auto row = impl_->Begin(id, number)) begun.push_back(*std::move(row));
     }
+    impl_->EndIfDone(id);
     return begun;
   });
+}
+
+std::optional<RunRow> Runs::Impl::Begin(int id, int number) {
+  SQLite::Statement query{database, std::string("SELECT ") + kRowColumns +
+                                        ", password FROM rows WHERE runId = ? AND number = ? AND result = '' AND at = "
+                                        "0"};
+  SQLite::bind(query, id, number);
+  if (!query.executeStep()) return std::nullopt;
+  auto row = RowIn(query, id, key);
+  if (row) {
+    Run("UPDATE rows SET at = ? WHERE runId = ? AND number = ?", SecondsNow(), id, number);
+  } else {
+    Run(kSetResult, id, number, std::string(NameOf(Outcome::kRecorderFailed)), 0, SecondsNow());
+  }
+  return row;
 }
 
 void Runs::Impl::Finish(int id, const RowOutcome& outcome) {
   SQLite::Statement query{database, std::string("SELECT ") + kRowColumns +
                                         ", password FROM rows WHERE runId = ? AND number = ? AND result = ''"};
   SQLite::bind(query, id, outcome.number);
-  std::vector<RunRow> rows = RowsOf(query, id, key);
-  if (rows.empty()) return;
+  if (!query.executeStep()) return;
+  const std::string place = NormalizedHost(CameraIn(query).host);
   const std::string result{outcome.outcome ? NameOf(*outcome.outcome) : kUnknownResult};
-  const bool mayLockOut = !outcome.outcome || *outcome.outcome == Outcome::kLoginRefused;
-  if (mayLockOut && StateOf(id) == RunState::kStarted) FinishAlike(id, rows.front(), result);
-  WipePasswords(rows);
+  const bool mayLockOut = !outcome.outcome || MayBeRefusedLogin(outcome.outcome);
+  if (mayLockOut && StateOf(id) == RunState::kStarted) {
+    if (auto row = RowIn(query, id, key)) FinishAlike(id, *row, result);
+  }
   Run(kSetResult, id, outcome.number, result, outcome.time.count(), 0);
   const bool isSilent = outcome.outcome == Outcome::kTimedOut;
-  Run(isSilent ? "INSERT OR IGNORE INTO silentHosts VALUES (?)" : "DELETE FROM silentHosts WHERE place = ?",
-      NormalizedHost(rows.front().camera.host));
+  Run(isSilent ? "INSERT OR IGNORE INTO silentHosts VALUES (?)" : "DELETE FROM silentHosts WHERE place = ?", place);
 }
 
-void Runs::Impl::FinishAlike(int id, const RunRow& row, const std::string& result) {
+void Runs::Impl::FinishAlike(int id, RunRow& row, const std::string& result) {
+  const WipeAtEnd wipe(row.password);
   SQLite::Statement query{database, std::string("SELECT ") + kRowColumns +
-                                        ", password FROM rows WHERE runId = ? AND place = ? AND user = ? AND result = "
-                                        "'' AND at = 0"};
-  SQLite::bind(query, id, NormalizedHost(row.camera.host), row.camera.user);
-  std::vector<RunRow> others = RowsOf(query, id, key);
-  for (const RunRow& other : others) {
-    if (other.password == row.password) Run(kSetResult, id, other.camera.id, result, 0, SecondsNow());
+                                        ", password FROM rows WHERE runId = ? AND place = ? AND port = ? AND user = ? "
+                                        "AND result = '' AND at = 0"};
+  SQLite::bind(query, id, NormalizedHost(row.camera.host), row.camera.port, row.camera.user);
+  std::vector<int> alike;
+  while (query.executeStep()) {
+    auto other = RowIn(query, id, key);
+    if (!other) continue;
+    const WipeAtEnd wipeOther(other->password);
+    if (other->password == row.password) alike.push_back(other->camera.id);
   }
-  WipePasswords(others);
+  for (const int number : alike) Run(kSetResult, id, number, result, 0, SecondsNow());
 }
 
 void Runs::Finish(int id, const std::vector<RowOutcome>& outcomes) {

@@ -136,10 +136,10 @@ class Runs {
   /// The hosts (see NormalizedHost) whose last row in any run came to Outcome::kTimedOut.
   std::set<std::string> SilentHosts() const;
   /// Keeps that those of these rows are at hand that were waiting, and returns them: all that may be tested now.
-  /// Nothing where the run is over.
+  /// One whose password cannot be opened comes to Outcome::kRecorderFailed. Nothing where the run is over.
   std::optional<std::vector<RunRow>> Begin(int id, const std::vector<int>& numbers);
-  /// Keeps what rows came to. Where a login was refused, or nobody knows, the same counts for all that wait with that
-  /// user and password for that host: cameras lock users out. A run without further rows ends.
+  /// Keeps what rows came to. Where a login may have been refused, or nobody knows, the same counts for all that wait
+  /// with that password for that login (see LoginOf): cameras lock users out. A run without further rows ends.
   void Finish(int id, const std::vector<RowOutcome>& outcomes);
 
  private:

@@ -62,9 +62,10 @@ struct Runs::Impl {
   void WipeWaiting(int id, RunState state);
   /// Ends a run of which nothing is left to do. False: it goes on, or has ended before.
   bool EndIfDone(int id);
-  // Parts of Runs::Finish.
+  // Parts of Runs::Begin and Runs::Finish.
+  std::optional<RunRow> Begin(int id, int number);
   void Finish(int id, const RowOutcome& outcome);
-  void FinishAlike(int id, const RunRow& row, const std::string& result);
+  void FinishAlike(int id, RunRow& row, const std::string& result);
   /// What is left of what was overwritten goes out of the write-ahead log, too.
   void EmptyLog();
 

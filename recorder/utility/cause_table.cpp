@@ -126,6 +126,10 @@ std::optional<Outcome> OutcomeNamed(std::string_view name) {
   return row == Causes().end() ? std::nullopt : std::optional(row->outcome);
 }
 
+bool MayBeRefusedLogin(std::optional<Outcome> outcome) {
+  return outcome == Outcome::kLoginRefused || outcome == Outcome::kClockUnknown;
+}
+
 Outcome OutcomeOfHttp(long status) { return OutcomeBy(&CauseRow::httpStatuses, status); }
 
 Outcome OutcomeOfRtsp(int status) { return OutcomeBy(&CauseRow::rtspStatuses, status); }

@@ -38,6 +38,9 @@ const CauseRow& RowOf(Outcome outcome);
 /// The outcome of that name; nothing for a name of none.
 std::optional<Outcome> OutcomeNamed(std::string_view name);
 
+/// Whether the camera may have counted a refused login, after which it may lock the user out.
+bool MayBeRefusedLogin(std::optional<Outcome> outcome);
+
 /// What a status of HTTP means where nothing but 200 is a success.
 Outcome OutcomeOfHttp(long status);
 

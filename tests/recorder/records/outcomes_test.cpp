@@ -31,9 +31,11 @@ TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
     const CameraChange change{.record = [name = std::string(host)](CameraRecord& c) { c.host = name; },
                               .password = &password};
     EXPECT_EQ(records.Change(other, change), ChangeResult::kDone);
-    records.NoteOutcome(other, {Outcome::kLoginRefused, since});
-    EXPECT_EQ(IsLoginRefused(records, *records.Find(id)), isRefused) << host;
-    EXPECT_TRUE(IsLoginRefused(records, *records.Find(other)));
+    for (const Outcome cause : {Outcome::kLoginRefused, Outcome::kClockUnknown}) {
+      records.NoteOutcome(other, {cause, since});
+      EXPECT_EQ(IsLoginRefused(records, *records.Find(id)), isRefused) << host;
+      EXPECT_TRUE(IsLoginRefused(records, *records.Find(other)));
+    }
   }
 }
 

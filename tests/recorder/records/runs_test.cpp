@@ -49,19 +49,18 @@ class RunsTest : public testing::Test {
     return text;
   }
 
-  /// The sealed password of the only row of a run.
-  std::string Sealed(int id) const {
+  /// The last value of what a query finds.
+  std::string Ask(const std::string& query) const {
     sqlite3* database = nullptr;
     EXPECT_EQ(sqlite3_open((State() / "runs.db").c_str(), &database), SQLITE_OK);
-    std::string sealed;
+    std::string answer;
     const auto take = [](void* text, int, char** values, char**) {
       *static_cast<std::string*>(text) = values[0];
       return 0;
     };
-    const std::string query = "SELECT hex(password) FROM rows WHERE runId = " + std::to_string(id);
-    EXPECT_EQ(sqlite3_exec(database, query.c_str(), take, &sealed, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, query.c_str(), take, &answer, nullptr), SQLITE_OK);
     sqlite3_close(database);
-    return sealed;
+    return answer;
   }
 
   /// Whether these bytes, in hexadecimal, are anywhere in the state folder.
@@ -113,14 +112,27 @@ TEST_F(RunsTest, ARowThatWasAtHandWhenTheProcessEndedIsNeverTriedAgain) {
 
 TEST_F(RunsTest, ALoginThatMayHaveBeenRefusedIsNotTriedByOtherRowsOfThatHost) {
   const std::map<std::optional<Outcome>, std::string> results = {{Outcome::kLoginRefused, "loginRefused loginRefused"},
+                                                                 {Outcome::kClockUnknown, "clockUnknown clockUnknown"},
                                                                  {std::nullopt, "unknown unknown"},
                                                                  {Outcome::kNoVideo, "noVideo waiting"}};
   for (const auto& [outcome, result] : results) {
-    const int id = Started({Row("cam"), Row("CAM."), Row("cam", "another"), Row("other")});
+    RunRow otherPort = Row("cam");
+    otherPort.camera.port = 81;
+    const int id = Started({Row("cam"), Row("CAM."), Row("cam", "another"), Row("other"), otherPort});
     ASSERT_TRUE(runs.Begin(id, {1}));
     runs.Finish(id, {{.number = 1, .outcome = outcome}});
-    EXPECT_EQ(Results(id), result + " waiting waiting");
+    EXPECT_EQ(Results(id), result + " waiting waiting waiting");
   }
+}
+
+TEST_F(RunsTest, ARowWhosePasswordIsDamagedIsTriedWithNoOther) {
+  const int id = Started({Row("cam"), Row("cam", "another"), Row("other")});
+  Ask("UPDATE rows SET password = x'00' WHERE number < 3");
+  EXPECT_EQ(runs.Begin(id, {1, 3})->size(), 1U);
+  runs.Finish(id, {{.number = 3, .outcome = Outcome::kOk}});
+  EXPECT_EQ(Results(id), "recorderFailed waiting ok");
+  EXPECT_TRUE(runs.Begin(id, {2})->empty());
+  EXPECT_EQ(runs.Find(id)->state, RunState::kEnded);
 }
 
 TEST_F(RunsTest, WhatWasSilentInOneRunIsKnownInTheNext) {
@@ -145,7 +157,7 @@ TEST_F(RunsTest, PasswordsAreOverwrittenOnceTheyAreOfNoMoreUse) {
   };
   for (const auto& end : ends) {
     const int id = Started({Row("host-of-" + std::to_string(&end - ends))});
-    const std::string sealed = Sealed(id);
+    const std::string sealed = Ask("SELECT hex(password) FROM rows WHERE runId = " + std::to_string(id));
     EXPECT_TRUE(IsThere(sealed));
     end(id);
     EXPECT_FALSE(IsThere(sealed)) << &end - ends;
