@@ -25,14 +25,24 @@ std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::
   return isCurrent ? std::optional(query.getColumn(0).getString()) : std::nullopt;
 }
 
-/// The condition that a filter is, for the values that BindFilter binds.
-constexpr char kMatches[] =
-    "(?3 = 0 OR cameraId = ?3) AND at >= ?4 AND (?5 = '' OR cause = ?5) AND cameraId IN (SELECT id FROM cameras WHERE "
-    "removedAt IS NULL)";
+/// The query for the events on one `side` of an id, in that order. With 10,000 cameras there are millions: the words
+/// make SQLite go along the ids, or those of the camera, from there on, and never through all events of a time.
+std::string TextOf(const EventFilter& filter, const std::string& side, const char* order) {
+  std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id " + side + " ?1";
+  if (filter.cameraId) text += " AND cameraId = ?3";
+  if (filter.since > 0) {
+    text += " AND +at >= ?4 AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?4)";
+  }
+  if (filter.cause) text += " AND cause = ?5";
+  text += " AND EXISTS (SELECT 1 FROM cameras WHERE cameras.id = events.cameraId AND removedAt IS NULL)";
+  return text + " ORDER BY id " + order + " LIMIT ?2";
+}
 
 std::vector<CameraEvent> EventsOf(SQLite::Statement& query, std::int64_t id, int most, const EventFilter& filter) {
-  SQLite::bind(query, id, most, filter.cameraId.value_or(0), filter.since,
-               filter.cause ? std::string(NameOf(*filter.cause)) : "");
+  SQLite::bind(query, id, most);
+  if (filter.cameraId) query.bind(3, *filter.cameraId);
+  if (filter.since > 0) query.bind(4, filter.since);
+  if (filter.cause) query.bind(5, std::string(NameOf(*filter.cause)));
   std::vector<CameraEvent> events;
   while (query.executeStep()) {
     const auto cause = OutcomeNamed(query.getColumn(3).getString());
@@ -128,18 +138,14 @@ void Records::Impl::ForgetRefusals(const CameraRecord& camera) {
 
 std::vector<CameraEvent> Records::EventsBefore(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database,
-                            std::string("SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id < ?1 AND ") +
-                                kMatches + " ORDER BY id DESC LIMIT ?2"};
+    SQLite::Statement query{impl_->database, TextOf(filter, "<", "DESC")};
     return EventsOf(query, id, most, filter);
   });
 }
 
 std::vector<CameraEvent> Records::EventsAfter(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database,
-                            std::string("SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id > ?1 AND ") +
-                                kMatches + " ORDER BY id LIMIT ?2"};
+    SQLite::Statement query{impl_->database, TextOf(filter, ">", "ASC")};
     return EventsOf(query, id, most, filter);
   });
 }
