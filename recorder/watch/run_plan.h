@@ -8,6 +8,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "recorder/watch/busy_hosts.h"
+
 namespace recorder {
 
 /// A row of a run that waits.
@@ -19,7 +21,7 @@ struct PlannedRow {
 
 /// Which rows of a run are tested next. A call for several lasts as long as its slowest row, so that rows of hosts that
 /// were silent the last time go with each other, and before the others, whose calls fill what gaps these leave. Two
-/// rows of one host are never at hand at once.
+/// rows of one host are never at hand at once, nor one of a host that others contact.
 ///
 /// Thread:  one. Nothing waits.
 /// Time:    each call but the first takes as long as the rows that it is about.
@@ -28,7 +30,11 @@ class RunPlan {
   /// Rows of one call.
   static constexpr std::size_t kMostRows = 10;
 
-  RunPlan(const std::vector<PlannedRow>& rows, const std::set<std::string>& silentHosts);
+  /// `busyHosts` outlives it. What is at hand at its end is so no more.
+  RunPlan(const std::vector<PlannedRow>& rows, const std::set<std::string>& silentHosts, BusyHosts& busyHosts);
+  ~RunPlan();
+  RunPlan(const RunPlan&) = delete;
+  RunPlan& operator=(const RunPlan&) = delete;
 
   /// Whether a row may be tested now.
   bool CanGoOn() const;
@@ -44,15 +50,18 @@ class RunPlan {
 
  private:
   struct Host {
+    std::string name;
     std::deque<PlannedRow> rows;
     bool isSilent = false;
   };
   using Line = std::deque<Host*>;  // of hosts that are not at hand, by what their first rows are
 
   Line& LineOf(const Host& host);
-  const Line* NextLine() const;
+  Host* NextOf(const Line& line) const;
+  Host* NextHost() const;
   int Take(Host& host);
 
+  BusyHosts& busyHosts_;
   std::unordered_map<std::string, Host> hosts_;
   std::unordered_map<int, Host*> atHand_;     // by row
   std::array<std::array<Line, 2>, 2> lines_;  // by silence, and by whether the row is alone

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 #include "recorder/watch/run_jobs.h"
 
@@ -15,6 +17,7 @@ namespace {
 
 /// A run that was started begins after this time.
 constexpr std::chrono::milliseconds kAskRunsAgain{500};
+constexpr std::chrono::minutes kAfterFailure{1};
 
 /// Those of stored cameras that were silent when they were contacted last.
 void AddSilentHosts(const std::filesystem::path& stateFolder, std::set<std::string>& hosts) {
@@ -36,15 +39,30 @@ std::vector<int> NumbersOf(const std::vector<RunRow>& rows) {
 
 }  // namespace
 
-Runner::Runner(std::filesystem::path stateFolder) : stateFolder_(std::move(stateFolder)) {
-  if (Runs::AreThere(stateFolder_)) Runs(stateFolder_).Recover();
-}
-
 void Runner::Update() {
   if (Clock::now() < lookAt_ || !Runs::AreThere(stateFolder_)) return;
   lookAt_ = Clock::now() + kAskRunsAgain;
-  const Runs runs(stateFolder_);
+  try {
+    LookForRun();
+  } catch (const std::runtime_error& error) {
+    GiveUp(error);
+  }
+}
+
+/// What is still at hand ends for itself, and Recover says then that nobody knows.
+void Runner::GiveUp(const std::exception& error) {
+  LogFailure("runs of tests wait: " + std::string(error.what()));
+  lookAt_ = Clock::now() + kAfterFailure;
+  isRecovered_ = false;
+  isOver_ = true;
+  ended_.clear();
+}
+
+void Runner::LookForRun() {
+  Runs runs(stateFolder_);
   if (IsBusy()) return;
+  plan_.reset();
+  if (!std::exchange(isRecovered_, true)) runs.Recover();
   if (const auto run = runs.FindStarted()) Load(runs, *run);
 }
 
@@ -57,7 +75,7 @@ void Runner::Load(const Runs& runs, int run) {
   }
   std::set<std::string> silent = runs.SilentHosts();
   AddSilentHosts(stateFolder_, silent);
-  plan_.emplace(rows, silent);
+  plan_.emplace(rows, silent, busyHosts_);
   run_ = run;
   isOver_ = false;
 }
@@ -69,10 +87,23 @@ bool Runner::End(const CheckAnswer& answer) {
 }
 
 void Runner::Take(const std::vector<int>& numbers, const CheckAnswer& answer) {
-  std::ranges::move(OutcomesOf(numbers, answer), std::back_inserter(ended_));
+  std::set<int> silent;
+  for (const RowOutcome& outcome : OutcomesOf(numbers, answer)) {
+    if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
+    if (isRecovered_) ended_.push_back(outcome);
+  }
+  plan_->End(numbers, silent);
 }
 
 void Runner::StartAll(Checkers& checkers) {
+  try {
+    StartRows(checkers);
+  } catch (const std::runtime_error& error) {
+    GiveUp(error);
+  }
+}
+
+void Runner::StartRows(Checkers& checkers) {
   const std::size_t most = std::min(checkers.Free(), kMostCalls - atHand_.size());
   if (!plan_ || (ended_.empty() && (isOver_ || most == 0 || !plan_->CanGoOn()))) return;
   for (std::vector<RunRow>& rows : Begun(most)) {
@@ -90,7 +121,8 @@ std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
     std::ranges::sort(next);
     auto rows = runs.Begin(run_, next);
     isOver_ = !rows;
-    if (!rows) continue;
+    if (isOver_) plan_->End(next, {});
+    if (isOver_) break;
     std::vector<int> others;  // that came to something meanwhile
     std::ranges::set_difference(next, NumbersOf(*rows), std::back_inserter(others));
     plan_->End(others, {});
@@ -102,13 +134,6 @@ std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
 void Runner::Keep(Runs& runs) {
   if (ended_.empty()) return;
   runs.Finish(run_, ended_);
-  std::vector<int> numbers;
-  std::set<int> silent;
-  for (const RowOutcome& outcome : ended_) {
-    numbers.push_back(outcome.number);
-    if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
-  }
-  plan_->End(numbers, silent);
   ended_.clear();
 }
 

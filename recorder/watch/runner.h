@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "recorder/records/runs.h"
@@ -17,8 +19,9 @@ namespace recorder {
 /// Tests the rows of runs (see Runs), one run after the other, by checkers that others use, too.
 ///
 /// Thread:  one.
-/// Failure: throws RecordsError or std::system_error when something cannot be kept. The process may end at any time: a
-///          row that was at hand then is not tested again.
+/// Failure: where the file cannot be used, that is logged, what is at hand is given up, and the file looked at again
+///          after a minute: nobody else has to suffer. The process may end at any time: a row that was at hand then is
+///          not tested again.
 class Runner {
  public:
   /// Calls at once: a half of the checkers, so that there are always some for stored cameras.
@@ -26,7 +29,9 @@ class Runner {
   /// The ids of its jobs begin here.
   static constexpr std::uint64_t kFirstJob = std::uint64_t{1} << 32U;
 
-  explicit Runner(std::filesystem::path stateFolder);
+  /// `busyHosts` outlives it.
+  Runner(std::filesystem::path stateFolder, BusyHosts& busyHosts)
+      : stateFolder_(std::move(stateFolder)), busyHosts_(busyHosts) {}
 
   /// Looks now and then whether there is a run to be tested. To open the file is to forget what is too old.
   void Update();
@@ -40,6 +45,9 @@ class Runner {
 
  private:
   bool IsBusy() const;
+  void LookForRun();
+  void StartRows(Checkers& checkers);
+  void GiveUp(const std::exception& error);
   void Load(const Runs& runs, int run);
   void Take(const std::vector<int>& numbers, const CheckAnswer& answer);
   std::vector<std::vector<RunRow>> Begun(std::size_t most);
@@ -47,6 +55,8 @@ class Runner {
   void Start(const std::vector<RunRow>& rows, Checkers& checkers);
 
   const std::filesystem::path stateFolder_;
+  BusyHosts& busyHosts_;
+  bool isRecovered_ = false;     // what was at hand before has its result
   std::optional<RunPlan> plan_;  // of `run_`
   int run_ = 0;
   bool isOver_ = false;  // nothing of the run begins any more

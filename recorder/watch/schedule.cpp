@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -10,10 +11,13 @@ namespace {
 
 constexpr WatchTime kHour = std::chrono::hours(1);
 
-/// What may be so for long, or, where a clock is unknown, be a wrong login.
+/// What may be so for long.
 bool IsSilent(std::optional<Outcome> cause) {
-  return !cause || cause == Outcome::kUnreachable || cause == Outcome::kTimedOut || cause == Outcome::kClockUnknown;
+  return !cause || cause == Outcome::kUnreachable || cause == Outcome::kTimedOut;
 }
+
+/// Whether a camera is not checked any more.
+bool IsRefused(std::optional<Outcome> cause) { return cause == Outcome::kLoginRefused; }
 
 }  // namespace
 
@@ -29,7 +33,9 @@ void Schedule::Update(const std::vector<WatchedCamera>& cameras, WatchTime now) 
       Admit(record.id, camera, record, now);
     }
   }
-  std::erase_if(hosts_, [](const auto& host) { return !host.second.isBusy && host.second.waiting.empty(); });
+  for (const WatchedCamera& record : cameras) {  // once all that is forgotten is
+    if (MayBeRefusedLogin(record.cause)) refused_.Add(record.login, record.since);
+  }
   refused_.ForgetSpent(now);
 }
 
@@ -41,10 +47,11 @@ void Schedule::Describe(Watched& camera, const WatchedCamera& record) {
 
 void Schedule::Admit(int id, Watched& camera, const WatchedCamera& record, WatchTime now) {
   Describe(camera, record);
+  camera.cause = record.cause;
   camera.began = record.attempted.value_or(now - interval_);
   camera.silentPause = interval_;
   if (!record.cause) return Enqueue(id, camera, std::max(now, camera.began + interval_ / 2));
-  if (record.cause == Outcome::kLoginRefused) return Refuse(camera, record.since);
+  if (IsRefused(record.cause)) return;
   if (IsSilent(record.cause)) camera.silentPause = std::max(interval_, std::min(camera.began - record.since, kHour));
   const WatchTime pause = PauseAfter(camera, record.cause);
   Enqueue(id, camera, std::max(now, camera.began + pause - interval_ / 2));
@@ -52,23 +59,17 @@ void Schedule::Admit(int id, Watched& camera, const WatchedCamera& record, Watch
 
 void Schedule::Revise(int id, Watched& camera, const WatchedCamera& record, WatchTime now) {
   const bool isEdited = camera.revision != record.revision;
-  const bool isRefused = record.cause == Outcome::kLoginRefused;
-  if (!isEdited && isRefused == camera.isRefused) return;
-  refused_.Forget(camera.login);
+  const std::optional<Outcome> before = std::exchange(camera.cause, record.cause);
+  if (MayBeRefusedLogin(before) && !MayBeRefusedLogin(record.cause)) refused_.Forget(camera.login);
+  if (!isEdited && IsRefused(before) == IsRefused(record.cause)) return;
   Describe(camera, record);
   camera.silentPause = interval_;
-  if (isRefused) return Refuse(camera, now);
-  camera.isRefused = false;
-  Enqueue(id, camera, now);
-}
-
-void Schedule::Refuse(Watched& camera, WatchTime since) {
-  camera.isRefused = true;
   camera.place = 0;
-  refused_.Add(camera.login, since);
+  if (!IsRefused(record.cause)) Enqueue(id, camera, now);
 }
 
 std::optional<DueCheck> Schedule::Next(WatchTime now) {
+  EnqueueFreed();
   while (!line_.empty() && line_.top().due <= now) {
     const Place place = line_.top();
     line_.pop();
@@ -79,7 +80,7 @@ std::optional<DueCheck> Schedule::Next(WatchTime now) {
     camera.place = 0;
     camera.began = now;
     atHand_[place.id] = camera.host;
-    hosts_[camera.host].isBusy = true;
+    busyHosts_.Take(camera.host);
     return DueCheck{place.id, camera.revision};
   }
   return std::nullopt;
@@ -88,9 +89,9 @@ std::optional<DueCheck> Schedule::Next(WatchTime now) {
 /// A camera that is at hand waits for its own check, even if its host is another one now.
 bool Schedule::IsHeldBack(const Place& place, Watched& camera, WatchTime now) {
   const auto atHand = atHand_.find(place.id);
-  Host& host = hosts_[atHand == atHand_.end() ? camera.host : atHand->second];
-  if (host.isBusy) {
-    host.waiting.push_back(place);
+  const std::string& host = atHand == atHand_.end() ? camera.host : atHand->second;
+  if (busyHosts_.IsBusy(host)) {
+    waiting_[host].push_back(place);
   } else if (refused_.Holds(camera.login, now)) {
     Enqueue(place.id, camera, now + WatchTime(1));  // an edit may end that before
   } else {
@@ -102,27 +103,30 @@ bool Schedule::IsHeldBack(const Place& place, Watched& camera, WatchTime now) {
 WatchTime Schedule::NextAt() const { return line_.empty() ? WatchTime::max() : line_.top().due; }
 
 bool Schedule::End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now) {
-  Free(check.id);
+  if (const auto atHand = atHand_.extract(check.id)) busyHosts_.GiveBack(atHand.mapped());
   const auto found = cameras_.find(check.id);
   if (found == cameras_.end() || found->second.revision != check.revision) return false;
   Watched& camera = found->second;
-  if (cause == Outcome::kLoginRefused) {
-    Refuse(camera, now);
-  } else if (!camera.isRefused) {
+  if (MayBeRefusedLogin(cause)) {
+    camera.cause = cause;
+    refused_.Add(camera.login, now);
+  }
+  if (!IsRefused(camera.cause)) {
     Enqueue(check.id, camera, std::max(now, camera.began + PauseAfter(camera, cause) - interval_ / 2));
   }
   return true;
 }
 
-void Schedule::Free(int id) {
-  const auto atHand = atHand_.extract(id);
-  if (atHand.empty()) return;
-  Host& host = hosts_[atHand.mapped()];
-  host.isBusy = false;
-  for (const Place& place : std::exchange(host.waiting, {})) line_.push(place);
+void Schedule::EnqueueFreed() {
+  std::erase_if(waiting_, [this](const auto& host) {
+    if (busyHosts_.IsBusy(host.first)) return false;
+    for (const Place& place : host.second) line_.push(place);
+    return true;
+  });
 }
 
 WatchTime Schedule::PauseAfter(Watched& camera, std::optional<Outcome> cause) const {
+  if (MayBeRefusedLogin(cause)) return std::max(interval_, kHour);
   if (!IsSilent(cause)) return camera.silentPause = interval_;
   return std::exchange(camera.silentPause, std::max(interval_, std::min(2 * camera.silentPause, kHour)));
 }

@@ -12,6 +12,7 @@
 
 #include "recorder/records/refused_logins.h"
 #include "recorder/utility/outcome.h"
+#include "recorder/watch/busy_hosts.h"
 
 namespace recorder {
 
@@ -36,16 +37,18 @@ struct DueCheck {
 };
 
 /// Which stored camera is checked when: each once an interval, all of them spread over it evenly, and never two of one
-/// host at once. The pauses of a camera that is silent grow to an hour. One that has refused the login is left alone
-/// until its record says otherwise, since cameras lock users out; then others of the same login wait for an hour, too,
-/// unless somebody edits one of them.
+/// host at once. The pauses of a camera that is silent grow to an hour. Cameras lock users out: one that has
+/// refused the login is left alone until its record is edited so that the login may work, and its outcome forgotten by
+/// that; one that may have, for want of a clock, for an hour. Others of the same login wait for an hour, too, and no
+/// longer than the outcome is known. Other edits neither end nor renew that.
 ///
 /// Thread:  one. Nothing waits: time comes in with each call, and never goes back.
 /// Time:    Next and End take as long as a heap does; Update looks at all cameras.
 class Schedule {
  public:
-  explicit Schedule(WatchTime interval)
-      : interval_(interval), refused_(std::max(RefusedLogins::kLeastPause, interval)) {}
+  /// `busyHosts` outlives it, and tells of contacts of others, too.
+  Schedule(WatchTime interval, BusyHosts& busyHosts)
+      : interval_(interval), busyHosts_(busyHosts), refused_(std::max(RefusedLogins::kLeastPause, interval)) {}
 
   /// These and no others are watched from now on. What they tell of earlier checks counts for new ones, but for a login
   /// that was refused: that, and its end, counts for all.
@@ -66,9 +69,9 @@ class Schedule {
     int revision = 0;
     std::string host;
     std::string login;
-    WatchTime began{0};        // of the last check
-    WatchTime silentPause{0};  // that follows if the next check finds the camera silent
-    bool isRefused = false;
+    WatchTime began{0};                           // of the last check
+    WatchTime silentPause{0};                     // that follows if the next check finds the camera silent
+    std::optional<Outcome> cause = std::nullopt;  // of the last contact
     std::uint64_t place = 0;  // in the line; 0: it stands there no more, other places of it count for nothing
   };
   struct Place {
@@ -77,24 +80,20 @@ class Schedule {
     int id;
     bool operator>(const Place& other) const { return due > other.due; }
   };
-  struct Host {
-    bool isBusy = false;
-    std::vector<Place> waiting;  // until it is busy no more
-  };
 
   void Revise(int id, Watched& camera, const WatchedCamera& record, WatchTime now);
   void Admit(int id, Watched& camera, const WatchedCamera& record, WatchTime now);
   static void Describe(Watched& camera, const WatchedCamera& record);
-  void Refuse(Watched& camera, WatchTime since);
   WatchTime PauseAfter(Watched& camera, std::optional<Outcome> cause) const;
   void Enqueue(int id, Watched& camera, WatchTime notBefore);
   WatchTime TurnOf(int id, WatchTime notBefore) const;
   bool IsHeldBack(const Place& place, Watched& camera, WatchTime now);
-  void Free(int id);
+  void EnqueueFreed();
 
   const WatchTime interval_;
   std::unordered_map<int, Watched> cameras_;
-  std::unordered_map<std::string, Host> hosts_;
+  BusyHosts& busyHosts_;
+  std::unordered_map<std::string, std::vector<Place>> waiting_;  // until that host is busy no more
   RefusedLogins refused_;
   std::unordered_map<int, std::string> atHand_;  // cameras, and the hosts where they are checked
   std::priority_queue<Place, std::vector<Place>, std::greater<>> line_;

@@ -37,8 +37,9 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
 
 [[noreturn]] void Watch(const Host& host) {
   WebhookProcess webhook(host.config.stateFolder);
-  Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval);
-  Runner runner(host.config.stateFolder);
+  BusyHosts busyHosts;
+  Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval, busyHosts);
+  Runner runner(host.config.stateFolder, busyHosts);
   Checkers checkers(ModuleWork(host.module), {.job = host.config.limits.test + kPatience});
   while (true) {
     for (const CheckAnswer& answer : checkers.Take()) {

@@ -24,11 +24,12 @@ WatchTime WatchTimeOf(std::int64_t seconds) {
 
 }  // namespace
 
-Watcher::Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval)
+Watcher::Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval,
+                 BusyHosts& busyHosts)
     : stateFolder_(std::move(stateFolder)),
       module_(module),
       news_(stateFolder_),
-      schedule_(interval),
+      schedule_(interval, busyHosts),
       file_(stateFolder_),
       attempts_(Attempts::Read(stateFolder_)) {}
 

@@ -24,7 +24,8 @@ class Watcher {
  public:
   static constexpr std::uint64_t kMostJobs = std::uint64_t{1} << 31U;
 
-  Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval);
+  Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval,
+          BusyHosts& busyHosts);
 
   /// Looks whether the records have changed, and takes them over, if that has not just taken long.
   void Update();

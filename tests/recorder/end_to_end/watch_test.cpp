@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <fstream>
+
 #include "recorder/records/records.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
@@ -60,6 +62,15 @@ TEST(Watch, TellsWhenACameraGoesAndComesAndTriesARefusedLoginOnceWhateverIsKille
   EXPECT_EQ(status.status, 1) << "one is down";
   EXPECT_THAT(status.output, testing::HasSubstr("\tdown\t"));
   EXPECT_EQ(recorder.Control({"status", "--cause", "ok"}).status, 0);
+}
+
+TEST(Watch, GoesOnWhereTheFileOfRunsIsDamaged) {
+  const SimCameras cameras(List({Camera("good")}));
+  const TestRecorder recorder({.watchSeconds = 1});
+  std::ofstream(recorder.StateFolder() / "runs.db") << "this is no database, however long one looks at it";
+  sleep(2);
+  const int good = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
+  EXPECT_EQ(WaitForChanges(recorder, 1), (std::map<int, std::vector<Outcome>>{{good, {Outcome::kOk}}}));
 }
 
 TEST(Watch, IsLeftOutIfAskedTo) {

@@ -57,7 +57,8 @@ std::int64_t PlannedTime(const std::vector<SimulatedRow>& rows, const std::set<s
   std::vector<PlannedRow> planned;
   planned.reserve(rows.size());
   for (const SimulatedRow& row : rows) planned.push_back(row.row);
-  RunPlan plan(planned, silentHosts);
+  BusyHosts busyHosts;
+  RunPlan plan(planned, silentHosts, busyHosts);
   std::priority_queue<CallEnd, std::vector<CallEnd>, std::greater<>> calls;
   std::int64_t now = 0;
   const auto timeOf = [&](int number) { return rows[static_cast<std::size_t>(number - 1)].milliseconds; };
@@ -101,7 +102,10 @@ TEST_P(RunPlanTime, IsNearThatOfASlidingWindow) {
 INSTANTIATE_TEST_SUITE_P(Silent, RunPlanTime, testing::ValuesIn(kKnown), kByName);
 
 TEST(RunPlan, NeverHasTwoRowsOfOneHostAtHandAndKeepsSilentOnesTogether) {
-  RunPlan plan({{1, "a"}, {2, "a"}, {3, "b"}, {4, "silent"}, {5, "c", true}, {6, "b"}}, {"silent"});
+  BusyHosts busyHosts;
+  busyHosts.Take("watched");
+  RunPlan plan({{7, "watched"}, {1, "a"}, {2, "a"}, {3, "b"}, {4, "silent"}, {5, "c", true}, {6, "b"}}, {"silent"},
+               busyHosts);
   using Rows = std::vector<int>;
   EXPECT_EQ(plan.Next(), Rows{4});
   EXPECT_EQ(plan.Next(), (Rows{1, 3}));
@@ -112,7 +116,9 @@ TEST(RunPlan, NeverHasTwoRowsOfOneHostAtHandAndKeepsSilentOnesTogether) {
   EXPECT_EQ(plan.Next(), Rows{2});
   plan.End({2, 4, 5}, {});
   EXPECT_FALSE(plan.IsDone());
-  plan.End({6}, {});
+  busyHosts.GiveBack("watched");
+  EXPECT_EQ(plan.Next(), Rows{7});
+  plan.End({6, 7}, {});
   EXPECT_TRUE(plan.IsDone());
 }
 

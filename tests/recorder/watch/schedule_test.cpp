@@ -19,7 +19,8 @@ using Answer = std::function<std::optional<Outcome>(int id)>;
 
 /// Cameras that are watched, of which each answers within a tick.
 struct Watch {
-  Schedule schedule{kInterval};
+  BusyHosts busyHosts = {};
+  Schedule schedule{kInterval, busyHosts};
   std::vector<WatchedCamera> cameras;
   WatchTime now{minutes(1000)};
   std::map<int, std::vector<WatchTime>> checks = {};  // when, by camera
@@ -67,6 +68,7 @@ const PauseCase kPauses[] = {
     {"Failing", {Outcome::kBusy, Outcome::kNoSuchStream}, {5, 5, 5}},
     {"Silent", std::vector<std::optional<Outcome>>(7, Outcome::kTimedOut), {5, 10, 20, 40, 60, 60, 60, 5}},
     {"SilentNowAndThen", {Outcome::kTimedOut, Outcome::kUnreachable, Outcome::kOk, Outcome::kTimedOut}, {5, 10, 5, 5}},
+    {"PerhapsRefused", {Outcome::kClockUnknown, Outcome::kClockUnknown}, {60, 60, 5}},
     {"ItsProcessDies", {std::nullopt, std::nullopt}, {5, 10, 5}},
     {"Refused", {Outcome::kOk, Outcome::kLoginRefused}, {5}},
 };
@@ -137,6 +139,9 @@ TEST(Schedule, NeverChecksTwoOfOneHostAtOnce) {
   EXPECT_TRUE(first->id == 3 || second->id == 3);
   EXPECT_FALSE(watch.schedule.Next(watch.now));
   for (const auto& check : {first, second}) EXPECT_TRUE(watch.schedule.End(*check, Outcome::kOk, watch.now));
+  watch.busyHosts.Take("cam");
+  EXPECT_FALSE(watch.schedule.Next(watch.now)) << "a run contacts it";
+  watch.busyHosts.GiveBack("cam");
   EXPECT_TRUE(watch.schedule.Next(watch.now));
 }
 
@@ -156,15 +161,25 @@ TEST(Schedule, ForgetsTheAnswerOfARecordThatChangedOrWent) {
   }
 }
 
-TEST(Schedule, ChecksARefusedCameraAgainOnceItsRecordWasEdited) {
-  Watch watch{.cameras = {{1, 1, "camera", "login"}, {2, 1, "camera", "login"}}};
-  watch.Update();
-  watch.Run(kInterval, Always(Outcome::kLoginRefused));
-  ASSERT_EQ(watch.checks.size(), 1U) << "the other one may be the same camera";
-  watch.cameras[static_cast<std::size_t>(watch.checks.begin()->first) - 1].revision = 2;
-  watch.Update();
-  watch.Run(kInterval, Always(Outcome::kOk));
-  EXPECT_EQ(watch.checks[1].size() + watch.checks[2].size(), 3U);
+TEST(Schedule, TriesARefusedLoginAgainOnceItMayWorkAndNotForOtherEdits) {
+  for (const Outcome cause : {Outcome::kLoginRefused, Outcome::kClockUnknown}) {
+    Watch watch{.cameras = {{1, 1, "camera", "login"}, {2, 1, "camera", "login"}}};
+    watch.Update();
+    watch.Run(kInterval, Always(cause));
+    ASSERT_EQ(watch.checks.size(), 1U) << "the other one may be the same camera";
+    WatchedCamera& refused = watch.cameras[static_cast<std::size_t>(watch.checks.begin()->first) - 1];
+    refused.cause = cause;
+    refused.since = watch.now;
+    for (WatchedCamera& camera : watch.cameras) camera.revision = 2;
+    watch.Update();
+    watch.Run(kInterval, Always(Outcome::kOk));
+    EXPECT_EQ(watch.checks[1].size() + watch.checks[2].size(), 1U) << "renamed";
+    refused.cause = std::nullopt;
+    watch.Update();
+    watch.Run(kInterval, Always(Outcome::kOk));
+    EXPECT_GE(watch.checks[1].size(), 1U);
+    EXPECT_GE(watch.checks[refused.id].size(), 2U);
+  }
 }
 
 }  // namespace
