@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 #include "recorder/watch/run_jobs.h"
@@ -90,6 +91,8 @@ void Runner::Take(const std::vector<int>& numbers, const CheckAnswer& answer) {
   std::set<int> silent;
   for (const RowOutcome& outcome : OutcomesOf(numbers, answer)) {
     if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
+    if (MayBeRefusedLogin(outcome.outcome)) refusals_.Add(digests_[outcome.number]);
+    digests_.erase(outcome.number);
     if (isRecovered_) ended_.push_back(outcome);
   }
   plan_->End(numbers, silent);
@@ -114,6 +117,7 @@ void Runner::StartRows(Checkers& checkers) {
 
 std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
   std::vector<std::vector<RunRow>> calls;
+  refusals_.Update();
   Runs runs(stateFolder_);
   Keep(runs);
   while (!isOver_ && calls.size() < most && plan_->CanGoOn()) {
@@ -123,12 +127,24 @@ std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
     isOver_ = !rows;
     if (isOver_) plan_->End(next, {});
     if (isOver_) break;
+    TakeRefused(*rows);
     std::vector<int> others;  // that came to something meanwhile
     std::ranges::set_difference(next, NumbersOf(*rows), std::back_inserter(others));
     plan_->End(others, {});
     if (!rows->empty()) calls.push_back(*std::move(rows));
   }
+  Keep(runs);
   return calls;
+}
+
+/// Takes those rows out of a call whose login was just refused, and gives them that result.
+void Runner::TakeRefused(std::vector<RunRow>& rows) {
+  std::erase_if(rows, [this](RunRow& row) {
+    if (!refusals_.Holds(refusals_.DigestOf(row))) return false;
+    Wipe(row.password);
+    ended_.push_back({.number = row.camera.id, .outcome = Outcome::kLoginRefused});
+    return true;
+  });
 }
 
 void Runner::Keep(Runs& runs) {
@@ -140,6 +156,7 @@ void Runner::Keep(Runs& runs) {
 void Runner::Start(const std::vector<RunRow>& rows, Checkers& checkers) {
   CheckJob job = JobOf(rows);
   job.id = ++lastJob_;
+  for (const RunRow& row : rows) digests_[row.camera.id] = refusals_.DigestOf(row);
   if (checkers.Start(job)) {
     atHand_.emplace(job.id, NumbersOf(rows));
   } else {

@@ -6,12 +6,14 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "recorder/records/runs.h"
 #include "recorder/utility/clock.h"
 #include "recorder/watch/checkers.h"
+#include "recorder/watch/known_refusals.h"
 #include "recorder/watch/run_plan.h"
 
 namespace recorder {
@@ -31,7 +33,7 @@ class Runner {
 
   /// `busyHosts` outlives it.
   Runner(std::filesystem::path stateFolder, BusyHosts& busyHosts)
-      : stateFolder_(std::move(stateFolder)), busyHosts_(busyHosts) {}
+      : stateFolder_(std::move(stateFolder)), busyHosts_(busyHosts), refusals_(stateFolder_) {}
 
   /// Looks now and then whether there is a run to be tested. To open the file is to forget what is too old.
   void Update();
@@ -51,11 +53,14 @@ class Runner {
   void Load(const Runs& runs, int run);
   void Take(const std::vector<int>& numbers, const CheckAnswer& answer);
   std::vector<std::vector<RunRow>> Begun(std::size_t most);
+  void TakeRefused(std::vector<RunRow>& rows);
   void Keep(Runs& runs);
   void Start(const std::vector<RunRow>& rows, Checkers& checkers);
 
   const std::filesystem::path stateFolder_;
   BusyHosts& busyHosts_;
+  KnownRefusals refusals_;
+  std::map<int, std::string> digests_;  // of the rows at hand, as `refusals_` knows them
   bool isRecovered_ = false;     // what was at hand before has its result
   std::optional<RunPlan> plan_;  // of `run_`
   int run_ = 0;

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "recorder/records/records.h"
+#include "recorder/utility/clock.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
 
@@ -121,6 +123,22 @@ TEST_F(LongLists, TestsEachRowOnceWhateverIsKilled) {
   EXPECT_EQ(cameras.Log("held")["logins"], 1);
   EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
   ExpectNoPassword();
+}
+
+TEST_F(LongLists, TriesNoPasswordThatAStoredCameraOrARunBeforeHasJustSeenRefused) {
+  using recorder::Outcome;
+  const SimCameras cameras(List({Camera("good"), Faulty("locks", "lockOut")}));
+  const int stored = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kWrong);
+  recorder::Records(recorder.StateFolder()).NoteOutcome(stored, {Outcome::kLoginRefused, recorder::SecondsNow()});
+  const Json::Value rows = List({Row("127.0.0.1", cameras.Port("good"), kWrong), Row("127.0.0.1", cameras.Port("good")),
+                                 Row("127.0.0.1", cameras.Port("locks"), kWrong)});
+  for (int runs = 0; runs < 2; ++runs) {
+    const std::string run = Started(rows);
+    WaitFor(run, [](const Json::Value& data) { return data["state"] == "ended"; });
+    EXPECT_THAT(Causes(run), testing::ElementsAre("loginRefused", "ok", "loginRefused"));
+  }
+  EXPECT_EQ(cameras.Log("good")["refusedLogins"], 0);
+  EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
 }
 
 TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
