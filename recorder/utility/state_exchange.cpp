@@ -1,6 +1,15 @@
 #include "recorder/utility/state_exchange.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -22,9 +31,19 @@ constexpr char kOld[] = "old";
 
 constexpr char kKept[] = "before-restore-";
 
-/// What is no part of the state: the folder of an exchange, what others left, and the lock that is held meanwhile.
-bool Stays(const std::string& name) {
-  return name.starts_with("exchange.") || name.starts_with(kKept) || name == "service.lock";
+// The recorder's own: all else in the state folder is somebody else's (such as "lost+found" of a file system), and
+// stays.
+constexpr std::string_view kOwnNames[] = {
+    "secret.key",   "users",          "access",       "certificate.pem", "certificate-key.pem",
+    "address",      "watch.attempts", "watch.lock",   "events.lock",     "logins.lock",
+    "cameras.lock", "models",         "capabilities",
+};
+constexpr std::string_view kRecords = "recorder.db";  ///< and the files of its write-ahead log
+constexpr std::string_view kRuns = "runs.db";         ///< and those of its own
+
+bool IsOwn(std::string_view name) {
+  return name.starts_with(kRecords) || name.starts_with(kRuns) ||
+         std::find(std::begin(kOwnNames), std::end(kOwnNames), name) != std::end(kOwnNames);
 }
 
 std::vector<std::string> NamesIn(const fs::path& folder) {
@@ -36,10 +55,45 @@ std::vector<std::string> NamesIn(const fs::path& folder) {
 /// One after another: whoever is interrupted goes on with the rest.
 void MoveAll(const fs::path& from, const fs::path& to) {
   for (const std::string& name : NamesIn(from)) {
-    if (!Stays(name)) fs::rename(from / name, to / name);
+    if (IsOwn(name)) fs::rename(from / name, to / name);
   }
   SyncFolder(to);
   SyncFolder(from);
+}
+
+/// rename(2) moves no mount point, and no folder that is another user's.
+bool CanMove(const fs::path& path) {
+  struct statx found = {};
+  if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &found) != 0) return false;
+  const bool isMountPoint = (found.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+  return !isMountPoint && (!S_ISDIR(found.stx_mode) || access(path.c_str(), W_OK) == 0);
+}
+
+/// Throws when an exchange could not go to its end.
+void CheckMoves(const fs::path& stateFolder) {
+  for (const std::string& name : NamesIn(stateFolder)) {
+    if (IsOwn(name) && !CanMove(stateFolder / name)) {
+      throw std::runtime_error((stateFolder / name).string() + ": cannot be moved: it is mounted, or another user's");
+    }
+  }
+}
+
+void Wipe(const fs::path& file) {
+  const FileDescriptor opened{open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW)};
+  const std::string nothing(opened ? fs::file_size(file) : 0, '\0');
+  if (!opened || write(opened.Get(), nothing.data(), nothing.size()) != std::ssize(nothing) ||
+      fdatasync(opened.Get()) != 0) {
+    throw std::system_error(errno, std::generic_category(), file.string());
+  }
+}
+
+/// Passwords of runs end with them: nobody would open the file of a state that is only kept.
+void RemoveRuns(const fs::path& folder) {
+  for (const std::string& name : NamesIn(folder)) {
+    if (!name.starts_with(kRuns)) continue;
+    Wipe(folder / name);
+    RemoveFile(folder / name);
+  }
 }
 
 /// A name by the day that nothing has yet.
@@ -54,6 +108,7 @@ fs::path NameForOld(const fs::path& stateFolder) {
 fs::path KeepOld(const fs::path& stateFolder) {
   const fs::path old = stateFolder / kCleared / kOld;
   fs::path kept;
+  if (fs::exists(old)) RemoveRuns(old);
   if (fs::exists(old) && !fs::is_empty(old)) {
     kept = NameForOld(stateFolder);
     Rename(old, kept);
@@ -99,6 +154,7 @@ StateExchange::~StateExchange() {
 fs::path StateExchange::NewState() const { return stateFolder_ / kBuilt / kNew; }
 
 fs::path StateExchange::Commit() const {
+  CheckMoves(stateFolder_);
   SyncFolders(stateFolder_ / kBuilt);
   Rename(stateFolder_ / kBuilt, stateFolder_ / kDecided);
   return GoOn(stateFolder_);

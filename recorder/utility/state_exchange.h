@@ -6,8 +6,9 @@
 
 namespace recorder {
 
-/// Exchanges all that a state folder holds, all or nothing, also when the process is killed or the power fails. The
-/// folder itself stays: it may be the mount point of a volume, or in a folder where its owner may make nothing.
+/// Exchanges all of the recorder's own in a state folder, all or nothing, also when the process is killed or the power
+/// fails. The folder itself stays: it may be the mount point of a volume, or in a folder where its owner may make
+/// nothing. So does what is somebody else's.
 ///
 /// What is new is built in a folder within it. Commit() then renames that folder, which decides, and moves the old
 /// files out of the way and the new ones in. Whoever is interrupted there leaves the rest to FinishStateExchange().
@@ -24,8 +25,9 @@ class StateExchange {
   /// this object, or when the next exchange begins.
   std::filesystem::path NewState() const;
 
-  /// Puts it in place. Returns the folder, within the state folder, that holds what was there before; "" when that was
-  /// nothing.
+  /// Puts it in place. Returns the folder, within the state folder, that holds what was there before, but for runs,
+  /// whose passwords are wiped; "" when that was nothing. Throws std::runtime_error, and nothing has changed, when
+  /// something of it cannot be moved.
   std::filesystem::path Commit() const;
 
  private:

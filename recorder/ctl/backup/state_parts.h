@@ -6,7 +6,8 @@
 
 // What of the state folder a backup holds: cameras and trusted keys, the key that they are sealed by, users, sessions
 // and tokens, the recorder's own certificate, models of the user's own, what cameras said of themselves. Not what is of
-// one run or one machine: locks, the address that is served, the write-ahead log, notes of checks under way.
+// one run or one machine: locks, the address that is served, the write-ahead log, notes of checks under way, and runs
+// of tests with their passwords.
 
 namespace recorder {
 
