@@ -3,6 +3,7 @@
 #include <SQLiteCpp/Transaction.h>
 
 #include <iterator>
+#include <set>
 #include <string>
 
 namespace recorder {
@@ -89,20 +90,41 @@ CREATE TABLE webhook (
 )"},
 };
 
+/// The steps that lead from one version to another.
+void TakeSteps(SQLite::Database& database, int from, int to) {
+  for (const SchemaStep& step : kSteps) {
+    if (step.version > from && step.version <= to) database.exec(step.statements);
+  }
+}
+
+/// But for what SQLite makes by itself, whose names nobody else may use.
+std::set<std::string> StatementsIn(SQLite::Database& database) {
+  std::set<std::string> statements;
+  SQLite::Statement query{database, "SELECT sql FROM sqlite_master WHERE name NOT LIKE 'sqlite\\_%' ESCAPE '\\'"};
+  while (query.executeStep()) statements.insert(query.getColumn(0).getString());
+  return statements;
+}
+
 }  // namespace
 
 int NewestSchema() { return std::rbegin(kSteps)->version; }
 
 int SchemaOf(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
 
+bool HasOwnSchema(SQLite::Database& database) {
+  const int version = SchemaOf(database);
+  if (version < 1 || version > NewestSchema()) return false;
+  SQLite::Database made{":memory:", SQLite::OPEN_READWRITE};
+  TakeSteps(made, 0, version);
+  return StatementsIn(database) == StatementsIn(made);
+}
+
 void UpdateSchema(SQLite::Database& database) {
   const int version = SchemaOf(database);
   if (version == NewestSchema()) return;
   if (version == 0) database.exec("PRAGMA journal_mode = WAL");
   SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
-  for (const SchemaStep& step : kSteps) {
-    if (step.version > version) database.exec(step.statements);
-  }
+  TakeSteps(database, version, NewestSchema());
   database.exec("PRAGMA user_version = " + std::to_string(NewestSchema()));
   transaction.commit();
 }

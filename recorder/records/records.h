@@ -107,6 +107,9 @@ class Records {
 
   /// Writes the records as they are now to a new SQLite file, while others read and change them. The key is not in it.
   void CopyTo(const std::filesystem::path& file) const;
+  /// False when the file in `stateFolder`, which nobody has open, is empty or has had other contents made in it than
+  /// this program makes. One of a newer version is true: opening it tells more. Throws RecordsError.
+  static bool AreOfThisProgram(const std::filesystem::path& stateFolder);
   /// What is wrong with the file and with the key, as far as reading all that is stored can tell; "" for nothing.
   std::string Damage() const;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "recorder/records/record_schema.h"
 #include "recorder/records/records.h"
 #include "recorder/records/records_file.h"
 
@@ -28,8 +29,19 @@ void Records::CopyTo(const std::filesystem::path& file) const {
   CreateFileOnce(file, "");
   impl_->Guarded([&] {
     SQLite::Database copy{file.string(), SQLite::OPEN_READWRITE};
-    SQLite::Backup{copy, impl_->database}.executeStep();  // all at once: one state, and writers do not wait for it
+    SQLite::Backup backup{copy, impl_->database};
+    backup.executeStep();  // all at once: one state, and writers do not wait for it
+    if (backup.getRemainingPageCount() != 0 || backup.getTotalPageCount() == 0) {
+      throw RecordsError("the records cannot be copied now: others write to them");
+    }
   });
+}
+
+bool Records::AreOfThisProgram(const std::filesystem::path& stateFolder) try {
+  SQLite::Database database{(stateFolder / kDatabaseFile).string(), SQLite::OPEN_READWRITE};
+  return SchemaOf(database) > NewestSchema() || HasOwnSchema(database);
+} catch (const SQLite::Exception& error) {
+  throw RecordsError(std::string("the records cannot be read: ") + error.what());
 }
 
 std::string Records::Damage() const {

@@ -9,7 +9,6 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr auto kDatabaseFile = "recorder.db";
 constexpr auto kKeyFile = "secret.key";
 
 /// SQLite gives its side files the mode of the database file, so that this one mode is enough. A file that is there is

@@ -14,6 +14,8 @@
 
 namespace recorder {
 
+inline constexpr char kDatabaseFile[] = "recorder.db";
+
 /// The opened file of the records, and the key that it is read with.
 struct Records::Impl {
   /// Opens the records in `stateFolder` and makes what is missing.

@@ -56,6 +56,7 @@ void Unpack(BackupReader& backup, const fs::path& folder) {
 /// Throws when the recorder could not go on with it.
 void TryState(const fs::path& folder) {
   if (!Records::AreThere(folder)) throw BackupError("the backup lacks the records or their key");
+  if (!Records::AreOfThisProgram(folder)) throw BackupError("the backup's records were not made by this program");
   if (const std::string damage = Records(folder).Damage(); !damage.empty()) throw BackupError(damage);
   ReadUsers(folder);
 }
