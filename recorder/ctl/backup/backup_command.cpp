@@ -28,7 +28,11 @@ void BackUp(const BackupOptions& options, const std::filesystem::path& stateFold
                                       : "who has it can read them; --passphrase seals it\n");
 }
 
-void UnlockFor(BackupReader& backup) {
+/// A passphrase that is wanted proves who made the file: one that anybody could have made is not taken for it.
+void UnlockFor(BackupReader& backup, const BackupOptions& options) {
+  if (!backup.WantsPassphrase() && options.hasPassphrase) {
+    throw std::runtime_error(options.file + ": is not sealed with a passphrase; anybody may have made it");
+  }
   if (!backup.WantsPassphrase()) return;
   std::string passphrase = ReadKnownPassword("Passphrase of the backup");
   const WipeAtEnd wipe(passphrase);
@@ -37,7 +41,7 @@ void UnlockFor(BackupReader& backup) {
 
 void Restore(const BackupOptions& options, const std::filesystem::path& stateFolder) {
   BackupReader backup(options.file);
-  UnlockFor(backup);
+  UnlockFor(backup, options);
   const auto kept =
       RestoreBackup(backup, stateFolder, options.isReplacing ? StateThere::kReplace : StateThere::kRefuse);
   std::cout << "restored " << stateFolder.string() << "\n";
@@ -51,7 +55,7 @@ void AddBackupCommands(CLI::App& app, const std::string& configOption) {
   CLI::App* backup = app.add_subcommand(
       "backup",
       "Write all that makes up the recorder to one file, also while it runs: cameras and their passwords with the key "
-      "to them, users, tokens, certificate, own models. The configuration is not in it");
+      "to them, users, tokens, certificate, own models. The configuration is not in it, nor are runs of tests");
   backup->add_option("file", options->file, "file to write, or to replace")->required();
   backup->add_flag("--passphrase", options->hasPassphrase,
                    "seal it with a passphrase, read from standard input or a prompt");
@@ -66,7 +70,9 @@ void AddBackupCommands(CLI::App& app, const std::string& configOption) {
   restore->add_flag("--replace", options->isReplacing,
                     "put it in the place of a recorder that is there, which is kept in a folder \"before-restore-DAY\" "
                     "of the state folder");
-  restore->footer("Example:\n  recorderctl restore recorder.backup");
+  restore->add_flag("--passphrase", options->hasPassphrase,
+                    "refuse a file that is not sealed with a passphrase, which somebody else may have put there");
+  restore->footer("Example:\n  recorderctl restore --passphrase recorder.backup");
   restore->callback([options, &configOption] { Restore(*options, StateFolder(configOption)); });
 }
 

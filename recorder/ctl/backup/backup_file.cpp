@@ -149,7 +149,7 @@ BackupReader::BackupReader(const fs::path& file) : path_(file), file_(Open(file,
   if (!file_) Throw(file);
   if (ReadFrom(file_.get(), path_, kMagic.size()) != kMagic) throw BackupError(file.string() + ": is no backup");
   const std::string kind = Read(2);
-  if (static_cast<unsigned char>(kind[0]) > kVersion) {
+  if (static_cast<unsigned char>(kind[0]) != kVersion || static_cast<unsigned char>(kind[1]) > kByPassphrase) {
     throw BackupError(file.string() + ": was made by a newer version of this program; use that one");
   }
   isByPassphrase_ = kind[1] == kByPassphrase;
