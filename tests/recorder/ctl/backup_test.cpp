@@ -81,6 +81,17 @@ TEST_F(BackupTest, BringsBackARecorderToAnEmptyFolder) {
   }
 }
 
+TEST_F(BackupTest, LeavesWhatIsOfOthersWhereItIsAndKeepsNoRuns) {
+  MakeState(state, "old");
+  fs::create_directory(state / "lost+found");
+  ReplaceFile(state / "runs.db", "passwords");
+  MakeBackup(made, file, "");
+  const fs::path kept = Restore(file, state);
+  EXPECT_EQ(TextsOf(state) + TextsOf(kept), allNew + allOld);
+  EXPECT_TRUE(fs::exists(state / "lost+found"));
+  EXPECT_FALSE(fs::exists(state / "runs.db") || fs::exists(kept / "runs.db"));
+}
+
 struct BadFile {
   const char* name;
   std::function<void(std::string& bytes)> spoil;
@@ -91,6 +102,8 @@ const BadFile kBadFiles[] = {
     {"Empty", [](std::string& bytes) { bytes.clear(); }, "is no backup"},
     {"Other", [](std::string& bytes) { bytes[3] ^= 1; }, "is no backup"},
     {"Newer", [](std::string& bytes) { bytes[16] = 2; }, "newer version"},
+    {"OfNoVersion", [](std::string& bytes) { bytes[16] = 0; }, "newer version"},
+    {"OfAnotherKind", [](std::string& bytes) { bytes[17] = 2; }, "newer version"},
     {"CutInItsHead", [](std::string& bytes) { bytes.resize(40); }, "cut off"},
     {"Cut", [](std::string& bytes) { bytes.resize(bytes.size() / 2); }, "cut off"},
     {"CutBeforeItsLastMessage", [](std::string& bytes) { bytes.resize(bytes.size() - 21); }, "cut off"},
@@ -115,21 +128,33 @@ void AddWith(BackupWriter& backup, const fs::path& state, const std::string& par
   backup.AddPart(part, state / "users");
 }
 
+void AddChanged(BackupWriter& backup, const fs::path& state, const char* statement) {
+  sqlite3* database = nullptr;
+  sqlite3_open((state / "recorder.db").c_str(), &database);
+  sqlite3_exec(database, statement, nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+  AddAll(backup, state);
+}
+
 const BadContent kBadContents[] = {
     {"Above", [](auto& backup, auto& state) { AddWith(backup, state, "../stray"); }, "does not know: ../stray"},
     {"AboveAFolder", [](auto& b, auto& state) { AddWith(b, state, "models/../../stray.json"); }, "does not know"},
     {"AtTheRoot", [](auto& b, auto& state) { AddWith(b, state, "/tmp/stray.json"); }, "does not know"},
     {"Twice", [](auto& backup, auto& state) { AddWith(backup, state, "users"); }, "File exists"},
     {"NoKey", [](auto& backup, auto& state) { backup.AddPart("recorder.db", state / "recorder.db"); }, "lacks"},
-    {"NewerRecords",
+    {"NewerRecords", [](auto& b, auto& state) { AddChanged(b, state, "PRAGMA user_version = 1000"); }, "newer program"},
+    {"TriggerOfOthers",
      [](auto& backup, auto& state) {
-       sqlite3* database = nullptr;
-       sqlite3_open((state / "recorder.db").c_str(), &database);
-       sqlite3_exec(database, "PRAGMA user_version = 1000", nullptr, nullptr, nullptr);
-       sqlite3_close(database);
+       AddChanged(backup, state, "CREATE TRIGGER t AFTER INSERT ON cameras BEGIN DELETE FROM cameras; END");
+     },
+     "not made by this program"},
+    {"EmptyRecords",
+     [](auto& backup, auto& state) {
+       ReplaceFile(state / "recorder.db", "");
+       fs::remove(state / "recorder.db-wal");
        AddAll(backup, state);
      },
-     "newer program"},
+     "not made by this program"},
     {"KeyOfAnother",
      [](auto& backup, auto& state) {
        ReplaceFile(state / "secret.key", SecretKey::Random().Bytes());
