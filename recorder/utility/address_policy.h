@@ -44,6 +44,9 @@ struct AddressPolicy {
 /// Sets the policy of this process. Call once, before the first request.
 void SetAddressPolicy(AddressPolicy policy);
 
+/// The variable of the environment that tells that port to processes that are not asked there.
+inline constexpr char kOwnPortVariable[] = "RECORDER_PORT";
+
 /// Tells on which port of this machine the recorder itself is asked, which no policy opens. Any thread.
 void SetOwnPort(int port);
 

@@ -3,13 +3,16 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "recorder/host/host.h"
+#include "recorder/utility/address_policy.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/service.h"
+#include "recorder/utility/text.h"
 #include "recorder/watch/checkers.h"
 #include "recorder/watch/module_work.h"
 #include "recorder/watch/runner.h"
@@ -33,6 +36,12 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
   std::vector<pollfd> waited;
   checkers.AddTo(waited);
   poll(waited.data(), waited.size(), static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+}
+
+/// A webhook or the row of a run must not send the recorder to itself.
+void LearnOwnPort() {
+  const char* port = std::getenv(kOwnPortVariable);
+  if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
 }
 
 [[noreturn]] void Watch(const Host& host) {
@@ -68,6 +77,7 @@ int main(int argc, char** argv) {
   CLI11_PARSE(app, argc, argv);
   try {
     const Host host = StartHost(FindConfigFile(configFile));
+    LearnOwnPort();
     const ServiceLock lock(host.config.stateFolder);
     const ServiceLock watchLock(host.config.stateFolder, Service::kWatch);
     Watch(host);
