@@ -12,7 +12,6 @@
 
 #include "recorder/access/users.h"
 #include "recorder/ctl/certificate_files.h"
-#include "recorder/ctl/health_question.h"
 #include "recorder/ctl/serve/listen_address.h"
 #include "recorder/ctl/serve/run_folder.h"
 #include "recorder/ctl/serve/served_address.h"
@@ -22,11 +21,13 @@
 #include "recorder/ctl/serve/watchdog.h"
 #include "recorder/ctl/serve/web_server.h"
 #include "recorder/ctl/serve/worker_pool.h"
+#include "recorder/ctl/serve/worker_question.h"
 #include "recorder/host/host.h"
 #include "recorder/http/counts.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/own/event_stream.h"
+#include "recorder/utility/address_policy.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/log.h"
 
@@ -113,7 +114,9 @@ class Pools {
       : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1, SharedCounts().logins),
         cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers,
                        SharedCounts().cameraWorkers),
-        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers) {
+        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers) {}
+
+  void StartWatch(const ServeOptions& options) {
     if (!options.isWatchless) watch_.emplace(ProgramBeside(options, "recorder-watch"));
   }
 
@@ -138,10 +141,10 @@ void RepeatUntilSignal(const sigset_t& signals, Work work) {
   }
 }
 
-/// Whoever waits for the watchdog does not hear why not.
-bool IsAlive(const std::string& address) {
-  const std::string reason = WhyNotAlive(address);
-  if (!reason.empty()) LogFailure("The web server does not answer: " + reason + ".");
+/// Whoever waits for the watchdog does not hear why not. A web server that ends is seen without a question.
+bool IsAlive(const RunFolder& run) {
+  const std::string reason = WhyNoWorkerAnswers(run / "lists.sock");
+  if (!reason.empty()) LogFailure("The workers do not answer: " + reason + ".");
   return reason.empty();
 }
 
@@ -171,8 +174,10 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
   address.port = server.Port();
+  setenv(kOwnPortVariable, std::to_string(address.port).c_str(), 1);
+  pools.StartWatch(options);
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
-  const Watchdog watchdog([&] { return IsAlive(served.LocalText()); });
+  const Watchdog watchdog([&] { return IsAlive(run); });
   std::cout << served.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {
