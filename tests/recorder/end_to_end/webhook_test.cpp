@@ -115,4 +115,10 @@ TEST_F(Webhook, IsRefusedWhereItMayNotBe) {
   EXPECT_EQ(Set("http://169.254.169.254/").json["error"]["member"], "secret") << "there is none yet";
   EXPECT_EQ(Set("http://169.254.169.254/", kSignedWith).status, 200);
   EXPECT_EQ(Send("POST", "/test").json["error"]["cause"], "blocked") << "by the address policy";
+  recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
+  EXPECT_EQ(Set("http://127.0.0.1:" + std::to_string(recorder_.Port()) + "/healthz").status, 200);
+  Note(Outcome::kOk);
+  Json::Value told;
+  while (told["result"].isNull()) told = Send("GET", "").json["data"];
+  EXPECT_EQ(told["result"], "blocked") << "the recorder itself";
 }
