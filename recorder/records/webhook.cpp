@@ -20,7 +20,7 @@ std::optional<Webhook> Records::FindWebhook() const {
                             "SELECT url, revision, toldEvent, toldSteady, triedAt, result FROM webhook"};
     if (!query.executeStep()) return std::nullopt;
     return Webhook{.url = query.getColumn(0).getString(),
-                   .revision = query.getColumn(1).getInt(),
+                   .revision = query.getColumn(1).getInt64(),
                    .told = {query.getColumn(2).getInt64(), query.getColumn(3).getInt64()},
                    .triedAt = query.getColumn(4).getInt64(),
                    .result = query.getColumn(5).getString()};
@@ -42,8 +42,9 @@ void Records::SetWebhook(const std::string& url, const std::string& secret) {
   impl_->Guarded([&] {
     SQLite::Statement set{
         impl_->database,
-        "INSERT INTO webhook VALUES (1, ?1, ?2, 1, (SELECT ifnull(max(id), 0) FROM events), 0, 0, '') ON CONFLICT (id) "
-        "DO UPDATE SET url = ?1, secret = ?2, revision = revision + 1, triedAt = 0, result = ''"};
+        "INSERT INTO webhook VALUES (1, ?1, ?2, random(), (SELECT ifnull(max(id), 0) FROM events), 0, 0, '') "
+        "ON CONFLICT (id) DO UPDATE SET url = ?1, secret = ?2, revision = random(), triedAt = 0, result = '', "
+        "toldEvent = iif(url = ?1, toldEvent, excluded.toldEvent), toldSteady = iif(url = ?1, toldSteady, 0)"};
     set.bind(1, url);
     BindBlob(set, 2, Seal(impl_->key, SecretContext(url), secret));
     set.exec();

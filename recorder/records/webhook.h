@@ -17,7 +17,7 @@ struct WebhookPlace {
 /// Where changes of cameras are told to. Its secret is not part of it.
 struct Webhook {
   std::string url;
-  int revision = 0;  ///< another one whenever the webhook was set
+  std::int64_t revision = 0;  ///< another one whenever the webhook was set, also after it was removed
   WebhookPlace told;
   std::int64_t triedAt = 0;  ///< when it was told something last, in seconds since 1970; 0: never
   std::string result;        ///< what that came to: the name of an Outcome, or "" for never
