@@ -28,10 +28,13 @@ NoticeLine::NoticeLine(const Records& records, const WebhookPlace& told, std::in
   }
 }
 
-/// Those that were told before this process began are told no more.
-std::optional<Notice> NoticeLine::Steady(std::int64_t now) {
+/// Those that were told before this process began are told no more, nor are cameras that are there no more.
+std::optional<Notice> NoticeLine::Steady(const Records& records, std::int64_t now) {
+  const auto isOver = [&](const Notice& notice) {
+    return notice.event.at + Flapping::kTime <= place_.steady || !records.Find(notice.event.cameraId);
+  };
   auto notice = flapping_.TakeSteady(now);
-  while (notice && notice->event.at + Flapping::kTime <= place_.steady) notice = flapping_.TakeSteady(now);
+  while (notice && isOver(*notice)) notice = flapping_.TakeSteady(now);
   if (notice) place_.steady = notice->event.at + Flapping::kTime;
   return notice;
 }
@@ -40,7 +43,7 @@ std::optional<Notice> NoticeLine::Next(const Records& records, std::int64_t now)
   std::optional<Notice> notice;
   while (!notice) {
     if (events_.empty()) events_ = ReadEvents(records, place_.event);
-    notice = Steady(events_.empty() ? now : std::min(now, events_.front().at));
+    notice = Steady(records, events_.empty() ? now : std::min(now, events_.front().at));
     if (notice || events_.empty()) return notice;
     notice = flapping_.Take(events_.front());
     place_.event = events_.front().id;

@@ -25,7 +25,7 @@ class NoticeLine {
   const WebhookPlace& Place() const { return place_; }
 
  private:
-  std::optional<Notice> Steady(std::int64_t now);
+  std::optional<Notice> Steady(const Records& records, std::int64_t now);
 
   WebhookPlace place_;
   Flapping flapping_;

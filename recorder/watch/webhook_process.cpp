@@ -6,6 +6,7 @@
 #include <thread>
 #include <utility>
 
+#include "recorder/records/records.h"
 #include "recorder/utility/log.h"
 #include "recorder/watch/webhook_sender.h"
 
@@ -16,11 +17,17 @@ constexpr std::chrono::seconds kSendAgain{1};
 /// What keeps a process from its work may do so again.
 constexpr std::chrono::seconds kShortestLife{60};
 
+/// What fails is tried again by the same sender, which knows how long a webhook that cannot be told has to wait.
+void SendOrPause(WebhookSender& sender) try { sender.Send(); } catch (const RecordsError& error) {
+  LogFailure(std::string("The webhook is told nothing for a minute: ") + error.what());
+  std::this_thread::sleep_for(kShortestLife);
+}
+
 /// Until it fails.
 void TellWebhook(const std::filesystem::path& stateFolder) try {
   close_range(STDERR_FILENO + 1, ~0U, 0);
   WebhookSender sender(stateFolder);
-  for (;; std::this_thread::sleep_for(kSendAgain)) sender.Send();
+  for (;; std::this_thread::sleep_for(kSendAgain)) SendOrPause(sender);
 } catch (const std::exception& error) {
   LogFailure(std::string("The webhook is told nothing for a minute: ") + error.what());
 }

@@ -23,8 +23,9 @@ WebhookSender::WebhookSender(std::filesystem::path stateFolder)
 void WebhookSender::Send() {
   if (!news_.AreThere() && !webhook_) return;
   Records records(stateFolder_);
-  Follow(records);
-  while (line_ && Clock::now() >= sendAt_ && SendNext(records)) continue;
+  do {
+    Follow(records);  // whoever is told takes his time
+  } while (line_ && Clock::now() >= sendAt_ && SendNext(records));
 }
 
 /// Heeds what an admin has set.
