@@ -47,7 +47,7 @@ void SetBusy(bool isBusy) {
 }
 
 std::size_t IndexOf(std::string_view method) {
-  if (method.find("/recorder/") != std::string_view::npos) method = "recorder";
+  if (method.substr(method.find(' ') + 1).starts_with("/recorder/")) method = "recorder";
   const auto* const found = std::ranges::find(kCountedMethods, method);
   return std::min<std::size_t>(static_cast<std::size_t>(found - kCountedMethods.begin()), kCountedMethods.size() - 1);
 }
@@ -59,8 +59,11 @@ void TimeSum::Add(std::chrono::microseconds time) {
   microseconds += static_cast<std::uint64_t>(time.count());
 }
 
-void Counts::AddRequest(std::string_view method, long status, std::chrono::microseconds time) {
+void Counts::AddRequest(std::string_view method, long status) {
   ++requests[IndexOf(method)][status < 400 ? 0 : status < 500 ? 1 : 2];
+}
+
+void Counts::AddTime(std::chrono::microseconds time) {
   const auto* const bound = std::ranges::lower_bound(kTimeBounds, std::chrono::duration<double>(time).count());
   ++times[static_cast<std::size_t>(bound - kTimeBounds.begin())];
   answers.Add(time);

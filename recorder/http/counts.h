@@ -8,10 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <span>
 #include <string_view>
-
-#include "recorder/utility/rung_times.h"
 
 namespace recorder {
 
@@ -61,8 +58,9 @@ struct Counts {
   PoolCount cameraWorkers;
   PoolCount listWorkers;
 
-  /// Counts a request that was answered.
-  void AddRequest(std::string_view method, long status, std::chrono::microseconds time);
+  /// Counts a request that was answered, and how long that took.
+  void AddRequest(std::string_view method, long status);
+  void AddTime(std::chrono::microseconds time);
 };
 
 /// The variable of the environment that names the file.

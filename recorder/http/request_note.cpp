@@ -59,7 +59,8 @@ std::int64_t MillisecondsOf(std::chrono::microseconds time) {
 
 void Count(const RequestNote& note, long status, std::chrono::microseconds time) {
   Counts& counts = SharedCounts();
-  counts.AddRequest(note.method, status, time);
+  counts.AddRequest(note.method, status);
+  if (note.isTimed) counts.AddTime(time);
   const auto keyFrame = note.rungs.Of(Rung::kKeyFrame);
   if (keyFrame.count() > 0) counts.keyFrames.Add(keyFrame);
 }

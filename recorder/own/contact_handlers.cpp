@@ -62,6 +62,8 @@ ApiAnswer Call(const std::string& method, const CameraRecord& camera, const Came
                Records& records) {
   Contact contact(records, camera);
   ApiAnswer answer = RunCall(StoredCall(tools.module, method, asked), tools.output);
+  tools.note.cause = answer.causes;
+  tools.note.rungs = answer.rungs;
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
   const bool isMain = KeepsPassword(camera, asked) && camera.channel == asked.channel;
   if (const auto outcome = OutcomeNamed(answer.causes)) contact.Note(*outcome, answer.hasSentLogin, isMain);

@@ -56,6 +56,7 @@ OwnAnswer ListEvents(const OwnRequest& request, OwnTools& tools) {
   RefuseOtherMembers(request.params, kParameters, "");
   const EventFilter filter = FilterOf(request);
   if (!WantsStream(request.http)) return Page(request, filter);
+  tools.note.isTimed = false;
   StreamEvents(request.http, filter, tools.lines);
   return {};
 }

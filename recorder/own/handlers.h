@@ -4,6 +4,7 @@
 #include "recorder/host/output_capture.h"
 #include "recorder/http/line_answer.h"
 #include "recorder/http/own_request.h"
+#include "recorder/http/request_note.h"
 
 namespace recorder {
 
@@ -17,6 +18,7 @@ struct OwnTools {
       lines;  ///< for what is told before all is done; once Tell() is false the handler returns, whatever it answers
   const ModuleLibrary& module;
   OutputCapture& output;  ///< of the process, for calls of the module
+  RequestNote& note;      ///< for the request's line in the log
 };
 
 OwnAnswer DiscoverDevices(const OwnRequest& request, OwnTools& tools);

@@ -44,14 +44,14 @@ void AddSum(MetricsText& text, const TimeSum& sum) {
 void AddTimes(MetricsText& text, const Counts& counts) {
   text.Begin("recorder_request_duration_seconds", "histogram",
              "Time from taking a request until its answer was ready.");
-  double slower = 0;
+  double upToHere = 0;
   for (std::size_t i = 0; i < counts.times.size(); ++i) {
-    slower += static_cast<double>(counts.times[i]);
+    upToHere += static_cast<double>(counts.times[i]);
     const std::string bound = i < kTimeBounds.size() ? NumberText(kTimeBounds[i]) : "+Inf";
-    text.Add(slower, Label("le", bound), "_bucket");
+    text.Add(upToHere, Label("le", bound), "_bucket");
   }
   text.Add(static_cast<double>(counts.answers.microseconds) * kMicro, {}, "_sum");
-  text.Add(slower, {}, "_count");
+  text.Add(upToHere, {}, "_count");
 }
 
 void AddKeyFrames(MetricsText& text, const Counts& counts) {

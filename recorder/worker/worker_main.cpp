@@ -88,7 +88,7 @@ std::string CauseIn(const OwnAnswer& answer) {
 /// What is left to be sent of what the recorder itself answers.
 std::string AnsweredOwn(const HttpRequest& request, const Caller& caller, const OwnTools& tools, RequestNote& note) {
   const OwnAnswer answer = AnswerOwn(request, caller, tools);
-  note.cause = CauseIn(answer);
+  if (note.cause.empty()) note.cause = CauseIn(answer);
   std::string rest = tools.lines.Rest(answer);
   GiveMemoryBack();
   return rest;
@@ -118,7 +118,7 @@ std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
   if (caller) note.user = caller->user;
   CheckSameSite(request, host.config.hostNames);
-  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output}, note);
+  if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output, note}, note);
   return Called(ToApiCall(request, host.module, caller.has_value()), output, note);
 }
 
