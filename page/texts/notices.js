@@ -8,7 +8,7 @@ export const notices = {
   form: "Where changes are told to",
   url: "Address (http or https)",
   secret: "Secret (16 to 256 characters)",
-  secretHint: "It is not shown again. The stored one stays while this is empty.",
+  secretHint: "It is not shown again. The stored one stays while this is empty and the address the same.",
   saved: "Saved",
   sendTest: "Send a test",
   sending: "Sending a test",

@@ -33,13 +33,14 @@ Webhook Found(const Records& records) {
   return *webhook;
 }
 
-/// The secret that was given, or else the one that is stored.
-std::string SecretOf(const OwnRequest& request, const Records& records) {
+/// The secret that was given, or else the one that is stored for this address: whoever does not know it gets nothing
+/// signed with it at a place of his own.
+std::string SecretOf(const OwnRequest& request, const std::string& url, const Records& records) {
   std::string secret = TextOf(request, "secret");
   const bool isGood = secret.size() >= kShortestSecret && secret.size() <= kLongestUserPassword;
   if (isGood) return secret;
   const auto webhook = records.FindWebhook();
-  if (secret.empty() && webhook) return records.WebhookSecret(*webhook);
+  if (secret.empty() && webhook && webhook->url == url) return records.WebhookSecret(*webhook);
   Wipe(secret);
   throw BadMember("secret", "must have 16 to 256 bytes");
 }
@@ -57,7 +58,7 @@ OwnAnswer SetWebhook(const OwnRequest& request, OwnTools& /*tools*/) {
     throw BadMember("url", "must be an address of http or https, without a login");
   }
   Records records(GetConfig().stateFolder);
-  std::string secret = SecretOf(request, records);
+  std::string secret = SecretOf(request, url, records);
   const WipeAtEnd wipe(secret);
   records.SetWebhook(url, secret);
   return Success(WebhookJson(records.FindWebhook()));
