@@ -63,7 +63,7 @@ class Post {
     curl_easy_getinfo(curl_.get(), CURLINFO_RESPONSE_CODE, &result.status);
     const bool isGood = result.status >= 200 && result.status < 300;
     if (result.outcome == Outcome::kOk && !isGood) result.outcome = Outcome::kNotUnderstood;
-    if (isBlocked_ && result.outcome != Outcome::kOk) result.outcome = Outcome::kBlocked;
+    if (isBlocked_ && !isAllowed_ && result.outcome != Outcome::kOk) result.outcome = Outcome::kBlocked;
     return result;
   }
 
@@ -83,7 +83,8 @@ class Post {
   /// Called by libcurl for each address of the host.
   static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
     const bool mayConnect = MayConnectTo(address->addr);
-    if (!mayConnect) static_cast<Post*>(self)->isBlocked_ = true;
+    auto* const post = static_cast<Post*>(self);
+    (mayConnect ? post->isAllowed_ : post->isBlocked_) = true;
     return mayConnect ? socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol) : CURL_SOCKET_BAD;
   }
 
@@ -91,7 +92,8 @@ class Post {
   static std::size_t OnBody(const char*, std::size_t, std::size_t size, void*) { return size; }
 
   CurlList headers_;
-  bool isBlocked_ = false;
+  bool isBlocked_ = false;  // one address of the host
+  bool isAllowed_ = false;  // one at least
   CurlHandle curl_;
 };
 
