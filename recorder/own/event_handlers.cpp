@@ -15,6 +15,8 @@ namespace recorder {
 namespace {
 
 constexpr std::array<std::string_view, 5> kParameters = {"after", "limit", "camera", "since", "cause"};
+/// Of a stream: it begins behind Last-Event-ID, and has no pages.
+constexpr std::array<std::string_view, 3> kStreamParameters = {"camera", "since", "cause"};
 constexpr int kUsualPage = 100;
 constexpr int kLargestPage = 1000;
 
@@ -53,9 +55,10 @@ OwnAnswer Page(const OwnRequest& request, const EventFilter& filter) {
 }  // namespace
 
 OwnAnswer ListEvents(const OwnRequest& request, OwnTools& tools) {
-  RefuseOtherMembers(request.params, kParameters, "");
+  const bool isStream = WantsStream(request.http);
+  RefuseOtherMembers(request.params, isStream ? std::span<const std::string_view>(kStreamParameters) : kParameters, "");
   const EventFilter filter = FilterOf(request);
-  if (!WantsStream(request.http)) return Page(request, filter);
+  if (!isStream) return Page(request, filter);
   tools.note.isTimed = false;
   StreamEvents(request.http, filter, tools.lines);
   return {};
