@@ -39,11 +39,6 @@ Json::Value ListEntry(const RunRow& row) {
   return entry;
 }
 
-/// Of one row where its whole call came to nothing.
-std::optional<Outcome> OutcomeOfCall(const CheckAnswer& answer) {
-  return answer.kind == CheckAnswer::Kind::kDied ? std::nullopt : std::optional(Outcome::kRecorderFailed);
-}
-
 }  // namespace
 
 bool IsTestedAlone(const CameraRecord& row) { return !row.channel.empty() || !row.sourcePath.empty(); }
@@ -60,7 +55,7 @@ std::vector<RowOutcome> OutcomesOf(const std::vector<int>& numbers, const CheckA
   if (answer.kind == CheckAnswer::Kind::kAnswered) causes = Split(answer.causes, ',');
   std::vector<RowOutcome> outcomes;
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    RowOutcome outcome{.number = numbers[i], .outcome = OutcomeOfCall(answer)};
+    RowOutcome outcome{.number = numbers[i]};
     if (causes.size() == numbers.size()) outcome.outcome = OutcomeNamed(Trimmed(causes[i]));
     if (numbers.size() == 1) outcome.time = answer.time;  // that of several is their slowest's
     outcomes.push_back(outcome);

@@ -83,13 +83,15 @@ void Runner::Load(const Runs& runs, int run) {
 
 bool Runner::End(const CheckAnswer& answer) {
   if (answer.id <= kFirstJob) return false;
-  if (const auto job = atHand_.extract(answer.id)) Take(job.mapped(), answer);
+  if (const auto job = atHand_.extract(answer.id)) Take(OutcomesOf(job.mapped(), answer));
   return true;
 }
 
-void Runner::Take(const std::vector<int>& numbers, const CheckAnswer& answer) {
+void Runner::Take(const std::vector<RowOutcome>& outcomes) {
+  std::vector<int> numbers;
   std::set<int> silent;
-  for (const RowOutcome& outcome : OutcomesOf(numbers, answer)) {
+  for (const RowOutcome& outcome : outcomes) {
+    numbers.push_back(outcome.number);
     if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
     if (MayBeRefusedLogin(outcome.outcome)) refusals_.Add(digests_[outcome.number]);
     digests_.erase(outcome.number);
@@ -160,7 +162,10 @@ void Runner::Start(const std::vector<RunRow>& rows, Checkers& checkers) {
   if (checkers.Start(job)) {
     atHand_.emplace(job.id, NumbersOf(rows));
   } else {
-    Take(NumbersOf(rows), {.id = job.id, .kind = CheckAnswer::Kind::kFailed});
+    std::vector<RowOutcome> outcomes;  // nothing was sent
+    outcomes.reserve(rows.size());
+    for (const RunRow& row : rows) outcomes.push_back({.number = row.camera.id, .outcome = Outcome::kRecorderFailed});
+    Take(outcomes);
   }
 }
 

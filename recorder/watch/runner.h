@@ -51,7 +51,7 @@ class Runner {
   void StartRows(Checkers& checkers);
   void GiveUp(const std::exception& error);
   void Load(const Runs& runs, int run);
-  void Take(const std::vector<int>& numbers, const CheckAnswer& answer);
+  void Take(const std::vector<RowOutcome>& outcomes);
   std::vector<std::vector<RunRow>> Begun(std::size_t most);
   void TakeRefused(std::vector<RunRow>& rows);
   void Keep(Runs& runs);
@@ -61,8 +61,8 @@ class Runner {
   BusyHosts& busyHosts_;
   KnownRefusals refusals_;
   std::map<int, std::string> digests_;  // of the rows at hand, as `refusals_` knows them
-  bool isRecovered_ = false;     // what was at hand before has its result
-  std::optional<RunPlan> plan_;  // of `run_`
+  bool isRecovered_ = false;            // what was at hand before has its result
+  std::optional<RunPlan> plan_;         // of `run_`
   int run_ = 0;
   bool isOver_ = false;  // nothing of the run begins any more
   std::map<std::uint64_t, std::vector<int>> atHand_;
