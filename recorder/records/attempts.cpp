@@ -1,7 +1,6 @@
 #include "recorder/records/attempts.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -61,9 +60,7 @@ bool IsOfThisKind(std::string_view content) { return content.starts_with(kKind);
 Attempts::Attempts(const std::filesystem::path& stateFolder) : path_(FileIn(stateFolder)) {
   if (!exists(path_) || !IsOfThisKind(ReadFile(path_))) ReplaceFile(path_, kKind);
   file_ = FileDescriptor(open(path_.c_str(), O_WRONLY | O_CLOEXEC));
-  if (!file_ || flock(file_.Get(), LOCK_EX) != 0) {
-    throw std::system_error(errno, std::generic_category(), path_.string());
-  }
+  if (!file_) throw std::system_error(errno, std::generic_category(), path_.string());
 }
 
 void Attempts::Write(int cameraId, const Attempt& attempt) {

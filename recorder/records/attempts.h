@@ -27,7 +27,7 @@ struct Attempt {
 /// The file watch.attempts in the state folder (mode 0600): of each watched camera the last check, in a place of its
 /// own. It is no part of the records, since these would be written to with every check.
 ///
-/// Thread:  one writer, for whose end the next one waits; any number of readers of any processes.
+/// Thread:  one writer (recorder-watch, by its ServiceLock); any number of readers of any processes.
 /// Time:    a change is one system call. It outlives this process however that ends, but not always a power failure.
 /// Failure: throws std::system_error that names the file.
 class Attempts {
