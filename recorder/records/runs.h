@@ -93,7 +93,8 @@ inline constexpr std::chrono::hours kRunsKept{7 * 24};
 /// Time:    a change is on the disk when the call returns.
 /// Failure: throws RecordsError, or std::system_error for folder and key file.
 /// Secrets: a row's password is sealed with the key of the records and bound to the row's place and address. It is
-///          overwritten in the file as soon as the row has a result, its run is cancelled or kRunPasswordsKept is over.
+///          overwritten as soon as the row has a result, its run is cancelled or kRunPasswordsKept is over; what the
+///          write-ahead log still has of it goes at the end of the run.
 class Runs {
  public:
   /// False where there never was a run. Any thread.

@@ -51,7 +51,7 @@ struct CheckerLimits {
 /// Owner:   holds the processes, which end with it, and with this process however it ends.
 /// Thread:  the process has one, and no open database while Start runs, since a copy of that would be unsafe.
 /// Time:    nothing waits for a checker but the destructor.
-/// Secrets: wipes what it has sent.
+/// Secrets: wipes the text that it has sent; the job is the asker's.
 class Checkers {
  public:
   Checkers(CheckWork work, CheckerLimits limits);

@@ -16,7 +16,7 @@
 
 namespace recorder {
 
-/// A time that never jumps, since some moment that stays the same for all that one Schedule is told.
+/// A time since some moment that stays the same for all that one Schedule is told. What is `now` never jumps.
 using WatchTime = std::chrono::milliseconds;
 
 /// A stored camera that is to be watched, and what is known of its checks so far.
