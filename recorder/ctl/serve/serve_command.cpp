@@ -98,6 +98,7 @@ void RefuseUnsafe(const ListenAddress& address, bool hasTls, const path& stateFo
 
 /// Puts what the web server needs into its folder, but for a certificate: see WebServerOptions.
 void Furnish(const RunFolder& run, const Config& config) {
+  MakeCounts(run / "counts");
   if (config.pageFolder.empty()) {
     std::filesystem::create_directory(run / "www");
   } else {
@@ -168,7 +169,6 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
 
   const RunFolder run;
   Furnish(run, config);
-  MakeCounts(run / "counts");
   SetEnvironment(run, configFile, options);
   Pools pools(run, options);
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
