@@ -218,6 +218,9 @@ TEST(Operating, MetricsTellWhatHappened) {
   recorder.AddCamera("User", "", 2, "admin", kSecret, "1", "/");
   EXPECT_EQ(recorder.Control({"camera", "status", "2", "disabled"}).status, 0);
   recorder.Send("POST", "/recorder/1/cameras/1/test", recorder.Login());
+  recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("camera"), "admin", kSecret);
+  const Answer picture = recorder.Send("GET", "/recorder/1/cameras/3/picture", recorder.Login());
+  EXPECT_EQ(picture.status, 200) << picture.body;
   EXPECT_EQ(CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("camera"), kSecret)), 0);
   recorder.Send("GET", kApi + std::string("CamCap"), {{"Authorization", kGuest}});
 
@@ -225,14 +228,14 @@ TEST(Operating, MetricsTellWhatHappened) {
   const std::pair<const char*, double> wanted[] = {
       {R"(recorder_cameras{state="down",cause="unreachable"})", 1},
       {R"(recorder_cameras{state="off",cause=""})", 1},
-      {R"(recorder_cameras{state="up",cause=""})", 0},
+      {R"(recorder_cameras{state="up",cause=""})", 1},
       {R"(recorder_requests_total{method="GetSnapshot",status="2xx"})", 1},
       {R"(recorder_requests_total{method="recorder",status="5xx"})", 1},
       {R"(recorder_requests_total{method="other",status="4xx"})", 1},
       {R"(recorder_workers{pool="cameras",state="free"})", 3},
       {R"(recorder_workers{pool="lists",state="busy"})", 1},
-      {"recorder_request_duration_seconds_count", 3},
-      {"recorder_key_frame_wait_seconds_count", 1},
+      {"recorder_request_duration_seconds_count", 4},
+      {"recorder_key_frame_wait_seconds_count", 2},
       {"recorder_logins_refused_total", 1},
       {"recorder_workers_ended_total", 0},
   };

@@ -4,6 +4,7 @@
 #include <sodium.h>
 #include <sys/socket.h>
 
+#include <functional>
 #include <future>
 
 #include "recorder/records/records.h"
@@ -39,10 +40,12 @@ class Receiver {
   const std::string& Url() const { return url_; }
 
   /// Waits for what is told, answers `status`, and looks at the signature.
-  Json::Value Take(const std::string& status) const {
+  Json::Value Take(
+      const std::string& status, const std::function<void()>& meanwhile = [] {}) const {
     const Connection connection(listener_);
     std::string bytes;
     while (MessageSize(bytes) == 0 && connection.Receive(bytes)) continue;
+    meanwhile();
     connection.Send("HTTP/1.1 " + status + "\r\nContent-Length: 0\r\n\r\n");
     const std::string body = bytes.substr(bytes.find("\r\n\r\n") + 4);
     EXPECT_THAT(bytes, testing::StartsWith("POST /cameras?of=us HTTP/1.1\r\n"));
@@ -108,6 +111,21 @@ TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   EXPECT_EQ(Send("POST", "/test").status, 404);
 }
 
+TEST_F(Webhook, ThatIsSetWhileAnotherIsToldIsToldAtOnceWhatComesThen) {
+  const Receiver before;
+  const Receiver after;
+  recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
+  EXPECT_EQ(Set(before.Url(), kSignedWith).status, 200);
+  for (const Outcome cause : {Outcome::kOk, Outcome::kBusy, Outcome::kOk}) Note(cause);
+  before.Take("200 OK", [&] { EXPECT_EQ(Set(after.Url(), kSignedWith).status, 200); });
+  Note(Outcome::kBusy);
+  EXPECT_EQ(after.Take("500 Broken")["id"], 4) << "what was before is not told";
+  EXPECT_EQ(Send("DELETE", "").status, 200);
+  EXPECT_EQ(Set(after.Url(), kSignedWith).status, 200);
+  Note(Outcome::kOk);
+  EXPECT_EQ(after.Take("200 OK")["id"], 5) << "a new webhook, which waits for nothing";
+}
+
 TEST_F(Webhook, IsRefusedWhereItMayNotBe) {
   for (const char* url : {"ftp://192.0.2.1/", "http://admin:x@192.0.2.1/", "192.0.2.1", ""}) {
     EXPECT_EQ(Set(url, kSignedWith).json["error"]["member"], "url") << url;
@@ -116,7 +134,9 @@ TEST_F(Webhook, IsRefusedWhereItMayNotBe) {
   EXPECT_EQ(Set("http://169.254.169.254/", kSignedWith).status, 200);
   EXPECT_EQ(Send("POST", "/test").json["error"]["cause"], "blocked") << "by the address policy";
   recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
-  EXPECT_EQ(Set("http://127.0.0.1:" + std::to_string(recorder_.Port()) + "/healthz").status, 200);
+  const std::string recorderItself = "http://127.0.0.1:" + std::to_string(recorder_.Port()) + "/healthz";
+  EXPECT_EQ(Set(recorderItself).json["error"]["member"], "secret") << "that of another address is not lent";
+  EXPECT_EQ(Set(recorderItself, kSignedWith).status, 200);
   Note(Outcome::kOk);
   Json::Value told;
   while (told["result"].isNull()) told = Send("GET", "").json["data"];
