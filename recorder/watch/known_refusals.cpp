@@ -9,12 +9,12 @@
 namespace recorder {
 namespace {
 
-RefusedLogins::Time Now() { return std::chrono::seconds(SecondsNow()); }
+RefusedLogins::Time WallNow() { return std::chrono::seconds(SecondsNow()); }
 
 }  // namespace
 
 void KnownRefusals::Update() {
-  tried_.ForgetSpent(Now());
+  tried_.ForgetSpent(WallNow());
   if (!news_.AreThere()) return;
   const Records records(stateFolder_);
   stored_ = RefusedLogins();
@@ -25,7 +25,7 @@ void KnownRefusals::Update() {
 void KnownRefusals::AddStored(const Records& records, const RefusedCamera& refused) {
   const std::chrono::seconds at(std::min(refused.since, SecondsNow()));
   const auto camera = records.Find(refused.id);
-  if (!camera || at + RefusedLogins::kLeastPause <= Now()) return;
+  if (!camera || at + RefusedLogins::kLeastPause <= WallNow()) return;
   RunRow row{*camera, {}};
   const WipeAtEnd wipe(row.password);
   try {
@@ -45,10 +45,10 @@ std::string KnownRefusals::DigestOf(const RunRow& row) const {
   return {digest.begin(), digest.end()};
 }
 
-void KnownRefusals::Add(const std::string& digest) { tried_.Add(digest, Now()); }
+void KnownRefusals::Add(const std::string& digest) { tried_.Add(digest, WallNow()); }
 
 bool KnownRefusals::Holds(const std::string& digest) const {
-  return stored_.Holds(digest, Now()) || tried_.Holds(digest, Now());
+  return stored_.Holds(digest, WallNow()) || tried_.Holds(digest, WallNow());
 }
 
 }  // namespace recorder

@@ -85,8 +85,8 @@ TEST_F(Events, AreToldAsTheyComeWithoutKeepingOthersFromTheWorkers) {
     EXPECT_THAT(ReadUntil(Listen(), "}}"), HasSubstr("Retry-After: "));
     EXPECT_EQ(Get(kEvents).status, 200);
   }
-  for (const auto& [last, end] : {std::pair("3", "}"), {"999", "\n\n"}}) {
-    const auto next = [&] { return ReadUntil(Listen({{"Last-Event-ID", last}}), end); };
+  for (const auto& row : {std::pair("3", "}"), {"999", "\n\n"}}) {
+    const auto next = [&] { return ReadUntil(Listen({{"Last-Event-ID", row.first}}), row.second); };
     std::string told = next();
     for (; told.find(" 503 ") != std::string::npos; told = next()) usleep(100'000);
     EXPECT_THAT(told, HasSubstr("id: 4\n")) << "once the one before has gone";

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <future>
 #include <sstream>
+#include <tuple>
 
 #include "rig/cameras.h"
 #include "tests/recorder/end_to_end/expect.h"
@@ -150,8 +151,8 @@ std::vector<recorder::FileDescriptor> Strangers(int count, int port) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   for (int i = 0; i < count; ++i) {
     strangers.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    connect(strangers.back().Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-    send(strangers.back().Get(), "GET", 3, MSG_NOSIGNAL);
+    std::ignore = connect(strangers.back().Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+    std::ignore = send(strangers.back().Get(), "GET", 3, MSG_NOSIGNAL);
   }
   return strangers;
 }

@@ -146,7 +146,7 @@ TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
   Json::Value rows = List({Row("127.0.0.1", cameras.Port("held")), Row("localhost", 1)});
   for (int i = 0; i < 5; ++i) rows.append(Row("127.0.0.1", cameras.Port("good")));
   const std::string run = Started(rows);
-  WaitFor(run, [&](const Json::Value&) { return cameras.Log("held")["logins"] == 1; });
+  WaitFor(run, [&](const Json::Value&) { return cameras.Log("held")["logins"].asInt() >= 1; });
   EXPECT_EQ(Send("DELETE", run).json["data"]["state"], "cancelled");
   ExpectNoPassword();
   WaitFor(run, [](const Json::Value& data) { return data["atHand"] == 0; });
