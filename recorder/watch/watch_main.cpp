@@ -40,7 +40,7 @@ void Wait(const Checkers& checkers, const Watcher& watcher) {
 
 /// A webhook or the row of a run must not send the recorder to itself.
 void LearnOwnPort() {
-  const char* port = std::getenv(kOwnPortVariable);
+  const char* port = std::getenv(kOwnPortVariable);  // NOLINT(concurrency-mt-unsafe): nobody sets variables
   if (port != nullptr) SetOwnPort(ParseNumber<int>(port).value_or(0));
 }
 
