@@ -80,7 +80,7 @@ void CheckMoves(const fs::path& stateFolder) {
 
 void Wipe(const fs::path& file) {
   const FileDescriptor opened{open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW)};
-  const std::string nothing(opened ? fs::file_size(file) : 0, '\0');
+  const std::string nothing(opened ? static_cast<std::size_t>(fs::file_size(file)) : 0, '\0');
   if (!opened || write(opened.Get(), nothing.data(), nothing.size()) != std::ssize(nothing) ||
       fdatasync(opened.Get()) != 0) {
     throw std::system_error(errno, std::generic_category(), file.string());
