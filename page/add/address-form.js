@@ -2,7 +2,7 @@
 
 import { button, el, showMistake } from "../parts/dom.js";
 import { PLAIN, field, passwordInput } from "../parts/forms.js";
-import { inAddress } from "../recorder/to-store.js";
+import { inAddress } from "../text/address.js";
 import { hidesLogin, hostMistake, portMistake, splitAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 

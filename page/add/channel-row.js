@@ -85,7 +85,7 @@ export class ChannelRow {
     if (!name) return this.#failed(add.noName);
     const outcome = await save({ ...toStore(this.found, login, name, usualChoice(this.streams)), force });
     if (outcome.other) {
-      this.#result.replaceChildren(storedAlready(outcome, () => this.#force(login)));
+      this.#result.replaceChildren(storedAlready(outcome.other, () => this.#force(login)));
     } else if (!outcome.camera) {
       this.#failed(outcome.mistake);
     } else {

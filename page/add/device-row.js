@@ -4,7 +4,7 @@ import { button, el, say } from "../parts/dom.js";
 import { field, mistakeLine, onSubmit, passwordInput } from "../parts/forms.js";
 import { changeCamera, readCamera } from "../recorder/cameras.js";
 import { movedTo } from "../recorder/moving.js";
-import { inAddress } from "../recorder/to-store.js";
+import { cameraHash, inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 
 const { add, common } = texts;
@@ -36,7 +36,7 @@ const placeOf = (device) => {
 const heardBy = ({ by }) => by.map((one) => add.heardBy[one] ?? one).join(", ");
 
 /** @param {Stored} camera */
-const linkTo = ({ camId, name }) => el("a", { href: `#cameras/${camId}`, text: name || String(camId) });
+const linkTo = ({ camId, name }) => el("a", { href: cameraHash({ id: camId }), text: name || String(camId) });
 
 /**
  * @param {Device} device

@@ -162,7 +162,7 @@ export class FoundCamera {
     }
     if (!outcome.other) return outcome.mistake;
     say(outcome.mistake);
-    this.#already.replaceChildren(storedAlready(outcome, () => this.#forced()));
+    this.#already.replaceChildren(storedAlready(outcome.other, () => this.#forced()));
     return "";
   }
 

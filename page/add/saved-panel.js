@@ -4,6 +4,7 @@ import { copyText } from "../parts/copying.js";
 import { button, el, say } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
 import { takeStill } from "../recorder/cameras.js";
+import { cameraHash } from "../text/address.js";
 import { withLogin } from "../text/stream-lines.js";
 import { texts } from "../texts/texts.js";
 
@@ -42,7 +43,7 @@ export class SavedPanel {
         "div",
         { class: "actions" },
         button(add.addAnother, another, { id: "add-another", class: "main" }),
-        el("a", { id: "add-open", class: "button", href: `#cameras/${camera.id}`, text: add.open(camera.name) }),
+        el("a", { id: "add-open", class: "button", href: cameraHash(camera), text: add.open(camera.name) }),
       ),
       this.#addressLine(),
     );

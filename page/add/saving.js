@@ -1,8 +1,8 @@
 /// Stores a camera, and says what came of it.
 
 import { button, el } from "../parts/dom.js";
-import { addCamera } from "../recorder/cameras.js";
-import { Trouble } from "../recorder/request.js";
+import { store } from "../recorder/saving.js";
+import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
@@ -17,32 +17,27 @@ const { add } = texts;
  * @typedef {{camera: StoredCamera | null, mistake: string, other?: {id: number, name: string}}} Saved
  */
 
-const STORED_ALREADY = 409;
-
 /** @param {CameraFields} camera @returns {Promise<Saved>} */
 export async function save(camera) {
   try {
-    return { camera: await addCamera(camera), mistake: "" };
+    const { camera: stored, other } = await store(camera);
+    return stored ? { camera: stored, mistake: "" } : { camera: null, mistake: add.storedAlready(other.name), other };
   } catch (error) {
-    if (!(error instanceof Trouble) || error.status !== STORED_ALREADY) {
-      return { camera: null, mistake: sentence(messageOf(error)) };
-    }
-    const { id, name } = error.details["camera"];
-    return { camera: null, mistake: add.storedAlready(name), other: { id, name } };
+    return { camera: null, mistake: sentence(messageOf(error)) };
   }
 }
 
 /**
  * That a camera is stored already, with the two ways on.
- * @param {Saved} saved
+ * @param {{id: number, name: string}} other
  * @param {() => void} force stores it all the same
  */
-export function storedAlready({ mistake, other }, force) {
+export function storedAlready(other, force) {
   return el(
     "div",
     { class: "stored-already" },
-    el("p", { text: mistake }),
-    el("a", { href: `#cameras/${other?.id}`, text: add.openStored(other?.name ?? "") }),
+    el("p", { text: add.storedAlready(other.name) }),
+    el("a", { href: cameraHash(other), text: add.openStored(other.name) }),
     button(add.storeAllTheSame, force),
   );
 }

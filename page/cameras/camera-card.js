@@ -4,6 +4,7 @@ import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
 import { namedCause } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
+import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
@@ -53,7 +54,7 @@ export class CameraCard {
     this.camera = camera;
     this.text = searchedIn(camera);
     this.#name.textContent = nameOf(camera);
-    this.#name.href = `#cameras/${camera.id}`;
+    this.#name.href = cameraHash(camera);
     this.#place.textContent = placeOf(camera);
     const lasting = lastingOf(camera);
     this.#state.replaceChildren(stateMark(stateOf(camera)), ...(lasting ? [` ${lasting}`] : []));

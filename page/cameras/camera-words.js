@@ -2,6 +2,7 @@
 
 import { namedCause } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
+import { inAddress } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
@@ -24,7 +25,7 @@ export const now = () => Date.now() / 1000;
 export const nameOf = ({ id, name }) => name || words.unnamed(id);
 
 /** @param {Camera} camera */
-export const placeOf = ({ host, port }) => (host.includes(":") ? `[${host}]:${port}` : `${host}:${port}`);
+export const placeOf = ({ host, port }) => `${inAddress(host)}:${port}`;
 
 /** What it is: as it says itself, or as it is asked. @param {import("../recorder/cameras.js").StoredCamera} camera */
 export function kindOf({ vendor, model, facts }) {

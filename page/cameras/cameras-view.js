@@ -4,6 +4,7 @@ import { button, el, refill, sayLater } from "../parts/dom.js";
 import { addView, field, mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import { listCameras } from "../recorder/cameras.js";
+import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
@@ -22,7 +23,7 @@ const SOON_MS = 2000;
 
 /** @param {CameraCard} card */
 function rowOf({ camera, strip }) {
-  const name = el("a", { href: `#cameras/${camera.id}`, text: nameOf(camera), "data-kind": camera.id });
+  const name = el("a", { href: cameraHash(camera), text: nameOf(camera), "data-kind": camera.id });
   const place = el("span", { class: "code", text: placeOf(camera) });
   const state = el("span", {}, stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
   return [name, place, `${camera.vendor} ${camera.model}`, state, strip.cell];

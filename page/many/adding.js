@@ -1,7 +1,8 @@
 /// Storing the cameras of a list that passed: the buttons, the progress, and what came of it.
 
 import { button, byId, el, refill, say } from "../parts/dom.js";
-import { cameraHash, keep, presetName } from "../recorder/saving.js";
+import { keep, presetName } from "../recorder/saving.js";
+import { cameraHash } from "../text/address.js";
 import { Additions } from "../testing/additions.js";
 import { texts } from "../texts/texts.js";
 

@@ -4,7 +4,7 @@ import { button, byId, el, sayLater } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
 import { readModel } from "../recorder/model-document.js";
-import { cameraHash } from "../recorder/saving.js";
+import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
 import { capabilityTable } from "./capabilities.js";

@@ -8,6 +8,7 @@ import * as api from "../recorder/api.js";
 import { capabilityCause, sizeCause } from "../recorder/causes.js";
 import { isAsked, isUserDefined, labelOf } from "../recorder/models.js";
 import { Trouble } from "../recorder/request.js";
+import { inAddress } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
 
@@ -116,8 +117,7 @@ export class Findings {
 
   /** @param {Camera} camera @param {Moment} tested @param {api.Outcome<api.Capabilities>} outcome */
   #showOfCamera(camera, tested, outcome) {
-    const host = camera.host.includes(":") ? `[${camera.host}]` : camera.host;
-    this.#put([describeCapabilities(outcome, texts.one.cameraCapabilities(`${host}:${camera.port}`))]);
+    this.#put([describeCapabilities(outcome, texts.one.cameraCapabilities(`${inAddress(camera.host)}:${camera.port}`))]);
     this.marks.set("one-capabilities-earlier", tested, CAPABILITY_MARKS);
     if (outcome.value && this.isChosen(camera)) this.streamFold.offerOfCamera(outcome.value, camera);
   }

@@ -2,7 +2,8 @@
 
 import { byId, button, el, say } from "../parts/dom.js";
 import { field, mistakeLine, onSubmit, tell } from "../parts/forms.js";
-import { cameraHash, keep, presetName } from "../recorder/saving.js";
+import { keep, presetName } from "../recorder/saving.js";
+import { cameraHash } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 
 /**

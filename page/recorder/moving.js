@@ -1,6 +1,6 @@
 /// A stored camera at another place or with another user: its streams, and what is known of it, go along.
 
-import { inAddress } from "./to-store.js";
+import { inAddress } from "../text/address.js";
 
 /**
  * @typedef {import("./cameras.js").StoredCamera} StoredCamera

@@ -1,5 +1,6 @@
 /// What the recorder keeps of a camera that was tested here.
 
+import { inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 import { addCamera } from "./cameras.js";
 import { defaultPort } from "./models.js";
@@ -7,6 +8,8 @@ import { Trouble } from "./request.js";
 
 /**
  * @typedef {import("./api.js").Camera} Camera
+ * @typedef {import("./cameras.js").StoredCamera} StoredCamera
+ * @typedef {Partial<import("./cameras.js").CameraFields>} CameraFields
  *
  * Under which id and name it is stored; "there" when it was before, and nothing was added.
  * @typedef {{kind: "added" | "there", id: number, name: string}} Kept
@@ -14,13 +17,10 @@ import { Trouble } from "./request.js";
 
 const TAKEN = 409;
 
-/** An address of the view that shows it. @param {{id: number}} stored */
-export const cameraHash = ({ id }) => `#cameras/${id}`;
-
 /** What a camera is called that nobody has named: its place. @param {Camera} camera */
 export function presetName(camera) {
   const { host, port, channel } = camera;
-  const withPort = `${host.includes(":") ? `[${host}]` : host}:${port}`;
+  const withPort = `${inAddress(host)}:${port}`;
   const place = port === defaultPort(camera) ? host : withPort;
   return ["", "1"].includes(channel) ? place : texts.saving.placeAndChannel(place, channel);
 }
@@ -38,17 +38,27 @@ const recordOf = ({ host, port, vendor, model, user, password, channel, path }) 
 });
 
 /**
- * Stores a camera with its password. Contacts no camera.
+ * Stores a camera, or finds that it is stored already, as `other`. Contacts no camera.
+ * @param {CameraFields} fields
+ * @returns {Promise<{camera: StoredCamera, other?: undefined} | {camera: null, other: {id: number, name: string}}>}
+ */
+export async function store(fields) {
+  try {
+    return { camera: await addCamera(fields) };
+  } catch (error) {
+    if (!(error instanceof Trouble) || error.status !== TAKEN) throw error;
+    return { camera: null, other: error.details["camera"] };
+  }
+}
+
+/**
+ * Stores a camera that was tested, with its password.
  * @param {Camera} camera
- * @param {Partial<import("./cameras.js").CameraFields> & {name: string}} more
+ * @param {CameraFields & {name: string}} more
  * @returns {Promise<Kept>}
  */
 export async function keep(camera, more) {
-  try {
-    const { id, name } = await addCamera({ ...recordOf(camera), ...more });
-    return { kind: "added", id, name };
-  } catch (error) {
-    if (!(error instanceof Trouble) || error.status !== TAKEN) throw error;
-    return { kind: "there", ...error.details.camera };
-  }
+  const { camera: stored, other } = await store({ ...recordOf(camera), ...more });
+  const { id, name } = stored ?? other;
+  return { kind: stored ? "added" : "there", id, name };
 }

@@ -1,5 +1,6 @@
 /// What was found out about a camera, as the recorder stores it.
 
+import { inAddress } from "../text/address.js";
 import { STREAM_NAMES } from "./model-document.js";
 
 /**
@@ -38,9 +39,6 @@ export function usualChoice(streams, isThere = ({ asked }) => asked) {
   if (!choice.main && first) choice.main = first;
   return choice;
 }
-
-/** @param {string} host an IPv6 address has no brackets */
-export const inAddress = (host) => (host.includes(":") ? `[${host}]` : host);
 
 /** The whole address of a stream, without a login. @param {string} host @param {FoundStream} stream */
 export function addressOf(host, { protocol, tls, port, path }) {

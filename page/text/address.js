@@ -62,9 +62,15 @@ export function splitAddress(text) {
   };
 }
 
+/** A host as it stands in an address: IPv6 in brackets (RFC 3986 section 3.2.2). @param {string} host */
+export const inAddress = (host) => (host.includes(":") ? `[${host}]` : host);
+
+/** The page's own address of a stored camera. @param {{id: number}} stored */
+export const cameraHash = ({ id }) => `#cameras/${id}`;
+
 /** A path that is read inside TLS: the scheme alone tells it. @param {{host: string, port: string}} place @param {string} path */
 function tlsAddress({ host, port }, path) {
-  return `rtsps://${host.includes(":") ? `[${host}]` : host}:${port}${path || "/"}`;
+  return `rtsps://${inAddress(host)}:${port}${path || "/"}`;
 }
 
 /**
