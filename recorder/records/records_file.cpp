@@ -9,8 +9,6 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr auto kKeyFile = "secret.key";
-
 /// SQLite gives its side files the mode of the database file, so that this one mode is enough. A file that is there is
 /// for SQLite alone to open: closing any descriptor of it drops the locks that other connections of this process hold
 /// (fcntl(2), "record locks").
@@ -38,7 +36,7 @@ void DeleteRemoved(SQLite::Database& database) {
 }  // namespace
 
 Records::Impl::Impl(const fs::path& stateFolder)
-    : file(stateFolder / kDatabaseFile),
+    : DatabaseFile{stateFolder / kDatabaseFile},
       keyFile(stateFolder / kKeyFile),
       fileStamp(StampOf(file)),
       keyStamp(StampOf(keyFile)),

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
-
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "recorder/records/database_file.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/secrets.h"
@@ -17,28 +15,16 @@ namespace recorder {
 inline constexpr char kDatabaseFile[] = "recorder.db";
 
 /// The opened file of the records, and the key that it is read with.
-struct Records::Impl {
+struct Records::Impl : DatabaseFile {
   /// Opens the records in `stateFolder` and makes what is missing.
   explicit Impl(const std::filesystem::path& stateFolder);
 
-  /// Runs `action` and gives SQLite's failures the name of the file.
-  template <class Action>
-  auto Guarded(Action action) const {
-    try {
-      return action();
-    } catch (const SQLite::Exception& error) {
-      throw RecordsError(file.string() + ": " + error.what());
-    }
-  }
-
   SQLite::Database Open(const std::filesystem::path& stateFolder) const;
 
-  /// Runs one statement with these values for its "?", and returns how many rows it changed.
+  /// The same as RunStatement() with this database.
   template <class... Values>
   int Run(const char* text, const Values&... values) {
-    SQLite::Statement statement{database, text};
-    SQLite::bind(statement, values...);
-    return statement.exec();
+    return RunStatement(database, text, values...);
   }
 
   // The following are parts of a change, within its transaction. Of a mistake in what they store they throw
@@ -56,7 +42,6 @@ struct Records::Impl {
   /// That contact with the camera comes to something else now, which has this name.
   void StoreChange(int id, const CameraContact& contact, const std::string& name);
 
-  std::filesystem::path file;
   std::filesystem::path keyFile;
   FileStamp fileStamp;  // from before the files were opened, so that an exchange in between shows
   FileStamp keyStamp;

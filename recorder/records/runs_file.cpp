@@ -62,7 +62,7 @@ Runs::Runs(const fs::path& stateFolder) {
 Runs::~Runs() = default;
 
 Runs::Impl::Impl(const fs::path& stateFolder)
-    : file(RunsFileIn(stateFolder)), key(LoadOrMakeKey(stateFolder / "secret.key")), database(Open(stateFolder)) {}
+    : DatabaseFile{RunsFileIn(stateFolder)}, key(LoadOrMakeKey(stateFolder / kKeyFile)), database(Open(stateFolder)) {}
 
 SQLite::Database Runs::Impl::Open(const fs::path& stateFolder) const {
   if (!fs::exists(file)) CreateFileOnce(file, "");

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <SQLiteCpp/SQLiteCpp.h>
-#include <SQLiteCpp/VariadicBind.h>
-
 #include <filesystem>
 #include <string>
 
+#include "recorder/records/database_file.h"
 #include "recorder/records/records.h"
 #include "recorder/records/runs.h"
 #include "recorder/utility/secrets.h"
@@ -13,18 +11,8 @@
 namespace recorder {
 
 /// The opened file of the runs, and the key of its passwords.
-struct Runs::Impl {
+struct Runs::Impl : DatabaseFile {
   explicit Impl(const std::filesystem::path& stateFolder);
-
-  /// Runs `action` and gives SQLite's failures the name of the file.
-  template <class Action>
-  auto Guarded(Action action) const {
-    try {
-      return action();
-    } catch (const SQLite::Exception& error) {
-      throw RecordsError(file.string() + ": " + error.what());
-    }
-  }
 
   /// Runs `action` as one change, whole or not at all.
   template <class Action>
@@ -37,12 +25,10 @@ struct Runs::Impl {
     });
   }
 
-  /// Runs one statement with these values for its "?", and returns how many rows it changed.
+  /// The same as RunStatement() with this database.
   template <class... Values>
   int Run(const char* text, const Values&... values) {
-    SQLite::Statement statement{database, text};
-    SQLite::bind(statement, values...);
-    return statement.exec();
+    return RunStatement(database, text, values...);
   }
 
   /// The number that a query begins with; 0 where it has no row.
@@ -69,7 +55,6 @@ struct Runs::Impl {
   /// What is left of what was overwritten goes out of the write-ahead log, too.
   void EmptyLog();
 
-  std::filesystem::path file;
   SecretKey key;
   mutable SQLite::Database database;
 };
