@@ -12,19 +12,6 @@ namespace {
 
 constexpr char kListMethod[] = "CamBatAddVerify";
 
-Json::Value TestParams(const RunRow& row) {
-  const CameraRecord& camera = row.camera;
-  Json::Value params(Json::objectValue);
-  params["camIP"] = camera.host;
-  params["camPort"] = camera.port;
-  params["camUserName"] = camera.user;
-  params["camPassWord"] = row.password;
-  params["camModel"] = camera.vendor + " " + camera.model;
-  params["camChannel"] = camera.channel;
-  params["camSourcePath"] = camera.sourcePath;
-  return params;
-}
-
 Json::Value ListEntry(const RunRow& row) {
   const CameraRecord& camera = row.camera;
   Json::Value entry(Json::objectValue);
@@ -44,7 +31,8 @@ Json::Value ListEntry(const RunRow& row) {
 bool IsTestedAlone(const CameraRecord& row) { return !row.channel.empty() || !row.sourcePath.empty(); }
 
 CheckJob JobOf(const std::vector<RunRow>& rows) {
-  if (IsTestedAlone(rows.front().camera)) return {.method = kTestMethod, .params = TestParams(rows.front())};
+  if (IsTestedAlone(rows.front().camera))
+    return {.method = kTestMethod, .params = TestParams(rows.front().camera, rows.front().password)};
   CheckJob job{.method = kListMethod};
   for (const RunRow& row : rows) job.params["camList"].append(ListEntry(row));
   return job;
