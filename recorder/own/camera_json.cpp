@@ -26,19 +26,10 @@ std::string ShownPath(const std::string& path) { return FindPathLogin(path).empt
 
 /// All but the streams.
 Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraState>& state) {
-  Json::Value json(Json::objectValue);
-  json["id"] = camera.id;
-  json["name"] = camera.name;
-  json["vendor"] = camera.vendor;
-  json["model"] = camera.model;
-  json["host"] = camera.host;
-  json["port"] = camera.port;
-  json["user"] = camera.user;
-  json["channel"] = camera.channel;
+  Json::Value json = PlainJson(camera);
   json["sourcePath"] = ShownPath(camera.sourcePath);
   json["enabled"] = camera.status != CAM_CONN_STATUS_DISABLED;
   json["owner"] = camera.ownerKdId;
-  json["revision"] = camera.revision;
   json["state"] = StateJson(state);
   return json;
 }
@@ -53,6 +44,21 @@ bool HasPassword(const Records& records, const CameraRecord& camera) try {
 }
 
 }  // namespace
+
+Json::Value PlainJson(const CameraRecord& camera) {
+  Json::Value json(Json::objectValue);
+  json["id"] = camera.id;
+  json["name"] = camera.name;
+  json["vendor"] = camera.vendor;
+  json["model"] = camera.model;
+  json["host"] = camera.host;
+  json["port"] = camera.port;
+  json["user"] = camera.user;
+  json["channel"] = camera.channel;
+  json["sourcePath"] = camera.sourcePath;
+  json["revision"] = camera.revision;
+  return json;
+}
 
 Json::Value StreamJson(const CameraStream& stream) {
   Json::Value json(Json::objectValue);

@@ -13,6 +13,9 @@ namespace recorder {
 
 // Stored cameras as clients get them. No password is in them.
 
+/// What stands in the record, as it is: a path with a login in it, too.
+Json::Value PlainJson(const CameraRecord& camera);
+
 /// A camera in a list. `state`: nothing where there was no contact with it.
 Json::Value CameraSummary(const CameraRecord& camera, const std::vector<std::string>& streams,
                           const std::optional<CameraState>& state);

@@ -25,20 +25,10 @@ struct ShowOptions {
 const char* StatusName(CAM_CONN_STATUS status) { return status == CAM_CONN_STATUS_DISABLED ? "disabled" : "enabled"; }
 
 Json::Value ToJson(const CameraRecord& camera) {
-  Json::Value json;
-  json["id"] = camera.id;
-  json["name"] = camera.name;
-  json["vendor"] = camera.vendor;
-  json["model"] = camera.model;
-  json["host"] = camera.host;
-  json["port"] = camera.port;
-  json["user"] = camera.user;
-  json["channel"] = camera.channel;
-  json["sourcePath"] = camera.sourcePath;
+  Json::Value json = PlainJson(camera);
   json["status"] = StatusName(camera.status);
   json["ownerKdId"] = camera.ownerKdId;
   json["strongestLogin"] = NameOf(camera.strongestLogin);
-  json["revision"] = camera.revision;
   return json;
 }
 
