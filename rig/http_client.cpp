@@ -56,6 +56,12 @@ bool Connection::Receive(std::string& bytes) const {
   return true;
 }
 
+std::string Connection::ReceiveUntil(std::string_view text) const {
+  std::string bytes;
+  while (bytes.find(text) == std::string::npos && Receive(bytes)) continue;
+  return bytes;
+}
+
 Connection::Idle Connection::State() const {
   pollfd entry = {.fd = Descriptor(), .events = POLLIN, .revents = 0};
   if (poll(&entry, 1, 0) == 0) return Idle::kQuiet;

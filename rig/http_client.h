@@ -31,6 +31,8 @@ class Connection {
   bool Send(std::string_view bytes) const;
   /// Appends what comes next; false at the end of the connection. Throws NoAnswer after the limit of silence.
   bool Receive(std::string& bytes) const;
+  /// What comes until `text` is in it, or the connection ends.
+  std::string ReceiveUntil(std::string_view text) const;
 
   enum class Idle { kQuiet, kEnded, kTalks };
   /// What happened on a connection from which nothing is awaited.
