@@ -90,8 +90,7 @@ TEST(Discover, TellsOfDevicesLineByLineOverTheApi) {
   const TestRecorder recorder;
   Connection connection(recorder.Port(), std::chrono::seconds(60));
   connection.Send(HttpRequest("POST", "/recorder/1/discover", recorder.Login(), R"({"seconds": 1})"));
-  std::string bytes;
-  while (bytes.find("success") == std::string::npos && connection.Receive(bytes)) continue;
+  const std::string bytes = connection.ReceiveUntil("success");
   EXPECT_THAT(bytes, HasSubstr("application/x-ndjson"));
   EXPECT_THAT(bytes, HasSubstr(R"("device":1,)"));
   EXPECT_THAT(bytes, HasSubstr(R"("by":["onvif","mdns"])"));

@@ -46,12 +46,6 @@ class Events : public testing::Test {
   const TestRecorder recorder_;
 };
 
-std::string ReadUntil(const Connection& connection, const std::string& text) {
-  std::string bytes;
-  while (bytes.find(text) == std::string::npos && connection.Receive(bytes)) continue;
-  return bytes;
-}
-
 }  // namespace
 
 TEST_F(Events, ComeInPagesTheNewestFirst) {
@@ -79,14 +73,14 @@ TEST_F(Events, ComeInPagesTheNewestFirst) {
 TEST_F(Events, AreToldAsTheyComeWithoutKeepingOthersFromTheWorkers) {
   {
     const Connection first = Listen();
-    EXPECT_THAT(ReadUntil(first, "id: 3\n\n"), HasSubstr("text/event-stream"));
+    EXPECT_THAT(first.ReceiveUntil("id: 3\n\n"), HasSubstr("text/event-stream"));
     Note(2, Outcome::kOk, now_);
-    EXPECT_THAT(ReadUntil(first, "\n\n\r\n"), HasSubstr(R"("before":"timedOut","camera":2,"cause":"ok","id":4)"));
-    EXPECT_THAT(ReadUntil(Listen(), "}}"), HasSubstr("Retry-After: "));
+    EXPECT_THAT(first.ReceiveUntil("\n\n\r\n"), HasSubstr(R"("before":"timedOut","camera":2,"cause":"ok","id":4)"));
+    EXPECT_THAT(Listen().ReceiveUntil("}}"), HasSubstr("Retry-After: "));
     EXPECT_EQ(Get(kEvents).status, 200);
   }
   for (const auto& row : {std::pair("3", "}"), {"999", "\n\n"}}) {
-    const auto next = [&] { return ReadUntil(Listen({{"Last-Event-ID", row.first}}), row.second); };
+    const auto next = [&] { return Listen({{"Last-Event-ID", row.first}}).ReceiveUntil(row.second); };
     std::string told = next();
     for (; told.find(" 503 ") != std::string::npos; told = next()) usleep(100'000);
     EXPECT_THAT(told, HasSubstr("id: 4\n")) << "once the one before has gone";

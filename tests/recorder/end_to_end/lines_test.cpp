@@ -17,13 +17,6 @@ namespace {
 
 const TestRecorder::Options kOptions = {.serveArguments = {"--worker", LINE_RESPONDER}};
 
-/// Asks, and reads until the answer holds `text`.
-std::string ReadUntil(const Connection& connection, const std::string& text) {
-  std::string bytes;
-  while (bytes.find(text) == std::string::npos && connection.Receive(bytes)) continue;
-  return bytes;
-}
-
 Connection Ask(const TestRecorder& recorder, const std::string& path) {
   Connection connection(recorder.Port(), std::chrono::seconds(60));
   connection.Send(HttpRequest("POST", path, recorder.Login(), "{}"));
@@ -37,18 +30,18 @@ TEST(Lines, ArriveBeforeTheLastIsFoundOut) {
   const TempFolder folder;
   const std::filesystem::path file = folder.Path() / "go-on";
   const Connection connection = Ask(recorder, "/recorder/1/wait?" + file.string());
-  const std::string first = ReadUntil(connection, "{\"line\":\"first\"}\n");
+  const std::string first = connection.ReceiveUntil("{\"line\":\"first\"}\n");
   EXPECT_EQ(HeaderOf(first, "Content-Type"), "application/x-ndjson");
   EXPECT_THAT(first, Not(HasSubstr("success")));
   std::ofstream(file) << "now";
-  EXPECT_THAT(ReadUntil(connection, "}\n\r\n0\r\n\r\n"), HasSubstr(R"({"data":"last","success":true})"));
+  EXPECT_THAT(connection.ReceiveUntil("}\n\r\n0\r\n\r\n"), HasSubstr(R"({"data":"last","success":true})"));
 }
 
 TEST(Lines, EndWhenWhoeverAskedHasGone) {
   const TestRecorder recorder(kOptions);
   const TempFolder folder;
   const std::filesystem::path file = folder.Path() / "ended";
-  ReadUntil(Ask(recorder, "/recorder/1/on?" + file.string()), "first");
+  Ask(recorder, "/recorder/1/on?" + file.string()).ReceiveUntil("first");
   while (!std::filesystem::exists(file)) usleep(10'000);
-  EXPECT_THAT(ReadUntil(Ask(recorder, "/recorder/1/wait?" + file.string()), "success"), HasSubstr("last"));
+  EXPECT_THAT(Ask(recorder, "/recorder/1/wait?" + file.string()).ReceiveUntil("success"), HasSubstr("last"));
 }

@@ -8,7 +8,7 @@
 namespace recorder {
 namespace {
 
-CameraRecord Camera(const std::string& model = "X100") {
+CameraRecord GateCamera(const std::string& model = "X100") {
   return {0, "gate", "Acme", model, "cam.example", 8080, "admin", "", ""};
 }
 
@@ -19,8 +19,8 @@ struct OutcomesTest : testing::Test {
 TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
   const std::string password = "secret";
   Records records{folder.Path()};
-  const int id = records.Add(Camera(), "secret");
-  const int other = records.Add(Camera("Other"), "secret");
+  const int id = records.Add(GateCamera(), "secret");
+  const int other = records.Add(GateCamera("Other"), "secret");
   records.NoteOutcome(id, {Outcome::kOk, 5});
   EXPECT_EQ(records.Change(id, {.record = [](CameraRecord& c) { c.channel = "7"; }}), ChangeResult::kDone);
   EXPECT_FALSE(records.OutcomeOf(id)) << "this channel has not worked yet";
@@ -43,7 +43,7 @@ TEST_F(OutcomesTest, AnOutcomeIsWrittenWhenItChanges) {
   using enum Outcome;
   Records records{folder.Path()};
   const Records reader{folder.Path()};
-  const int id = records.Add(Camera(), "secret");
+  const int id = records.Add(GateCamera(), "secret");
   const CameraOutcome noted[] = {{kTimedOut, 1, 0}, {kOk, 2, 2}, {kOk, 2, 2}, {kBusy, 4, 2}, {kBusy, 4, 2}};
   for (std::int64_t second = 1; second <= 5; ++second) {
     const std::int64_t before = reader.Version();
@@ -60,8 +60,8 @@ TEST_F(OutcomesTest, EachChangeOfAnOutcomeIsAnEvent) {
   using enum Outcome;
   constexpr std::int64_t kDay = 86'400;
   Records records{folder.Path()};
-  const int first = records.Add(Camera(), "secret");
-  const int second = records.Add(Camera("Other"), "secret");
+  const int first = records.Add(GateCamera(), "secret");
+  const int second = records.Add(GateCamera("Other"), "secret");
   records.NoteOutcome(first, {kOk, 1});
   records.NoteOutcome(second, {kOk, 2});
   records.NoteOutcome(first, {kOk, 3});
