@@ -3,6 +3,11 @@
 # Component "module": what a recorder of somebody else's needs.
 install(TARGETS cameracap LIBRARY DESTINATION lib/cameracap COMPONENT module)
 install(DIRECTORY images DESTINATION share/cameracap COMPONENT module)
+# Component "embedding": what its author needs besides.
+install(DIRECTORY platform interface DESTINATION include COMPONENT embedding EXCLUDE_FROM_ALL
+  FILES_MATCHING PATTERN *.h)
+install(DIRECTORY docs/examples/host/ DESTINATION . COMPONENT embedding EXCLUDE_FROM_ALL)
+install(FILES LICENSE DESTINATION . COMPONENT embedding EXCLUDE_FROM_ALL)
 if(MODULE_ONLY)
   return()
 endif()
