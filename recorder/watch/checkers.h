@@ -25,13 +25,12 @@ struct CheckJob {
 /// What became of one.
 struct CheckAnswer {
   enum class Kind {
-    kAnswered,  ///< the module answered: `answer` and `causes`
+    kAnswered,  ///< the module answered: `causes`
     kFailed,    ///< it did not, and the process goes on
     kDied,      ///< the process ended, or had to be ended. Whether the camera was asked, nobody knows
   };
   std::uint64_t id = 0;
   Kind kind = Kind::kFailed;
-  std::string answer = {};  ///< JSON, success or error, on one line
   std::string causes = {};  ///< the name of an Outcome; for a list one for each row, with ", " between; "": not known
   std::chrono::milliseconds time{0};
 };

@@ -40,7 +40,6 @@ std::string ToMessage(const CheckJob& job) {
 std::string ToMessage(const CheckAnswer& answer) {
   Json::Value json;
   json["kind"] = static_cast<int>(answer.kind);
-  json["answer"] = answer.answer;
   json["causes"] = answer.causes;
   json["milliseconds"] = static_cast<Json::Int64>(answer.time.count());
   return WithLength(ToText(json));
@@ -54,7 +53,6 @@ CheckJob ReadJob(std::string_view text) {
 CheckAnswer ReadAnswer(std::string_view text) {
   const Json::Value json = Parse(text);
   return {.kind = static_cast<CheckAnswer::Kind>(json["kind"].asInt()),
-          .answer = json["answer"].asString(),
           .causes = json["causes"].asString(),
           .time = std::chrono::milliseconds(json["milliseconds"].asInt64())};
 }

@@ -17,7 +17,6 @@ CheckWork ModuleWork(const ModuleLibrary& module) {
     const ApiAnswer answer = RunCall(call, *output);
     const bool isAnswered = answer.kind == ApiAnswer::Kind::kJson;
     return CheckAnswer{.kind = isAnswered ? CheckAnswer::Kind::kAnswered : CheckAnswer::Kind::kFailed,
-                       .answer = answer.json,
                        .causes = answer.causes};
   };
 }
