@@ -39,7 +39,7 @@ void Watcher::Update() {
   if (start < lookAt_ || !news_.AreThere()) return;
   Records records(stateFolder_);
   outcomes_ = records.Outcomes();
-  if (cameras_.empty()) NoteMissed(records);
+  if (std::exchange(isNew_, false)) NoteMissed(records);
   cameras_.clear();
   for (CameraRecord& camera : records.List()) {
     if (camera.status != CAM_CONN_STATUS_DISABLED) cameras_.emplace(camera.id, std::move(camera));

@@ -49,6 +49,7 @@ class Watcher {
   const std::filesystem::path stateFolder_;
   const ModuleLibrary& module_;
   RecordsNews news_;
+  bool isNew_ = true;  // the records were not read yet
   Clock::time_point lookAt_;
   Schedule schedule_;
   Attempts file_;
