@@ -100,6 +100,11 @@ void Runner::Take(const std::vector<RowOutcome>& outcomes) {
   plan_->End(numbers, silent);
 }
 
+std::size_t Runner::CallsWanted() const {
+  const bool canGoOn = plan_ && !isOver_ && plan_->CanGoOn();
+  return canGoOn ? kLeastCalls - std::min(kLeastCalls, atHand_.size()) : 0;
+}
+
 void Runner::StartAll(Checkers& checkers) {
   try {
     StartRows(checkers);

@@ -28,6 +28,8 @@ class Runner {
  public:
   /// Calls at once: a half of the checkers, so that there are always some for stored cameras.
   static constexpr std::size_t kMostCalls = 20;
+  /// Calls that stored cameras leave to a run, however many of them are due.
+  static constexpr std::size_t kLeastCalls = 5;
   /// The ids of its jobs begin here.
   static constexpr std::uint64_t kFirstJob = std::uint64_t{1} << 32U;
 
@@ -40,6 +42,9 @@ class Runner {
 
   /// Takes the answer to a job. False: it is somebody else's.
   bool End(const CheckAnswer& answer);
+
+  /// How many of the checkers that are free now others leave to it.
+  std::size_t CallsWanted() const;
 
   /// Keeps what was answered, and starts as many calls as may be. Most of its time it opens and closes the file, so
   /// that it does so once for all of them.

@@ -57,7 +57,7 @@ void LearnOwnPort() {
     watcher.Update();
     runner.Update();
     webhook.Replenish();
-    while (checkers.Free() > 0 && watcher.StartNext(checkers)) continue;
+    while (checkers.Free() > runner.CallsWanted() && watcher.StartNext(checkers)) continue;
     runner.StartAll(checkers);
     Wait(checkers, watcher);
   }

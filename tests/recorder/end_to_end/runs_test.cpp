@@ -1,5 +1,9 @@
+#include "recorder/records/runs.h"
+
+#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -8,8 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "recorder/records/attempts.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/clock.h"
+#include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
 
@@ -139,6 +145,44 @@ TEST_F(LongLists, TriesNoPasswordThatAStoredCameraOrARunBeforeHasJustSeenRefused
   }
   EXPECT_EQ(cameras.Log("good")["refusedLogins"], 0);
   EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
+}
+
+namespace {
+
+/// Takes connections at this address of this machine, and says nothing. Returns its port, too.
+std::pair<recorder::FileDescriptor, int> SilentAt(const std::string& host) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  inet_pton(AF_INET, host.c_str(), &address.sin_addr);
+  recorder::FileDescriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  socklen_t size = sizeof(address);
+  EXPECT_EQ(bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), size), 0);
+  EXPECT_EQ(listen(listener.Get(), 5), 0);
+  getsockname(listener.Get(), reinterpret_cast<sockaddr*>(&address), &size);
+  return {std::move(listener), ntohs(address.sin_port)};
+}
+
+}  // namespace
+
+TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
+  constexpr std::size_t kMany = 200;
+  const TestRecorder recorder({.testMs = 2000, .watchSeconds = 1});
+  recorder::Records records(recorder.StateFolder());
+  std::vector<recorder::FileDescriptor> listeners;
+  for (std::size_t i = 1; i <= kMany; ++i) {
+    const std::string host = "127.0.1." + std::to_string(i);
+    auto [listener, port] = SilentAt(host);
+    listeners.push_back(std::move(listener));
+    records.Add({0, host, "Simcam", "RTSP-H264", host, port, "admin", "", ""}, kSecret);
+  }
+  const auto tried = [&] { return recorder::Attempts::Read(recorder.StateFolder()).size(); };
+  while (tried() < 40) usleep(20'000);
+  recorder::Runs runs(recorder.StateFolder());
+  const int run = runs.Open("anna").value_or(0);
+  runs.Add(run, {{.camera = {0, "row", "Simcam", "RTSP-H264", "127.0.0.1", 1, "admin", "", ""}, .password = kSecret}});
+  runs.Start(run);
+  for (int tries = 0; tries < 1500 && runs.Find(run)->state != recorder::RunState::kEnded; ++tries) usleep(20'000);
+  EXPECT_LT(tried(), kMany) << "the row waited for all of them";
 }
 
 TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
