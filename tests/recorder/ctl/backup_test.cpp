@@ -9,7 +9,9 @@
 
 #include <csignal>
 #include <functional>
+#include <map>
 
+#include "recorder/ctl/self_signed.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/day_text.h"
@@ -22,24 +24,37 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kOtherFiles[] = {"users", "access", "certificate.pem", "models/acme.own.json", "capabilities/1.json"};
+constexpr char kPemBegins[] = "-----BEGIN";
+
+/// Other files of a recorder that have this text in them.
+std::map<std::string, std::string> OtherFiles(const std::string& text) {
+  static const SelfSigned pair = MakeSelfSigned({"localhost"}, 9);
+  return {{"users", text + ":$hash:admin\n"},
+          {"access", "token\thash\tid\tadmin\tadmin\t1\t1\t0\t" + text + "\n"},
+          {"certificate.pem", text + "\n" + pair.certificate},
+          {"certificate-key.pem", text + "\n" + pair.key},
+          {"models/acme.own.json", "{\"text\": \"" + text + "\"}"},
+          {"capabilities/1.json", "{\"text\": \"" + text + "\"}"}};
+}
 
 /// A recorder whose files and passwords have this text in them.
 void MakeState(const fs::path& state, const std::string& text) {
   Records(state).Add({0, "door", "Acme", "X100", "cam.example", 80, "admin", "", ""}, text);
-  for (const std::string& file : kOtherFiles) {
+  for (const auto& [file, content] : OtherFiles(text)) {
     MakePrivateFolder((state / file).parent_path());
-    ReplaceFile(state / file, file == "users" ? text + ":$hash:admin\n" : text);
+    ReplaceFile(state / file, content);
   }
 }
 
-/// Such as "old old old old old old": the text in each of its parts.
+/// Such as "old old old old old old old": which text is in each of its parts.
 std::string TextsOf(const fs::path& state) {
   const Records records(state);
   std::string texts;
   for (const CameraRecord& camera : records.List()) texts += records.Password(camera);
-  for (const std::string& file : kOtherFiles) {
-    texts += ' ' + (fs::exists(state / file) ? ReadFile(state / file).substr(0, 3) : "");
+  for (const auto& [file, content] : OtherFiles("")) {
+    std::string text = fs::exists(state / file) ? ReadFile(state / file) : "";
+    text.resize(std::min(text.size(), text.find(kPemBegins)));
+    for (const char* found : {" old", " new"}) texts += text.find(found + 1) == std::string::npos ? "" : found;
   }
   return texts;
 }
@@ -59,8 +74,8 @@ class BackupTest : public testing::Test {
   const fs::path made = folder.Path() / "made";
   const fs::path state = folder.Path() / "state";
   const fs::path file = folder.Path() / "file";
-  const std::string allOld = "old old old old old old";
-  const std::string allNew = "new new new new new new";
+  const std::string allOld = "old old old old old old old";
+  const std::string allNew = "new new new new new new new";
 };
 
 TEST_F(BackupTest, BringsBackARecorderToAnEmptyFolder) {
@@ -73,7 +88,7 @@ TEST_F(BackupTest, BringsBackARecorderToAnEmptyFolder) {
     const std::string bytes = ReadFile(file);
     EXPECT_EQ(bytes.find(ReadFile(made / "secret.key")), std::string::npos);
     EXPECT_EQ(Restore(file, state, passphrase, StateThere::kRefuse), "");
-    EXPECT_EQ(TextsOf(state), "new+in the log of SQLite new new new new new");
+    EXPECT_EQ(TextsOf(state), "new+in the log of SQLite new new new new new new");
     EXPECT_FALSE(fs::exists(state / "address"));
     EXPECT_EQ(static_cast<unsigned>(fs::status(state / "secret.key").permissions()), 0600U);
     EXPECT_THROW(Restore(file, state, passphrase, StateThere::kRefuse), BackupError) << "there is one already";
