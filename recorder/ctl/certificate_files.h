@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 
 namespace recorder {
@@ -15,5 +16,9 @@ struct CertificateFiles {
 inline CertificateFiles OwnCertificate(const std::filesystem::path& stateFolder) {
   return {stateFolder / "certificate.pem", stateFolder / "certificate-key.pem"};
 }
+
+/// Reads both as the web server does. Returns when the certificate ends, in seconds since 1970. Throws
+/// std::runtime_error that says what is wrong with which of `named`, which is what people call the two.
+std::int64_t TryCertificate(const CertificateFiles& files, const CertificateFiles& named);
 
 }  // namespace recorder

@@ -4,10 +4,11 @@
 #include <cstdlib>
 #include <system_error>
 
-#include "recorder/access/users.h"
 #include "recorder/ctl/backup/state_parts.h"
+#include "recorder/ctl/backup/state_trial.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/state_exchange.h"
 #include "recorder/utility/text.h"
 
@@ -45,20 +46,19 @@ void Write(const fs::path& stateFolder, const fs::path& records, BackupWriter& b
   backup.Finish();
 }
 
+/// No file fills the volume that cannot be restored.
+void CheckRoom(const BackupReader& backup, const fs::path& folder) {
+  if (backup.Size() <= fs::space(folder).available) return;
+  throw BackupError("there is no room for the backup: it takes " + std::to_string(backup.Size() / kMiB) + " MiB");
+}
+
 void Unpack(BackupReader& backup, const fs::path& folder) {
+  CheckRoom(backup, folder);
   while (const auto part = backup.NextPart()) {
     if (!IsPart(*part)) throw BackupError("the backup holds what this version does not know: " + EscapeControls(*part));
     MakePrivateFolder((folder / *part).parent_path());
-    backup.CopyPart(folder / *part);
+    backup.CopyPart(folder / *part, LargestSize(*part));
   }
-}
-
-/// Throws when the recorder could not go on with it.
-void TryState(const fs::path& folder) {
-  if (!Records::AreThere(folder)) throw BackupError("the backup lacks the records or their key");
-  if (!Records::AreOfThisProgram(folder)) throw BackupError("the backup's records were not made by this program");
-  if (const std::string damage = Records(folder).Damage(); !damage.empty()) throw BackupError(damage);
-  ReadUsers(folder);
 }
 
 }  // namespace

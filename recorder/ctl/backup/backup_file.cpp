@@ -196,13 +196,15 @@ std::optional<std::string> BackupReader::NextPart() {
   return std::nullopt;
 }
 
-void BackupReader::CopyPart(const fs::path& target) {
+void BackupReader::CopyPart(const fs::path& target, std::uint64_t most) {
   const FileStream file = MakeFile(target);
   std::setvbuf(file.get(), nullptr, _IONBF, 0);  // which would keep what may be a key
   for (Message message; message.tag != kEndOfPart;) {
     message = ReadMessage();
     const WipeAtEnd wipe{message.bytes};
     if (message.tag == kEndOfFile) throw BackupError(path_.string() + ": is damaged: a part has no end");
+    if (message.bytes.size() > most) throw BackupError(path_.string() + ": holds a part that is too large");
+    most -= message.bytes.size();
     WriteTo(file.get(), target, message.bytes);
   }
   SyncFile(file.get(), target);

@@ -68,14 +68,17 @@ class BackupReader {
  public:
   explicit BackupReader(const std::filesystem::path& file);
 
+  /// Bytes of the file, more than all parts have together; 0 of what is no file, such as a pipe.
+  std::uint64_t Size() const { return is_regular_file(path_) ? file_size(path_) : 0; }
+
   bool WantsPassphrase() const { return isByPassphrase_; }
   /// Before the first part, where the file wants one. Whether it is right shows with the first part.
   void Unlock(const std::string& passphrase);
 
   /// The name of the next part; nothing behind the last, which is the end of the file.
   std::optional<std::string> NextPart();
-  /// Puts the bytes of the part at hand into a new file (mode 0600), which is on the disk then.
-  void CopyPart(const std::filesystem::path& target);
+  /// Puts the bytes of the part at hand, `most` of them, into a new file (mode 0600), which is on the disk then.
+  void CopyPart(const std::filesystem::path& target, std::uint64_t most);
 
  private:
   struct Message {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <string_view>
 #include <system_error>
+
+#include "recorder/utility/limits.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -28,6 +31,10 @@ bool IsPart(const std::string& name) {
   return std::any_of(std::begin(kFolders), std::end(kFolders), [&](std::string_view folder) {
     return name.starts_with(std::string(folder) + '/') && IsFileName(std::string_view(name).substr(folder.size() + 1));
   });
+}
+
+std::uint64_t LargestSize(const std::string& part) {
+  return part == kRecordsPart ? std::numeric_limits<std::uint64_t>::max() : kLargestFile;
 }
 
 std::vector<std::string> PartsIn(const fs::path& stateFolder) {

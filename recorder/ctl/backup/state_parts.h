@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,6 +17,9 @@ inline constexpr char kRecordsPart[] = "recorder.db";
 
 /// True for the name of a part, which is its path below the state folder and leads to nowhere else.
 bool IsPart(const std::string& name);
+
+/// Bytes that a part may have. That of the records grows with what happens.
+std::uint64_t LargestSize(const std::string& part);
 
 /// The parts that are in a state folder now.
 std::vector<std::string> PartsIn(const std::filesystem::path& stateFolder);

@@ -16,6 +16,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/state_exchange.h"
 #include "rig/temp_folder.h"
 
@@ -176,6 +177,15 @@ const BadContent kBadContents[] = {
        AddAll(backup, state);
      },
      "the key does not fit"},
+    {"NoGrants", [](auto& backup, auto& state) { AddWith(backup, state, "access"); }, "sessions and tokens"},
+    {"NoCertificate", [](auto& backup, auto& state) { AddWith(backup, state, "certificate.pem"); }, "certificate.pem"},
+    {"NoModels", [](auto& backup, auto& state) { AddWith(backup, state, "models/a.json"); }, "a.json is no JSON"},
+    {"TooLargeModels",
+     [](auto& backup, auto& state) {
+       fs::resize_file(state / "users", kLargestFile + 1);
+       AddWith(backup, state, "models/a.json");
+     },
+     "too large"},
 };
 
 class BadBackup : public BackupTest {
@@ -212,6 +222,12 @@ TEST_F(BadBackup, IsNamedAndChangesNothing) {
     }
     fs::remove(file);
   }
+}
+
+TEST_F(BadBackup, IsRefusedWhereThereIsNoRoomForIt) {
+  MakeBackup(made, file, "");
+  fs::resize_file(file, fs::space(folder.Path()).available + kLargestFile);
+  ExpectRefused("", "no room");
 }
 
 TEST_F(BadBackup, OfForeignContentIsNamedAndChangesNothing) {
