@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "recorder/http/counts.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 

@@ -7,8 +7,8 @@
 
 #include "recorder/access/grant.h"
 #include "recorder/access/password_hash.h"
-#include "recorder/http/counts.h"
 #include "recorder/http/http_request.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"

@@ -4,9 +4,9 @@
 #include <exception>
 
 #include "recorder/device/model/model_files.h"
-#include "recorder/http/counts.h"
 #include "recorder/http/own_request.h"
 #include "recorder/records/records.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {

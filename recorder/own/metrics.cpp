@@ -8,9 +8,9 @@
 #include <utility>
 
 #include "recorder/device/model/model_files.h"
-#include "recorder/http/counts.h"
 #include "recorder/own/camera_tally.h"
 #include "recorder/own/metrics_text.h"
+#include "recorder/utility/counts.h"
 
 namespace recorder {
 

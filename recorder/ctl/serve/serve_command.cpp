@@ -23,11 +23,11 @@
 #include "recorder/ctl/serve/worker_pool.h"
 #include "recorder/ctl/serve/worker_question.h"
 #include "recorder/host/host.h"
-#include "recorder/http/counts.h"
 #include "recorder/http/use_notes.h"
 #include "recorder/media/media_pool.h"
 #include "recorder/own/event_stream.h"
 #include "recorder/utility/address_policy.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/log.h"
 

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <vector>
 
-#include "recorder/http/counts.h"
 #include "recorder/utility/child_process.h"
 #include "recorder/utility/clock.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/handle.h"
 
 namespace recorder {

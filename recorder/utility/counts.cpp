@@ -1,4 +1,4 @@
-#include "recorder/http/counts.h"
+#include "recorder/utility/counts.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
