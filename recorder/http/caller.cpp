@@ -21,6 +21,10 @@ std::optional<Grant> FindGrant(const HttpRequest& request, GrantList& grants) {
   return cookie == cookies.end() ? std::nullopt : grants.Find(Grant::Kind::kSession, cookie->second);
 }
 
+bool CarriesLogin(const HttpRequest& request) {
+  return !request.authorization.empty() || ParseCookies(request.cookies).contains(SessionCookie(request.isTls));
+}
+
 HttpError NotLoggedIn(const HttpRequest& request, const std::string& reason) {
   const char* ways = request.fetchSite.empty() ? kAllWays : kWaysOfPages;
   return {401, reason, std::string("WWW-Authenticate: ") + ways + "\r\n"};

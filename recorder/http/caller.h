@@ -26,6 +26,9 @@ inline const char* SessionCookie(bool isTls) { return isTls ? "__Host-session" :
 /// The token (RFC 6750) or the session of a request; nothing when it has none that is valid. Throws std::system_error.
 std::optional<Grant> FindGrant(const HttpRequest& request, GrantList& grants);
 
+/// Whether a request tries to prove by itself who asks: by a password, a token or a session, be they right or not.
+bool CarriesLogin(const HttpRequest& request);
+
 /// The ways to log in, for the header WWW-Authenticate (RFC 9110 section 11.6.1): all, and those that a page in a
 /// browser is told of, which would answer the offer of Basic with a box of its own.
 inline constexpr char kAllWays[] = R"(Basic realm="recorder", charset="UTF-8", Bearer realm="recorder")";

@@ -61,6 +61,7 @@ void Count(const RequestNote& note, long status, std::chrono::microseconds time)
   Counts& counts = SharedCounts();
   counts.AddRequest(note.method, status);
   if (note.isTimed) counts.AddTime(time);
+  if (note.hasLogin && (status == 401 || status == 429)) ++counts.refusedLogins;
   const auto keyFrame = note.rungs.Of(Rung::kKeyFrame);
   if (keyFrame.count() > 0) counts.keyFrames.Add(keyFrame);
 }

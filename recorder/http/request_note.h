@@ -15,8 +15,9 @@ struct RequestNote {
   std::string user = {};   ///< "": none, or not known
   std::string cause = {};  ///< as the header Recorder-Cause has it; "": none
   RungTimes rungs = {};
-  bool isQuiet = false;  ///< no line and no count if it works: another process goes on, or it is asked all the time
-  bool isTimed = true;   ///< false: it is answered for as long as whoever asked stays
+  bool isQuiet = false;   ///< no line and no count if it works: another process goes on, or it is asked all the time
+  bool hasLogin = false;  ///< somebody wants in by it: a refusal counts as a login that was refused
+  bool isTimed = true;    ///< false: it is answered for as long as whoever asked stays
   Clock::time_point begin = Clock::now();
 };
 

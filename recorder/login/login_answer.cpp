@@ -55,6 +55,7 @@ OwnAnswer Handle(LoginService& service, const HttpRequest& http, RequestNote& no
   CheckSameSite(http, service.config.hostNames);
   OwnRequest request{http, {}};
   const Route& route = FindRoute(kRoutes, http, request.name);
+  note.hasLogin = route.handler == &PostSession || CarriesLogin(http);
   if (route.need != Need::kNothing) request.caller = FindCaller(service, http);
   if (request.caller) note.user = request.caller->user;
   Admit(request, route.need);
@@ -99,6 +100,7 @@ TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request, Reque
 
 TimedAnswer Authorize(LoginService& service, const HttpRequest& request, RequestNote& note) {
   return Answered(request, [&] {
+    note.hasLogin = CarriesLogin(request);
     const Caller caller = CheckedBasic(service, request);
     if (caller.user.empty() || Trimmed(caller.user) != caller.user)
       throw NotLoggedIn(request);  // of a file made by hand

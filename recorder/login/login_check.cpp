@@ -8,7 +8,6 @@
 #include "recorder/access/grant.h"
 #include "recorder/access/password_hash.h"
 #include "recorder/http/http_request.h"
-#include "recorder/utility/counts.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
@@ -101,7 +100,6 @@ void LoginCheck::Refuse(const PasswordLogin& login) {
     const std::lock_guard lock(mutex_);
     pauses_.AddFailure(login.user, login.address, Clock::now());
   }
-  ++SharedCounts().refusedLogins;
   LogFailure("Login of \"" + NameForLog(login.user) + "\" from " + login.address + " failed.");
   throw HttpError(401, "the user or the password is wrong");
 }

@@ -98,7 +98,7 @@ std::string Metrics(const Config& config) {
   AddRequests(text, counts);
   AddTimes(text, counts);
   AddKeyFrames(text, counts);
-  text.Begin("recorder_logins_refused_total", "counter", "Wrong names, passwords, sessions and tokens.");
+  text.Begin("recorder_logins_refused_total", "counter", "Requests that were refused for a wrong name, password, session or token, or in a pause after such.");
   text.Add(static_cast<double>(counts.refusedLogins));
   AddWorkers(text, counts);
   AddMemory(text, counts);

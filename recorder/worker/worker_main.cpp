@@ -60,10 +60,7 @@ Caller FindCaller(const HttpRequest& request, GrantList& grants) {
     return {.user = request.remoteUser, .role = ParseRole(request.remoteRole).value_or(Role::kUser)};
   }
   const std::optional<Grant> grant = FindGrant(request, grants);
-  if (!grant) {
-    ++SharedCounts().refusedLogins;
-    throw NotLoggedIn(request);
-  }
+  if (!grant) throw NotLoggedIn(request);
   if (IsUseToBeNoted(*grant, SecondsNow())) SendUseNote(grant->id);
   return {.user = grant->user, .role = grant->role, .grant = grant};
 }
@@ -111,6 +108,7 @@ OwnAnswer AnswerWatcher(const HttpRequest& request, const Config& config, GrantL
 std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture& output, LineAnswer& lines,
                      RequestNote& note) {
   static GrantList grants(host.config.stateFolder);
+  note.hasLogin = CarriesLogin(request);
   if (IsUntimely(request)) return ToCgi(NotAdmitted());
   note.isQuiet = IsForWatchers(request.path);
   if (note.isQuiet) return ToCgi(AnswerWatcher(request, host.config, grants));

@@ -224,6 +224,10 @@ TEST(Operating, MetricsTellWhatHappened) {
   EXPECT_EQ(picture.status, 200) << picture.body;
   EXPECT_EQ(CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("camera"), kSecret)), 0);
   recorder.Send("GET", kApi + std::string("CamCap"), {{"Authorization", kGuest}});
+  for (const char* path : {"session", "users", "cameras"}) {
+    recorder.Send("GET", std::string("/recorder/1/") + path, {{"Authorization", "Bearer wrong"}});
+    recorder.Send("GET", std::string("/recorder/1/") + path, {});
+  }
 
   const auto samples = PrometheusText(recorder.Send("GET", "/metrics", {}).body).Samples();
   const std::pair<const char*, double> wanted[] = {
@@ -235,9 +239,9 @@ TEST(Operating, MetricsTellWhatHappened) {
       {R"(recorder_requests_total{method="other",status="4xx"})", 1},
       {R"(recorder_workers{pool="cameras",state="free"})", 3},
       {R"(recorder_workers{pool="lists",state="busy"})", 1},
-      {"recorder_request_duration_seconds_count", 4},
+      {"recorder_request_duration_seconds_count", 9},
       {"recorder_key_frame_wait_seconds_count", 2},
-      {"recorder_logins_refused_total", 1},
+      {"recorder_logins_refused_total", 4},
       {"recorder_workers_ended_total", 0},
   };
   for (const auto& [name, value] : wanted) EXPECT_EQ(samples.contains(name) ? samples.at(name) : -1, value) << name;
