@@ -14,6 +14,7 @@
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/bytes.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -172,6 +173,7 @@ void MediaProcess::Fail(const std::string& what) {
   if (process_ < 0) return;
   const std::string name = "recorder-media " + std::to_string(process_);
   LogFailure(name + " " + what + "; " + DescribeEnd(End()) + ".");
+  SharedCounts().AddEnd(Program::kMedia);
 }
 
 int MediaProcess::End() {

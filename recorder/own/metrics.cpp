@@ -3,13 +3,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 #include <utility>
 
 #include "recorder/device/model/model_files.h"
 #include "recorder/own/camera_tally.h"
 #include "recorder/own/metrics_text.h"
+#include "recorder/own/process_memory.h"
 #include "recorder/utility/counts.h"
 
 namespace recorder {
@@ -67,28 +67,16 @@ void AddWorkers(MetricsText& text, const Counts& counts) {
     text.Add(std::max(there - free, 0.0), Label("pool", name) + ',' + Label("state", "busy"));
     text.Add(free, Label("pool", name) + ',' + Label("state", "free"));
   }
-  text.Begin("recorder_workers_ended_total", "counter", "Processes that died and were replaced.");
-  text.Add(static_cast<double>(counts.endedWorkers));
-}
-
-/// What it shares with no file, as proc(5) has it; 0 for a process that has ended.
-double OwnBytes(pid_t process) {
-  long size = 0;
-  long resident = 0;
-  long shared = 0;
-  std::ifstream("/proc/" + std::to_string(process) + "/statm") >> size >> resident >> shared;
-  return static_cast<double>(resident - shared) * static_cast<double>(sysconf(_SC_PAGESIZE));
-}
-
-void AddMemory(MetricsText& text, const Counts& counts) {
-  double bytes = 0;
-  for (const PoolCount* pool : {&counts.logins, &counts.cameraWorkers, &counts.listWorkers}) {
-    for (const WorkerCount& worker : *pool) {
-      if (worker.IsThere()) bytes += OwnBytes(worker.process);
-    }
+  text.Begin("recorder_processes_ended_total", "counter", "Processes that died and were replaced.");
+  for (std::size_t i = 0; i < kPrograms.size(); ++i) {
+    text.Add(static_cast<double>(counts.ended[i]), Label("program", kPrograms[i]));
   }
-  text.Begin("recorder_workers_memory_bytes", "gauge", "Memory of workers and of the check of logins, without files.");
-  text.Add(bytes);
+}
+
+void AddMemory(MetricsText& text) {
+  text.Begin("recorder_memory_bytes", "gauge",
+             "Memory of all processes of the recorder, web server and decoders too, without files.");
+  text.Add(OwnBytesOfAll(getppid()));  // that of `recorderctl serve`
 }
 
 std::string Metrics(const Config& config) {
@@ -98,10 +86,11 @@ std::string Metrics(const Config& config) {
   AddRequests(text, counts);
   AddTimes(text, counts);
   AddKeyFrames(text, counts);
-  text.Begin("recorder_logins_refused_total", "counter", "Requests that were refused for a wrong name, password, session or token, or in a pause after such.");
+  text.Begin("recorder_logins_refused_total", "counter",
+             "Requests that were refused for a wrong name, password, session or token, or in a pause after such.");
   text.Add(static_cast<double>(counts.refusedLogins));
   AddWorkers(text, counts);
-  AddMemory(text, counts);
+  AddMemory(text);
   text.Begin("recorder_model_files", "gauge", "Model files that can be read.");
   text.Add(static_cast<double>(Models()->vendors.size()));
   text.Begin("recorder_build_info", "gauge", "The version that runs; the value is always 1.");

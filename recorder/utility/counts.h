@@ -25,6 +25,12 @@ inline constexpr std::array<std::string_view, 5> kCountedMethods = {"GetSnapshot
 /// Redirections and what has not changed are among the first.
 inline constexpr std::array<std::string_view, 3> kStatusClasses = {"2xx", "4xx", "5xx"};
 
+/// Programs whose processes are replaced when they die. Checkers and what tells the webhook are copies of
+/// recorder-watch.
+enum class Program { kWorker, kLogin, kWatch, kMedia };
+inline constexpr std::array<std::string_view, 4> kPrograms = {"recorder-webapi", "recorder-login", "recorder-watch",
+                                                              "recorder-media"};  // in the order of Program
+
 /// Times that were measured, in all.
 struct TimeSum {
   Counter count;
@@ -53,7 +59,7 @@ struct Counts {
   TimeSum answers;
   TimeSum keyFrames;  ///< how long pictures waited for one
   Counter refusedLogins;
-  Counter endedWorkers;
+  std::array<Counter, kPrograms.size()> ended;  ///< processes, see Program
   PoolCount logins;
   PoolCount cameraWorkers;
   PoolCount listWorkers;
@@ -61,6 +67,8 @@ struct Counts {
   /// Counts a request that was answered, and how long that took.
   void AddRequest(std::string_view method, long status);
   void AddTime(std::chrono::microseconds time);
+  /// Counts a process that died, or had to be ended.
+  void AddEnd(Program program) { ++ended[static_cast<std::size_t>(program)]; }
 };
 
 /// The variable of the environment that names the file.

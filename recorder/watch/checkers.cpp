@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "recorder/utility/child_process.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
@@ -59,6 +60,7 @@ class Checkers::Checker {
     LogFailure("The process " + std::to_string(process_.Id()) + " that asked a camera " +
                (isGone_ ? "has ended." : "took too long; it is ended."));
     isGone_ = true;
+    SharedCounts().AddEnd(Program::kWatch);
     return Ended({.kind = CheckAnswer::Kind::kDied,
                   .time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - since_)});
   }

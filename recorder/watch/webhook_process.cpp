@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
 #include "recorder/watch/webhook_sender.h"
 
@@ -41,6 +42,7 @@ WebhookProcess::WebhookProcess(std::filesystem::path stateFolder) : stateFolder_
 void WebhookProcess::Replenish() {
   const bool isNew = start_ == Clock::time_point();
   if (!process_.HasEnded() || (!isNew && Clock::now() - start_ < kShortestLife)) return;
+  if (!isNew) SharedCounts().AddEnd(Program::kWatch);
   start_ = Clock::now();
   process_ = ChildProcess([this] { TellWebhook(stateFolder_); });
 }

@@ -112,10 +112,12 @@ void Furnish(const RunFolder& run, const Config& config) {
 class Pools {
  public:
   Pools(const RunFolder& run, const ServeOptions& options)
-      : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1, SharedCounts().logins),
+      : logins_(run / "login.sock", ProgramBeside(options, "recorder-login"), 1, SharedCounts().logins,
+                Program::kLogin),
         cameraWorkers_(run / "cameras.sock", WorkerProgram(options), options.cameraWorkers,
-                       SharedCounts().cameraWorkers),
-        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers) {}
+                       SharedCounts().cameraWorkers, Program::kWorker),
+        listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers,
+                     Program::kWorker) {}
 
   void StartWatch(const ServeOptions& options) {
     if (!options.isWatchless) watch_.emplace(ProgramBeside(options, "recorder-watch"));

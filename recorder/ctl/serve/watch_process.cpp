@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
 
 namespace recorder {
@@ -20,7 +21,10 @@ WatchProcess::WatchProcess(std::filesystem::path program) : program_(std::move(p
 void WatchProcess::Replenish() {
   const bool wasThere = process_.Id() > 0;
   if (!process_.HasEnded()) return;
-  if (wasThere) LogFailure("The process that watches the cameras has ended; another one takes its place.");
+  if (wasThere) {
+    LogFailure("The process that watches the cameras has ended; another one takes its place.");
+    SharedCounts().AddEnd(Program::kWatch);
+  }
   if (Clock::now() - start_ >= kShortestLifeOfWatch) Start();
 }
 

@@ -37,8 +37,11 @@ FileDescriptor Listen(const std::filesystem::path& file) {
 }  // namespace
 
 WorkerPool::WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count,
-                       PoolCount& entries)
-    : program_(std::move(program)), socket_(Listen(socketFile)), workers_(static_cast<std::size_t>(count)) {
+                       PoolCount& entries, Program counted)
+    : program_(std::move(program)),
+      counted_(counted),
+      socket_(Listen(socketFile)),
+      workers_(static_cast<std::size_t>(count)) {
   WorkerCount* entry = entries.data();
   for (Worker& worker : workers_) {
     worker.entry = entry++;
@@ -62,10 +65,10 @@ void WorkerPool::Replenish() {
   }
 }
 
-void WorkerPool::Forget(const Worker& worker) {
+void WorkerPool::Forget(const Worker& worker) const {
   worker.entry->process = 0;
   worker.entry->isBusy = false;
-  ++SharedCounts().endedWorkers;
+  SharedCounts().AddEnd(counted_);
 }
 
 /// The process enters itself: it looks for its entry at once.

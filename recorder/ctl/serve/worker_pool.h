@@ -16,8 +16,10 @@ namespace recorder {
 class WorkerPool {
  public:
   /// Listens at `socketFile` and starts `count` processes of `program`, which finds the socket as its standard input
-  /// (FastCGI 1.0, section 2.2), and itself in `entries`, which outlives the pool. Throws std::system_error.
-  WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count, PoolCount& entries);
+  /// (FastCGI 1.0, section 2.2), and itself in `entries`, which outlives the pool. Their ends are counted as those of
+  /// `counted`. Throws std::system_error.
+  WorkerPool(const std::filesystem::path& socketFile, std::filesystem::path program, int count, PoolCount& entries,
+             Program counted);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
@@ -32,9 +34,10 @@ class WorkerPool {
     WorkerCount* entry = nullptr;
   };
   void Start(Worker& worker);
-  static void Forget(const Worker& worker);
+  void Forget(const Worker& worker) const;
 
   const std::filesystem::path program_;
+  const Program counted_;
   const FileDescriptor socket_;
   std::vector<Worker> workers_;
 };

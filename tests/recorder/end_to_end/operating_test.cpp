@@ -12,6 +12,7 @@
 #include <tuple>
 
 #include "rig/cameras.h"
+#include "rig/processes.h"
 #include "tests/recorder/end_to_end/expect.h"
 #include "tests/recorder/end_to_end/prometheus_text.h"
 
@@ -214,20 +215,23 @@ TEST(Operating, MetricsAreForNobodyWithoutALoginBehindAProxy) {
 
 TEST(Operating, MetricsTellWhatHappened) {
   const SimCameras cameras(List({Camera("camera")}));
-  const TestRecorder recorder({.workers = 3});
+  const TestRecorder recorder({.workers = 3, .watchSeconds = 3600});
+  const auto watch = Descendants(getpid(), "recorder-watch");
+  ASSERT_FALSE(watch.empty());
+  EXPECT_TRUE(Kill(watch.front()));
   recorder.AddCamera("User", "", 1, "admin", kSecret, "1", "/");
   recorder.AddCamera("User", "", 2, "admin", kSecret, "1", "/");
   EXPECT_EQ(recorder.Control({"camera", "status", "2", "disabled"}).status, 0);
   recorder.Send("POST", "/recorder/1/cameras/1/test", recorder.Login());
+  for (const char* path : {"session", "users", "cameras"}) {
+    recorder.Send("GET", std::string("/recorder/1/") + path, {{"Authorization", "Bearer wrong"}});
+    recorder.Send("GET", std::string("/recorder/1/") + path, {});
+  }
   recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("camera"), "admin", kSecret);
   const Answer picture = recorder.Send("GET", "/recorder/1/cameras/3/picture", recorder.Login());
   EXPECT_EQ(picture.status, 200) << picture.body;
   EXPECT_EQ(CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("camera"), kSecret)), 0);
   recorder.Send("GET", kApi + std::string("CamCap"), {{"Authorization", kGuest}});
-  for (const char* path : {"session", "users", "cameras"}) {
-    recorder.Send("GET", std::string("/recorder/1/") + path, {{"Authorization", "Bearer wrong"}});
-    recorder.Send("GET", std::string("/recorder/1/") + path, {});
-  }
 
   const auto samples = PrometheusText(recorder.Send("GET", "/metrics", {}).body).Samples();
   const std::pair<const char*, double> wanted[] = {
@@ -242,10 +246,11 @@ TEST(Operating, MetricsTellWhatHappened) {
       {"recorder_request_duration_seconds_count", 9},
       {"recorder_key_frame_wait_seconds_count", 2},
       {"recorder_logins_refused_total", 4},
-      {"recorder_workers_ended_total", 0},
+      {R"(recorder_processes_ended_total{program="recorder-webapi"})", 0},
+      {R"(recorder_processes_ended_total{program="recorder-watch"})", 1},
   };
   for (const auto& [name, value] : wanted) EXPECT_EQ(samples.contains(name) ? samples.at(name) : -1, value) << name;
-  EXPECT_GT(samples.at("recorder_workers_memory_bytes"), 1e6);
+  EXPECT_GT(samples.at("recorder_memory_bytes"), 1e6);
   const auto isOther = [](const auto& sample) { return sample.first.find("_duration_seconds_") == std::string::npos; };
   EXPECT_LE(std::ranges::count_if(samples, isOther), 40);
 }
