@@ -145,9 +145,9 @@ void RepeatUntilSignal(const sigset_t& signals, Work work) {
 }
 
 /// Whoever waits for the watchdog does not hear why not. A web server that ends is seen without a question.
-bool IsAlive(const RunFolder& run) {
-  const std::string reason = WhyNoWorkerAnswers(run / "lists.sock");
-  if (!reason.empty()) LogFailure("The workers do not answer: " + reason + ".");
+bool IsAlive(const RunFolder& run, const std::stop_token& stop) {
+  const std::string reason = WhyNoWorkerAnswers(run / "lists.sock", stop);
+  if (!reason.empty() && !stop.stop_requested()) LogFailure("The workers do not answer: " + reason + ".");
   return reason.empty();
 }
 
@@ -179,7 +179,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   setenv(kOwnPortVariable, std::to_string(address.port).c_str(), 1);
   pools.StartWatch(options);
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
-  const Watchdog watchdog([&] { return IsAlive(run); });
+  const Watchdog watchdog([&](const std::stop_token& stop) { return IsAlive(run, stop); });
   std::cout << served.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {

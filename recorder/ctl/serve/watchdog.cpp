@@ -4,15 +4,18 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <mutex>
 #include <string_view>
 #include <utility>
 
 #include "recorder/utility/handle.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -24,24 +27,35 @@ std::string Variable(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-/// A name that begins with '@' is one of no file (unix(7), abstract).
-void Send(const std::string& name, std::string_view text) {
+/// False, with errno: nobody is there to hear it. A name that begins with '@' is one of no file (unix(7), abstract).
+bool Send(const std::string& name, std::string_view text) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  if (name.size() >= sizeof(address.sun_path)) return;
+  if (name.size() >= sizeof(address.sun_path)) {
+    errno = ENAMETOOLONG;
+    return false;
+  }
   std::memcpy(address.sun_path, name.data(), name.size());
   if (name.front() == '@') address.sun_path[0] = '\0';
   const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size());
   const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  sendto(socket.Get(), text.data(), text.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address), size);
+  const auto* target = reinterpret_cast<const sockaddr*>(&address);
+  return sendto(socket.Get(), text.data(), text.size(), MSG_NOSIGNAL, target, size) == std::ssize(text);
 }
 
-void Tell(const std::stop_token& stop, const WatchdogWish& wish, const std::function<bool()>& isAlive) {
+/// The service manager would end this process without a word.
+void TellManager(const std::string& socket) {
+  if (Send(socket, "WATCHDOG=1")) return;
+  LogFailure("The service manager's watchdog cannot be told at " + socket + ": " + strerrordesc_np(errno) + ".");
+}
+
+void Tell(const std::stop_token& stop, const WatchdogWish& wish,
+          const std::function<bool(const std::stop_token&)>& isAlive) {
   std::mutex mutex;
   std::condition_variable_any isOver;
   std::unique_lock lock(mutex);
   while (!stop.stop_requested()) {
-    if (isAlive()) Send(wish.socket, "WATCHDOG=1");
+    if (isAlive(stop)) TellManager(wish.socket);
     isOver.wait_for(lock, stop, wish.within / 3, [] { return false; });
   }
 }
@@ -57,7 +71,7 @@ std::optional<WatchdogWish> WantedWatchdog() {
   return WatchdogWish{std::move(socket), std::chrono::microseconds(*within)};
 }
 
-Watchdog::Watchdog(std::function<bool()> isAlive) {
+Watchdog::Watchdog(std::function<bool(const std::stop_token&)> isAlive) {
   auto wish = WantedWatchdog();
   if (!wish) return;
   thread_ = std::jthread([wish = *std::move(wish), isAlive = std::move(isAlive)](const std::stop_token& stop) {

@@ -17,10 +17,11 @@ struct WatchdogWish {
 std::optional<WatchdogWish> WantedWatchdog();
 
 /// Says "WATCHDOG=1" (sd_notify(3)) three times in the time that the service manager waits, as long as `isAlive`, in a
-/// thread of its own. Does nothing where nobody wants to hear it.
+/// thread of its own. Does nothing where nobody wants to hear it. Its end waits for a question under way, which is told
+/// so by the token.
 class Watchdog {
  public:
-  explicit Watchdog(std::function<bool()> isAlive);
+  explicit Watchdog(std::function<bool(const std::stop_token&)> isAlive);
 
  private:
   std::jthread thread_;

@@ -53,9 +53,10 @@ FileDescriptor ConnectTo(const std::filesystem::path& file) {
 
 }  // namespace
 
-std::string WhyNoWorkerAnswers(const std::filesystem::path& socket) {
+std::string WhyNoWorkerAnswers(const std::filesystem::path& socket, const std::stop_token& stop) {
   const FileDescriptor connection = ConnectTo(socket);
   if (!connection) return std::strerror(errno);
+  const std::stop_callback end(stop, [&] { shutdown(connection.Get(), SHUT_RDWR); });
   const std::string question = Question();
   std::array<char, kRecordHeader> head{};
   if (send(connection.Get(), question.data(), question.size(), MSG_NOSIGNAL) != std::ssize(question) ||
