@@ -42,6 +42,9 @@ Json::Value ListOf(const Records& records) {
 /// The revision that a camera must have to be changed; nothing where any will do.
 std::optional<int> WantedRevision(const OwnRequest& request, const CameraRecord& camera) {
   if (request.http.ifMatch.empty() || request.http.ifMatch == "*") return std::nullopt;
+  if (request.http.ifMatch.find('"') == std::string::npos) {
+    throw HttpError(400, "If-Match is no tag: one has its quotes, as the ETag of the camera");
+  }
   if (!IsMatch(TagOf(camera.revision), request.http.ifMatch)) throw HttpError(412, kChangedMeanwhile);
   return camera.revision;
 }
@@ -75,6 +78,8 @@ OwnAnswer AddCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   Records records(GetConfig().stateFolder);
   CameraWish wish;
   ReadWish(request.params, {}, records, wish);
+  if (wish.change.forgetsLogin) throw BadMember("allowBasic", "has nothing to forget of a new camera");
+  if (wish.change.forgetsCertificates) throw BadMember("trustNewCertificate", "has nothing to forget of a new camera");
   const int id =
       records.Add(wish.record, wish.password.value_or(""), wish.change.streams.value_or(std::vector<CameraStream>()),
                   wish.change.facts.value_or(std::vector<CameraFact>()), wish.change.check);
@@ -90,7 +95,7 @@ OwnAnswer ChangeCamera(const OwnRequest& request, OwnTools& /*tools*/) {
     throw HttpError(428, "If-Match is missing: the tag of the camera as you know it, or *");
   CameraWish wish;
   wish.change.revision = WantedRevision(request, before);
-  if (request.params.empty()) throw HttpError(400, "nothing to change");
+  if (request.params.size() == (request.params.isMember("force") ? 1U : 0U)) throw HttpError(400, "nothing to change");
   ReadWish(request.params, before, records, wish);
   RequirePassword(wish, before, records);
   if (wish.password) wish.change.password = &*wish.password;

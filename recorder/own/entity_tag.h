@@ -10,7 +10,7 @@ namespace recorder {
 /// The tag of a text.
 std::string TagOf(std::string_view text);
 
-/// That of a revision, a number.
+/// That of a revision, a number: of a record as its user edits it. What the recorder tells beside it may change.
 std::string TagOf(int revision);
 
 /// The header line that tells a tag.

@@ -166,9 +166,13 @@ TEST_F(Cameras, MistakesNameTheirMember) {
 
 TEST_F(Cameras, AreChangedByWhoeverKnowsThemAsTheyAre) {
   Add();
-  const std::pair<const char*, int> tags[] = {{"", 428},      {"\"7\"", 412},        {"W/\"1\"", 412}, {"1", 412},
+  const std::pair<const char*, int> tags[] = {{"", 428},      {"\"7\"", 412},        {"W/\"1\"", 412}, {"1", 400},
                                               {"\"1\"", 200}, {"\"1\", \"2\"", 200}, {"*", 200}};
   for (const auto& [tag, status] : tags) EXPECT_EQ(Patch(R"({"name": "gate"})", tag).status, status) << tag;
+  EXPECT_EQ(Patch(R"({"force": true})").status, 400) << "it changes nothing";
+  Json::Value fields = Fields();
+  fields["allowBasic"] = true;
+  EXPECT_EQ(Send("POST", "", fields).json["error"]["member"], "allowBasic");
   const std::string tag = HeaderOf(Send("GET", "/1").head, "ETag");
   std::vector<std::future<int>> changes;
   changes.reserve(8);
