@@ -100,7 +100,7 @@ Json::Value Recorder() {
   return Camera("Recorder", config);
 }
 
-Json::Value Cameras() {
+Json::Value CamerasToFind() {
   Json::Value cameras = List({Recorder()});
   for (const FindCase& row : kCases) cameras.append(Camera(row.name, ParseJson(row.config)));
   return cameras;
@@ -168,7 +168,7 @@ class FindTest : public testing::Test {
   }
 
   const OneVendor models_;
-  const SimCameras cameras_{Cameras()};
+  const SimCameras cameras_{CamerasToFind()};
   const TestRecorder recorder_{{.modelsFolder = models_.Path()}};
 };
 
