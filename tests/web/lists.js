@@ -1,0 +1,4 @@
+import "./logins.js";
+import "./many_cameras.js";
+import "./cameras.js";
+import "./events.js";
