@@ -3,11 +3,11 @@
 
 #include <sys/prctl.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -22,6 +22,7 @@
 #include "recorder/login/login_answer.h"
 #include "recorder/login/noting.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/process_options.h"
 
 namespace recorder {
 
@@ -94,19 +95,19 @@ void Run(const std::string& configFile, const std::string& useSocket) {
 }  // namespace recorder
 
 int main(int argc, char** argv) {
-  CLI::App app("Checks logins behind a web server, as a FastCGI responder and authorizer.", "recorder-login");
-  app.set_version_flag("--version", "recorder-login " PROJECT_VERSION);
+  using namespace recorder;
   std::string configFile = "/etc/cameracap/recorder.json";
-  app.add_option("--config", configFile, "configuration file")->envname("RECORDER_CONFIG")->capture_default_str();
   std::string useSocket;
-  app.add_option("--use-socket", useSocket, "socket at which workers tell which session or token is in use")
-      ->envname(recorder::kUseSocketVariable);
-  CLI11_PARSE(app, argc, argv);
+  const ProcessText text{"recorder-login", "Checks logins behind a web server, as a FastCGI responder and authorizer."};
+  const std::vector<ProcessOption> options{
+      {"--config", configFile, "configuration file (default: /etc/cameracap/recorder.json)", "RECORDER_CONFIG"},
+      {"--use-socket", useSocket, "socket at which workers tell which session or token is in use", kUseSocketVariable}};
+  if (const std::optional<int> status = ReadOptions(text, options, argc, argv)) return *status;
   prctl(PR_SET_DUMPABLE, 0);  // nobody reads passwords out of it while it runs
   try {
-    recorder::Run(configFile, useSocket);
+    Run(configFile, useSocket);
   } catch (const std::exception& error) {
-    recorder::LogFailure(error.what());
+    LogFailure(error.what());
     return 1;
   }
   return 0;

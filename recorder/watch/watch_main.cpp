@@ -1,16 +1,17 @@
 // recorder-watch: checks the stored cameras one after the other, so that the records tell which are down, why, and
 // since when, and beside that the rows of runs. One process decides and keeps; copies of it ask the cameras.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "recorder/host/host.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/process_options.h"
 #include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
 #include "recorder/watch/checkers.h"
@@ -69,12 +70,11 @@ void LearnOwnPort() {
 
 int main(int argc, char** argv) {
   using namespace recorder;
-  CLI::App app("Checks the stored cameras, as a process of recorderctl serve.", "recorder-watch");
-  app.set_version_flag("--version", "recorder-watch " PROJECT_VERSION);
   std::string configFile;
-  app.add_option("--config", configFile,
-                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
-  CLI11_PARSE(app, argc, argv);
+  const ProcessText text{"recorder-watch", "Checks the stored cameras, as a process of recorderctl serve."};
+  const ProcessOption config{"--config", configFile,
+                             "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)"};
+  if (const std::optional<int> status = ReadOptions(text, {config}, argc, argv)) return *status;
   try {
     const Host host = StartHost(FindConfigFile(configFile));
     LearnOwnPort();

@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -33,6 +32,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/counts.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/process_options.h"
 #include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
 #include "recorder/worker/large_output.h"
@@ -176,16 +176,16 @@ std::string ReadInput(std::size_t size) {
   return text;
 }
 
-bool Print(std::string_view text) {
+bool PrintAnswer(std::string_view text) {
   return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
 }
 
 void ServeCgi(const Host& host) {
   std::optional<OutputCapture> output(std::in_place);
   const std::string answer =
-      Answer({[](const char* name) { return std::getenv(name); }, &ReadInput, &Print}, host, *output);
+      Answer({[](const char* name) { return std::getenv(name); }, &ReadInput, &PrintAnswer}, host, *output);
   output.reset();
-  Print(answer);
+  PrintAnswer(answer);
 }
 
 /// A FastCGI server may start its workers without standard output and error; nothing else may get these descriptors.
@@ -203,12 +203,12 @@ int main(int argc, char** argv) {
   using namespace recorder;
   OpenStandardDescriptors();
   SetUpHeap();
-  CLI::App app("Serves web-API calls behind a web server, as a FastCGI responder or a CGI program.", "recorder-webapi");
-  app.set_version_flag("--version", "recorder-webapi " PROJECT_VERSION);
   std::string configFile;
-  app.add_option("--config", configFile,
-                 "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)");
-  CLI11_PARSE(app, argc, argv);
+  const ProcessText text{"recorder-webapi",
+                         "Serves web-API calls behind a web server, as a FastCGI responder or a CGI program."};
+  const ProcessOption config{"--config", configFile,
+                             "configuration file (default: $RECORDER_CONFIG, or else /etc/cameracap/recorder.json)"};
+  if (const std::optional<int> status = ReadOptions(text, {config}, argc, argv)) return *status;
   try {
     const Host host = StartHost(FindConfigFile(configFile));
     const ServiceLock lock(host.config.stateFolder);
