@@ -68,8 +68,6 @@ int Questions(const Json::Value& log, const std::string& path) {
   return count;
 }
 
-}  // namespace
-
 TEST(AskedCameras, FillTheirDocument) {
   const SimCameras cameras(AllCameras());
   const TestRecorder recorder;
@@ -344,3 +342,5 @@ TEST(HandedOnModels, AreOfTestedPathsWhereTheUserGaveThem) {
   EXPECT_THAT(exportAs("H.265").output, testing::HasSubstr("the camera sends no H.265 there"));
   EXPECT_EQ(recorder.Control({"models", "export", "1"}).status, 2);
 }
+
+}  // namespace

@@ -68,8 +68,6 @@ class Cameras : public testing::Test {
 
 std::string CauseOf(const Answer& answer) { return answer.json["error"]["cause"].asString(); }
 
-}  // namespace
-
 TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
   const Answer added = Send("POST", "", Fields());
   EXPECT_EQ(added.status, 201) << added.body;
@@ -284,3 +282,5 @@ TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {
   EXPECT_EQ(CauseOf(Send("POST", "/2/test")), "timedOut") << "after somebody who has gone";
   EXPECT_EQ(Send("GET", "").json["data"][1]["state"]["cause"], "timedOut");
 }
+
+}  // namespace

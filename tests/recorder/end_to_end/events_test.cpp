@@ -46,8 +46,6 @@ class Events : public testing::Test {
   const TestRecorder recorder_;
 };
 
-}  // namespace
-
 TEST_F(Events, ComeInPagesTheNewestFirst) {
   const struct {
     std::string query;
@@ -86,3 +84,5 @@ TEST_F(Events, AreToldAsTheyComeWithoutKeepingOthersFromTheWorkers) {
     EXPECT_THAT(told, HasSubstr("id: 4\n")) << "once the one before has gone";
   }
 }
+
+}  // namespace

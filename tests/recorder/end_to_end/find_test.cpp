@@ -177,8 +177,6 @@ std::string Summary(const Json::Value& stream) {
          (stream["asked"].asBool() ? " asked" : " worked out");
 }
 
-}  // namespace
-
 TEST_F(FindTest, ListsTheStreams) {
   for (const FindCase& row : kCases) {
     SCOPED_TRACE(row.name);
@@ -299,3 +297,5 @@ TEST(FindMakers, AreFoundByTheirNamesAndPaths) {
     EXPECT_EQ(FindAt(recorder, cameras, row.name, "wrong").log["refusedLogins"], 1);
   }
 }
+
+}  // namespace

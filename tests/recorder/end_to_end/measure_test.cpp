@@ -77,8 +77,6 @@ class MeasureTest : public testing::Test {
   const TestRecorder recorder_;
 };
 
-}  // namespace
-
 TEST_F(MeasureTest, TellsWhatCamerasSend) {
   std::vector<std::future<Finished>> measured;
   for (const MeasureCase& row : kMeasureCases) {
@@ -125,3 +123,5 @@ TEST_F(MeasureTest, NamesTheCauseToAdmins) {
   }
   EXPECT_EQ(cameras_.Log("H264")["refusedLogins"], 1);
 }
+
+}  // namespace

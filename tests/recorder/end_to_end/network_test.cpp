@@ -74,8 +74,6 @@ class Network : public testing::Test {
   const TestRecorder recorder_{{.testMs = kLimitMs, .pictureMs = kLimitMs, .workers = 1}};
 };
 
-}  // namespace
-
 TEST_F(Network, EachFaultHasItsCode) {
   struct Row {
     const char* name;
@@ -99,8 +97,6 @@ TEST_F(Network, EachFaultHasItsCode) {
   }
 }
 
-namespace {
-
 constexpr std::array kAnswers = {"RTSP/1.0 ", "HTTP/1.1 "};
 
 /// Before, within and behind the head of each answer, and within the picture.
@@ -121,8 +117,6 @@ bool IsLoginUnanswered(const std::string& passed) {
            return passed.find(answer, challenge) == std::string::npos;
          });
 }
-
-}  // namespace
 
 TEST_F(Network, ACutInAnyPhaseIsAFailureAndNeverHalfAPicture) {
   const std::string streamed = Through(0, {}).picture;
@@ -176,3 +170,5 @@ TEST_F(Network, NamesAreLookedUpInTime) {
     }
   }
 }
+
+}  // namespace

@@ -104,8 +104,6 @@ class LongLists : public testing::Test {
   std::string answers;
 };
 
-}  // namespace
-
 TEST_F(LongLists, TestsEachRowOnceWhateverIsKilled) {
   const SimCameras cameras(List({Camera("good"), Faulty("held", "silentAfterDescribe"), Faulty("locks", "lockOut")}));
   Json::Value rows = List({Row("127.0.0.1", cameras.Port("held"), kSecret, "1")});
@@ -221,3 +219,5 @@ TEST_F(LongLists, TakesNothingOfARequestWithAMistakeAndNamesEach) {
   many.append(large);
   EXPECT_EQ(Add(run, many).status, 400);
 }
+
+}  // namespace

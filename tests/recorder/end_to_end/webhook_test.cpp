@@ -87,8 +87,6 @@ class Webhook : public testing::Test {
   const TestRecorder recorder_{{.watchSeconds = 3600}};
 };
 
-}  // namespace
-
 TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   const Receiver receiver;
   recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
@@ -142,3 +140,5 @@ TEST_F(Webhook, IsRefusedWhereItMayNotBe) {
   while (told["result"].isNull()) told = Send("GET", "").json["data"];
   EXPECT_EQ(told["result"], "blocked") << "the recorder itself";
 }
+
+}  // namespace

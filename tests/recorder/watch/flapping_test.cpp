@@ -28,8 +28,6 @@ const FlappingCase kCases[] = {
 
 class FlappingTest : public testing::TestWithParam<FlappingCase> {};
 
-}  // namespace
-
 TEST_P(FlappingTest, IsToldOnceAndItsEndOnce) {
   Flapping flapping;
   std::string told;
@@ -73,4 +71,5 @@ TEST(NoticeLine, GoesOnWhereAProcessThatEndedWas) {
   EXPECT_EQ(told(true), told(false));
 }
 
+}  // namespace
 }  // namespace recorder
