@@ -1,5 +1,6 @@
-# Headers that are slow to read and that many files of tests read are precompiled. All else does without, so that its
-# build finds a header that is missing.
+# Headers that are slow to read and that many files of tests read are precompiled. All else does without: its files are
+# compiled together where a preset says so, and each alone by scripts/lint FILE and for the package, which find a header
+# that is missing.
 
 # Programs and libraries get one kind of code: what is precompiled serves one kind alone.
 set(CMAKE_CXX_COMPILE_OPTIONS_PIE ${CMAKE_CXX_COMPILE_OPTIONS_PIC})

@@ -57,14 +57,14 @@ std::vector<int> PortsOf(const FindRequest& request) {
 }
 
 /// What a stranger said, for people.
-std::string Shown(std::string_view text) {
+std::string ShownName(std::string_view text) {
   const bool isShown = IsUtf8(text) && !HoldsControls(text) && text.size() <= kLongestFoundName;
   return isShown ? std::string(text) : "";
 }
 
 void TakeName(const ServerName& name, FoundPort& port) {
-  if (port.server.empty()) port.server = Shown(name.software);
-  if (port.realm.empty()) port.realm = Shown(name.realm);
+  if (port.server.empty()) port.server = ShownName(name.software);
+  if (port.realm.empty()) port.realm = ShownName(name.realm);
 }
 
 /// True where nothing answers, whatever is asked.

@@ -5,7 +5,7 @@
 namespace recorder {
 namespace {
 
-constexpr int kMostTries = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
+constexpr int kMostLogins = 2;  // of one request: the login, and a nonce that has grown stale meanwhile
 
 }  // namespace
 
@@ -17,7 +17,7 @@ void RtspLogin::BeginServer() {
 Outcome RtspLogin::Take(const RtspMessage& refusal) {
   const std::vector<LoginChallenge> challenges = ParseChallenges(refusal.Headers("WWW-Authenticate"));
   logins_.Remember(challenges);
-  if (!logins_.HasLogin() || tries_ >= kMostTries) return Outcome::kLoginRefused;
+  if (!logins_.HasLogin() || tries_ >= kMostLogins) return Outcome::kLoginRefused;
   if (const Outcome outcome = Choose(challenges); outcome != Outcome::kOk) return outcome;
   ++tries_;
   wasChallengedHere_ = true;
