@@ -17,6 +17,7 @@
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/host/host.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/state_exchange.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -132,6 +133,7 @@ Findings Search(const DiscoverRequest& request, Records* records) {
 
 /// Those of the configuration's recorder, where there are any that this user may read.
 std::unique_ptr<Records> StoredRecords(const Config& config) try {
+  FinishStateExchange(config.stateFolder);
   return Records::AreThere(config.stateFolder) ? std::make_unique<Records>(config.stateFolder) : nullptr;
 } catch (const std::exception& error) {
   Note() << "which cameras are stored is not known: " << error.what() << '\n';

@@ -9,6 +9,7 @@
 #include "recorder/ctl/models/models_export.h"
 #include "recorder/ctl/models/models_import.h"
 #include "recorder/ctl/models/models_own.h"
+#include "recorder/ctl/state_folder.h"
 #include "recorder/device/model/model_facts.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/host/host.h"
@@ -56,7 +57,7 @@ void AddCheck(CLI::App& app, const std::string& configOption) {
   command->add_option("folder", *folder, "folder of model files (default: those of the configuration)");
   command->footer("Example:\n  recorderctl check-models models");
   command->callback([folder, &configOption] {
-    CheckModels(folder->empty() ? ModelFoldersOf(LoadConfig(FindConfigFile(configOption))) : ModelFolders{*folder});
+    CheckModels(folder->empty() ? ModelFoldersOf(ConfigOfState(configOption)) : ModelFolders{*folder});
   });
 }
 

@@ -9,12 +9,18 @@
 
 namespace recorder {
 
-/// The state folder that the configuration names, made if missing; see FindConfigFile for `configOption`. Throws
-/// std::exception, also when it is another user's.
+/// The configuration, for whoever reads or changes its state folder: an interrupted restore is brought to its end
+/// first, which would undo any change. See FindConfigFile for `configOption`. Throws std::exception.
+inline Config ConfigOfState(const std::string& configOption) {
+  Config config = LoadConfig(FindConfigFile(configOption));
+  FinishStateExchange(config.stateFolder);
+  return config;
+}
+
+/// The state folder that it names, made if missing. Throws std::exception, also when it is another user's.
 inline std::filesystem::path StateFolder(const std::string& configOption) {
-  std::filesystem::path folder = LoadConfig(FindConfigFile(configOption)).stateFolder;
+  std::filesystem::path folder = ConfigOfState(configOption).stateFolder;
   MakePrivateFolder(folder);
-  FinishStateExchange(folder);
   return folder;
 }
 

@@ -9,9 +9,9 @@
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/find_command.h"
 #include "recorder/ctl/found_text.h"
+#include "recorder/ctl/state_folder.h"
 #include "recorder/device/find/stored_as.h"
 #include "recorder/device/model/known_models.h"
-#include "recorder/host/host.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/text.h"
 
@@ -98,12 +98,12 @@ void AddFound(AddOptions& options, const Config& config) {
   Store(options, records, password, found);
 }
 
-void Run(AddOptions& options, const std::filesystem::path& configFile) {
-  if (!options.foundHost.empty()) return AddFound(options, StartFinding(configFile));
+void Run(AddOptions& options, const std::string& configOption) {
+  if (!options.foundHost.empty()) return AddFound(options, StartFinding(FindConfigFile(configOption)));
   if (options.camera.vendor.empty()) throw CLI::RequiredError("--vendor, or --find,");
   if (options.camera.host.empty()) throw CLI::RequiredError("--host");
   if (options.camera.port == 0) throw CLI::RequiredError("--port");
-  Add(options, LoadConfig(configFile));
+  Add(options, ConfigOfState(configOption));
 }
 
 void AddRecordOptions(CLI::App& add, AddOptions& options) {
@@ -137,7 +137,7 @@ void AddCameraAdd(CLI::App& cameraCommand, const std::string& configOption) {
       "Examples:\n"
       "  recorderctl camera add --find 192.0.2.17 --user admin\n"
       "  recorderctl camera add --vendor User --host 192.0.2.17 --port 554 --user admin --source-path /stream1");
-  add->callback([options, &configOption] { Run(*options, FindConfigFile(configOption)); });
+  add->callback([options, &configOption] { Run(*options, configOption); });
 }
 
 }  // namespace recorder

@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 #include "recorder/ctl/camera/camera_input.h"
+#include "recorder/ctl/state_folder.h"
 #include "recorder/device/model/known_models.h"
-#include "recorder/host/host.h"
 #include "recorder/records/camera_places.h"
 #include "recorder/records/records.h"
 
@@ -125,7 +125,7 @@ void AddCameraEditCommand(CLI::App& cameraCommand, const std::string& configOpti
       "  recorderctl camera edit 3 --host 192.0.2.18 < password\n"
       "  recorderctl camera edit 7 --allow-basic\n"
       "  recorderctl camera edit 7 --trust-new-certificate");
-  command->callback([edit, &configOption] { Run(*edit, LoadConfig(FindConfigFile(configOption))); });
+  command->callback([edit, &configOption] { Run(*edit, ConfigOfState(configOption)); });
 }
 
 }  // namespace recorder

@@ -7,7 +7,7 @@
 #include "recorder/ctl/camera/camera_input.h"
 #include "recorder/ctl/camera/headings.h"
 #include "recorder/ctl/camera/list_mistake.h"
-#include "recorder/host/host.h"
+#include "recorder/ctl/state_folder.h"
 #include "recorder/records/camera_places.h"
 #include "recorder/records/records.h"
 #include "recorder/utility/files.h"
@@ -96,7 +96,7 @@ void AddCameraImport(CLI::App& cameraCommand, const std::string& configOption) {
                   "Examples:\n"
                   "  recorderctl discover > cameras.csv && recorderctl camera import cameras.csv\n"
                   "  recorderctl camera import cameras.csv --map Site=name --map Serial=-");
-  command->callback([options, &configOption] { Import(*options, LoadConfig(FindConfigFile(configOption))); });
+  command->callback([options, &configOption] { Import(*options, ConfigOfState(configOption)); });
 }
 
 }  // namespace recorder

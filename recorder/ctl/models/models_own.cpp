@@ -4,6 +4,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "recorder/ctl/state_folder.h"
 #include "recorder/device/model/model_files.h"
 #include "recorder/device/model/own_models.h"
 #include "recorder/host/host.h"
@@ -41,7 +42,7 @@ void Remove(const ModelOptions& options, const Config& config) {
 void AddOwnModels(CLI::App& modelsCommand, const std::string& configOption) {
   CLI::App* list = modelsCommand.add_subcommand("list", "List your own models, one a line, with tabs between columns");
   list->footer("Example:\n  recorderctl models list");
-  list->callback([&configOption] { List(LoadConfig(FindConfigFile(configOption))); });
+  list->callback([&configOption] { List(ConfigOfState(configOption)); });
 
   CLI::App* remove = modelsCommand.add_subcommand("remove", "Remove a model of your own");
   const auto options = std::make_shared<ModelOptions>();

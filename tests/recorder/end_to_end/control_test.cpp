@@ -242,3 +242,21 @@ TEST(ARecorder, IsBackedUpWhileItRunsAndRestoredWhereNoneRuns) {
   params["camId"] = 1;
   EXPECT_EQ(recorder.Post("CameraTest", params).Code(), 0) << "with the user and the stored password of before";
 }
+
+TEST(ARecorder, WhoseRestoreWasInterruptedIsRestoredBeforeACommandReadsOrChangesIt) {
+  const TempFolder folder;
+  const std::string list = folder.Write("cameras.csv", "address,vendor\nhall,ONVIF\n").string();
+  const TestRecorder recorder({.prepare = [&](const TestRecorder& made) {
+    const std::string add = "camera add --vendor ONVIF --no-password --port 80 --host ";
+    for (const std::string& command :
+         {add + "gate", add + "yard", std::string("camera edit 1 --name door"), "camera import " + list,
+          std::string("models list"), std::string("check-models")}) {
+      SCOPED_TRACE(command);
+      const auto rest = made.StateFolder() / "exchange.cleared";
+      std::filesystem::create_directories(rest / "new");
+      const Finished done = made.Control(Words(command));
+      EXPECT_EQ(done.status, 0) << done.output;
+      EXPECT_FALSE(std::filesystem::exists(rest));
+    }
+  }});
+}
