@@ -35,21 +35,14 @@ UrlHandle Read(const std::string& text) {
   return curl_url_set(url.get(), CURLUPART_URL, text.c_str(), kFlags) == CURLUE_OK ? std::move(url) : nullptr;
 }
 
-/// A part of an address; nothing when it has none such.
-std::optional<std::string> Part(const UrlHandle& url, CURLUPart part) {
-  char* text = nullptr;
-  if (curl_url_get(url.get(), part, &text, 0) != CURLUE_OK) return std::nullopt;
-  return CurlText(text).get();
-}
-
 int PortOf(const UrlHandle& url, std::string_view scheme) {
-  const auto digits = Part(url, CURLUPART_PORT);
+  const auto digits = PartOf(url, CURLUPART_PORT);
   return digits ? ParseNumber<int>(*digits).value_or(0) : Translate(kSchemePorts, scheme, 0);
 }
 
 std::string PathOf(const UrlHandle& url) {
-  const auto query = Part(url, CURLUPART_QUERY);
-  return PercentEncoded(Part(url, CURLUPART_PATH).value_or("/") + (query ? "?" + *query : ""), kAddressSigns);
+  const auto query = PartOf(url, CURLUPART_QUERY);
+  return PercentEncoded(PartOf(url, CURLUPART_PATH).value_or("/") + (query ? "?" + *query : ""), kAddressSigns);
 }
 
 }  // namespace
@@ -60,10 +53,10 @@ std::optional<CameraUrl> ParseCameraUrl(std::string_view text) {
   if (!address || HoldsControls(text)) return std::nullopt;
   const UrlHandle url = Read(*address);
   if (!url) return std::nullopt;
-  const std::string scheme = Part(url, CURLUPART_SCHEME).value_or("");
-  const std::string host = NormalizedHost(Part(url, CURLUPART_HOST).value_or(""));
-  if (host.empty() || Part(url, CURLUPART_PORT) == "0") return std::nullopt;
-  return CameraUrl{scheme, host, PortOf(url, scheme), Part(url, CURLUPART_PORT).has_value(), PathOf(url)};
+  const std::string scheme = PartOf(url, CURLUPART_SCHEME).value_or("");
+  const std::string host = NormalizedHost(PartOf(url, CURLUPART_HOST).value_or(""));
+  if (host.empty() || PartOf(url, CURLUPART_PORT) == "0") return std::nullopt;
+  return CameraUrl{scheme, host, PortOf(url, scheme), PartOf(url, CURLUPART_PORT).has_value(), PathOf(url)};
 }
 
 std::optional<CameraUrl> ParseHttpUrl(std::string_view text) {

@@ -40,8 +40,8 @@ class Post {
  public:
   Post(const std::string& url, const std::string& secret, const std::string& body) : curl_(curl_easy_init()) {
     if (!curl_) throw std::bad_alloc();
-    Append("Content-Type: application/json");
-    Append("X-Signature: " + Signature(secret, body));
+    Append(headers_, "Content-Type: application/json");
+    Append(headers_, "X-Signature: " + Signature(secret, body));
     Set(CURLOPT_HTTPHEADER, headers_.get());
     Set(CURLOPT_URL, url.c_str());
     Set(CURLOPT_COPYPOSTFIELDS, body.c_str());
@@ -73,13 +73,6 @@ class Post {
     curl_easy_setopt(curl_.get(), option, value);
   }
 
-  void Append(const std::string& line) {
-    curl_slist* longer = curl_slist_append(headers_.get(), line.c_str());
-    if (longer == nullptr) throw std::bad_alloc();
-    static_cast<void>(headers_.release());
-    headers_.reset(longer);
-  }
-
   /// Called by libcurl for each address of the host.
   static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
     const bool mayConnect = MayConnectTo(address->addr);
@@ -97,20 +90,15 @@ class Post {
   CurlHandle curl_;
 };
 
-std::string PartOf(const UrlHandle& url, CURLUPart part) {
-  char* text = nullptr;
-  const bool isThere = curl_url_get(url.get(), part, &text, 0) == CURLUE_OK;
-  return isThere ? CurlText(text).get() : "";
-}
-
 }  // namespace
 
 bool IsNoticeUrl(const std::string& text) {
   const UrlHandle url(curl_url());
   if (!url || curl_url_set(url.get(), CURLUPART_URL, text.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) return false;
-  const std::string scheme = PartOf(url, CURLUPART_SCHEME);
-  const bool hasLogin = !PartOf(url, CURLUPART_USER).empty() || !PartOf(url, CURLUPART_PASSWORD).empty();
-  return (scheme == "http" || scheme == "https") && !PartOf(url, CURLUPART_HOST).empty() && !hasLogin;
+  const auto part = [&](CURLUPart which) { return PartOf(url, which).value_or(""); };
+  const std::string scheme = part(CURLUPART_SCHEME);
+  const bool hasLogin = !part(CURLUPART_USER).empty() || !part(CURLUPART_PASSWORD).empty();
+  return (scheme == "http" || scheme == "https") && !part(CURLUPART_HOST).empty() && !hasLogin;
 }
 
 PostResult PostSigned(const std::string& url, const std::string& secret, const std::string& body) {

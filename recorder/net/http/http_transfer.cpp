@@ -43,13 +43,6 @@ UrlHandle MakeUrl(const HttpPlace& place) {
   return url;
 }
 
-void Append(CurlList& lines, const std::string& line) {
-  curl_slist* longer = curl_slist_append(lines.get(), line.c_str());
-  if (longer == nullptr) throw std::bad_alloc();
-  static_cast<void>(lines.release());
-  lines.reset(longer);
-}
-
 CurlList MakeHeaders(const OutgoingRequest& request, const std::string& authorization) {
   CurlList lines;
   if (!authorization.empty()) Append(lines, "Authorization: " + authorization);
@@ -64,10 +57,8 @@ CurlList MakeHeaders(const OutgoingRequest& request, const std::string& authoriz
 std::string WholeAddress(const UrlHandle& here, const std::string& location) {
   constexpr unsigned int kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_ALLOW_SPACE;
   const UrlHandle url(curl_url_dup(here.get()));
-  char* whole = nullptr;
-  const bool isRead = url && curl_url_set(url.get(), CURLUPART_URL, location.c_str(), kFlags) == CURLUE_OK &&
-                      curl_url_get(url.get(), CURLUPART_URL, &whole, 0) == CURLUE_OK;
-  return isRead ? CurlText(whole).get() : location;
+  const bool isRead = url && curl_url_set(url.get(), CURLUPART_URL, location.c_str(), kFlags) == CURLUE_OK;
+  return isRead ? PartOf(url, CURLUPART_URL).value_or(location) : location;
 }
 
 }  // namespace
