@@ -31,7 +31,7 @@ export const notices = {
     blocked: "The recorder may not connect to this address: its address policy decides.",
     timedOut: "No answer came in time.",
     notThisProtocol: "No secure connection came about, or what answered does not speak HTTP. Look at its certificate.",
-    notUnderstood: "It answered, but did not take the notice.",
+    notUnderstood: "It hung up, or did not take the notice.",
   },
   failed: "It was not taken.",
   /** @param {string} failure @param {number} status */

@@ -22,6 +22,9 @@ constexpr std::pair<CURLcode, Outcome> kOutcomes[] = {
     {CURLE_COULDNT_RESOLVE_HOST, Outcome::kUnreachable},
     {CURLE_COULDNT_CONNECT, Outcome::kUnreachable},
     {CURLE_OPERATION_TIMEDOUT, Outcome::kTimedOut},
+    {CURLE_GOT_NOTHING, Outcome::kNotUnderstood},  // it hung up, as in the next two
+    {CURLE_RECV_ERROR, Outcome::kNotUnderstood},
+    {CURLE_SEND_ERROR, Outcome::kNotUnderstood},
 };
 
 std::string Signature(const std::string& secret, const std::string& body) {

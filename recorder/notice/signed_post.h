@@ -10,8 +10,8 @@ namespace recorder {
 bool IsNoticeUrl(const std::string& url);
 
 struct PostResult {
-  /// kOk: an answer 2xx came; kNotUnderstood: any other one. kBlocked: the address policy allows none of the host's
-  /// addresses. kNotThisProtocol: no HTTP, or a certificate that this machine does not trust.
+  /// kOk: an answer 2xx came; kNotUnderstood: any other one, or it hung up. kBlocked: the address policy allows none of
+  /// the host's addresses. kNotThisProtocol: no HTTP, or a certificate that this machine does not trust.
   Outcome outcome = Outcome::kUnreachable;
   long status = 0;  ///< of HTTP; 0: no answer came
 };

@@ -39,14 +39,14 @@ class Receiver {
 
   const std::string& Url() const { return url_; }
 
-  /// Waits for what is told, answers `status`, and looks at the signature.
+  /// Waits for what is told, answers `status`, or hangs up if that is "", and looks at the signature.
   Json::Value Take(
       const std::string& status, const std::function<void()>& meanwhile = [] {}) const {
     const Connection connection(listener_);
     std::string bytes;
     while (MessageSize(bytes) == 0 && connection.Receive(bytes)) continue;
     meanwhile();
-    connection.Send("HTTP/1.1 " + status + "\r\nContent-Length: 0\r\n\r\n");
+    if (!status.empty()) connection.Send("HTTP/1.1 " + status + "\r\nContent-Length: 0\r\n\r\n");
     const std::string body = bytes.substr(bytes.find("\r\n\r\n") + 4);
     EXPECT_THAT(bytes, testing::StartsWith("POST /cameras?of=us HTTP/1.1\r\n"));
     EXPECT_EQ(HeaderOf(bytes, "X-Signature"), "sha256=" + Hmac(body));
@@ -104,6 +104,9 @@ TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   auto tested = std::async(std::launch::async, [this] { return Send("POST", "/test"); });
   EXPECT_EQ(receiver.Take("201 Created")["kind"], "test");
   EXPECT_EQ(tested.get().json["data"]["status"], 201);
+  tested = std::async(std::launch::async, [this] { return Send("POST", "/test"); });
+  receiver.Take("");
+  EXPECT_EQ(tested.get().json["error"]["cause"], "notUnderstood") << "it hung up";
   EXPECT_THAT(Send("GET", "").body + recorder_.Log(), Not(HasSubstr(kSignedWith)));
   EXPECT_EQ(Send("DELETE", "").status, 200);
   EXPECT_EQ(Send("POST", "/test").status, 404);
