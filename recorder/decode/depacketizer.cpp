@@ -87,9 +87,11 @@ int Depacketizer::ReadPacket(void* self, std::uint8_t* buffer, int size) {
   return static_cast<int>(packet.size());
 }
 
-int Depacketizer::WritePacket(void* self, std::uint8_t* bytes, int size) {
+int Depacketizer::WritePacket(void* self, std::uint8_t* bytes, int size) try {  // FFmpeg is C: nothing may be thrown
   static_cast<Depacketizer*>(self)->sendControl_({bytes, static_cast<std::size_t>(size)});
   return size;
+} catch (const std::bad_alloc&) {
+  return AVERROR(ENOMEM);
 }
 
 }  // namespace recorder

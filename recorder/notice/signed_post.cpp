@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -76,12 +77,14 @@ class Post {
     curl_easy_setopt(curl_.get(), option, value);
   }
 
-  /// Called by libcurl for each address of the host.
-  static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
+  /// Called by libcurl, which is C: nothing may be thrown through it. For each address of the host.
+  static curl_socket_t OnOpenSocket(void* self, curlsocktype, curl_sockaddr* address) try {
     const bool mayConnect = MayConnectTo(address->addr);
     auto* const post = static_cast<Post*>(self);
     (mayConnect ? post->isAllowed_ : post->isBlocked_) = true;
     return mayConnect ? socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol) : CURL_SOCKET_BAD;
+  } catch (const std::exception&) {
+    return CURL_SOCKET_BAD;
   }
 
   /// Nobody needs what it says; one that says too much is ended by the time limit.

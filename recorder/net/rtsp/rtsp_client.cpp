@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <tuple>
 #include <utility>
 
@@ -22,9 +23,13 @@ RtspClient::RtspClient(CameraAddress address, std::string_view path, Clock::time
                *this) {}
 
 RtspClient::~RtspClient() {
-  const std::string teardown = session_.Teardown();
-  std::ignore =
-      socket_.Write(std::span(reinterpret_cast<const std::uint8_t*>(teardown.data()), teardown.size()), Clock::now());
+  try {
+    const std::string teardown = session_.Teardown();
+    std::ignore =
+        socket_.Write(std::span(reinterpret_cast<const std::uint8_t*>(teardown.data()), teardown.size()), Clock::now());
+  } catch (const std::exception&) {
+    return;  // such as for the records, which lend the login: without a TEARDOWN the camera ends the session by itself
+  }
 }
 
 Outcome RtspClient::Describe() {
