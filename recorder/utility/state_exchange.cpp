@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -17,6 +19,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/log.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -78,12 +81,25 @@ void CheckMoves(const fs::path& stateFolder) {
   }
 }
 
-void Wipe(const fs::path& file) {
-  const FileDescriptor opened{open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW)};
-  const std::string nothing(opened ? static_cast<std::size_t>(fs::file_size(file)) : 0, '\0');
-  if (!opened || write(opened.Get(), nothing.data(), nothing.size()) != std::ssize(nothing) ||
-      fdatasync(opened.Get()) != 0) {
-    throw std::system_error(errno, std::generic_category(), file.string());
+/// False, with errno, when not all of it could be.
+bool IsWiped(const FileDescriptor& file) {
+  static constexpr std::array<char, 64 * 1024> kNothing{};
+  struct stat found = {};
+  if (fstat(file.Get(), &found) != 0) return false;
+  while (found.st_size > 0) {
+    const std::size_t size = std::min<std::uintmax_t>(kNothing.size(), static_cast<std::uintmax_t>(found.st_size));
+    const ssize_t written = write(file.Get(), kNothing.data(), size);
+    if (written < 0 && errno != EINTR) return false;
+    found.st_size -= std::max<ssize_t>(written, 0);
+  }
+  return fdatasync(file.Get()) == 0;
+}
+
+/// One that cannot be wiped is told of, and goes all the same.
+void Wipe(const fs::path& path) {
+  const FileDescriptor file{open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW)};
+  if (!file || !IsWiped(file)) {
+    LogFailure(path.string() + " was removed without being wiped: " + std::generic_category().message(errno));
   }
 }
 

@@ -25,9 +25,9 @@ class StateExchange {
   /// this object, or when the next exchange begins.
   std::filesystem::path NewState() const;
 
-  /// Puts it in place. Returns the folder, within the state folder, that holds what was there before, but for runs,
-  /// whose passwords are wiped; "" when that was nothing. Throws std::runtime_error, and nothing has changed, when
-  /// something of it cannot be moved.
+  /// Puts it in place. Returns the folder, within the state folder, that holds what was there before; "" when that was
+  /// nothing. It does not hold runs: their passwords are wiped, or where that fails removed, and logged. Throws
+  /// std::runtime_error, and nothing has changed, when something of it cannot be moved.
   std::filesystem::path Commit() const;
 
  private:
