@@ -1,7 +1,6 @@
 #include "recorder/own/event_stream.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,6 +15,7 @@
 #include "recorder/notice/event_json.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/file_lock.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/text.h"
@@ -37,32 +37,16 @@ int Places() {
   return count == nullptr ? 1 : ParseNumber<int>(count).value_or(1);
 }
 
-/// One of the places that workers have for telling events: a lock of a byte that belongs to the open file, and so ends
-/// with this object or process.
-class EventPlace {
- public:
-  /// Throws HttpError when all are taken.
-  explicit EventPlace(const std::filesystem::path& stateFolder)
-      : file_(open((stateFolder / "events.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-    if (!file_) throw std::system_error(errno, std::generic_category(), "events.lock");
-    for (int place = 0; place < Places(); ++place) {
-      if (Takes(place)) return;
-    }
-    throw HttpError(503, "enough workers tell events already: ask for pages of them", "Retry-After: 30\r\n");
+/// Takes one of the places that workers have for telling events, for as long as the result lives: a byte of one file.
+/// Throws HttpError when all are taken.
+FileDescriptor TakePlace(const std::filesystem::path& stateFolder) {
+  FileDescriptor file = OpenLocks(stateFolder / "events.lock");
+  if (!file) throw std::system_error(errno, std::generic_category(), "events.lock");
+  for (int place = 0; place < Places(); ++place) {
+    if (TryLock(file, F_WRLCK, place, 1)) return file;
   }
-
- private:
-  bool Takes(int place) const {
-    struct flock lock {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = place;
-    lock.l_len = 1;
-    return fcntl(file_.Get(), F_OFD_SETLK, &lock) == 0;
-  }
-
-  FileDescriptor file_;
-};
+  throw HttpError(503, "enough workers tell events already: ask for pages of them", "Retry-After: 30\r\n");
+}
 
 /// The last event that whoever asks knows of. After an older backup was restored, he may know of some that never were.
 std::int64_t LastKnown(const HttpRequest& request, const Records& records) {
@@ -98,7 +82,7 @@ bool TellNext(const Records& records, const EventFilter& filter, LineAnswer& ans
 bool WantsStream(const HttpRequest& request) { return request.accept.find("text/event-stream") != std::string::npos; }
 
 void StreamEvents(const HttpRequest& request, const EventFilter& filter, LineAnswer& answer) {
-  const EventPlace place(GetConfig().stateFolder);
+  const FileDescriptor place = TakePlace(GetConfig().stateFolder);
   const Records records(GetConfig().stateFolder);
   const Clock::time_point end = Clock::now() + kLongest;
   std::int64_t last = LastKnown(request, records);

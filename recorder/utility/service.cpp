@@ -8,6 +8,7 @@
 
 #include "platform/utility.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/file_lock.h"
 #include "recorder/utility/files.h"
 
 namespace recorder {
@@ -17,23 +18,11 @@ std::filesystem::path LockFile(const std::filesystem::path& stateFolder, Service
   return stateFolder / (service == Service::kWatch ? "watch.lock" : "service.lock");
 }
 
-/// A lock of the whole file that belongs to the open file, not to the process (fcntl(2), "open file description
-/// locks").
-struct flock WholeFile(short type) {
-  struct flock lock {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  return lock;
-}
-
 /// Throws std::system_error, which names the file, when others have locks that exclude this one.
 FileDescriptor LockWhole(const std::filesystem::path& path, short type) {
   MakePrivateFolder(path.parent_path());
-  FileDescriptor file{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
-  auto lock = WholeFile(type);
-  if (!file || fcntl(file.Get(), F_OFD_SETLK, &lock) != 0) {
-    throw std::system_error(errno, std::generic_category(), path.string());
-  }
+  FileDescriptor file = OpenLocks(path);
+  if (!file || !TryLock(file, type)) throw std::system_error(errno, std::generic_category(), path.string());
   return file;
 }
 
@@ -51,8 +40,7 @@ ServicePause::ServicePause(const std::filesystem::path& stateFolder) try
 
 bool IsServiceRunning(const std::filesystem::path& stateFolder, Service service) {
   const FileDescriptor file{open(LockFile(stateFolder, service).c_str(), O_RDONLY | O_CLOEXEC)};
-  auto lock = WholeFile(F_WRLCK);
-  return file && fcntl(file.Get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+  return file && IsLocked(file);
 }
 
 }  // namespace recorder

@@ -13,8 +13,7 @@ namespace recorder {
 /// any.
 class CameraLock {
  public:
-  /// Waits until `deadline` for byte `camera` of the file at `path`, which is made when it lacks and stays empty: one
-  /// file holds the locks of all cameras and need never be removed (fcntl(2), "open file description locks"). Where
+  /// Waits until `deadline` for byte `camera` of the file at `path`, which holds the locks of all cameras. Where
   /// nothing can be locked nobody is kept from asking: a full disk must not keep cameras from being tested.
   CameraLock(const std::filesystem::path& path, off_t camera, Clock::time_point deadline);
 
