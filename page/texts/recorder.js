@@ -9,7 +9,7 @@ export const recorder = {
   otherName: (name) =>
     `This recorder does not go by the name “${name}”. Add "${name}" to "hostNames" in its configuration, or open ` +
     "this page by the recorder's IP address.",
-  busy: "All workers of the recorder are busy. Try again in a moment.",
+  busy: "The recorder is busy. Try again in a moment.",
   cutOff: "The recorder's answer was cut off. Try again.",
   /** @param {number} status */
   status: (status) => `It answered with status ${status}.`,

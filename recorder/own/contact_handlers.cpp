@@ -129,7 +129,7 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   const std::optional<CameraLock> turn =
       HasWorked(records, camera) ? std::nullopt : std::optional<CameraLock>(TurnOf(camera));
   if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal(records, camera);
-  if (turn && !*turn) return CameraFailure(Outcome::kTimedOut);
+  if (turn && !*turn) throw HttpError(503, "another picture with this login has not ended", "Retry-After: 5\r\n");
   const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records);
   std::string picture = PictureIn(answer);
   if (!picture.empty()) return PictureAnswer(std::move(picture));

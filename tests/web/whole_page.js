@@ -85,10 +85,10 @@ test("a model tells its streams by name, and of each value who says so", () => {
     await page.route("**/recorder/1/models/**", (route) => route.fulfill({ status: 503 }));
     await page.reload();
     await expectText(page, "models-detail-body", "H.264 over RTSP");
-    await expectText(page, "models-detail-body", "could not be read. All workers of the recorder are busy.");
+    await expectText(page, "models-detail-body", "could not be read. The recorder is busy.");
     await page.route("**/CamCap", (route) => route.fulfill({ status: 503 }));
     await page.reload();
-    await expectText(page, "models-detail-body", "All workers of the recorder are busy. Try again in a moment.");
+    await expectText(page, "models-detail-body", "The recorder is busy. Try again in a moment.");
   };
   return withPage("#models/Acme/Cube-2", work, { script: AXE });
 });
@@ -105,7 +105,7 @@ test("a recorder that went away is told of, found again, and no test is repeated
     await page.route("**/CameraModelEnum", (route) => route.fulfill({ status: 503 }), { times: 1 });
     await page.context().setOffline(false);
     await page.clock.fastForward(5000);
-    await expectText(page, "models-failed-text", "All workers of the recorder are busy. Try again in a moment.");
+    await expectText(page, "models-failed-text", "The recorder is busy. Try again in a moment.");
     await page.clock.fastForward(10_000);
     await page.locator("#offline").waitFor({ state: "hidden" });
     assert.equal(sent(calls, "CameraTest").length, 1);

@@ -1,5 +1,6 @@
 #include "rig/cameras.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +9,8 @@
 #include <future>
 #include <thread>
 #include <vector>
+
+#include "recorder/utility/file_lock.h"
 
 // Stored cameras over HTTP: a password goes in once and never comes out.
 
@@ -277,6 +280,10 @@ TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {
   EXPECT_EQ(cameras_.Log("two")["connections"], 0);
 
   ASSERT_EQ(Send("POST", "", Fields("silent")).status, 201);
+  const recorder::FileDescriptor locks = recorder::OpenLocks(recorder_.StateFolder() / "logins.lock");
+  ASSERT_TRUE(recorder::TryLock(locks, F_WRLCK));
+  EXPECT_EQ(Ask("GET", "/2/picture").status, 503) << "another one has its turn all the time";
+  ASSERT_TRUE(recorder::TryLock(locks, F_UNLCK));
   Connection(recorder_.Port(), std::chrono::seconds(60))
       .Send(HttpRequest("GET", std::string(kCamerasPath) + "/2/picture", recorder_.Login()));
   EXPECT_EQ(CauseOf(Send("POST", "/2/test")), "timedOut") << "after somebody who has gone";
