@@ -7,6 +7,7 @@
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/secrets.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -47,7 +48,7 @@ std::optional<Grant> ParseGrant(std::string_view line) {
 
 }  // namespace
 
-std::filesystem::path GrantsFile(const std::filesystem::path& stateFolder) { return stateFolder / "access"; }
+std::filesystem::path GrantsFile(const std::filesystem::path& stateFolder) { return stateFolder / kGrantsFile; }
 
 std::vector<Grant> ReadGrants(const std::filesystem::path& stateFolder) {
   const std::filesystem::path file = GrantsFile(stateFolder);

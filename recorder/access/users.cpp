@@ -6,6 +6,7 @@
 #include "recorder/access/access_files.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/secrets.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -72,7 +73,7 @@ void Save(const AccessFiles& files) {
 
 }  // namespace
 
-path UsersFile(const path& stateFolder) { return stateFolder / "users"; }
+path UsersFile(const path& stateFolder) { return stateFolder / kUsersFile; }
 
 std::vector<User> ReadUsers(const path& stateFolder) {
   const path file = UsersFile(stateFolder);

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "recorder/utility/state_files.h"
+
 namespace recorder {
 
 /// A certificate and its key on disk, both PEM; behind the certificate may follow those that lead to its authority.
@@ -14,7 +16,7 @@ struct CertificateFiles {
 
 /// Where "recorderctl certificate make" puts this recorder's own.
 inline CertificateFiles OwnCertificate(const std::filesystem::path& stateFolder) {
-  return {stateFolder / "certificate.pem", stateFolder / "certificate-key.pem"};
+  return {stateFolder / kCertificateFile, stateFolder / kCertificateKeyFile};
 }
 
 /// Reads both as the web server does. Returns when the certificate ends, in seconds since 1970. Throws

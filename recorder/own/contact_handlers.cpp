@@ -21,6 +21,7 @@
 #include "recorder/utility/config.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 
@@ -80,7 +81,7 @@ bool HasWorked(const Records& records, const CameraRecord& camera) {
 CameraLock TurnOf(const CameraRecord& camera) {
   const Config& config = GetConfig();
   const auto place = static_cast<off_t>(std::hash<std::string>()(LoginOf(camera)) & 0x7fffffffU);
-  return {config.stateFolder / "logins.lock", place, Clock::now() + config.limits.picture};
+  return {config.stateFolder / kLoginsLock, place, Clock::now() + config.limits.picture};
 }
 
 /// What the camera's own last contact or that of another one of its login came to.

@@ -18,6 +18,7 @@
 #include "recorder/utility/file_lock.h"
 #include "recorder/utility/handle.h"
 #include "recorder/utility/json_text.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -40,8 +41,8 @@ int Places() {
 /// Takes one of the places that workers have for telling events, for as long as the result lives: a byte of one file.
 /// Throws HttpError when all are taken.
 FileDescriptor TakePlace(const std::filesystem::path& stateFolder) {
-  FileDescriptor file = OpenLocks(stateFolder / "events.lock");
-  if (!file) throw std::system_error(errno, std::generic_category(), "events.lock");
+  FileDescriptor file = OpenLocks(stateFolder / kEventsLock);
+  if (!file) throw std::system_error(errno, std::generic_category(), kEventsLock);
   for (int place = 0; place < Places(); ++place) {
     if (TryLock(file, F_WRLCK, place, 1)) return file;
   }

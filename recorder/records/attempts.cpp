@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace {
@@ -30,7 +31,7 @@ static_assert(sizeof(Slot) == 64);
 
 constexpr std::string_view kKind = "watch.attempts 1, by camera id\n";
 
-std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / "watch.attempts"; }
+std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / kAttemptsFile; }
 
 Slot SlotOf(const Attempt& attempt) {
   return {.at = attempt.at,

@@ -24,9 +24,6 @@ struct DatabaseFile {
   std::filesystem::path file;
 };
 
-/// The key file in the state folder, for all that is sealed there.
-inline constexpr char kKeyFile[] = "secret.key";
-
 /// Runs one statement with these values for its "?", and returns how many rows it changed.
 template <class... Values>
 int RunStatement(SQLite::Database& database, const char* text, const Values&... values) {

@@ -5,6 +5,7 @@
 #include "recorder/records/record_schema.h"
 #include "recorder/records/records.h"
 #include "recorder/records/records_file.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace {
@@ -38,7 +39,7 @@ void Records::CopyTo(const std::filesystem::path& file) const {
 }
 
 bool Records::AreOfThisProgram(const std::filesystem::path& stateFolder) try {
-  SQLite::Database database{(stateFolder / kDatabaseFile).string(), SQLite::OPEN_READWRITE};
+  SQLite::Database database{(stateFolder / kRecordsFile).string(), SQLite::OPEN_READWRITE};
   return SchemaOf(database) > NewestSchema() || HasOwnSchema(database);
 } catch (const SQLite::Exception& error) {
   throw RecordsError(std::string("the records cannot be read: ") + error.what());

@@ -4,6 +4,7 @@
 
 #include "recorder/records/record_schema.h"
 #include "recorder/utility/clock.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -36,7 +37,7 @@ void DeleteRemoved(SQLite::Database& database) {
 }  // namespace
 
 Records::Impl::Impl(const fs::path& stateFolder)
-    : DatabaseFile{stateFolder / kDatabaseFile},
+    : DatabaseFile{stateFolder / kRecordsFile},
       keyFile(stateFolder / kKeyFile),
       fileStamp(StampOf(file)),
       keyStamp(StampOf(keyFile)),
@@ -75,7 +76,7 @@ Records::~Records() = default;
 
 bool Records::AreThere(const fs::path& stateFolder) {
   std::error_code ignored;
-  return fs::exists(stateFolder / kDatabaseFile, ignored) && fs::exists(stateFolder / kKeyFile, ignored);
+  return fs::exists(stateFolder / kRecordsFile, ignored) && fs::exists(stateFolder / kKeyFile, ignored);
 }
 
 bool Records::IsCurrent() const {

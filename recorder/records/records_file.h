@@ -12,8 +12,6 @@
 
 namespace recorder {
 
-inline constexpr char kDatabaseFile[] = "recorder.db";
-
 /// The opened file of the records, and the key that it is read with.
 struct Records::Impl : DatabaseFile {
   /// Opens the records in `stateFolder` and makes what is missing.

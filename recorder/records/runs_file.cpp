@@ -4,6 +4,7 @@
 
 #include "recorder/utility/clock.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -32,7 +33,7 @@ CREATE TRIGGER forgetRows AFTER DELETE ON runs
   BEGIN DELETE FROM rows WHERE runId = OLD.id; END;
 )";
 
-fs::path RunsFileIn(const fs::path& stateFolder) { return stateFolder / "runs.db"; }
+fs::path RunsFileIn(const fs::path& stateFolder) { return stateFolder / kRunsFile; }
 
 /// Whoever comes next makes again what somebody left half made.
 void MakeSchema(SQLite::Database& database, const fs::path& file) {

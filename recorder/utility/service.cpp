@@ -10,12 +10,13 @@
 #include "recorder/utility/config.h"
 #include "recorder/utility/file_lock.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace {
 
 std::filesystem::path LockFile(const std::filesystem::path& stateFolder, Service service = Service::kRecorder) {
-  return stateFolder / (service == Service::kWatch ? "watch.lock" : "service.lock");
+  return stateFolder / (service == Service::kWatch ? kWatchLock : kServiceLock);
 }
 
 /// Throws std::system_error, which names the file, when others have locks that exclude this one.

@@ -20,6 +20,7 @@
 #include "recorder/utility/day_text.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
@@ -34,19 +35,11 @@ constexpr char kOld[] = "old";
 
 constexpr char kKept[] = "before-restore-";
 
-// The recorder's own: all else in the state folder is somebody else's (such as "lost+found" of a file system), and
-// stays.
-constexpr std::string_view kOwnNames[] = {
-    "secret.key",   "users",          "access",       "certificate.pem", "certificate-key.pem",
-    "address",      "watch.attempts", "watch.lock",   "events.lock",     "logins.lock",
-    "cameras.lock", "models",         "capabilities",
-};
-constexpr std::string_view kRecords = "recorder.db";  ///< and the files of its write-ahead log
-constexpr std::string_view kRuns = "runs.db";         ///< and those of its own
-
+/// All else in the state folder is somebody else's (such as "lost+found" of a file system), and stays. A database
+/// has the files of its write-ahead log besides.
 bool IsOwn(std::string_view name) {
-  return name.starts_with(kRecords) || name.starts_with(kRuns) ||
-         std::find(std::begin(kOwnNames), std::end(kOwnNames), name) != std::end(kOwnNames);
+  return name.starts_with(kRecordsFile) || name.starts_with(kRunsFile) ||
+         std::find(std::begin(kStateFiles), std::end(kStateFiles), name) != std::end(kStateFiles);
 }
 
 std::vector<std::string> NamesIn(const fs::path& folder) {
@@ -106,7 +99,7 @@ void Wipe(const fs::path& path) {
 /// Passwords of runs end with them: nobody would open the file of a state that is only kept.
 void RemoveRuns(const fs::path& folder) {
   for (const std::string& name : NamesIn(folder)) {
-    if (!name.starts_with(kRuns)) continue;
+    if (!name.starts_with(kRunsFile)) continue;
     Wipe(folder / name);
     RemoveFile(folder / name);
   }

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <utility>
 
+#include "recorder/utility/state_files.h"
+
 namespace recorder {
 namespace {
 
@@ -24,7 +26,7 @@ bool IsFresh(const FileStamp& stamp) {
 }  // namespace
 
 RecordsNews::RecordsNews(const std::filesystem::path& stateFolder)
-    : file_(stateFolder / "recorder.db"), log_(stateFolder / "recorder.db-wal") {}
+    : file_(stateFolder / kRecordsFile), log_(file_.string() + "-wal") {}
 
 bool RecordsNews::AreThere() {
   const FileStamp file = std::exchange(fileStamp_, StampOf(file_));

@@ -10,6 +10,7 @@
 #include "recorder/utility/files.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/state_exchange.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -38,10 +39,10 @@ class SideFolder {
 };
 
 void Write(const fs::path& stateFolder, const fs::path& records, BackupWriter& backup) {
-  backup.AddPart(kRecordsPart, records);
+  backup.AddPart(kRecordsFile, records);
   const FileDescriptor lock = LockFolder(stateFolder);  // so that users and their sessions are of one moment
   for (const std::string& part : PartsIn(stateFolder)) {
-    if (part != kRecordsPart) backup.AddPart(part, stateFolder / part);
+    if (part != kRecordsFile) backup.AddPart(part, stateFolder / part);
   }
   backup.Finish();
 }

@@ -7,17 +7,18 @@
 #include <system_error>
 
 #include "recorder/utility/limits.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kFiles[] = {
-    kRecordsPart, "secret.key", "users", "access", "certificate.pem", "certificate-key.pem",
+    kRecordsFile, kKeyFile, kUsersFile, kGrantsFile, kCertificateFile, kCertificateKeyFile,
 };
 
 /// Of JSON files with any names.
-constexpr std::string_view kFolders[] = {"models", "capabilities"};
+constexpr std::string_view kFolders[] = {kModelsFolder, kCapabilitiesFolder};
 
 bool IsFileName(std::string_view name) {
   return name.ends_with(".json") && !name.starts_with('.') && name.find('/') == std::string_view::npos &&
@@ -34,7 +35,7 @@ bool IsPart(const std::string& name) {
 }
 
 std::uint64_t LargestSize(const std::string& part) {
-  return part == kRecordsPart ? std::numeric_limits<std::uint64_t>::max() : kLargestFile;
+  return part == kRecordsFile ? std::numeric_limits<std::uint64_t>::max() : kLargestFile;
 }
 
 std::vector<std::string> PartsIn(const fs::path& stateFolder) {

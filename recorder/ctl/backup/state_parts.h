@@ -12,9 +12,6 @@
 
 namespace recorder {
 
-/// The records, as a part and as a file of the state folder. Their copy is made by SQLite.
-inline constexpr char kRecordsPart[] = "recorder.db";
-
 /// True for the name of a part, which is its path below the state folder and leads to nowhere else.
 bool IsPart(const std::string& name);
 

@@ -6,13 +6,14 @@
 
 #include "recorder/ctl/own_addresses.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
 
 namespace {
 
-std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / "address"; }
+std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / kAddressFile; }
 
 /// One that other machines can reach, if there is one.
 std::string AnyOwnAddress(bool mayBeIpv6) {

@@ -22,6 +22,7 @@
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/state_files.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -38,7 +39,7 @@ constexpr std::chrono::hours kLongestWritten{1};
 
 constexpr char kExtension[] = ".json";
 
-fs::path Folder() { return GetConfig().stateFolder / "capabilities"; }
+fs::path Folder() { return GetConfig().stateFolder / kCapabilitiesFolder; }
 
 std::string HashOf(std::initializer_list<std::string> texts) {
   std::string joined;
@@ -214,7 +215,7 @@ AskedModel LearnCamera(const std::string& vendor, const CameraAddress& address, 
     if (IsEnough(kept, freshness)) return kept;
   }
   MakeFolder();
-  const CameraLock lock(GetConfig().stateFolder / "cameras.lock", LockOf(address), RequestScope::Current().Deadline());
+  const CameraLock lock(GetConfig().stateFolder / kCamerasLock, LockOf(address), RequestScope::Current().Deadline());
   const FileContent content = ReadContent(vendor, path);
   AskedModel kept = FindChannel(content.models, channel);
   if (IsEnough(kept, freshness)) return kept;  // since somebody else has asked meanwhile

@@ -10,6 +10,7 @@
 #include "recorder/device/model/model_folder.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
+#include "recorder/utility/state_files.h"
 
 namespace recorder {
 namespace {
@@ -81,7 +82,7 @@ FoundModel FindInFile(const std::string& vendor, const std::string& name, const 
 }  // namespace
 
 ModelFolders ModelFoldersOf(const Config& config) {
-  return {config.modelsFolder.string(), (config.stateFolder / "models").string()};
+  return {config.modelsFolder.string(), (config.stateFolder / kModelsFolder).string()};
 }
 
 void SetModelFolders(const ModelFolders& folders) { Current().SetFolders(folders); }
