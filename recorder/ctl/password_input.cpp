@@ -76,10 +76,11 @@ std::string ReadPassword(const std::string& prompt) {
   if (isatty(STDIN_FILENO) == 0) return ReadLine();
   const QuietTerminal quiet;
   std::string first = AskLine(prompt);
+  const WipeAtEnd wipeFirst(first);
   std::string second = AskLine(prompt + " again");
-  const WipeAtEnd wipe(second);
+  const WipeAtEnd wipeSecond(second);
   if (first != second) throw std::runtime_error("the two entries differ");
-  return first;
+  return std::string(first);
 }
 
 }  // namespace recorder

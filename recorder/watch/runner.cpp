@@ -31,6 +31,18 @@ void AddSilentHosts(const std::filesystem::path& stateFolder, std::set<std::stri
   }
 }
 
+/// The rows of calls that begin. Their passwords are wiped at the end.
+struct BegunCalls {
+  BegunCalls() = default;
+  ~BegunCalls() {
+    for (std::vector<RunRow>& rows : calls) WipePasswords(rows);
+  }
+  BegunCalls(const BegunCalls&) = delete;
+  BegunCalls& operator=(const BegunCalls&) = delete;
+
+  std::vector<std::vector<RunRow>> calls;
+};
+
 std::vector<int> NumbersOf(const std::vector<RunRow>& rows) {
   std::vector<int> numbers;
   numbers.reserve(rows.size());
@@ -116,14 +128,12 @@ void Runner::StartAll(Checkers& checkers) {
 void Runner::StartRows(Checkers& checkers) {
   const std::size_t most = std::min(checkers.Free(), kMostCalls - atHand_.size());
   if (!plan_ || (ended_.empty() && (isOver_ || most == 0 || !plan_->CanGoOn()))) return;
-  for (std::vector<RunRow>& rows : Begun(most)) {
-    Start(rows, checkers);
-    WipePasswords(rows);
-  }
+  BegunCalls begun;
+  Begin(most, begun.calls);
+  for (const std::vector<RunRow>& rows : begun.calls) Start(rows, checkers);
 }
 
-std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
-  std::vector<std::vector<RunRow>> calls;
+void Runner::Begin(std::size_t most, std::vector<std::vector<RunRow>>& calls) {
   refusals_.Update();
   Runs runs(stateFolder_);
   Keep(runs);
@@ -134,14 +144,14 @@ std::vector<std::vector<RunRow>> Runner::Begun(std::size_t most) {
     isOver_ = !rows;
     if (isOver_) plan_->End(next, {});
     if (isOver_) break;
-    TakeRefused(*rows);
+    calls.push_back(*std::move(rows));
+    TakeRefused(calls.back());
     std::vector<int> others;  // that came to something meanwhile
-    std::ranges::set_difference(next, NumbersOf(*rows), std::back_inserter(others));
+    std::ranges::set_difference(next, NumbersOf(calls.back()), std::back_inserter(others));
     plan_->End(others, {});
-    if (!rows->empty()) calls.push_back(*std::move(rows));
+    if (calls.back().empty()) calls.pop_back();
   }
   Keep(runs);
-  return calls;
 }
 
 /// Takes those rows out of a call whose login was just refused, and gives them that result.

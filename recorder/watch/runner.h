@@ -57,7 +57,7 @@ class Runner {
   void GiveUp(const std::exception& error);
   void Load(const Runs& runs, int run);
   void Take(const std::vector<RowOutcome>& outcomes);
-  std::vector<std::vector<RunRow>> Begun(std::size_t most);
+  void Begin(std::size_t most, std::vector<std::vector<RunRow>>& calls);
   void TakeRefused(std::vector<RunRow>& rows);
   void Keep(Runs& runs);
   void Start(const std::vector<RunRow>& rows, Checkers& checkers);
