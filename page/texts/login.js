@@ -99,7 +99,7 @@ export const login = {
   role: "Role",
   roles: { admin: "Admin", user: "User" },
   ofOthers: "Sessions and tokens of others",
-  roleExplained: "An admin manages users; a user tests, lists and shows cameras.",
+  roleExplained: "A user tests, lists and shows cameras; an admin also stores and changes them, and manages users.",
   newUser: "New user",
   userName: "Name of a new user",
   add: "Add",

@@ -5,7 +5,8 @@
 
 namespace recorder {
 
-/// What a user may do: a user tests, lists and pictures cameras; an admin manages users as well.
+/// What a user may do: a user tests, lists and pictures cameras; an admin stores and changes them and manages users as
+/// well.
 enum class Role { kUser, kAdmin };
 
 /// As files and answers have it: "user" or "admin".
