@@ -37,7 +37,7 @@ void AddCommands(CLI::App& app, const std::string& configOption) {
   recorder::AddHealthCommand(app, configOption);
   recorder::AddModelsCommand(app, configOption);
   recorder::AddCameraCommands(app, configOption);
-  recorder::AddOverviewCommand(app, configOption);
+  recorder::AddStatusCommand(app, configOption);
   recorder::AddStoredCallCommands(app, configOption);
   recorder::AddDiscoverCommand(app, configOption);
   recorder::AddFindCommand(app, configOption);

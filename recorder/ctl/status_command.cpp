@@ -102,7 +102,7 @@ std::vector<std::string> CauseNames() {
 
 }  // namespace
 
-void AddOverviewCommand(CLI::App& app, const std::string& configOption) {
+void AddStatusCommand(CLI::App& app, const std::string& configOption) {
   CLI::App* command = app.add_subcommand(
       "status",
       "Tell of each stored camera whether it is up, and since when (UTC) and why not: one a line, with tabs between "

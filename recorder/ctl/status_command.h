@@ -6,6 +6,6 @@
 namespace recorder {
 
 /// `status`: which stored cameras are down, why, and since when. `configOption` is read when the command runs.
-void AddOverviewCommand(CLI::App& app, const std::string& configOption);
+void AddStatusCommand(CLI::App& app, const std::string& configOption);
 
 }  // namespace recorder

@@ -58,16 +58,14 @@ HttpRequest ReadHead(const std::function<const char*(const char*)>& variable) {
 
 }  // namespace
 
-HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& variable,
-                            const std::function<std::size_t(std::string_view)>& largestBody,
-                            const std::function<std::string(std::size_t)>& readBody) {
-  HttpRequest request = ReadHead(variable);
-  const char* length = variable("CONTENT_LENGTH");
+HttpRequest ReadHttpRequest(const Exchange& exchange, const std::function<std::size_t(std::string_view)>& largestBody) {
+  HttpRequest request = ReadHead(exchange.variable);
+  const char* length = exchange.variable("CONTENT_LENGTH");
   if (length == nullptr || *length == '\0') return request;
   const auto size = ParseNumber<std::int64_t>(length);
   if (!size || *size < 0) throw HttpError(400, "the Content-Length is not a number");
   if (*size > static_cast<std::int64_t>(largestBody(request.path))) throw HttpError(413, kBodyTooLarge);
-  request.body = readBody(static_cast<std::size_t>(*size));
+  request.body = exchange.readBody(static_cast<std::size_t>(*size));
   if (request.body.size() != static_cast<std::size_t>(*size)) throw HttpError(400, "the body ended early");
   return request;
 }

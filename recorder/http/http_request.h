@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "recorder/http/exchange.h"
+
 namespace recorder {
 
 /// A request that is refused, with the HTTP status and the reason to answer.
@@ -57,11 +59,8 @@ struct HttpRequest {
   bool isForwarded = false;  ///< a header says that a proxy has sent it for somebody else
 };
 
-/// Reads a request from CGI variables; `variable` gives one, or null. `readBody` reads exactly that many bytes of the
-/// body, of which there may be as many as `largestBody` says of a path. Throws HttpError.
-HttpRequest ReadHttpRequest(const std::function<const char*(const char*)>& variable,
-                            const std::function<std::size_t(std::string_view)>& largestBody,
-                            const std::function<std::string(std::size_t)>& readBody);
+/// Reads a request, whose body may have as many bytes as `largestBody` says of its path. Throws HttpError.
+HttpRequest ReadHttpRequest(const Exchange& exchange, const std::function<std::size_t(std::string_view)>& largestBody);
 
 /// Refuses what a browser sends on behalf of another site, and names that an attacker could point at this server:
 /// `hostNames` are those it goes by, besides "localhost" and numeric addresses. Throws HttpError.

@@ -6,7 +6,6 @@
 #include "recorder/login/handlers.h"
 #include "recorder/login/noting.h"
 #include "recorder/utility/clock.h"
-#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
 
@@ -91,8 +90,6 @@ TimedAnswer Answered(const HttpRequest& request, Work work) {
 }
 
 }  // namespace
-
-std::size_t LargestLoginBody(std::string_view /*path*/) { return kLargestBody; }
 
 TimedAnswer AnswerLogin(LoginService& service, const HttpRequest& request, RequestNote& note) {
   return Answered(request, [&] { return ToCgi(Handle(service, request, note)); });

@@ -1,15 +1,11 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "recorder/http/request_note.h"
 #include "recorder/login/login_service.h"
 
 namespace recorder {
-
-/// Bytes that the body of a request about logins may have.
-std::size_t LargestLoginBody(std::string_view path);
 
 /// An answer as a CGI program gives it (RFC 3875 section 6).
 struct TimedAnswer {

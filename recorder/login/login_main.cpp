@@ -21,6 +21,7 @@
 #include "recorder/login/late_answers.h"
 #include "recorder/login/login_answer.h"
 #include "recorder/login/noting.h"
+#include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/process_options.h"
 
@@ -35,7 +36,7 @@ constexpr int kThreads = 16;
 TimedAnswer AnswerTo(LoginService& service, const Exchange& exchange, RequestNote& note) try {
   const char* role = exchange.variable("FCGI_ROLE");
   const bool isAuthorizer = role != nullptr && std::string_view(role) == "AUTHORIZER";
-  const HttpRequest http = ReadHttpRequest(exchange.variable, LargestLoginBody, exchange.readBody);
+  const HttpRequest http = ReadHttpRequest(exchange, [](auto /*path*/) { return kLargestBody; });
   return isAuthorizer ? Authorize(service, http, note) : AnswerLogin(service, http, note);
 } catch (const HttpError& error) {
   return {ToCgi(Refusal(error))};

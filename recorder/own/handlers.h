@@ -10,7 +10,8 @@ namespace recorder {
 
 // What each address below /recorder/1/ does that is not about logins; docs/api.md tells it to clients, and
 // docs/security.md who may. Of a GET the parameters are those of the query, as ParseForm has them; else those of the
-// JSON in the body. A handler that contacts cameras opens its own RequestScope, or calls the module. Throws HttpError.
+// JSON in the body, but for that of POST cameras/ID/measure, which is in the query too. A handler that contacts cameras
+// opens its own RequestScope, or calls the module. Throws HttpError.
 
 /// What a handler may use beside its request.
 struct OwnTools {

@@ -58,7 +58,7 @@ class RequestScope {
   static RequestScope& Current();
 
   /// Opens a request's scope for the calling thread with `limit` for its camera work, in which cameras may send
-  /// `bytes`; the destructor restores the one before.
+  /// `bytes`. The destructor makes the one before current again, but causes of threads go on to this one.
   explicit RequestScope(std::chrono::milliseconds limit, std::uint64_t bytes = kCameraBytes);
   /// Opens the scope of a part of a request's work, in whatever thread: other threads go on reporting to the request.
   struct OfPart {};

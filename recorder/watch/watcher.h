@@ -15,15 +15,14 @@
 namespace recorder {
 
 /// Watches the stored cameras: lets checkers call "CameraTest" for each that is due, and keeps what that comes to. The
-/// ids of its jobs are those of cameras, so that others of the same checkers have theirs above kMostJobs.
+/// ids of its jobs are those of cameras, so that others of the same checkers have theirs from Runner::kFirstJob
+/// on.
 ///
 /// Thread:  one.
 /// Failure: throws RecordsError or std::system_error when something cannot be kept. The process may end at any time: a
 ///          check of which no answer is kept is not made again before the camera's turn.
 class Watcher {
  public:
-  static constexpr std::uint64_t kMostJobs = std::uint64_t{1} << 31U;
-
   Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval,
           BusyHosts& busyHosts);
 

@@ -124,7 +124,7 @@ std::string AnswerOrRefusal(const Exchange& exchange, const Host& host, OutputCa
   LineAnswer lines(exchange.send);
   try {
     LearnOwnPort(exchange.variable("SERVER_PORT"));
-    return AnswerTo(ReadHttpRequest(exchange.variable, LargestBody, exchange.readBody), host, output, lines, note);
+    return AnswerTo(ReadHttpRequest(exchange, LargestBody), host, output, lines, note);
   } catch (const std::exception& error) {
     return lines.Rest(Refusal(error));
   }

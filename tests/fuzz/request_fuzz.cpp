@@ -50,7 +50,7 @@ void RunInput(std::string_view input) try {
     return found == variables.end() ? nullptr : found->second.c_str();
   };
   const auto readBody = [&](std::size_t size) { return std::string(input.substr(0, size)); };
-  const HttpRequest request = ReadHttpRequest(variable, LargestBody, readBody);
+  const HttpRequest request = ReadHttpRequest({variable, readBody, {}}, LargestBody);
   CheckSameSite(request, {"recorder.example"});
   const ApiCall call = ToApiCall(request, module, true);
   Require(call.params.isObject() && IsUtf8(ToText(call.params)));

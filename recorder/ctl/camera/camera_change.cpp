@@ -74,7 +74,7 @@ void AddPassword(CLI::App& cameraCommand, const std::string& configOption) {
   password->callback([options, &configOption] { SetPassword(*options, Records(StateFolder(configOption))); });
 }
 
-void AddStatusCommand(CLI::App& cameraCommand, const std::string& configOption) {
+void AddCameraStatus(CLI::App& cameraCommand, const std::string& configOption) {
   CLI::App* status =
       cameraCommand.add_subcommand("status", "Enable or disable a camera; a disabled one gets the default picture");
   const auto options = std::make_shared<StatusOptions>();
@@ -90,7 +90,7 @@ void AddCameraChanges(CLI::App& cameraCommand, const std::string& configOption) 
   AddRemove(cameraCommand, configOption);
   AddRestore(cameraCommand, configOption);
   AddPassword(cameraCommand, configOption);
-  AddStatusCommand(cameraCommand, configOption);
+  AddCameraStatus(cameraCommand, configOption);
 }
 
 }  // namespace recorder

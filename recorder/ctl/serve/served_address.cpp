@@ -53,11 +53,8 @@ std::vector<std::string> ReadTexts(const std::filesystem::path& stateFolder) {
 
 ServedAddress::ServedAddress(const std::filesystem::path& stateFolder, const ListenAddress& address, bool hasTls,
                              const std::vector<std::string>& hostNames)
-    : lock_(stateFolder),
-      file_(FileIn(stateFolder)),
-      text_(TextOf(address, hasTls, HostToAsk(address, hostNames))),
-      localText_(TextOf(address, hasTls, OwnHost(address))) {
-  ReplaceFile(file_, text_ + '\n' + localText_);
+    : lock_(stateFolder), file_(FileIn(stateFolder)), text_(TextOf(address, hasTls, HostToAsk(address, hostNames))) {
+  ReplaceFile(file_, text_ + '\n' + TextOf(address, hasTls, OwnHost(address)));
 }
 
 ServedAddress::~ServedAddress() {

@@ -23,10 +23,8 @@ class ServedAddress {
   /// "http://127.0.0.1:8080/"
   const std::string& Text() const { return text_; }
 
-  /// The same by which this machine itself asks, without a name: "https://[::1]:8443/"
-  const std::string& LocalText() const { return localText_; }
-
-  /// Those of the server that runs. They throw std::runtime_error when none does.
+  /// That of the server that runs, and the same by which this machine itself asks, without a name:
+  /// "https://[::1]:8443/". They throw std::runtime_error when none does.
   static std::string Read(const std::filesystem::path& stateFolder);
   static std::string ReadLocal(const std::filesystem::path& stateFolder);
 
@@ -34,7 +32,6 @@ class ServedAddress {
   const ServiceLock lock_;  // without it the file is that of a process that was killed
   const std::filesystem::path file_;
   const std::string text_;
-  const std::string localText_;
 };
 
 }  // namespace recorder

@@ -25,8 +25,8 @@ struct LoginChallenge {
 /// not hide the next.
 std::vector<LoginChallenge> ParseChallenges(const std::vector<std::string_view>& headerValues);
 
-/// The strongest challenge that we can answer, or null. Once a Digest is offered, Basic is not taken: it would show the
-/// password to whoever strips the Digest we cannot answer of its peers.
+/// The strongest challenge that we can answer, or null. Once a Digest is offered, Basic is not taken: somebody on
+/// the way who removes the Digest that we could answer would be shown the password.
 const LoginChallenge* StrongestChallenge(const std::vector<LoginChallenge>& challenges);
 
 /// The part of a Digest that the client chooses.
