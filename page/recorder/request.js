@@ -57,8 +57,8 @@ export class Trouble extends Error {
  * @property {number} waitSeconds after which the recorder wants to be asked again
  */
 
-/** How long an answer may take before it counts as missing. The recorder's own limits are far below. */
-const ANSWER_LIMIT_MS = 90_000;
+/** How long an answer may take before it counts as missing. The recorder's own limits end at 300 s. */
+const ANSWER_LIMIT_MS = 310_000;
 
 const ADDRESS = "api/NORV.Vistrel.CameraCap/1/";
 const NOT_ADMITTED = 105;
