@@ -27,9 +27,9 @@ void RefuseStoredTwice(const CameraRecord& camera, const Records& records);
 
 /// Reads the body of a request about a camera that was `before`, or about a new one, into `wish`: all that is not named
 /// stays. Vendors and models become the recorder's own names. Throws HttpError: 400, which names the `member`, for what
-/// cannot be stored, with the `nearest` models where one is unknown; with "force" in the body that
-/// is no mistake. What is stored then checks, but for "force", that no other record has that place (see
-/// RefuseStoredTwice). `body` and `records` must outlive `wish`, which stays where it is.
+/// cannot be stored, with the `nearest` models where one is unknown; with "force" in the body that is no mistake. What
+/// is stored then checks, but for "force", that no other record has that place (see RefuseStoredTwice). `body` and
+/// `records` must outlive `wish`, which stays where it is.
 void ReadWish(const Json::Value& body, const CameraRecord& before, const Records& records, CameraWish& wish);
 
 }  // namespace recorder

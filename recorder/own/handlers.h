@@ -15,8 +15,8 @@ namespace recorder {
 
 /// What a handler may use beside its request.
 struct OwnTools {
-  LineAnswer&
-      lines;  ///< for what is told before all is done; once Tell() is false the handler returns, whatever it answers
+  /// For what is told before all is done; once Tell() is false the handler returns, whatever it answers.
+  LineAnswer& lines;
   const ModuleLibrary& module;
   OutputCapture& output;  ///< of the process, for calls of the module
   RequestNote& note;      ///< for the request's line in the log

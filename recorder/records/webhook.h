@@ -8,8 +8,8 @@ namespace recorder {
 /// How far the webhook has been told. Flapping cameras that are steady again are told of at the time when they are.
 struct WebhookPlace {
   std::int64_t event = 0;  ///< id of the last event that it was told, or need not be told
-  std::int64_t steady =
-      0;  ///< the last time, in seconds since 1970, at which a camera was steady again and it was told
+  /// When a camera was steady again and it was told that the last time, in seconds since 1970.
+  std::int64_t steady = 0;
 
   bool operator==(const WebhookPlace&) const = default;
 };

@@ -34,8 +34,7 @@ Config currentConfig;
   throw ConfigError(file.string() + ": " + member + ": " + mistake);
 }
 
-/// One member of the file. A missing member leaves its target as it is; every mistake
-/// is a ConfigError that names it.
+/// One member of the file. A missing member leaves its target as it is; every mistake is a ConfigError that names it.
 class Member {
  public:
   Member(const fs::path& file, std::string name, const Json::Value& value)

@@ -10,8 +10,7 @@
 namespace simcam {
 
 /// A camera's ONVIF services: device, media 1 and 2, device IO, analytics and events, as far as its configuration has
-/// them, and only what is asked to learn what the camera can do, and for a
-/// key frame.
+/// them, and only what is asked to learn what the camera can do, and for a key frame.
 class Onvif : public HttpService {
  public:
   /// `camera` has an ONVIF configuration.
