@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "recorder/net/socket.h"
-#include "recorder/net/wait.h"
+#include "recorder/utility/wait.h"
 
 namespace recorder {
 namespace {

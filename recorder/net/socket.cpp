@@ -18,9 +18,9 @@
 #include <thread>
 #include <utility>
 
-#include "recorder/net/wait.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/text.h"
+#include "recorder/utility/wait.h"
 
 namespace recorder {
 namespace {

@@ -7,9 +7,9 @@
 #include <tuple>
 #include <utility>
 
-#include "recorder/net/wait.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/limits.h"
+#include "recorder/utility/wait.h"
 
 namespace recorder {
 namespace {

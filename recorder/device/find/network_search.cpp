@@ -15,10 +15,10 @@
 #include "recorder/device/asked/onvif/discovery.h"
 #include "recorder/device/asked/onvif/discovery_answers.h"
 #include "recorder/device/find/mdns.h"
-#include "recorder/net/wait.h"
 #include "recorder/utility/address_policy.h"
 #include "recorder/utility/limits.h"
 #include "recorder/utility/log.h"
+#include "recorder/utility/wait.h"
 
 namespace recorder::find {
 namespace {

@@ -1,4 +1,4 @@
-#include "recorder/net/wait.h"
+#include "recorder/utility/wait.h"
 
 #include <algorithm>
 #include <cerrno>
