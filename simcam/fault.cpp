@@ -10,6 +10,7 @@ namespace {
 /// Which server a fault needs.
 enum Concerns {
   kRtsp,     ///< the scripted RTSP server; HTTP may have the fault, too
+  kUdp,      ///< the same, which then sends over UDP alone
   kNotRtsp,  ///< RTSP works as usual
 };
 
@@ -54,16 +55,16 @@ constexpr FaultRow kFaultRows[] = {
     {"lockOut", Fault::kLockOut, kRtsp, "after three wrong logins every login gets 403, the right one too"},
     {"optionsFirst", Fault::kOptionsFirst, kRtsp,
      "RTSP: 455 to DESCRIBE on a connection that has not brought OPTIONS yet"},
-    {"udpAnswer", Fault::kUdpAnswer, kRtsp,
+    {"udpAnswer", Fault::kUdpAnswer, kUdp,
      "UDP alone: answers a SETUP over TCP with ports of UDP, which it does not use"},
-    {"udpSilent", Fault::kUdpSilent, kRtsp, "UDP alone: sends nothing, as behind a firewall"},
-    {"udpFirewall", Fault::kUdpFirewall, kRtsp, "UDP alone: sends nothing until the client has sent something"},
-    {"udpDisorder", Fault::kUdpDisorder, kRtsp, "UDP alone: packets change places, and some come twice"},
-    {"udpOtherHost", Fault::kUdpOtherHost, kRtsp, "UDP alone: names and uses 127.0.0.2 as the sender"},
-    {"udpOtherPort", Fault::kUdpOtherPort, kRtsp, "UDP alone: sends from another port than it names"},
-    {"udpVague", Fault::kUdpVague, kRtsp,
+    {"udpSilent", Fault::kUdpSilent, kUdp, "UDP alone: sends nothing, as behind a firewall"},
+    {"udpFirewall", Fault::kUdpFirewall, kUdp, "UDP alone: sends nothing until the client has sent something"},
+    {"udpDisorder", Fault::kUdpDisorder, kUdp, "UDP alone: packets change places, and some come twice"},
+    {"udpOtherHost", Fault::kUdpOtherHost, kUdp, "UDP alone: names and uses 127.0.0.2 as the sender"},
+    {"udpOtherPort", Fault::kUdpOtherPort, kUdp, "UDP alone: sends from another port than it names"},
+    {"udpVague", Fault::kUdpVague, kUdp,
      "UDP alone: names no port of its own, an address of an inner network, and wrong ports of the client"},
-    {"udpMulticast", Fault::kUdpMulticast, kRtsp, "UDP alone: grants multicast, whatever was asked"},
+    {"udpMulticast", Fault::kUdpMulticast, kUdp, "UDP alone: grants multicast, whatever was asked"},
     {"getSilent", Fault::kGetSilent, kNotRtsp, "an RTSP server: never answers HTTP"},
     {"badSdp", Fault::kBadSdp, kRtsp, "answers DESCRIBE with text that is no SDP"},
     {"sdpBlanks", Fault::kSdpBlanks, kRtsp, "two blanks between the words of the \"m=\" line"},
@@ -124,6 +125,9 @@ constexpr FaultRow kFaultRows[] = {
     {"redirectLoop", Fault::kRedirectLoop, kNotRtsp, "HTTP: 302 to the same address, for ever"},
 };
 
+/// Of a fault that has a row.
+Concerns ConcernsOf(Fault fault) { return std::ranges::find(kFaultRows, fault, &FaultRow::fault)->concerns; }
+
 constexpr const char* kStatusPrefixes[] = {"describe", "setup", "play", "tcp", "http", "get"};
 
 std::optional<FaultConfig> StatusFault(std::string_view name) {
@@ -149,14 +153,12 @@ std::optional<FaultConfig> FaultFromName(std::string_view name) {
 }
 
 bool OnlyHttp(const FaultConfig& fault) {
-  if (fault.fault == Fault::kStatus) return fault.method == "HTTP" || fault.method == "GET";
-  const auto* row = std::find_if(std::begin(kFaultRows), std::end(kFaultRows),
-                                 [&](const FaultRow& candidate) { return candidate.fault == fault.fault; });
-  return row->concerns == kNotRtsp;
+  return fault.fault == Fault::kStatus ? fault.method == "HTTP" || fault.method == "GET"
+                                       : ConcernsOf(fault.fault) == kNotRtsp;
 }
 
 bool SendsOverUdp(const FaultConfig& fault) {
-  return fault.method == "TCP" || (fault.fault >= Fault::kUdpAnswer && fault.fault <= Fault::kUdpMulticast);
+  return fault.fault == Fault::kStatus ? fault.method == "TCP" : ConcernsOf(fault.fault) == kUdp;
 }
 
 std::string FaultHelp() {
