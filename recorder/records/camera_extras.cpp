@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <map>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -48,7 +49,7 @@ void Records::Impl::StoreFacts(int id, const std::vector<CameraFact>& facts) {
 
 /// Facts of further streams that are no longer asked by the same.
 void Records::Impl::ForgetFactsOfOthers(int id, const std::vector<CameraStream>& streams) {
-  for (const char* name : {"sub", "third"}) {
+  for (const char* name : std::span(kStreamNames).subspan<1>()) {
     const auto stream = std::ranges::find(streams, name, &CameraStream::name);
     const CameraStream asked = stream == streams.end() ? CameraStream() : *stream;
     Run("DELETE FROM facts WHERE cameraId = ?1 AND stream = ?2 AND NOT EXISTS (SELECT * FROM streams WHERE cameraId = "

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -31,10 +32,12 @@ struct CameraRecord {
 
 /// The name of the stream that a camera's own record asks for.
 inline constexpr char kOwnStream[] = "main";
+/// Those of all that a camera may have, the own one first.
+inline constexpr std::array<const char*, 3> kStreamNames = {kOwnStream, "sub", "third"};
 
 /// One stream of a stored camera.
 struct CameraStream {
-  std::string name;     ///< kOwnStream, "sub" or "third"; each once
+  std::string name;     ///< one of kStreamNames; each once
   std::string address;  ///< a whole one, as it was found, without a login: "rtsp://192.0.2.17:554/path"; "": not known
   // What it is asked by. Of the main stream these are the record's own, whatever is given.
   std::string vendor;

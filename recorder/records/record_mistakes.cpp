@@ -1,7 +1,6 @@
 #include "recorder/records/record_mistakes.h"
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 #include <string_view>
 #include <tuple>
@@ -49,10 +48,7 @@ std::optional<RecordMistake> FindMistake(const CameraRecord& camera, const std::
 
 namespace {
 
-bool IsStreamName(std::string_view name) {
-  constexpr std::string_view kNames[] = {kOwnStream, "sub", "third"};
-  return std::ranges::find(kNames, name) != std::end(kNames);
-}
+bool IsStreamName(std::string_view name) { return std::ranges::find(kStreamNames, name) != kStreamNames.end(); }
 
 std::optional<std::string> MistakeIn(const CameraStream& stream) {
   if (!IsStreamName(stream.name)) return "is not named main, sub or third";

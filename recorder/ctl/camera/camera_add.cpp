@@ -29,7 +29,7 @@ struct AddOptions {
 /// The main stream of the channel that is asked for, or of the first one.
 const ListedStream& MainStream(const FindResult& result, const std::string& channel) {
   const auto found = std::ranges::find_if(result.streams, [&](const ListedStream& stream) {
-    return channel.empty() || (stream.channel == channel && stream.name == "main");
+    return channel.empty() || (stream.channel == channel && stream.name == kOwnStream);
   });
   if (found == result.streams.end()) throw std::runtime_error("no stream of channel " + channel + " was found");
   return *found;

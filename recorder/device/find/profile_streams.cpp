@@ -1,15 +1,14 @@
 #include "recorder/device/find/profile_streams.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "recorder/records/camera_record.h"
+
 namespace recorder::find {
 namespace {
-
-constexpr std::array<const char*, 3> kNames = {"main", "sub", "third"};
 
 using Profiles = std::vector<const onvif::Profile*>;
 
@@ -37,7 +36,7 @@ ProfileStream StreamOf(const onvif::Profile& profile, int channel, int place) {
   const std::size_t number = static_cast<std::size_t>(place);
   ProfileStream found{{channel, place, profile.token}, {}};
   found.stream.channel = std::to_string(channel + 1);
-  found.stream.name = number < kNames.size() ? kNames[number] : "";
+  found.stream.name = number < kStreamNames.size() ? kStreamNames[number] : "";
   found.stream.codec = encoder.codec;
   found.stream.width = size.width;
   found.stream.height = size.height;

@@ -4,6 +4,7 @@
 
 #include "recorder/device/model/built_in_models.h"
 #include "recorder/net/source_path.h"
+#include "recorder/records/camera_record.h"
 
 namespace recorder {
 namespace {
@@ -17,7 +18,7 @@ int WebPort(const FindResult& result, int otherwise) {
 }  // namespace
 
 StoredAs StoreAs(const std::string& host, const FindResult& result, const ListedStream& stream) {
-  const bool isMain = stream.name == "main";
+  const bool isMain = stream.name == kOwnStream;
   if (isMain && stream.isShownByOnvif) return {kOnvifVendor, kGenericName, result.onvifPort, stream.channel, ""};
   if (isMain && result.onvifPort == 0 && !result.modelVendor.empty()) {
     const int port = result.isPortOfModel ? WebPort(result, stream.port) : stream.port;
