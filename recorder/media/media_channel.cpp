@@ -4,10 +4,10 @@
 #include <sys/socket.h>
 #include <sys/uio.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <vector>
+
+#include "recorder/utility/wait.h"
 
 namespace recorder {
 namespace {
@@ -61,14 +61,8 @@ bool MediaChannel::IsQuiet() const {
 bool MediaChannel::Wait(Clock::time_point deadline) const { return WaitFor(POLLIN, deadline); }
 
 bool MediaChannel::WaitFor(short event, Clock::time_point deadline) const {
-  if (deadline == kForever) return true;  // a call that waits by itself was interrupted
-  for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return false;
-    pollfd wanted{.fd = end_.Get(), .events = event, .revents = 0};
-    const int ready = poll(&wanted, 1, static_cast<int>(std::min<long long>(left, 60'000)));
-    if (ready != 0) return ready > 0 || errno == EINTR;
-  }
+  // Where there is none, a call that waits by itself was interrupted.
+  return deadline == kForever || recorder::WaitFor(end_.Get(), event, deadline);
 }
 
 }  // namespace recorder
