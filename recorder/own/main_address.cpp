@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "recorder/device/asked/camera_file.h"
-#include "recorder/device/model/built_in_models.h"
 #include "recorder/device/model/model_stream.h"
 #include "recorder/net/source_path.h"
 #include "recorder/own/model_document.h"
@@ -15,12 +14,6 @@ namespace recorder {
 namespace {
 
 constexpr std::string_view kHttpEndings[] = {".jpg", ".jpeg", ".mjpg", ".mjpeg", ".cgi"};
-
-/// What is known of the camera; null for nothing.
-std::shared_ptr<const Model> ModelOf(const CameraRecord& camera) {
-  if (!IsGenericVendor(camera.vendor)) return FindModel(camera.vendor, camera.model).model;
-  return ReadCameraFile(camera.vendor, KeptFile(camera.vendor, camera.host, camera.port), camera.channel);
-}
 
 /// Whether a camera that speaks both may well be asked over HTTP: a path says nothing of its protocol.
 bool IsUnsure(const std::string& path, int port) {
@@ -48,7 +41,7 @@ bool IsMainOverHttp(const CameraRecord& camera) {
 }
 
 std::string MainAddress(const CameraRecord& camera) {
-  const auto model = ModelOf(camera);
+  const auto model = KnownModel(camera);
   if (!model || model->streams.empty()) return TypedAddress(camera);
   const ModelStream* main = FindModelStream(*model, kMainStream, "");
   const bool isKnown = main != nullptr && !main->from.path.empty();

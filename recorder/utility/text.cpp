@@ -64,6 +64,16 @@ bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix) {
   return EqualsIgnoreCase(text.substr(0, prefix.size()), prefix);
 }
 
+bool HoldsWord(std::string_view text, std::string_view word) {
+  for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
+    const bool beginsThere = at == 0 || !IsOfWord(text[at - 1]) || !IsOfWord(word.front());
+    const bool endsThere = end == text.size() || !IsOfWord(text[end]) || !IsOfWord(word.back());
+    if (beginsThere && endsThere) return true;
+  }
+  return false;
+}
+
 std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t begin = text.find_first_not_of(kBlanks);

@@ -14,6 +14,7 @@ namespace recorder {
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
 constexpr bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+constexpr bool IsOfWord(char c) { return IsDigit(c) || IsLower(c) || IsUpper(c); }
 
 /// `text` with its letters in lower case.
 std::string LowerCase(std::string_view text);
@@ -21,6 +22,9 @@ std::string LowerCase(std::string_view text);
 bool EqualsIgnoreCase(std::string_view left, std::string_view right);
 
 bool StartsWithIgnoreCase(std::string_view text, std::string_view prefix);
+
+/// True when `word` stands in `text`, and not within another word of letters and digits.
+bool HoldsWord(std::string_view text, std::string_view word);
 
 /// `text` without blanks, tabs and line ends at both ends.
 std::string_view Trimmed(std::string_view text);

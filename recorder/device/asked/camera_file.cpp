@@ -17,6 +17,7 @@
 #include "recorder/net/login/hash.h"
 #include "recorder/request/learn_serial.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/json_text.h"
@@ -83,10 +84,6 @@ void Prune() {
 
 // --- One camera -----------------------------------------------------------------------------------------------------
 
-std::int64_t Now() {
-  return std::chrono::duration_cast<seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
-
 /// The channel that `asked` means where there are `channels`. A camera with one channel has it under any name.
 std::string ChannelMeant(const std::string& vendor, const Choices& channels, const std::string& asked) {
   const bool isKnown = std::find(channels.values.begin(), channels.values.end(), asked) != channels.values.end();
@@ -132,7 +129,7 @@ AskedModel FindChannel(const std::shared_ptr<const VendorModels>& models, const 
 
 bool IsEnough(const AskedModel& known, Freshness freshness) {
   if (!known.model || freshness == Freshness::kNow) return false;
-  const std::int64_t age = Now() - known.model->readAt;
+  const std::int64_t age = SecondsNow() - known.model->readAt;
   return age >= 0 && age < kRecentAge.count();
 }
 
@@ -158,7 +155,7 @@ AskedModel Ask(const std::string& vendor, const CameraAddress& address, const st
   LearnSerial(vendor, address.host, address.port, Shown(report.serial));
   std::string ignored;
   const Json::Value kept = ParseStrictJson(earlier, ignored).value_or(Json::Value());
-  const std::string text = CameraFileText(vendor, PlaceOf(address), report, Now(), kept);
+  const std::string text = CameraFileText(vendor, PlaceOf(address), report, SecondsNow(), kept);
   std::vector<ModelMistake> mistakes;
   AskedModel known = FindChannel(ReadModelText(text, path.string(), mistakes), report.channel);
   for (const ModelMistake& mistake : mistakes) {
@@ -205,6 +202,11 @@ std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std
   if (!models) return BuiltInModel(vendor);
   AskedModel known = FindChannel(models, channel);
   return known.model ? known.model : std::shared_ptr<const Model>(models, &models->models.front());
+}
+
+std::shared_ptr<const Model> KnownModel(const CameraRecord& camera) {
+  if (!IsGenericVendor(camera.vendor)) return FindModel(camera.vendor, camera.model).model;
+  return ReadCameraFile(camera.vendor, KeptFile(camera.vendor, camera.host, camera.port), camera.channel);
 }
 
 AskedModel LearnCamera(const std::string& vendor, const CameraAddress& address, const std::string& channel,

@@ -5,6 +5,7 @@
 
 #include "recorder/device/model/model.h"
 #include "recorder/net/camera_address.h"
+#include "recorder/records/camera_record.h"
 #include "recorder/utility/outcome.h"
 
 // Capability files of cameras of a generic protocol: what each said of itself when it was last asked, one file a
@@ -23,6 +24,10 @@ std::string KeptFile(const std::string& vendor, const std::string& host, int por
 /// was asked about last; and the built-in model when there is no such file, or none that can be read (logged).
 std::shared_ptr<const Model> ReadCameraFile(const std::string& vendor, const std::string& file,
                                             const std::string& channel);
+
+/// What is known of a stored camera without contact: the model that a file knows, or what the camera said; null for
+/// nothing.
+std::shared_ptr<const Model> KnownModel(const CameraRecord& camera);
 
 /// The model of one camera by what it said of itself, now or before, and how asking it ended.
 struct AskedModel {

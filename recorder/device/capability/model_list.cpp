@@ -24,16 +24,9 @@ Json::Value ModelEntry(const Model& model) {
   return entry;
 }
 
-/// Null for a model that no file knows.
-std::shared_ptr<const Model> ModelOf(const CameraRecord& camera) {
-  if (!recorder::IsGenericVendor(camera.vendor)) return recorder::FindModel(camera.vendor, camera.model).model;
-  return recorder::ReadCameraFile(camera.vendor, recorder::KeptFile(camera.vendor, camera.host, camera.port),
-                                  camera.channel);
-}
-
 /// Names the camera and what it can do; where it is and who logs in there is not for a list.
 Json::Value CameraEntry(const CameraRecord& camera) {
-  const std::shared_ptr<const Model> model = ModelOf(camera);
+  const std::shared_ptr<const Model> model = recorder::KnownModel(camera);
   Json::Value entry(Json::objectValue);
   entry["camId"] = camera.id;
   entry["name"] = camera.name;

@@ -15,6 +15,7 @@
 #include "recorder/net/http/http_session.h"
 #include "recorder/request/request_budget.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 
 namespace recorder {
 namespace find {
@@ -105,9 +106,8 @@ class Finder {
   bool IsRefusal(Outcome outcome) const {
     if (!HasLogin() || (outcome == Outcome::kTimedOut && budget_.Left() == 0)) return false;
     constexpr std::array kYes = {Outcome::kOk, Outcome::kNoSuchStream, Outcome::kNoVideo, Outcome::kEncryptedStream};
-    const bool isNo = outcome == Outcome::kLoginRefused || outcome == Outcome::kClockUnknown;
     const bool isYes = std::ranges::find(kYes, outcome) != kYes.end();
-    return isNo || (scope_.HasSentLogin() && !scope_.IsLoginTaken() && !IsLoginTaken() && !isYes);
+    return MayBeRefusedLogin(outcome) || (scope_.HasSentLogin() && !scope_.IsLoginTaken() && !IsLoginTaken() && !isYes);
   }
 
   void TakeLogin() {

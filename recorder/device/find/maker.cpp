@@ -1,7 +1,7 @@
 #include "recorder/device/find/maker.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <iterator>
 
 #include "recorder/utility/text.h"
 
@@ -20,18 +20,6 @@ constexpr Sign kSigns[] = {
     {"DNVRS-Webs", "Hikvision"},
     {"BC Streaming Media", "Reolink"},
 };
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
-
-/// True when `word` stands in `text`, and not within another word. Both in lower case.
-bool HoldsWord(std::string_view text, std::string_view word) {
-  for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
-    const std::size_t end = at + word.size();
-    const bool begins = at == 0 || !IsLetter(text[at - 1]);
-    if (begins && (end == text.size() || !IsLetter(text[end]))) return true;
-  }
-  return false;
-}
 
 }  // namespace
 

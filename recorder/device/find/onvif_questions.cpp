@@ -14,6 +14,7 @@
 #include "recorder/device/find/profile_streams.h"
 #include "recorder/net/http/http_session.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/limits.h"
 
 namespace recorder::find {
@@ -51,7 +52,7 @@ class Questioning {
   bool IsLoginRefused() const {
     const RequestScope& scope = RequestScope::Current();
     const bool isOnTrial = scope.HasSentLogin() && !scope.IsLoginTaken() && !client_.IsLoggedIn();
-    return isOnTrial || findings_.outcome == Outcome::kLoginRefused || findings_.outcome == Outcome::kClockUnknown;
+    return isOnTrial || MayBeRefusedLogin(findings_.outcome);
   }
 
   Outcome AskClock() {

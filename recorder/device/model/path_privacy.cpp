@@ -12,8 +12,6 @@
 namespace recorder {
 namespace {
 
-bool IsOfWord(char c) { return IsDigit(c) || IsLower(c) || IsUpper(c); }
-
 /// Calls `use` with each word of letters and digits; `isOfWord` may say what else belongs to one.
 template <class IsOf, class Use>
 void ForEachWord(std::string_view text, IsOf isOfWord, Use use) {
@@ -25,16 +23,6 @@ void ForEachWord(std::string_view text, IsOf isOfWord, Use use) {
     if (size > 0) use(text.substr(start, size), text.substr(start + size));
     text.remove_prefix(start + size);
   }
-}
-
-bool HoldsWord(std::string_view text, std::string_view word) {
-  for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
-    const std::size_t end = at + word.size();
-    const bool beginsThere = at == 0 || !IsOfWord(text[at - 1]) || !IsOfWord(word.front());
-    const bool endsThere = end == text.size() || !IsOfWord(text[end]) || !IsOfWord(word.back());
-    if (beginsThere && endsThere) return true;
-  }
-  return false;
 }
 
 std::string FindKnown(std::string_view path, const std::vector<PrivateText>& known) {

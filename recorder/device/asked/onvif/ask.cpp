@@ -15,6 +15,7 @@
 #include "recorder/device/asked/onvif/video_report.h"
 #include "recorder/device/asked/xml.h"
 #include "recorder/request/request_scope.h"
+#include "recorder/utility/cause_table.h"
 #include "recorder/utility/log.h"
 
 namespace recorder::onvif {
@@ -35,8 +36,7 @@ class Questioning {
     const Outcome more =
         Take({&Questioning::AskOptions, &Questioning::AskOtherStreams, &Questioning::AskSnapshot,
               &Questioning::AskInputs, &Questioning::AskAudio, &Questioning::AskMotion, &Questioning::AskDevice});
-    const bool isLoginWrong = more == Outcome::kLoginRefused || more == Outcome::kClockUnknown;
-    return isLoginWrong ? more : Outcome::kOk;
+    return MayBeRefusedLogin(more) ? more : Outcome::kOk;
   }
 
   void LogNamespaces() const {
