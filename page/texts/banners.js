@@ -8,7 +8,7 @@ export const banners = {
   looksAgain: "What you typed stays. The page looks for the recorder by itself.",
   allStays: "What you typed, the list and its results stay.",
   notEncrypted: "This connection is not encrypted; passwords can be read on the way.",
-  nothingSaved: "Passwords of cameras stay in this page's memory, and go to the recorder to be tested or saved.",
+  passwordsStay: "Passwords of cameras stay in this page's memory, and go to the recorder to be tested or saved.",
   template: "CSV template",
   api: "API description (OpenAPI)",
 };

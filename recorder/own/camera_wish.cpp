@@ -57,7 +57,7 @@ void NameModelsOf(std::vector<CameraStream>& streams, const CameraRecord& camera
                   bool isForced) {
   for (CameraStream& stream : streams) {
     if (stream.name == kOwnStream) continue;
-    CameraRecord asked = AskedBy(stream, camera);
+    CameraRecord asked = RecordOfStream(stream, camera);
     NameModelOf(asked, models, "streams", isForced);
     stream.vendor = asked.vendor;
     stream.model = asked.model;

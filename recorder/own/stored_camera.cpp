@@ -34,7 +34,7 @@ std::optional<CameraRecord> FindStreamRecord(const Records& records, const Camer
   if (stream.empty() || stream == kOwnStream) return camera;
   const std::vector<CameraStream> streams = records.Streams(camera.id);
   const auto found = std::ranges::find(streams, stream, &CameraStream::name);
-  return found == streams.end() ? std::nullopt : std::optional(AskedBy(*found, camera));
+  return found == streams.end() ? std::nullopt : std::optional(RecordOfStream(*found, camera));
 }
 
 CameraRecord StreamRecord(const Records& records, const CameraRecord& camera, const std::string& stream) {

@@ -129,7 +129,7 @@ std::optional<RecordMistake> FindMistake(const std::vector<CameraStream>& stream
 std::optional<RecordMistake> FindMistake(const std::vector<CameraFact>& facts);
 
 /// The record that a stream is asked by: that of its camera, with what differs for the stream.
-CameraRecord AskedBy(const CameraStream& stream, CameraRecord camera);
+CameraRecord RecordOfStream(const CameraStream& stream, CameraRecord camera);
 
 /// Whether the stored password of a camera may stay when its record changes: not when it would go to another address,
 /// log in somebody else, or open another path.

@@ -9,6 +9,9 @@
 
 namespace recorder {
 
+/// How long a writer of one of the files waits for another one.
+inline constexpr int kBusyTimeoutMs = 5000;
+
 /// What both files of the records have: a name, which goes with whatever fails there.
 struct DatabaseFile {
   /// Runs `action` and gives SQLite's failures the name of the file.

@@ -57,7 +57,7 @@ std::optional<std::string> MistakeIn(const CameraStream& stream) {
   if (stream.name == kOwnStream) return std::nullopt;
   CameraRecord camera;
   camera.name = camera.host = stream.name;
-  const auto mistake = FindMistake(AskedBy(stream, camera), "");
+  const auto mistake = FindMistake(RecordOfStream(stream, camera), "");
   return mistake ? std::optional(stream.name + ": its " + mistake->member + ' ' + mistake->text) : std::nullopt;
 }
 
@@ -91,7 +91,7 @@ std::optional<RecordMistake> FindMistake(const std::vector<CameraFact>& facts) {
   return std::nullopt;
 }
 
-CameraRecord AskedBy(const CameraStream& stream, CameraRecord camera) {
+CameraRecord RecordOfStream(const CameraStream& stream, CameraRecord camera) {
   camera.vendor = stream.vendor;
   camera.model = stream.model;
   camera.port = stream.port;
@@ -110,7 +110,7 @@ bool KeepsPassword(const CameraRecord& before, const CameraRecord& after) {
 bool KeepsPassword(const std::vector<CameraStream>& before, const std::vector<CameraStream>& after) {
   const auto isAsked = [&](const CameraStream& stream) {
     return stream.name == kOwnStream || std::ranges::any_of(before, [&](const CameraStream& other) {
-             return KeepsPassword(AskedBy(other, {}), AskedBy(stream, {}));
+             return KeepsPassword(RecordOfStream(other, {}), RecordOfStream(stream, {}));
            });
   };
   return std::ranges::all_of(after, isAsked);

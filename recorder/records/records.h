@@ -65,9 +65,6 @@ struct EventFilter {
   std::optional<Outcome> cause = std::nullopt;
 };
 
-/// How long a writer of one of the records' files waits for another one.
-inline constexpr int kBusyTimeoutMs = 5000;
-
 /// A failure of the records, with a text for the administrator that holds no secret.
 class RecordsError : public std::runtime_error {
  public:

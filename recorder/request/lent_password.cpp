@@ -74,7 +74,7 @@ LentPassword::LentPassword(const std::vector<CameraRecord>& cameras, std::string
 LentPassword::LentPassword(const CameraRecord& camera, const std::vector<CameraStream>& streams, std::string channel)
     : channel_(std::move(channel)) {
   for (const CameraStream& stream : streams) {
-    Lender lender{AskedBy(stream, camera), stream.port};
+    Lender lender{RecordOfStream(stream, camera), stream.port};
     lender.camera.port = camera.port;
     if (stream.name == kOwnStream) lender.camera.channel.clear();  // any
     lenders_.push_back(std::move(lender));

@@ -169,7 +169,7 @@ TEST_F(RecordsTest, AChangeForgetsWhatWasKnownOfAnotherCamera) {
     EXPECT_EQ(records.Change(id, edit.change), ChangeResult::kOtherRevision);
     const CameraRecord after = *records.Find(id);
     std::vector<CameraStream> streams = records.Streams(id);
-    EXPECT_TRUE(KeepsPassword(after, AskedBy(streams.front(), after))) << "the record's own";
+    EXPECT_TRUE(KeepsPassword(after, RecordOfStream(streams.front(), after))) << "the record's own";
     EXPECT_EQ(streams.front().address, edit.mainAddress);
     streams.erase(streams.begin());
     EXPECT_EQ(streams, edit.streams);
