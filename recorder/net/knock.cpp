@@ -4,10 +4,13 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "recorder/net/socket.h"
@@ -18,6 +21,8 @@ namespace {
 
 constexpr std::size_t kAtOnce = 64;
 constexpr auto kPatience = std::chrono::seconds{1};
+constexpr std::size_t kMostThreads = 32;
+constexpr auto kPatienceWithEach = std::chrono::milliseconds{500};
 
 /// One port at which somebody may answer.
 struct Attempt {
@@ -73,6 +78,11 @@ class Group {
   std::map<Ipv4Number, std::vector<int>> open_;
 };
 
+Outcome KnockAt(const KnockPlace& place) {
+  FileDescriptor connection;
+  return ConnectTo(place.host, place.port, Clock::now() + kPatienceWithEach, connection);
+}
+
 }  // namespace
 
 sockaddr_in SocketAddress(Ipv4Number address, int port) {
@@ -91,6 +101,23 @@ void Knock(std::span<const Ipv4Number> addresses, std::span<const int> ports, co
     }
     addresses = addresses.subspan(count);
   }
+}
+
+std::vector<Outcome> KnockAtEach(std::span<const KnockPlace> places) {
+  std::vector<Outcome> outcomes(places.size());
+  std::atomic<std::size_t> next{0};
+  const auto knockInTurn = [&] {
+    for (std::size_t i = next++; i < places.size(); i = next++) outcomes[i] = KnockAt(places[i]);
+  };
+  std::vector<std::jthread> threads;
+  try {
+    while (threads.size() + 1 < std::min(places.size(), kMostThreads)) threads.emplace_back(knockInTurn);
+  } catch (const std::system_error&) {
+    // no further thread to be had: those that there are do it
+  }
+  knockInTurn();
+  threads.clear();  // waits for them
+  return outcomes;
 }
 
 }  // namespace recorder

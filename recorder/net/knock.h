@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <string>
 #include <vector>
+
+#include "recorder/utility/outcome.h"
 
 namespace recorder {
 
@@ -20,5 +23,15 @@ using OnOpenPorts = std::function<bool(Ipv4Number address, const std::vector<int
 /// is sent over it. 64 addresses at a time, a second for each such group at most. Connects as ConnectTo does, under the
 /// same policy; an address that it closes has no open port. Any thread.
 void Knock(std::span<const Ipv4Number> addresses, std::span<const int> ports, const OnOpenPorts& onOpenPorts);
+
+struct KnockPlace {
+  std::string host;
+  int port = 0;
+};
+
+/// Connects once to each place, names looked up, as ConnectTo does, and closes that at once; nothing is sent over it.
+/// How each ended, in order: kTimedOut is one that had not answered after half a second, which is often switched off.
+/// 32 at a time, by as many threads, which end with the call. Any thread.
+std::vector<Outcome> KnockAtEach(std::span<const KnockPlace> places);
 
 }  // namespace recorder

@@ -11,7 +11,7 @@ RunPlan::RunPlan(const std::vector<PlannedRow>& rows, const std::set<std::string
     host.rows.push_back(row);
     if (host.rows.size() > 1) continue;
     host.name = row.host;
-    host.isSilent = silentHosts.contains(row.host);
+    if (silentHosts.contains(row.host)) host.answers = Answers::kNo;
     LineOf(host).push_back(&host);
   }
 }
@@ -20,54 +20,83 @@ RunPlan::~RunPlan() {
   for (const auto& [number, host] : atHand_) busyHosts_.GiveBack(host->name);
 }
 
-RunPlan::Line& RunPlan::LineOf(const Host& host) { return lines_[host.isSilent][host.rows.front().isAlone]; }
-
-/// The first whom nobody else contacts. Those few stand at the front.
-RunPlan::Host* RunPlan::NextOf(const Line& line) const {
-  const auto isFree = [this](const Host* host) { return !busyHosts_.IsBusy(host->name); };
-  const auto next = std::ranges::find_if(line, isFree);
-  return next == line.end() ? nullptr : *next;
+/// Who is tested alone keeps nobody waiting, whether it answers or not.
+RunPlan::Line& RunPlan::LineOf(const Host& host) {
+  const bool isAlone = host.rows.front().isAlone;
+  const bool needsKnock = host.answers == Answers::kUnknown && !isAlone;
+  const Answers answers = needsKnock || host.answers == Answers::kNo ? host.answers : Answers::kYes;
+  return lines_[static_cast<std::size_t>(answers)][isAlone];
 }
 
-RunPlan::Host* RunPlan::NextHost() const {
-  for (const bool isSilent : {true, false}) {
-    for (const Line& line : lines_[isSilent]) {
-      if (Host* const host = NextOf(line)) return host;
+/// The first whom nobody else contacts. The others, which are few, stand at the front.
+std::vector<RunPlan::Host*> RunPlan::FreeOf(const Line& line, std::size_t most) const {
+  std::vector<Host*> hosts;
+  for (auto host = line.begin(); host != line.end() && hosts.size() < most; ++host) {
+    if (!busyHosts_.IsBusy((*host)->name)) hosts.push_back(*host);
+  }
+  return hosts;
+}
+
+bool RunPlan::CanKnock() const { return !FreeOf(lines_.front().front(), 1).empty(); }
+
+bool RunPlan::IsKnocking() const { return knocks_ > 0 || CanKnock(); }
+
+std::vector<RunPlan::Host*> RunPlan::NextHosts() const {
+  const bool mayBeFew = !IsKnocking();
+  for (const Answers answers : {Answers::kNo, Answers::kYes}) {
+    for (const bool isAlone : {false, true}) {
+      const std::size_t most = isAlone ? 1 : kMostRows;
+      std::vector<Host*> hosts = FreeOf(lines_[static_cast<std::size_t>(answers)][isAlone], most);
+      if (hosts.size() == most || (mayBeFew && !hosts.empty())) return hosts;
     }
   }
-  return nullptr;
+  return {};
 }
 
-bool RunPlan::CanGoOn() const { return NextHost() != nullptr; }
+bool RunPlan::CanGoOn() const { return !NextHosts().empty(); }
 
-int RunPlan::Take(Host& host) {
-  const int number = host.rows.front().number;
+const PlannedRow& RunPlan::Take(Host& host) {
   Line& line = LineOf(host);
   line.erase(std::ranges::find(line, &host));
-  host.rows.pop_front();
-  atHand_[number] = &host;
   busyHosts_.Take(host.name);
-  return number;
+  const PlannedRow& row = host.rows.front();
+  atHand_[row.number] = &host;
+  return row;
+}
+
+std::vector<PlannedRow> RunPlan::NextKnocks() {
+  std::vector<PlannedRow> rows;
+  for (Host* const host : FreeOf(lines_.front().front(), kMostKnocks)) rows.push_back(Take(*host));
+  knocks_ += rows.size();
+  return rows;
 }
 
 std::vector<int> RunPlan::Next() {
   std::vector<int> rows;
-  Host* next = NextHost();
-  if (next == nullptr) return rows;
-  const Line& line = LineOf(*next);
-  const std::size_t most = next->rows.front().isAlone ? 1 : kMostRows;
-  for (; next != nullptr && rows.size() < most; next = NextOf(line)) rows.push_back(Take(*next));
+  for (Host* const host : NextHosts()) {
+    rows.push_back(Take(*host).number);
+    host->rows.pop_front();
+  }
   return rows;
 }
 
-void RunPlan::End(const std::vector<int>& rows, const std::set<int>& silent) {
+void RunPlan::GiveBack(const std::vector<int>& rows, const std::set<int>& silent) {
   for (const int number : rows) {
     Host& host = *atHand_.at(number);
     atHand_.erase(number);
     busyHosts_.GiveBack(host.name);
-    host.isSilent = silent.contains(number);
+    host.answers = silent.contains(number) ? Answers::kNo : Answers::kYes;
     if (!host.rows.empty()) LineOf(host).push_back(&host);
   }
+}
+
+void RunPlan::EndKnocks(const std::vector<int>& rows, const std::set<int>& silent) {
+  GiveBack(rows, silent);
+  knocks_ -= rows.size();
+}
+
+void RunPlan::End(const std::vector<int>& rows, const std::set<int>& silent) {
+  GiveBack(rows, silent);
   left_ -= rows.size();
 }
 

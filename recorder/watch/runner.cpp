@@ -11,6 +11,7 @@
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
+#include "recorder/watch/knock_work.h"
 #include "recorder/watch/run_jobs.h"
 
 namespace recorder {
@@ -50,6 +51,14 @@ std::vector<int> NumbersOf(const std::vector<RunRow>& rows) {
   return numbers;
 }
 
+std::set<int> SilentOf(const std::vector<RowOutcome>& outcomes) {
+  std::set<int> silent;
+  for (const RowOutcome& outcome : outcomes) {
+    if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
+  }
+  return silent;
+}
+
 }  // namespace
 
 void Runner::Update() {
@@ -79,12 +88,15 @@ void Runner::LookForRun() {
   if (const auto run = runs.FindStarted()) Load(runs, *run);
 }
 
-bool Runner::IsBusy() const { return !atHand_.empty() || !ended_.empty() || (plan_ && !isOver_ && !plan_->IsDone()); }
+bool Runner::IsBusy() const {
+  const bool isWaitedFor = !atHand_.empty() || !knocks_.empty();
+  return isWaitedFor || !ended_.empty() || (plan_ && !isOver_ && !plan_->IsDone());
+}
 
 void Runner::Load(const Runs& runs, int run) {
   std::vector<PlannedRow> rows;
   for (const CameraRecord& row : runs.Waiting(run)) {
-    rows.push_back({row.id, NormalizedHost(row.host), IsTestedAlone(row)});
+    rows.push_back({row.id, NormalizedHost(row.host), IsTestedAlone(row), row.port});
   }
   std::set<std::string> silent = runs.SilentHosts();
   AddSilentHosts(stateFolder_, silent);
@@ -96,37 +108,59 @@ void Runner::Load(const Runs& runs, int run) {
 bool Runner::End(const CheckAnswer& answer) {
   if (answer.id <= kFirstJob) return false;
   if (const auto job = atHand_.extract(answer.id)) Take(OutcomesOf(job.mapped(), answer));
+  if (const auto job = knocks_.extract(answer.id)) {
+    plan_->EndKnocks(job.mapped(), SilentOf(OutcomesOf(job.mapped(), answer)));
+  }
   return true;
 }
 
 void Runner::Take(const std::vector<RowOutcome>& outcomes) {
   std::vector<int> numbers;
-  std::set<int> silent;
   for (const RowOutcome& outcome : outcomes) {
     numbers.push_back(outcome.number);
-    if (outcome.outcome == Outcome::kTimedOut) silent.insert(outcome.number);
     if (MayBeRefusedLogin(outcome.outcome)) refusals_.Add(digests_[outcome.number]);
     digests_.erase(outcome.number);
     if (isRecovered_) ended_.push_back(outcome);
   }
-  plan_->End(numbers, silent);
+  plan_->End(numbers, SilentOf(outcomes));
 }
 
 std::size_t Runner::CallsWanted() const {
-  const bool canGoOn = plan_ && !isOver_ && plan_->CanGoOn();
-  return canGoOn ? kLeastCalls - std::min(kLeastCalls, atHand_.size()) : 0;
+  const bool canGoOn = plan_ && !isOver_ && (plan_->CanGoOn() || plan_->CanKnock());
+  return canGoOn ? kLeastCalls - std::min(kLeastCalls, atHand_.size() + knocks_.size()) : 0;
 }
 
 void Runner::StartAll(Checkers& checkers) {
   try {
+    StartKnocks(checkers);
     StartRows(checkers);
   } catch (const std::runtime_error& error) {
     GiveUp(error);
   }
 }
 
+std::size_t Runner::FreeCalls(const Checkers& checkers) const {
+  return std::min(checkers.Free(), kMostCalls - atHand_.size() - knocks_.size());
+}
+
+void Runner::StartKnocks(Checkers& checkers) {
+  while (plan_ && !isOver_ && knocks_.size() < kMostKnocking && FreeCalls(checkers) > 0) {
+    const std::vector<PlannedRow> rows = plan_->NextKnocks();
+    if (rows.empty()) return;
+    CheckJob job = KnockJobOf(rows);
+    job.id = ++lastJob_;
+    std::vector<int> numbers(rows.size());
+    std::ranges::transform(rows, numbers.begin(), &PlannedRow::number);
+    if (checkers.Start(job)) {
+      knocks_.emplace(job.id, std::move(numbers));
+    } else {
+      plan_->EndKnocks(numbers, {});
+    }
+  }
+}
+
 void Runner::StartRows(Checkers& checkers) {
-  const std::size_t most = std::min(checkers.Free(), kMostCalls - atHand_.size());
+  const std::size_t most = FreeCalls(checkers);
   if (!plan_ || (ended_.empty() && (isOver_ || most == 0 || !plan_->CanGoOn()))) return;
   BegunCalls begun;
   Begin(most, begun.calls);

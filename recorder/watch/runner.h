@@ -30,6 +30,8 @@ class Runner {
   static constexpr std::size_t kMostCalls = 20;
   /// Calls that stored cameras leave to a run, however many of them are due.
   static constexpr std::size_t kLeastCalls = 5;
+  /// Those of them that knock, which are short.
+  static constexpr std::size_t kMostKnocking = 2;
   /// The ids of its jobs begin here.
   static constexpr std::uint64_t kFirstJob = std::uint64_t{1} << 32U;
 
@@ -53,6 +55,8 @@ class Runner {
  private:
   bool IsBusy() const;
   void LookForRun();
+  std::size_t FreeCalls(const Checkers& checkers) const;
+  void StartKnocks(Checkers& checkers);
   void StartRows(Checkers& checkers);
   void GiveUp(const std::exception& error);
   void Load(const Runs& runs, int run);
@@ -71,7 +75,8 @@ class Runner {
   int run_ = 0;
   bool isOver_ = false;  // nothing of the run begins any more
   std::map<std::uint64_t, std::vector<int>> atHand_;
-  std::vector<RowOutcome> ended_;  // and not kept yet
+  std::map<std::uint64_t, std::vector<int>> knocks_;  // the same, of hosts that are knocked at
+  std::vector<RowOutcome> ended_;                     // and not kept yet
   std::uint64_t lastJob_ = kFirstJob;
   Clock::time_point lookAt_;
 };

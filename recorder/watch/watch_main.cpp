@@ -15,6 +15,7 @@
 #include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
 #include "recorder/watch/checkers.h"
+#include "recorder/watch/knock_work.h"
 #include "recorder/watch/module_work.h"
 #include "recorder/watch/runner.h"
 #include "recorder/watch/watcher.h"
@@ -50,7 +51,7 @@ void LearnOwnPort() {
   BusyHosts busyHosts;
   Watcher watcher(host.config.stateFolder, host.module, host.config.watchInterval, busyHosts);
   Runner runner(host.config.stateFolder, busyHosts);
-  Checkers checkers(ModuleWork(host.module), {.job = host.config.limits.test + kPatience});
+  Checkers checkers(KnockOr(ModuleWork(host.module)), {.job = host.config.limits.test + kPatience});
   while (true) {
     for (const CheckAnswer& answer : checkers.Take()) {
       if (!runner.End(answer)) watcher.End(answer);

@@ -18,6 +18,7 @@
 #include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
+#include "rig/proxy.h"
 
 // Long lists of cameras that are tested in the background.
 
@@ -181,6 +182,15 @@ TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
   runs.Start(run);
   for (int tries = 0; tries < 1500 && runs.Find(run)->state != recorder::RunState::kEnded; ++tries) usleep(20'000);
   EXPECT_LT(tried(), kMany) << "the row waited for all of them";
+}
+
+TEST_F(LongLists, NoRowWaitsForOneThatDoesNotEvenConnect) {
+  const SimCameras cameras(List({Camera("good")}));
+  Proxy silent;
+  silent.LeadTo(cameras.Port("good"), {.isFull = true});
+  const std::string run = Started(List({Row("127.0.0.1", silent.Port()), Row("localhost", cameras.Port("good"))}));
+  const auto isFirst = [](const Json::Value& data) { return data["results"]["ok"] == 1; };
+  EXPECT_EQ(WaitFor(run, isFirst)["done"], 1) << "they share no call";
 }
 
 TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
