@@ -7,6 +7,7 @@
 #include "recorder/own/run_rows.h"
 #include "recorder/own/typed_members.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/service.h"
 #include "recorder/utility/text.h"
 
 namespace recorder {
@@ -44,8 +45,10 @@ Run Find(const Runs& runs, int id) {
   return *std::move(run);
 }
 
+bool HasTester() { return IsServiceRunning(GetConfig().stateFolder, Service::kWatch); }
+
 OwnAnswer Shown(const Runs& runs, int id, int status = 200) {
-  OwnAnswer answer = Success(RunJson(Find(runs, id)));
+  OwnAnswer answer = Success(RunJson(Find(runs, id), HasTester()));
   answer.status = status;
   return answer;
 }
@@ -71,7 +74,8 @@ struct SentRows {
 
 OwnAnswer ListRuns(const OwnRequest& /*request*/, OwnTools& /*tools*/) {
   Json::Value list(Json::arrayValue);
-  for (const Run& run : Runs(GetConfig().stateFolder).List()) list.append(RunJson(run));
+  const bool hasTester = HasTester();
+  for (const Run& run : Runs(GetConfig().stateFolder).List()) list.append(RunJson(run, hasTester));
   return Success(list);
 }
 
@@ -91,7 +95,7 @@ OwnAnswer CancelRun(const OwnRequest& request, OwnTools& /*tools*/) {
   const int id = RunIn(request);
   Require(runs.Cancel(id));
   const auto left = runs.Find(id);
-  return Success(left ? RunJson(*left) : Json::Value());
+  return Success(left ? RunJson(*left, HasTester()) : Json::Value());
 }
 
 OwnAnswer AddRows(const OwnRequest& request, OwnTools& /*tools*/) {
@@ -119,6 +123,10 @@ OwnAnswer ListRows(const OwnRequest& request, OwnTools& /*tools*/) {
 }
 
 OwnAnswer StartRun(const OwnRequest& request, OwnTools& /*tools*/) {
+  if (!HasTester()) {
+    throw HttpError(503, "recorder-watch does not run, which would test the rows", "Retry-After: 1\r\n")
+        .With("reason", "noTester");
+  }
   Runs runs(GetConfig().stateFolder);
   const int id = RunIn(request);
   Require(runs.Start(id));

@@ -13,10 +13,11 @@ const char* StateOf(const RunResult& row) {
 
 }  // namespace
 
-Json::Value RunJson(const Run& run) {
+Json::Value RunJson(const Run& run, bool hasTester) {
   Json::Value json(Json::objectValue);
   json["id"] = run.id;
   json["state"] = std::string(NameOf(run.state));
+  json["hasTester"] = hasTester;
   json["owner"] = run.owner;
   json["openedAt"] = TimeOf(run.openedAt);
   json["startedAt"] = TimeOf(run.startedAt);

@@ -6,8 +6,8 @@
 
 namespace recorder {
 
-/// A run and how far it has come.
-Json::Value RunJson(const Run& run);
+/// A run and how far it has come. `hasTester`: recorder-watch runs.
+Json::Value RunJson(const Run& run, bool hasTester);
 
 /// A row of a run as far as it has come, without its password.
 Json::Value RowJson(const RunResult& row);

@@ -12,6 +12,7 @@
 
 #include "recorder/access/users.h"
 #include "recorder/ctl/certificate_files.h"
+#include "recorder/ctl/serve/idle_runs.h"
 #include "recorder/ctl/serve/listen_address.h"
 #include "recorder/ctl/serve/run_folder.h"
 #include "recorder/ctl/serve/served_address.h"
@@ -119,13 +120,18 @@ class Pools {
         listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers,
                      Program::kWorker) {}
 
-  void StartWatch(const ServeOptions& options) {
-    if (!options.isWatchless) watch_.emplace(ProgramBeside(options, "recorder-watch"));
+  void StartWatch(const ServeOptions& options, const path& stateFolder) {
+    if (options.isWatchless) {
+      idleRuns_.emplace(stateFolder);
+    } else {
+      watch_.emplace(ProgramBeside(options, "recorder-watch"));
+    }
   }
 
   void Replenish() {
     for (WorkerPool* pool : {&logins_, &cameraWorkers_, &listWorkers_}) pool->Replenish();
     if (watch_) watch_->Replenish();
+    if (idleRuns_) idleRuns_->Update();
   }
 
  private:
@@ -133,6 +139,7 @@ class Pools {
   WorkerPool cameraWorkers_;
   WorkerPool listWorkers_;
   std::optional<WatchProcess> watch_;
+  std::optional<IdleRuns> idleRuns_;
 };
 
 /// Calls `work` now and then, at once when a child ends, until a signal tells the program to end.
@@ -177,7 +184,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
   address.port = server.Port();
   setenv(kOwnPortVariable, std::to_string(address.port).c_str(), 1);
-  pools.StartWatch(options);
+  pools.StartWatch(options, config.stateFolder);
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
   const Watchdog watchdog([&](const std::stop_token& stop) { return IsAlive(run, stop); });
   std::cout << served.Text() << std::endl;

@@ -62,7 +62,11 @@ class LongLists : public testing::Test {
   std::string Started(const Json::Value& rows) {
     std::string run = Opened();
     EXPECT_EQ(Add(run, rows).status, 200);
-    EXPECT_EQ(Send("POST", run + "/start").status, 200);
+    int status = 503;  // until recorder-watch is there
+    for (int tries = 0; tries < 500 && status == 503; ++tries, usleep(20'000)) {
+      status = Send("POST", run + "/start").status;
+    }
+    EXPECT_EQ(status, 200);
     return run;
   }
 
@@ -206,6 +210,34 @@ TEST_F(LongLists, ACancelledOneEndsWhatIsAtHandAndBeginsNothingElse) {
   EXPECT_EQ(cameras.Log("good")["requestCount"], 0);
   EXPECT_EQ(Send("DELETE", run).status, 200);
   EXPECT_EQ(Send("GET", run).status, 404);
+}
+
+TEST(LongListsWithoutWatch, AreNotStartedAndWhatWasAtHandEnds) {
+  using namespace recorder;
+  const auto leaveOneAtHand = [](const TestRecorder& recorder) {
+    recorder.AddTester();
+    Runs runs(recorder.StateFolder());
+    RunRow row{{}, kSecret};
+    row.camera.host = "cam";
+    runs.Open("test");
+    runs.Add(1, {row});
+    runs.Start(1);
+    runs.Begin(1, {1});
+  };
+  const TestRecorder recorder({.prepare = leaveOneAtHand});
+  const auto send = [&](const std::string& verb, const std::string& path) {
+    return recorder.Send(verb, kRuns + path, recorder.Login(), verb == "POST" ? "{}" : "");
+  };
+  Json::Value run;
+  for (int tries = 0; tries < 500 && run["state"] != "ended"; ++tries, usleep(20'000)) {
+    run = send("GET", "/1").json["data"];
+  }
+  EXPECT_EQ(run["results"]["unknown"], 1) << run;
+  EXPECT_EQ(run["hasTester"], false);
+  send("POST", "");
+  const Answer started = send("POST", "/2/start");
+  EXPECT_EQ(started.status, 503);
+  EXPECT_EQ(started.json["error"]["reason"], "noTester") << started.body;
 }
 
 TEST_F(LongLists, TakesNothingOfARequestWithAMistakeAndNamesEach) {
