@@ -46,6 +46,8 @@ Json::Value RowJson(const RunResult& row) {
   json["user"] = row.camera.user;
   json["channel"] = row.camera.channel;
   json["sourcePath"] = row.camera.sourcePath;
+  json["codec"] = row.camera.codec;
+  json["streamType"] = row.camera.streamType;
   json["state"] = StateOf(row);
   json["cause"] = TextOrNull(row.result);
   json["at"] = TimeOf(row.at);

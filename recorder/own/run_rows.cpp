@@ -1,6 +1,8 @@
 #include "recorder/own/run_rows.h"
 
+#include <algorithm>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,8 +17,12 @@ namespace {
 /// What other lists of cameras take, too.
 constexpr std::size_t kLongestRowName = 64;
 
-constexpr std::string_view kRowMembers[] = {"name", "vendor",  "model",      "host",    "port",
-                                            "user", "channel", "sourcePath", "password"};
+constexpr std::string_view kRowMembers[] = {"name",    "vendor",     "model", "host",       "port",    "user",
+                                            "channel", "sourcePath", "codec", "streamType", "password"};
+
+// As the module's test of a camera spells them.
+constexpr std::string_view kCodecs[] = {"", "H.264", "H.265", "MJPEG", "MPEG4", "MXPEG"};
+constexpr std::string_view kStreamTypes[] = {"", "RTSP", "HTTP"};
 
 /// In characters, of UTF-8.
 std::size_t LengthOf(std::string_view text) {
@@ -25,10 +31,16 @@ std::size_t LengthOf(std::string_view text) {
   return length;
 }
 
+void SetChoice(const Json::Value& object, const char* member, std::span<const std::string_view> choices,
+               std::string& text) {
+  SetText(object, member, text);
+  if (std::ranges::find(choices, text) == choices.end()) throw BadMember(member, "no such one");
+}
+
 void ReadRow(const Json::Value& object, RunRow& row) {
   if (!object.isObject()) throw BadMember("rows", "must be objects");
   RefuseOtherMembers(object, kRowMembers, "");
-  CameraRecord& camera = row.camera;
+  RunCamera& camera = row.camera;
   SetText(object, "name", camera.name);
   SetText(object, "vendor", camera.vendor);
   SetText(object, "model", camera.model);
@@ -36,6 +48,8 @@ void ReadRow(const Json::Value& object, RunRow& row) {
   SetText(object, "user", camera.user);
   SetText(object, "channel", camera.channel);
   SetPath(object, "sourcePath", camera.sourcePath);
+  SetChoice(object, "codec", kCodecs, camera.codec);
+  SetChoice(object, "streamType", kStreamTypes, camera.streamType);
   SetNumber(object, "port", 1, kLargestPort, camera.port);
   SetText(object, "password", row.password);
   if (LengthOf(camera.name) > kLongestRowName) {

@@ -20,8 +20,8 @@ constexpr char kSetResult[] =
 
 /// The row that a query stands at, with its password; nothing where that cannot be opened.
 std::optional<RunRow> RowIn(SQLite::Statement& query, int runId, const SecretKey& key) {
-  const CameraRecord camera = CameraIn(query);
-  auto password = Unseal(key, ContextOf(runId, camera), query.getColumn(9).getString());
+  const RunCamera camera = CameraIn(query);
+  auto password = Unseal(key, ContextOf(runId, camera), query.getColumn(kRowColumnCount).getString());
   return password ? std::optional<RunRow>({camera, *std::move(password)}) : std::nullopt;
 }
 
@@ -88,13 +88,13 @@ std::optional<int> Runs::FindStarted() const {
   return id == 0 ? std::nullopt : std::optional(static_cast<int>(id));
 }
 
-std::vector<CameraRecord> Runs::Waiting(int id) const {
+std::vector<RunCamera> Runs::Waiting(int id) const {
   return impl_->Guarded([&] {
     SQLite::Statement query{impl_->database, std::string("SELECT ") + kRowColumns +
                                                  " FROM rows WHERE runId = ? AND result = '' AND at = 0 ORDER BY "
                                                  "number"};
     query.bind(1, id);
-    std::vector<CameraRecord> rows;
+    std::vector<RunCamera> rows;
     while (query.executeStep()) rows.push_back(CameraIn(query));
     return rows;
   });

@@ -36,11 +36,11 @@ void Count(const SQLite::Database& database, Run& run) {
 }
 
 /// Adds one row, with its password, by the statement of all.
-void Insert(SQLite::Statement& insert, int runId, const CameraRecord& row, const std::string& sealed) {
+void Insert(SQLite::Statement& insert, int runId, const RunCamera& row, const std::string& sealed) {
   insert.reset();
   SQLite::bind(insert, runId, row.id, row.name, row.vendor, row.model, row.host, row.port, row.user, row.channel,
-               row.sourcePath, NormalizedHost(row.host));
-  BindBlob(insert, 12, sealed);
+               row.sourcePath, row.codec, row.streamType, NormalizedHost(row.host));
+  BindBlob(insert, kRowColumnCount + 3, sealed);
   insert.exec();
 }
 
@@ -69,10 +69,11 @@ RunChange Runs::Add(int id, const std::vector<RunRow>& rows, std::optional<int> 
     if (after && *after != before) return RunChange::kOtherCount;
     const int size = before + static_cast<int>(rows.size());
     if (size > kMostRunRows) return RunChange::kTooMany;
-    SQLite::Statement insert{impl_->database, std::string("INSERT INTO rows (runId, ") + kRowColumns +
-                                                  ", place, password) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
+    SQLite::Statement insert{impl_->database,
+                             std::string("INSERT INTO rows (runId, ") + kRowColumns +
+                                 ", place, password) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"};
     for (int number = before + 1; number <= size; ++number) {
-      CameraRecord row = rows[static_cast<std::size_t>(number - before - 1)].camera;
+      RunCamera row = rows[static_cast<std::size_t>(number - before - 1)].camera;
       row.id = number;
       const std::string& password = rows[static_cast<std::size_t>(number - before - 1)].password;
       Insert(insert, id, row, Seal(impl_->key, ContextOf(id, row), password));
@@ -137,10 +138,10 @@ std::vector<RunResult> Runs::Results(int id, int after, int most) const {
     SQLite::bind(query, id, after, most);
     std::vector<RunResult> results;
     while (query.executeStep()) {
-      RunResult result{.camera = CameraIn(query), .result = query.getColumn(9).getString()};
-      result.at = query.getColumn(10).getInt64();
+      RunResult result{.camera = CameraIn(query), .result = query.getColumn(kRowColumnCount).getString()};
+      result.at = query.getColumn(kRowColumnCount + 1).getInt64();
       result.isAtHand = result.at != 0 && result.result.empty();
-      result.time = std::chrono::milliseconds(query.getColumn(11).getInt64());
+      result.time = std::chrono::milliseconds(query.getColumn(kRowColumnCount + 2).getInt64());
       results.push_back(std::move(result));
     }
     return results;

@@ -44,9 +44,15 @@ struct Run {
   std::map<std::string, int> results;  ///< how many rows came to each; the others are waiting or at hand
 };
 
-/// A row that is to be tested: its id is its number in the run, from 1. Whoever has one wipes the password.
+/// The camera of a row, whose id is its number in the run, from 1.
+struct RunCamera : CameraRecord {
+  std::string codec = {};       ///< such as "H.264"; "": any
+  std::string streamType = {};  ///< "RTSP", "HTTP", or "" for either
+};
+
+/// A row that is to be tested. Whoever has one wipes the password.
 struct RunRow {
-  CameraRecord camera;
+  RunCamera camera;
   std::string password;
 };
 
@@ -54,7 +60,7 @@ void WipePasswords(std::vector<RunRow>& rows);
 
 /// A row as far as it has come.
 struct RunResult {
-  CameraRecord camera;
+  RunCamera camera;
   bool isAtHand = false;
   std::string result = {};  ///< the name of an Outcome, or kUnknownResult; "": none yet
   std::int64_t at = 0;      ///< when the test began, in seconds since 1970
@@ -133,7 +139,7 @@ class Runs {
   /// The started run that was opened first.
   std::optional<int> FindStarted() const;
   /// Its rows that wait.
-  std::vector<CameraRecord> Waiting(int id) const;
+  std::vector<RunCamera> Waiting(int id) const;
   /// The hosts (see NormalizedHost) whose last row in any run came to Outcome::kTimedOut.
   std::set<std::string> SilentHosts() const;
   /// Keeps that those of these rows are at hand that were waiting, and returns them: all that may be tested now.

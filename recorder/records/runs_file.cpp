@@ -2,6 +2,8 @@
 
 #include <SQLiteCpp/Transaction.h>
 
+#include <iterator>
+
 #include "recorder/utility/clock.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/state_files.h"
@@ -10,11 +12,9 @@ namespace recorder {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int kSchema = 1;
-
 // A row waits as long as it has neither `at` nor `result`, and is at hand as long as it has no result. `place` is its
 // host in its normal form. AUTOINCREMENT: a client that still knows a forgotten run must not see another's.
-constexpr char kStatements[] = R"(
+constexpr char kFirst[] = R"(
 CREATE TABLE runs (
   id INTEGER PRIMARY KEY AUTOINCREMENT, state INTEGER NOT NULL, owner TEXT NOT NULL,
   openedAt INTEGER NOT NULL, startedAt INTEGER NOT NULL, endedAt INTEGER NOT NULL, size INTEGER NOT NULL
@@ -33,6 +33,15 @@ CREATE TRIGGER forgetRows AFTER DELETE ON runs
   BEGIN DELETE FROM rows WHERE runId = OLD.id; END;
 )";
 
+constexpr char kSecond[] = R"(
+ALTER TABLE rows ADD COLUMN codec TEXT NOT NULL DEFAULT '';
+ALTER TABLE rows ADD COLUMN streamType TEXT NOT NULL DEFAULT '';
+)";
+
+/// From each version of the file to the next one.
+constexpr const char* kSteps[] = {kFirst, kSecond};
+constexpr int kSchema = std::size(kSteps);
+
 fs::path RunsFileIn(const fs::path& stateFolder) { return stateFolder / kRunsFile; }
 
 /// Whoever comes next makes again what somebody left half made.
@@ -42,7 +51,7 @@ void MakeSchema(SQLite::Database& database, const fs::path& file) {
   if (version == kSchema) return;
   database.exec("PRAGMA journal_mode = WAL");
   SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
-  database.exec(kStatements);
+  for (int step = version; step < kSchema; ++step) database.exec(kSteps[step]);
   database.exec("PRAGMA user_version = " + std::to_string(kSchema));
   transaction.commit();
 }
@@ -90,15 +99,15 @@ std::string ContextOf(int runId, const CameraRecord& row) {
          row.host;
 }
 
-CameraRecord CameraIn(SQLite::Statement& query) {
-  CameraRecord row;
+RunCamera CameraIn(SQLite::Statement& query) {
+  RunCamera row;
   int column = 0;
   row.id = query.getColumn(column++).getInt();
   for (std::string* text : {&row.name, &row.vendor, &row.model, &row.host}) {
     *text = query.getColumn(column++).getString();
   }
   row.port = query.getColumn(column++).getInt();
-  for (std::string* text : {&row.user, &row.channel, &row.sourcePath}) {
+  for (std::string* text : {&row.user, &row.channel, &row.sourcePath, &row.codec, &row.streamType}) {
     *text = query.getColumn(column++).getString();
   }
   return row;

@@ -62,8 +62,10 @@ struct Runs::Impl : DatabaseFile {
 /// What the password of a row is sealed for.
 std::string ContextOf(int runId, const CameraRecord& row);
 
-/// The columns of a row, and what reads them.
-inline constexpr char kRowColumns[] = "number, name, vendor, model, host, port, user, channel, sourcePath";
-CameraRecord CameraIn(SQLite::Statement& query);
+/// The columns of a row, how many these are, and what reads them.
+inline constexpr char kRowColumns[] =
+    "number, name, vendor, model, host, port, user, channel, sourcePath, codec, streamType";
+inline constexpr int kRowColumnCount = 11;
+RunCamera CameraIn(SQLite::Statement& query);
 
 }  // namespace recorder

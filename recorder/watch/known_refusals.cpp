@@ -26,7 +26,7 @@ void KnownRefusals::AddStored(const Records& records, const RefusedCamera& refus
   const std::chrono::seconds at(std::min(refused.since, SecondsNow()));
   const auto camera = records.Find(refused.id);
   if (!camera || at + RefusedLogins::kLeastPause <= WallNow()) return;
-  RunRow row{*camera, {}};
+  RunRow row{{*camera}, {}};
   const WipeAtEnd wipe(row.password);
   try {
     row.password = records.Password(*camera);

@@ -1,6 +1,8 @@
 #include "recorder/watch/run_jobs.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "recorder/host/stored_call.h"
@@ -26,13 +28,22 @@ Json::Value ListEntry(const RunRow& row) {
   return entry;
 }
 
+CheckJob TestOf(const RunRow& row) {
+  CheckJob job{.method = kTestMethod, .params = TestParams(row.camera, row.password)};
+  job.params["camVideoType"] = row.camera.codec;
+  job.params["camStreamingType"] = row.camera.streamType;
+  return job;
+}
+
 }  // namespace
 
-bool IsTestedAlone(const CameraRecord& row) { return !row.channel.empty() || !row.sourcePath.empty(); }
+bool IsTestedAlone(const RunCamera& row) {
+  const std::string* const texts[] = {&row.channel, &row.sourcePath, &row.codec, &row.streamType};
+  return std::ranges::any_of(texts, [](const std::string* text) { return !text->empty(); });
+}
 
 CheckJob JobOf(const std::vector<RunRow>& rows) {
-  if (IsTestedAlone(rows.front().camera))
-    return {.method = kTestMethod, .params = TestParams(rows.front().camera, rows.front().password)};
+  if (IsTestedAlone(rows.front().camera)) return TestOf(rows.front());
   CheckJob job{.method = kListMethod};
   for (const RunRow& row : rows) job.params["camList"].append(ListEntry(row));
   return job;

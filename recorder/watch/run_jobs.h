@@ -7,8 +7,8 @@
 
 namespace recorder {
 
-/// Whether a row of a run needs a call of its own: lists of cameras have neither channels nor paths.
-bool IsTestedAlone(const CameraRecord& row);
+/// Whether a row of a run needs a call of its own: lists of cameras have no channels, paths, codecs and stream types.
+bool IsTestedAlone(const RunCamera& row);
 
 /// The call of the module that tests these rows: one, or several that are not tested alone. It holds their passwords.
 CheckJob JobOf(const std::vector<RunRow>& rows);

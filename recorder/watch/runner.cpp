@@ -95,7 +95,7 @@ bool Runner::IsBusy() const {
 
 void Runner::Load(const Runs& runs, int run) {
   std::vector<PlannedRow> rows;
-  for (const CameraRecord& row : runs.Waiting(run)) {
+  for (const RunCamera& row : runs.Waiting(run)) {
     rows.push_back({row.id, NormalizedHost(row.host), IsTestedAlone(row), row.port});
   }
   std::set<std::string> silent = runs.SilentHosts();

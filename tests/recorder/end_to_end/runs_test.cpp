@@ -139,12 +139,14 @@ TEST_F(LongLists, TriesNoPasswordThatAStoredCameraOrARunBeforeHasJustSeenRefused
   const SimCameras cameras(List({Camera("good"), Faulty("locks", "lockOut")}));
   const int stored = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kWrong);
   recorder::Records(recorder.StateFolder()).NoteOutcome(stored, {Outcome::kLoginRefused, recorder::SecondsNow()});
+  Json::Value other = Row("127.0.0.1", cameras.Port("good"));
+  other["codec"] = "MJPEG";
   const Json::Value rows = List({Row("127.0.0.1", cameras.Port("good"), kWrong), Row("127.0.0.1", cameras.Port("good")),
-                                 Row("127.0.0.1", cameras.Port("locks"), kWrong)});
+                                 Row("127.0.0.1", cameras.Port("locks"), kWrong), other});
   for (int runs = 0; runs < 2; ++runs) {
     const std::string run = Started(rows);
     WaitFor(run, [](const Json::Value& data) { return data["state"] == "ended"; });
-    EXPECT_THAT(Causes(run), testing::ElementsAre("loginRefused", "ok", "loginRefused"));
+    EXPECT_THAT(Causes(run), testing::ElementsAre("loginRefused", "ok", "loginRefused", "noVideo"));
   }
   EXPECT_EQ(cameras.Log("good")["refusedLogins"], 0);
   EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
@@ -182,7 +184,7 @@ TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
   while (tried() < 40) usleep(20'000);
   recorder::Runs runs(recorder.StateFolder());
   const int run = runs.Open("anna").value_or(0);
-  runs.Add(run, {{.camera = {0, "row", "Simcam", "RTSP-H264", "127.0.0.1", 1, "admin", "", ""}, .password = kSecret}});
+  runs.Add(run, {{.camera = {{0, "row", "Simcam", "RTSP-H264", "127.0.0.1", 1, "admin", "", ""}}, .password = kSecret}});
   runs.Start(run);
   for (int tries = 0; tries < 1500 && runs.Find(run)->state != recorder::RunState::kEnded; ++tries) usleep(20'000);
   EXPECT_LT(tried(), kMany) << "the row waited for all of them";
@@ -242,15 +244,16 @@ TEST(LongListsWithoutWatch, AreNotStartedAndWhatWasAtHandEnds) {
 
 TEST_F(LongLists, TakesNothingOfARequestWithAMistakeAndNamesEach) {
   const std::string run = Opened();
-  Json::Value rows =
-      List({Row("cam", 80), Row("cam", 0), Row("cam", 80, "[stored-password-6f1e0b9c42d7]"), Row("", 80)});
+  Json::Value rows = List(
+      {Row("cam", 80), Row("cam", 0), Row("cam", 80, "[stored-password-6f1e0b9c42d7]"), Row("", 80), Row("cam", 80)});
+  rows[4]["codec"] = "H264";
   rows[0]["name"] = std::string(65, 'n');
   const Json::Value error = Add(run, rows).json["error"];
   std::string mistakes;
   for (const Json::Value& mistake : error["rows"]) {
     mistakes += mistake["line"].asString() + mistake["member"].asString() + " ";
   }
-  EXPECT_EQ(mistakes, "1name 2port 3password 4host ") << error;
+  EXPECT_EQ(mistakes, "1name 2port 3password 4host 5codec ") << error;
   EXPECT_EQ(Send("GET", run).json["data"]["rows"], 0);
   Json::Value many(Json::arrayValue);
   Json::Value large = Row("cam.example", 80);

@@ -142,6 +142,20 @@ TEST_F(RunsTest, WhatWasSilentInOneRunIsKnownInTheNext) {
   EXPECT_EQ(runs.SilentHosts(), std::set<std::string>{"a"});
 }
 
+TEST_F(RunsTest, AFileOfTheVersionBeforeKeepsItsRows) {
+  const int id = Started({Row("a")});
+  Ask("ALTER TABLE rows DROP COLUMN codec; ALTER TABLE rows DROP COLUMN streamType; PRAGMA user_version = 1");
+  RunRow row = Row("b");
+  row.camera.codec = "MJPEG";
+  Runs newer(State());
+  const auto begun = newer.Begin(id, {1});
+  ASSERT_TRUE(begun && begun->size() == 1);
+  EXPECT_EQ(begun->front().camera.codec, "");
+  const int next = newer.Open("anna").value_or(0);
+  EXPECT_EQ(newer.Add(next, {row}), RunChange::kDone);
+  EXPECT_EQ(newer.Waiting(next).front().codec, "MJPEG");
+}
+
 TEST_F(RunsTest, PasswordsAreOverwrittenOnceTheyAreOfNoMoreUse) {
   const std::function<void(int)> ends[] = {
       [&](int id) {
