@@ -4,6 +4,7 @@ import { isTestable, lacksPassword } from "../list/camera-list.js";
 import { ask, say } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
 import { Estimate } from "../testing/estimate.js";
+import { LONG, LongRun } from "../testing/long-run.js";
 import { Run } from "../testing/run.js";
 import { Slowness } from "../testing/slowness.js";
 import { texts } from "../texts/texts.js";
@@ -27,7 +28,8 @@ function cameraOf({ camera }) {
 const asListRow = (row) => ({ id: String(row.line), name: row.cells.name, camera: cameraOf(row) });
 
 export class ListRun {
-  /** @type {Run | null} while it runs */
+  #isAllowedLong = false;
+  /** @type {Run | LongRun | null} while it runs */
   #run = null;
   #slowness = new Slowness();
   #estimate = new Estimate();
@@ -49,6 +51,11 @@ export class ListRun {
       "go-on": () => this.#run?.resume(),
       "give-up": () => this.#run?.stopSending(),
     });
+  }
+
+  /** Only an admin may have the recorder test by itself. @param {import("../recorder/access.js").Session} session */
+  allow({ role }) {
+    this.#isAllowedLong = role === "admin";
   }
 
   get isRunning() {
@@ -102,7 +109,8 @@ export class ListRun {
 
   /** @param {Row[]} rows */
   #begin(rows) {
-    return new Run(rows, this.list.ofKind("passed").length > 0, {
+    const isLong = this.#isAllowedLong && rows.length >= LONG && !rows.some(({ asHeld }) => asHeld);
+    return new (isLong ? LongRun : Run)(rows, this.list.ofKind("passed").length > 0, {
       testGroup: (group, signal) => api.testGroup(group.map(asListRow), signal),
       testAlone: (row, signal) => api.testCamera(cameraOf(row), signal),
       refusals: this.list.refusals,

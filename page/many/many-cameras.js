@@ -77,6 +77,7 @@ export class ManyCameras {
   /** What this user may do. @param {import("../recorder/access.js").Session} session */
   allow(session) {
     this.adding.allow(session);
+    this.run.allow(session);
     if (this.list.rows.length > 0) this.#show();
   }
 

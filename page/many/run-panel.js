@@ -3,7 +3,7 @@
 import { byId } from "../parts/dom.js";
 import { texts } from "../texts/texts.js";
 
-/** @typedef {import("../testing/run.js").Run} Run */
+/** @typedef {import("../testing/run.js").Run | import("../testing/long-run.js").LongRun} Run */
 
 /** In the order in which the focus passes on from one that vanishes. */
 const BUTTONS = /** @type {const} */ (["go-on", "stop", "stop-now", "start", "retry", "held", "give-up"]);
@@ -57,7 +57,7 @@ export class RunPanel {
     byId("many-pause", HTMLElement).hidden = !pause;
     if (!pause) return;
     const unanswered = pause.rows === 1 ? texts.many.testUnanswered : texts.many.groupUnanswered;
-    byId("many-pause-title", HTMLElement).textContent = pause.kind === "logins" ? texts.many.paused : unanswered;
+    byId("many-pause-title", HTMLElement).textContent = pause.kind === "trouble" ? unanswered : texts.many.paused;
     byId("many-pause-text", HTMLElement).textContent = pause.text;
   }
 

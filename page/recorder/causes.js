@@ -25,11 +25,14 @@ function causeOf(causes, { code, cause = "" }) {
 export const hasAnswered = ({ code, cause = "" }) =>
   ANSWERED_CODES.includes(code) || (texts.causes.named[cause]?.answered ?? false);
 
-/** Names of causes that are worded by their codes. @type {Readonly<Record<string, number>>} */
-const CODES = { unreachable: 462, timedOut: 463, loginRefused: 464, noSuchStream: 465, noVideo: 466, busy: 467 };
+/** Codes of tests that are others than 468, by the names of their causes. @type {Readonly<Record<string, number>>} */
+const CODES = { encryptedStream: 466, unreachable: 462, timedOut: 463, loginRefused: 464, noSuchStream: 465, noVideo: 466, busy: 467 };
+
+/** What came of a test, by the recorder's name for it. @param {string} cause */
+export const verdictNamed = (cause) => ({ code: cause === "ok" ? 0 : (CODES[cause] ?? 468), cause });
 
 /** Why a camera failed, by the recorder's name for it. @param {string} cause */
-export const namedCause = (cause) => testCause({ code: CODES[cause] ?? 468, cause });
+export const namedCause = (cause) => testCause(verdictNamed(cause));
 
 /** Why a test failed. @param {{code: number, cause?: string}} failure */
 export const testCause = (failure) => causeOf(texts.causes.test, failure);

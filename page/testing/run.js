@@ -19,9 +19,9 @@ import { Lanes } from "./lanes.js";
 const FIRST_ROWS = 3;
 
 /**
- * Why a run stands still until somebody decides: all first logins were refused, or a request for so many rows was not
- * answered.
- * @typedef {{kind: "logins" | "trouble", text: string, rows: number}} Pause
+ * Why a run stands still until somebody decides: all first logins were refused, a request for so many rows was not
+ * answered, or nobody tells how the recorder gets on with them.
+ * @typedef {{kind: "logins" | "trouble" | "background", text: string, rows: number}} Pause
  *
  * @typedef {object} Means
  * @property {(rows: Row[], signal: AbortSignal) => Promise<Map<string, Verdict>>} testGroup verdicts by line
@@ -31,6 +31,21 @@ const FIRST_ROWS = 3;
  * @property {import("./estimate.js").Estimate} estimate
  * @property {(rows: Row[]) => void} changed
  */
+
+/**
+ * Notes what a test of a row gave.
+ * @param {Row} row
+ * @param {Verdict} verdict
+ * @param {Pick<Means, "refusals" | "slowness">} means
+ * @param {Date} testedAt
+ */
+export function settle(row, verdict, { refusals, slowness }, testedAt) {
+  const { code, cause = "" } = verdict;
+  Object.assign(row, { result: code === 0 ? "passed" : "failed", code, cause, testedAt });
+  if (!row.camera) return;
+  refusals.note(row.camera, code);
+  slowness.note(row.camera, verdict);
+}
 
 export class Run {
   /** @type {Pause | null} */
@@ -147,11 +162,8 @@ export class Run {
       Object.assign(row, { result: "unknown", note: texts.many.rowUnanswered });
       return;
     }
-    const { code, cause = "" } = verdict;
-    Object.assign(row, { result: code === 0 ? "passed" : "failed", code, cause, testedAt: new Date() });
-    if (row.camera) this.means.refusals.note(row.camera, code);
-    if (row.camera) this.means.slowness.note(row.camera, verdict);
-    if (code === 0) this.isProven = true;
+    settle(row, verdict, this.means, new Date());
+    if (verdict.code === 0) this.isProven = true;
   }
 
   /** @param {Row[]} rows @param {unknown} error */

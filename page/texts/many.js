@@ -137,6 +137,7 @@ export const many = {
   groupUnanswered: "This group was not answered.",
   /** @param {number} count */
   loginsRefused: (count) => `The first ${count} logins were all refused. Is the shared password right?`,
+  recorderStopped: "The recorder stopped while this row was tested.",
   rowUnanswered: "The recorder's answer left this row out.",
   loginRefused: "This login was refused at this address.",
 

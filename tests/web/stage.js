@@ -98,11 +98,11 @@ export const addUser = ({ username, password }, more = "", config = "recorder.js
   control(`${password}\n`, `user add ${username}${more}`, config);
 
 /** Starts a recorder with a state folder of its own, and gives its address. */
-export function serve(name, prepare = () => {}) {
+export function serve(name, prepare = () => {}, ...more) {
   const file = join(folder, `${name}.json`);
   writeFileSync(file, JSON.stringify({ ...config, stateFolder: `state-of-${name}` }));
   prepare();
-  return start("recorderctl", "--config", file, "serve", "--no-watch");
+  return start("recorderctl", "--config", file, "serve", ...(more.length > 0 ? more : ["--no-watch"]));
 }
 
 /** Starts cameras, and gives their ports by name. @param {string} file @param {Record<string, object>} cameras by name */

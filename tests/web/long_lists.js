@@ -1,0 +1,74 @@
+/// Many cameras: lists that are so long that the recorder tests them by itself.
+
+import assert from "node:assert/strict";
+import { test } from "node:test";
+import {
+  HOSTS,
+  USER,
+  WRONG,
+  addUser,
+  expectText,
+  openWithLogin,
+  ports,
+  results,
+  runEnds,
+  sent,
+  serve,
+  withPage,
+} from "./stage.js";
+
+/** Three of them are tested one by one before. Of two with one wrong login one is tried. */
+const longList = () => {
+  const rows = Array.from({ length: 210 }, (_, i) => [i, HOSTS[i % 18], ports.works, "", "", `/stream1?${i}`]);
+  for (const i of [5, 23]) rows[i][3] = WRONG;
+  return rows;
+};
+const LONG_ENDS = "✓✓✓✓✓✕" + "✓".repeat(17) + "‖" + "✓".repeat(186);
+
+/** Of a long list that is stopped: button, and what came of rows that were not done. */
+const LONG_STOPS = [
+  ["after these", "#many-stop", "–✕"],
+  ["at once", "#many-stop-now", "?–"],
+];
+
+test("a long list is tested by the recorder itself, or by the page where that does not watch", async (t) => {
+  const at = await serve("watching", () => addUser(USER, "", "watching.json"), "--workers", "4");
+  const expectNoRun = async (page) => {
+    const answer = await page.request.get(new URL("/recorder/1/runs", page.url()).href);
+    assert.deepEqual((await answer.json()).data, []);
+  };
+  const byItself = async (page, calls) => {
+    await openWithLogin(page, longList());
+    await page.route("**/recorder/1/runs/*", (route) => route.abort(), { times: 1 });
+    await page.click("#many-start");
+    await expectText(page, "many-pause-title", "Paused.");
+    await page.click("#many-go-on");
+    await runEnds(page);
+    assert.equal(await results(page), LONG_ENDS);
+    assert.equal(sent(calls, "CameraTest").length, 3);
+    await expectNoRun(page);
+  };
+  const byThePage = async (page, calls) => {
+    await openWithLogin(page, longList());
+    await page.click("#many-start");
+    await expectText(page, "many-progress-text", /^1\d of 210/);
+    await page.click("#many-stop");
+    await runEnds(page);
+    assert.ok(sent(calls, "CameraTest").length > 9);
+    await expectNoRun(page);
+  };
+  await t.test("by itself", () => withPage("#many", byItself, { at }));
+  await t.test("by the page", () => withPage("#many", byThePage));
+  for (const [name, button, signs] of LONG_STOPS) {
+    const stop = async (page) => {
+      await openWithLogin(page, longList().map((row, i) => (i < 36 ? row : row.with(2, ports.silent))));
+      await page.click("#many-start");
+      await expectText(page, "many-progress-text", /^36 of 210/);
+      await page.click(button);
+      await runEnds(page);
+      assert.equal([...new Set((await results(page)).slice(36))].sort().join(""), signs);
+      await expectNoRun(page);
+    };
+    await t.test(name, () => withPage("#many", stop, { at }));
+  }
+});
