@@ -4,7 +4,7 @@
 import { ask, el, say } from "../parts/dom.js";
 import { addView } from "../parts/forms.js";
 import { listCameras } from "../recorder/cameras.js";
-import { LOGIN_REFUSED } from "../recorder/causes.js";
+import { verdictNamed } from "../recorder/causes.js";
 import { findStreams } from "../recorder/finding.js";
 import { byChannel, freeName } from "../recorder/to-store.js";
 import { Refusals } from "../testing/refusals.js";
@@ -94,7 +94,7 @@ export class AddView {
     try {
       const taken = namesTaken();
       const found = await findStreams(place, (line) => this.#step(line), running.signal);
-      this.#refusals.note(login, found.cause === "ok" ? 0 : found.cause === "loginRefused" ? LOGIN_REFUSED : -1);
+      this.#refusals.note(login, verdictNamed(found.cause));
       const names = await taken;
       if (this.#running !== running) return; // it was stopped, or something else is looked for
       if (found.cause === "ok") this.#show(found, place, names);

@@ -2,6 +2,7 @@
 
 import { el, say, showMistake } from "../parts/dom.js";
 import { PLAIN, field, mistakeLine, onSubmit, tell } from "../parts/forms.js";
+import { isLoginRefused } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { toStore, usualChoice } from "../recorder/to-store.js";
 import { texts } from "../texts/texts.js";
@@ -122,8 +123,8 @@ export class FoundCamera {
     const { signal } = this.#working;
     for (const row of rows) {
       if (signal.aborted) return;
-      const cause = await question(row).catch((error) => (error instanceof Trouble ? String(error.cause) : ""));
-      if (cause === "loginRefused" && !signal.aborted) this.#refused();
+      const cause = String(await question(row).catch((error) => (error instanceof Trouble ? error.cause : "")));
+      if (isLoginRefused({ cause }) && !signal.aborted) this.#refused();
     }
   }
 

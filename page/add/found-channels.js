@@ -2,6 +2,7 @@
 
 import { button, el, say } from "../parts/dom.js";
 import { PLAIN, field, mistakeLine, onSubmit, tell } from "../parts/forms.js";
+import { isLoginRefused } from "../recorder/causes.js";
 import { byChannel, freeName } from "../recorder/to-store.js";
 import { texts } from "../texts/texts.js";
 import { ChannelRow } from "./channel-row.js";
@@ -147,7 +148,7 @@ export class FoundChannels {
     this.#isAsking = true;
     for (let row = this.#waiting.shift(); row && !signal.aborted; row = this.#waiting.shift()) {
       const cause = await row.takePicture(this.login, signal);
-      if (cause === "loginRefused" && !signal.aborted) this.#refused();
+      if (isLoginRefused({ cause }) && !signal.aborted) this.#refused();
     }
     this.#isAsking = false;
     if (this.#unseen.size === 0) this.#end();

@@ -2,7 +2,7 @@
 
 import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
-import { namedCause } from "../recorder/causes.js";
+import { isLoginRefused, namedCause } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
@@ -12,8 +12,6 @@ import { ageText, lastingOf, nameOf, placeOf, searchedIn, stateOf } from "./came
 import { Strip } from "./strip.js";
 
 /** @typedef {import("../recorder/cameras.js").CameraSummary} CameraSummary */
-
-const LOGIN_CAUSES = ["loginRefused", "clockUnknown"];
 
 /** The sign and the word of a state. @param {import("./camera-words.js").Words} words */
 export function stateMark({ sign, word, result }) {
@@ -64,7 +62,7 @@ export class CameraCard {
   /** Whether a still may be asked for: no camera is asked that is off or refused the login. */
   get mayBeAsked() {
     const { enabled, state } = this.camera;
-    return enabled && !LOGIN_CAUSES.includes(state?.cause ?? "");
+    return enabled && !isLoginRefused({ cause: state?.cause });
   }
 
   /** Whether the last still says something else than the state that is shown. */

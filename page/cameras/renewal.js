@@ -1,16 +1,15 @@
 /// When the picture of an open camera is taken anew. Knows no document.
 
+import { isLoginRefused } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 
 const RENEW_S = 5;
 const BACK_OFF_S = [5, 10, 20, 40, 60]; // the last one again and again
 const UNKNOWN = 404;
-/** A login that was refused again and again may lock the user out; a camera that is switched off or deleted stays so. */
-const FINAL_CAUSES = ["loginRefused", "clockUnknown", "disabled"];
 
-/** @param {unknown} error */
+/** A login is not tried again; a camera that is switched off or deleted stays so. @param {unknown} error */
 const isFinal = (error) =>
-  error instanceof Trouble && (FINAL_CAUSES.includes(error.cause) || error.status === UNKNOWN);
+  error instanceof Trouble && (isLoginRefused(error) || error.cause === "disabled" || error.status === UNKNOWN);
 
 /**
  * @typedef {object} Work

@@ -57,7 +57,7 @@ export class OneTest {
     try {
       const asked = await atItsStream(camera, running.signal);
       const verdict = await testCamera(asked, running.signal);
-      this.#refusals.note(camera, verdict.code);
+      this.#refusals.note(camera, verdict);
       if (verdict.code !== 0) this.#showFailure(verdict);
       else await this.#lookCloser({ camera, asked }, running.signal);
     } catch (error) {

@@ -7,9 +7,11 @@ import { texts } from "../texts/texts.js";
 /** The code of a test that nobody answered in time. */
 export const TIMED_OUT = 463;
 /** The code of a test whose login the camera refused. */
-export const LOGIN_REFUSED = 464;
+const LOGIN_REFUSED = 464;
 /** Codes of a camera that answered. */
 const ANSWERED_CODES = [0, LOGIN_REFUSED, 465, 466, 467];
+/** The recorder's names for a refused login; the second where it held the time, and the password may be right. */
+const REFUSED_CAUSES = ["loginRefused", "clockUnknown"];
 
 /**
  * Of a failure: by the name that the recorder gave, or else by its code; also of a code that this page does not know.
@@ -20,6 +22,12 @@ const ANSWERED_CODES = [0, LOGIN_REFUSED, 465, 466, 467];
 function causeOf(causes, { code, cause = "" }) {
   return texts.causes.named[cause] ?? causes[code] ?? texts.causes.unknown;
 }
+
+/**
+ * Whether the camera refused the login, so that another try may lock its user out.
+ * @param {{code?: number, cause?: string}} verdict
+ */
+export const isLoginRefused = ({ code, cause = "" }) => code === LOGIN_REFUSED || REFUSED_CAUSES.includes(cause);
 
 /** Whether a camera certainly answered a test. @param {{code: number, cause?: string}} verdict */
 export const hasAnswered = ({ code, cause = "" }) =>

@@ -2,7 +2,7 @@
 /// Knows no document.
 
 import { workingTime } from "../recorder/admission.js";
-import { LOGIN_REFUSED, verdictNamed } from "../recorder/causes.js";
+import { isLoginRefused, verdictNamed } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import * as runs from "../recorder/runs.js";
 import { messageOf } from "../text/text.js";
@@ -151,7 +151,7 @@ export class BackgroundRun {
   #settle(row, cause, at) {
     const verdict = verdictNamed(cause);
     if (cause === "unknown") Object.assign(row, { result: "unknown", note: texts.many.recorderStopped });
-    else if (verdict.code === LOGIN_REFUSED && this.means.refusals.isRefused(row)) Object.assign(row, HELD);
+    else if (isLoginRefused(verdict) && this.means.refusals.isRefused(row)) Object.assign(row, HELD);
     else settle(row, verdict, this.means, new Date(at * 1000));
   }
 

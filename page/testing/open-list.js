@@ -2,7 +2,7 @@
 
 import { UNTESTED, checkRow, checkRows, forgetPasswords, kindOf } from "../list/camera-list.js";
 import { readRows } from "../list/list-reading.js";
-import { LOGIN_REFUSED } from "../recorder/causes.js";
+import { isLoginRefused } from "../recorder/causes.js";
 import { HELD, isSameLogin } from "./refusals.js";
 
 /**
@@ -86,7 +86,7 @@ export class OpenList {
 
   /** A refused login comes back only after it was edited, and then it counts as not tested. */
   get retriable() {
-    return this.ofKind("failed").filter((row) => row.code !== LOGIN_REFUSED);
+    return this.ofKind("failed").filter((row) => !isLoginRefused(row));
   }
 
   /** @param {Defaults} defaults */

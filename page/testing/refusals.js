@@ -2,7 +2,7 @@
 /// somebody was asked, for as long as the page is open. Another port may be another camera, and another password another login.
 
 import { UNTESTED } from "../list/camera-list.js";
-import { LOGIN_REFUSED } from "../recorder/causes.js";
+import { isLoginRefused } from "../recorder/causes.js";
 import { texts } from "../texts/texts.js";
 
 /**
@@ -31,15 +31,15 @@ export class Refusals {
   /** By user. @type {Map<string, Refused>} */
   #refused = new Map();
 
-  /** Notes what a test gave. @param {Login} login @param {number} code */
-  note(login, code) {
+  /** Notes what a test gave. @param {Login} login @param {{code: number, cause?: string}} verdict */
+  note(login, verdict) {
     const refused = this.#refused.get(userOf(login)) ?? { count: 0, passwords: new Set() };
-    if (code === LOGIN_REFUSED) {
+    if (isLoginRefused(verdict)) {
       this.#refused.set(userOf(login), refused);
       refused.passwords.add(login.password);
       ++refused.count;
     }
-    if (code === 0) {
+    if (verdict.code === 0) {
       refused.passwords.delete(login.password);
       refused.count = 0;
     }
@@ -51,9 +51,10 @@ export class Refusals {
   }
 
   /** Whether somebody is to be asked before this row's login is sent. @param {Row} row */
-  isRefused({ result, code, camera }) {
+  isRefused(row) {
+    const { result, camera } = row;
     const isKnown = camera !== null && this.#refused.get(userOf(camera))?.passwords.has(camera.password);
-    return result === "held" || code === LOGIN_REFUSED || isKnown === true;
+    return result === "held" || isLoginRefused(row) || isKnown === true;
   }
 
   /**

@@ -3,7 +3,7 @@
 
 import { UNTESTED } from "../list/camera-list.js";
 import { workingTime } from "../recorder/admission.js";
-import { LOGIN_REFUSED, TIMED_OUT } from "../recorder/causes.js";
+import { TIMED_OUT, isLoginRefused } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
@@ -43,7 +43,7 @@ export function settle(row, verdict, { refusals, slowness }, testedAt) {
   const { code, cause = "" } = verdict;
   Object.assign(row, { result: code === 0 ? "passed" : "failed", code, cause, testedAt });
   if (!row.camera) return;
-  refusals.note(row.camera, code);
+  refusals.note(row.camera, verdict);
   slowness.note(row.camera, verdict);
 }
 
@@ -177,7 +177,7 @@ export class Run {
   }
 
   get #refused() {
-    return this.rows.filter((row) => row.code === LOGIN_REFUSED).length;
+    return this.rows.filter(isLoginRefused).length;
   }
 
   /** @returns {Pause | null} */

@@ -100,11 +100,15 @@ test("a wrong password is one refused login, and the page says what to do", () =
       await page.click("#add-find");
       await expectText(page, "add-failure", "Camera not found");
       const json = { success: true, data: { contentType: "jpeg", img: "" } };
-      const headers = { "Recorder-Cause": "loginRefused" };
-      await page.route("**/GetSnapshot", (route) => route.fulfill({ headers, json }));
-      await find(page, "recorder");
-      await expectText(page, "add-save-mistake", "The camera refused this login. Nothing more was tried.");
-      assert.equal(sent(calls, "GetSnapshot").length, 1);
+      const causes = ["loginRefused", "clockUnknown", "clockUnknown"];
+      await page.route("**/GetSnapshot", (route) =>
+        route.fulfill({ headers: { "Recorder-Cause": causes[sent(calls, "GetSnapshot").length - 1] }, json }),
+      );
+      for (const [i, camera] of ["recorder", "recorder", "onvif"].entries()) {
+        await find(page, camera);
+        await expectText(page, "add-save-mistake", "The camera refused this login. Nothing more was tried.");
+        assert.equal(sent(calls, "GetSnapshot").length, i + 1);
+      }
     },
     { script: AXE },
   ));

@@ -13,6 +13,8 @@ import { notesOf, readListFile, readRows } from "./page/list/list-reading.js";
 import { ModelList, labelOf } from "./page/recorder/models.js";
 import { splitPath } from "./page/text/path-login.js";
 import { causes } from "./page/texts/causes.js";
+import { OpenList } from "./page/testing/open-list.js";
+import { Refusals } from "./page/testing/refusals.js";
 import { STORED_PASSWORD } from "./page/recorder/api.js";
 import { here, source } from "./stage.js";
 
@@ -208,6 +210,17 @@ test("what is written is read as it was, and no formula for a spreadsheet", () =
   checkRows(list, DEFAULTS, MODELS);
   assert.match(exportForImport(list, false), /^x;'=cmd,/m);
   for (const foreign of ["'=a;=b", "it's", "a,'b"]) assert.equal(unguardCell(foreign), foreign);
+});
+
+test("a login that was refused, perhaps for the camera's clock, is not sent again by Test failed again", () => {
+  const list = new OpenList(MODELS, new Refusals());
+  list.fill(readListFile(new TextEncoder().encode("address\ncam1\ncam2\ncam3\n")));
+  list.check(DEFAULTS);
+  const causes = ["loginRefused", "clockUnknown", "loginUnsupported"];
+  list.rows.forEach((row, i) => Object.assign(row, { result: "failed", code: i ? 468 : 464, cause: causes[i] }));
+  for (const row of list.rows) list.refusals.note(row.camera, row);
+  assert.deepEqual(list.retriable.map(({ cause }) => cause), ["loginUnsupported"]);
+  assert.deepEqual(list.rows.map(({ camera }) => list.refusals.count(camera)), [1, 1, 0]);
 });
 
 /** Also read by the tests of `recorderctl camera import`. @type {Record<string, string>[]} */
