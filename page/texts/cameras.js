@@ -1,6 +1,6 @@
 /// What the views of stored cameras say.
 
-import { counted, spanText } from "./language.js";
+import { LANGUAGE, counted, spanText } from "./language.js";
 
 export const cameras = {
   title: "Cameras",
@@ -19,7 +19,7 @@ export const cameras = {
   askAdmin: "An administrator can add one.",
   /** @param {number} shown @param {number} all */
   count: (shown, all) =>
-    shown === all ? counted(all, "camera") : `${shown.toLocaleString("en")} of ${counted(all, "camera")}`,
+    shown === all ? counted(all, "camera") : `${shown.toLocaleString(LANGUAGE)} of ${counted(all, "camera")}`,
   /** @param {string} trouble */
   notRead: (trouble) => `The cameras could not be read. ${trouble}`,
 
