@@ -2,8 +2,8 @@
 
 import { button, el, showMistake } from "../parts/dom.js";
 import { PLAIN, field, passwordInput } from "../parts/forms.js";
-import { inAddress } from "../text/address.js";
-import { hidesLogin, hostMistake, portMistake, splitAddress } from "../text/address.js";
+import { isUsualPort } from "../recorder/finding.js";
+import { hidesLogin, hostMistake, inAddress, portMistake, splitAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 
 const { add, common } = texts;
@@ -15,9 +15,6 @@ const { add, common } = texts;
  * @property {string} user
  * @property {string} password
  */
-
-/** They are asked anyway. */
-const USUAL_PORTS = ["80", "443", "554"];
 
 export class AddressForm {
   #path = "";
@@ -91,7 +88,7 @@ export class AddressForm {
   #spread() {
     if (this.address.value === this.#place || hidesLogin(this.address.value)) return;
     const { host, port, user, password, path } = splitAddress(this.address.value);
-    this.setPlace(host, USUAL_PORTS.includes(port) ? "" : port);
+    this.setPlace(host, isUsualPort(Number(port)) ? "" : port);
     this.#path = path;
     if (user) this.user.value = user;
     if (password) this.password.value = password;

@@ -3,6 +3,7 @@
 import { button, el, say } from "../parts/dom.js";
 import { field, mistakeLine, onSubmit, passwordInput } from "../parts/forms.js";
 import { changeCamera, readCamera } from "../recorder/cameras.js";
+import { isUsualPort } from "../recorder/finding.js";
 import { movedTo } from "../recorder/moving.js";
 import { cameraHash, inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
@@ -14,9 +15,6 @@ const { add, common } = texts;
  * @typedef {Device["cameras"][number]} Stored
  */
 
-/** Asked anyway. */
-const USUAL_PORTS = [80, 443, 554, 8000, 8080, 8554];
-
 /** @param {Device} device */
 const nameOf = ({ name, maker, model }) => [maker, model].filter(Boolean).join(" ") || name || add.unknownDevice;
 
@@ -24,7 +22,7 @@ const nameOf = ({ name, maker, model }) => [maker, model].filter(Boolean).join("
 const hostOf = ({ addresses }) => addresses[0] ?? "";
 
 /** @param {Device} device */
-const portOf = ({ port }) => (port === null || USUAL_PORTS.includes(port) ? "" : String(port));
+const portOf = ({ port }) => (port === null || isUsualPort(port) ? "" : String(port));
 
 /** @param {Device} device */
 const placeOf = (device) => {

@@ -79,6 +79,11 @@ import { inTurn } from "./turns.js";
  */
 
 const ADDRESS = "recorder/1/";
+/** The recorder asks these where no port is given: recorder/device/find/port_questions.cpp has them, too. */
+const USUAL_PORTS = [80, 88, 443, 554, 1554, 2020, 7070, 8000, 8080, 8554, 8800, 8899];
+
+/** Whether a port need not be given, since it is asked anyway. @param {number} port */
+export const isUsualPort = (port) => USUAL_PORTS.includes(port);
 
 /**
  * Asks, and gives the last line. What came to nothing, and says no more than that, is a Trouble.

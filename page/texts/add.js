@@ -20,7 +20,7 @@ export const add = {
 
   // ---- the fields ----
   address: "Address of the camera or recorder",
-  addressHint: "Name, IP address, or a whole rtsp:// address. With a port, only that port is asked.",
+  addressHint: "Name, IP address, or a whole rtsp:// address. With a port that few cameras have, that one alone is asked.",
   noAddress: "Type the address of the camera or recorder.",
   /** On a button that shows or hides it, before its word. */
   show: "Show",

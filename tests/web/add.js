@@ -155,6 +155,9 @@ test("a whole address is taken apart, and the keyboard alone leads to the stored
       await page.click("#add-open");
       await page.goBack();
       assert.equal(await page.inputValue("#add-address"), "");
+      await page.fill("#add-address", "http://127.0.0.1:8080/");
+      await page.press("#add-address", "Tab");
+      assert.equal(await page.inputValue("#add-address"), "127.0.0.1", "that port is asked anyway");
     },
     { script: AXE },
   ));
