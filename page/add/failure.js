@@ -1,10 +1,8 @@
 /// Why nothing was found, and the one thing to try.
 
 import { button, el } from "../parts/dom.js";
-import { namedCause } from "../recorder/causes.js";
+import { namedCause, wordsOf } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
-import { messageOf } from "../text/text.js";
-import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
 
 const { add, common } = texts;
@@ -41,13 +39,9 @@ export function failureOf(cause, hadLogin) {
 
 /** @param {unknown} error @param {boolean} hadLogin @returns {Failure} */
 export function failureOfTrouble(error, hadLogin) {
-  if (error instanceof Trouble && error.cause) return failureOf(String(error.cause), hadLogin);
-  return { title: add.cannotDo, text: sentence(messageOf(error)), first: "", look: null };
+  if (error instanceof Trouble && error.cause) return failureOf(error.cause, hadLogin);
+  return { title: add.cannotDo, text: wordsOf(error).happened, first: "", look: null };
 }
-
-/** Why something came to nothing, in a line. @param {unknown} error */
-export const inALine = (error) =>
-  error instanceof Trouble && error.cause ? namedCause(String(error.cause)).heading : sentence(messageOf(error));
 
 /**
  * @param {Failure} failure

@@ -3,10 +3,9 @@
 import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
 import { tryPicture } from "../recorder/api.js";
-import { namedCause } from "../recorder/causes.js";
+import { inALine, namedCause } from "../recorder/causes.js";
 import { measureStream } from "../recorder/finding.js";
 import { texts } from "../texts/texts.js";
-import { inALine } from "./failure.js";
 
 const { add, common } = texts;
 

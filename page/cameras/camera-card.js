@@ -2,11 +2,9 @@
 
 import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
-import { isLoginRefused, namedCause } from "../recorder/causes.js";
+import { inALine, isLoginRefused } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { cameraHash } from "../text/address.js";
-import { messageOf } from "../text/text.js";
-import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
 import { ageText, lastingOf, nameOf, placeOf, searchedIn, stateOf } from "./camera-words.js";
 import { Strip } from "./strip.js";
@@ -83,7 +81,7 @@ export class CameraCard {
       this.#cause = "ok";
     } catch (error) {
       this.#cause = error instanceof Trouble ? error.cause : "";
-      this.clear(this.#cause ? namedCause(this.#cause).heading : sentence(messageOf(error)));
+      this.clear(inALine(error));
     }
   }
 

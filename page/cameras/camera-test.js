@@ -2,23 +2,12 @@
 
 import { button, el, say } from "../parts/dom.js";
 import { testCamera } from "../recorder/cameras.js";
-import { namedCause } from "../recorder/causes.js";
-import { Trouble } from "../recorder/request.js";
-import { messageOf } from "../text/text.js";
-import { sentence } from "../texts/language.js";
+import { wordsOf } from "../recorder/causes.js";
 import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera */
 
 const words = texts.camera;
-
-/** @param {unknown} error */
-function failureOf(error) {
-  const isCamera = error instanceof Trouble && error.cause !== "";
-  if (!isCamera) return { heading: words.failedTest, lines: [sentence(messageOf(error))] };
-  const { heading, happened, first } = namedCause(error.cause);
-  return { heading, lines: [happened, first] };
-}
 
 export class CameraTest {
   #id = 0;
@@ -51,8 +40,8 @@ export class CameraTest {
       await testCamera(this.#id, signal);
       this.#tell("ok", words.passed, [words.passedText]);
     } catch (error) {
-      const { heading, lines } = failureOf(error);
-      if (!signal.aborted) this.#tell("bad", heading, lines);
+      const { heading, happened, first } = wordsOf(error);
+      if (!signal.aborted) this.#tell("bad", heading || words.failedTest, first ? [happened, first] : [happened]);
     }
     this.#mark(false);
     if (!signal.aborted) this.ended();

@@ -1,10 +1,7 @@
 /// What is said of a stored camera in the list and where it is open. Knows no document.
 
-import { namedCause } from "../recorder/causes.js";
-import { Trouble } from "../recorder/request.js";
+import { namedCause, wordsOf } from "../recorder/causes.js";
 import { inAddress } from "../text/address.js";
-import { messageOf } from "../text/text.js";
-import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../recorder/cameras.js").CommonFields} Camera */
@@ -56,9 +53,8 @@ export function lastingOf({ enabled, state }) {
 
 /** Why something was not done, and of a camera what to try first. @param {unknown} error */
 export function reasonOf(error) {
-  if (!(error instanceof Trouble) || !error.cause) return sentence(messageOf(error));
-  const { heading, first } = namedCause(error.cause);
-  return texts.camera.advice(heading, first);
+  const { heading, happened, first } = wordsOf(error);
+  return heading ? texts.camera.advice(heading, first) : happened;
 }
 
 /** @param {number} at milliseconds since 1970 */

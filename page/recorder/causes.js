@@ -1,6 +1,9 @@
 /// Which text a failure of a camera has, by its code and the name that the recorder gives.
 
+import { messageOf } from "../text/text.js";
+import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
+import { Trouble } from "./request.js";
 
 /** @typedef {import("../texts/causes.js").Cause} Cause */
 
@@ -41,6 +44,22 @@ export const verdictNamed = (cause) => ({ code: cause === "ok" ? 0 : (CODES[caus
 
 /** Why a camera failed, by the recorder's name for it. @param {string} cause */
 export const namedCause = (cause) => testCause(verdictNamed(cause));
+
+/**
+ * What is said of an error: what a camera failed of, or else what happened, with no heading and nothing to try.
+ * @param {unknown} error
+ * @returns {{heading: string, happened: string, first: string}}
+ */
+export function wordsOf(error) {
+  if (error instanceof Trouble && error.cause) return namedCause(error.cause);
+  return { heading: "", happened: sentence(messageOf(error)), first: "" };
+}
+
+/** The same in a line. @param {unknown} error */
+export function inALine(error) {
+  const { heading, happened } = wordsOf(error);
+  return heading || happened;
+}
 
 /** Why a test failed. @param {{code: number, cause?: string}} failure */
 export const testCause = (failure) => causeOf(texts.causes.test, failure);
