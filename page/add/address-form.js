@@ -1,7 +1,7 @@
 /// What somebody types to add a camera: an address, and the login of the camera.
 
 import { button, el, showMistake } from "../parts/dom.js";
-import { PLAIN, field, passwordInput } from "../parts/forms.js";
+import { PLAIN, field, passwordInput, revealButton } from "../parts/forms.js";
 import { isUsualPort } from "../recorder/finding.js";
 import { hidesLogin, hostMistake, inAddress, portMistake, splitAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
@@ -19,8 +19,6 @@ const { add, common } = texts;
 export class AddressForm {
   #path = "";
   #place = ""; // what stands in the address since it was split
-  #showWord = el("span", { text: add.show });
-  #show = button("", () => this.#toggle(), { id: "add-show" });
   #known = el("a", { id: "add-known", href: "#one", text: add.knowsData });
   address = el("input", { id: "add-address", class: "code", autocomplete: "off", ...PLAIN });
   user = el("input", { id: "add-user", autocomplete: "off", ...PLAIN });
@@ -35,7 +33,6 @@ export class AddressForm {
   /** @param {{find: (place: Place) => void, stop: () => void, search: () => void}} handlers */
   constructor(handlers) {
     this.handlers = handlers;
-    this.#show.append(this.#showWord, el("span", { class: "out-of-sight", text: ` ${add.shownPassword}` }));
     this.element.addEventListener("submit", (event) => {
       event.preventDefault();
       const place = this.#isBusy || this.#isHeld ? null : this.#read();
@@ -74,14 +71,8 @@ export class AddressForm {
       "div",
       { class: "field" },
       el("label", { for: this.password.id, text: common.password }),
-      el("div", { class: "with-button" }, this.password, this.#show),
+      el("div", { class: "with-button" }, this.password, revealButton(this.password)),
     );
-  }
-
-  #toggle() {
-    const isShown = this.password.type === "text";
-    this.password.type = isShown ? "password" : "text";
-    this.#showWord.textContent = isShown ? add.show : add.hide;
   }
 
   /** Puts the parts of a whole address into their fields, so that no password can be read. */

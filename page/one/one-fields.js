@@ -3,11 +3,11 @@
 import { ModelField } from "../models/model-field.js";
 import { forgetPassword, spreadAddress, suggest, watchAddress } from "../parts/camera-fields.js";
 import { byId, say, showMistake } from "../parts/dom.js";
+import { revealButton } from "../parts/forms.js";
 import { STORED_PASSWORD } from "../recorder/api.js";
 import { defaultPort, labelOf } from "../recorder/models.js";
 import { hidesLogin, hostMistake, portMistake } from "../text/address.js";
 import { texts } from "../texts/texts.js";
-import { PasswordField } from "./password-field.js";
 import { StreamFold } from "./stream-fold.js";
 
 /**
@@ -49,6 +49,8 @@ function mistakesOf({ address, port, password, path }, model, models) {
 export class OneFields {
   /** Values that the user did not type may be replaced. @type {Set<string>} */
   #touched = new Set();
+  /** How often the password was changed: no more than this is kept of it. */
+  #passwordChanges = 0;
 
   /** @param {ModelList} models @param {Listener} listener */
   constructor(models, listener) {
@@ -66,7 +68,8 @@ export class OneFields {
       path: input("path"),
     };
     this.streamFold = new StreamFold();
-    this.password = new PasswordField(this.inputs.password);
+    this.inputs.password.after(revealButton(this.inputs.password));
+    this.inputs.password.addEventListener("input", () => ++this.#passwordChanges);
     this.modelField = new ModelField(this.inputs.model, models);
     byId("one-form", HTMLFormElement).addEventListener("input", (event) => this.#edited(event.target));
     watchAddress(this.inputs, () => this.#splitAddress());
@@ -79,7 +82,7 @@ export class OneFields {
     const { which, codec, stream } = this.streamFold;
     const place = JSON.stringify([address.value, port.value]);
     const values = [...Object.values(others), which, codec, stream].map((field) => field.value);
-    return { place, values: JSON.stringify([place, ...values, this.password.changes]) };
+    return { place, values: JSON.stringify([place, ...values, this.#passwordChanges]) };
   }
 
   /** @param {EventTarget | null} target */
@@ -96,7 +99,7 @@ export class OneFields {
     const { address, password } = this.inputs;
     const before = password.value;
     const { ofAddress, ofPath } = spreadAddress(this.inputs);
-    if (password.value !== before) ++this.password.changes;
+    if (password.value !== before) ++this.#passwordChanges;
     if (hidesLogin(address.value)) showMistake(address, hostMistake(address.value));
     if (ofAddress.port) this.#touched.add("port");
     if (ofAddress.path) {
@@ -163,7 +166,7 @@ export class OneFields {
       this.inputs[name].value = values[name];
       this.#touched.add(name);
     }
-    ++this.password.changes;
+    ++this.#passwordChanges;
   }
 
   /** The rest of it; even what is not offered. @param {Camera} camera */

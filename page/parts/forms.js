@@ -3,7 +3,7 @@
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
-import { byId, el } from "./dom.js";
+import { button, byId, el } from "./dom.js";
 
 /**
  * A field with its label.
@@ -36,6 +36,20 @@ export const PLAIN = { spellcheck: "false", autocapitalize: "none" };
 
 /** @param {string} id @param {"current-password" | "new-password"} kind */
 export const passwordInput = (id, kind) => el("input", { id, type: "password", autocomplete: kind, ...PLAIN });
+
+/** A button that shows what stands in the field of a password, and hides it again. @param {HTMLInputElement} input */
+export function revealButton(input) {
+  const { show, hide, shownPassword } = texts.common;
+  const word = el("span", { text: show });
+  const toggle = () => {
+    const isShown = input.type === "text";
+    input.type = isShown ? "password" : "text";
+    word.textContent = isShown ? show : hide;
+  };
+  const made = button("", toggle);
+  made.append(word, el("span", { class: "out-of-sight", text: ` ${shownPassword}` }));
+  return made;
+}
 
 /**
  * Where a form says what went wrong. Empty at first.

@@ -22,10 +22,6 @@ export const add = {
   address: "Address of the camera or recorder",
   addressHint: "Name, IP address, or a whole rtsp:// address. With a port that few cameras have, that one alone is asked.",
   noAddress: "Type the address of the camera or recorder.",
-  /** On a button that shows or hides it, before its word. */
-  show: "Show",
-  hide: "Hide",
-  shownPassword: "password",
   find: "Find",
   searchNetwork: "Search my network",
   stop: "Stop",

@@ -21,6 +21,11 @@ export const common = {
   /** @param {string} port */
   noPort: (port) => `${port} is not a port (1 to 65535).`,
 
+  /** On the button of a password, and what follows for those who do not see the field. */
+  show: "Show",
+  hide: "Hide",
+  shownPassword: "password",
+
   any: "Any",
   cancel: "Cancel",
   close: "Close",

@@ -5,10 +5,6 @@ export const one = {
 
   // ---- the fields ----
   addressHint: "Name, IP address, or a whole rtsp:// address",
-  /** On a button that shows or hides it, before its word. */
-  show: "Show",
-  hide: "Hide",
-  shownPassword: "password",
   whichHint: "Mostly the same view in several sizes: Main is the best one.",
   pathHint: "Only for models that ask for it, for example /stream1",
   loginOfPath: "The login in the path went into user and password",
