@@ -6,9 +6,9 @@ import { StillFrame } from "../parts/still-frame.js";
 import { toStore, usualChoice } from "../recorder/to-store.js";
 import { texts } from "../texts/texts.js";
 import { save, storedAlready } from "./saving.js";
-import { claimText, labelOf, noPictureText, pictureOf } from "./stream-row.js";
+import { claimText, labelOf, showPicture } from "./stream-row.js";
 
-const { add, common } = texts;
+const { add } = texts;
 
 /**
  * @typedef {import("../recorder/finding.js").Found} Found
@@ -68,15 +68,8 @@ export class ChannelRow {
     const { main } = usualChoice(this.streams);
     if (!main) return "";
     this.#still.clear(add.pictureWaits);
-    try {
-      const { bytes, cause } = await pictureOf(this.found.host, main, login, signal);
-      const isShown = cause === "ok" && (await this.#still.show(new Blob([bytes]), add.pictureOf(this.channel)));
-      if (!isShown) this.#still.clear(noPictureText(cause));
-      return cause;
-    } catch {
-      this.#still.clear(common.noPictureCame);
-      return "";
-    }
+    const source = { host: this.found.host, ...main, ...login };
+    return showPicture(this.#still, add.pictureOf(this.channel), source, signal).catch(() => "");
   }
 
   /** @param {Login} login @param {boolean} force stores it although it is stored already */

@@ -51,21 +51,31 @@ function warningTexts(label, measured) {
 }
 
 /** That no picture came, and why. @param {string} cause */
-export function noPictureText(cause) {
+function noPictureText(cause) {
   if (cause === "ok") return texts.cameras.notAPicture;
   return cause ? common.noPictureFor(namedCause(cause).heading) : common.noPictureCame;
 }
 
 /**
- * The picture of a stream, as its record will be asked for it.
- * @param {string} host
- * @param {FoundStream} stream
- * @param {Login} login
+ * Takes the picture of a stream, as its record will be asked for it, and shows it, or why none came.
+ * @param {StillFrame} still
+ * @param {string} description
+ * @param {{host: string, storeAs: FoundStream["storeAs"]} & Login} source
  * @param {AbortSignal} signal
+ * @returns {Promise<string>} the cause, "ok" for a picture
  */
-export function pictureOf(host, { storeAs }, login, signal) {
+export async function showPicture(still, description, { host, storeAs, user, password }, signal) {
   const { sourcePath, ...place } = storeAs;
-  return tryPicture({ host, ...place, ...login, path: sourcePath, codec: "", stream: "" }, signal);
+  const camera = { host, ...place, user, password, path: sourcePath, codec: "", stream: "" };
+  try {
+    const { bytes, cause } = await tryPicture(camera, signal);
+    const isShown = cause === "ok" && (await still.show(new Blob([bytes]), description));
+    if (!isShown) still.clear(noPictureText(cause));
+    return cause;
+  } catch (error) {
+    still.clear(common.noPictureCame);
+    throw error;
+  }
 }
 
 export class StreamRow {
@@ -106,17 +116,10 @@ export class StreamRow {
 
   /** @param {Login} login @param {AbortSignal} signal @returns {Promise<string>} the cause, "ok" for a picture */
   async takePicture(login, signal) {
-    try {
-      const { bytes, cause } = await pictureOf(this.host, this.stream, login, signal);
-      this.#cause = cause;
-      const description = add.pictureOf(labelOf(this.stream));
-      const isShown = cause === "ok" && (await this.#still.show(new Blob([bytes]), description));
-      if (!isShown) this.#still.clear(noPictureText(cause));
-      return cause;
-    } catch (error) {
-      this.#still.clear(common.noPictureCame);
-      throw error;
-    }
+    const { host, stream } = this;
+    const source = { host, ...stream, ...login };
+    this.#cause = await showPicture(this.#still, add.pictureOf(labelOf(stream)), source, signal);
+    return this.#cause;
   }
 
   /** @param {Login} login @param {AbortSignal} signal */
