@@ -6,7 +6,7 @@ import { whenSignedOut } from "../recorder/admission.js";
 import { Trouble } from "../recorder/request.js";
 import { loginTrouble } from "../text/login-words.js";
 import { texts } from "../texts/texts.js";
-import { LoginDialog } from "./login-dialog.js";
+import { LoginView } from "./login-view.js";
 
 /** @typedef {access.Session} Session */
 
@@ -39,7 +39,7 @@ async function makeFirstUser(user, password, link) {
 }
 
 export class SigningIn {
-  #dialog = new LoginDialog();
+  #view = new LoginView();
   /** @type {Session | null} */
   #session = null;
 
@@ -61,7 +61,7 @@ export class SigningIn {
   }
 
   forgetPassword() {
-    this.#dialog.forgetPassword();
+    this.#view.forgetPassword();
   }
 
   // ---- at the start ----
@@ -97,13 +97,13 @@ export class SigningIn {
     if (link && error.status === NO_USER_YET) return this.#askFirstUser(link);
     const mistake = error.isForFirstUser ? texts.login.noUser : link ? texts.login.usedLink : "";
     const trouble = isSignedOut(error) ? mistake : loginTrouble(error);
-    return this.#dialog.ask({ title: texts.login.logIn, mistake: trouble, enter: access.logIn });
+    return this.#view.ask({ title: texts.login.logIn, mistake: trouble, enter: access.logIn });
   }
 
   /** @param {string} link */
   #askFirstUser(link) {
     let isMade = false;
-    return this.#dialog.ask({
+    return this.#view.ask({
       title: texts.login.firstUser,
       text: texts.login.firstUserText,
       isFirst: true,
@@ -120,7 +120,7 @@ export class SigningIn {
   /** The recorder no longer knows this browser: asks over the page, which keeps all it has. */
   async #again() {
     const user = this.#session?.user ?? "";
-    const session = await this.#dialog.ask({
+    const session = await this.#view.ask({
       title: texts.login.logInAgain,
       text: texts.login.expired,
       user,
@@ -139,9 +139,9 @@ export class SigningIn {
 
   /** Somebody may have logged in meanwhile, in another tab. */
   async #look() {
-    if (document.hidden || !this.#dialog.isOpen) return;
+    if (document.hidden || !this.#view.isOpen) return;
     const session = await access.readSession().catch(() => null);
-    if (session && this.#dialog.isOpen) this.#dialog.finish(session);
+    if (session && this.#view.isOpen) this.#view.finish(session);
   }
 
   /** @param {Session} session */

@@ -21,7 +21,7 @@ import { texts } from "../texts/texts.js";
  * @property {(user: string, password: string, stay: boolean) => Promise<Session>} enter
  */
 
-export class LoginDialog {
+export class LoginView {
   #title = el("h1", { id: "login-title" });
   #text = el("p", { id: "login-text" });
   #mistake = mistakeLine("login-mistake");
