@@ -2,11 +2,12 @@
 
 import { el } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
+import { nameOf } from "../recorder/cameras.js";
 import { inALine, isLoginRefused } from "../recorder/causes.js";
 import { Trouble } from "../recorder/request.js";
 import { cameraHash } from "../text/address.js";
 import { texts } from "../texts/texts.js";
-import { ageText, lastingOf, nameOf, placeOf, searchedIn, stateOf } from "./camera-words.js";
+import { ageText, lastingOf, placeOf, searchedIn, stateOf } from "./camera-words.js";
 import { Strip } from "./strip.js";
 
 /** @typedef {import("../recorder/cameras.js").CameraSummary} CameraSummary */

@@ -13,7 +13,7 @@ import { ChangesPart } from "./changes-part.js";
 import { FactsPart } from "./facts-part.js";
 import { LivePicture } from "./live-picture.js";
 import { StreamsPart } from "./streams-part.js";
-import { kindOf, lastingOf, nameOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
+import { kindOf, lastingOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
 
 /** @typedef {api.StoredCamera} StoredCamera */
 
@@ -131,7 +131,7 @@ export class CameraView {
   #fill(camera) {
     const isChanged = !this.#camera || shownOf(camera) !== shownOf(this.#camera);
     this.#camera = camera;
-    this.#setTitle(nameOf(camera));
+    this.#setTitle(api.nameOf(camera));
     this.#state.replaceChildren(stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
     this.#about.textContent = words.about(kindOf(camera), placeOf(camera));
     this.#switch.textContent = camera.enabled ? words.switchOff : words.switchOn;
@@ -167,7 +167,7 @@ export class CameraView {
   #hear({ cause }) {
     const camera = this.#camera;
     if (!camera?.enabled) return;
-    if (cause !== camera.state?.cause) say(texts.changes.isNow(nameOf(camera), outcomeOf(cause).word));
+    if (cause !== camera.state?.cause) say(texts.changes.isNow(api.nameOf(camera), outcomeOf(cause).word));
     this.#reread();
   }
 

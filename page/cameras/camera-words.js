@@ -1,5 +1,6 @@
 /// What is said of a stored camera in the list and where it is open. Knows no document.
 
+import { nameOf } from "../recorder/cameras.js";
 import { namedCause, wordsOf } from "../recorder/causes.js";
 import { inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
@@ -17,9 +18,6 @@ import { texts } from "../texts/texts.js";
 const words = texts.cameras;
 
 export const now = () => Date.now() / 1000;
-
-/** @param {Camera} camera */
-export const nameOf = ({ id, name }) => name || words.unnamed(id);
 
 /** @param {Camera} camera */
 export const placeOf = ({ host, port }) => `${inAddress(host)}:${port}`;

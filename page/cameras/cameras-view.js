@@ -3,7 +3,7 @@
 import { button, el, refill, sayLater } from "../parts/dom.js";
 import { addView, field, mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
-import { listCameras } from "../recorder/cameras.js";
+import { listCameras, nameOf } from "../recorder/cameras.js";
 import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
@@ -12,7 +12,7 @@ import { CameraCard, stateMark } from "./camera-card.js";
 import { StateFilter } from "./state-filter.js";
 import { Stills } from "./stills.js";
 import { Strips } from "./strips.js";
-import { hasWords, lastingOf, nameOf, placeOf, sorted, stateOf } from "./camera-words.js";
+import { hasWords, lastingOf, placeOf, sorted, stateOf } from "./camera-words.js";
 
 /** @typedef {import("../recorder/cameras.js").CameraSummary} CameraSummary */
 

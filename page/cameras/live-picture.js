@@ -2,10 +2,10 @@
 
 import { button, el, say } from "../parts/dom.js";
 import { StillFrame } from "../parts/still-frame.js";
-import { takeStill } from "../recorder/cameras.js";
+import { nameOf, takeStill } from "../recorder/cameras.js";
 import { Trouble } from "../recorder/request.js";
 import { texts } from "../texts/texts.js";
-import { ageText, nameOf, reasonOf } from "./camera-words.js";
+import { ageText, reasonOf } from "./camera-words.js";
 import { Renewal } from "./renewal.js";
 
 /** @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera */

@@ -2,11 +2,10 @@
 
 import { button, byId, el, say } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
-import { restoreCamera } from "../recorder/cameras.js";
+import { nameOf, restoreCamera } from "../recorder/cameras.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
-import { nameOf } from "./camera-words.js";
 
 /** @typedef {import("../recorder/cameras.js").CommonFields} Camera */
 

@@ -1,5 +1,6 @@
 /// A token that was just made: shown once, with a button that copies it.
 
+import { copyText } from "../parts/copying.js";
 import { button, el, say } from "../parts/dom.js";
 import { texts } from "../texts/texts.js";
 
@@ -35,17 +36,8 @@ export class NewToken {
   }
 
   async #copy() {
+    const isCopied = await copyText(this.#value.value);
     this.#value.select(); // where the page may not copy, Ctrl+C does
-    const isCopied = await this.#write();
     say(isCopied ? texts.login.copied : texts.login.copyByKeys);
-  }
-
-  /** The clipboard is for encrypted connections; the older command is for all. */
-  async #write() {
-    if (!window.isSecureContext) return document.execCommand("copy");
-    return navigator.clipboard.writeText(this.#value.value).then(
-      () => true,
-      () => false,
-    );
   }
 }

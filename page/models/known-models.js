@@ -2,6 +2,7 @@
 
 import { button, byId, el, sayLater } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
+import { nameOf } from "../recorder/cameras.js";
 import { labelOf, ofMakerText } from "../recorder/models.js";
 import { readModel } from "../recorder/model-document.js";
 import { cameraHash } from "../text/address.js";
@@ -16,9 +17,6 @@ const MOST_SHOWN = 200;
 
 /** An address of this view. @param {Model} model */
 const hashOf = ({ vendor, model }) => `#models/${encodeURIComponent(vendor)}/${encodeURIComponent(model)}`;
-
-/** @param {api.StoredCamera} camera */
-const nameOf = ({ id, name }) => name || texts.models.camera(id);
 
 export class KnownModels {
   /** @type {api.StoredCamera[]} */

@@ -1,6 +1,7 @@
 /// Of the recorder's own API: the stored cameras. Their addresses and members stand here and nowhere else. Times are
 /// seconds since 1970. Passwords go to the recorder and never come back. What a camera fails of is a Trouble with a cause.
 
+import { texts } from "../texts/texts.js";
 import { ask } from "./request.js";
 import { inTurn } from "./turns.js";
 
@@ -60,6 +61,9 @@ import { inTurn } from "./turns.js";
  */
 
 const ADDRESS = "recorder/1/cameras";
+
+/** What a stored camera is called. @param {{id: number, name: string}} camera */
+export const nameOf = ({ id, name }) => name || texts.cameras.unnamed(id);
 
 /** @param {Question["verb"]} verb @param {string} path @param {Omit<Question, "verb" | "address">} [more] */
 const question = (verb, path, more = {}) => ({ verb, address: ADDRESS + path, ...more });

@@ -35,8 +35,6 @@ export const models = {
 
   // ---- those in use ----
   used: "In use here",
-  /** A stored camera without a name. @param {number} id */
-  camera: (id) => `Camera ${id}`,
   /** @param {string} camera @param {string} model */
   cameraAndModel: (camera, model) => `${camera}, ${model}`,
   /** @param {string} camera @param {string} channel */
