@@ -8,7 +8,6 @@ import {
   RIGHT,
   USER,
   WRONG,
-  addUser,
   control,
   enterLogin,
   expectText,
@@ -98,7 +97,6 @@ test("a login is asked for in the page, and a wrong one says what to do", () => 
     assert.deepEqual(await page.context().cookies(), []);
     assert.ok(!control("", "session list").includes(OTHER.username));
   };
-  addUser(OTHER, " --role user");
   return withPage("#many", work, { user: null, script: AXE });
 });
 

@@ -122,6 +122,7 @@ before(async () => {
   Object.assign(ports, await startCameras("cameras.json", CAMERAS));
   address = await serve("recorder", () => {
     addUser(USER);
+    addUser(OTHER, " --role user");
     mkdirSync(join(folder, "state-of-recorder/models"), { mode: 0o700 });
     writeFileSync(join(folder, "state-of-recorder/models/acme.json"), JSON.stringify(OWN_MODELS));
   });
