@@ -1,5 +1,5 @@
-/// The question for user and password: a view of its own at the start, and a dialog over the page when the recorder no
-/// longer knows this browser. The browser's own box never comes.
+/// The question for user and password: a view of its own, at the start, and over all others when the recorder no longer
+/// knows this browser. They stay as they are behind it. The browser's own box never comes.
 
 import { button, el } from "../parts/dom.js";
 import { PLAIN, field, mistakeLine, newPasswordMistake, onSubmit, passwordInput, tell } from "../parts/forms.js";
@@ -89,7 +89,6 @@ export class LoginView {
     this.#go.textContent = this.#goText;
     this.#later.hidden = !isOver;
     this.#other.hidden = !isOver;
-    this.#dialog.classList.toggle("whole", !isOver);
     this.#dialog.showModal();
     (user ? this.#password : this.#user).focus();
     return new Promise((resolve) => (this.#done = resolve));

@@ -117,9 +117,11 @@ export class SigningIn {
 
   // ---- later ----
 
-  /** The recorder no longer knows this browser: asks over the page, which keeps all it has. */
+  /** The recorder no longer knows this browser: asks over the view that is open, which keeps all it has. */
   async #again() {
     const user = this.#session?.user ?? "";
+    const { title } = document;
+    document.title = texts.common.title(texts.login.logInAgain);
     const session = await this.#view.ask({
       title: texts.login.logInAgain,
       text: texts.login.expired,
@@ -127,6 +129,7 @@ export class SigningIn {
       isOver: true,
       enter: access.logIn,
     });
+    document.title = title;
     if (!session) return false;
     if (session.user !== user) {
       location.reload(); // what is here belongs to somebody else

@@ -4,6 +4,7 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import { AXE, audit } from "./audit.js";
 import {
+  DESKTOP,
   OTHER,
   RIGHT,
   USER,
@@ -116,8 +117,11 @@ test("a session that ends while a list runs costs nothing: what was refused is a
       });
       await page.click("#many-start");
       await page.locator("#login[open]").waitFor();
+      assert.deepEqual(await page.locator("#login").boundingBox(), { x: 0, y: 0, ...DESKTOP }, "a view, and no box");
+      assert.equal(await page.title(), "Log in again – Camera check");
       await page.keyboard.press("Escape");
       await expectText(page, "many-pause-text", "Nobody is logged in.");
+      assert.equal(await page.title(), "Many cameras – Camera check");
       assert.equal(await results(page), "✓✓✓–––––");
       await page.click("#many-go-on");
       await expectText(page, "login-text", "What you typed, the list and its results stay, and what waits goes on.");
