@@ -18,7 +18,7 @@ import { NetworkSearch } from "./network-search.js";
 import { Progress } from "./progress.js";
 import { SavedPanel } from "./saved-panel.js";
 
-const { add } = texts;
+const { add, common } = texts;
 
 /**
  * @typedef {import("./address-form.js").Place} Place
@@ -89,7 +89,8 @@ export class AddView {
   /** @param {Place} place */
   async #find(place) {
     const login = { host: place.host, port: place.ports[0] ?? 0, user: place.user, password: place.password };
-    if (this.#refusals.count(login) >= REFUSALS_BEFORE_ASKING && !(await ask(add.lockQuestion, add.tryAnyway))) return;
+    const isRisky = this.#refusals.count(login) >= REFUSALS_BEFORE_ASKING;
+    if (isRisky && !(await ask(common.lockQuestion, common.tryAnyway))) return;
     const running = this.#begin(place.host);
     try {
       const taken = namesTaken();
@@ -136,7 +137,7 @@ export class AddView {
   /** @param {import("./failure.js").Failure} failure */
   #fail(failure) {
     this.#place.replaceChildren(failureCard(failure, (field) => this.#form[field].focus()));
-    say(add.failed(failure.title));
+    say(common.failed(failure.title));
   }
 
   /** @param {Found} found @param {Place} login @param {string[]} taken names of stored cameras */

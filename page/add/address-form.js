@@ -24,7 +24,7 @@ export class AddressForm {
   user = el("input", { id: "add-user", autocomplete: "off", ...PLAIN });
   password = passwordInput("add-password", "new-password");
   find = el("button", { id: "add-find", class: "main", text: add.find });
-  stop = button(add.stop, () => this.handlers.stop(), { id: "add-stop", hidden: true });
+  stop = button(common.stop, () => this.handlers.stop(), { id: "add-stop", hidden: true });
   search = button(add.searchNetwork, () => this.#isHeld || this.handlers.search(), { id: "add-search" });
   #isBusy = false;
   #isHeld = false;

@@ -8,7 +8,7 @@ import { texts } from "../texts/texts.js";
 import { save, storedAlready } from "./saving.js";
 import { claimText, labelOf, showPicture } from "./stream-row.js";
 
-const { add } = texts;
+const { add, common } = texts;
 
 /**
  * @typedef {import("../recorder/finding.js").Found} Found
@@ -75,7 +75,7 @@ export class ChannelRow {
   /** @param {Login} login @param {boolean} force stores it although it is stored already */
   async save(login, force) {
     const name = this.name.value.trim();
-    if (!name) return this.#failed(add.noName);
+    if (!name) return this.#failed(common.noName);
     const outcome = await save({ ...toStore(this.found, login, name, usualChoice(this.streams)), force });
     if (outcome.other) {
       this.#result.replaceChildren(storedAlready(outcome.other, () => this.#force(login)));
@@ -84,7 +84,7 @@ export class ChannelRow {
     } else {
       this.isSaved = true;
       this.tick.disabled = this.name.disabled = true;
-      this.#result.replaceChildren(resultOf("✓", "passed", add.saved));
+      this.#result.replaceChildren(resultOf("✓", "passed", common.saved));
     }
   }
 

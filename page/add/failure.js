@@ -40,7 +40,7 @@ export function failureOf(cause, hadLogin) {
 /** @param {unknown} error @param {boolean} hadLogin @returns {Failure} */
 export function failureOfTrouble(error, hadLogin) {
   if (error instanceof Trouble && error.cause) return failureOf(error.cause, hadLogin);
-  return { title: add.cannotDo, text: wordsOf(error).happened, first: "", look: null };
+  return { title: common.cannotDo, text: wordsOf(error).happened, first: "", look: null };
 }
 
 /**

@@ -87,8 +87,8 @@ export class FoundCamera {
       "form",
       { class: "inline", novalidate: true, autocomplete: "off", "aria-label": common.save },
       name,
-      field(add.main, this.#main),
-      field(add.sub, this.#sub),
+      field(common.streamNames.main, this.#main),
+      field(common.streamNames.sub, this.#sub),
       el("button", { id: "add-save", class: "main", text: common.save }),
       this.#mistake,
       this.#already,
@@ -149,7 +149,7 @@ export class FoundCamera {
   async #save(force) {
     this.#already.replaceChildren();
     const name = this.#name.value.trim();
-    showMistake(this.#name, name ? "" : add.noName);
+    showMistake(this.#name, name ? "" : common.noName);
     if (!name) return void this.#name.focus();
     const measured = new Map(this.rows.flatMap((row) => (row.measured ? [[row.stream, row.measured]] : [])));
     const camera = toStore(this.found, this.login, name, this.#choice(), measured);

@@ -68,7 +68,7 @@ export class FoundChannels {
       { class: "card bar", hidden: true },
       this.#said,
       button(add.addAnother, handlers.another, { id: "add-another" }),
-      el("a", { class: "button", href: "#cameras", text: add.openAll }),
+      el("a", { class: "button", href: "#cameras", text: common.openCameras }),
     );
     this.element = this.#build();
     this.#rename();
@@ -177,7 +177,7 @@ export class FoundChannels {
     for (const [done, row] of chosen.entries()) {
       if (this.login !== login) return;
       this.#progress.value = done / chosen.length;
-      this.#progressText.textContent = add.progress(done, chosen.length);
+      this.#progressText.textContent = common.doneOf(done, chosen.length);
       await row.save(login, false);
     }
   }

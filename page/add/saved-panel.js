@@ -43,7 +43,7 @@ export class SavedPanel {
         "div",
         { class: "actions" },
         button(add.addAnother, another, { id: "add-another", class: "main" }),
-        el("a", { id: "add-open", class: "button", href: cameraHash(camera), text: add.open(camera.name) }),
+        el("a", { id: "add-open", class: "button", href: cameraHash(camera), text: common.openNamed(camera.name) }),
       ),
       this.#addressLine(),
     );
@@ -68,7 +68,7 @@ export class SavedPanel {
     const isWhole = this.#isWithPassword.checked;
     const { user, password } = this.login;
     const isCopied = await copyText(isWhole ? withLogin(this.address, user, password) : this.address);
-    this.#copied.textContent = !isCopied ? add.notCopied : isWhole ? add.copiedWithPassword : add.copied;
+    this.#copied.textContent = !isCopied ? add.notCopied : isWhole ? add.copiedWithPassword : common.copied;
     say(this.#copied.textContent);
   }
 
@@ -79,7 +79,7 @@ export class SavedPanel {
     this.#title.focus();
     say(add.isSaved(name));
     const picture = await takeStill(id, "main", false, this.#stopping.signal).catch(() => null);
-    const isShown = picture !== null && (await this.#still.show(picture, add.savedPicture(name)));
+    const isShown = picture !== null && (await this.#still.show(picture, texts.cameras.picture(name)));
     if (!isShown) this.#still.clear(common.noPictureCame);
   }
 

@@ -7,7 +7,7 @@ import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
 
-const { add } = texts;
+const { add, common } = texts;
 
 /**
  * @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera
@@ -37,7 +37,7 @@ export function storedAlready(other, force) {
     "div",
     { class: "stored-already" },
     el("p", { text: add.storedAlready(other.name) }),
-    el("a", { href: cameraHash(other), text: add.openStored(other.name) }),
-    button(add.storeAllTheSame, force),
+    el("a", { href: cameraHash(other), text: common.openNamed(other.name) }),
+    button(common.saveAnyway, force),
   );
 }

@@ -26,7 +26,7 @@ export const claimText = ({ codec, width, height, frameRate }) =>
   pictureText(codec, width, height, frameRate);
 
 /** @param {FoundStream} stream */
-export const labelOf = ({ name }) => add.streamNames[name] ?? name;
+export const labelOf = ({ name }) => common.streamNames[name] ?? name;
 
 /** @param {Measured} measured */
 function distanceText({ keyFrameDistance, keyFrameMoreThan }) {

@@ -106,6 +106,6 @@ export class CameraCard {
 
   #wordsForNone() {
     if (!this.camera.enabled) return texts.cameras.notWhileOff;
-    return this.mayBeAsked ? texts.cameras.noPictureYet : texts.cameras.notAsked;
+    return this.mayBeAsked ? texts.common.noPictureYet : texts.cameras.notAsked;
   }
 }

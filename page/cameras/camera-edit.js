@@ -146,12 +146,12 @@ export class CameraEdit {
     if (!base) return;
     spreadAddress(this.#addressFields);
     const { port } = this.#inputs;
-    if (port.value.trim() === "" || portMistake(port.value)) return this.#pointAt(port, words.badPort);
+    if (port.value.trim() === "" || portMistake(port.value)) return this.#pointAt(port, common.typePort);
     const change = this.#changes(base);
     if (Object.keys(change).length === 0) return this.finished(null);
     try {
       const saved = await changeCamera(base.id, change, base.revision);
-      say(words.saved);
+      say(common.saved);
       this.finished(saved);
     } catch (error) {
       return this.#explain(error, base);

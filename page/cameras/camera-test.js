@@ -12,7 +12,7 @@ const words = texts.camera;
 export class CameraTest {
   #id = 0;
   #end = new AbortController();
-  button = button(words.test, () => this.#run(), { id: "camera-test" });
+  button = button(texts.common.test, () => this.#run(), { id: "camera-test" });
   element = el("div", { id: "camera-test-result", class: "card test-result", hidden: true });
 
   /** @param {() => void} ended the recorder knows more now */
@@ -50,7 +50,7 @@ export class CameraTest {
   /** @param {boolean} isRunning */
   #mark(isRunning) {
     this.button.ariaDisabled = isRunning ? "true" : null;
-    this.button.textContent = isRunning ? words.testing : words.test;
+    this.button.textContent = isRunning ? words.testing : texts.common.test;
   }
 
   /** @param {"ok" | "bad"} kind @param {string} heading @param {string[]} lines */

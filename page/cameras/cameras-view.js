@@ -51,8 +51,8 @@ export class CamerasView {
     `${words.none} `,
     button(words.showAll, () => this.#showAll(), { class: "link" }),
   );
-  #add = el("a", { href: "#add", id: "cameras-add", class: "button main", text: words.add });
-  #emptyAdd = el("a", { href: "#add", class: "button main", text: words.add });
+  #add = el("a", { href: "#add", id: "cameras-add", class: "button main", text: texts.add.title });
+  #emptyAdd = el("a", { href: "#add", class: "button main", text: texts.add.title });
   #emptyText = el("p");
   #empty = el(
     "div",

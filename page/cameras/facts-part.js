@@ -18,8 +18,8 @@ const words = texts.camera;
 const MEASURED = "measured"; // who says so, as the recorder has it
 const WIDE = "(width >= 48rem)";
 
-/** @param {string} stream */
-const headingOf = (stream) => (stream ? words.ofStream(words.streamNames[stream] ?? stream) : words.ofCamera);
+/** @param {StreamName | ""} stream */
+const headingOf = (stream) => (stream ? words.ofStream(texts.common.streamNames[stream] ?? stream) : words.ofCamera);
 
 /** @param {string} from who says something */
 const sourceOf = (from) => words.sources[from] ?? from;
@@ -79,7 +79,7 @@ export class FactsPart {
     return el("div", {}, ...shown, ...measure);
   }
 
-  /** Closed at first where there is little room. @param {string} stream @param {HTMLElement} content */
+  /** Closed at first where there is little room. @param {StreamName | ""} stream @param {HTMLElement} content */
   #fold(stream, content) {
     const open = this.#isOpen.get(stream) ?? matchMedia(WIDE).matches;
     const fold = el("details", { open }, el("summary", { text: headingOf(stream) }), content);
@@ -90,7 +90,7 @@ export class FactsPart {
   /** @param {StoredCamera} camera @param {StreamName} stream */
   #measureButton({ id, facts }, stream) {
     const wasMeasured = facts.some((fact) => fact.stream === stream && fact.from === MEASURED);
-    const label = words.measureOf(words.streamNames[stream] ?? stream, wasMeasured);
+    const label = words.measureOf(texts.common.streamNames[stream] ?? stream, wasMeasured);
     const press = button(label, () => this.#measure(press, label, id, stream), { "data-kind": stream });
     return press;
   }

@@ -68,7 +68,7 @@ export class LivePicture {
     this.#renewal?.end();
     this.#renewal = null;
     clearInterval(this.#timer);
-    this.#frame.clear(words.noPictureYet);
+    this.#frame.clear(texts.common.noPictureYet);
     this.#mistake.hidden = true;
     this.#showAge();
   }
@@ -102,7 +102,7 @@ export class LivePicture {
 
   /** @param {unknown} error @param {number} waitSeconds */
   #tell(error, waitSeconds) {
-    if (this.#frame.isEmpty) this.#frame.clear(words.noPictureYet);
+    if (this.#frame.isEmpty) this.#frame.clear(texts.common.noPictureYet);
     this.#mistake.textContent = `${reasonOf(error)} ${outlook(error, waitSeconds)}`;
     if (this.#mistake.hidden || waitSeconds === 0) say(this.#mistake.textContent);
     this.#mistake.hidden = false;

@@ -67,9 +67,9 @@ export class StreamsPart {
 
   /** @param {CameraStream} stream */
   #boxOf(stream) {
-    const name = words.streamNames[stream.name] ?? stream.name;
+    const name = texts.common.streamNames[stream.name] ?? stream.name;
     const address = stream.address
-      ? this.#copyable(words.address, name, (password) => this.#addressOf(password, stream))
+      ? this.#copyable(texts.common.address, name, (password) => this.#addressOf(password, stream))
       : el("p", { class: "hint", text: words.noAddress });
     return el("div", { class: "stream" }, el("h3", { text: name }), address);
   }
@@ -80,7 +80,7 @@ export class StreamsPart {
     const named = (/** @type {string} */ password) =>
       streams.map((stream) => ({ name: stream.name, address: this.#addressOf(password, stream) }));
     const single = streams.flatMap((stream) => {
-      const label = words.streamNames[stream.name] ?? stream.name;
+      const label = texts.common.streamNames[stream.name] ?? stream.name;
       const file = stream.name === "main" ? key : `${key}_${stream.name}`;
       return [
         this.#line("ffmpeg", label, (password) => ffmpegLine(this.#addressOf(password, stream), file)),
@@ -104,19 +104,19 @@ export class StreamsPart {
   /** @param {string} what @param {string} stream @param {(password: string) => string} write */
   #copyable(what, stream, write) {
     const name = words.copyOf(what, stream);
-    const copy = button(words.copy, () => this.#copy(copy, name, write(this.#typed)), { "aria-label": name });
+    const copy = button(texts.common.copy, () => this.#copy(copy, name, write(this.#typed)), { "aria-label": name });
     return el("div", { class: "copyable" }, el("pre", { class: "code", text: write(MASK) }), copy);
   }
 
   /** @param {HTMLElement} copy @param {string} name @param {string} text */
   async #copy(copy, name, text) {
     const isDone = await copyText(text);
-    say(isDone ? words.copied : words.notCopied);
+    say(isDone ? texts.common.copied : words.notCopied);
     if (!isDone) return;
-    copy.textContent = words.copied;
+    copy.textContent = texts.common.copied;
     copy.ariaLabel = null;
     await new Promise((done) => setTimeout(done, COPIED_MS));
-    copy.textContent = words.copy;
+    copy.textContent = texts.common.copy;
     copy.ariaLabel = name;
   }
 }

@@ -26,7 +26,7 @@ export class UndoBar {
     const time = el("span");
     const mistake = mistakeLine(`undo-${camera.id}-mistake`);
     const undo = button(words.undo, () => this.#undo(camera, bar, mistake), { class: "main" });
-    const dismiss = button(words.dismiss, () => this.#remove(bar));
+    const dismiss = button(texts.common.close, () => this.#remove(bar));
     const bar = el("div", { class: "banner", role: "group", "aria-label": words.deleted(nameOf(camera)) });
     bar.append(el("p", {}, el("strong", { text: words.deleted(nameOf(camera)) }), " ", time), undo, dismiss, mistake);
     this.#place.append(bar);

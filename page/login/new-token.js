@@ -15,7 +15,7 @@ export class NewToken {
       "div",
       { class: "with-button" },
       this.#value,
-      button(texts.login.copy, () => this.#copy(), { id: "account-token-copy" }),
+      button(texts.common.copy, () => this.#copy(), { id: "account-token-copy" }),
       button(texts.login.done, () => this.forget(), { id: "account-token-done" }),
     ),
     el("p", { class: "hint", text: texts.login.copyNow }),
@@ -38,6 +38,6 @@ export class NewToken {
   async #copy() {
     const isCopied = await copyText(this.#value.value);
     this.#value.select(); // where the page may not copy, Ctrl+C does
-    say(isCopied ? texts.login.copied : texts.login.copyByKeys);
+    say(isCopied ? texts.common.copied : texts.login.copyByKeys);
   }
 }

@@ -26,7 +26,7 @@ function wordsOf(addition) {
   if (addition.kind === "failed") return [words.notAdded, addition.text];
   const href = cameraHash(addition);
   if (addition.kind === "there") return [words.storedAlready, el("a", { href, text: addition.name })];
-  return [`${words.added} `, el("a", { href, text: words.open, "aria-label": words.openNamed(addition.name) })];
+  return [`${words.added} `, el("a", { href, text: words.open, "aria-label": texts.common.openNamed(addition.name) })];
 }
 
 export class Adding {
@@ -41,7 +41,7 @@ export class Adding {
   #bar = el("progress", { id: "many-add-progress" });
   #label = el("span", { class: "out-of-sight", text: words.progress });
   #progress = el("label", { class: "progress" }, this.#label, this.#bar);
-  #link = el("a", { id: "many-add-open", href: "#cameras", text: words.openCameras });
+  #link = el("a", { id: "many-add-open", href: "#cameras", text: texts.common.openCameras });
   #text = el("span", { id: "many-add-text", class: "muted" });
   /** In the order in which the focus passes on from one that vanishes. */
   #buttons = [this.#stop, this.#again, this.#start, this.#link];
@@ -88,7 +88,7 @@ export class Adding {
     say(words.begins(rows.length));
     await this.additions.add(rows);
     this.changed([]);
-    say(words.ended(this.#text.textContent ?? ""));
+    say(texts.common.ended(this.#text.textContent ?? ""));
   }
 
   /** @param {Row[]} rows */
@@ -96,7 +96,7 @@ export class Adding {
     this.changed(rows);
     const { all, done } = this.additions.run;
     const quarters = Math.floor((done / all) * 4);
-    if (quarters > this.#spokenQuarters && quarters < 4) say(words.goesOn(done, all));
+    if (quarters > this.#spokenQuarters && quarters < 4) say(texts.common.doneOf(done, all));
     this.#spokenQuarters = quarters;
   }
 
@@ -129,7 +129,7 @@ export class Adding {
     const { all, done } = this.additions.run;
     this.#bar.max = all;
     this.#bar.value = done;
-    return words.goesOn(done, all);
+    return texts.common.doneOf(done, all);
   }
 
   /** @param {Sorted} sorted @param {boolean} wasTried */

@@ -104,7 +104,7 @@ export class ListRun {
     await this.#run.test();
     this.#run = null;
     this.changed([]);
-    say(texts.many.ended(this.#summary()));
+    say(texts.common.ended(this.#summary()));
   }
 
   /** @param {Row[]} rows */

@@ -75,7 +75,7 @@ export class RunPanel {
     const progress = byId("many-progress", HTMLProgressElement);
     progress.max = run.rows.length;
     progress.value = run.done;
-    const parts = [texts.many.progress(run.done, run.rows.length)];
+    const parts = [texts.common.doneOf(run.done, run.rows.length)];
     if (run.timeLeft > 0 && !run.pause) parts.push(timeText(run.timeLeft));
     if (run.state === "stopping") parts.push(texts.many.stopping);
     byId("many-progress-text", HTMLElement).textContent = parts.join(", ");

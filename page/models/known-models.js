@@ -66,7 +66,7 @@ export class KnownModels {
       const name = texts.models.cameraAndModel(nameOf(camera), labelOf(camera));
       const title = camera.channel ? texts.models.withChannel(name, camera.channel) : name;
       const show = button(title, () => this.#showStored(camera), { class: "link" });
-      const label = texts.saving.openNamed(name);
+      const label = texts.common.openNamed(name);
       const open = el("a", { href: cameraHash(camera), text: texts.saving.open, "aria-label": label });
       return el("li", {}, show, " ", open);
     });

@@ -69,7 +69,7 @@ function streamTable(streams, { defChanl }, sources) {
   const rows = streams.map((stream) => {
     const path = el("span", { class: "code", text: stream.path });
     const said = el("span", { class: "said", text: sources.said(stream.source) });
-    const name = texts.models.streams[stream.name];
+    const name = texts.common.streamNames[stream.name];
     return [name, stream.codec || texts.models.anyCodec, over(stream), el("div", {}, path, " ", said)];
   });
   if (rows.length === 0) return [];

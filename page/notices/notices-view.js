@@ -83,7 +83,7 @@ export class NoticesView {
     }
     this.#show(await setWebhook(url, this.#secret.value));
     this.forgetPassword();
-    say(words.saved);
+    say(texts.common.saved);
     return "";
   }
 

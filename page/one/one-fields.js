@@ -39,7 +39,7 @@ const NO_MODEL = {
 function mistakesOf({ address, port, password, path }, model, models) {
   return {
     address: address.value === "" ? texts.one.noAddress : hostMistake(address.value),
-    port: port.value === "" ? texts.one.noPort : portMistake(port.value),
+    port: port.value === "" ? texts.common.typePort : portMistake(port.value),
     model: model ? "" : NO_MODEL[models],
     password: password.value === STORED_PASSWORD ? texts.one.standsForStored : "",
     path: model?.needsPath && path.value.trim() === "" ? texts.one.noPath : "",

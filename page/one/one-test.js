@@ -50,7 +50,7 @@ export class OneTest {
   /** Asks first, if this user's logins were refused before. @param {Camera} camera */
   async run(camera) {
     if (this.#refusals.count(camera) >= REFUSALS_BEFORE_ASKING) {
-      if (!(await ask(texts.one.lockQuestion, texts.common.testAnyway))) return;
+      if (!(await ask(texts.common.lockQuestion, texts.common.tryAnyway))) return;
     }
     const running = new AbortController();
     this.#begin(running);
@@ -101,7 +101,7 @@ export class OneTest {
   #showFailure(verdict) {
     const result = failureOf(verdict, this.needsPath());
     this.#showResult(result);
-    say(texts.one.failed(result.title));
+    say(texts.common.failed(result.title));
   }
 
   /** @param {unknown} error */

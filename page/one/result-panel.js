@@ -19,7 +19,7 @@ import { texts } from "../texts/texts.js";
 const TROUBLES = {
   stopped: texts.one.noResult,
   timeOut: texts.one.noAnswer,
-  refused: texts.one.cannotDo,
+  refused: texts.common.cannotDo,
   offline: texts.one.notTested,
   signedOut: texts.one.notTested,
 };
@@ -66,7 +66,7 @@ export class ResultPanel {
     const link = byId("one-result-link", HTMLAnchorElement);
     link.hidden = field === "none";
     link.hash = `one-${field}`;
-    link.textContent = texts.one.goTo[field] ?? "";
+    link.textContent = texts.common.goTo[field] ?? "";
     byId("one-result-code", HTMLElement).textContent = code ? texts.common.code(code) : "";
     byId("one-result-foot", HTMLElement).hidden = link.hidden && !code;
     byId("one-result-notes", HTMLElement).replaceChildren();

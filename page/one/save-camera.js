@@ -25,7 +25,7 @@ function streamsOf({ camera, asked }) {
 
 /** @param {import("../recorder/saving.js").Kept} kept */
 function linkTo(kept) {
-  const label = words.openNamed(kept.name);
+  const label = texts.common.openNamed(kept.name);
   return el("a", { id: "one-saved-open", href: cameraHash(kept), text: words.open, "aria-label": label });
 }
 
@@ -96,7 +96,7 @@ export class SaveCamera {
     const force = this.#isForced;
     this.#isForced = false;
     if (!name) this.#name.focus();
-    if (!tested || !name) return words.noName;
+    if (!tested || !name) return texts.common.noName;
     say(words.saving);
     const kept = await keep(tested.camera, { name, streams: streamsOf(tested), facts: this.#facts(tested), force });
     if (this.#tested === tested) this.#showKept(kept); // no other test began meanwhile
@@ -116,7 +116,7 @@ export class SaveCamera {
     const label = isAdded ? words.savedAs : words.storedAlready;
     const link = linkTo(kept);
     this.#done.replaceChildren(label, el("strong", { text: kept.name }), " ", link);
-    if (!isAdded) this.#done.append(" ", button(words.allTheSame, () => this.#force(), { id: "one-save-force" }));
+    if (!isAdded) this.#done.append(" ", button(texts.common.saveAnyway, () => this.#force(), { id: "one-save-force" }));
     this.#done.dataset.kind = kept.kind;
     this.#done.hidden = false;
     say(`${label}${kept.name}`);

@@ -36,7 +36,7 @@ export class StreamFold {
 
   /** Offers a model's streams, and chooses the main one. @param {StreamName[]} names */
   offerNames(names) {
-    this.which.replaceChildren(...names.map((value) => el("option", { value, text: texts.models.streams[value] })));
+    this.which.replaceChildren(...names.map((value) => el("option", { value, text: texts.common.streamNames[value] })));
     byId("one-which-field", HTMLElement).hidden = names.length < 2;
     this.#fitToName();
   }
@@ -87,7 +87,7 @@ export class StreamFold {
   summarise() {
     const channel = this.channel.value ? texts.one.channel(this.channel.value) : texts.one.defaultChannel;
     const ofMain = [this.stream.value, splitPath(this.path.value).path];
-    const [name, more] = this.name === "main" ? ["", ofMain] : [texts.models.streams[this.name], []];
+    const [name, more] = this.name === "main" ? ["", ofMain] : [texts.common.streamNames[this.name], []];
     const parts = [name, channel, this.codec.value || texts.common.any, ...more];
     byId("one-summary", HTMLElement).textContent = texts.one.streamSummary(parts.filter(Boolean).join(", "));
   }

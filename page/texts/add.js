@@ -24,10 +24,7 @@ export const add = {
   noAddress: "Type the address of the camera or recorder.",
   find: "Find",
   searchNetwork: "Search my network",
-  stop: "Stop",
   knowsData: "I know its data",
-  lockQuestion: "Two logins were refused. Another may lock this user out. Try anyway?",
-  tryAnyway: "Try anyway",
 
   whatFindDoes:
     "Find asks this address alone, for at most 10 seconds. Then it takes a picture of each stream, and measures main " +
@@ -63,8 +60,6 @@ export const add = {
   madeBy: (maker, from) => `Made by ${maker} (said by ${from})`,
 
   // ---- why nothing was found ----
-  /** @param {string} heading */
-  failed: (heading) => `Failed: ${heading.charAt(0).toLowerCase()}${heading.slice(1)}`,
   refused: "The camera refused this login. Nothing more was tried.",
   refusedFirst: "Type the password again, once: many cameras lock a user out after a few wrong tries.",
   needsLogin: "This camera asks for a login",
@@ -76,7 +71,6 @@ export const add = {
     "give it under “I know its data”.",
   goToAddress: "Go to address",
   goToPassword: "Go to password",
-  cannotDo: "The recorder could not do this",
 
   // ---- what find warns of ----
   /** @type {Readonly<Record<string, string>>} */
@@ -104,8 +98,6 @@ export const add = {
   /** @param {string} host @param {string[]} names of who said what it is */
   about: (host, names) => (names.length ? `at ${host}, said by ${listed(names)}` : `at ${host}`),
   streams: "Streams of the camera",
-  /** @type {Readonly<Record<string, string>>} */
-  streamNames: { main: "Main", sub: "Sub", third: "Third", "": "Stream" },
   /** @param {number} width @param {number} height */
   size: (width, height) => `${width} × ${height}`,
   /** @param {number} rate pictures a second */
@@ -137,15 +129,9 @@ export const add = {
   found: (streams) => `${counted(streams, "stream")} found`,
 
   // ---- choosing and saving ----
-  noName: "Type a name.",
-  main: "Main",
-  sub: "Sub",
   none: "None",
   /** @param {string} camera */
   storedAlready: (camera) => `This camera is stored already, as “${camera}”.`,
-  /** @param {string} camera */
-  openStored: (camera) => `Open ${camera}`,
-  storeAllTheSame: "Save it anyway",
 
   // ---- several channels ----
   channels: "Channels of the recorder",
@@ -162,25 +148,16 @@ export const add = {
   nameOf: (channel) => `Name of channel ${channel}`,
   /** @param {number} count */
   saveSeveral: (count) => `Save ${counted(count, "camera")}`,
-  /** @param {number} done @param {number} all */
-  progress: (done, all) => `${done} of ${all}`,
   progressLabel: "Cameras saved",
-  saved: "Saved",
   /** @param {number} saved @param {number} failed */
   severalSaved: (saved, failed) => `${counted(saved, "camera")} saved${failed ? `, ${failed} not: see the table` : ""}`,
 
   // ---- after it ----
   /** @param {string} name */
   isSaved: (name) => `${name} is saved`,
-  /** @param {string} name */
-  savedPicture: (name) => `Picture of ${name}`,
   addAnother: "Add another",
-  /** @param {string} name */
-  open: (name) => `Open ${name}`,
-  openAll: "Open Cameras",
   copy: "Copy its stream's address",
   withPassword: "with user and password",
-  copied: "Copied",
   copiedWithPassword: "Copied, with the password",
   notCopied: "The browser does not let this page copy. Select the address and copy it.",
 

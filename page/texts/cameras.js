@@ -5,7 +5,6 @@ import { LANGUAGE, counted, spanText } from "./language.js";
 export const cameras = {
   title: "Cameras",
   list: "Stored cameras",
-  add: "Add a camera",
   searchLabel: "Search by name, address, vendor and model",
   show: "Show",
   all: "All",
@@ -43,7 +42,6 @@ export const cameras = {
   taken: (when) => `Picture taken ${when}`,
   notAsked: "Not asked for a picture",
   notWhileOff: "No picture while it is off",
-  noPictureYet: "No picture yet",
   takingPicture: "Taking a picture",
   notAPicture: "What came is no picture.",
   takePicture: "Take a new picture",
@@ -63,7 +61,6 @@ export const camera = {
   goneText: "It may have been deleted.",
   actions: "What can be done with it",
 
-  test: "Test",
   testing: "Testing",
   passed: "Camera works",
   passedText: "It was reached, took the login, and sends video.",
@@ -80,12 +77,7 @@ export const camera = {
   advice: (heading, first) => `${heading}. ${first}`,
 
   streams: "Streams",
-  /** @type {Readonly<Record<string, string>>} */
-  streamNames: { main: "Main", sub: "Sub", third: "Third" },
   noAddress: "Its address is not known: the camera is asked for it each time.",
-  address: "Address",
-  copy: "Copy",
-  copied: "Copied",
   notCopied: "This browser did not let it be copied.",
   lines: "For other programs",
   withPassword: "With password",
@@ -135,8 +127,6 @@ export const camera = {
   trustHint:
     "Only if you know that the camera itself was reset, or its settings were changed: otherwise somebody else may get " +
     "its password.",
-  saved: "Saved",
-  badPort: "Type the camera's port (1 to 65535).",
   /** @param {string} theirs what is stored now */
   conflict: (theirs) =>
     `Somebody else changed this camera meanwhile: ${theirs}. What you typed is kept. Save again to store it.`,
@@ -150,7 +140,6 @@ export const camera = {
   /** @param {number} seconds */
   undoTime: (seconds) => `It can be brought back for ${counted(seconds, "second")}.`,
   undo: "Undo",
-  dismiss: "Close",
   /** @param {string} name */
   restored: (name) => `${name} is back`,
 };

@@ -64,10 +64,8 @@ export const login = {
   tokenMade: (name) => `Token ${name} is made. Copy it now.`,
   /** @param {string} name */
   theToken: (name) => `The token ${name}`,
-  copy: "Copy",
   done: "Done",
   copyNow: "Copy it now: it is not shown again.",
-  copied: "Copied",
   copyByKeys: "The token is selected. Copy it with Ctrl+C.",
 
   // ---- sessions and tokens ----

@@ -103,7 +103,6 @@ export const many = {
   testRemaining: (count) => `Test the remaining ${count}`,
   retry: "Test failed again",
   testHeld: "Test held rows",
-  stop: "Stop",
   stopAfter: "Stop after these",
   stopNow: "Stop waiting now",
   goOn: "Go on",
@@ -118,16 +117,12 @@ export const many = {
   /** @param {number} count */
   testing: (count) => `Testing ${counted(count, "camera")}`,
   /** @param {number} done @param {number} all */
-  progress: (done, all) => `${done} of ${all}`,
-  /** @param {number} done @param {number} all */
   saidProgress: (done, all) => `${done} of ${all} tested`,
   /** @param {number} seconds */
   secondsLeft: (seconds) => `about ${seconds} s left`,
   /** @param {number} minutes */
   minutesLeft: (minutes) => `about ${minutes} min left`,
   stopping: "stopping",
-  /** @param {string} summary */
-  ended: (summary) => `Ended. ${summary}`,
   /** In a summary. @param {number} count @param {keyof typeof kinds} kind */
   countOf: (count, kind) => `${count} ${kinds[kind].toLowerCase()}`,
   /** @param {string} reason */

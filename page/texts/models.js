@@ -8,7 +8,6 @@ const others = (count) => count.toLocaleString(LANGUAGE);
 export const models = {
   title: "Known models",
   anyCamera: "Any camera (stream path)",
-  streams: { main: "Main", sub: "Sub", third: "Third" },
 
   // ---- finding one ----
   search: "Search by vendor and model",

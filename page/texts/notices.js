@@ -9,7 +9,6 @@ export const notices = {
   url: "Address (http or https)",
   secret: "Secret (16 to 256 characters)",
   secretHint: "It is not shown again. The stored one stays while this is empty and the address the same.",
-  saved: "Saved",
   sendTest: "Send a test",
   sending: "Sending a test",
   remove: "Tell nobody",

@@ -18,14 +18,12 @@ export const one = {
 
   // ---- what is wrong with a field ----
   noAddress: "Type the camera's address.",
-  noPort: "Type the camera's port (1 to 65535).",
   modelsLoading: "The list of models is not here yet.",
   modelsFailed: "The list of models could not be read: see above.",
   standsForStored: "This text stands for a stored password; type the camera's own.",
   noPath: "This model needs the path of the stream.",
 
   // ---- the test ----
-  lockQuestion: "Two logins were refused. Another may lock this user out. Test anyway?",
   testing: "Testing",
   contacts: "The recorder contacts the camera.",
   /** @param {number} seconds */
@@ -43,26 +41,11 @@ export const one = {
   /** @param {string} stream "sub" or "third" */
   foundVideoIn: (stream) => `The recorder logged in and found video in the ${stream} stream.`,
   passed: "Passed: camera works",
-  /** @param {string} heading */
-  failed: (heading) => `Failed: ${heading.charAt(0).toLowerCase()}${heading.slice(1)}`,
   noResult: "No result",
   noAnswer: "No answer",
-  cannotDo: "The recorder could not do this",
   notTested: "Not tested",
-  /** On a link to a field. @type {Readonly<Record<string, string>>} */
-  goTo: {
-    address: "Go to address",
-    port: "Go to port",
-    model: "Go to model",
-    user: "Go to user",
-    password: "Go to password",
-    path: "Go to path",
-    channel: "Go to channel",
-    codec: "Go to codec",
-  },
 
   // ---- what is found out besides ----
-  noPictureYet: "No picture yet",
   /** @param {string} host */
   pictureOf: (host) => `Picture of camera ${host}`,
   passedWithoutPicture: "Test passed. No picture came.",

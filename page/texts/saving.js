@@ -7,15 +7,11 @@ export const saving = {
   save: "Save this camera",
   /** What a camera is called that nobody has named yet. @param {string} place @param {string} channel */
   placeAndChannel: (place, channel) => `${place}, channel ${channel}`,
-  noName: "Type a name.",
   testedOnes: "Saves the values that were tested, not those in the fields now",
   saving: "Saving",
   savedAs: "Saved as ",
   storedAlready: "Stored already as ",
   open: "Open",
-  /** @param {string} name */
-  openNamed: (name) => `Open ${name}`,
-  allTheSame: "Save it anyway",
 
   // ---- many cameras ----
   /** @param {number} count @param {boolean} isRest others were added before */
@@ -25,7 +21,6 @@ export const saving = {
   },
   addAgain: "Add failed again",
   stop: "Stop adding",
-  openCameras: "Open Cameras",
   progress: "Cameras added",
   /** @param {number} count */
   twice: (count) =>
@@ -41,15 +36,11 @@ export const saving = {
   notAdded: "Not added: ",
   /** @param {number} count */
   begins: (count) => `Adding ${counted(count, "camera")}`,
-  /** @param {number} done @param {number} all */
-  goesOn: (done, all) => `${done} of ${all}`,
   /** @param {number} added @param {number} there stored before @param {number} failed */
   summary: (added, there, failed) => {
     const counts = [`${added} added`, there && `${there} stored already`, failed && `${failed} failed`];
     return `${counts.filter(Boolean).join(", ")}.`;
   },
-  /** @param {string} summary */
-  ended: (summary) => `Ended. ${summary}`,
   /** The recorder did not answer as it should. @param {string} why a sentence */
   brokenOff: (why) => `Stopped. ${why}`,
   /** @param {number} count */

@@ -233,7 +233,7 @@ test("a third login after two refused ones is sent only if somebody wants it", (
     await testOne(page);
     await testOne(page);
     await page.click("#one-test");
-    await expectText(page, "question-text", "Two logins were refused. Another may lock this user out. Test anyway?");
+    await expectText(page, "question-text", "Two logins were refused. Another may lock this user out. Try anyway?");
     await page.keyboard.press("Escape");
     await page.locator("#question").waitFor({ state: "hidden" });
     assert.equal(sent(calls, "CameraTest").length, 2);
