@@ -10,6 +10,9 @@ import table from "../headings.json" with { type: "json" };
 /** In the order of a file without headings. */
 export const COLUMNS = /** @type {readonly Column[]} */ (table.map(({ member }) => member).filter(Boolean));
 
+/** What an export of results adds, in the order in which it writes them. */
+export const RESULT_HEADINGS = table.filter(({ member }) => !member).map(({ heading }) => heading);
+
 /** What makes no difference between headings is taken off. @param {string} heading */
 export const plainHeading = (heading) => heading.toLowerCase().replace(/[\s_-]/g, "");
 

@@ -2,7 +2,7 @@
 
 import { guardCell, writeCsv } from "../text/csv.js";
 import { kindOf, reasonOf } from "./camera-list.js";
-import { COLUMNS } from "./headings.js";
+import { COLUMNS, RESULT_HEADINGS } from "./headings.js";
 
 /** @typedef {import("./camera-list.js").Row} Row */
 
@@ -49,7 +49,7 @@ export function exportResults(rows) {
       row.testedAt ? isoTime(row.testedAt) : "",
     ];
   });
-  return writeCsv([[...columns, "line", "result", "code", "cause", "tested_at"], ...lines]);
+  return writeCsv([[...columns, ...RESULT_HEADINGS], ...lines]);
 }
 
 /**
