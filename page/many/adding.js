@@ -1,6 +1,6 @@
 /// Storing the cameras of a list that passed: the buttons, the progress, and what came of it.
 
-import { button, byId, el, refill, say } from "../parts/dom.js";
+import { button, byId, el, refill, say, sayQuarter } from "../parts/dom.js";
 import { keep, presetName } from "../recorder/saving.js";
 import { cameraHash } from "../text/address.js";
 import { Additions } from "../testing/additions.js";
@@ -95,9 +95,7 @@ export class Adding {
   #wentOn(rows) {
     this.changed(rows);
     const { all, done } = this.additions.run;
-    const quarters = Math.floor((done / all) * 4);
-    if (quarters > this.#spokenQuarters && quarters < 4) say(texts.common.doneOf(done, all));
-    this.#spokenQuarters = quarters;
+    this.#spokenQuarters = sayQuarter(this.#spokenQuarters, done, all, texts.common.doneOf);
   }
 
   /** Shows what can be added, what is, and what was. @param {Row[]} rows of the list @param {boolean} isTesting */

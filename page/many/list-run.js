@@ -1,7 +1,7 @@
 /// The run of a list: what is asked before it, its buttons, and what is said of it.
 
 import { isTestable, lacksPassword } from "../list/camera-list.js";
-import { ask, say } from "../parts/dom.js";
+import { ask, say, sayQuarter } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
 import { Estimate } from "../testing/estimate.js";
 import { LONG, LongRun } from "../testing/long-run.js";
@@ -129,9 +129,8 @@ export class ListRun {
       if (rows.length === 0) say(texts.many.pausedFor(run.pause.text));
       return;
     }
-    const quarters = Math.floor((run.done / run.rows.length) * 4);
-    if (quarters > this.#spokenQuarters && quarters < 4) say(texts.many.saidProgress(run.done, run.rows.length));
-    this.#spokenQuarters = quarters;
+    const { done, rows: all } = run;
+    this.#spokenQuarters = sayQuarter(this.#spokenQuarters, done, all.length, texts.many.saidProgress);
   }
 
   // ---- what is shown ----

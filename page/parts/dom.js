@@ -104,6 +104,19 @@ export function say(text) {
 }
 
 /**
+ * Says how far something is when another quarter of it is done, but for the last.
+ * @param {number} before what this gave the last time, 0 at first
+ * @param {number} done
+ * @param {number} all
+ * @param {(done: number, all: number) => string} words
+ */
+export function sayQuarter(before, done, all, words) {
+  const quarters = Math.floor((done / all) * 4);
+  if (quarters > before && quarters < 4) say(words(done, all));
+  return quarters;
+}
+
+/**
  * Asks a question in a dialog; Esc means no.
  * @param {string} question
  * @param {string} yes text of the button that agrees
