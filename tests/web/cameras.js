@@ -115,6 +115,8 @@ test("an open camera renews its picture, and never after a refused login, until 
     const left = pictures.asked;
     await page.clock.runFor(60_000);
     assert.equal(pictures.asked, left);
+    await page.click("#models-used-list a");
+    await expectText(page, "camera-state", "Switched off");
   };
   await kept("#models", work);
   control("", `camera remove ${id}`, KEPT);
