@@ -237,9 +237,11 @@ test("the network is searched, and a camera that moved is stored where it is now
   withPage(
     "#add",
     async (page) => {
+      const model = "--vendor Simcam --model RTSP-H264";
+      control(RIGHT, `camera add --name Shed ${model} --host 127.0.0.1 --port ${ports.guessed} --user admin`);
       await page.route("**/recorder/1/discover", async (route) => {
         const { data } = await (await page.request.get(new URL("/recorder/1/cameras", page.url()).href)).json();
-        const { id: camId, host, name } = data.find((camera) => camera.name === "Yard");
+        const { id: camId, host, name } = data.find((camera) => camera.name === "Shed");
         const device = (number, more) => ({ device: number, name: "", maker: "", model: "", by: ["onvif"], ...more });
         const lines = [
           device(1, { addresses: ["192.0.2.7"], port: 8899, model: "P-1", state: "new", cameras: [] }),
@@ -256,8 +258,8 @@ test("the network is searched, and a camera that moved is stored where it is now
       await audit(page, "Add, network", "add-network");
       await page.keyboard.type(RIGHT);
       await page.keyboard.press("Enter");
-      await expectText(page, "status", "Yard is now stored at 127.0.0.2");
-      assert.match(control("", "camera list"), /Yard.*127\.0\.0\.2/);
+      await expectText(page, "status", "Shed is now stored at 127.0.0.2");
+      assert.match(control("", "camera list"), /Shed.*127\.0\.0\.2/);
       await page.unroute("**/recorder/1/discover");
       await page.fill("#add-range", "127.0.0.0/8");
       await page.click("#add-search-it");
