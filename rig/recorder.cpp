@@ -23,6 +23,7 @@ extern "C" {
 #include <utility>
 
 #include "recorder/utility/handle.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace rig {
 
@@ -38,6 +39,12 @@ const std::filesystem::path kPrograms = FromEnvironment("TEST_PROGRAMS", PROGRAM
 const std::filesystem::path kModule = FromEnvironment("TEST_MODULE", MODULE_FILE);
 constexpr char kUser[] = "tester";
 constexpr char kPassword[] = "login of the tester";
+
+/// The variable that sets it from now on.
+std::string WatchClockOf(int speed) {
+  return std::string(recorder::kWatchClockVariable) + '=' + std::to_string(speed) + '@' +
+         std::to_string(recorder::SecondsNow());
+}
 
 /// Whoever is not root needs a user namespace, too. In a process namespace everything ends with the first process.
 const char* NamespaceFlags() { return geteuid() == 0 ? "-nmpf" : "-rnmpf"; }
@@ -207,6 +214,7 @@ TestRecorder::TestRecorder(const Options& options) {
   // A proxy that does not exist would take part in every request to a camera, if any were asked.
   std::vector<std::string> command = {"/usr/bin/env",
                                       "all_proxy=socks5://127.0.0.1:9",
+                                      WatchClockOf(options.watchSpeed),
                                       (kPrograms / "recorderctl").string(),
                                       "--config",
                                       ConfigFile().string(),

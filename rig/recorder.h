@@ -117,6 +117,7 @@ class TestRecorder {
     int hashMemoryMiB = 1;  ///< cheap, since tests log in often
     int hashPasses = 1;
     int watchSeconds = 0;                   ///< how often stored cameras are checked; 0: never
+    int watchSpeed = 1;                     ///< seconds of the watch's time that pass in one
     std::vector<std::string> proxies = {};  ///< that are believed whom they ask for
     std::vector<std::string> serveArguments = {};
     std::string pageFolder = {};

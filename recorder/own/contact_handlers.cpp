@@ -22,6 +22,7 @@
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/state_files.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 
@@ -41,7 +42,7 @@ class Contact {
     const bool isOfCamera = outcome != Outcome::kRecorderFailed && outcome != Outcome::kDisabled;
     const bool isNoted = isRefused ? hasSentLogin : isOfCamera && isMain;
     const auto now = isNoted ? records_.Find(camera_.id) : std::nullopt;
-    if (now && IsTheSame(*now)) records_.NoteOutcome(now->id, {outcome, SecondsNow(), now->revision});
+    if (now && IsTheSame(*now)) records_.NoteOutcome(now->id, {outcome, WatchClock::Seconds(), now->revision});
   } catch (const RecordsError& error) {
     LogFailure(error.what());
   }

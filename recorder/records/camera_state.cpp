@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "recorder/records/attempts.h"
-#include "recorder/utility/clock.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 namespace {
@@ -20,7 +20,7 @@ void Add(const Attempt& attempt, CameraState& state) {
 }  // namespace
 
 std::map<int, CameraState> ReadStates(const Records& records, const std::filesystem::path& stateFolder) {
-  const auto flips = records.Flips(SecondsNow() - kDay);
+  const auto flips = records.Flips(WatchClock::Seconds() - kDay);
   const auto attempts = Attempts::Read(stateFolder);
   std::map<int, CameraState> states;
   for (const auto& [id, outcome] : records.Outcomes()) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "recorder/utility/clock.h"
 #include "recorder/utility/text.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 
@@ -28,7 +28,7 @@ bool RefusedLogins::Holds(const std::string& login, Time now) const {
 }
 
 bool IsLoginRefused(const Records& records, const CameraRecord& camera) {
-  const std::int64_t now = SecondsNow();
+  const std::int64_t now = WatchClock::Seconds();
   RefusedLogins logins;
   for (const RefusedCamera& refused : records.RefusedCameras()) {
     if (refused.id == camera.id) return true;

@@ -4,12 +4,12 @@
 #include <array>
 #include <chrono>
 
-#include "recorder/utility/clock.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 namespace {
 
-RefusedLogins::Time WallNow() { return std::chrono::seconds(SecondsNow()); }
+RefusedLogins::Time WallNow() { return std::chrono::seconds(WatchClock::Seconds()); }
 
 }  // namespace
 
@@ -23,7 +23,7 @@ void KnownRefusals::Update() {
 
 /// Of one whose password cannot be read nobody knows that a row has the same.
 void KnownRefusals::AddStored(const Records& records, const RefusedCamera& refused) {
-  const std::chrono::seconds at(std::min(refused.since, SecondsNow()));
+  const std::chrono::seconds at(std::min(refused.since, WatchClock::Seconds()));
   const auto camera = records.Find(refused.id);
   if (!camera || at + RefusedLogins::kLeastPause <= WallNow()) return;
   RunRow row{{*camera}, {}};

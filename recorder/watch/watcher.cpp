@@ -9,17 +9,16 @@
 #include "recorder/host/stored_call.h"
 #include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 namespace {
-
-WatchTime Now() { return std::chrono::duration_cast<WatchTime>(Clock::now().time_since_epoch()); }
 
 /// The moment `seconds` since 1970. The clock of these may have jumped: nothing was in the future, or is older than a
 /// day.
 WatchTime WatchTimeOf(std::int64_t seconds) {
   constexpr std::int64_t kDay = 86'400;
-  return Now() - std::chrono::seconds(std::clamp(SecondsNow() - seconds, std::int64_t{0}, kDay));
+  return WatchClock::Now() - std::chrono::seconds(std::clamp(WatchClock::Seconds() - seconds, std::int64_t{0}, kDay));
 }
 
 }  // namespace
@@ -47,7 +46,7 @@ void Watcher::Update() {
   std::vector<WatchedCamera> watched;
   watched.reserve(cameras_.size());
   for (const auto& [id, camera] : cameras_) watched.push_back(Watched(camera));
-  schedule_.Update(watched, Now());
+  schedule_.Update(watched, WatchClock::Now());
   lookAt_ = Clock::now() + kRestPerWork * (Clock::now() - start);
 }
 
@@ -76,7 +75,7 @@ WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
 }
 
 bool Watcher::StartNext(Checkers& checkers) {
-  const auto check = schedule_.Next(Now());
+  const auto check = schedule_.Next(WatchClock::Now());
   if (!check) return false;
   Begin(*check);
   const ApiCall call = StoredCall(module_, kTestMethod, cameras_.at(check->id));
@@ -92,21 +91,18 @@ void Watcher::Begin(const DueCheck& check) {
   Attempt& attempt = attempts_[check.id];
   if (attempt.revision != check.revision) attempt.lastSuccess = 0;  // what worked may have been something else
   attempt.revision = check.revision;
-  attempt.at = SecondsNow();
+  attempt.at = WatchClock::Seconds();
   attempt.isAnswered = false;
   file_.Write(check.id, attempt);
 }
 
-Clock::time_point Watcher::NextAt() const {
-  const WatchTime next = schedule_.NextAt();
-  return next == WatchTime::max() ? Clock::time_point::max() : Clock::time_point(next);
-}
+Clock::time_point Watcher::NextAt() const { return WatchClock::RealTime(schedule_.NextAt()); }
 
 void Watcher::End(const CheckAnswer& answer) {
   const auto atHand = atHand_.extract(static_cast<int>(answer.id));
   if (atHand.empty()) return;
   const std::optional<Outcome> cause = OutcomeNamed(answer.causes);
-  const bool isOfUse = schedule_.End(atHand.mapped(), cause, Now());
+  const bool isOfUse = schedule_.End(atHand.mapped(), cause, WatchClock::Now());
   const bool isOfCamera = cause && cause != Outcome::kRecorderFailed && cause != Outcome::kDisabled;
   if (isOfUse && isOfCamera) Keep(atHand.mapped(), *cause, answer.time);
 }
@@ -114,7 +110,7 @@ void Watcher::End(const CheckAnswer& answer) {
 void Watcher::Keep(const DueCheck& check, Outcome cause, std::chrono::milliseconds time) {
   Attempt& attempt = attempts_[check.id];
   attempt.isAnswered = true;
-  attempt.answered = SecondsNow();
+  attempt.answered = WatchClock::Seconds();
   attempt.time = time;
   attempt.result = cause;
   if (cause == Outcome::kOk) attempt.lastSuccess = attempt.answered;

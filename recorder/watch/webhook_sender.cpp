@@ -8,6 +8,7 @@
 #include "recorder/notice/signed_post.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/secrets.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 
@@ -38,12 +39,12 @@ void WebhookSender::Follow(const Records& records) {
   waiting_.reset();
   failures_ = 0;
   sendAt_ = {};
-  if (webhook_) line_.emplace(records, webhook_->told, SecondsNow());
+  if (webhook_) line_.emplace(records, webhook_->told, WatchClock::Seconds());
 }
 
 /// False when nothing is left to be sent now.
 bool WebhookSender::SendNext(Records& records) {
-  if (!waiting_) waiting_ = line_->Next(records, SecondsNow());
+  if (!waiting_) waiting_ = line_->Next(records, WatchClock::Seconds());
   if (!waiting_) return false;
   const auto camera = records.Find(waiting_->event.cameraId);
   waiting_->name = camera ? camera->name : "";
