@@ -21,11 +21,11 @@ constexpr char kHeaderEnd[] = "\r\n\r\n";
 
 }  // namespace
 
-Connection::Connection(int port, std::chrono::seconds silenceLimit)
+Connection::Connection(int port, std::chrono::seconds silenceLimit, const std::string& host)
     : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_addr.s_addr = inet_addr(host.c_str());
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   const timeval limit{.tv_sec = silenceLimit.count(), .tv_usec = 0};
   setsockopt(Descriptor(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
@@ -105,7 +105,7 @@ std::string HttpRequest(const std::string& verb, const std::string& path, Header
 Reply HttpClient::Ask(const std::string& request) {
   const bool hasStrayBytes = !IsQuiet();
   if (hasStrayBytes || (connection_ && connection_->State() == Connection::Idle::kEnded)) connection_.reset();
-  if (!connection_) connection_.emplace(port_, kSilenceLimit);
+  if (!connection_) connection_.emplace(port_, kSilenceLimit, address_);
   try {
     if (!connection_->Send(request)) throw NoAnswer("the connection ended before the request was sent");
     Reply reply = ReadReply();

@@ -7,21 +7,25 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "recorder/utility/handle.h"
 
 namespace rig {
+
+inline constexpr char kLoopback[] = "127.0.0.1";
 
 /// The connection ended, or was silent too long, before the whole answer was there.
 struct NoAnswer : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A TCP connection at 127.0.0.1 that ends with this object. Byte by byte where a library would be too polite.
+/// A TCP connection at 127.0.0.1, or another loopback address, that ends with this object. Byte by byte where a library
+/// would be too polite.
 class Connection {
  public:
   /// Throws NoAnswer when nobody listens.
-  Connection(int port, std::chrono::seconds silenceLimit);
+  Connection(int port, std::chrono::seconds silenceLimit, const std::string& host = kLoopback);
   /// Takes the next client of `listener`.
   explicit Connection(const recorder::FileDescriptor& listener);
 
@@ -66,7 +70,7 @@ std::string HttpRequest(const std::string& verb, const std::string& path, Header
 /// belongs to no request. One thread.
 class HttpClient {
  public:
-  explicit HttpClient(int port) : port_(port) {}
+  explicit HttpClient(int port, std::string address = kLoopback) : port_(port), address_(std::move(address)) {}
 
   /// Throws NoAnswer. An answer that is cut short is none.
   Reply Ask(const std::string& request);
@@ -77,6 +81,7 @@ class HttpClient {
   Reply ReadReply();
 
   const int port_;
+  const std::string address_;
   std::optional<Connection> connection_;
 };
 

@@ -158,6 +158,9 @@ SimCameras::SimCameras(const Json::Value& cameras) {
   for (const Json::Value& camera : started["cameras"]) {
     ports_[camera["name"].asString()] = camera["port"].asInt();
   }
+  for (const Json::Value& camera : cameras) {
+    addresses_[camera["name"].asString()] = camera.get("address", kLoopback).asString();
+  }
 }
 
 std::string SimCameras::FirstLine() const {
@@ -168,8 +171,8 @@ std::string SimCameras::FirstLine() const {
   }
 }
 
-Json::Value SimCameras::Log(const std::string& name) const {
-  return ParseJson(HttpClient(Port(name)).Ask(HttpRequest("GET", "/sim/log", {})).body);
+Json::Value SimCameras::Ask(const std::string& name, const std::string& path) const {
+  return ParseJson(HttpClient(Port(name), addresses_.at(name)).Ask(HttpRequest("GET", path, {})).body);
 }
 
 int ErrorCode(const Json::Value& answer) {

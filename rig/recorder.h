@@ -80,14 +80,19 @@ class SimCameras {
 
   int Port(const std::string& name) const { return ports_.at(name); }
   /// What the camera has seen: connections, login attempts, paths.
-  Json::Value Log(const std::string& name) const;
+  Json::Value Log(const std::string& name) const { return Ask(name, "/sim/log"); }
+  /// Lets it be silent from now on, or answer again.
+  void TakeDown(const std::string& name) const { Ask(name, "/sim/down"); }
+  void BringUp(const std::string& name) const { Ask(name, "/sim/up"); }
 
  private:
   std::string FirstLine() const;
+  Json::Value Ask(const std::string& name, const std::string& path) const;
 
   TempFolder folder_;
   std::unique_ptr<Process> process_;
   std::map<std::string, int> ports_;
+  std::map<std::string, std::string> addresses_;
 };
 
 /// The code of an error answer; 0 for a success; -1 when there was no such answer.

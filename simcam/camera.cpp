@@ -8,6 +8,8 @@ namespace simcam {
 namespace {
 
 constexpr const char* kLogPath = "/sim/log";
+constexpr const char* kDownPath = "/sim/down";
+constexpr const char* kUpPath = "/sim/up";
 
 /// Method, target and version of the first line; nothing as long as it is not complete.
 std::optional<Request> FirstLine(const std::string& received) {
@@ -55,7 +57,7 @@ bool LeadsToTls(const CameraConfig& config) {
 }  // namespace
 
 Camera::Camera(CameraConfig config, ClipStore& clips)
-    : config_(std::move(config)), listener_(Socket::Bind(config_.port)) {
+    : config_(std::move(config)), listener_(Socket::Bind(config_.address, config_.port)) {
   if (config_.server == Server::kStock) {
     stock_ = std::make_unique<StockRtsp>(config_, login_, log_, clips);
   } else {
@@ -85,16 +87,24 @@ void Camera::Serve(Socket& socket, int openThen, bool overTls) {
   std::string received;
   std::optional<Request> first;
   while (!(first = FirstLine(received)) && socket.Receive(received)) continue;
-  if (first && first->target == kLogPath) {
+  if (first && IsForTests(first->target)) {
     log_.CountConnection(-1);
     return SendLog(socket, log_);
   }
   log_.CountOpen(openThen);
   if (!first || (config_.tls == TlsUse::kOnly && !overTls)) return;
+  if (isDown_) return WaitForEnd(socket);
   if (MisbehavesAtOnce(socket, *first)) return;
   if (!first->IsRtsp()) return http_.Serve(socket, std::move(received), overTls);
   if (scripted_) return scripted_->Serve(socket, std::move(received));
   stock_->Adopt(std::move(socket), received);
+}
+
+/// Whether it is no request of a client's; does what it asks for.
+bool Camera::IsForTests(const std::string& target) {
+  if (target == kDownPath) isDown_ = true;
+  if (target == kUpPath) isDown_ = false;
+  return target == kDownPath || target == kUpPath || target == kLogPath;
 }
 
 bool Camera::MisbehavesAtOnce(const Socket& socket, const Request& firstLine) {

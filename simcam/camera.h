@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,8 +21,8 @@
 
 namespace simcam {
 
-/// One camera: a port of 127.0.0.1 on which TLS is told by its first byte, and RTSP and HTTP by the first request line.
-/// It serves from Start() to destruction.
+/// One camera: a port of a loopback address on which TLS is told by its first byte, and RTSP and HTTP by the first
+/// request line. It serves from Start() to destruction.
 class Camera {
  public:
   /// Binds the port and encodes what the streams need beforehand. Throws std::runtime_error.
@@ -36,12 +37,14 @@ class Camera {
   /// `openThen`: connections that were open when this one came, itself included.
   void Welcome(Socket& socket, int openThen);
   void Serve(Socket& socket, int openThen, bool overTls);
+  bool IsForTests(const std::string& target);
   /// Says what a broken front says to any request; false if the fault lies deeper.
   bool MisbehavesAtOnce(const Socket& socket, const Request& firstLine);
 
   const CameraConfig config_;
   const Socket listener_;
   CameraLog log_;
+  std::atomic<bool> isDown_ = false;
   Login login_{config_, log_};
   SyncPoints syncPoints_;
   HttpCamera http_{config_, listener_.Port(), login_, log_, syncPoints_};

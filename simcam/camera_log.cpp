@@ -40,6 +40,11 @@ void CameraLog::CountLogin(bool accepted) {
   if (!accepted) ++refusedLogins_;
 }
 
+void CameraLog::CountRefused(const std::string& user) {
+  const std::scoped_lock lock(mutex_);
+  ++refusedUsers_[user];
+}
+
 void CameraLog::CountSession() {
   const std::scoped_lock lock(mutex_);
   ++sessions_;
@@ -62,6 +67,8 @@ std::string CameraLog::ToJson() const {
   json["mostConnections"] = mostConnections_;
   json["logins"] = logins_;
   json["refusedLogins"] = refusedLogins_;
+  json["refusedUsers"] = Json::Value(Json::objectValue);
+  for (const auto& [user, count] : refusedUsers_) json["refusedUsers"][user] = count;
   json["sessions"] = sessions_;
   json["pli"] = pli_;
   json["bitRate"] = bitRate_;

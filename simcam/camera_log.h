@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <map>
 #include <mutex>
 #include <string>
 
@@ -19,13 +20,15 @@ class CameraLog {
   /// So many connections are open at once.
   void CountOpen(int connections);
   void CountLogin(bool accepted);
+  /// The user's name came with a login that was refused.
+  void CountRefused(const std::string& user);
   void CountSession();
   void CountPli();
   /// A clip of so many kbit/s is played.
   void TakeBitRate(int kbitPerSecond);
 
-  /// {"connections", "mostConnections", "logins", "refusedLogins", "sessions", "pli", "bitRate": of the last clip, 0
-  /// before, "requestCount", "requests": the last 200}.
+  /// {"connections", "mostConnections", "logins", "refusedLogins", "refusedUsers": how often each was, "sessions",
+  /// "pli", "bitRate": of the last clip, 0 before, "requestCount", "requests": the last 200}.
   [[nodiscard]] std::string ToJson() const;
 
  private:
@@ -42,6 +45,7 @@ class CameraLog {
   int mostConnections_ = 0;
   int logins_ = 0;
   int refusedLogins_ = 0;
+  std::map<std::string, int> refusedUsers_;
   int sessions_ = 0;
   int pli_ = 0;
   int bitRate_ = 0;

@@ -1,5 +1,6 @@
 #include "simcam/config.h"
 
+#include <arpa/inet.h>
 #include <json/json.h>
 
 #include <algorithm>
@@ -216,11 +217,19 @@ void ReadVideo(Members& members, CameraConfig& camera) {
   if (members.Has("onvif")) ReadOnvif(members.At("onvif"), where + ".onvif", camera);
 }
 
+void ReadAddress(Members& members, CameraConfig& camera) {
+  members.Read("address", camera.address);
+  in_addr address{};
+  const bool isAddress = inet_pton(AF_INET, camera.address.c_str(), &address) == 1;
+  if (!isAddress || ntohl(address.s_addr) >> 24U != IN_LOOPBACKNET) members.Fail("address must be in 127.0.0.0/8");
+  members.Read("port", camera.port, 0, 65535);
+}
+
 CameraConfig ReadCamera(const Json::Value& value, const std::string& where) {
   Members members(value, where);
   CameraConfig camera;
   members.Read("name", camera.name);
-  members.Read("port", camera.port, 0, 65535);
+  ReadAddress(members, camera);
   members.Read("user", camera.user);
   members.Read("password", camera.password);
   members.Read("serverName", camera.serverName);

@@ -126,6 +126,7 @@ struct PsiaConfig {
 
 struct CameraConfig {
   std::string name;
+  std::string address = "127.0.0.1";  ///< or another one of 127.0.0.0/8
   int port = 0;
   std::string user = "admin";
   std::string password;

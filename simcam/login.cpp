@@ -42,6 +42,15 @@ std::map<std::string, std::string> ReadParameters(const std::string& text) {
   return parameters;
 }
 
+/// The name that a login of Basic or Digest tells.
+std::string UserIn(const std::string& authorization) {
+  const std::string parameters = authorization.substr(std::min(authorization.find(' '), authorization.size()));
+  if (!EqualNoCase(authorization.substr(0, 5), "Basic")) return ReadParameters(parameters)["username"];
+  const std::string login =
+      DecodeBase64(parameters.substr(std::min(parameters.find_first_not_of(' '), parameters.size())));
+  return login.substr(0, login.find(':'));
+}
+
 }  // namespace
 
 std::string Verdict::Headers() const {
@@ -147,7 +156,9 @@ Verdict Login::Check(const std::string& method, const std::string& target, const
   const bool wanted = !camera_.login.offer.empty();
   if (authorization.empty()) return wanted ? Verdict{401, Challenges(false)} : Verdict{};
 
-  return Conclude(wanted ? Judge(method, target, authorization) : Answer::kRight);
+  const Verdict verdict = Conclude(wanted ? Judge(method, target, authorization) : Answer::kRight);
+  if (verdict.status != 200) log_.CountRefused(UserIn(authorization));
+  return verdict;
 }
 
 Verdict Login::Settle(bool right) {

@@ -1,5 +1,6 @@
 #include "simcam/socket.h"
 
+#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -28,17 +29,17 @@ Socket::~Socket() {
   if (descriptor_ >= 0) close(descriptor_);
 }
 
-Socket Socket::Bind(int port) {
+Socket Socket::Bind(const std::string& host, int port) {
   Socket listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!listener.IsOpen()) ThrowErrno("socket");
   const int on = 1;
   setsockopt(listener.descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_addr.s_addr = inet_addr(host.c_str());
   address.sin_port = htons(static_cast<in_port_t>(port));
   if (::bind(listener.descriptor_, std::bit_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    ThrowErrno("port " + std::to_string(port));
+    ThrowErrno(host + " port " + std::to_string(port));
   }
   return listener;
 }

@@ -17,8 +17,8 @@ class Socket {
   Socket& operator=(Socket&& other) noexcept;
   ~Socket();
 
-  /// Binds 127.0.0.1 and `port` (0: any free one). Throws std::system_error.
-  static Socket Bind(int port);
+  /// Binds the IPv4 address `host` and `port` (0: any free one). Throws std::system_error.
+  static Socket Bind(const std::string& host, int port);
 
   void Listen() const;
   [[nodiscard]] int Port() const;
