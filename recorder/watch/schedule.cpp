@@ -50,9 +50,13 @@ void Schedule::Admit(int id, Watched& camera, const WatchedCamera& record, Watch
   camera.cause = record.cause;
   camera.began = record.attempted.value_or(now - interval_);
   camera.silentPause = interval_;
-  if (!record.cause) return Enqueue(id, camera, std::max(now, camera.began + interval_ / 2));
+  camera.hasWorked = record.hasWorked;
+  camera.wasCutOff = record.wasCutOff && !record.hasWorked;
   if (IsRefused(record.cause)) return;
-  if (IsSilent(record.cause)) camera.silentPause = std::max(interval_, std::min(camera.began - record.since, kHour));
+  if (camera.wasCutOff) refused_.Add(camera.login, camera.began);
+  if (!record.cause && !camera.wasCutOff) return Enqueue(id, camera, std::max(now, camera.began + interval_ / 2));
+  if (record.cause && IsSilent(record.cause))
+    camera.silentPause = std::max(interval_, std::min(camera.began - record.since, kHour));
   const WatchTime pause = PauseAfter(camera, record.cause);
   Enqueue(id, camera, std::max(now, camera.began + pause - interval_ / 2));
 }
@@ -61,8 +65,11 @@ void Schedule::Revise(int id, Watched& camera, const WatchedCamera& record, Watc
   const bool isEdited = camera.revision != record.revision;
   const std::optional<Outcome> before = std::exchange(camera.cause, record.cause);
   if (MayBeRefusedLogin(before) && !MayBeRefusedLogin(record.cause)) refused_.Forget(camera.login);
+  if (isEdited && camera.wasCutOff) refused_.Forget(camera.login);
   if (!isEdited && IsRefused(before) == IsRefused(record.cause)) return;
   Describe(camera, record);
+  camera.hasWorked = record.hasWorked;
+  camera.wasCutOff = false;
   camera.silentPause = interval_;
   camera.place = 0;
   if (!IsRefused(record.cause)) Enqueue(id, camera, now);
@@ -107,10 +114,10 @@ bool Schedule::End(const DueCheck& check, std::optional<Outcome> cause, WatchTim
   const auto found = cameras_.find(check.id);
   if (found == cameras_.end() || found->second.revision != check.revision) return false;
   Watched& camera = found->second;
-  if (MayBeRefusedLogin(cause)) {
-    camera.cause = cause;
-    refused_.Add(camera.login, now);
-  }
+  camera.hasWorked = camera.hasWorked || cause == Outcome::kOk;
+  camera.wasCutOff = !cause && !camera.hasWorked;
+  if (MayBeRefusedLogin(cause)) camera.cause = cause;
+  if (MayBeRefusedLogin(cause) || camera.wasCutOff) refused_.Add(camera.login, now);
   if (!IsRefused(camera.cause)) {
     Enqueue(check.id, camera, std::max(now, camera.began + PauseAfter(camera, cause) - interval_ / 2));
   }
@@ -126,7 +133,7 @@ void Schedule::EnqueueFreed() {
 }
 
 WatchTime Schedule::PauseAfter(Watched& camera, std::optional<Outcome> cause) const {
-  if (MayBeRefusedLogin(cause)) return std::max(interval_, kHour);
+  if (MayBeRefusedLogin(cause) || camera.wasCutOff) return std::max(interval_, kHour);
   if (!IsSilent(cause)) return camera.silentPause = interval_;
   return std::exchange(camera.silentPause, std::max(interval_, std::min(2 * camera.silentPause, kHour)));
 }

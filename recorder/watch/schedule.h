@@ -28,6 +28,9 @@ struct WatchedCamera {
   std::optional<Outcome> cause = std::nullopt;        ///< what the last contact with it came to
   WatchTime since{0};                                 ///< when contacts began to come to that
   std::optional<WatchTime> attempted = std::nullopt;  ///< when its last check began
+  bool hasWorked = false;                             ///< whether a check of this revision came to kOk
+  bool wasCutOff =
+      false;  ///< whether the last check of this revision ended with its process, and what it met is unknown
 };
 
 /// A check that is due.
@@ -40,7 +43,8 @@ struct DueCheck {
 /// host at once. The pauses of a camera that is silent grow to an hour. Cameras lock users out: one that has
 /// refused the login is left alone until its record is edited so that the login may work, and its outcome forgotten by
 /// that; one that may have, for want of a clock, for an hour. Others of the same login wait for an hour, too, and no
-/// longer than the outcome is known. Other edits neither end nor renew that.
+/// longer than the outcome is known. Other edits neither end nor renew that. A check that ended with its process may
+/// have met a refusal, as long as none of that revision has worked: it counts as one for an hour, or until an edit.
 ///
 /// Thread:  one. Nothing waits: time comes in with each call, and never goes back.
 /// Time:    Next and End take as long as a heap does; Update looks at all cameras.
@@ -72,6 +76,8 @@ class Schedule {
     WatchTime began{0};                           // of the last check
     WatchTime silentPause{0};                     // that follows if the next check finds the camera silent
     std::optional<Outcome> cause = std::nullopt;  // of the last contact
+    bool hasWorked = false;                       // in this revision
+    bool wasCutOff = false;                       // the last check, which may have met a refusal
     std::uint64_t place = 0;  // in the line; 0: it stands there no more, other places of it count for nothing
   };
   struct Place {

@@ -69,7 +69,10 @@ WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
     watched.since = WatchTimeOf(outcome->second.since);
   }
   if (const auto attempt = attempts_.find(camera.id); attempt != attempts_.end()) {
+    const bool isOfRevision = attempt->second.revision == camera.revision;
     watched.attempted = WatchTimeOf(attempt->second.at);
+    watched.hasWorked = isOfRevision && attempt->second.lastSuccess != 0;
+    watched.wasCutOff = isOfRevision && !attempt->second.isAnswered;
   }
   return watched;
 }
@@ -82,7 +85,9 @@ bool Watcher::StartNext(Checkers& checkers) {
   atHand_.emplace(check->id, *check);
   const bool hasBegun =
       checkers.Start({.id = static_cast<std::uint64_t>(check->id), .method = kTestMethod, .params = call.params});
-  if (!hasBegun) End({.id = static_cast<std::uint64_t>(check->id), .kind = CheckAnswer::Kind::kDied});
+  if (!hasBegun) {  // nothing was sent
+    End({.id = static_cast<std::uint64_t>(check->id), .causes = std::string(NameOf(Outcome::kRecorderFailed))});
+  }
   return hasBegun;
 }
 

@@ -69,7 +69,8 @@ const PauseCase kPauses[] = {
     {"Silent", std::vector<std::optional<Outcome>>(7, Outcome::kTimedOut), {5, 10, 20, 40, 60, 60, 60, 5}},
     {"SilentNowAndThen", {Outcome::kTimedOut, Outcome::kUnreachable, Outcome::kOk, Outcome::kTimedOut}, {5, 10, 5, 5}},
     {"PerhapsRefused", {Outcome::kClockUnknown, Outcome::kClockUnknown}, {60, 60, 5}},
-    {"ItsProcessDies", {std::nullopt, std::nullopt}, {5, 10, 5}},
+    {"ItsProcessDies", {Outcome::kOk, std::nullopt, std::nullopt}, {5, 5, 10, 5}},
+    {"ItsProcessDiesBeforeItEverWorked", {std::nullopt, std::nullopt}, {60, 60, 5}},
     {"Refused", {Outcome::kOk, Outcome::kLoginRefused}, {5}},
 };
 
@@ -104,6 +105,8 @@ const StartCase kStarts[] = {
     {"CheckedLongAgo", {1, 1, "camera", "", Outcome::kOk, minutes(90), minutes(70)}, 0, 5},
     {"WasAtHand", {1, 1, "camera", "", Outcome::kOk, minutes(90), WatchTime(1)}, 2, 8},
     {"WasAtHandTheFirstTime", {1, 1, "camera", "", std::nullopt, {}, WatchTime(1)}, 2, 8},
+    {"WasCutOffTheFirstTime", {1, 1, "camera", "", std::nullopt, {}, minutes(1), false, true}, 56, 62},
+    {"WasCutOffAfterItWorked", {1, 1, "camera", "", Outcome::kOk, minutes(90), WatchTime(1), true, true}, 2, 8},
     {"SilentForLong", {1, 1, "camera", "", Outcome::kTimedOut, minutes(90), minutes(1)}, 56, 62},
     {"SilentForNotSoLong", {1, 1, "camera", "", Outcome::kUnreachable, minutes(21), minutes(1)}, 16, 22},
     {"Refused", {1, 1, "camera", "", Outcome::kLoginRefused, minutes(90), minutes(70)}, 400, 400},
@@ -180,6 +183,19 @@ TEST(Schedule, TriesARefusedLoginAgainOnceItMayWorkAndNotForOtherEdits) {
     EXPECT_GE(watch.checks[1].size(), 1U);
     EXPECT_GE(watch.checks[refused.id].size(), 2U);
   }
+}
+
+TEST(Schedule, LeavesALoginAloneForAnHourThatACheckWithoutAnAnswerMayHaveTried) {
+  Watch watch{.cameras = {{1, 1, "camera", "login"}, {2, 1, "camera", "login"}}};
+  watch.Update();
+  watch.Run(minutes(50), [](int) { return std::nullopt; });
+  ASSERT_EQ(watch.checks.size(), 1U) << "the other one may have the same password";
+  const int cutOff = watch.checks.begin()->first;
+  EXPECT_EQ(watch.checks[cutOff].size(), 1U);
+  watch.cameras[static_cast<std::size_t>(cutOff) - 1].revision = 2;
+  watch.Update();
+  watch.Run(kInterval, Always(Outcome::kOk));
+  EXPECT_EQ(watch.checks[cutOff].size(), 2U) << "edited";
 }
 
 }  // namespace
