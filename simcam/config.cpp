@@ -114,6 +114,7 @@ LoginConfig ReadLogin(const Json::Value& value, const std::string& where) {
   members.Read("oneHeader", login.oneHeader);
   members.Read("qop", login.qop);
   members.Read("semicolons", login.semicolons);
+  members.Read("slowRefusal", login.slowRefusal);
   if (!members.Has("offer") || !members.At("offer").isArray()) members.Fail("offer must be a list of login methods");
   for (const Json::Value& scheme : members.At("offer")) {
     login.offer.push_back(members.Choose("offer", scheme.isString() ? scheme.asString() : "", kSchemes));

@@ -68,6 +68,7 @@ struct LoginConfig {
   bool oneHeader = false;     ///< all challenges in one WWW-Authenticate line, by commas
   bool qop = true;            ///< false: Digest without qop, as old cameras do (RFC 2069)
   bool semicolons = false;    ///< between the parameters of Digest, instead of commas
+  bool slowRefusal = false;   ///< a wrong login is counted at once, and refused half a second later
 };
 
 /// A fixed HTTP answer, for example of a device service.

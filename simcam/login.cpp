@@ -3,7 +3,9 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "simcam/glib_handle.h"
 
@@ -11,6 +13,7 @@ namespace simcam {
 namespace {
 
 constexpr int kWrongLoginsBeforeLockOut = 3;
+constexpr std::chrono::milliseconds kSlowRefusal{500};
 
 std::string Hash(Scheme scheme, const std::string& text) {
   const GChecksumType type = scheme == Scheme::kDigestSha256 ? G_CHECKSUM_SHA256 : G_CHECKSUM_MD5;
@@ -156,8 +159,9 @@ Verdict Login::Check(const std::string& method, const std::string& target, const
   const bool wanted = !camera_.login.offer.empty();
   if (authorization.empty()) return wanted ? Verdict{401, Challenges(false)} : Verdict{};
 
-  const Verdict verdict = Conclude(wanted ? Judge(method, target, authorization) : Answer::kRight);
+  Verdict verdict = Conclude(wanted ? Judge(method, target, authorization) : Answer::kRight);
   if (verdict.status != 200) log_.CountRefused(UserIn(authorization));
+  if (verdict.status != 200 && camera_.login.slowRefusal) std::this_thread::sleep_for(kSlowRefusal);
   return verdict;
 }
 
