@@ -10,7 +10,6 @@
 #include <csignal>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <random>
 #include <span>
 #include <string>
@@ -21,8 +20,8 @@
 #include "rig/callers.h"
 #include "rig/processes.h"
 #include "rig/questions.h"
-#include "rig/recorder.h"
 #include "rig/report.h"
+#include "tests/long/lasting_recorder.h"
 #include "tests/long/record_keeper.h"
 #include "tests/long/victims.h"
 
@@ -49,32 +48,6 @@ struct Options {
   unsigned int seed = std::random_device()();
 };
 
-/// The recorder, which is started again on the same port whenever it was killed.
-class Recorder {
- public:
-  explicit Recorder(const std::filesystem::path& modelsFolder)
-      : first_({.testMs = 10'000, .pictureMs = 15'000, .workers = kCameraWorkers, .modelsFolder = modelsFolder}) {}
-
-  const TestRecorder& Asked() const { return first_; }
-
-  /// Throws when it does not come up.
-  void StartAgain() {
-    again_.reset();
-    const std::filesystem::path folder = first_.StateFolder().parent_path();
-    const std::string program = std::filesystem::path(PROGRAM_FOLDER) / "recorderctl";
-    const std::string config = folder / "recorder.json";
-    again_ = std::make_unique<Process>(
-        std::vector<std::string>{program, "--config", config, "serve", "--workers", std::to_string(kCameraWorkers),
-                                 "--port", std::to_string(first_.Port())},
-        folder / "log");
-    again_->ReadLine();
-  }
-
- private:
-  TestRecorder first_;
-  std::unique_ptr<Process> again_;
-};
-
 bool IsServer(Victim victim) { return victim != Victim::kWorker && victim != Victim::kControl; }
 
 class Trial {
@@ -83,7 +56,10 @@ class Trial {
       : options_(options),
         random_(options.seed),
         cameras_(CameraConfigs(kCallers)),
-        recorder_(WriteModels(folder_, kCallers)),
+        recorder_({.testMs = 10'000,
+                   .pictureMs = 15'000,
+                   .workers = kCameraWorkers,
+                   .modelsFolder = WriteModels(folder_, kCallers)}),
         keeper_(recorder_.Asked()),
         questioners_(MakeQuestioners(recorder_.Asked(), cameras_, kCallers, options.seed)) {}
   ~Trial() { EndServers(); }
@@ -215,7 +191,7 @@ class Trial {
   const TempFolder folder_;
   Report report_;
   const SimCameras cameras_;
-  Recorder recorder_;
+  LastingRecorder recorder_;
   RecordKeeper keeper_;
   std::vector<Questioner> questioners_;
   int round_ = 0;
