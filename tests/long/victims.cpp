@@ -28,7 +28,9 @@ bool IsVictim(Victim victim, const ProcessInfo& process) {
   const bool isWorker = process.program == "recorder-webapi";
   const bool isWebServer = process.program == "lighttpd";
   const bool isServe = process.program == "recorderctl" && HasWord(process, "serve");
-  if (victim == Victim::kServerTree) return isServe || isWebServer || isWorker;
+  const bool isWatch = process.program == "recorder-watch";
+  if (victim == Victim::kServerTree) return isServe || isWebServer || isWorker || isWatch;
+  if (victim == Victim::kWatch || victim == Victim::kChecker) return isWatch;
   if (victim == Victim::kControl) return process.program == "recorderctl" && HasWord(process, "camera");
   return victim == Victim::kWorker ? isWorker : victim == Victim::kServe ? isServe : isWebServer;
 }
@@ -36,6 +38,9 @@ bool IsVictim(Victim victim, const ProcessInfo& process) {
 std::vector<ProcessInfo> Find(Victim victim) {
   std::vector<ProcessInfo> found = Descendants(getpid());
   std::erase_if(found, [&](const ProcessInfo& process) { return !IsVictim(victim, process); });
+  if (found.empty()) return found;
+  if (victim == Victim::kWatch) found.resize(1);  // the others are copies of it
+  if (victim == Victim::kChecker) found.erase(found.begin());
   return found;
 }
 

@@ -10,7 +10,7 @@
 
 namespace long_tests {
 
-enum class Victim { kWorker, kControl, kServerTree, kServe, kWebServer };
+enum class Victim { kWorker, kControl, kServerTree, kServe, kWebServer, kWatch, kChecker };
 
 struct VictimKind {
   Victim victim;
@@ -26,7 +26,7 @@ constexpr VictimKind kVictims[] = {
     {Victim::kWebServer, "lighttpd alone", 1},
 };
 
-/// "recorderctl serve", lighttpd and the workers, whoever their parent is by now.
+/// "recorderctl serve", lighttpd, the workers and recorder-watch with its copies, whoever their parent is by now.
 std::vector<rig::ProcessInfo> ServerProcesses();
 
 /// Kills such a victim; false when there was none.
