@@ -33,9 +33,13 @@ std::map<int, CameraState> ReadStates(const Records& records, const std::filesys
 }
 
 std::optional<CameraState> ReadState(const Records& records, const std::filesystem::path& stateFolder, int id) {
-  const auto states = ReadStates(records, stateFolder);
-  const auto state = states.find(id);
-  return state == states.end() ? std::nullopt : std::optional(state->second);
+  const auto outcome = records.OutcomeOf(id);
+  if (!outcome) return std::nullopt;
+  CameraState state{.outcome = *outcome};
+  for (const auto& [camera, count] : records.Flips(SecondsNow() - kDay, id)) state.flips = count;
+  const auto attempts = Attempts::Read(stateFolder);
+  if (const auto attempt = attempts.find(id); attempt != attempts.end()) Add(attempt->second, state);
+  return state;
 }
 
 }  // namespace recorder

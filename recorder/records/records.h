@@ -158,8 +158,9 @@ class Records {
   /// first.
   std::vector<CameraEvent> EventsBefore(std::int64_t id, int most, const EventFilter& filter = {}) const;
   std::vector<CameraEvent> EventsAfter(std::int64_t id, int most, const EventFilter& filter = {}) const;
-  /// How often each camera has changed since then, in seconds since 1970; those that have not are left out.
-  std::map<int, int> Flips(std::int64_t since) const;
+  /// How often each camera, or that one, has changed since then, in seconds since 1970; those that have not are left
+  /// out.
+  std::map<int, int> Flips(std::int64_t since, std::optional<int> cameraId = std::nullopt) const;
   /// All cameras, counted by both.
   std::vector<CameraCount> CountCameras() const;
 
