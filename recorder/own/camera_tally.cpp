@@ -11,9 +11,8 @@ namespace recorder {
 namespace {
 
 /// The causes that have a row of their own, since each wants another remedy.
-constexpr std::array kCauses = {Outcome::kUnreachable,       Outcome::kTimedOut, Outcome::kLoginRefused,
-                                Outcome::kNoSuchStream,      Outcome::kNoVideo,  Outcome::kBusy,
-                                Outcome::kCertificateChanged};
+constexpr std::array kCauses = {Outcome::kUnreachable,  Outcome::kTimedOut, Outcome::kLoginRefused,
+                                Outcome::kNoSuchStream, Outcome::kBusy,     Outcome::kCertificateChanged};
 
 std::vector<CameraTally> EmptyTallies() {
   std::vector<CameraTally> tallies = {{"up", ""}, {"unknown", ""}, {"off", ""}, {"down", "other"}};

@@ -10,7 +10,10 @@
 #include "recorder/own/camera_tally.h"
 #include "recorder/own/metrics_text.h"
 #include "recorder/own/process_memory.h"
+#include "recorder/records/attempts.h"
+#include "recorder/utility/clock.h"
 #include "recorder/utility/counts.h"
+#include "recorder/utility/service.h"
 
 namespace recorder {
 
@@ -23,6 +26,14 @@ void AddCameras(MetricsText& text, const Config& config) {
   for (const CameraTally& tally : TallyCameras(config.stateFolder)) {
     text.Add(tally.count, Label("state", tally.state) + ',' + Label("cause", tally.cause));
   }
+}
+
+/// The process that watches tells when the first check is due, so that checks seem to be late if it hangs, too.
+void AddWatch(MetricsText& text, const Config& config) {
+  if (!IsServiceRunning(config.stateFolder, Service::kWatch)) return;
+  const std::int64_t due = Attempts::FirstDue(config.stateFolder);
+  text.Begin("recorder_watch_lateness_seconds", "gauge", "How long the check of a camera that is due longest waits.");
+  text.Add(due == 0 ? 0 : static_cast<double>(std::max(SecondsNow() - due, std::int64_t{0})));
 }
 
 void AddRequests(MetricsText& text, const Counts& counts) {
@@ -83,6 +94,7 @@ std::string Metrics(const Config& config) {
   const Counts& counts = SharedCounts();
   MetricsText text;
   AddCameras(text, config);
+  AddWatch(text, config);
   AddRequests(text, counts);
   AddTimes(text, counts);
   AddKeyFrames(text, counts);

@@ -16,7 +16,7 @@ namespace recorder {
 namespace {
 
 /// A camera's place is at its id times the size of this, which divides a page, so that nothing ends a process in the
-/// middle of one. The place of id 0 tells what the file is.
+/// middle of one. The place of id 0 tells what the file is, and when the first check is due.
 struct Slot {
   std::int64_t at = 0;
   std::int64_t answered = 0;
@@ -30,6 +30,8 @@ struct Slot {
 static_assert(sizeof(Slot) == 64);
 
 constexpr std::string_view kKind = "watch.attempts 1, by camera id\n";
+constexpr off_t kFirstDue = 32;
+static_assert(kKind.size() <= kFirstDue && kFirstDue + sizeof(std::int64_t) <= sizeof(Slot));
 
 std::filesystem::path FileIn(const std::filesystem::path& stateFolder) { return stateFolder / kAttemptsFile; }
 
@@ -62,6 +64,7 @@ Attempts::Attempts(const std::filesystem::path& stateFolder) : path_(FileIn(stat
   if (!exists(path_) || !IsOfThisKind(ReadFile(path_))) ReplaceFile(path_, kKind);
   file_ = FileDescriptor(open(path_.c_str(), O_WRONLY | O_CLOEXEC));
   if (!file_) throw std::system_error(errno, std::generic_category(), path_.string());
+  TellFirstDue(0);
 }
 
 void Attempts::Write(int cameraId, const Attempt& attempt) {
@@ -69,6 +72,18 @@ void Attempts::Write(int cameraId, const Attempt& attempt) {
   if (pwrite(file_.Get(), &slot, sizeof(slot), off_t{cameraId} * static_cast<off_t>(sizeof(slot))) != sizeof(slot)) {
     throw std::system_error(errno, std::generic_category(), path_.string());
   }
+}
+
+void Attempts::TellFirstDue(std::int64_t due) {
+  if (pwrite(file_.Get(), &due, sizeof(due), kFirstDue) != sizeof(due)) {
+    throw std::system_error(errno, std::generic_category(), path_.string());
+  }
+}
+
+std::int64_t Attempts::FirstDue(const std::filesystem::path& stateFolder) {
+  const FileDescriptor file(open(FileIn(stateFolder).c_str(), O_RDONLY | O_CLOEXEC));
+  std::int64_t due = 0;
+  return file && pread(file.Get(), &due, sizeof(due), kFirstDue) == sizeof(due) ? due : 0;
 }
 
 std::map<int, Attempt> Attempts::Read(const std::filesystem::path& stateFolder) {

@@ -37,6 +37,13 @@ class Attempts {
 
   void Write(int cameraId, const Attempt& attempt);
 
+  /// Tells when the check that is due first was or is due, in seconds since 1970; 0: there is none. A new object has
+  /// told that there is none.
+  void TellFirstDue(std::int64_t due);
+
+  /// What was told last in `stateFolder`.
+  static std::int64_t FirstDue(const std::filesystem::path& stateFolder);
+
   /// All that are kept in `stateFolder`, by camera; none when there is no such file.
   static std::map<int, Attempt> Read(const std::filesystem::path& stateFolder);
 

@@ -109,6 +109,12 @@ bool Schedule::IsHeldBack(const Place& place, Watched& camera, WatchTime now) {
 
 WatchTime Schedule::NextAt() const { return line_.empty() ? WatchTime::max() : line_.top().due; }
 
+WatchTime Schedule::FirstDue() const {
+  WatchTime first = NextAt();
+  for (const auto& [host, places] : waiting_) first = std::min(first, places.front().due);  // they came in that order
+  return first;
+}
+
 bool Schedule::End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now) {
   if (const auto atHand = atHand_.extract(check.id)) busyHosts_.GiveBack(atHand.mapped());
   const auto found = cameras_.find(check.id);

@@ -64,6 +64,9 @@ class Schedule {
   /// When to ask for the next one, if no check ends before; max() when there is nothing to wait for.
   WatchTime NextAt() const;
 
+  /// When the check was or is due that is due first, whatever it waits for; max() when there is none.
+  WatchTime FirstDue() const;
+
   /// Says that a check has ended: with `cause`, or with its process, which tells nothing of the camera. False when the
   /// camera's record is no longer the one that was checked, so that the answer is of no use.
   bool End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now);

@@ -61,6 +61,7 @@ void LearnOwnPort() {
     webhook.Replenish();
     while (checkers.Free() > runner.CallsWanted() && watcher.StartNext(checkers)) continue;
     runner.StartAll(checkers);
+    watcher.TellFirstDue();
     Wait(checkers, watcher);
   }
 }

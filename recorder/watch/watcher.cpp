@@ -103,6 +103,12 @@ void Watcher::Begin(const DueCheck& check) {
 
 Clock::time_point Watcher::NextAt() const { return WatchClock::RealTime(schedule_.NextAt()); }
 
+void Watcher::TellFirstDue() {
+  const WatchTime first = schedule_.FirstDue();
+  const auto left = std::chrono::floor<std::chrono::seconds>(first - Now());
+  file_.TellFirstDue(first == WatchTime::max() ? 0 : SecondsNow() + left.count());
+}
+
 void Watcher::End(const CheckAnswer& answer) {
   const auto atHand = atHand_.extract(static_cast<int>(answer.id));
   if (atHand.empty()) return;

@@ -35,6 +35,10 @@ class Watcher {
   /// When StartNext may start one, if no check ends before.
   Clock::time_point NextAt() const;
 
+  /// Tells others which check is due first (see Attempts::TellFirstDue). Call it now and then: if nobody does, the
+  /// checks seem to be later and later.
+  void TellFirstDue();
+
   /// Takes the answer to a job of this one's.
   void End(const CheckAnswer& answer);
 
