@@ -32,6 +32,10 @@ std::map<int, std::vector<Outcome>> WaitForChanges(const TestRecorder& recorder,
   return causes;
 }
 
+bool TellsLateness(const TestRecorder& recorder) {
+  return recorder.Send("GET", "/metrics", {}).body.find("\nrecorder_watch_lateness_seconds ") != std::string::npos;
+}
+
 }  // namespace
 
 TEST(Watch, TellsWhenACameraGoesAndComesAndTriesARefusedLoginOnceWhateverIsKilled) {
@@ -62,6 +66,7 @@ TEST(Watch, TellsWhenACameraGoesAndComesAndTriesARefusedLoginOnceWhateverIsKille
   EXPECT_EQ(status.status, 1) << "one is down";
   EXPECT_THAT(status.output, testing::HasSubstr("\tdown\t"));
   EXPECT_EQ(recorder.Control({"status", "--cause", "ok"}).status, 0);
+  EXPECT_TRUE(TellsLateness(recorder));
 }
 
 TEST(Watch, GoesOnWhereTheFileOfRunsIsDamaged) {
@@ -77,4 +82,5 @@ TEST(Watch, IsLeftOutIfAskedTo) {
   const TestRecorder recorder({.serveArguments = {"--no-watch"}});
   EXPECT_TRUE(Descendants(getpid(), "recorder-watch").empty());
   EXPECT_EQ(recorder.Control({"status"}).status, 2) << "nobody watches";
+  EXPECT_FALSE(TellsLateness(recorder));
 }

@@ -77,6 +77,8 @@ TEST_F(OutcomesTest, EachChangeOfAnOutcomeIsAnEvent) {
   EXPECT_EQ(records.EventsAfter(0, 99, {.cameraId = first}), (Events{all[0], all[2]}));
   EXPECT_EQ(records.EventsAfter(0, 99, {.since = 2, .cause = kOk}), (Events{all[1]}));
   EXPECT_EQ(records.Flips(4), (std::map<int, int>{{first, 1}}));
+  EXPECT_EQ(records.Flips(4, first), records.Flips(4));
+  EXPECT_TRUE(records.Flips(4, second).empty() && records.Flips(5).empty());
 
   records.NoteOutcome(first, {kOk, 90 * kDay + 3});
   EXPECT_EQ(records.EventsAfter(0, 99).size(), 2U) << "older ones are forgotten";

@@ -23,6 +23,16 @@ TEST(Attempts, AreThereForTheNextProcessAndForNobodyElse) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
+TEST(Attempts, TellWhenTheFirstIsDueAsLongAsTheirWriterIsTheSame) {
+  const rig::TempFolder folder;
+  EXPECT_EQ(Attempts::FirstDue(folder.Path()), 0);
+  Attempts(folder.Path()).TellFirstDue(7);
+  EXPECT_EQ(Attempts::FirstDue(folder.Path()), 7);
+  EXPECT_TRUE(Attempts::Read(folder.Path()).empty());
+  const Attempts next(folder.Path());
+  EXPECT_EQ(Attempts::FirstDue(folder.Path()), 0);
+}
+
 TEST(Attempts, OfAnotherKindCountAsNone) {
   const rig::TempFolder folder;
   for (const std::string content : {"", "watch.attempts 2, by something\n"}) {

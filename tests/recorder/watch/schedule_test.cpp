@@ -144,8 +144,10 @@ TEST(Schedule, NeverChecksTwoOfOneHostAtOnce) {
   for (const auto& check : {first, second}) EXPECT_TRUE(watch.schedule.End(*check, Outcome::kOk, watch.now));
   watch.busyHosts.Take("cam");
   EXPECT_FALSE(watch.schedule.Next(watch.now)) << "a run contacts it";
+  EXPECT_LE(watch.schedule.FirstDue(), watch.now) << "it is late";
   watch.busyHosts.GiveBack("cam");
   EXPECT_TRUE(watch.schedule.Next(watch.now));
+  EXPECT_GT(watch.schedule.FirstDue(), watch.now);
 }
 
 TEST(Schedule, ForgetsTheAnswerOfARecordThatChangedOrWent) {
