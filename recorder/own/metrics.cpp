@@ -11,9 +11,9 @@
 #include "recorder/own/metrics_text.h"
 #include "recorder/own/process_memory.h"
 #include "recorder/records/attempts.h"
-#include "recorder/utility/clock.h"
 #include "recorder/utility/counts.h"
 #include "recorder/utility/service.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 
@@ -33,7 +33,7 @@ void AddWatch(MetricsText& text, const Config& config) {
   if (!IsServiceRunning(config.stateFolder, Service::kWatch)) return;
   const std::int64_t due = Attempts::FirstDue(config.stateFolder);
   text.Begin("recorder_watch_lateness_seconds", "gauge", "How long the check of a camera that is due longest waits.");
-  text.Add(due == 0 ? 0 : static_cast<double>(std::max(SecondsNow() - due, std::int64_t{0})));
+  text.Add(due == 0 ? 0 : static_cast<double>(std::max(WatchClock::Seconds() - due, std::int64_t{0})));
 }
 
 void AddRequests(MetricsText& text, const Counts& counts) {

@@ -39,20 +39,20 @@ ALTER TABLE rows ADD COLUMN streamType TEXT NOT NULL DEFAULT '';
 )";
 
 /// From each version of the file to the next one.
-constexpr const char* kSteps[] = {kFirst, kSecond};
-constexpr int kSchema = std::size(kSteps);
+constexpr const char* kRunsSteps[] = {kFirst, kSecond};
+constexpr int kRunsSchema = std::size(kRunsSteps);
 
 fs::path RunsFileIn(const fs::path& stateFolder) { return stateFolder / kRunsFile; }
 
 /// Whoever comes next makes again what somebody left half made.
 void MakeSchema(SQLite::Database& database, const fs::path& file) {
   const int version = database.execAndGet("PRAGMA user_version").getInt();
-  if (version > kSchema) throw RecordsError(file.string() + ": is a newer program's; use that");
-  if (version == kSchema) return;
+  if (version > kRunsSchema) throw RecordsError(file.string() + ": is a newer program's; use that");
+  if (version == kRunsSchema) return;
   database.exec("PRAGMA journal_mode = WAL");
   SQLite::Transaction transaction{database, SQLite::TransactionBehavior::IMMEDIATE};
-  for (int step = version; step < kSchema; ++step) database.exec(kSteps[step]);
-  database.exec("PRAGMA user_version = " + std::to_string(kSchema));
+  for (int step = version; step < kRunsSchema; ++step) database.exec(kRunsSteps[step]);
+  database.exec("PRAGMA user_version = " + std::to_string(kRunsSchema));
   transaction.commit();
 }
 

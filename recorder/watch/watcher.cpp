@@ -105,8 +105,8 @@ Clock::time_point Watcher::NextAt() const { return WatchClock::RealTime(schedule
 
 void Watcher::TellFirstDue() {
   const WatchTime first = schedule_.FirstDue();
-  const auto left = std::chrono::floor<std::chrono::seconds>(first - Now());
-  file_.TellFirstDue(first == WatchTime::max() ? 0 : SecondsNow() + left.count());
+  const auto left = std::chrono::floor<std::chrono::seconds>(first - WatchClock::Now());
+  file_.TellFirstDue(first == WatchTime::max() ? 0 : WatchClock::Seconds() + left.count());
 }
 
 void Watcher::End(const CheckAnswer& answer) {
