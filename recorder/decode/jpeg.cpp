@@ -26,7 +26,8 @@ std::optional<JpegSize> SizeOfJpeg(std::span<const std::uint8_t> jpeg) {
   int colours = 0;
   const int result = tjDecompressHeader3(reader.get(), jpeg.data(), static_cast<unsigned long>(jpeg.size()),
                                          &size.width, &size.height, &sampling, &colours);
-  return result == 0 ? std::optional(size) : std::nullopt;
+  const bool hasPicture = result == 0 && size.width > 0 && size.height > 0;  // a file of tables alone succeeds, too
+  return hasPicture ? std::optional(size) : std::nullopt;
 }
 
 std::optional<KeyPicture> MakeJpeg(std::span<const std::uint8_t> configuration, std::span<const std::uint8_t> frame) {
