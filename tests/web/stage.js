@@ -177,8 +177,9 @@ export async function withPage(hash, work, { user = USER, script = "", at = addr
 /** Gives a browser a session, if need be after the pause for wrong passwords of earlier tests. */
 export async function logIn(context, { username, password }, at = address) {
   const data = { user: username, password };
-  const headers = { Connection: "close" }; // the server may just be ending one that an earlier test left open
-  const answer = await context.request.post(`${at}recorder/1/session`, { data, headers });
+  const send = () => context.request.post(`${at}recorder/1/session`, { data, headers: { Connection: "close" } });
+  // A connection that an earlier test left open is used first, and the server may just be ending it.
+  const answer = await send().catch((error) => (/socket hang up|ECONNRESET/.test(error.message) ? send() : Promise.reject(error)));
   if (answer.status() === 429) {
     await new Promise((done) => setTimeout(done, Number(answer.headers()["retry-after"]) * 1000));
     return logIn(context, { username, password }, at);
