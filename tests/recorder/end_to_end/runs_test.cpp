@@ -184,7 +184,8 @@ TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
   while (tried() < 40) usleep(20'000);
   recorder::Runs runs(recorder.StateFolder());
   const int run = runs.Open("anna").value_or(0);
-  runs.Add(run, {{.camera = {{0, "row", "Simcam", "RTSP-H264", "127.0.0.1", 1, "admin", "", ""}}, .password = kSecret}});
+  runs.Add(run,
+           {{.camera = {{0, "row", "Simcam", "RTSP-H264", "127.0.0.1", 1, "admin", "", ""}}, .password = kSecret}});
   runs.Start(run);
   for (int tries = 0; tries < 1500 && runs.Find(run)->state != recorder::RunState::kEnded; ++tries) usleep(20'000);
   EXPECT_LT(tried(), kMany) << "the row waited for all of them";
