@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <map>
+#include <string>
 #include <system_error>
 
 #include "recorder/ctl/backup/state_parts.h"
@@ -38,11 +40,22 @@ class SideFolder {
   fs::path path_;
 };
 
+/// Users and their sessions, of one moment. They are read at once, since a running recorder waits for the lock.
+std::map<std::string, std::string> ReadAccess(const fs::path& stateFolder) {
+  const FileDescriptor lock = LockFolder(stateFolder);
+  std::map<std::string, std::string> texts;
+  for (const char* part : {"users", "access"}) {
+    if (fs::exists(stateFolder / part)) texts[part] = ReadFile(stateFolder / part);
+  }
+  return texts;
+}
+
 void Write(const fs::path& stateFolder, const fs::path& records, BackupWriter& backup) {
   backup.AddPart(kRecordsFile, records);
-  const FileDescriptor lock = LockFolder(stateFolder);  // so that users and their sessions are of one moment
+  const auto access = ReadAccess(stateFolder);
+  for (const auto& [part, text] : access) backup.AddText(part, text);
   for (const std::string& part : PartsIn(stateFolder)) {
-    if (part != kRecordsFile) backup.AddPart(part, stateFolder / part);
+    if (part != kRecordsFile && !access.contains(part)) backup.AddPart(part, stateFolder / part);
   }
   backup.Finish();
 }

@@ -139,6 +139,14 @@ void BackupWriter::AddPart(const std::string& name, const fs::path& source) {
   }
 }
 
+void BackupWriter::AddText(const std::string& name, std::string_view bytes) {
+  WriteMessage(name, kPart);
+  for (; bytes.size() >= kLargestMessage; bytes.remove_prefix(kLargestMessage)) {
+    WriteMessage(bytes.substr(0, kLargestMessage), kPart);
+  }
+  WriteMessage(bytes, kEndOfPart);
+}
+
 void BackupWriter::Finish() {
   WriteMessage("", kEndOfFile);
   SyncFile(file_.get(), path_);

@@ -47,6 +47,8 @@ class BackupWriter {
 
   /// Adds the bytes of a file. One that was removed meanwhile is left out.
   void AddPart(const std::string& name, const std::filesystem::path& source);
+  /// Adds a part of these bytes.
+  void AddText(const std::string& name, std::string_view bytes);
   /// Returns when all is on the disk.
   void Finish();
 

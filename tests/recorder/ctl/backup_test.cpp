@@ -1,8 +1,11 @@
 #include "recorder/ctl/backup/backup.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/ptrace.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +13,7 @@
 #include <csignal>
 #include <functional>
 #include <map>
+#include <thread>
 
 #include "recorder/ctl/self_signed.h"
 #include "recorder/records/records.h"
@@ -109,6 +113,16 @@ TEST_F(BackupTest, LeavesWhatIsOfOthersWhereItIsAndKeepsNoRuns) {
   for (const fs::path& place : {state, kept}) {
     EXPECT_FALSE(fs::exists(place / "runs.db") || fs::is_symlink(place / "runs.db-wal"));
   }
+}
+
+TEST_F(BackupTest, KeepsNobodyFromTheStateFolderWhileItWaits) {
+  const fs::path slow = made / "certificate.pem";
+  fs::remove(slow);
+  ASSERT_EQ(mkfifo(slow.c_str(), 0600), 0);
+  const std::jthread backup([&] { MakeBackup(made, file, ""); });
+  const FileDescriptor writer(open(slow.c_str(), O_WRONLY | O_CLOEXEC));  // the backup reads there now
+  const FileDescriptor lock(open(made.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  EXPECT_EQ(flock(lock.Get(), LOCK_EX | LOCK_NB), 0);
 }
 
 struct BadFile {
