@@ -9,8 +9,12 @@ const percent = (character) => `%${character.charCodeAt(0).toString(16).toUpperC
 /** Of an address (RFC 3986, 3.2.1), with no sign left that a shell or YAML knows. @param {string} text */
 const encodeLogin = (text) => encodeURIComponent(text).replace(/[!'()*]/g, percent);
 
-/** Without what no address may hold, such as braces, which some programs fill in. @param {string} address */
-const clean = (address) => address.replace(/[^!#-;=?-[\]_a-z~]/gu, encodeURIComponent);
+/**
+ * Without what no address may hold, such as braces, which some programs fill in, and without what a shell knows between
+ * quotation marks.
+ * @param {string} address
+ */
+const clean = (address) => address.replace(/[^!#%-;=?-[\]_a-z~]/gu, encodeURIComponent).replaceAll("!", "%21");
 
 /**
  * @param {string} address without a login
@@ -23,8 +27,8 @@ export function withLogin(address, user, password) {
   return clean(address).replace(/^[a-z]+:\/\//i, (scheme) => scheme + login);
 }
 
-/** One word of a POSIX shell. @param {string} text */
-const shellWord = (text) => `'${text.replaceAll("'", String.raw`'\''`)}'`;
+/** One word of any shell, of Windows, too: cmd.exe knows no apostrophes. @param {string} address that is clean */
+const shellWord = (address) => `"${address}"`;
 
 /** A name that all programs take: letters, digits and "_". @param {string} name @param {number} id */
 export function plainName(name, id) {

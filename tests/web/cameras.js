@@ -5,7 +5,7 @@ import { spawnSync } from "node:child_process";
 import { writeFileSync } from "node:fs";
 import { before, test } from "node:test";
 import { AXE, audit } from "./audit.js";
-import { ffmpegLine, frigateLines, plainName, withLogin } from "./page/text/stream-lines.js";
+import { ffmpegLine, frigateLines, plainName, vlcLine, withLogin } from "./page/text/stream-lines.js";
 import {
   DESKTOP,
   OTHER,
@@ -262,13 +262,14 @@ test("a password is in what is copied, where somebody typed it, and is never sho
 
 test("lines for other programs hold any login, name and path as they are", () => {
   for (const password of ["plain", "it's", "a b\"c`d$(e)", "ü/?#@:%41{x}", "\\!*'()"]) {
-    const address = withLogin("rtsp://192.0.2.1:554/a/b?c=1&d='{e}'", "o'neil@home", password);
+    const address = withLogin("rtsp://192.0.2.1:554/a/b?c=1&d='{e}'!$(f)", "o'neil@home", password);
     const { stdout } = spawnSync("sh", ["-c", ffmpegLine(address, "x").replace("ffmpeg", "printf '%s\\n'")]);
     const words = stdout.toString().split("\n");
     const read = new URL(words[words.indexOf("-i") + 1]);
     assert.equal(decodeURIComponent(read.password), password);
     assert.equal(decodeURIComponent(read.username), "o'neil@home");
-    assert.equal(decodeURIComponent(read.pathname + read.search), "/a/b?c=1&d='{e}'");
+    assert.equal(decodeURIComponent(read.pathname + read.search), "/a/b?c=1&d='{e}'!$(f)");
+    assert.match(vlcLine(address), /^vlc --rtsp-tcp "[^"$`\\!]*"$/, "one word for shells of Windows, too");
     const [, inYaml] = /path: (.*)/.exec(frigateLines("x", [{ name: "main", address }]));
     assert.equal(JSON.parse(inYaml), address);
     assert.doesNotMatch(inYaml, /[{}]/, "these are filled in from the environment");
