@@ -41,9 +41,9 @@ WorkerCount* FindOwn() {
   return nullptr;
 }
 
-void SetBusy(bool isBusy) {
+WorkerCount* Own() {
   static WorkerCount* const own = FindOwn();
-  if (own != nullptr) own->isBusy = isBusy;
+  return own;
 }
 
 std::size_t IndexOf(std::string_view method) {
@@ -82,8 +82,20 @@ Counts& SharedCounts() {
   return counts;
 }
 
-BusyMark::BusyMark() { SetBusy(true); }
+std::uint64_t AnsweredBy(const PoolCount& pool) {
+  std::uint64_t sum = 0;
+  for (const WorkerCount& worker : pool) sum += worker.answered;
+  return sum;
+}
 
-BusyMark::~BusyMark() { SetBusy(false); }
+BusyMark::BusyMark() {
+  if (Own() != nullptr) Own()->isBusy = true;
+}
+
+BusyMark::~BusyMark() {
+  if (Own() == nullptr) return;
+  Own()->isBusy = false;
+  ++Own()->answered;
+}
 
 }  // namespace recorder

@@ -43,6 +43,7 @@ struct TimeSum {
 struct WorkerCount {
   std::atomic<pid_t> process;  ///< 0: none
   std::atomic<bool> isBusy;
+  Counter answered;  ///< requests, by all processes that had this place
 
   bool IsThere() const { return process != 0; }
   bool IsFree() const { return IsThere() && !isBusy; }
@@ -51,6 +52,9 @@ struct WorkerCount {
 /// As many as a pool may have.
 inline constexpr std::size_t kMostWorkers = 64;
 using PoolCount = std::array<WorkerCount, kMostWorkers>;
+
+/// Requests that a pool has answered.
+std::uint64_t AnsweredBy(const PoolCount& pool);
 
 /// What the processes of one server count together, in a file that each of them maps. All begins with 0.
 struct Counts {
@@ -80,7 +84,7 @@ void MakeCounts(const std::filesystem::path& file);
 /// Those in the file of kCountsVariable; where there is none, of this process alone. Any thread.
 Counts& SharedCounts();
 
-/// Marks the calling process as busy while it lives.
+/// Marks the calling process as busy while it lives, and counts a request of it at its end.
 class BusyMark {
  public:
   BusyMark();

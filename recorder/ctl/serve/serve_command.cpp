@@ -152,8 +152,8 @@ void RepeatUntilSignal(const sigset_t& signals, Work work) {
 }
 
 /// Whoever waits for the watchdog does not hear why not. A web server that ends is seen without a question.
-bool IsAlive(const RunFolder& run, const std::stop_token& stop) {
-  const std::string reason = WhyNoWorkerAnswers(run / "lists.sock", stop);
+bool IsAlive(PoolPulse& lists, const std::stop_token& stop) {
+  const std::string reason = lists.WhyNone(stop);
   if (!reason.empty() && !stop.stop_requested()) LogFailure("The workers do not answer: " + reason + ".");
   return reason.empty();
 }
@@ -186,7 +186,8 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   setenv(kOwnPortVariable, std::to_string(address.port).c_str(), 1);
   pools.StartWatch(options, config.stateFolder);
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
-  const Watchdog watchdog([&](const std::stop_token& stop) { return IsAlive(run, stop); });
+  PoolPulse lists(run / "lists.sock", SharedCounts().listWorkers);
+  const Watchdog watchdog([&](const std::stop_token& stop) { return IsAlive(lists, stop); });
   std::cout << served.Text() << std::endl;
 
   RepeatUntilSignal(signals, [&] {

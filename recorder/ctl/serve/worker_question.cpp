@@ -66,4 +66,15 @@ std::string WhyNoWorkerAnswers(const std::filesystem::path& socket, const std::s
   return head[1] == kStdout ? "" : "its answer is none";
 }
 
+std::string PoolPulse::WhyNone(const std::stop_token& stop) {
+  if (HasAnswered()) return "";
+  std::string reason = WhyNoWorkerAnswers(socket_, stop);
+  return HasAnswered() ? "" : reason;
+}
+
+bool PoolPulse::HasAnswered() {
+  const std::uint64_t now = AnsweredBy(pool_);
+  return std::exchange(answered_, now) != now;
+}
+
 }  // namespace recorder
