@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <system_error>
 
@@ -31,18 +32,23 @@ Counts& FindCounts() {
   return shared == nullptr ? ofThisProcess : *shared;
 }
 
-/// Null for a process of no pool.
-WorkerCount* FindOwn() {
+/// The calling process in its pool; null for one of no pool.
+struct OwnPlace {
+  PoolCount* pool = nullptr;
+  WorkerCount* entry = nullptr;
+};
+
+OwnPlace FindOwn() {
   Counts& counts = SharedCounts();
   for (PoolCount* pool : {&counts.cameraWorkers, &counts.listWorkers}) {
     auto* const own = std::ranges::find_if(*pool, [](const WorkerCount& worker) { return worker.process == getpid(); });
-    if (own != pool->end()) return &*own;
+    if (own != pool->end()) return {pool, &*own};
   }
-  return nullptr;
+  return {};
 }
 
-WorkerCount* Own() {
-  static WorkerCount* const own = FindOwn();
+const OwnPlace& Own() {
+  static const OwnPlace own = FindOwn();
   return own;
 }
 
@@ -88,14 +94,25 @@ std::uint64_t AnsweredBy(const PoolCount& pool) {
   return sum;
 }
 
+bool HasHalfOfPool(std::string_view user) {
+  const auto& [pool, own] = Own();
+  if (own == nullptr) return false;
+  own->user = std::hash<std::string_view>()(user);
+  const std::size_t id = own->user;
+  const auto others = std::ranges::count_if(
+      *pool, [&, own = own](const WorkerCount& worker) { return &worker != own && worker.user == id; });
+  return others * 2 >= std::ranges::count_if(*pool, &WorkerCount::IsThere);
+}
+
 BusyMark::BusyMark() {
-  if (Own() != nullptr) Own()->isBusy = true;
+  if (Own().entry != nullptr) Own().entry->isBusy = true;
 }
 
 BusyMark::~BusyMark() {
-  if (Own() == nullptr) return;
-  Own()->isBusy = false;
-  ++Own()->answered;
+  if (Own().entry == nullptr) return;
+  Own().entry->user = 0;
+  Own().entry->isBusy = false;
+  ++Own().entry->answered;
 }
 
 }  // namespace recorder

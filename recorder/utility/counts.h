@@ -43,7 +43,8 @@ struct TimeSum {
 struct WorkerCount {
   std::atomic<pid_t> process;  ///< 0: none
   std::atomic<bool> isBusy;
-  Counter answered;  ///< requests, by all processes that had this place
+  std::atomic<std::size_t> user;  ///< hash of the name of whom it works for; 0: it does not say
+  Counter answered;               ///< requests, by all processes that had this place
 
   bool IsThere() const { return process != 0; }
   bool IsFree() const { return IsThere() && !isBusy; }
@@ -83,6 +84,9 @@ void MakeCounts(const std::filesystem::path& file);
 
 /// Those in the file of kCountsVariable; where there is none, of this process alone. Any thread.
 Counts& SharedCounts();
+
+/// Says for whom the calling process works, until its BusyMark ends. True if half of its pool does so beside it.
+bool HasHalfOfPool(std::string_view user);
 
 /// Marks the calling process as busy while it lives, and counts a request of it at its end.
 class BusyMark {

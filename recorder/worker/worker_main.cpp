@@ -18,6 +18,7 @@
 #include "recorder/http/api_request.h"
 #include "recorder/http/caller.h"
 #include "recorder/http/cgi_answer.h"
+#include "recorder/http/crowd.h"
 #include "recorder/http/fastcgi.h"
 #include "recorder/http/line_answer.h"
 #include "recorder/http/own_route.h"
@@ -114,7 +115,11 @@ std::string AnswerTo(const HttpRequest& request, const Host& host, OutputCapture
   if (note.isQuiet) return ToCgi(AnswerWatcher(request, host.config, grants));
   std::optional<Caller> caller;
   if (!IsForTrusted(request)) caller = FindCaller(request, grants);
-  if (caller) note.user = caller->user;
+  if (caller) {
+    note.user = caller->user;
+    note.hasLogin = false;  // none that may be refused
+    RefuseCrowd(caller->user);
+  }
   CheckSameSite(request, host.config.hostNames);
   if (caller && IsOwn(request)) return AnsweredOwn(request, *caller, {lines, host.module, output, note}, note);
   return Called(ToApiCall(request, host.module, caller.has_value()), output, note);

@@ -68,6 +68,7 @@ void WorkerPool::Replenish() {
 void WorkerPool::Forget(const Worker& worker) const {
   worker.entry->process = 0;
   worker.entry->isBusy = false;
+  worker.entry->user = 0;
   SharedCounts().AddEnd(counted_);
 }
 

@@ -143,6 +143,27 @@ TEST(Pools, SilentCamerasKeepNobodyFromTheLists) {
   EXPECT_EQ(test.get(), 463);
 }
 
+TEST(Pools, OneUserDoesNotTakeTheWholeLine) {
+  const SimCameras cameras(List({Faulty("silent", "silentAfterConnect")}));
+  const TestRecorder recorder({.testMs = 200, .workers = 2});
+  const std::string token = recorder.Control({"token", "add", "many"}).output;
+  const Headers headers = {{"Authorization", "Bearer " + token.substr(0, token.find('\n'))}};
+  const std::string body = ToText(CameraParams(cameras.Port("silent"), ""));
+  std::vector<Connection> callers;
+  for (int i = 0; i < 120; ++i) {
+    callers.emplace_back(recorder.Port(), std::chrono::seconds(60))
+        .Send(HttpRequest("POST", kApi + std::string("CameraTest"), headers, body));
+  }
+  const auto isRefused = [](const Connection& caller) {
+    std::string bytes;
+    while (MessageSize(bytes) == 0 && caller.Receive(bytes)) continue;
+    return bytes.starts_with("HTTP/1.1 429");
+  };
+  const auto refused = std::ranges::count_if(callers, isRefused);
+  EXPECT_GT(refused, 0);
+  EXPECT_LT(refused, 120 - 64) << "what waits in a line of usual length";
+}
+
 TEST(Pools, HalfARequestKeepsNoWorkerWaiting) {
   const TestRecorder recorder({.workers = 1});
   const std::string whole = HttpRequest("POST", kApi + std::string("CameraTest"), recorder.Login(), "{}");
