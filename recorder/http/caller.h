@@ -17,6 +17,7 @@ struct Caller {
 
   bool IsAdmin() const { return role == Role::kAdmin; }
   bool HasSession() const { return grant && !grant->IsToken(); }
+  bool HasToken() const { return grant && grant->IsToken(); }
 };
 
 /// Of the cookie that holds a session's secret. Over TLS a browser takes it from this very host alone (RFC 6265bis,

@@ -34,8 +34,7 @@ OwnAnswer ListTokens(LoginService& service, const OwnRequest& request) {
 }
 
 OwnAnswer PostToken(LoginService& service, const OwnRequest& request) {
-  const std::optional<Grant>& grant = request.caller->grant;
-  if (grant && grant->IsToken()) throw HttpError(403, "a token makes no other: it would outlive its own end");
+  if (request.caller->HasToken()) throw HttpError(403, "a token makes no other: it would outlive its own end");
   const NewGrant made =
       AddToken(service.config.stateFolder, request.caller->user, TextOf(request, "name"), EndIn(request));
   Json::Value data(Json::objectValue);

@@ -29,9 +29,15 @@ void CheckOldPassword(LoginService& service, const OwnRequest& request) try {
   throw;
 }
 
+/// Who has a password has all that a token must not make.
+void RefuseToken(const OwnRequest& request) {
+  if (request.caller->HasToken()) throw HttpError(403, "a token makes no login: that would outlive the token's end");
+}
+
 void CheckMayChange(LoginService& service, const OwnRequest& request, const UserChange& change) {
   const bool isOwn = request.caller->user == request.name;
   if (!request.caller->IsAdmin() && (!isOwn || change.role)) throw HttpError(403, "only an admin may do that");
+  RefuseToken(request);
   if (isOwn && change.password) CheckOldPassword(service, request);
 }
 
@@ -56,6 +62,7 @@ OwnAnswer PostUser(LoginService& service, const OwnRequest& request) {
   const bool isFirst = MayMakeFirstUser(service, request);
   if (!isFirst && !request.caller) throw NotLoggedIn(request.http);
   if (!isFirst && !request.caller->IsAdmin()) throw HttpError(403, "only an admin may do that");
+  if (!isFirst) RefuseToken(request);
   const std::filesystem::path& folder = service.config.stateFolder;
   const std::string name = TextOf(request, "name");
   const std::string password = TextOf(request, "password");

@@ -143,14 +143,20 @@ TEST(Sessions, BeginByALinkOnce) {
   EXPECT_EQ(recorder.Send("POST", kSession, {}, link).status, 401);
 }
 
-TEST(Tokens, MakeNoTokens) {
+TEST(Tokens, MakeNoTokensAndNoLogins) {
   const TestRecorder recorder;
+  AddUser(recorder, "hall", "hall's password");
   const auto make = [&](const Headers& login, const char* params) {
     return recorder.Send("POST", "/recorder/1/tokens", login, params);
   };
   const Answer first = make(recorder.Login(), R"({"name": "first"})");
   EXPECT_EQ(first.status, 200);
-  EXPECT_EQ(make(Bearer(first.json["data"]["token"].asString()), R"({"name": "second"})").status, 403);
+  const Headers token = Bearer(first.json["data"]["token"].asString());
+  EXPECT_EQ(make(token, R"({"name": "second"})").status, 403);
+  const char* params = R"({"name": "other", "password": "any password"})";
+  EXPECT_EQ(recorder.Send("POST", "/recorder/1/users", token, params).status, 403);
+  EXPECT_EQ(recorder.Send("PATCH", "/recorder/1/users/hall", token, params).status, 403);
+  EXPECT_EQ(recorder.Send("PATCH", "/recorder/1/users/hall", recorder.Login(), params).status, 200);
 }
 
 TEST(FirstUser, IsMadeByWhoeverHasTheLink) {
