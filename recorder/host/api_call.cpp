@@ -137,6 +137,7 @@ ApiAnswer RunCall(const ApiCall& call, OutputCapture& output) {
   NORV::APIResponse response(&responseState);
 
   RequestScope scope(LimitOf(call.method->name));
+  scope.WhenLoginTaken(call.whenLoginTaken);
   if (!NamesCodec(call)) scope.TakeAnyCodec();
   output.Start();
   try {

@@ -3,6 +3,7 @@
 #include <json/json.h>
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <span>
 #include <string>
@@ -21,6 +22,7 @@ struct ApiCall {
   Json::Value params{Json::objectValue};
   std::map<std::string, std::string> cookies;
   bool isAuthorized = false;
+  std::function<void()> whenLoginTaken = {};  ///< called once a camera has taken a login
 };
 
 /// What became of a call.

@@ -61,9 +61,11 @@ class Contact {
 
 /// Calls the module for a stream of the camera, and notes what came of it.
 ApiAnswer Call(const std::string& method, const CameraRecord& camera, const CameraRecord& asked, OwnTools& tools,
-               Records& records) {
+               Records& records, std::function<void()> whenLoginTaken = {}) {
   Contact contact(records, camera);
-  ApiAnswer answer = RunCall(StoredCall(tools.module, method, asked), tools.output);
+  ApiCall call = StoredCall(tools.module, method, asked);
+  call.whenLoginTaken = std::move(whenLoginTaken);
+  ApiAnswer answer = RunCall(call, tools.output);
   tools.note.cause = answer.causes;
   tools.note.rungs = answer.rungs;
   if (answer.kind == ApiAnswer::Kind::kException) throw std::runtime_error("The module failed: " + answer.reason);
@@ -72,13 +74,11 @@ ApiAnswer Call(const std::string& method, const CameraRecord& camera, const Came
   return answer;
 }
 
-/// Whether the camera took its login at the last contact.
-bool HasWorked(const Records& records, const CameraRecord& camera) {
-  const auto last = records.OutcomeOf(camera.id);
-  return last && last->cause == Outcome::kOk;
+bool HasLogin(const Records& records, const CameraRecord& camera) {
+  return !camera.user.empty() || !records.SealedPassword(camera.id).empty();
 }
 
-/// The turn of who logs in to a camera, so that whoever comes next knows whether it was refused.
+/// The turn of who logs in to a camera, until it took the login: so whoever comes next knows whether it was refused.
 CameraLock TurnOf(const CameraRecord& camera) {
   const Config& config = GetConfig();
   const auto place = static_cast<off_t>(std::hash<std::string>()(LoginOf(camera)) & 0x7fffffffU);
@@ -128,11 +128,11 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   Records records(GetConfig().stateFolder);
   const CameraRecord camera = FindEnabled(records, request);
   const CameraRecord asked = StreamRecord(records, camera, TextOf(request, "stream"));
-  const std::optional<CameraLock> turn =
-      HasWorked(records, camera) ? std::nullopt : std::optional<CameraLock>(TurnOf(camera));
+  std::optional<CameraLock> turn;
+  if (HasLogin(records, camera)) turn.emplace(TurnOf(camera));
   if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal(records, camera);
   if (turn && !*turn) throw HttpError(503, "another picture with this login has not ended", "Retry-After: 5\r\n");
-  const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records);
+  const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records, [&turn] { turn.reset(); });
   std::string picture = PictureIn(answer);
   if (!picture.empty()) return PictureAnswer(std::move(picture));
   return CameraFailure(OutcomeNamed(answer.causes).value_or(Outcome::kRecorderFailed));

@@ -115,9 +115,15 @@ class RequestScope {
 
   /// Says that a login goes out to a camera, and that a camera took one.
   void SendLogin() { hasSentLogin_ = true; }
-  void TakeLogin() { isLoginTaken_ = true; }
+  void TakeLogin() {
+    isLoginTaken_ = true;
+    if (whenLoginTaken_) whenLoginTaken_();
+  }
   bool HasSentLogin() const { return hasSentLogin_; }
   bool IsLoginTaken() const { return isLoginTaken_; }
+
+  /// Calls `call` each time when a camera has taken a login.
+  void WhenLoginTaken(std::function<void()> call) { whenLoginTaken_ = std::move(call); }
 
   /// Asked before contacting `host`: the failure to report without a contact, if there is one. That is a spent
   /// deadline, spent bytes (not understood), an earlier refused login of `user` or time-out at this host, or a token of
@@ -168,6 +174,7 @@ class RequestScope {
   std::set<std::string> digestHosts_;
   bool hasSentLogin_ = false;
   bool isLoginTaken_ = false;
+  std::function<void()> whenLoginTaken_;
   std::map<std::pair<std::string, std::string>, Outcome> failures_;  // by host and user
   std::map<std::string, Outcome> failedAskings_;
   std::vector<std::pair<StreamPlace, OtherStream>> streams_;         // by the usual one
