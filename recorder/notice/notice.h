@@ -16,7 +16,7 @@ struct Notice {
   };
   Kind kind = Kind::kTest;
   CameraEvent event = {};
-  std::string name = {};  ///< of the camera
+  std::string name = {};  ///< of the camera; "" where that tells its address
 };
 
 /// The notice as it is sent: JSON like that of EventJson, with "kind" and "name". A test has its kind alone.

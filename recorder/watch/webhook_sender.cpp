@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -17,6 +18,18 @@ std::chrono::minutes PauseAfter(int failures) {
                                                            std::chrono::minutes(30), std::chrono::minutes(180)};
   return kPauses.at(std::min(static_cast<std::size_t>(std::max(failures, 1)), kPauses.size()) - 1);
 }
+
+namespace {
+
+/// A camera that nobody named has its address for a name, which a notice must not tell.
+std::string ToldName(const std::optional<CameraRecord>& camera) {
+  if (!camera) return "";
+  const bool isWord = camera->host.find_first_of(".:") == std::string::npos;  // which may be in any name
+  const bool tells = isWord ? camera->name == camera->host : camera->name.find(camera->host) != std::string::npos;
+  return tells ? "" : camera->name;
+}
+
+}  // namespace
 
 WebhookSender::WebhookSender(std::filesystem::path stateFolder)
     : stateFolder_(std::move(stateFolder)), news_(stateFolder_) {}
@@ -46,8 +59,7 @@ void WebhookSender::Follow(const Records& records) {
 bool WebhookSender::SendNext(Records& records) {
   if (!waiting_) waiting_ = line_->Next(records, WatchClock::Seconds());
   if (!waiting_) return false;
-  const auto camera = records.Find(waiting_->event.cameraId);
-  waiting_->name = camera ? camera->name : "";
+  waiting_->name = ToldName(records.Find(waiting_->event.cameraId));
   std::string secret = records.WebhookSecret(*webhook_);
   const WipeAtEnd wipe(secret);
   const PostResult result = PostSigned(webhook_->url, secret, TextOf(*waiting_));

@@ -90,6 +90,7 @@ class Webhook : public testing::Test {
 TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   const Receiver receiver;
   recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
+  EXPECT_EQ(recorder_.Control({"camera", "edit", "1", "--name", "127.0.0.1"}).status, 0);
   Note(Outcome::kTimedOut);
   EXPECT_EQ(Set(receiver.Url(), kSignedWith).status, 200);
   Note(Outcome::kOk);
@@ -100,6 +101,7 @@ TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   EXPECT_EQ(told["id"], 2) << "once more";
   EXPECT_EQ(told["kind"], "change");
   EXPECT_EQ(told["before"], "timedOut");
+  EXPECT_EQ(told["name"], "") << "that was the camera's address";
   EXPECT_EQ(receiver.Take("200 OK")["id"], 3);
   auto tested = std::async(std::launch::async, [this] { return Send("POST", "/test"); });
   EXPECT_EQ(receiver.Take("201 Created")["kind"], "test");
