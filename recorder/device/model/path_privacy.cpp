@@ -74,10 +74,21 @@ bool IsShortNumber(std::string_view value) {
   return value.size() <= kShort && std::all_of(value.begin(), value.end(), IsDigit);
 }
 
+bool HasValue(std::string_view rest) { return rest.starts_with('=') || rest.starts_with(':'); }
+
+/// Whole names of nothing else than a password.
+constexpr std::string_view kPasswordKeys[] = {"pass", "passwd", "password", "pwd", "psw", "pw"};
+
 /// The login that `key` says its value to be; `rest` begins behind the key.
 std::string_view LoginOf(std::string_view key, std::string_view rest) {
-  const bool hasValue = rest.starts_with('=') || rest.starts_with(':');
-  return hasValue && !IsShortNumber(ValueIn(rest)) ? WhatIsIn(key, kLoginKeys) : "";
+  const bool isPassword = std::ranges::find(kPasswordKeys, key) != std::end(kPasswordKeys);
+  const bool isPart = rest.starts_with('/');
+  if (!isPart && !HasValue(rest)) return "";
+  const std::string_view value = ValueIn(rest);
+  if (isPart) return isPassword && !value.empty() && !IsCommonValue(value) ? "a password" : "";
+  if (isPassword) return value.empty() ? "" : "a password";
+  if (IsShortNumber(value)) return "";
+  return key == "pin" ? "a password" : WhatIsIn(key, kLoginKeys);
 }
 
 /// What `key` says that its value is. Over ONVIF a "token" is the name of a profile.
@@ -102,6 +113,16 @@ std::string FindNamed(std::string_view path, What whatOf) {
         if (what.empty()) what = whatOf(key, rest);
       });
   return std::string(what);
+}
+
+/// A name and a password under names of one letter; one of them alone may be anything.
+bool HoldsShortLogin(std::string_view path) {
+  const auto has = [&](std::string_view name) {
+    return !FindNamed(path, [&](std::string_view key, std::string_view rest) {
+              return key == name && HasValue(rest) && !IsShortNumber(ValueIn(rest)) ? name : "";
+            }).empty();
+  };
+  return has("u") && has("p");
 }
 
 /// One part of a path or, behind a question mark, of its query.
@@ -220,7 +241,7 @@ std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText
 
 std::string FindPathLogin(std::string_view path) {
   const std::string lower = LowerCase(Decoded(Filled(std::string(path))));
-  const std::string login = FindNamed(lower, LoginOf);
+  const std::string login = HoldsShortLogin(lower) ? "a login" : FindNamed(lower, LoginOf);
   return login.empty() ? FindLoginOfAddress(lower) : login;
 }
 

@@ -65,6 +65,16 @@ TEST_P(PathPrivacyTest, NamesWhatIsNobodyElsesBusiness) {
 
 INSTANTIATE_TEST_SUITE_P(Path, PathPrivacyTest, testing::ValuesIn(kPathCases), kByName);
 
+TEST(PathLogin, IsWhatItsNameTellsAndNothingElse) {
+  for (const char* path : {"/live?u=admin&p=Secret99x", "/live?pin=4711", "/live?login=12&pass=123",
+                           "/user/admin/pass/Secret99x", "/live?user=admin"}) {
+    EXPECT_NE(FindPathLogin(path), "") << path;
+  }
+  for (const char* path : {"/live?u=1&p=720", "/live?p=main", "/pass/1/main", "/live?bypass=1", "/live?pass="}) {
+    EXPECT_EQ(FindPathLogin(path), "") << path;
+  }
+}
+
 struct ChannelsCase {
   const char* name;
   std::vector<ChannelPath> paths;
