@@ -65,6 +65,8 @@ bool IsClosedByDefault(const IpAddress& address) {
       Range("100.100.100.200"),
       Range("168.63.129.16"),
       Range("192.0.0.192"),
+      // Reserved (RFC 1112); some platforms have services there.
+      Range("240.0.0.0/4"),
       // IPv4 where only a network's owner knows.
       Range("::/96"),
       Range("2001::/32"),
