@@ -43,6 +43,7 @@ server.upload-dirs = ( var.run )
 server.errorfile-prefix = var.run + "/error-"
 server.range-requests = "disable"
 server.tag = ""
+static-file.disable-pathinfo = "enable"
 static-file.exclude-extensions = ( ".md", "tsconfig.json" )
 mimetype.assign = ( ".html" => "application/json" )
 server.max-request-size = LARGEST_BODY

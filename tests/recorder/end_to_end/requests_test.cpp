@@ -96,7 +96,8 @@ TEST(Requests, GetTheirStatusAndSayWhy) {
 TEST(Server, TellsNeitherItsVersionNorHowThePageIsMade) {
   const TestRecorder recorder({.pageFolder = SOURCE_FOLDER "/page"});
   const std::pair<const char*, int> paths[] = {{"/", 200},          {"/main.js", 200},       {"/openapi.yaml", 200},
-                                               {"/README.md", 403}, {"/tsconfig.json", 403}, {"/api/", 401}};
+                                               {"/README.md", 403}, {"/tsconfig.json", 403}, {"/api/", 401},
+                                               {"/main.js/x", 403}};
   for (const auto& [path, status] : paths) {
     const Answer answer = recorder.Send("GET", path, {});
     EXPECT_EQ(answer.status, status) << path;
