@@ -27,7 +27,8 @@ namespace {
 /// An answer below /recorder/1/ may come in lines, which are passed on at once; a worker never waits for a slow reader.
 /// Events that are told as they come hold a worker for long: not one of those few that answer lists.
 /// A browser may keep its lists that hold nothing about anybody or any camera, if it asks anew.
-/// Whoever watches the recorder asks workers that wait for no camera; they decide who may.
+/// Whoever watches the recorder asks workers that wait for no camera; they decide who may. What is for everybody wants
+/// no login checked.
 /// Below /trusted/ workers answer as long as TrustedRoute has its link, and for whoever sends the open half of a pair;
 /// for all others the server refuses to follow a link.
 constexpr char kServerConfiguration[] = R"text(
@@ -69,7 +70,7 @@ $REQUEST_HEADER["Authorization"] =~ "(?i)^Basic" {
     setenv.set-request-header = ()
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, CAMERA_WORKERS ) )
   }
-  $HTTP["url"] =~ "LIST_ADDRESSES" {
+  $HTTP["url"] =~ "CHECKED_LISTS" {
     setenv.set-request-header = ()
     fastcgi.server = ( "/" => ( CHECK_OF_PASSWORD, LIST_WORKERS ) )
   }
@@ -152,6 +153,7 @@ constexpr std::pair<std::string_view, std::string_view> kPlaces[] = {
     {"EVENT_ADDRESS", "^/recorder/1/events$"},
     {"EVENT_STREAM", "text/event-stream"},
     {"LOGIN_ADDRESSES", "^/recorder/1/(session|sessions|users|tokens)(/|$)"},
+    {"CHECKED_LISTS", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|metrics)$"},
     {"LIST_ADDRESSES", "^/(api/[^/]+/[^/]+/(LIST_METHODS)|recorder/1/(OWN_LISTS)|healthz|readyz|metrics)$"},
 };
 

@@ -124,6 +124,7 @@ TEST(Operating, StrangersLearnWhetherItIsAliveAndReadyAndNothingElse) {
     return answer.status == 200 ? answer.json["data"] : answer.json["error"]["reasons"];
   };
   EXPECT_EQ(recorder.Send("GET", "/healthz", {}).status, 200);
+  EXPECT_EQ(recorder.Send("GET", "/healthz", LoginOf("nobody", "x")).status, 200);
   EXPECT_EQ(recorder.Control({"health"}).status, 0);
   for (const char* name : {"module", "records", "models", "workers"}) EXPECT_EQ(reasons()[name], "ok") << name;
 
