@@ -22,6 +22,16 @@ std::size_t ControlLength(std::string_view text, std::size_t i) {
   return c == 0xc2 && next >= 0x80 && next < 0xa0 ? 2 : 0;
 }
 
+/// Length in bytes of the sign at `i` that turns the text behind it round or ends a line for whoever shows it, or 0.
+std::size_t TurnLength(std::string_view text, std::size_t i) {
+  if (ByteAt(text, i) != 0xe2) return 0;
+  const unsigned char next = ByteAt(text, i + 1);
+  const unsigned char last = ByteAt(text, i + 2);
+  const bool isIn2028 = next == 0x80 && last >= 0xa8 && last <= 0xae;  // U+2028 to U+202E
+  const bool isIn2066 = next == 0x81 && last >= 0xa6 && last <= 0xa9;  // U+2066 to U+2069
+  return isIn2028 || isIn2066 ? 3 : 0;
+}
+
 void AppendEscaped(std::string& escaped, unsigned char c) {
   if (c == '\n') {
     escaped += "\\n";
@@ -142,7 +152,7 @@ std::string EscapeControls(std::string_view text) {
   std::string escaped;
   escaped.reserve(text.size());
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::size_t control = ControlLength(text, i);
+    const std::size_t control = std::max(ControlLength(text, i), TurnLength(text, i));
     if (control != 0) {
       for (std::size_t k = 0; k < control; ++k) AppendEscaped(escaped, ByteAt(text, i + k));
       i += control - 1;

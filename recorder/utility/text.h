@@ -53,8 +53,8 @@ std::string NormalizedHost(std::string_view host);
 /// True when `text` holds a control character: U+0000 to U+001F, U+007F to U+009F in UTF-8.
 bool HoldsControls(std::string_view text);
 
-/// `text` with control characters and backslashes written as \n, \x1b, \\ and the like, so that it is one line and
-/// cannot steer a terminal.
+/// `text` with control characters, backslashes, and signs that turn the direction of writing as \n, \x1b, \\ and the
+/// like, so that it is one line, reads as it is and cannot steer a terminal.
 std::string EscapeControls(std::string_view text);
 
 /// The decimal number that `text` is from its first to its last sign, without a '+'; nothing when it is none, or one

@@ -15,12 +15,13 @@ namespace {
 
 TEST(LogTest, ACallerCannotForgeALine) {
   testing::internal::CaptureStderr();
-  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, "cameracap", 685, "Get", "No [%s]!\n", "a\n2026 \x1b[31m\\\xc2\x9bÄ");
+  VTPrintf(LOG_TYPE_FAILURE, nullptr, nullptr, "cameracap", 685, "Get", "No [%s]!\n",
+           "a\n2026 \x1b[31m\\\xc2\x9bÄ\u202e");
   const std::string text = testing::internal::GetCapturedStderr();
   const std::regex start(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z )" + std::to_string(getpid()) + ' ');
   std::smatch match;
   ASSERT_TRUE(std::regex_search(text, match, start, std::regex_constants::match_continuous)) << text;
-  EXPECT_EQ(match.suffix().str(), R"(cameracap:685 Get: No [a\n2026 \x1b[31m\\\xc2\x9bÄ]!)"
+  EXPECT_EQ(match.suffix().str(), R"(cameracap:685 Get: No [a\n2026 \x1b[31m\\\xc2\x9bÄ\xe2\x80\xae]!)"
                                   "\n");
 }
 
