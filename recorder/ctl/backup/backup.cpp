@@ -44,7 +44,7 @@ class SideFolder {
 std::map<std::string, std::string> ReadAccess(const fs::path& stateFolder) {
   const FileDescriptor lock = LockFolder(stateFolder);
   std::map<std::string, std::string> texts;
-  for (const char* part : {"users", "access"}) {
+  for (const char* part : {kUsersFile, kGrantsFile}) {
     if (fs::exists(stateFolder / part)) texts[part] = ReadFile(stateFolder / part);
   }
   return texts;
