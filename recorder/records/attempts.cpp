@@ -3,11 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-#include <cstring>
-#include <string>
+#include <span>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "recorder/utility/files.h"
 #include "recorder/utility/state_files.h"
@@ -56,28 +57,55 @@ Attempt AttemptOf(const Slot& slot) {
           .lastSuccess = slot.lastSuccess};
 }
 
-bool IsOfThisKind(std::string_view content) { return content.starts_with(kKind); }
+off_t PlaceOf(int cameraId) { return off_t{cameraId} * static_cast<off_t>(sizeof(Slot)); }
+
+[[noreturn]] void Throw(const std::filesystem::path& path) {
+  throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+/// The file of a state folder as it is read, by parts, since it may be large. One that is missing or of another kind is
+/// as one that is empty.
+class AttemptsReader {
+ public:
+  explicit AttemptsReader(std::filesystem::path path)
+      : path_(std::move(path)), file_(open(path_.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (!file_ && errno != ENOENT) Throw(path_);
+    std::array<char, kKind.size()> kind{};
+    if (Read(kind, 0) != kind.size() || std::string_view(kind.data(), kind.size()) != kKind) file_ = FileDescriptor();
+  }
+
+  bool IsOfThisKind() const { return static_cast<bool>(file_); }
+
+  /// Reads what there is from the place `at` on, until `into` is full, and returns how many elements that are.
+  template <class Element, std::size_t Size>
+  std::size_t Read(std::array<Element, Size>& into, off_t at) const {
+    if (!file_) return 0;
+    const ssize_t size = pread(file_.Get(), into.data(), sizeof(into), at);
+    if (size < 0) Throw(path_);
+    return static_cast<std::size_t>(size) / sizeof(Element);
+  }
+
+ private:
+  std::filesystem::path path_;
+  FileDescriptor file_;
+};
 
 }  // namespace
 
 Attempts::Attempts(const std::filesystem::path& stateFolder) : path_(FileIn(stateFolder)) {
-  if (!exists(path_) || !IsOfThisKind(ReadFile(path_))) ReplaceFile(path_, kKind);
+  if (!AttemptsReader(path_).IsOfThisKind()) ReplaceFile(path_, kKind);
   file_ = FileDescriptor(open(path_.c_str(), O_WRONLY | O_CLOEXEC));
-  if (!file_) throw std::system_error(errno, std::generic_category(), path_.string());
+  if (!file_) Throw(path_);
   TellFirstDue(0);
 }
 
 void Attempts::Write(int cameraId, const Attempt& attempt) {
   const Slot slot = SlotOf(attempt);
-  if (pwrite(file_.Get(), &slot, sizeof(slot), off_t{cameraId} * static_cast<off_t>(sizeof(slot))) != sizeof(slot)) {
-    throw std::system_error(errno, std::generic_category(), path_.string());
-  }
+  if (pwrite(file_.Get(), &slot, sizeof(slot), PlaceOf(cameraId)) != sizeof(slot)) Throw(path_);
 }
 
 void Attempts::TellFirstDue(std::int64_t due) {
-  if (pwrite(file_.Get(), &due, sizeof(due), kFirstDue) != sizeof(due)) {
-    throw std::system_error(errno, std::generic_category(), path_.string());
-  }
+  if (pwrite(file_.Get(), &due, sizeof(due), kFirstDue) != sizeof(due)) Throw(path_);
 }
 
 std::int64_t Attempts::FirstDue(const std::filesystem::path& stateFolder) {
@@ -87,15 +115,15 @@ std::int64_t Attempts::FirstDue(const std::filesystem::path& stateFolder) {
 }
 
 std::map<int, Attempt> Attempts::Read(const std::filesystem::path& stateFolder) {
+  const AttemptsReader reader(FileIn(stateFolder));
   std::map<int, Attempt> attempts;
-  if (!exists(FileIn(stateFolder))) return attempts;
-  const std::string content = ReadFile(FileIn(stateFolder));
-  if (!IsOfThisKind(content)) return attempts;
-  for (std::size_t at = sizeof(Slot); at + sizeof(Slot) <= content.size(); at += sizeof(Slot)) {
-    Slot slot;
-    std::memcpy(&slot, content.data() + at, sizeof(slot));
-    const int id = static_cast<int>(at / sizeof(Slot));
-    if (slot.at != 0) attempts.emplace_hint(attempts.end(), id, AttemptOf(slot));
+  std::array<Slot, 1024> slots;
+  int id = 1;
+  while (const std::size_t count = reader.Read(slots, PlaceOf(id))) {
+    for (const Slot& slot : std::span(slots).first(count)) {
+      if (slot.at != 0) attempts.emplace_hint(attempts.end(), id, AttemptOf(slot));
+      ++id;
+    }
   }
   return attempts;
 }

@@ -18,6 +18,8 @@ TEST(Attempts, AreThereForTheNextProcessAndForNobodyElse) {
   Attempts(folder.Path()).Write(7000, begun);
   Attempts(folder.Path()).Write(1, ended);
   EXPECT_EQ(Attempts::Read(folder.Path()), (std::map<int, Attempt>{{1, ended}, {7000, begun}}));
+  Attempts(folder.Path()).Write(600'000, ended);  // whose place is 37 MiB away
+  EXPECT_EQ(Attempts::Read(folder.Path()).rbegin()->second, ended);
   struct stat status {};
   ASSERT_EQ(stat((folder.Path() / "watch.attempts").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
