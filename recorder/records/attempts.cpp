@@ -128,4 +128,10 @@ std::map<int, Attempt> Attempts::Read(const std::filesystem::path& stateFolder) 
   return attempts;
 }
 
+std::optional<Attempt> Attempts::Of(const std::filesystem::path& stateFolder, int cameraId) {
+  std::array<Slot, 1> slot;
+  const bool isThere = AttemptsReader(FileIn(stateFolder)).Read(slot, PlaceOf(cameraId)) != 0 && slot[0].at != 0;
+  return isThere ? std::optional(AttemptOf(slot[0])) : std::nullopt;
+}
+
 }  // namespace recorder

@@ -47,6 +47,9 @@ class Attempts {
   /// All that are kept in `stateFolder`, by camera; none when there is no such file.
   static std::map<int, Attempt> Read(const std::filesystem::path& stateFolder);
 
+  /// That of one camera; nothing when none is kept.
+  static std::optional<Attempt> Of(const std::filesystem::path& stateFolder, int cameraId);
+
  private:
   std::filesystem::path path_;
   FileDescriptor file_;

@@ -36,9 +36,8 @@ std::optional<CameraState> ReadState(const Records& records, const std::filesyst
   const auto outcome = records.OutcomeOf(id);
   if (!outcome) return std::nullopt;
   CameraState state{.outcome = *outcome};
-  for (const auto& [camera, count] : records.Flips(SecondsNow() - kDay, id)) state.flips = count;
-  const auto attempts = Attempts::Read(stateFolder);
-  if (const auto attempt = attempts.find(id); attempt != attempts.end()) Add(attempt->second, state);
+  for (const auto& [camera, count] : records.Flips(WatchClock::Seconds() - kDay, id)) state.flips = count;
+  if (const auto attempt = Attempts::Of(stateFolder, id)) Add(*attempt, state);
   return state;
 }
 

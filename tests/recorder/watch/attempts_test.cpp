@@ -18,8 +18,11 @@ TEST(Attempts, AreThereForTheNextProcessAndForNobodyElse) {
   Attempts(folder.Path()).Write(7000, begun);
   Attempts(folder.Path()).Write(1, ended);
   EXPECT_EQ(Attempts::Read(folder.Path()), (std::map<int, Attempt>{{1, ended}, {7000, begun}}));
+  EXPECT_EQ(Attempts::Of(folder.Path(), 7000), begun);
+  EXPECT_FALSE(Attempts::Of(folder.Path(), 2) || Attempts::Of(folder.Path(), 7001));
   Attempts(folder.Path()).Write(600'000, ended);  // whose place is 37 MiB away
   EXPECT_EQ(Attempts::Read(folder.Path()).rbegin()->second, ended);
+  EXPECT_EQ(Attempts::Of(folder.Path(), 600'000), ended);
   struct stat status {};
   ASSERT_EQ(stat((folder.Path() / "watch.attempts").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
