@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "recorder/host/stored_call.h"
 #include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
+#include "recorder/utility/log.h"
 #include "recorder/utility/watch_clock.h"
 
 namespace recorder {
@@ -30,35 +32,63 @@ Watcher::Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module,
       news_(stateFolder_),
       schedule_(interval, busyHosts),
       file_(stateFolder_),
-      attempts_(Attempts::Read(stateFolder_)) {}
+      attempts_(Attempts::Read(stateFolder_)) {
+  for (const auto& [id, attempt] : attempts_) missed_.insert(id);
+}
 
 void Watcher::Update() {
   constexpr int kRestPerWork = 20;  // of thousands of cameras, somebody's record or outcome changes all the time
   const auto start = Clock::now();
-  if (start < lookAt_ || !news_.AreThere()) return;
+  if (start < lookAt_ || (!news_.AreThere() && !isBehind_)) return;
+  if (Try([this] { TakeOver(); })) lookAt_ = Clock::now() + kRestPerWork * (Clock::now() - start);
+}
+
+/// Does what may fail, and says whether it did not.
+bool Watcher::Try(const std::function<void()>& work) {
+  try {
+    work();
+    return true;
+  } catch (const std::runtime_error& error) {
+    GiveUp(error);
+    return false;
+  }
+}
+
+void Watcher::GiveUp(const std::exception& error) {
+  constexpr std::chrono::seconds kPauseAfterFailure{10};
+  const auto now = Clock::now();
+  if (std::exchange(isBehind_, true) && now < lookAt_) return;  // that is logged already
+  LogFailure("what is known of cameras waits: " + std::string(error.what()));
+  lookAt_ = now + kPauseAfterFailure;
+}
+
+void Watcher::TakeOver() {
   Records records(stateFolder_);
   outcomes_ = records.Outcomes();
-  if (std::exchange(isNew_, false)) NoteMissed(records);
+  if (!missed_.empty()) NoteMissed(records);
+  std::vector<CameraRecord> cameras = records.List();
+  isBehind_ = false;  // all is read
   cameras_.clear();
-  for (CameraRecord& camera : records.List()) {
+  for (CameraRecord& camera : cameras) {
     if (camera.status != CAM_CONN_STATUS_DISABLED) cameras_.emplace(camera.id, std::move(camera));
   }
   std::vector<WatchedCamera> watched;
   watched.reserve(cameras_.size());
   for (const auto& [id, camera] : cameras_) watched.push_back(Watched(camera));
   schedule_.Update(watched, WatchClock::Now());
-  lookAt_ = Clock::now() + kRestPerWork * (Clock::now() - start);
 }
 
-/// The process before may have ended between an answer and its outcome.
+/// The process before may have ended between an answer and its outcome, or this one had to give up in between.
 void Watcher::NoteMissed(Records& records) {
-  for (const auto& [id, attempt] : attempts_) {
+  for (const int id : missed_) {
+    const Attempt& attempt = attempts_.at(id);
     if (!attempt.isAnswered || !attempt.result) continue;
     const auto outcome = outcomes_.find(id);
     const bool isKept = outcome != outcomes_.end() &&
                         (outcome->second.cause == *attempt.result || outcome->second.since >= attempt.answered);
     if (!isKept) records.NoteOutcome(id, {*attempt.result, attempt.answered, attempt.revision, attempt.lastSuccess});
   }
+  missed_.clear();
   outcomes_ = records.Outcomes();
 }
 
@@ -80,10 +110,10 @@ WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
 bool Watcher::StartNext(Checkers& checkers) {
   const auto check = schedule_.Next(WatchClock::Now());
   if (!check) return false;
-  Begin(*check);
   const ApiCall call = StoredCall(module_, kTestMethod, cameras_.at(check->id));
   atHand_.emplace(check->id, *check);
   const bool hasBegun =
+      Try([&] { Begin(*check); }) &&
       checkers.Start({.id = static_cast<std::uint64_t>(check->id), .method = kTestMethod, .params = call.params});
   if (!hasBegun) {  // nothing was sent
     End({.id = static_cast<std::uint64_t>(check->id), .causes = std::string(NameOf(Outcome::kRecorderFailed))});
@@ -93,12 +123,13 @@ bool Watcher::StartNext(Checkers& checkers) {
 
 /// Kept before the camera hears of it.
 void Watcher::Begin(const DueCheck& check) {
-  Attempt& attempt = attempts_[check.id];
+  Attempt attempt = attempts_[check.id];
   if (attempt.revision != check.revision) attempt.lastSuccess = 0;  // what worked may have been something else
   attempt.revision = check.revision;
   attempt.at = WatchClock::Seconds();
   attempt.isAnswered = false;
   file_.Write(check.id, attempt);
+  attempts_[check.id] = attempt;
 }
 
 Clock::time_point Watcher::NextAt() const { return WatchClock::RealTime(schedule_.NextAt()); }
@@ -106,7 +137,7 @@ Clock::time_point Watcher::NextAt() const { return WatchClock::RealTime(schedule
 void Watcher::TellFirstDue() {
   const WatchTime first = schedule_.FirstDue();
   const auto left = std::chrono::floor<std::chrono::seconds>(first - WatchClock::Now());
-  file_.TellFirstDue(first == WatchTime::max() ? 0 : WatchClock::Seconds() + left.count());
+  Try([&] { file_.TellFirstDue(first == WatchTime::max() ? 0 : WatchClock::Seconds() + left.count()); });
 }
 
 void Watcher::End(const CheckAnswer& answer) {
@@ -125,7 +156,7 @@ void Watcher::Keep(const DueCheck& check, Outcome cause, std::chrono::millisecon
   attempt.time = time;
   attempt.result = cause;
   if (cause == Outcome::kOk) attempt.lastSuccess = attempt.answered;
-  file_.Write(check.id, attempt);
+  Try([&] { file_.Write(check.id, attempt); });
   NoteOutcome(check, cause, attempt);
 }
 
@@ -134,7 +165,10 @@ void Watcher::NoteOutcome(const DueCheck& check, Outcome cause, const Attempt& a
   const auto [outcome, isNew] = outcomes_.try_emplace(check.id);
   if (!isNew && outcome->second.cause == cause) return;
   outcome->second.cause = cause;
-  Records(stateFolder_).NoteOutcome(check.id, {cause, attempt.answered, check.revision, attempt.lastSuccess});
+  missed_.insert(check.id);
+  if (isBehind_) return;
+  const CameraContact contact{cause, attempt.answered, check.revision, attempt.lastSuccess};
+  if (Try([&] { Records(stateFolder_).NoteOutcome(check.id, contact); })) missed_.erase(check.id);
 }
 
 }  // namespace recorder

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <set>
 #include <unordered_map>
 
 #include "recorder/host/module_library.h"
@@ -19,8 +22,9 @@ namespace recorder {
 /// on.
 ///
 /// Thread:  one.
-/// Failure: throws RecordsError or std::system_error when something cannot be kept. The process may end at any time: a
-///          check of which no answer is kept is not made again before the camera's turn.
+/// Failure: what cannot be kept is logged, the checks go on, and the records are looked at again after 10 s, and told
+///          what they missed. Where watch.attempts cannot be written to, nothing is checked. The process may end at any
+///          time: a check of which no answer is kept is not made again before the camera's turn.
 class Watcher {
  public:
   Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module, std::chrono::seconds interval,
@@ -43,6 +47,9 @@ class Watcher {
   void End(const CheckAnswer& answer);
 
  private:
+  bool Try(const std::function<void()>& work);
+  void GiveUp(const std::exception& error);
+  void TakeOver();
   void NoteMissed(Records& records);
   WatchedCamera Watched(const CameraRecord& camera) const;
   void Begin(const DueCheck& check);
@@ -52,13 +59,14 @@ class Watcher {
   const std::filesystem::path stateFolder_;
   const ModuleLibrary& module_;
   RecordsNews news_;
-  bool isNew_ = true;  // the records were not read yet
+  bool isBehind_ = true;  // the records were not read yet, or something failed since
   Clock::time_point lookAt_;
   Schedule schedule_;
   Attempts file_;
   std::map<int, Attempt> attempts_;
   std::unordered_map<int, CameraRecord> cameras_;
   std::map<int, CameraOutcome> outcomes_;  // as the records have them
+  std::set<int> missed_;                   // cameras whose last outcome they may lack
   std::unordered_map<int, DueCheck> atHand_;
 };
 

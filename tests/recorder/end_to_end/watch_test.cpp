@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <fstream>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
 
@@ -76,6 +78,25 @@ TEST(Watch, GoesOnWhereTheFileOfRunsIsDamaged) {
   sleep(2);
   const int good = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
   EXPECT_EQ(WaitForChanges(recorder, 1), (std::map<int, std::vector<Outcome>>{{good, {Outcome::kOk}}}));
+}
+
+TEST(Watch, GoesOnAfterAnotherProgramHasLockedTheRecordsAndThenTellsWhatItMet) {
+  auto cameras = std::make_unique<SimCameras>(List({Camera("goes")}));
+  const TestRecorder recorder({.watchSeconds = 1});
+  const int goes = recorder.AddCamera("Simcam", "RTSP-H264", cameras->Port("goes"), "admin", kSecret);
+  WaitForChanges(recorder, 1);
+  const pid_t watch = Descendants(getpid(), "recorder-watch").at(0).id;
+  sqlite3* other = nullptr;
+  sqlite3_open((recorder.StateFolder() / "recorder.db").c_str(), &other);
+  std::unique_ptr<sqlite3, recorder::Deleter<sqlite3_close>> lock(other);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  cameras.reset();
+  const auto isTold = [&] { return recorder.Log().find("database is locked") != std::string::npos; };
+  for (int tries = 0; tries < 1500 && !isTold(); ++tries) usleep(20'000);
+  lock.reset();
+  EXPECT_EQ(WaitForChanges(recorder, 2)[goes], (std::vector{Outcome::kOk, Outcome::kUnreachable}));
+  EXPECT_EQ(Descendants(getpid(), "recorder-watch").at(0).id, watch) << "the same process";
+  EXPECT_TRUE(isTold());
 }
 
 TEST(Watch, IsLeftOutIfAskedTo) {
