@@ -27,7 +27,7 @@ Counts* Map(const char* file) {
 
 Counts& FindCounts() {
   static Counts ofThisProcess{};
-  const char* file = std::getenv(kCountsVariable);
+  const char* file = std::getenv(kCountsVariable);  // NOLINT(concurrency-mt-unsafe): nobody sets variables
   Counts* shared = file == nullptr ? nullptr : Map(file);
   return shared == nullptr ? ofThisProcess : *shared;
 }

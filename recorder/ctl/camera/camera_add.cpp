@@ -98,7 +98,7 @@ void AddFound(AddOptions& options, const Config& config) {
   Store(options, records, password, found);
 }
 
-void Run(AddOptions& options, const std::string& configOption) {
+void AddCamera(AddOptions& options, const std::string& configOption) {
   if (!options.foundHost.empty()) return AddFound(options, StartFinding(FindConfigFile(configOption)));
   if (options.camera.vendor.empty()) throw CLI::RequiredError("--vendor, or --find,");
   if (options.camera.host.empty()) throw CLI::RequiredError("--host");
@@ -137,7 +137,7 @@ void AddCameraAdd(CLI::App& cameraCommand, const std::string& configOption) {
       "Examples:\n"
       "  recorderctl camera add --find 192.0.2.17 --user admin\n"
       "  recorderctl camera add --vendor User --host 192.0.2.17 --port 554 --user admin --source-path /stream1");
-  add->callback([options, &configOption] { Run(*options, configOption); });
+  add->callback([options, &configOption] { AddCamera(*options, configOption); });
 }
 
 }  // namespace recorder

@@ -80,7 +80,7 @@ void TakeModelNames(CameraEdit& edit, CameraRecord& camera, const Config& config
   edit.model = camera.model;
 }
 
-void Run(CameraEdit& edit, const Config& config) {
+void EditCamera(CameraEdit& edit, const Config& config) {
   if (edit.IsEmpty()) throw std::runtime_error("nothing to change; see recorderctl camera edit --help");
   Records records(config.stateFolder);
   const CameraRecord before = FindCamera(records, edit.id);
@@ -125,7 +125,7 @@ void AddCameraEditCommand(CLI::App& cameraCommand, const std::string& configOpti
       "  recorderctl camera edit 3 --host 192.0.2.18 < password\n"
       "  recorderctl camera edit 7 --allow-basic\n"
       "  recorderctl camera edit 7 --trust-new-certificate");
-  command->callback([edit, &configOption] { Run(*edit, ConfigOfState(configOption)); });
+  command->callback([edit, &configOption] { EditCamera(*edit, ConfigOfState(configOption)); });
 }
 
 }  // namespace recorder

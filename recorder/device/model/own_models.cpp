@@ -23,7 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Of no file that is passed over, such as "schema.json".
-constexpr char kExtension[] = ".own.json";
+constexpr char kOwnExtension[] = ".own.json";
 
 // --- Sources --------------------------------------------------------------------------------------------------------
 
@@ -102,7 +102,7 @@ std::string FileName(const std::string& vendor) {
   constexpr std::size_t kLongestName = 200;
   const std::string name = PercentEncoded(vendor, kUnreservedSigns);
   const bool isLong = name.size() > kLongestName;
-  return (isLong ? std::to_string(std::hash<std::string>{}(vendor)) : name) + kExtension;
+  return (isLong ? std::to_string(std::hash<std::string>{}(vendor)) : name) + kOwnExtension;
 }
 
 /// The first mistake of a model file, "" for none.

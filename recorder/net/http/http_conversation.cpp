@@ -86,8 +86,8 @@ std::optional<std::string> HttpConversation::Authorization(const OutgoingRequest
 }
 
 Outcome FollowRedirects(HttpPlace place, const std::function<Contact(const HttpPlace& place)>& contact) {
-  constexpr int kMaxRedirects = 3;
-  for (int redirects = 0; redirects <= kMaxRedirects; ++redirects) {
+  constexpr int kMostRedirects = 3;
+  for (int redirects = 0; redirects <= kMostRedirects; ++redirects) {
     const auto [outcome, location] = contact(place);
     if (location.empty()) return outcome;
     const auto target = RedirectTarget(place, location);
