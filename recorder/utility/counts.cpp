@@ -80,7 +80,7 @@ void MakeCounts(const std::filesystem::path& file) {
   if (!made || ftruncate(made.Get(), sizeof(Counts)) != 0) {
     throw std::system_error(errno, std::generic_category(), file.string());
   }
-  setenv(kCountsVariable, file.c_str(), 1);
+  setenv(kCountsVariable, file.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): before there are threads
 }
 
 Counts& SharedCounts() {

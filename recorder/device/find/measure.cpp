@@ -32,18 +32,18 @@ constexpr std::pair<std::string_view, std::string_view> kAudioNames[] = {
     {"MP4A-LATM", "AAC"},    {"OPUS", "Opus"},        {"MPA", "MPEG audio"}};
 
 /// What a stranger calls it, for people.
-std::string Shown(std::string_view name) {
+std::string ShownCodec(std::string_view name) {
   const bool isShown = IsUtf8(name) && !HoldsControls(name) && name.size() <= kLongestFoundName;
   return isShown ? std::string(name) : "unknown";
 }
 
 std::string VideoName(const std::string& encoding) {
   const Codec* codec = CodecOfEncoding(encoding);
-  return codec == nullptr ? Shown(encoding) : std::string(codec->name);
+  return codec == nullptr ? ShownCodec(encoding) : std::string(codec->name);
 }
 
 std::string AudioName(const std::string& encoding) {
-  return Shown(Translate(kAudioNames, encoding, std::string_view(encoding)));
+  return ShownCodec(Translate(kAudioNames, encoding, std::string_view(encoding)));
 }
 
 /// Measures one stream.

@@ -217,8 +217,8 @@ TEST(Operating, MetricsAreForNobodyWithoutALoginBehindAProxy) {
 TEST(Operating, MetricsTellWhatHappened) {
   const SimCameras cameras(List({Camera("camera")}));
   const TestRecorder recorder({.workers = 3, .watchSeconds = 3600});
-  const auto watch = Descendants(getpid(), "recorder-watch");
-  ASSERT_FALSE(watch.empty());
+  std::vector<ProcessInfo> watch;
+  while ((watch = Descendants(getpid(), "recorder-watch")).empty()) usleep(10'000);
   EXPECT_TRUE(Kill(watch.front()));
   recorder.AddCamera("User", "", 1, "admin", kSecret, "1", "/");
   recorder.AddCamera("User", "", 2, "admin", kSecret, "1", "/");
