@@ -12,7 +12,6 @@ namespace bench {
 namespace {
 
 constexpr char kWatch[] = "recorder-watch";
-constexpr char kCheckers[] = "recorder-watch, checkers";
 
 std::string FileOf(pid_t process, const char* file) {
   return rig::ReadText("/proc/" + std::to_string(process) + '/' + file);
@@ -53,7 +52,7 @@ long MemoryOf(pid_t process) {
 /// Copies of recorder-watch are its children; those that check let others go first.
 std::string KindOf(const rig::ProcessInfo& process, const Stat& stat, const std::string& parentProgram) {
   if (process.program != kWatch) return process.program;
-  if (parentProgram != kWatch) return "recorder-watch, decides";
+  if (parentProgram != kWatch) return kDecider;
   return stat.nice > 0 ? kCheckers : "recorder-watch, webhook";
 }
 

@@ -16,8 +16,11 @@ struct ProcessUse {
   long memoryKiB = 0;  ///< their share of what they use together (PSS)
 };
 
-/// Of the descendants of `ancestor`, by program; of recorder-watch by what each copy does: "recorder-watch, decides",
-/// "recorder-watch, checkers", "recorder-watch, webhook".
+inline constexpr char kDecider[] = "recorder-watch, decides";
+inline constexpr char kCheckers[] = "recorder-watch, checkers";
+
+/// Of the descendants of `ancestor`, by program; of recorder-watch by what each copy does: kDecider, kCheckers or
+/// "recorder-watch, webhook".
 std::map<std::string, ProcessUse> UseOf(pid_t ancestor);
 
 }  // namespace bench

@@ -23,8 +23,6 @@ using namespace rig;
 namespace {
 
 constexpr char kLateness[] = "recorder_watch_lateness_seconds ";
-constexpr char kDecider[] = "recorder-watch, decides";
-constexpr char kCheckers[] = "recorder-watch, checkers";
 constexpr int kUsualInterval = 300;  // seconds
 constexpr int kChangesADay = 2;      // of a camera: it goes down and comes up again
 

@@ -76,11 +76,11 @@ void CheckMoves(const fs::path& stateFolder) {
 
 /// False, with errno, when not all of it could be.
 bool IsWiped(const FileDescriptor& file) {
-  static constexpr std::array<char, 64 * 1024> kNothing{};
+  static constexpr std::array<char, 65'536> kNothing{};
   struct stat found = {};
   if (fstat(file.Get(), &found) != 0) return false;
   while (found.st_size > 0) {
-    const std::size_t size = std::min<std::uintmax_t>(kNothing.size(), static_cast<std::uintmax_t>(found.st_size));
+    const auto size = static_cast<std::size_t>(std::min<std::int64_t>(kNothing.size(), found.st_size));
     const ssize_t written = write(file.Get(), kNothing.data(), size);
     if (written < 0 && errno != EINTR) return false;
     found.st_size -= std::max<ssize_t>(written, 0);
