@@ -8,7 +8,7 @@
 namespace recorder {
 namespace {
 
-constexpr std::string_view kPlaceholders[] = {"{channel}", "{channel:02}", "{channel0}"};
+constexpr std::string_view kChannelPlaceholders[] = {"{channel}", "{channel:02}", "{channel0}"};
 
 using Parts = std::vector<std::string_view>;
 
@@ -30,7 +30,7 @@ std::string_view CommonPart(const std::vector<ChannelPath>& paths, const std::ve
   const std::string_view first = parts.front()[index];
   const bool isShared = std::all_of(parts.begin(), parts.end(), [&](const Parts& p) { return p[index] == first; });
   if (isShared) return first;
-  for (const std::string_view placeholder : kPlaceholders) {
+  for (const std::string_view placeholder : kChannelPlaceholders) {
     bool fits = true;
     for (std::size_t i = 0; i < paths.size(); ++i) {
       fits = fits && FillPath(placeholder, {.channel = paths[i].channel}) == parts[i][index];
