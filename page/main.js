@@ -68,7 +68,7 @@ const VIEWS = {
   },
   add: { nav: "add", title: texts.add.title, open: () => add.open(), close: () => add.close() },
   one: { nav: "add", title: texts.one.title },
-  many: { nav: "many", title: texts.many.title },
+  many: { nav: "many", title: texts.many.title, open: () => many.open() },
   models: {
     nav: "models",
     title: texts.models.title,

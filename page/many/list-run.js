@@ -62,8 +62,19 @@ export class ListRun {
     return this.#run !== null;
   }
 
+  /** What learns from a result. */
+  get means() {
+    return { refusals: this.list.refusals, slowness: this.#slowness };
+  }
+
   stopNow() {
     this.#run?.stopNow();
+  }
+
+  /** The page is left, or its passwords are forgotten: without them it would go on in the recorder alone. */
+  leave() {
+    if (this.#run instanceof LongRun) this.#run.leave();
+    else this.stopNow();
   }
 
   // ---- what is asked before ----
@@ -113,8 +124,7 @@ export class ListRun {
     return new (isLong ? LongRun : Run)(rows, this.list.ofKind("passed").length > 0, {
       testGroup: (group, signal) => api.testGroup(group.map(asListRow), signal),
       testAlone: (row, signal) => api.testCamera(cameraOf(row), signal),
-      refusals: this.list.refusals,
-      slowness: this.#slowness,
+      ...this.means,
       estimate: this.#estimate,
       changed: (changed) => this.#wentOn(changed),
     });

@@ -7,6 +7,7 @@ import { OpenList } from "../testing/open-list.js";
 import { Refusals } from "../testing/refusals.js";
 import { texts } from "../texts/texts.js";
 import { Adding } from "./adding.js";
+import { EarlierRun, settleEarlier } from "./earlier-run.js";
 import { ImportDialog } from "./import-dialog.js";
 import { ListColumns } from "./list-columns.js";
 import { ListDefaults } from "./list-defaults.js";
@@ -42,6 +43,7 @@ export class ManyCameras {
       mayReplace: (name) => this.#mayReplace(texts.many.replaced(name), texts.many.openIt),
       opened: (name, list) => this.#open(name, list),
     });
+    this.earlier = new EarlierRun((list, found) => this.#openEarlier(list, found));
     this.columns = new ListColumns(() => this.#columnsChanged());
     this.filters = new ListFilters(() => this.#filtered());
     this.details = new RowDetails(models, {
@@ -78,7 +80,14 @@ export class ManyCameras {
   allow(session) {
     this.adding.allow(session);
     this.run.allow(session);
+    this.earlier.allow(session);
     if (this.list.rows.length > 0) this.#show();
+  }
+
+  /** Where no list is open, an earlier test is told of, once rows can be read. */
+  open() {
+    const isSeen = !byId("view-many", HTMLElement).hidden;
+    if (isSeen && this.list.rows.length === 0 && this.list.models.models.length > 0) this.earlier.look();
   }
 
   /** Rows are being tested, or added. */
@@ -114,6 +123,14 @@ export class ManyCameras {
     say(texts.many.opened(this.list.rows.length, this.list.ofKind("toFix").length));
   }
 
+  /** @param {ReadList} list @param {import("../recorder/runs.js").BackgroundRow[]} found what came of its rows */
+  #openEarlier(list, found) {
+    this.#open(texts.many.earlierName, list);
+    settleEarlier(this.list.rows, found, this.run.means);
+    this.#showChecked();
+    byId("many-title", HTMLElement).focus();
+  }
+
   /** @param {ReadList} list */
   #fill(list) {
     this.list.fill(list);
@@ -132,7 +149,7 @@ export class ManyCameras {
 
   /** Empties every place that holds a password. */
   forgetPasswords() {
-    this.run.stopNow(); // it would go on without them
+    this.run.leave();
     this.adding.stop();
     this.list.forgetPasswords(this.defaults.values);
     this.columns.close();
@@ -145,6 +162,7 @@ export class ManyCameras {
 
   #modelsCame() {
     this.defaults.modelsCame();
+    this.open();
     if (this.list.rows.length > 0 && !this.#isBusy) this.#check();
   }
 

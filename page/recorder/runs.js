@@ -9,16 +9,29 @@ import { ask } from "./request.js";
  * @typedef {object} BackgroundState
  * @property {number} id
  * @property {"open" | "started" | "ended" | "cancelled" | "expired"} state
+ * @property {string} owner who opened it
+ * @property {number | null} openedAt in seconds since 1970
  * @property {boolean} hasTester somebody is there to test its rows
  * @property {number} rows how many it has
  * @property {number} done how many of them have a result
  * @property {number} atHand how many are being tested
+ * @property {Record<string, number>} results how many came to each cause
  *
  * @typedef {object} BackgroundRow
  * @property {number} number from 1, in the order in which they were added
  * @property {"waiting" | "atHand" | "done"} state
  * @property {string | null} cause "ok", the recorder's name for the failure, or "unknown" where nobody knows
  * @property {number | null} at when its test began, in seconds since 1970
+ * @property {string} name
+ * @property {string} vendor
+ * @property {string} model
+ * @property {string} host
+ * @property {number} port
+ * @property {string} user
+ * @property {string} channel
+ * @property {string} sourcePath
+ * @property {string} codec
+ * @property {string} streamType
  */
 
 const ADDRESS = "recorder/1/runs";
@@ -35,6 +48,20 @@ const LONGEST_NAME = 64;
  */
 const dataOf = async (verb, path, signal, parameters) =>
   (await ask({ verb, address: ADDRESS + path, ...(parameters && { parameters }) }, signal)).body.data;
+
+/** Members of a row, with the columns of a list that they stand for. */
+export const COLUMNS = /** @type {const} */ ([
+  ["name", "name"],
+  ["vendor", "vendor"],
+  ["model", "model"],
+  ["host", "address"],
+  ["port", "port"],
+  ["user", "user"],
+  ["channel", "channel"],
+  ["sourcePath", "path"],
+  ["codec", "codec"],
+  ["streamType", "stream"],
+]);
 
 /** @param {{name: string, camera: Camera}} row */
 const memberOf = ({ name, camera }) => ({
@@ -70,6 +97,9 @@ export async function addRows(id, rows, first, signal) {
 
 /** @param {number} id @param {AbortSignal} [signal] @returns {Promise<BackgroundState>} */
 export const startRun = (id, signal) => dataOf("POST", `/${id}/start`, signal, {});
+
+/** All that there are, by id. @returns {Promise<BackgroundState[]>} */
+export const listRuns = () => dataOf("GET", "");
 
 /** @param {number} id @param {AbortSignal} [signal] @returns {Promise<BackgroundState>} */
 export const readRun = (id, signal) => dataOf("GET", `/${id}`, signal);

@@ -38,6 +38,7 @@ export class BackgroundRun {
   #id = 0;
   /** It was started, or nobody knows. */
   #mayRun = false;
+  #isLeft = false;
   #seen = "";
   #began = workingTime();
   #stop = new AbortController();
@@ -72,6 +73,12 @@ export class BackgroundRun {
     this.#stop.abort();
   }
 
+  /** As stopNow(), but the recorder goes on with what it was started with. */
+  leave() {
+    this.#isLeft = this.#mayRun;
+    this.stopNow();
+  }
+
   resume() {
     this.pause = null;
     this.#wake();
@@ -80,7 +87,7 @@ export class BackgroundRun {
   /** Until all rows are tested, or it was stopped. False: the recorder does not take them, and none was tested. */
   async test() {
     const isTaken = await this.#follow();
-    if (this.#id) await this.#forget();
+    if (this.#id && !this.#isLeft) await this.#forget();
     this.#giveUp();
     return isTaken;
   }

@@ -49,6 +49,13 @@ export class LongRun {
     this.#part.stopNow();
   }
 
+  /** As stopNow(), but the recorder goes on with what it has. */
+  leave() {
+    this.state = "stopping";
+    if (this.#part instanceof BackgroundRun) this.#part.leave();
+    else this.#part.stopNow();
+  }
+
   resume() {
     this.#part.resume();
   }

@@ -1,6 +1,6 @@
 /// The view of a list of cameras: ways in, its table, a run, one row, exports.
 
-import { counted } from "./language.js";
+import { counted, timeText } from "./language.js";
 
 /** What came of a row, as its filter is called, in the order they stand. */
 const kinds = {
@@ -42,6 +42,28 @@ export const many = {
   stopFirst: "not opened. Stop the run first.",
   /** @param {number} count @param {number} toFix */
   opened: (count, toFix) => `${rows(count)} read. ${rows(toFix)} to fix.`,
+
+  // ---- a test whose page was left ----
+  /** By the recorder's names for them. @type {Readonly<Record<string, string>>} */
+  earlierStates: {
+    started: "still runs",
+    ended: "has ended",
+    cancelled: "was stopped",
+    expired: "was stopped after a day",
+  },
+  /**
+   * @param {number | null} began
+   * @param {number} all
+   * @param {string} state one of the words above
+   * @param {number} done
+   * @param {number} passed
+   */
+  earlier: (began, all, state, done, passed) =>
+    `Your test of ${counted(all, "camera")}, ${timeText(began)}, ${state}: ${done} done, ${passed} of them passed.`,
+  seeEarlier: "See its results",
+  forgetEarlier: "Remove it",
+  earlierName: "Earlier test",
+  earlierNote: "Passwords are not kept with a test: type them again before rows are tested, or added.",
 
   // ---- what is asked before something is lost ----
   otherFile: "Other file",

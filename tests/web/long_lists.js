@@ -57,7 +57,25 @@ test("a long list is tested by the recorder itself, or by the page where that do
     assert.ok(sent(calls, "CameraTest").length > 9);
     await expectNoRun(page);
   };
+  const whoseIsLeft = async (page) => {
+    page.on("dialog", (dialog) => dialog.accept());
+    await openWithLogin(page, longList().map((row, i) => (i < 36 ? row : row.with(2, ports.silent))));
+    await page.click("#many-start");
+    await expectText(page, "many-progress-text", /^36 of 210/);
+    await page.reload();
+    await expectText(page, "many-earlier-text", /Your test of 207 cameras, .*, still runs: \d+ done/);
+    await page.click("#many-earlier-end");
+    await expectText(page, "many-earlier-text", /, was stopped: \d+ done, 31 of them passed/);
+    await page.click("#many-earlier-see");
+    await expectText(page, "many-start", /^Test the remaining 1\d\d$/);
+    assert.equal((await results(page)).slice(0, 33), LONG_ENDS.slice(3, 36).replace("‖", "✕"));
+    await page.reload();
+    await page.click("#many-earlier-end");
+    await page.locator("#many-earlier").waitFor({ state: "hidden" });
+    await expectNoRun(page);
+  };
   await t.test("by itself", () => withPage("#many", byItself, { at }));
+  await t.test("whose page is left is told of when the page comes back", () => withPage("#many", whoseIsLeft, { at }));
   await t.test("by the page", () => withPage("#many", byThePage));
   for (const [name, button, signs] of LONG_STOPS) {
     const stop = async (page) => {
