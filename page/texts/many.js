@@ -123,7 +123,7 @@ export const many = {
   testAll: (count) => `Test ${counted(count, "camera")}`,
   /** @param {number} count */
   testRemaining: (count) => `Test the remaining ${count}`,
-  retry: "Test failed again",
+  retry: "Test the failed ones again",
   testHeld: "Test held rows",
   stopAfter: "Stop after these",
   stopNow: "Stop waiting now",

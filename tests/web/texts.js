@@ -212,7 +212,7 @@ test("what is written is read as it was, and no formula for a spreadsheet", () =
   for (const foreign of ["'=a;=b", "it's", "a,'b"]) assert.equal(unguardCell(foreign), foreign);
 });
 
-test("a login that was refused, perhaps for the camera's clock, is not sent again by Test failed again", () => {
+test("a login that was refused, perhaps for the camera's clock, is not sent again with the failed ones", () => {
   const list = new OpenList(MODELS, new Refusals());
   list.fill(readListFile(new TextEncoder().encode("address\ncam1\ncam2\ncam3\n")));
   list.check(DEFAULTS);
