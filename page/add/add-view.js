@@ -53,6 +53,7 @@ export class AddView {
   #place = el("div", { id: "add-outcome" }, this.#intro);
   #form = new AddressForm({
     find: (place) => this.#find(place),
+    refused: () => this.#forgetFailure(),
     stop: () => this.#stop(),
     search: () => this.#search(),
   });
@@ -138,6 +139,13 @@ export class AddView {
   #fail(failure) {
     this.#place.replaceChildren(failureCard(failure, (field) => this.#form[field].focus()));
     say(common.failed(failure.title));
+  }
+
+  /** What failed before is not about what is typed now. What was found stays. */
+  #forgetFailure() {
+    if (this.#outcome) return;
+    this.#clear();
+    this.#progress.clear();
   }
 
   /** @param {Found} found @param {Place} login @param {string[]} taken names of stored cameras */

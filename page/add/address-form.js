@@ -30,13 +30,15 @@ export class AddressForm {
   #isHeld = false;
   element = this.#build();
 
-  /** @param {{find: (place: Place) => void, stop: () => void, search: () => void}} handlers */
+  /** @param {{find: (place: Place) => void, refused: () => void, stop: () => void, search: () => void}} handlers */
   constructor(handlers) {
     this.handlers = handlers;
     this.element.addEventListener("submit", (event) => {
       event.preventDefault();
-      const place = this.#isBusy || this.#isHeld ? null : this.#read();
+      if (this.#isBusy || this.#isHeld) return;
+      const place = this.#read();
       if (place) handlers.find(place);
+      else handlers.refused();
     });
     this.element.addEventListener("keydown", (event) => {
       if (event.key === "Escape" && !this.stop.hidden) handlers.stop();

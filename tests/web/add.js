@@ -99,6 +99,10 @@ test("a wrong password is one refused login, and the page says what to do", () =
       await page.fill("#add-address", "127.0.0.1:1");
       await page.click("#add-find");
       await expectText(page, "add-failure", "Camera not found");
+      await page.fill("#add-address", "front door cam");
+      await page.click("#add-find");
+      await expectText(page, "add-address-mistake", "is not a host name or address");
+      assert.equal(await page.locator("#add-failure, .progress-of:visible").count(), 0, "is about another address");
       const json = { success: true, data: { contentType: "jpeg", img: "" } };
       const causes = ["loginRefused", "clockUnknown", "clockUnknown"];
       await page.route("**/GetSnapshot", (route) =>
