@@ -111,6 +111,10 @@ export class CameraEdit {
     this.#inputs.name.focus();
   }
 
+  focusPassword() {
+    this.#password.focus();
+  }
+
   /** What was changed beside it is not somebody else's. @param {StoredCamera} camera */
   renew(camera) {
     this.#base = camera;

@@ -2,8 +2,8 @@
 
 import { button, el, say } from "../parts/dom.js";
 import { testCamera } from "../recorder/cameras.js";
-import { wordsOf } from "../recorder/causes.js";
 import { texts } from "../texts/texts.js";
+import { storedWordsOf } from "./camera-words.js";
 
 /** @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera */
 
@@ -40,7 +40,7 @@ export class CameraTest {
       await testCamera(this.#id, signal);
       this.#tell("ok", words.passed, [words.passedText]);
     } catch (error) {
-      const { heading, happened, first } = wordsOf(error);
+      const { heading, happened, first } = storedWordsOf(error);
       if (!signal.aborted) this.#tell("bad", heading || words.failedTest, first ? [happened, first] : [happened]);
     }
     this.#mark(false);

@@ -13,7 +13,7 @@ import { ChangesPart } from "./changes-part.js";
 import { FactsPart } from "./facts-part.js";
 import { LivePicture } from "./live-picture.js";
 import { StreamsPart } from "./streams-part.js";
-import { kindOf, lastingOf, outcomeOf, placeOf, reasonOf, stateOf } from "./camera-words.js";
+import { kindOf, lastingOf, outcomeOf, placeOf, reasonOf, refusesStored, stateOf } from "./camera-words.js";
 
 /** @typedef {api.StoredCamera} StoredCamera */
 
@@ -35,6 +35,8 @@ export class CameraView {
   #state = el("p", { id: "camera-state" });
   #about = el("p", { id: "camera-about", class: "muted" });
   #mistake = mistakeLine("camera-mistake");
+  #typeNew = button(words.typeNewPassword, () => this.#editPassword(), { id: "camera-type-new", class: "main" });
+  #refused = el("p", { id: "camera-refused", hidden: true }, `${words.refusedFirst} `, this.#typeNew);
   #remarks = el("ul", { id: "camera-remarks", class: "notes", hidden: true });
   #picture = new LivePicture(() => this.#reread());
   #test = new CameraTest(() => this.#reread());
@@ -73,7 +75,7 @@ export class CameraView {
   }
 
   #side() {
-    return [this.#state, this.#about, this.#actions, this.#test.element, this.#remarks];
+    return [this.#state, this.#about, this.#refused, this.#actions, this.#test.element, this.#remarks];
   }
 
   /** @param {import("../recorder/access.js").Session} session */
@@ -134,6 +136,7 @@ export class CameraView {
     this.#setTitle(api.nameOf(camera));
     this.#state.replaceChildren(stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
     this.#about.textContent = words.about(kindOf(camera), placeOf(camera));
+    this.#refused.hidden = !this.#isAdmin || !camera.enabled || !refusesStored(camera.state?.cause ?? "");
     this.#switch.textContent = camera.enabled ? words.switchOff : words.switchOn;
     this.#test.show(camera);
     this.#changes.show(camera);
@@ -194,6 +197,11 @@ export class CameraView {
     if (!this.#camera) return;
     this.#showEdit(true);
     this.#edit.open(this.#camera);
+  }
+
+  #editPassword() {
+    if (this.#edit.element.hidden) this.#openEdit();
+    this.#edit.focusPassword();
   }
 
   /** @param {boolean} isOpen */

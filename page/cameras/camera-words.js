@@ -2,6 +2,7 @@
 
 import { nameOf } from "../recorder/cameras.js";
 import { namedCause, wordsOf } from "../recorder/causes.js";
+import { Trouble } from "../recorder/request.js";
 import { inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
 
@@ -49,9 +50,18 @@ export function lastingOf({ enabled, state }) {
   return `${lasting}, ${state.lastSuccess ? words.worked(now() - state.lastSuccess) : words.neverWorked}`;
 }
 
+/** Whether the camera refused the login that is stored. @param {string} cause */
+export const refusesStored = (cause) => cause === "loginRefused";
+
+/** As wordsOf(), of a stored camera, whose login nobody types. @param {unknown} error */
+export function storedWordsOf(error) {
+  const isRefused = error instanceof Trouble && refusesStored(error.cause);
+  return { ...wordsOf(error), ...(isRefused && { happened: texts.camera.refused, first: texts.camera.refusedFirst }) };
+}
+
 /** Why something was not done, and of a camera what to try first. @param {unknown} error */
 export function reasonOf(error) {
-  const { heading, happened, first } = wordsOf(error);
+  const { heading, happened, first } = storedWordsOf(error);
   return heading ? texts.camera.advice(heading, first) : happened;
 }
 

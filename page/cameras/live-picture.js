@@ -5,7 +5,7 @@ import { StillFrame } from "../parts/still-frame.js";
 import { nameOf, takeStill } from "../recorder/cameras.js";
 import { Trouble } from "../recorder/request.js";
 import { texts } from "../texts/texts.js";
-import { ageText, reasonOf } from "./camera-words.js";
+import { ageText, reasonOf, refusesStored } from "./camera-words.js";
 import { Renewal } from "./renewal.js";
 
 /** @typedef {import("../recorder/cameras.js").StoredCamera} StoredCamera */
@@ -55,7 +55,7 @@ export class LivePicture {
     this.#timer = setInterval(() => this.#showAge(), AGE_MS);
     this.#frame.clear(camera.enabled ? words.takingPicture : words.switchedOff);
     this.#again.hidden = !camera.enabled;
-    this.#cause = camera.state?.cause ?? "";
+    this.#setCause(camera.state?.cause ?? "");
     if (!camera.enabled) return;
     this.#renewal = new Renewal({
       take: async (again, signal) => this.#show(camera, await takeStill(camera.id, "main", again, signal)),
@@ -96,8 +96,14 @@ export class LivePicture {
   /** @param {string} cause what the recorder says of this picture */
   #note(cause) {
     if (cause === this.#cause) return;
-    this.#cause = cause;
+    this.#setCause(cause);
     this.changed();
+  }
+
+  /** Another picture is not the thing to do where it would be another refused login. @param {string} cause */
+  #setCause(cause) {
+    this.#cause = cause;
+    this.#again.classList.toggle("main", !refusesStored(cause));
   }
 
   /** @param {unknown} error @param {number} waitSeconds */

@@ -87,6 +87,7 @@ test("an open camera renews its picture, and never after a refused login, until 
     await expectText(page, "camera-picture-mistake", /^Camera refused the login.*No more pictures are taken/);
     await expectText(page, "camera-state", "Camera refused the login");
     await audit(page, "A camera that refuses", "camera-refused");
+    assert.equal(await page.locator("#camera-body .main:visible").innerText(), "Type the new password");
     const before = { refused: await loginsRefused(), asked: pictures.asked };
     await page.clock.runFor(600_000);
     assert.equal(pictures.asked, before.asked);
@@ -95,10 +96,12 @@ test("an open camera renews its picture, and never after a refused login, until 
     await expectText(page, "camera-picture-mistake", /^Camera refused the login/);
     assert.ok((await loginsRefused()) > before.refused, "a click asks the camera itself");
 
-    await page.click("#camera-edit-open");
-    await page.fill("#camera-password", RIGHT);
+    await page.click("#camera-type-new");
+    assert.equal(await focused(page), "camera-password");
+    await page.keyboard.type(RIGHT);
     await page.click("#camera-save");
     await page.locator("#camera-body img").waitFor();
+    await page.locator("#camera-refused").waitFor({ state: "hidden" });
     await expectText(page, "camera-picture-age", "Picture taken");
     const renewed = pictures.asked;
     await page.clock.runFor(5000);
