@@ -1,6 +1,7 @@
 /// The buttons of a run, its progress, and why it stands still.
 
 import { byId } from "../parts/dom.js";
+import { waitsForSilent } from "../testing/run.js";
 import { texts } from "../texts/texts.js";
 
 /** @typedef {import("../testing/run.js").Run | import("../testing/long-run.js").LongRun} Run */
@@ -76,7 +77,9 @@ export class RunPanel {
     progress.max = run.rows.length;
     progress.value = run.done;
     const parts = [texts.common.doneOf(run.done, run.rows.length)];
-    if (run.timeLeft > 0 && !run.pause) parts.push(timeText(run.timeLeft));
+    const isSilent = waitsForSilent(run.rows, run.means);
+    if (isSilent && !run.pause) parts.push(texts.many.waitingForSilent);
+    else if (run.timeLeft > 0 && !run.pause) parts.push(timeText(run.timeLeft));
     if (run.state === "stopping") parts.push(texts.many.stopping);
     byId("many-progress-text", HTMLElement).textContent = parts.join(", ");
   }

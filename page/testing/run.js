@@ -47,6 +47,16 @@ export function settle(row, verdict, { refusals, slowness }, testedAt) {
   slowness.note(row.camera, verdict);
 }
 
+/**
+ * Whether all that is left waits for cameras that are likely to be silent; how many of them share a host, no estimate knows.
+ * @param {Row[]} rows
+ * @param {Pick<Means, "slowness">} means
+ */
+export function waitsForSilent(rows, { slowness }) {
+  const left = rows.filter(({ result }) => result === "waiting" || result === "testing");
+  return left.length > 0 && left.every(({ camera }) => camera !== null && slowness.isLikely(camera));
+}
+
 export class Run {
   /** @type {Pause | null} */
   pause = null;

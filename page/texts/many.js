@@ -144,6 +144,7 @@ export const many = {
   secondsLeft: (seconds) => `about ${seconds} s left`,
   /** @param {number} minutes */
   minutesLeft: (minutes) => `about ${minutes} min left`,
+  waitingForSilent: "waiting for cameras that do not answer",
   stopping: "stopping",
   /** In a summary. @param {number} count @param {keyof typeof kinds} kind */
   countOf: (count, kind) => `${count} ${kinds[kind].toLowerCase()}`,

@@ -130,6 +130,7 @@ test("a silent camera keeps no other one waiting, and goes last when it is known
     await page.click("#question-yes");
     calls.length = 0;
     await page.click("#many-start");
+    await expectText(page, "many-progress-text", "6 of 8, waiting for cameras that do not answer");
     await runEnds(page);
     const silent = sent(calls, "CamBatAddVerify").map(({ camList }) =>
       camList.map(({ port }) => port === ports.silent),
