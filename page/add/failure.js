@@ -18,6 +18,7 @@ const { add, common } = texts;
 /** What is said of a search for streams, and not of a test. @type {Readonly<Record<string, Partial<Failure>>>} */
 const OF_FIND = {
   loginRefused: { text: add.refused, first: add.refusedFirst },
+  noService: { text: add.noServiceText, first: add.noServiceFirst, look: "address" },
   noSuchStream: { text: add.noStreamText, first: add.noStreamFirst, look: null },
 };
 

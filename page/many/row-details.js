@@ -31,6 +31,9 @@ const CHOICES = /** @type {const} */ ([
   ["stream", STREAMS],
 ]);
 
+/** The recorder's name for a camera that is found in another way. */
+const NO_SERVICE = "noService";
+
 export class RowDetails {
   /** @type {Row | null} */
   #row = null;
@@ -134,12 +137,19 @@ export class RowDetails {
         ),
       );
     }
+    if (row.cause === NO_SERVICE) place.append(this.#linkToAdd());
     for (const notice of row.notices) place.append(el("p", { class: "muted", text: notice }));
     const isBusy = this.surroundings.isRunning();
     byId("row-anyway", HTMLButtonElement).hidden = kindOf(row) !== "leftOut";
     for (const name of ["test", "anyway", "save"]) byId(`row-${name}`, HTMLButtonElement).disabled = isBusy;
     for (const name of ["picture", "one"]) byId(`row-${name}`, HTMLButtonElement).disabled = !row.camera;
     if (isBusy) place.append(el("p", { class: "hint", text: texts.many.afterRun }));
+  }
+
+  #linkToAdd() {
+    const link = el("a", { href: "#add", text: texts.many.goToAdd });
+    link.addEventListener("click", () => this.dialog.close());
+    return el("p", {}, link);
   }
 
   /** Takes the fields over into the row, and shows what became of them there. */

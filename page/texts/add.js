@@ -69,6 +69,9 @@ export const add = {
   noStreamFirst:
     "Switch on RTSP or ONVIF in the camera's settings, and press Find again. Whoever knows the path of its stream can " +
     "give it under “I know its data”.",
+  noServiceText: "Something answers at this address, but neither a stream nor ONVIF was found there.",
+  noServiceFirst:
+    "Compare the address. If it is right, switch on RTSP or ONVIF in the camera's settings, and press Find again.",
   goToAddress: "Go to address",
   goToPassword: "Go to password",
 

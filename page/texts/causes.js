@@ -188,8 +188,10 @@ export const causes = {
     },
     noService: {
       heading: "No ONVIF or PSIA on this port",
-      happened: "Something answers on this port, but it does not have the service that the chosen model asks.",
-      first: "Switch the service on in the camera's settings and look for its port there, or choose another model.",
+      happened: "Something answers on this port, but it does not have the service by which this camera is asked.",
+      first:
+        "Switch the service on in the camera's settings and look for its port there. Find, under Add, also takes a " +
+        "camera without it.",
       field: "port",
       answered: true,
     },

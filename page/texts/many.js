@@ -171,6 +171,7 @@ export const many = {
   pictureOf: (model, host) => `Picture of ${model} at ${host}`,
   pictureThere: "The picture is there",
   openOne: "Open as one camera",
+  goToAdd: "Go to Add",
 
   // ---- exports ----
   export: "Export",

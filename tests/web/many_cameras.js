@@ -170,7 +170,7 @@ test("the cause that the recorder names is shown for each row of a list", () =>
       const isOdd = ({ tmpId }) => tmpId % 2 === 1;
       camList.reverse(); // results come in any order, each with its cause
       const row = (camera) => ({ tmpId: camera.tmpId, result: isOdd(camera) ? 1 : 0, errinfo: { code: 468 } });
-      const names = camList.map((camera) => (isOdd(camera) ? "blocked" : "ok"));
+      const names = camList.map((camera) => (isOdd(camera) ? "noService" : "ok"));
       const json = { success: true, data: { resultList: camList.map(row) } };
       return route.fulfill({ json, headers: { "Recorder-Cause": names.join(",") } });
     });
@@ -178,8 +178,11 @@ test("the cause that the recorder names is shown for each row of a list", () =>
     await runEnds(page);
     assert.ok(groupsOf(calls).includes(2));
     await page.click("#many-filters [data-kind=failed]");
-    assert.equal(await text(page, "many-causes"), "Address not allowed 6");
-    await expectText(page, "many-advice", "this recorder does not contact this address");
+    assert.equal(await text(page, "many-causes"), "No ONVIF or PSIA on this port 6");
+    await expectText(page, "many-advice", "Find, under Add, also takes a camera without it.");
+    await page.click("#many-rows tr:visible button");
+    await page.click("#row-result a");
+    await page.locator("#view-add:visible").waitFor();
   }));
 
 /** Name, button, and what came of nine cameras that work, and eight that were not sent yet. */
