@@ -25,6 +25,13 @@ function pictureText(codec, width, height, rate) {
 export const claimText = ({ codec, width, height, frameRate }) =>
   pictureText(codec, width, height, frameRate);
 
+/** Begins the name of a source that is no camera: a path of another model was tried, and fits. */
+const MODEL_FILE = "model file: ";
+
+/** @param {FoundStream} stream */
+const sourceText = ({ from }) =>
+  from.startsWith(MODEL_FILE) ? add.pathOf(from.slice(MODEL_FILE.length)) : add.claimed(from);
+
 /** @param {FoundStream} stream */
 export const labelOf = ({ name }) => common.streamNames[name] ?? name;
 
@@ -93,7 +100,7 @@ export class StreamRow {
     this.host = host;
     this.stream = stream;
     this.#still.clear(add.pictureWaits);
-    const from = stream.asked ? add.claimed(stream.from) : `${add.claimed(stream.from)}, ${add.guessed}`;
+    const from = stream.asked ? sourceText(stream) : `${sourceText(stream)}, ${add.guessed}`;
     this.element = el(
       "li",
       { class: "found-stream" },

@@ -113,6 +113,8 @@ export const add = {
   noKeyFrame: (seconds) => `no key frame for ${seconds} s`,
   /** @param {string} from who says so */
   claimed: (from) => `said by ${from}`,
+  /** @param {string} model whose file has this path */
+  pathOf: (model) => `its path is that of ${model}`,
   guessed: "worked out, not asked",
   measuring: "Measuring …",
   /** @param {string} figures */

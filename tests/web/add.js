@@ -217,6 +217,7 @@ test("a stream that was worked out and is not there is not stored as sub", () =>
     await find(page, "guessed");
     await page.locator(".found-stream", { hasText: "No picture came: stream not found on camera" }).waitFor();
     assert.equal(await page.inputValue("#add-sub"), "");
+    assert.match(await page.locator(".found-stream .hint").first().innerText(), /^its path is that of \w/);
   }));
 
 test("no camera is asked once the view was left, even if the list of stored ones comes late", () =>
