@@ -13,7 +13,7 @@ import { ChangesPart } from "./changes-part.js";
 import { FactsPart } from "./facts-part.js";
 import { LivePicture } from "./live-picture.js";
 import { StreamsPart } from "./streams-part.js";
-import { kindOf, lastingOf, outcomeOf, placeOf, reasonOf, refusesStored, stateOf } from "./camera-words.js";
+import { firstLookOf, kindOf, lastingOf, outcomeOf, placeOf, reasonOf, refusesStored, stateOf } from "./camera-words.js";
 
 /** @typedef {api.StoredCamera} StoredCamera */
 
@@ -37,6 +37,7 @@ export class CameraView {
   #mistake = mistakeLine("camera-mistake");
   #typeNew = button(words.typeNewPassword, () => this.#editPassword(), { id: "camera-type-new", class: "main" });
   #refused = el("p", { id: "camera-refused", hidden: true }, `${words.refusedFirst} `, this.#typeNew);
+  #firstLook = el("p", { id: "camera-first-look", class: "hint" });
   #remarks = el("ul", { id: "camera-remarks", class: "notes", hidden: true });
   #picture = new LivePicture(() => this.#reread());
   #test = new CameraTest(() => this.#reread());
@@ -75,7 +76,7 @@ export class CameraView {
   }
 
   #side() {
-    return [this.#state, this.#about, this.#refused, this.#actions, this.#test.element, this.#remarks];
+    return [this.#state, this.#about, this.#firstLook, this.#refused, this.#actions, this.#test.element, this.#remarks];
   }
 
   /** @param {import("../recorder/access.js").Session} session */
@@ -137,6 +138,7 @@ export class CameraView {
     this.#state.replaceChildren(stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
     this.#about.textContent = words.about(kindOf(camera), placeOf(camera));
     this.#refused.hidden = !this.#isAdmin || !camera.enabled || !refusesStored(camera.state?.cause ?? "");
+    this.#firstLook.textContent = firstLookOf(camera);
     this.#switch.textContent = camera.enabled ? words.switchOff : words.switchOn;
     this.#test.show(camera);
     this.#changes.show(camera);

@@ -59,6 +59,10 @@ export function storedWordsOf(error) {
   return { ...wordsOf(error), ...(isRefused && { happened: texts.camera.refused, first: texts.camera.refusedFirst }) };
 }
 
+/** What to look at before the settings, of a camera that has worked with them; "" for nothing. @param {Camera} camera */
+export const firstLookOf = ({ enabled, state }) =>
+  enabled && state?.lastSuccess && ["unreachable", "timedOut"].includes(state.cause) ? texts.camera.lookFirst : "";
+
 /** Why something was not done, and of a camera what to try first. @param {unknown} error */
 export function reasonOf(error) {
   const { heading, happened, first } = storedWordsOf(error);

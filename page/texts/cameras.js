@@ -67,6 +67,7 @@ export const camera = {
   failedTest: "Not tested",
   refused: "The camera answered, but rejected the stored user and password.",
   refusedFirst: "Was its password changed? Press Edit, and type the new one, once.",
+  lookFirst: "It has worked before: look first at its power and its cable.",
   typeNewPassword: "Type the new password",
   edit: "Edit",
   switchOff: "Switch off",

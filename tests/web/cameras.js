@@ -130,7 +130,13 @@ test("pictures of a camera that fails otherwise are asked for less and less ofte
   const work = async (page) => {
     await page.clock.install();
     await page.route("**/picture?*", (route) => route.fulfill({ status: 502, json: { error: { cause: "timedOut" } } }));
+    await page.route(`**/cameras/${id}`, async (route) => {
+      const { data } = await (await route.fetch()).json();
+      const state = { cause: "timedOut", since: 2, lastSuccess: 1, flips: 0, milliseconds: null };
+      await route.fulfill({ json: { success: true, data: { ...data, state } } });
+    });
     await openView(page, `cameras/${id}`);
+    await expectText(page, "camera-first-look", "look first at its power and its cable");
     for (const seconds of [5, 10, 20, 40, 60, 60]) {
       const wait = seconds === 60 ? "1 minute" : `${seconds} seconds`;
       await expectText(page, "camera-picture-mistake", `Next try after ${wait}.`);
