@@ -81,10 +81,23 @@ export class NoticesView {
       this.#url.focus();
       return words.typeUrl;
     }
-    this.#show(await setWebhook(url, this.#secret.value));
+    try {
+      this.#show(await setWebhook(url, this.#secret.value));
+    } catch (error) {
+      return this.#explain(error);
+    }
     this.forgetPassword();
     say(texts.common.saved);
     return "";
+  }
+
+  /** Names the field with the mistake as its label does. @param {unknown} error */
+  #explain(error) {
+    const { member = "" } = error instanceof Trouble ? error.details : {};
+    const mistake = words.mistakes[member];
+    if (!mistake) throw error;
+    (member === "url" ? this.#url : this.#secret).focus();
+    return mistake;
   }
 
   /** Sends a notice to the stored address, once at a time. */

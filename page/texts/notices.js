@@ -8,13 +8,19 @@ export const notices = {
   form: "Where changes are told to",
   url: "Address (http or https)",
   secret: "Secret (16 to 256 characters)",
-  secretHint: "It is not shown again. The stored one stays while this is empty and the address the same.",
+  secretHint:
+    "A new address needs one. It is not shown again. The stored one stays while this is empty and the address the same.",
   sendTest: "Send a test",
   sending: "Sending a test",
   remove: "Tell nobody",
   removeQuestion: "Nothing is sent any more, and the secret is forgotten. Go on?",
   removed: "Nobody is told any more",
   typeUrl: "Type the address that changes are sent to.",
+  /** By the recorder's names for fields. @type {Readonly<Record<string, string>>} */
+  mistakes: {
+    url: "The address must begin with http:// or https://, and have no user and password in it.",
+    secret: "The secret must have 16 to 256 characters.",
+  },
   saveFirst: "Save the address first: the test goes to the stored one.",
 
   nobody: "Nobody is told so far.",

@@ -5,7 +5,7 @@ import { createServer } from "node:http";
 import { before, test } from "node:test";
 import { AXE, audit } from "./audit.js";
 import { History } from "./page/cameras/history.js";
-import { OTHER, RIGHT, USER, addUser, control, expectText, ports, serve, withPage } from "./stage.js";
+import { OTHER, RIGHT, USER, addUser, control, expectText, focused, ports, serve, withPage } from "./stage.js";
 
 const TOLD = "told.json";
 const HOUR = 3600;
@@ -99,7 +99,8 @@ test("an admin says where changes are told to, and sees what came of a test", as
     await expectText(page, "notices-last", "Nobody is told so far.");
     await page.fill("#notices-url", `http://127.0.0.1:${server.address().port}/`);
     await page.click("#notices-save");
-    await expectText(page, "notices-mistake", "must have 16 to 256 bytes");
+    await expectText(page, "notices-mistake", "The secret must have 16 to 256 characters.");
+    assert.equal(await focused(page), "notices-secret");
     await page.fill("#notices-secret", "a secret of some length");
     await page.click("#notices-save");
     await expectText(page, "notices-last", "Nothing was sent to it so far.");
