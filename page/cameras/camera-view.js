@@ -36,7 +36,7 @@ export class CameraView {
   #about = el("p", { id: "camera-about", class: "muted" });
   #mistake = mistakeLine("camera-mistake");
   #typeNew = button(words.typeNewPassword, () => this.#editPassword(), { id: "camera-type-new", class: "main" });
-  #refused = el("p", { id: "camera-refused", hidden: true }, `${words.refusedFirst} `, this.#typeNew);
+  #refused = el("p", { id: "camera-refused", hidden: true }, this.#typeNew);
   #firstLook = el("p", { id: "camera-first-look", class: "hint" });
   #remarks = el("ul", { id: "camera-remarks", class: "notes", hidden: true });
   #picture = new LivePicture(() => this.#reread());
