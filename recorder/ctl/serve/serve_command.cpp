@@ -120,7 +120,8 @@ class Pools {
         listWorkers_(run / "lists.sock", WorkerProgram(options), options.listWorkers, SharedCounts().listWorkers,
                      Program::kWorker) {}
 
-  void StartWatch(const ServeOptions& options, const path& stateFolder) {
+  void StartWatch(const ServeOptions& options, const path& stateFolder, int ownPort) {
+    setenv(kOwnPortVariable, std::to_string(ownPort).c_str(), 1);
     if (options.isWatchless) {
       idleRuns_.emplace(stateFolder);
     } else {
@@ -183,8 +184,7 @@ void Serve(const ServeOptions& options, const std::string& configOption) {
   TrustedRoute trustedRoute(run / "route", config.stateFolder);
   WebServer server({run.Path(), address, !config.pageFolder.empty(), certificate, config.proxies});
   address.port = server.Port();
-  setenv(kOwnPortVariable, std::to_string(address.port).c_str(), 1);
-  pools.StartWatch(options, config.stateFolder);
+  pools.StartWatch(options, config.stateFolder, address.port);
   const ServedAddress served(config.stateFolder, address, certificate.has_value(), config.hostNames);
   PoolPulse lists(run / "lists.sock", SharedCounts().listWorkers);
   const Watchdog watchdog([&](const std::stop_token& stop) { return IsAlive(lists, stop); });
