@@ -9,6 +9,7 @@ import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
 import { HELD } from "./refusals.js";
 import { settle } from "./run.js";
+import { Stoppable, isToDo } from "./stoppable.js";
 
 /**
  * @typedef {import("../list/camera-list.js").Row} Row
@@ -30,47 +31,21 @@ const isAnswered = (error) => error instanceof Trouble && error.kind === "refuse
 const isRefused = (error) =>
   error instanceof Trouble && isAnswered(error) && (error.status < 500 || error.details.reason === NO_TESTER);
 
-export class BackgroundRun {
-  /** @type {import("./run.js").Pause | null} */
-  pause = null;
-  /** @type {"running" | "stopping"} */
-  state = "running";
+export class BackgroundRun extends Stoppable {
   #id = 0;
   /** It was started, or nobody knows. */
   #mayRun = false;
   #isLeft = false;
   #seen = "";
   #began = workingTime();
-  #stop = new AbortController();
   /** @type {() => void} */
   #wake = () => {};
 
-  /**
-   * @param {Row[]} rows to be tested, which wait
-   * @param {import("./run.js").Means} means
-   */
-  constructor(rows, means) {
-    this.rows = rows;
-    this.means = means;
-  }
-
   /** Milliseconds that it most likely still takes; 0 while nothing is known. */
   get timeLeft() {
-    const left = this.rows.filter(({ result }) => result === "waiting" || result === "testing").length;
+    const left = this.rows.filter(isToDo).length;
     const done = this.rows.length - left;
     return done > 0 && this.state === "running" ? ((workingTime() - this.#began) / done) * left : 0;
-  }
-
-  /** Begins nothing more; what is at hand counts. */
-  stopSending() {
-    this.state = "stopping";
-    this.resume();
-  }
-
-  /** Waits for nothing more; rows at hand become unknown. */
-  stopNow() {
-    this.stopSending();
-    this.#stop.abort();
   }
 
   /** As stopNow(), but the recorder goes on with what it was started with. */
@@ -80,7 +55,7 @@ export class BackgroundRun {
   }
 
   resume() {
-    this.pause = null;
+    super.resume();
     this.#wake();
   }
 
@@ -98,7 +73,7 @@ export class BackgroundRun {
       try {
         if (await this.#goOn()) return true;
       } catch (error) {
-        if (this.#stop.signal.aborted) return true;
+        if (this.signal.aborted) return true;
         if (isRefused(error) || (!this.#mayRun && isAnswered(error))) return this.#mayRun;
         this.pause = { kind: "background", text: messageOf(error), rows: this.rows.length };
         this.means.changed([]);
@@ -109,7 +84,7 @@ export class BackgroundRun {
 
   /** One step on the way. True: it is over. */
   async #goOn() {
-    const { signal } = this.#stop;
+    const { signal } = this;
     if (!this.#id) this.#id = (await runs.openRun(signal)).id;
     const run = await runs.readRun(this.#id, signal);
     if (run.state === "open") return this.#handOver(run);
@@ -124,7 +99,7 @@ export class BackgroundRun {
   async #handOver({ hasTester, rows }) {
     if (this.state === "stopping") return true;
     if (!hasTester) throw new Trouble("refused", "");
-    const { signal } = this.#stop;
+    const { signal } = this;
     await runs.addRows(this.#id, this.rows.map(asAdded), rows, signal);
     this.#mayRun = true;
     await runs.startRun(this.#id, signal).catch((error) => {
@@ -139,8 +114,7 @@ export class BackgroundRun {
     const changed = [];
     for (const { number, state, cause, at } of news) {
       const row = this.rows[number - 1];
-      const isLeft = row?.result === "waiting" || row?.result === "testing";
-      if (!row || !isLeft || state === "waiting") continue;
+      if (!row || !isToDo(row) || state === "waiting") continue;
       if (state === "done") this.#settle(row, cause ?? "", at ?? 0);
       else if (row.result === "waiting") row.result = "testing";
       else continue;

@@ -9,6 +9,7 @@ import { messageOf } from "../text/text.js";
 import { texts } from "../texts/texts.js";
 import { LANES, countRequests, nextRequest, rides } from "./grouping.js";
 import { Lanes } from "./lanes.js";
+import { Stoppable, isToDo } from "./stoppable.js";
 
 /**
  * @typedef {import("../recorder/api.js").Verdict} Verdict
@@ -53,17 +54,12 @@ export function settle(row, verdict, { refusals, slowness }, testedAt) {
  * @param {Pick<Means, "slowness">} means
  */
 export function waitsForSilent(rows, { slowness }) {
-  const left = rows.filter(({ result }) => result === "waiting" || result === "testing");
+  const left = rows.filter(isToDo);
   return left.length > 0 && left.every(({ camera }) => camera !== null && slowness.isLikely(camera));
 }
 
-export class Run {
-  /** @type {Pause | null} */
-  pause = null;
-  /** @type {"running" | "stopping"} */
-  state = "running";
+export class Run extends Stoppable {
   #lanes = new Lanes();
-  #stop = new AbortController();
 
   /**
    * @param {Row[]} rows to be tested, in the file's order
@@ -71,8 +67,7 @@ export class Run {
    * @param {Means} means
    */
   constructor(rows, isProven, means) {
-    this.rows = rows;
-    this.means = means;
+    super(rows, means);
     this.isProven = isProven;
     for (const row of rows) Object.assign(row, UNTESTED);
     means.refusals.holdBack(rows);
@@ -85,7 +80,7 @@ export class Run {
 
   /** How many rows need no more work. */
   get done() {
-    return this.rows.filter(({ result }) => result !== "waiting" && result !== "testing").length;
+    return this.rows.filter((row) => !isToDo(row)).length;
   }
 
   /** Milliseconds that the run most likely still takes; 0 while nothing is known. */
@@ -95,22 +90,10 @@ export class Run {
     return this.means.estimate.left(usual, slow, this.#lanes.ages, LANES);
   }
 
-  /** Sends nothing more; what is in flight counts. */
-  stopSending() {
-    this.state = "stopping";
-    this.resume();
-  }
-
-  /** Waits for nothing more; rows in flight become unknown. */
-  stopNow() {
-    this.stopSending();
-    this.#stop.abort();
-  }
-
-  /** Goes on after a pause; refused logins then no longer stop the run. */
+  /** As for all; refused logins then no longer stop the run. */
   resume() {
     if (this.pause?.kind === "logins") this.isProven = true;
-    this.pause = null;
+    super.resume();
     this.#lanes.wake();
   }
 
@@ -145,8 +128,8 @@ export class Run {
   /** @param {Row[]} rows @returns {Promise<Map<string, Verdict>>} */
   async #ask(rows) {
     const [row] = rows;
-    if (!row || rides(row)) return this.means.testGroup(rows, this.#stop.signal);
-    return new Map([[String(row.line), await this.means.testAlone(row, this.#stop.signal)]]);
+    if (!row || rides(row)) return this.means.testGroup(rows, this.signal);
+    return new Map([[String(row.line), await this.means.testAlone(row, this.signal)]]);
   }
 
   /** @param {Row[]} rows */
