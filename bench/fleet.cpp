@@ -35,7 +35,8 @@ std::size_t CameraAt(int socket) {
   return ((host >> 8U) & 0xFFU) * kHostsOfNet + (host & 0xFFU) - 1;
 }
 
-recorder::FileDescriptor ListenEverywhere() {
+recorder::FileDescriptor ListenInOwnNetwork() {
+  if (!rig::EnterOwnNetwork()) throw std::runtime_error("no network of its own can be had here");
   recorder::FileDescriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -67,7 +68,7 @@ constexpr char kStream[] =
 
 Fleet::Fleet(const FleetOptions& options)
     : cameras_(static_cast<std::size_t>(options.cameras)),
-      listener_(ListenEverywhere()),
+      listener_(ListenInOwnNetwork()),
       events_(epoll_create1(EPOLL_CLOEXEC)) {
   Deal(options);
   LosePackets();

@@ -27,8 +27,9 @@ struct FleetOptions {
 
 /// Cameras of model "Simcam RTSP-H264" with user kUser and password kPassword, numbered from 0.
 ///
-/// Owner:   a thread, which ends with it. Make it in a network of this process's own (see rig::EnterOwnNetwork): it
-///          listens at all addresses of that, and adds a route whose packets are lost.
+/// Owner:   a thread, which ends with it. This process then has a network of its own (see rig::EnterOwnNetwork): it
+///          listens at all addresses of that, and adds a route whose packets are lost. Throws std::runtime_error where
+///          none can be had.
 /// Thread:  one; it has a thread of its own.
 class Fleet {
  public:
