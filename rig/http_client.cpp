@@ -125,7 +125,8 @@ Reply HttpClient::ReadReply() {
       throw NoAnswer("the connection ended after " + std::to_string(bytes.size()) + " bytes of an answer");
     }
   }
-  if (HeaderOf(bytes, "Content-Length").empty() || !bytes.starts_with("HTTP/1.1 ")) {
+  const bool hasNoBody = bytes.starts_with("HTTP/1.1 304 ");  // RFC 9110, section 15.4.5
+  if (!bytes.starts_with("HTTP/1.1 ") || (!hasNoBody && HeaderOf(bytes, "Content-Length").empty())) {
     throw NoAnswer("the answer has no length");
   }
   const std::size_t bodyStart = bytes.find(kHeaderEnd) + std::size(kHeaderEnd) - 1;
