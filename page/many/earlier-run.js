@@ -1,9 +1,8 @@
 /// A long list that the recorder tested by itself, and whose page was left: what came of it, told where a list is opened.
 
 import { button, byId, el, refill, say } from "../parts/dom.js";
-import { verdictNamed } from "../recorder/causes.js";
 import * as runs from "../recorder/runs.js";
-import { settle } from "../testing/run.js";
+import { settleTold } from "../testing/background-run.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
 import { texts } from "../texts/texts.js";
@@ -32,16 +31,14 @@ function listOf(rows) {
  * Notes in the rows of such a list what the recorder found.
  * @param {Row[]} rows
  * @param {BackgroundRow[]} found in the same order
- * @param {Parameters<typeof settle>[2]} means
+ * @param {Parameters<typeof settleTold>[3]} means
  */
 export function settleEarlier(rows, found, means) {
   for (const [i, { state, cause, at }] of found.entries()) {
     const row = rows[i];
     if (!row) continue;
     row.isForgotten = true;
-    if (state !== "done" || !cause) continue;
-    if (cause === "unknown") Object.assign(row, { result: "unknown", note: words.recorderStopped });
-    else settle(row, verdictNamed(cause), means, new Date((at ?? 0) * 1000));
+    if (state === "done" && cause) settleTold(row, cause, at ?? 0, means);
   }
 }
 

@@ -31,6 +31,18 @@ const isAnswered = (error) => error instanceof Trouble && error.kind === "refuse
 const isRefused = (error) =>
   error instanceof Trouble && isAnswered(error) && (error.status < 500 || error.details.reason === NO_TESTER);
 
+/**
+ * Notes what the recorder found of a row.
+ * @param {Row} row
+ * @param {string} cause
+ * @param {number} at in seconds since 1970
+ * @param {Parameters<typeof settle>[2]} means
+ */
+export function settleTold(row, cause, at, means) {
+  if (cause === "unknown") Object.assign(row, { result: "unknown", note: texts.many.recorderStopped });
+  else settle(row, verdictNamed(cause), means, new Date(at * 1000));
+}
+
 export class BackgroundRun extends Stoppable {
   #id = 0;
   /** It was started, or nobody knows. */
@@ -130,10 +142,8 @@ export class BackgroundRun extends Stoppable {
    * @param {number} at
    */
   #settle(row, cause, at) {
-    const verdict = verdictNamed(cause);
-    if (cause === "unknown") Object.assign(row, { result: "unknown", note: texts.many.recorderStopped });
-    else if (isLoginRefused(verdict) && this.means.refusals.isRefused(row)) Object.assign(row, HELD);
-    else settle(row, verdict, this.means, new Date(at * 1000));
+    if (isLoginRefused(verdictNamed(cause)) && this.means.refusals.isRefused(row)) Object.assign(row, HELD);
+    else settleTold(row, cause, at, this.means);
   }
 
   async #waited() {
