@@ -1,13 +1,15 @@
 /// A look over a state of the page: what axe finds, and pictures.
 
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { DESKTOP, here } from "./stage.js";
 
-export const AXE = createRequire(import.meta.url).resolve("axe-core/axe.min.js");
+const AXE = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
 /** No serious finding in light and in dark; a picture of each, and one of the phone, if it has a name. */
 export async function audit(page, state, picture = "") {
+  await page.evaluate(AXE);
   for (const colorScheme of ["light", "dark"]) {
     await page.emulateMedia({ colorScheme });
     const rules = colorScheme === "dark" ? { runOnly: ["color-contrast"] } : {}; // nothing else differs

@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { spawnSync } from "node:child_process";
 import { writeFileSync } from "node:fs";
 import { before, test } from "node:test";
-import { AXE, audit } from "./audit.js";
+import { audit } from "./audit.js";
 import { ffmpegLine, frigateLines, plainName, vlcLine, withLogin } from "./page/text/stream-lines.js";
 import {
   DESKTOP,
@@ -34,7 +34,14 @@ function store(name, password = RIGHT, port = ports.works) {
   return Number(/\d+/.exec(control(password, `camera add --name ${name} ${camera}`, KEPT)));
 }
 
-const kept = (hash, work, more = {}) => withPage(hash, work, { at, script: AXE, ...more });
+const kept = (hash, work, more = {}) => withPage(hash, work, { at, ...more });
+
+/** Stores a camera for some work. @param {string} hash where the page is opened; ID stands for the camera's number */
+async function withCamera(camera, hash, work) {
+  const id = store(...camera);
+  await kept(hash.replace("ID", String(id)), (page) => work(page, id));
+  control("", `camera remove ${id}`, KEPT);
+}
 
 /** At 400 % of this width nothing needs scrolling sideways. */
 async function expectNarrow(page) {
@@ -75,9 +82,8 @@ test("whoever has no camera yet is led to Add, if he may add one", async () => {
   await kept("#cameras", asUser, { user: OTHER });
 });
 
-test("an open camera renews its picture, and never after a refused login, until somebody wants it", async () => {
-  const id = store("wrong", WRONG);
-  const work = async (page) => {
+test("an open camera renews its picture, and never after a refused login, until somebody wants it", () =>
+  withCamera(["wrong", WRONG], "#models", async (page) => {
     await page.clock.install();
     const pictures = picturesOf(page);
     await page.click("#nav-cameras");
@@ -120,14 +126,10 @@ test("an open camera renews its picture, and never after a refused login, until 
     assert.equal(pictures.asked, left);
     await page.click("#models-used-list a");
     await expectText(page, "camera-state", "Switched off");
-  };
-  await kept("#models", work);
-  control("", `camera remove ${id}`, KEPT);
-});
+  }));
 
-test("pictures of a camera that fails otherwise are asked for less and less often", async () => {
-  const id = store("away", RIGHT, ports.odd);
-  const work = async (page) => {
+test("pictures of a camera that fails otherwise are asked for less and less often", () =>
+  withCamera(["away", RIGHT, ports.odd], "#models", async (page, id) => {
     await page.clock.install();
     await page.route("**/picture?*", (route) => route.fulfill({ status: 502, json: { error: { cause: "timedOut" } } }));
     await page.route(`**/cameras/${id}`, async (route) => {
@@ -144,14 +146,10 @@ test("pictures of a camera that fails otherwise are asked for less and less ofte
       await page.clock.runFor(seconds * 1000);
       await next;
     }
-  };
-  await kept("#models", work);
-  control("", `camera remove ${id}`, KEPT);
-});
+  }));
 
-test("what somebody else changed meanwhile is told, and what was typed is stored as well", async () => {
-  const id = store("gate");
-  const work = async (page) => {
+test("what somebody else changed meanwhile is told, and what was typed is stored as well", () =>
+  withCamera(["gate"], "#camera/ID", async (page, id) => {
     await page.click("#camera-edit-open");
     assert.equal(await focused(page), "camera-name");
     await page.fill("#camera-channel", "2");
@@ -169,10 +167,7 @@ test("what somebody else changed meanwhile is told, and what was typed is stored
     assert.equal(await focused(page), "camera-edit-open");
     const stored = await (await page.request.get(`${at}recorder/1/cameras/${id}`)).json();
     assert.deepEqual([stored.data.name, stored.data.channel], ["gate2", "2"]);
-  };
-  await kept(`#camera/${id}`, work);
-  control("", `camera remove ${id}`, KEPT);
-});
+  }));
 
 test("a deleted camera comes back by one key within a minute, from any view", async () => {
   const id = store("yard");
@@ -244,9 +239,8 @@ test("a camera's further stream moves with it, and its card does without it", ()
     await expectText(page, "camera-title", "No such camera is stored");
   }));
 
-test("a password is in what is copied, where somebody typed it, and is never shown", async () => {
-  const id = store("hall");
-  const work = async (page) => {
+test("a password is in what is copied, where somebody typed it, and is never shown", () =>
+  withCamera(["hall"], "#cameras/ID", async (page) => {
     await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
     const copied = async () => {
       await page.click("#camera-streams button");
@@ -264,10 +258,7 @@ test("a password is in what is copied, where somebody typed it, and is never sho
     await openView(page, "cameras");
     await page.goBack();
     assert.equal(await page.inputValue("#camera-copy-password"), "", "is forgotten");
-  };
-  await kept(`#cameras/${id}`, work);
-  control("", `camera remove ${id}`, KEPT);
-});
+  }));
 
 test("lines for other programs hold any login, name and path as they are", () => {
   for (const password of ["plain", "it's", "a b\"c`d$(e)", "ü/?#@:%41{x}", "\\!*'()"]) {
@@ -319,5 +310,5 @@ test("of a thousand cameras, stills are asked for in sight alone, four at a time
     assert.equal(await page.locator("#cameras-table tbody tr").count(), 1000);
     await expectNarrow(page);
   };
-  await withPage("#models", work, { at: many, script: AXE });
+  await withPage("#models", work, { at: many });
 });

@@ -3,7 +3,7 @@
 import assert from "node:assert/strict";
 import { createServer } from "node:http";
 import { before, test } from "node:test";
-import { AXE, audit } from "./audit.js";
+import { audit } from "./audit.js";
 import { History } from "./page/cameras/history.js";
 import { OTHER, RIGHT, USER, addUser, control, expectText, focused, ports, serve, withPage } from "./stage.js";
 
@@ -23,7 +23,7 @@ before(async () => {
   id = Number(/\d+/.exec(control(RIGHT, `camera add --name yard ${camera}`, TOLD)));
 });
 
-const told = (hash, work, more = {}) => withPage(hash, work, { at, script: AXE, ...more });
+const told = (hash, work, more = {}) => withPage(hash, work, { at, ...more });
 
 /** Has the camera contacted, at one of the ports. @param {keyof typeof ports} port */
 async function contact(page, port) {
@@ -33,8 +33,8 @@ async function contact(page, port) {
 
 const rowsOf = (page) => page.locator("#camera-changes tbody tr").allInnerTexts();
 
-test("changes of a camera are told as they come, in the list and where it is open", async () => {
-  const work = async (page) => {
+test("changes of a camera are told as they come, in the list and where it is open", () =>
+  told("#cameras", async (page) => {
     let read = 0;
     page.on("request", (request) => (read += /events\?/.test(request.url()) ? 1 : 0));
     await page.route("**/picture?*", (route) => route.fulfill({ status: 503 }));
@@ -58,12 +58,10 @@ test("changes of a camera are told as they come, in the list and where it is ope
     assert.match(rows[2], /Not tried\s+✓\s*Works\s+\d+ seconds?$/);
     assert.equal(read, before, "what was heard is not read");
     await audit(page, "A camera that changed", "changes-camera");
-  };
-  await told("#cameras", work);
-});
+  }));
 
-test("where the recorder does not tell of changes, they are asked for again, and only while they are seen", async () => {
-  const work = async (page) => {
+test("where the recorder does not tell of changes, they are asked for again, and only while they are seen", () =>
+  told("#cameras", async (page) => {
     let asked = 0;
     await page.clock.install();
     await page.route("**/picture?*", (route) => route.fulfill({ status: 503 }));
@@ -83,9 +81,7 @@ test("where the recorder does not tell of changes, they are asked for again, and
     const last = asked;
     await page.clock.runFor(120_000);
     assert.equal(asked, last);
-  };
-  await told("#cameras", work);
-});
+  }));
 
 test("an admin says where changes are told to, and sees what came of a test", async () => {
   const heard = [];

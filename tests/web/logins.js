@@ -2,7 +2,7 @@
 
 import assert from "node:assert/strict";
 import { test } from "node:test";
-import { AXE, audit } from "./audit.js";
+import { audit } from "./audit.js";
 import {
   DESKTOP,
   OTHER,
@@ -22,6 +22,7 @@ import {
   runEnds,
   sent,
   serve,
+  testAt,
   testOne,
   text,
   withPage,
@@ -57,86 +58,78 @@ test("whoever has the link of a recorder without users makes the first one", asy
   };
   const second = (page) => expectText(page, "login-mistake", "This link was used already, or is too old.");
   await withPage("", (page) => expectText(page, "login-mistake", "This recorder has no user yet."), { at, user: null });
-  await withPage(link, first, { at, user: null, script: AXE });
+  await withPage(link, first, { at, user: null });
   await withPage(link, second, { at, user: null });
 });
 
-test("a login is asked for in the page, and a wrong one says what to do", () => {
-  const work = async (page) => {
-    assert.ok(await page.locator("#top, #views").evaluateAll((all) => all.every((one) => one.hidden)));
-    assert.equal(await focused(page), "login-user");
-    await enterLogin(page, { username: OTHER.username, password: WRONG });
-    await expectText(page, "login-mistake", "The user or the password is wrong.");
-    assert.equal(await page.inputValue("#login-user"), OTHER.username, "stays");
-    await audit(page, "Login", "login");
-    await page.clock.install();
-    const answers = { 429: /^Wrong passwords came before. Try again in 2 seconds/, 503: /^The recorder is busy/ };
-    for (const [status, words] of Object.entries(answers)) {
-      const fulfill = (route) => route.fulfill({ status: Number(status), headers: { "Retry-After": "2" }, json: {} });
-      await page.route("**/recorder/1/session", fulfill, { times: 1 });
-      await enterLogin(page, OTHER);
-      await expectText(page, "login-mistake", words);
-      assert.equal(await text(page, "login-go"), "Wait 2 s");
-      await page.clock.runFor(1000);
-      await expectText(page, "login-go", "Wait 1 s");
-      await page.clock.runFor(1000);
-      await expectText(page, "login-mistake", "You can try again now.");
-    }
-    await page.route("**/recorder/1/session", (route) => route.abort(), { times: 1 });
+testAt("#many", { user: null })("a login is asked for in the page, and a wrong one says what to do", async (page) => {
+  assert.ok(await page.locator("#top, #views").evaluateAll((all) => all.every((one) => one.hidden)));
+  assert.equal(await focused(page), "login-user");
+  await enterLogin(page, { username: OTHER.username, password: WRONG });
+  await expectText(page, "login-mistake", "The user or the password is wrong.");
+  assert.equal(await page.inputValue("#login-user"), OTHER.username, "stays");
+  await audit(page, "Login", "login");
+  await page.clock.install();
+  const answers = { 429: /^Wrong passwords came before. Try again in 2 seconds/, 503: /^The recorder is busy/ };
+  for (const [status, words] of Object.entries(answers)) {
+    const fulfill = (route) => route.fulfill({ status: Number(status), headers: { "Retry-After": "2" }, json: {} });
+    await page.route("**/recorder/1/session", fulfill, { times: 1 });
     await enterLogin(page, OTHER);
-    await expectText(page, "login-mistake", "The recorder is not reachable.");
-    await logIn(page.context(), OTHER); // it ends the pause after the wrong password
-    control("", `session end --user ${OTHER.username}`);
-    await page.check("#login-stay");
-    await enterLogin(page, OTHER);
-    await isIn(page, OTHER);
-    const [cookie] = await page.context().cookies();
-    assert.ok(cookie.expires > 0, "it outlives the browser");
-    assert.equal(await page.title(), "Many cameras – Camera check");
-    await page.click("#log-out");
-    await page.locator("#login-title:visible").waitFor();
-    assert.deepEqual(await page.context().cookies(), []);
-    assert.ok(!control("", "session list").includes(OTHER.username));
-  };
-  return withPage("#many", work, { user: null, script: AXE });
+    await expectText(page, "login-mistake", words);
+    assert.equal(await text(page, "login-go"), "Wait 2 s");
+    await page.clock.runFor(1000);
+    await expectText(page, "login-go", "Wait 1 s");
+    await page.clock.runFor(1000);
+    await expectText(page, "login-mistake", "You can try again now.");
+  }
+  await page.route("**/recorder/1/session", (route) => route.abort(), { times: 1 });
+  await enterLogin(page, OTHER);
+  await expectText(page, "login-mistake", "The recorder is not reachable.");
+  await logIn(page.context(), OTHER); // it ends the pause after the wrong password
+  control("", `session end --user ${OTHER.username}`);
+  await page.check("#login-stay");
+  await enterLogin(page, OTHER);
+  await isIn(page, OTHER);
+  const [cookie] = await page.context().cookies();
+  assert.ok(cookie.expires > 0, "it outlives the browser");
+  assert.equal(await page.title(), "Many cameras – Camera check");
+  await page.click("#log-out");
+  await page.locator("#login-title:visible").waitFor();
+  assert.deepEqual(await page.context().cookies(), []);
+  assert.ok(!control("", "session list").includes(OTHER.username));
 });
 
-test("a session that ends while a list runs costs nothing: what was refused is asked again", () =>
-  withPage(
-    "#many",
-    async (page, calls) => {
-      await openView(page, "one");
-      await fillOne(page, { port: ports.works });
-      await page.click("#nav-many");
-      const login = ["admin", RIGHT, "Simcam RTSP-H264"];
-      const rows = Array.from({ length: 8 }, (_, i) => [`127.0.0.${"0".repeat(i)}1`, ports.works, ...login]);
-      await openList(page, [["address", "port", "user", "password", "model"], ...rows]);
-      await page.route("**/CamBatAddVerify", async (route) => {
-        if (sent(calls, "CamBatAddVerify").length === 4) control("", `session end --user ${USER.username}`);
-        await route.continue();
-      });
-      await page.click("#many-start");
-      await page.locator("#login[open]").waitFor();
-      assert.deepEqual(await page.locator("#login").boundingBox(), { x: 0, y: 0, ...DESKTOP }, "a view, and no box");
-      assert.equal(await page.title(), "Log in again – Camera check");
-      await page.keyboard.press("Escape");
-      await expectText(page, "many-pause-text", "Nobody is logged in.");
-      assert.equal(await page.title(), "Many cameras – Camera check");
-      assert.equal(await results(page), "✓✓✓–––––");
-      await page.click("#many-go-on");
-      await expectText(page, "login-text", "What you typed, the list and its results stay, and what waits goes on.");
-      assert.ok(!(await page.isEditable("#login-user")), "the list is this user's");
-      await audit(page, "Login over the page", "login-again");
-      await enterLogin(page, USER);
-      await runEnds(page);
-      assert.equal(await results(page), "✓✓✓✓✓✓✓✓");
-      await openView(page, "one");
-      assert.equal(await page.inputValue("#one-password"), RIGHT);
-      await page.click("#log-out");
-      await expectText(page, "question-text", "The list is closed. The results of 8 rows are lost. Go on?");
-    },
-    { script: AXE },
-  ));
+testAt("#many")("a session that ends while a list runs costs nothing: what was refused is asked again", async (page, calls) => {
+  await openView(page, "one");
+  await fillOne(page, { port: ports.works });
+  await page.click("#nav-many");
+  const login = ["admin", RIGHT, "Simcam RTSP-H264"];
+  const rows = Array.from({ length: 8 }, (_, i) => [`127.0.0.${"0".repeat(i)}1`, ports.works, ...login]);
+  await openList(page, [["address", "port", "user", "password", "model"], ...rows]);
+  await page.route("**/CamBatAddVerify", async (route) => {
+    if (sent(calls, "CamBatAddVerify").length === 4) control("", `session end --user ${USER.username}`);
+    await route.continue();
+  });
+  await page.click("#many-start");
+  await page.locator("#login[open]").waitFor();
+  assert.deepEqual(await page.locator("#login").boundingBox(), { x: 0, y: 0, ...DESKTOP }, "a view, and no box");
+  assert.equal(await page.title(), "Log in again – Camera check");
+  await page.keyboard.press("Escape");
+  await expectText(page, "many-pause-text", "Nobody is logged in.");
+  assert.equal(await page.title(), "Many cameras – Camera check");
+  assert.equal(await results(page), "✓✓✓–––––");
+  await page.click("#many-go-on");
+  await expectText(page, "login-text", "What you typed, the list and its results stay, and what waits goes on.");
+  assert.ok(!(await page.isEditable("#login-user")), "the list is this user's");
+  await audit(page, "Login over the page", "login-again");
+  await enterLogin(page, USER);
+  await runEnds(page);
+  assert.equal(await results(page), "✓✓✓✓✓✓✓✓");
+  await openView(page, "one");
+  assert.equal(await page.inputValue("#one-password"), RIGHT);
+  await page.click("#log-out");
+  await expectText(page, "question-text", "The list is closed. The results of 8 rows are lost. Go on?");
+});
 
 test("an admin adds, changes and removes users, and a user sees none of it", async () => {
   const guest = { username: "guest / 2", password: WRONG };
@@ -174,38 +167,35 @@ test("an admin adds, changes and removes users, and a user sees none of it", asy
     await isIn(page, USER);
     assert.equal(page.url(), new URL("/", link).href);
   };
-  await withPage("#users", asAdmin, { script: AXE });
+  await withPage("#users", asAdmin);
   await withPage("#users", asUser, { user: OTHER });
 });
 
-test("in the own account a token is made and shown once, the password changed, other sessions ended", () => {
-  const work = async (page) => {
-    await logIn(page.context(), OTHER); // another session
-    await page.reload();
-    await page.click("#account-end-others");
-    await expectText(page, "status", "All other sessions have ended");
-    assert.equal(control("", "session list").split(OTHER.username).length - 1, 1);
-    await page.fill("#account-token-name", "nightly");
-    await page.fill("#account-token-until", "2099-12-31");
-    await page.click("#account-token-make");
-    await page.locator("#account-token-made").waitFor();
-    const token = await page.inputValue("#account-token");
-    const ask = () =>
-      fetch(new URL("/recorder/1/session", page.url()), { headers: { Authorization: `Bearer ${token}` } });
-    assert.equal((await (await ask()).json()).data.user, OTHER.username);
-    await audit(page, "My account", "account");
-    await openView(page, "one");
-    await page.click("#nav-account");
-    assert.equal(await page.inputValue("#account-token"), "", "shown once");
-    await expectText(page, "account-tokens", /nightly.*Dec 31, 2099/);
-    await page.click("#account-tokens button");
-    await expectText(page, "account-tokens", "No tokens.");
-    assert.equal((await ask()).status, 401);
-    await page.click("#account-password");
-    await page.fill("#password-old", WRONG);
-    for (const id of ["new", "again"]) await page.fill(`#password-${id}`, RIGHT);
-    await page.click("#password-save");
-    await expectText(page, "password-mistake", "The old password is wrong.");
-  };
-  return withPage("#account", work, { user: OTHER, script: AXE });
+testAt("#account", { user: OTHER })("in the own account a token is made and shown once, the password changed, other sessions ended", async (page) => {
+  await logIn(page.context(), OTHER); // another session
+  await page.reload();
+  await page.click("#account-end-others");
+  await expectText(page, "status", "All other sessions have ended");
+  assert.equal(control("", "session list").split(OTHER.username).length - 1, 1);
+  await page.fill("#account-token-name", "nightly");
+  await page.fill("#account-token-until", "2099-12-31");
+  await page.click("#account-token-make");
+  await page.locator("#account-token-made").waitFor();
+  const token = await page.inputValue("#account-token");
+  const ask = () =>
+    fetch(new URL("/recorder/1/session", page.url()), { headers: { Authorization: `Bearer ${token}` } });
+  assert.equal((await (await ask()).json()).data.user, OTHER.username);
+  await audit(page, "My account", "account");
+  await openView(page, "one");
+  await page.click("#nav-account");
+  assert.equal(await page.inputValue("#account-token"), "", "shown once");
+  await expectText(page, "account-tokens", /nightly.*Dec 31, 2099/);
+  await page.click("#account-tokens button");
+  await expectText(page, "account-tokens", "No tokens.");
+  assert.equal((await ask()).status, 401);
+  await page.click("#account-password");
+  await page.fill("#password-old", WRONG);
+  for (const id of ["new", "again"]) await page.fill(`#password-${id}`, RIGHT);
+  await page.click("#password-save");
+  await expectText(page, "password-mistake", "The old password is wrong.");
 });

@@ -6,7 +6,7 @@ import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join, resolve } from "node:path";
 import { createInterface } from "node:readline";
-import { after, before } from "node:test";
+import { after, before, test } from "node:test";
 import { chromium } from "playwright-core";
 
 const [PROGRAMS, MODULE, SOURCE] = process.argv.slice(2).map((path) => resolve(path));
@@ -140,14 +140,13 @@ after(async () => {
  * @param {string} hash
  * @param {(page: import("playwright-core").Page, calls: {method: string, parameters: any}[]) => Promise<void>} work
  * gets the page, and what it sent so far
- * @param {{user?: typeof USER | null, script?: string, at?: string}} [options] null for nobody who is logged in
+ * @param {{user?: typeof USER | null, at?: string}} [options] null for nobody who is logged in
  */
-export async function withPage(hash, work, { user = USER, script = "", at = address } = {}) {
+export async function withPage(hash, work, { user = USER, at = address } = {}) {
   const context = await browser.newContext({ reducedMotion: "reduce", viewport: DESKTOP });
   try {
     if (user) await logIn(context, user, at);
     context.setDefaultTimeout(30_000);
-    if (script) await context.addInitScript({ path: script });
     const page = await context.newPage();
     const calls = [];
     const heard = [];
@@ -173,6 +172,13 @@ export async function withPage(hash, work, { user = USER, script = "", at = addr
     await context.close();
   }
 }
+
+/**
+ * Gives what makes tests of the page as it is opened at a hash.
+ * @param {string} hash @param {Parameters<typeof withPage>[2]} [options]
+ */
+export const testAt = (hash, options) => (name, work) =>
+  test(name, (t) => withPage(hash, (page, calls) => work(page, calls, t), options));
 
 /** Gives a browser a session, if need be after the pause for wrong passwords of earlier tests. */
 export async function logIn(context, { username, password }, at = address) {
