@@ -13,7 +13,7 @@ import {
   ports,
   results,
   rowsOf,
-  runEnds,
+  runBy,
   testAt,
   text,
 } from "./stage.js";
@@ -33,12 +33,10 @@ test("thirty pasted rows are tested and stored, each camera once, and their pict
   await page.fill("#many-text", [["name", "address", "port"], ...rows].map((cells) => cells.join()).join("\n"));
   await page.click("#many-read");
   await fillLogin(page);
-  await page.click("#many-start");
-  await runEnds(page);
+  await runBy(page, "#many-start");
   assert.equal(await results(page), `${"✓".repeat(28)}✕=`);
   assert.deepEqual(await visibleIn(page, "#many-adding"), ["Add all 28 that passed"]);
-  await page.click("#many-add");
-  await runEnds(page);
+  await runBy(page, "#many-add");
   await expectText(page, "status", "Ended. 27 added, 1 stored already.");
   assert.deepEqual(await visibleIn(page, "#many-adding"), ["Open Cameras", "Line 9: Stored already as before"]);
   assert.equal(storedCameras(), stored + 27);
@@ -60,17 +58,14 @@ test("adding stops when the recorder is away, and goes on with what is left and 
   const rows = rowsOf(...Array(5).fill("brokenOnvif"));
   rows[1][0] = "x".repeat(5000);
   await openWithLogin(page, rows);
-  await page.click("#many-start");
-  await runEnds(page);
+  await runBy(page, "#many-start");
   let count = 0;
   await page.route("**/recorder/1/cameras", (route) => (++count === 4 ? route.abort() : route.continue()));
-  await page.click("#many-add");
-  await runEnds(page);
+  await runBy(page, "#many-add");
   await expectText(page, "many-add-text", "2 added, 2 failed. Stopped. The recorder is not reachable.");
   await expectText(page, "many-not-added", /Line 3: Not added: .*longer than/);
   assert.equal(await focused(page), "many-add-again");
-  await page.click("#many-add-again");
-  await runEnds(page);
+  await runBy(page, "#many-add-again");
   await expectText(page, "many-add-text", "3 added, 1 failed.");
   await page.click("#many-forget");
   await expectText(page, "many-add-text", "2 rows that passed cannot be added: the password was forgotten.");
@@ -78,7 +73,6 @@ test("adding stops when the recorder is away, and goes on with what is left and 
   await page.fill("#many-password", RIGHT);
   await page.press("#many-password", "Tab");
   assert.equal(await text(page, "many-add"), "Add the other one that passed");
-  await page.click("#many-add");
-  await runEnds(page);
+  await runBy(page, "#many-add");
   await expectText(page, "many-add-text", "4 added, 1 failed.");
 });

@@ -11,7 +11,7 @@ import {
   openWithLogin,
   ports,
   results,
-  runEnds,
+  runBy,
   sent,
   serve,
   withPage,
@@ -42,8 +42,7 @@ test("a long list is tested by the recorder itself, or by the page where that do
     await page.route("**/recorder/1/runs/*", (route) => route.abort(), { times: 1 });
     await page.click("#many-start");
     await expectText(page, "many-pause-title", "Paused.");
-    await page.click("#many-go-on");
-    await runEnds(page);
+    await runBy(page, "#many-go-on");
     assert.equal(await results(page), LONG_ENDS);
     assert.equal(sent(calls, "CameraTest").length, 3);
     await expectNoRun(page);
@@ -52,8 +51,7 @@ test("a long list is tested by the recorder itself, or by the page where that do
     await openWithLogin(page, longList());
     await page.click("#many-start");
     await expectText(page, "many-progress-text", /^\d\d+ of 210/);
-    await page.click("#many-stop");
-    await runEnds(page);
+    await runBy(page, "#many-stop");
     assert.ok(sent(calls, "CameraTest").length > 9);
     await expectNoRun(page);
   };
@@ -82,8 +80,7 @@ test("a long list is tested by the recorder itself, or by the page where that do
       await openWithLogin(page, longList().map((row, i) => (i < 36 ? row : row.with(2, ports.silent))));
       await page.click("#many-start");
       await expectText(page, "many-progress-text", /^36 of 210/);
-      await page.click(button);
-      await runEnds(page);
+      await runBy(page, button);
       assert.equal([...new Set((await results(page)).slice(36))].sort().join(""), signs);
       await expectNoRun(page);
     };

@@ -17,6 +17,7 @@ import {
   ports,
   results,
   rowsOf,
+  runBy,
   runEnds,
   sent,
   testAt,
@@ -45,8 +46,7 @@ test("a run tests in groups, holds refused logins back, and its export can be re
   ];
   await openWithLogin(page, rows);
   assert.equal(await text(page, "many-start"), "Test 15 cameras");
-  await page.click("#many-start");
-  await runEnds(page);
+  await runBy(page, "#many-start");
   assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✕‖✕✓✓!=");
   assert.deepEqual(groupsOf(calls).slice(0, 3), [1, 1, 1], "until one passes");
   assert.equal(sent(calls, "CameraTest").length, 2, "a path rides in no group");
@@ -61,8 +61,7 @@ test("a run tests in groups, holds refused logins back, and its export can be re
   await page.click("#many-filters [data-kind=all]");
 
   calls.length = 0;
-  await page.click("#many-retry");
-  await runEnds(page);
+  await runBy(page, "#many-retry");
   assert.deepEqual(groupsOf(calls), [1, 1], "what failed for another reason than its login");
   await page.click("#row-12-more");
   await audit(page, "Details of a row", "row");
@@ -73,8 +72,7 @@ test("a run tests in groups, holds refused logins back, and its export can be re
   assert.ok(places[1] >= places[0], "Close is in sight on a phone");
   await page.setViewportSize(DESKTOP);
   await page.fill("#row-password", RIGHT);
-  await page.click("#row-test");
-  await runEnds(page);
+  await runBy(page, "#row-test");
   assert.equal(await results(page), "✓✓✕✓✓✕✓✓✓✓✓‖✕✓✓!=");
 
   const exported = readFileSync(await saved(page, "#many-export"), "utf8");
@@ -166,8 +164,7 @@ test("the cause that the recorder names is shown for each row of a list", async 
     const json = { success: true, data: { resultList: camList.map(row) } };
     return route.fulfill({ json, headers: { "Recorder-Cause": names.join(",") } });
   });
-  await page.click("#many-start");
-  await runEnds(page);
+  await runBy(page, "#many-start");
   assert.ok(groupsOf(calls).includes(2));
   await page.click("#many-filters [data-kind=failed]");
   assert.equal(await text(page, "many-causes"), "No ONVIF or PSIA on this port 6");
@@ -201,8 +198,7 @@ for (const [name, button, signs] of STOPS)
     await runEnds(page);
     assert.equal(await results(page), signs);
     assert.deepEqual(groupsOf(calls), [1, 1, 1, 2, 2, 2]);
-    await page.click("#many-start");
-    await runEnds(page);
+    await runBy(page, "#many-start");
     assert.equal(await results(page), "✓✓✓✓✓✓✓✓✓✓✓✓✓✓✓✕✕");
   });
 
@@ -213,8 +209,7 @@ test("until a login passed only three are refused, and none of them is sent agai
   await page.click("#many-start");
   await expectText(page, "many-pause-text", "The first 3 logins were all refused. Is the shared password right?");
   await expectText(page, "status", "Paused.");
-  await page.click("#many-give-up");
-  await runEnds(page);
+  await runBy(page, "#many-give-up");
   assert.equal(await results(page), "✕✕✕✕✕✕✕✕––");
   assert.deepEqual(groupsOf(calls), Array(7).fill(1));
   calls.length = 0;
@@ -233,8 +228,7 @@ test("until a login passed only three are refused, and none of them is sent agai
   assert.equal(await results(page), "––––‖‖–‖––", "nor when the list is read anew");
   await page.fill("#many-password", RIGHT);
   await page.press("#many-password", "Tab");
-  await page.click("#many-start");
-  await runEnds(page);
+  await runBy(page, "#many-start");
   assert.equal(await results(page), "✕✕✕✕✓✓✕✓✓✓");
 });
 
@@ -243,8 +237,7 @@ test("a request without an answer pauses the run and is not sent again", async (
   await page.route("**/CamBatAddVerify", (route) => route.abort(), { times: 1 });
   await page.click("#many-start");
   await expectText(page, "many-pause-title", "This camera's test was not answered.");
-  await page.click("#many-go-on");
-  await runEnds(page);
+  await runBy(page, "#many-go-on");
   assert.deepEqual(groupsOf(calls), [1, 1, 1, 1]);
   assert.equal(await results(page), "?✓✓✓");
 });

@@ -25,8 +25,7 @@ test("each cause of a failed test has its text, and leads to a field", async (pa
   await audit(page, "One camera with a mistake");
   for (const [code, camera, password, field, cause = ""] of CAUSES)
     await t.test(`${code}`, async () => {
-      await fillOne(page, { port: ports[camera], password });
-      await testOne(page);
+      await testOne(page, { port: ports[camera], password });
       const { heading, happened, first } = causes.named[cause] ?? causes.test[code];
       assert.equal(await text(page, "one-result-title"), heading);
       assert.equal(await text(page, "one-result-text"), happened);
@@ -59,8 +58,7 @@ test("each cause of missing capabilities is a note, and the test has passed all 
         const parameters = { ...route.request().postDataJSON(), camPort: ports[camera], camPass };
         return route.continue({ postData: JSON.stringify(parameters) });
       });
-      await fillOne(page, { port: ports.onvif, model: "ONVIF" });
-      await testOne(page);
+      await testOne(page, { port: ports.onvif, model: "ONVIF" });
       await page.unroute("**/CamCapRemote");
       const { heading, happened, first } = causes.named[cause] ?? causes.capability[code];
       assert.equal(await text(page, "one-result-title"), "Camera works");
@@ -112,8 +110,7 @@ test("what a camera says late goes to no other model", async (page) => {
   const offered = () => page.locator("#one-codec").innerHTML();
   await fillOne(page, other);
   const before = await offered();
-  await fillOne(page, { port: ports.onvif, model: "ONVIF" });
-  await testOne(page);
+  await testOne(page, { port: ports.onvif, model: "ONVIF" });
   assert.equal(await text(page, "one-capabilities-earlier"), "Of the earlier values");
   assert.equal(await offered(), before);
 });
@@ -204,8 +201,7 @@ test("what was tested is saved under a name, and a second time only if somebody 
 });
 
 test("a third login after two refused ones is sent only if somebody wants it", async (page, calls) => {
-  await fillOne(page, { port: ports.works, password: WRONG });
-  await testOne(page);
+  await testOne(page, { port: ports.works, password: WRONG });
   await testOne(page);
   await page.click("#one-test");
   await expectText(page, "question-text", "Two logins were refused. Another may lock this user out. Try anyway?");

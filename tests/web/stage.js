@@ -204,7 +204,9 @@ export async function fillOne(page, fields) {
   await page.locator("#one-capabilities", { hasText: `of ${values.model},` }).waitFor();
 }
 
-export async function testOne(page) {
+/** Tests, in One camera, what the fields say, or what is filled in before. */
+export async function testOne(page, fields = null) {
+  if (fields) await fillOne(page, fields);
   await page.click("#one-test");
   await page.locator("#one-test:not([aria-disabled])").waitFor();
 }
@@ -259,6 +261,12 @@ export const results = async (page) => (await page.locator("#many-rows .sign").a
 
 /** A run ends when its buttons and fields are free again. */
 export const runEnds = (page) => page.locator("#many-other:enabled").waitFor();
+
+/** Has a run begin, or go on, by a button, and waits for its end. */
+export async function runBy(page, button) {
+  await page.click(button);
+  await runEnds(page);
+}
 
 /** Fills in the page's own login. */
 export async function enterLogin(page, { username, password }) {
