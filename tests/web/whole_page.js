@@ -1,21 +1,8 @@
 /// What holds in all three views: models, banners, logins.
 
 import assert from "node:assert/strict";
-import { test } from "node:test";
 import { audit } from "./audit.js";
-import {
-  RIGHT,
-  addUser,
-  control,
-  expectText,
-  fillOne,
-  logIn,
-  ports,
-  sent,
-  testAt,
-  testOne,
-  withPage,
-} from "./stage.js";
+import { RIGHT, USER, control, expectText, fillOne, logIn, ports, sent, testAt, testOne } from "./stage.js";
 
 testAt("#one")("models are found, shown, and taken over into a test", async (page) => {
   await page.click("#nav-models");
@@ -123,18 +110,13 @@ testAt("")("what keeps the page from the recorder is told in every view, with wh
   assert.ok(await page.locator("#models-failed").isHidden(), "one trouble, one banner");
 });
 
-test("a test that wanted a login goes on when there is one, in another tab too", () => {
-  const user = { username: "leaver", password: "let-me-in-43" };
-  addUser(user);
-  const work = async (page) => {
-    await fillOne(page, { port: ports.works });
-    control("", `session end --user ${user.username}`);
-    await page.click("#one-test");
-    await page.locator("#login[open]").waitFor();
-    await logIn(page.context(), user);
-    await page.evaluate(() => document.dispatchEvent(new Event("visibilitychange")));
-    await expectText(page, "status", "Passed: camera works");
-    assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
-  };
-  return withPage("#one", work, { user });
+testAt("#one")("a test that wanted a login goes on when there is one, in another tab too", async (page) => {
+  await fillOne(page, { port: ports.works });
+  control("", `session end --user ${USER.username}`);
+  await page.click("#one-test");
+  await page.locator("#login[open]").waitFor();
+  await logIn(page.context(), USER);
+  await page.evaluate(() => document.dispatchEvent(new Event("visibilitychange")));
+  await expectText(page, "status", "Passed: camera works");
+  assert.equal(await page.inputValue("#one-password"), RIGHT, "stays");
 });
