@@ -10,9 +10,8 @@ import {
   DESKTOP,
   OTHER,
   RIGHT,
-  USER,
   WRONG,
-  addUser,
+  addUsers,
   control,
   expectText,
   focused,
@@ -60,10 +59,7 @@ function picturesOf(page) {
 const loginsRefused = async () => (await (await fetch(`http://127.0.0.1:${ports.works}/sim/log`)).json()).refusedLogins;
 
 before(async () => {
-  at = await serve("kept", () => {
-    addUser(USER, "", KEPT);
-    addUser(OTHER, " --role user", KEPT);
-  });
+  at = await serve("kept", addUsers);
 });
 
 test("whoever has no camera yet is led to Add, if he may add one", async () => {
@@ -278,7 +274,7 @@ test("lines for other programs hold any login, name and path as they are", () =>
 });
 
 test("of a thousand cameras, stills are asked for in sight alone, four at a time", async () => {
-  const many = await serve("thousand", () => addUser(USER, "", MANY));
+  const many = await serve("thousand", addUsers);
   const rows = Array.from({ length: 1000 }, (_, i) => `Camera ${i},127.1.${i >> 8}.${i & 255},554,Simcam,RTSP-H264`);
   writeFileSync(here("out/thousand.csv"), ["name,address,port,vendor,model", ...rows].join("\n"));
   control("", `camera import ${here("out/thousand.csv")}`, MANY);

@@ -5,7 +5,7 @@ import { createServer } from "node:http";
 import { before, test } from "node:test";
 import { audit } from "./audit.js";
 import { History } from "./page/cameras/history.js";
-import { OTHER, RIGHT, USER, addUser, control, expectText, focused, ports, serve, withPage } from "./stage.js";
+import { OTHER, RIGHT, addUsers, control, expectText, focused, ports, serve, withPage } from "./stage.js";
 
 const TOLD = "told.json";
 const HOUR = 3600;
@@ -15,10 +15,7 @@ let at = "";
 let id = 0;
 
 before(async () => {
-  at = await serve("told", () => {
-    addUser(USER, "", TOLD);
-    addUser(OTHER, " --role user", TOLD);
-  });
+  at = await serve("told", addUsers);
   const camera = `--vendor Simcam --model RTSP-H264 --host 127.0.0.1 --port ${ports.works} --user admin --force`;
   id = Number(/\d+/.exec(control(RIGHT, `camera add --name yard ${camera}`, TOLD)));
 });

@@ -4,9 +4,8 @@ import assert from "node:assert/strict";
 import { test } from "node:test";
 import {
   HOSTS,
-  USER,
   WRONG,
-  addUser,
+  addUsers,
   expectText,
   openWithLogin,
   ports,
@@ -32,7 +31,7 @@ const LONG_STOPS = [
 ];
 
 test("a long list is tested by the recorder itself, or by the page where that does not watch", async (t) => {
-  const at = await serve("watching", () => addUser(USER, "", "watching.json"), "--workers", "4");
+  const at = await serve("watching", addUsers, "--workers", "4");
   const expectNoRun = async (page) => {
     const answer = await page.request.get(new URL("/recorder/1/runs", page.url()).href);
     assert.deepEqual((await answer.json()).data, []);

@@ -94,14 +94,20 @@ export function control(input, line, config = "recorder.json") {
   return stdout;
 }
 
-export const addUser = ({ username, password }, more = "", config = "recorder.json") =>
+const addUser = ({ username, password }, more, config) =>
   control(`${password}\n`, `user add ${username}${more}`, config);
 
-/** Starts a recorder with a state folder of its own, and gives its address. */
+/** An admin, and one who only looks. */
+export function addUsers(config) {
+  addUser(USER, "", config);
+  addUser(OTHER, " --role user", config);
+}
+
+/** Starts a recorder with a state folder of its own, and gives its address. @param {(config: string) => void} prepare */
 export function serve(name, prepare = () => {}, ...more) {
   const file = join(folder, `${name}.json`);
   writeFileSync(file, JSON.stringify({ ...config, stateFolder: `state-of-${name}` }));
-  prepare();
+  prepare(`${name}.json`);
   return start("recorderctl", "--config", file, "serve", ...(more.length > 0 ? more : ["--no-watch"]));
 }
 
@@ -120,9 +126,8 @@ export async function startCameras(file, cameras) {
 before(async () => {
   mkdirSync(here("out/page"), { recursive: true });
   Object.assign(ports, await startCameras("cameras.json", CAMERAS));
-  address = await serve("recorder", () => {
-    addUser(USER);
-    addUser(OTHER, " --role user");
+  address = await serve("recorder", (config) => {
+    addUsers(config);
     mkdirSync(join(folder, "state-of-recorder/models"), { mode: 0o700 });
     writeFileSync(join(folder, "state-of-recorder/models/acme.json"), JSON.stringify(OWN_MODELS));
   });
