@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include <cstdint>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 #include "recorder/net/http/http_client.h"
 #include "recorder/net/rtsp/rtsp_client.h"
+#include "tests/recorder/listen.h"
 
 // All that a camera sends counts for the request, whatever becomes of it.
 
@@ -22,15 +20,9 @@ const std::string kMuch(5000, 'x');
 /// UDP.
 class Answers {
  public:
-  explicit Answers(std::vector<std::string> answers) : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address = {.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
-    socklen_t size = sizeof address;
-    std::ignore = bind(listener_.Get(), reinterpret_cast<sockaddr*>(&address), size);
-    listen(listener_.Get(), 1);
-    getsockname(listener_.Get(), reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
+  explicit Answers(std::vector<std::string> answers) {
     thread_ = std::jthread([this, texts = std::move(answers)] {
-      const FileDescriptor connection(accept(listener_.Get(), nullptr, nullptr));
+      const FileDescriptor connection(accept(listening_.first.Get(), nullptr, nullptr));
       char bytes[4096];
       std::string asked;
       for (const std::string& text : texts) {
@@ -42,7 +34,7 @@ class Answers {
     });
   }
 
-  CameraAddress Address() const { return {.host = "127.0.0.1", .port = port_, .user = "", .password = ""}; }
+  CameraAddress Address() const { return {.host = "127.0.0.1", .port = listening_.second, .user = "", .password = ""}; }
 
  private:
   static void SendPacket(const std::string& port) {
@@ -55,8 +47,7 @@ class Answers {
     sendto(sender.Get(), packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&client), sizeof client);
   }
 
-  FileDescriptor listener_;
-  int port_ = 0;
+  const std::pair<FileDescriptor, int> listening_ = Listen();
   std::jthread thread_;
 };
 

@@ -1,13 +1,14 @@
 #include "tests/recorder/device/scripted_port.h"
 
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <cstdlib>
 #include <optional>
-#include <stdexcept>
+#include <tuple>
 #include <utility>
+
+#include "tests/recorder/listen.h"
 
 namespace recorder {
 namespace {
@@ -57,15 +58,8 @@ std::optional<std::string> Taken(int connection, std::string& text, const std::f
 
 }  // namespace
 
-ScriptedPort::ScriptedPort(Script script) : script_(std::move(script)), socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* const place = reinterpret_cast<sockaddr*>(&address);
-  if (bind(socket_.Get(), place, size) != 0 || listen(socket_.Get(), 16) != 0) throw std::runtime_error("no port");
-  getsockname(socket_.Get(), place, &size);
-  number_ = ntohs(address.sin_port);
+ScriptedPort::ScriptedPort(Script script) : script_(std::move(script)) {
+  std::tie(socket_, number_) = Listen();
   thread_ = std::jthread([this] { Accept(); });
 }
 

@@ -1,9 +1,7 @@
 #include "recorder/records/runs.h"
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -19,6 +17,7 @@
 #include "rig/cameras.h"
 #include "rig/processes.h"
 #include "rig/proxy.h"
+#include "tests/recorder/listen.h"
 
 // Long lists of cameras that are tested in the background.
 
@@ -152,23 +151,6 @@ TEST_F(LongLists, TriesNoPasswordThatAStoredCameraOrARunBeforeHasJustSeenRefused
   EXPECT_EQ(cameras.Log("locks")["refusedLogins"], 1);
 }
 
-namespace {
-
-/// Takes connections at this address of this machine, and says nothing. Returns its port, too.
-std::pair<recorder::FileDescriptor, int> SilentAt(const std::string& host) {
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  inet_pton(AF_INET, host.c_str(), &address.sin_addr);
-  recorder::FileDescriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  socklen_t size = sizeof(address);
-  EXPECT_EQ(bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), size), 0);
-  EXPECT_EQ(listen(listener.Get(), 5), 0);
-  getsockname(listener.Get(), reinterpret_cast<sockaddr*>(&address), &size);
-  return {std::move(listener), ntohs(address.sin_port)};
-}
-
-}  // namespace
-
 TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
   constexpr std::size_t kMany = 200;
   const TestRecorder recorder({.testMs = 2000, .watchSeconds = 1});
@@ -176,7 +158,7 @@ TEST(LongList, GoesOnWhileSilentStoredCamerasKeepTheWatchBusy) {
   std::vector<recorder::FileDescriptor> listeners;
   for (std::size_t i = 1; i <= kMany; ++i) {
     const std::string host = "127.0.1." + std::to_string(i);
-    auto [listener, port] = SilentAt(host);
+    auto [listener, port] = Listen(host);  // and says nothing
     listeners.push_back(std::move(listener));
     records.Add({0, host, "Simcam", "RTSP-H264", host, port, "admin", "", ""}, kSecret);
   }

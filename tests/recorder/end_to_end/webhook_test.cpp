@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sodium.h>
-#include <sys/socket.h>
 
 #include <functional>
 #include <future>
@@ -11,6 +9,7 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/secrets.h"
 #include "rig/recorder.h"
+#include "tests/recorder/listen.h"
 
 // What a server of somebody else's hears when a stored camera changes.
 
@@ -26,23 +25,12 @@ const std::string kSignedWith = "a secret of thirty-two bytes ...";
 /// That server.
 class Receiver {
  public:
-  Receiver() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* const place = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_.Get(), place, size) != 0 || listen(listener_.Get(), 8) != 0) throw std::runtime_error("no port");
-    getsockname(listener_.Get(), place, &size);
-    url_ = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/cameras?of=us";
-  }
-
-  const std::string& Url() const { return url_; }
+  std::string Url() const { return "http://127.0.0.1:" + std::to_string(listening_.second) + "/cameras?of=us"; }
 
   /// Waits for what is told, answers `status`, or hangs up if that is "", and looks at the signature.
   Json::Value Take(
       const std::string& status, const std::function<void()>& meanwhile = [] {}) const {
-    const Connection connection(listener_);
+    const Connection connection(listening_.first);
     std::string bytes;
     while (MessageSize(bytes) == 0 && connection.Receive(bytes)) continue;
     meanwhile();
@@ -61,8 +49,7 @@ class Receiver {
     return recorder::HexText(hmac);
   }
 
-  recorder::FileDescriptor listener_;
-  std::string url_;
+  const std::pair<recorder::FileDescriptor, int> listening_ = Listen();
 };
 
 class Webhook : public testing::Test {
