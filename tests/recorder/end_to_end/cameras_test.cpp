@@ -36,7 +36,6 @@ class Cameras : public testing::Test {
  protected:
   Reply Ask(const std::string& verb, const std::string& path, const Json::Value& body = {}, Headers more = {}) const {
     more.merge(recorder_.Login());
-    if (!body.isNull()) more.emplace("Content-Type", "application/json");
     return recorder_.Ask(verb, kCamerasPath + path, more, body.isNull() ? "" : ToText(body));
   }
 

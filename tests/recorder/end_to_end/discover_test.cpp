@@ -103,10 +103,8 @@ TEST(Discover, RefusesOverTheApiWhatIsTooMuchOrClosed) {
   const std::pair<const char*, const char*> refused[] = {{R"({"range": "10.0.0.0/8"})", "at most 1024"},
                                                          {R"({"range": "169.254.169.254"})", "address policy"},
                                                          {R"({"seconds": 61})", "1 to 60"}};
-  Headers headers = recorder.Login();
-  headers.emplace("Content-Type", "application/json");
   for (const auto& [body, reason] : refused) {
-    const Answer answer = recorder.Send("POST", "/recorder/1/discover", headers, body);
+    const Answer answer = recorder.Send("POST", "/recorder/1/discover", recorder.Login(), body);
     EXPECT_EQ(answer.status, 400) << answer.body;
     EXPECT_THAT(answer.body, HasSubstr(reason));
   }

@@ -115,9 +115,7 @@ TEST_F(MeasureTest, NamesTheCauseToAdmins) {
     for (const std::string& name : usual.getMemberNames()) body[name] = body.get(name, usual[name]);
     body["port"] = cameras_.Port("H264");
     body["password"] = body.get("password", kSecret);
-    Headers headers = recorder_.Login();
-    headers.emplace("Content-Type", "application/json");
-    const Answer answer = recorder_.Send("POST", "/recorder/1/measure", headers, ToText(body));
+    const Answer answer = recorder_.Send("POST", "/recorder/1/measure", recorder_.Login(), ToText(body));
     EXPECT_EQ(answer.status, row.status) << answer.body;
     EXPECT_EQ(answer.json["error"]["cause"].asString(), row.cause);
   }

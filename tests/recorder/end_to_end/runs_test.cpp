@@ -43,9 +43,7 @@ Json::Value Row(const std::string& host, int port, const std::string& password =
 class LongLists : public testing::Test {
  protected:
   Answer Send(const std::string& verb, const std::string& path, const Json::Value& body = Json::objectValue) {
-    Headers headers = recorder.Login();
-    if (verb == "POST") headers["Content-Type"] = "application/json";
-    Answer answer = recorder.Send(verb, kRuns + path, headers, verb == "POST" ? ToText(body) : "");
+    Answer answer = recorder.Send(verb, kRuns + path, recorder.Login(), verb == "POST" ? ToText(body) : "");
     answers += answer.head + answer.body;
     return answer;
   }

@@ -55,9 +55,7 @@ class Receiver {
 class Webhook : public testing::Test {
  protected:
   Answer Send(const std::string& verb, const std::string& path, const Json::Value& body = {}) const {
-    Headers headers = recorder_.Login();
-    headers.emplace("Content-Type", "application/json");
-    return recorder_.Send(verb, "/recorder/1/webhook" + path, headers, body.isNull() ? "" : ToText(body));
+    return recorder_.Send(verb, "/recorder/1/webhook" + path, recorder_.Login(), body.isNull() ? "" : ToText(body));
   }
 
   Answer Set(const std::string& url, const std::string& secret = "") const {
