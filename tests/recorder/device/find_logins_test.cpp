@@ -62,6 +62,24 @@ Script Onvif(const Answer& refusal) {
   });
 }
 
+/// Wants Basic once it has asked for Digest.
+const Script kBasicAfterDigest = Rtsp([](const Question& asked) {
+  return Answer{asked.login.empty() ? 401 : 404, asked.number == 1 ? kDigest : kBasic};
+});
+
+/// Has other paths than that for whoever logs in, whatever the password.
+const Script kPathBeforePassword = Rtsp([](const Question& asked) {
+  const bool isElsewhere = !asked.login.empty() && asked.path != "/stream1";
+  return isElsewhere ? Answer{404} : Answer{401, kDigest};
+});
+
+const Script kNeitherYesNorNo = Rtsp([](const Question& asked) {
+  return asked.login.empty() ? Answer{401, kDigest} : Answer{500};
+});
+
+const Script kAllBehindToken = Web([](const Question&) { return NotAuthorized(); });
+const Script kAllBehindDigest = Web([](const Question&) { return Answer{401, kDigest}; });
+
 struct LoginCase {
   const char* name;
   std::list<Script> ports;
@@ -73,41 +91,12 @@ struct LoginCase {
 const LoginCase kCases[] = {
     {"OnvifCloses", {kPathFirst, Onvif({})}, Outcome::kLoginRefused, Login::kRefused, 1},
     {"OnvifIsBusy", {kPathFirst, Onvif({503})}, Outcome::kBusy, Login::kRefused, 1},
-    {"ClockBehindALogin",
-     {kPathFirst, Web([](const Question&) { return NotAuthorized(); })},
-     Outcome::kClockUnknown,
-     Login::kRefused,
-     1},
-    {"BasicAfterDigest",
-     {Rtsp([](const Question& asked) {
-       return Answer{asked.login.empty() ? 401 : 404, asked.number == 1 ? kDigest : kBasic};
-     })},
-     Outcome::kLoginRefused,
-     Login::kRefused,
-     0},
-    {"PathBeforeThePassword",
-     {Rtsp([](const Question& asked) {
-       const bool isElsewhere = !asked.login.empty() && asked.path != "/stream1";
-       return isElsewhere ? Answer{404} : Answer{401, kDigest};
-     })},
-     Outcome::kLoginRefused,
-     Login::kRefused,
-     1},
-    {"NeitherYesNorNo",
-     {Rtsp([](const Question& asked) {
-       return asked.login.empty() ? Answer{401, kDigest} : Answer{500};
-     })},
-     Outcome::kNotUnderstood,
-     Login::kRefused,
-     1},
+    {"ClockBehindALogin", {kPathFirst, kAllBehindToken}, Outcome::kClockUnknown, Login::kRefused, 1},
+    {"BasicAfterDigest", {kBasicAfterDigest}, Outcome::kLoginRefused, Login::kRefused, 0},
+    {"PathBeforeThePassword", {kPathBeforePassword}, Outcome::kLoginRefused, Login::kRefused, 1},
+    {"NeitherYesNorNo", {kNeitherYesNorNo}, Outcome::kNotUnderstood, Login::kRefused, 1},
     {"WebAsOnvif", {kTakesLogin, Onvif(NotAuthorized())}, Outcome::kNoSuchStream, Login::kOnvifOthers, 1},
-    {"WebAlone",
-     {kTakesLogin, Web([](const Question&) {
-        return Answer{401, kDigest};
-      })},
-     Outcome::kNoSuchStream,
-     Login::kAccepted,
-     1},
+    {"WebAlone", {kTakesLogin, kAllBehindDigest}, Outcome::kNoSuchStream, Login::kAccepted, 1},
     {"SecondRtspPort", {kTakesLogin, kPathFirst}, Outcome::kNoSuchStream, Login::kAccepted, 1},
 };
 

@@ -19,13 +19,17 @@ using testing::Not;
 
 namespace {
 
+using Streams = std::map<std::string, const char*>;
+
 struct FindCase {
   const char* name;
-  const char* config;                          ///< of the simulated camera
-  const char* login;                           ///< how it ends with the right password
-  std::map<std::string, const char*> streams;  ///< by path: channel, name, codec, and whether it was asked for
+  const char* config;  ///< of the simulated camera
+  const char* login;   ///< how it ends with the right password
+  Streams streams;     ///< by path: channel, name, codec, and whether it was asked for
   const char* warning = "";
 };
+
+const Streams kUsual = {{"/stream1", "1 main H.264 asked"}};
 
 constexpr char kRecorder[] = R"({"onvif": {"channels": 4, "login": "token", "clockHours": 3}, "stream": [
     {"path": "/c/101"}, {"path": "/c/102", "width": 320, "height": 240},
@@ -50,22 +54,15 @@ const FindCase kCases[] = {
       {"/c/401", "4 main H.264 worked out"},
       {"/c/402", "4 sub H.264 asked"}},
      "clockWrong"},
-    {"OnvifHasOtherUsers",
-     R"({"onvif": {"ownUsers": true}})",
-     "onvifOthers",
-     {{"/stream1", "1 main H.264 asked"}},
-     "onvifOthers"},
-    {"OnvifHasOtherUsersAndTokens",
-     R"({"onvif": {"ownUsers": true, "login": "token"}})",
-     "onvifOthers",
-     {{"/stream1", "1 main H.264 asked"}},
+    {"OnvifHasOtherUsers", R"({"onvif": {"ownUsers": true}})", "onvifOthers", kUsual, "onvifOthers"},
+    {"OnvifHasOtherUsersAndTokens", R"({"onvif": {"ownUsers": true, "login": "token"}})", "onvifOthers", kUsual,
      "onvifOthers"},
     {"YesToEveryPath",
      R"({"stream": {"path": "/not/in/a/file", "anyPath": true}})",
      "accepted",
      {{"/stream1", "1 main  worked out"}},
      "anyPath"},
-    {"LocksAfterThreeWrongLogins", R"({"fault": "lockOut"})", "accepted", {{"/stream1", "1 main H.264 asked"}}},
+    {"LocksAfterThreeWrongLogins", R"({"fault": "lockOut"})", "accepted", kUsual},
     {"PathOfAModelFile",
      R"({"stream": {"path": "/stream1", "codec": "h265"}})",
      "accepted",
@@ -77,7 +74,7 @@ const FindCase kCases[] = {
       {"/ch2/stream1", "2 main H.264 worked out"},
       {"/ch3/stream1", "3 main H.264 worked out"},
       {"/ch4/stream1", "4 main H.264 worked out"}}},
-    {"WithoutALogin", R"({"login": "none"})", "notNeeded", {{"/stream1", "1 main H.264 asked"}}},
+    {"WithoutALogin", R"({"login": "none"})", "notNeeded", kUsual},
     {"PictureOverHttp",
      R"({"stream": {"path": "/not/in/a/file"}})",
      "accepted",

@@ -2,14 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
 #include <algorithm>
 #include <future>
 #include <sstream>
-#include <tuple>
 
 #include "rig/cameras.h"
 #include "rig/processes.h"
@@ -21,64 +19,37 @@ using testing::ContainsRegex;
 
 namespace {
 
-const std::string kGuest = LoginOf("guest", "wrong").begin()->second;
-
 struct IdCase {
   const char* name;
-  const char* verb;
-  std::string path;
-  Headers headers;  // "Authorization": "" for none
-  const char* id;   // regular expressions
+  const char* path;  ///< behind the API's prefix, or whole when it starts with a slash
+  Headers headers;
+  const char* id;  // regular expressions
   std::string line;
 };
 
 const char kNewId[] = "^[0-9a-f]{16}$";
 const std::string kWorked = R"( request: method="CamCap" status=200 user="tester" ms=[0-9]+)";
+const Headers kGuest = LoginOf("guest", "wrong");
+
+Headers Forwarded(const char* id) { return {{"X-Request-Id", id}, {"X-Forwarded-For", "203.0.113.9"}}; }
 
 const IdCase kIdCases[] = {
     {"OfACamera",
-     "POST",
-     std::string(kApi) + "CameraTest",
+     "CameraTest",
      {},
      kNewId,
      R"( request: method="CameraTest" status=200 user="tester" cause="unknownModel" ms=)"},
     {"OfAnAddressOfItsOwn",
-     "GET",
      "/recorder/1/models?vendor=hidden",
      {},
      kNewId,
      R"( request: method="GET /recorder/1/models" status=200 user="tester" ms=)"},
-    {"OfLogins",
-     "GET",
-     "/recorder/1/session",
-     {},
-     kNewId,
-     R"( request: method="GET /recorder/1/session" status=200 user)"},
-    {"OfAWrongPassword",
-     "GET",
-     std::string(kApi) + "CamCap",
-     {{"Authorization", kGuest}},
-     kNewId,
-     " recorder/login/login_check:[0-9]+ Refuse: Login of "},
-    {"OfARefusal",
-     "GET",
-     std::string(kApi) + "CamCap",
-     {{"Authorization", kGuest}},
-     kNewId,
-     " request: method=\"CamCap\" status=4"},
-    {"OfAProxy",
-     "GET",
-     std::string(kApi) + "CamCap",
-     {{"X-Request-Id", "trace-1.A_b"}, {"X-Forwarded-For", "203.0.113.9"}},
-     "^trace-1.A_b$",
-     kWorked},
-    {"BadOfAProxy",
-     "GET",
-     std::string(kApi) + "CamCap",
-     {{"X-Request-Id", "trace 1"}, {"X-Forwarded-For", "203.0.113.9"}},
-     kNewId,
-     kWorked},
-    {"NotOfAProxy", "GET", std::string(kApi) + "CamCap", {{"X-Request-Id", "trace-2"}}, kNewId, kWorked},
+    {"OfLogins", "/recorder/1/session", {}, kNewId, R"( request: method="GET /recorder/1/session" status=200 user)"},
+    {"OfAWrongPassword", "CamCap", kGuest, kNewId, " recorder/login/login_check:[0-9]+ Refuse: Login of "},
+    {"OfARefusal", "CamCap", kGuest, kNewId, " request: method=\"CamCap\" status=4"},
+    {"OfAProxy", "CamCap", Forwarded("trace-1.A_b"), "^trace-1.A_b$", kWorked},
+    {"BadOfAProxy", "CamCap", Forwarded("trace 1"), kNewId, kWorked},
+    {"NotOfAProxy", "CamCap", {{"X-Request-Id", "trace-2"}}, kNewId, kWorked},
 };
 
 }  // namespace
@@ -89,7 +60,9 @@ TEST(Operating, AnAnswerCarriesTheIdOfItsLinesInTheLog) {
     SCOPED_TRACE(row.name);
     Headers headers = row.headers;
     headers.merge(recorder.Login());
-    const Answer answer = recorder.Send(row.verb, row.path, headers, row.verb == std::string("POST") ? "{}" : "");
+    const bool isPost = row.path == std::string("CameraTest");
+    const std::string path = row.path[0] == '/' ? row.path : std::string(kApi) + row.path;
+    const Answer answer = recorder.Send(isPost ? "POST" : "GET", path, headers, isPost ? "{}" : "");
     const std::string id = HeaderOf(answer.head, "X-Request-Id");
     EXPECT_THAT(id, ContainsRegex(row.id));
     EXPECT_THAT(recorder.Log(), ContainsRegex(' ' + id + row.line));
@@ -144,21 +117,6 @@ TEST(Operating, StrangersLearnWhetherItIsAliveAndReadyAndNothingElse) {
 
 namespace {
 
-/// Connections that say a word and then hold their place.
-std::vector<recorder::FileDescriptor> Strangers(int count, int port) {
-  std::vector<recorder::FileDescriptor> strangers;
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  for (int i = 0; i < count; ++i) {
-    strangers.emplace_back(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    std::ignore = connect(strangers.back().Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-    std::ignore = send(strangers.back().Get(), "GET", 3, MSG_NOSIGNAL);
-  }
-  return strangers;
-}
-
 /// What a service manager hears of a recorder, until it has heard two messages or the log says a failure.
 std::string HeardByWatchdog(const std::vector<std::string>& serveArguments, int strangers = 0) {
   const TempFolder folder;
@@ -173,7 +131,8 @@ std::string HeardByWatchdog(const std::vector<std::string>& serveArguments, int 
   const TestRecorder recorder({.serveArguments = serveArguments});
   unsetenv("NOTIFY_SOCKET");
   unsetenv("WATCHDOG_USEC");
-  const auto held = Strangers(strangers, recorder.Port());
+  std::vector<Connection> held;  // that say a word and then hold their place
+  for (int i = 0; i < strangers; ++i) held.emplace_back(recorder.Port(), std::chrono::seconds(60)).Send("GET");
   if (strangers > 0) usleep(500'000);  // all have their place
   for (char text[64]; recv(manager.Get(), text, sizeof(text), 0) > 0;) continue;
   std::string heard;
@@ -232,7 +191,7 @@ TEST(Operating, MetricsTellWhatHappened) {
   const Answer picture = recorder.Send("GET", "/recorder/1/cameras/3/picture", recorder.Login());
   EXPECT_EQ(picture.status, 200) << picture.body;
   EXPECT_EQ(CodeOf(recorder, "GetSnapshot", CameraParams(cameras.Port("camera"), kSecret)), 0);
-  recorder.Send("GET", kApi + std::string("CamCap"), {{"Authorization", kGuest}});
+  recorder.Send("GET", kApi + std::string("CamCap"), kGuest);
 
   const auto samples = PrometheusText(recorder.Send("GET", "/metrics", {}).body).Samples();
   const std::pair<const char*, double> wanted[] = {
