@@ -6,6 +6,7 @@
 #include <set>
 
 #include "rig/cameras.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // Cameras of the generic protocols, ONVIF and PSIA, which are asked what they can do.
 
@@ -54,9 +55,7 @@ const AskedCamera kCameras[] = {
 };
 
 Json::Value AllCameras() {
-  Json::Value cameras(Json::arrayValue);
-  for (const AskedCamera& camera : kCameras) cameras.append(Configured(camera.name, camera.config));
-  return cameras;
+  return ListOf(kCameras, [](const AskedCamera& camera) { return Configured(camera.name, camera.config); });
 }
 
 /// Requests that carried a question, challenges not counted.
@@ -204,17 +203,14 @@ const Trouble kTroubles[] = {
 };
 
 TEST(AskedCameras, TroubleHasItsCode) {
-  Json::Value configs(Json::arrayValue);
-  for (const Trouble& trouble : kTroubles) configs.append(Configured(trouble.name, trouble.config));
-  const SimCameras cameras(configs);
+  const auto configured = [](const Trouble& trouble) { return Configured(trouble.name, trouble.config); };
+  const SimCameras cameras(ListOf(kTroubles, configured));
   const TestRecorder recorder({.testMs = 2000, .pictureMs = 2000, .workers = 1});
   for (const Trouble& trouble : kTroubles) {
     SCOPED_TRACE(trouble.name);
     Json::Value params = GenericParams(trouble.Vendor(), cameras.Port(trouble.name), kSecret);
     const auto expect = [&](const char* method, int code) {
-      const Answer answer = recorder.Post(method, params);
-      EXPECT_EQ(CodeIn(answer, method), code) << method << recorder.Log();
-      EXPECT_EQ(answer.cause, trouble.cause) << method;
+      ExpectAnswer(recorder, method, params, code, trouble.cause);
     };
     expect("CameraTest", trouble.testCode);
     expect("CamBatAddVerify", trouble.testCode);

@@ -4,15 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <future>
 #include <thread>
-#include <vector>
 
 #include "recorder/records/records.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/file_lock.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // Stored cameras over HTTP: a password goes in once and never comes out.
 
@@ -96,12 +95,7 @@ TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
   EXPECT_EQ(Send("POST", "/1/restore").json["data"], camera);
   EXPECT_EQ(Send("POST", "/1/restore").status, 404);
   EXPECT_EQ(Send("DELETE", "/1").status, 200);
-  std::vector<std::future<int>> twins;
-  twins.reserve(6);
-  for (int i = 0; i < 6; ++i) {
-    twins.push_back(std::async(std::launch::async, [&] { return Send("POST", "", Fields()).status; }));
-  }
-  EXPECT_EQ(std::ranges::count_if(twins, [](std::future<int>& twin) { return twin.get() == 201; }), 1);
+  EXPECT_EQ(CountAtOnce(6, 201, [&](int) { return Send("POST", "", Fields()).status; }), 1);
   EXPECT_EQ(Send("POST", "/1/restore").json["error"]["camera"]["id"], 2);
   EXPECT_EQ(Send("DELETE", "/2").status, 200);
   EXPECT_EQ(Send("POST", "/1/restore").status, 200);
@@ -176,12 +170,7 @@ TEST_F(Cameras, AreChangedByWhoeverKnowsThemAsTheyAre) {
   fields["allowBasic"] = true;
   EXPECT_EQ(Send("POST", "", fields).json["error"]["member"], "allowBasic");
   const std::string tag = HeaderOf(Send("GET", "/1").head, "ETag");
-  std::vector<std::future<int>> changes;
-  changes.reserve(8);
-  for (int i = 0; i < 8; ++i) {
-    changes.push_back(std::async(std::launch::async, [&] { return Patch(R"({"name": "hall"})", tag).status; }));
-  }
-  EXPECT_EQ(std::ranges::count_if(changes, [](std::future<int>& change) { return change.get() == 200; }), 1);
+  EXPECT_EQ(CountAtOnce(8, 200, [&](int) { return Patch(R"({"name": "hall"})", tag).status; }), 1);
 }
 
 TEST_F(Cameras, AreTestedAndShownByTheirStoredPassword) {
@@ -235,14 +224,8 @@ TEST_F(Cameras, ThatRefuseTheirLoginAreAskedOnceByManyAtOnce) {
       recorder::Records(recorder.StateFolder()).NoteOutcome(id, {recorder::Outcome::kOk, recorder::SecondsNow()});
     }
     const int before = Refused();
-    std::vector<std::future<int>> pictures;
-    pictures.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-      pictures.push_back(std::async(std::launch::async, [&] {
-        return recorder.Ask("GET", kCamerasPath + ("/" + std::to_string(id) + "/picture"), recorder.Login(), "").status;
-      }));
-    }
-    for (std::future<int>& picture : pictures) EXPECT_EQ(picture.get(), 502);
+    const std::string path = std::string(kCamerasPath) + "/" + std::to_string(id) + "/picture";
+    EXPECT_EQ(CountAtOnce(4, 502, [&](int) { return recorder.Ask("GET", path, recorder.Login(), "").status; }), 4);
     EXPECT_EQ(Refused() - before, 1) << hasWorked;
   }
 }

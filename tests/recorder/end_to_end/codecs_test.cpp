@@ -5,6 +5,7 @@
 
 #include "rig/cameras.h"
 #include "rig/questions.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 using namespace rig;
 
@@ -229,9 +230,8 @@ TEST(LateKeyFrames, ComeByKeepingTheSessionAlive) {
 }
 
 TEST(LateKeyFrames, ComeWhenAskedForByWhateverTheCameraHonours) {
-  Json::Value all(Json::arrayValue);
-  for (const LateCase& row : kLateCases) all.append(LateCamera(row.name, row.camera, 55));
-  const SimCameras cameras(all);
+  const auto late = [](const LateCase& row) { return LateCamera(row.name, row.camera, 55); };
+  const SimCameras cameras(ListOf(kLateCases, late));
   const TestRecorder recorder({.workers = 1});
   for (const LateCase& row : kLateCases) {
     SCOPED_TRACE(row.name);

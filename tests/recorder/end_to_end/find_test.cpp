@@ -8,6 +8,7 @@
 
 #include "rig/cameras.h"
 #include "rig/http_client.h"
+#include "tests/recorder/end_to_end/expect.h"
 #include "tests/recorder/end_to_end/shipped_models.h"
 
 // From an address to its streams.
@@ -280,9 +281,7 @@ Json::Value CameraOf(const MakerCase& row) {
 TEST(FindMakers, AreFoundByTheirNamesAndPaths) {
   const TempFolder folder;
   CopyShippedModels(folder);
-  Json::Value configs(Json::arrayValue);
-  for (const MakerCase& row : kMakers) configs.append(CameraOf(row));
-  const SimCameras cameras(configs);
+  const SimCameras cameras(ListOf(kMakers, [](const MakerCase& row) { return CameraOf(row); }));
   const TestRecorder recorder({.modelsFolder = folder.Path()});
   for (const MakerCase& row : kMakers) {
     SCOPED_TRACE(row.name);

@@ -10,6 +10,7 @@
 
 #include "rig/cameras.h"
 #include "rig/proxy.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // What can be done with a stored password by callers who do not know it, and by who sits at a camera's address.
 
@@ -306,9 +307,7 @@ TEST(StoredPassword, IsNotShownToACameraThatTookAStrongerLogin) {
       {"onvif token", "onvif basic", kStored[3]},
       {"psia md5", "psia basic", kStored[4]},
   };
-  Json::Value list;
-  for (const auto& [name, config] : configs) list.append(Clip(name, config));
-  const SimCameras cameras(list);
+  const SimCameras cameras(ListOf(configs, [](const auto& row) { return Clip(row.first, row.second); }));
   const TestRecorder recorder;
   for (const Fall& fall : kFalls) {
     SCOPED_TRACE(std::string(fall.from) + " to " + fall.to + ": " + fall.camera.model);

@@ -134,9 +134,8 @@ TEST(Manners, AWrongPasswordIsTriedOnce) {
       {"HangsUpBehind401", R"({"fault": "hangUpWith401"})", "/stream1", "H.264", 464, "loginRefused", "", ""},
       {"ResetsOverALogin", R"({"fault": "resetOnLogin"})", "/stream1", "H.264", 464, "loginRefused", "", ""},
   };
-  Json::Value list;
-  for (const Manner& manner : manners) list.append(Camera(manner.name, ParseJson(manner.camera)));
-  const SimCameras cameras(list);
+  const auto cameraOf = [](const Manner& manner) { return Camera(manner.name, ParseJson(manner.camera)); };
+  const SimCameras cameras(ListOf(manners, cameraOf));
   const TestRecorder recorder;
   for (const Manner& manner : manners) {
     SCOPED_TRACE(manner.name);

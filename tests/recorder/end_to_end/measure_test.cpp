@@ -4,6 +4,7 @@
 #include <future>
 
 #include "rig/cameras.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // A stream as it comes, whatever its camera claims.
 
@@ -40,12 +41,6 @@ Json::Value CameraOf(const MeasureCase& row) {
                                     row.stream + R"(, "source": "clip"}})"));
 }
 
-Json::Value MeasuredCameras() {
-  Json::Value cameras(Json::arrayValue);
-  for (const MeasureCase& row : kMeasureCases) cameras.append(CameraOf(row));
-  return cameras;
-}
-
 std::string NamesOf(const Json::Value& warnings) {
   std::string names;
   for (const Json::Value& warning : warnings) names += warning["name"].asString() + ' ';
@@ -73,7 +68,7 @@ class MeasureTest : public testing::Test {
     EXPECT_EQ(NamesOf(measured["warnings"]), row.warnings);
   }
 
-  const SimCameras cameras_{MeasuredCameras()};
+  const SimCameras cameras_{ListOf(kMeasureCases, [](const MeasureCase& row) { return CameraOf(row); })};
   const TestRecorder recorder_;
 };
 

@@ -13,6 +13,7 @@
 #include "rig/processes.h"
 #include "tests/recorder/end_to_end/expect.h"
 #include "tests/recorder/end_to_end/prometheus_text.h"
+#include "tests/recorder/end_to_end/shipped_models.h"
 
 using namespace rig;
 using testing::ContainsRegex;
@@ -86,8 +87,7 @@ TEST(Operating, TheLogSaysWhereTheTimeOfAPictureWent) {
 
 TEST(Operating, StrangersLearnWhetherItIsAliveAndReadyAndNothingElse) {
   const TempFolder models;
-  std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),
-                        std::filesystem::copy_options::recursive);
+  CopyShippedModels(models);
   const SimCameras cameras(List({Faulty("silent", "silentAfterConnect")}));
   const TestRecorder recorder({.testMs = 2000, .workers = 1, .modelsFolder = models.Path()});
   const auto reasons = [&] {
@@ -176,9 +176,8 @@ TEST(Operating, MetricsAreForNobodyWithoutALoginBehindAProxy) {
 TEST(Operating, MetricsTellWhatHappened) {
   const SimCameras cameras(List({Camera("camera")}));
   const TestRecorder recorder({.workers = 3, .watchSeconds = 3600});
-  std::vector<ProcessInfo> watch;
-  while ((watch = Descendants(getpid(), "recorder-watch")).empty()) usleep(10'000);
-  EXPECT_TRUE(Kill(watch.front()));
+  while (Descendants(getpid(), "recorder-watch").empty()) usleep(10'000);
+  KillWatch();
   recorder.AddCamera("User", "", 1, "admin", kSecret, "1", "/");
   recorder.AddCamera("User", "", 2, "admin", kSecret, "1", "/");
   EXPECT_EQ(recorder.Control({"camera", "status", "2", "disabled"}).status, 0);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "rig/recorder.h"
+#include "tests/recorder/end_to_end/shipped_models.h"
 
 using namespace rig;
 
@@ -21,6 +22,8 @@ struct RequestCase {
   const char* bodyHolds;
 };
 
+const Headers kForeign = {{"Sec-Fetch-Site", "cross-site"}};
+
 const RequestCase kRequestCases[] = {
     {"UnknownApi", "GET", "/api/Nobody.Knows/1/CamCap", {}, "", "", 404, "unknown API"},
     {"UnknownVersion", "GET", "/api/NORV.Vistrel.CameraCap/2/CamCap", {}, "", "", 404, "unknown version"},
@@ -39,15 +42,8 @@ const RequestCase kRequestCases[] = {
     {"PortTooLarge", "POST", "CameraTest", {}, "camPort=99999999999", kForm, 400, R"("parameter":"camPort")"},
     {"PortWithZero", "POST", "CameraTest", {}, "camPort=080", kForm, 400, R"("parameter":"camPort")"},
     {"ForeignOrigin", "GET", "CamCap", {{"Origin", "http://elsewhere.example"}}, "", "", 403, "Origin"},
-    {"ForeignFetch", "GET", "CamCap", {{"Sec-Fetch-Site", "cross-site"}}, "", "", 403, "Sec-Fetch-Site"},
-    {"ForeignFetchOfOwn",
-     "GET",
-     "/recorder/1/models",
-     {{"Sec-Fetch-Site", "cross-site"}},
-     "",
-     "",
-     403,
-     "Sec-Fetch-Site"},
+    {"ForeignFetch", "GET", "CamCap", kForeign, "", "", 403, "Sec-Fetch-Site"},
+    {"ForeignFetchOfOwn", "GET", "/recorder/1/models", kForeign, "", "", 403, "Sec-Fetch-Site"},
     {"PutOfOwn", "PUT", "/recorder/1/models", {}, "", "", 405, "only GET"},
     {"UnknownOwn", "GET", "/recorder/1/model", {}, "", "", 404, "no such address"},
     {"OtherVersionOfOwn", "GET", "/recorder/2/models", {}, "", "", 404, "no such address"},
@@ -107,8 +103,7 @@ TEST(Server, TellsNeitherItsVersionNorHowThePageIsMade) {
 
 TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
   const TempFolder models;
-  std::filesystem::copy(std::filesystem::path(SOURCE_FOLDER) / "models", models.Path(),
-                        std::filesystem::copy_options::recursive);
+  CopyShippedModels(models);
   models.Write("broken.json", R"({"vendor": "Broken", "models": [{"name": 5}]})");
   const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2, .modelsFolder = models.Path()});
   EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-H264").Code(), 0);

@@ -15,8 +15,8 @@
 #include "recorder/utility/clock.h"
 #include "recorder/utility/handle.h"
 #include "rig/cameras.h"
-#include "rig/processes.h"
 #include "rig/proxy.h"
+#include "tests/recorder/end_to_end/expect.h"
 #include "tests/recorder/listen.h"
 
 // Long lists of cameras that are tested in the background.
@@ -86,12 +86,6 @@ class LongLists : public testing::Test {
       next = data["next"];
     }
     return causes;
-  }
-
-  void KillWatch() const {
-    const auto processes = Descendants(getpid(), "recorder-watch");
-    ASSERT_FALSE(processes.empty());
-    EXPECT_TRUE(Kill(processes.front())) << "the one that the others are copies of";
   }
 
   void ExpectNoPassword() {

@@ -9,6 +9,7 @@
 #include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
+#include "tests/recorder/end_to_end/expect.h"
 
 // What is noticed of stored cameras without anybody asking for them.
 
@@ -16,12 +17,6 @@ using namespace rig;
 using recorder::Outcome;
 
 namespace {
-
-void KillWatch() {
-  const auto processes = Descendants(getpid(), "recorder-watch");
-  ASSERT_FALSE(processes.empty());
-  EXPECT_TRUE(Kill(processes.front())) << "the one that the others are copies of";
-}
 
 /// What a camera came to, one after the other, as soon as there are `count` changes of all cameras, or after 30 s.
 std::map<int, std::vector<Outcome>> WaitForChanges(const TestRecorder& recorder, std::size_t count) {
