@@ -123,11 +123,9 @@ TEST(AskedCameras, AnyMethodMayBeTheFirstCall) {
 }
 
 TEST(AskedCameras, ShowTheChannelThatIsAskedFor) {
-  constexpr char kOnvif[] =
-      R"({"onvif": {"channels": 2}, "stream": [{"path": "/one"}, {"path": "/two", "width": 320, "height": 240}]})";
-  constexpr char kPsia[] =
-      R"({"psia": {"channels": ["1", "2"]}, "stream": [{"path": "/one"}, {"path": "/two", "width": 320, "height": 240}]})";
-  const SimCameras cameras(List({Configured("ONVIF", kOnvif), Configured("PSIA", kPsia)}));
+  const std::string streams = R"("stream": [{"path": "/one"}, {"path": "/two", "width": 320, "height": 240}]})";
+  const SimCameras cameras(List({Configured("ONVIF", R"({"onvif": {"channels": 2}, )" + streams),
+                                 Configured("PSIA", R"({"psia": {"channels": ["1", "2"]}, )" + streams)}));
   const TestRecorder recorder;
   for (const char* vendor : {"ONVIF", "PSIA"}) {
     SCOPED_TRACE(vendor);

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <memory>
 #include <span>
 
 #include "rig/cameras.h"
@@ -50,22 +49,16 @@ const Attack kAttacksWithoutFilter[] = {
     {"attach", "notUnderstood", "answer not understood"},
 };
 
-/// A recorder whose recorder-media is another program.
-class RecorderWith {
- public:
-  explicit RecorderWith(const char* program) {
-    setenv("RECORDER_MEDIA", program, 1);
-    recorder_ = std::make_unique<TestRecorder>(TestRecorder::Options{.testMs = 1000, .workers = 1});
-  }
-  ~RecorderWith() { unsetenv("RECORDER_MEDIA"); }
-  RecorderWith(const RecorderWith&) = delete;
-  RecorderWith& operator=(const RecorderWith&) = delete;
+struct OtherMedia {
+  explicit OtherMedia(const char* program) { setenv("RECORDER_MEDIA", program, 1); }
+  ~OtherMedia() { unsetenv("RECORDER_MEDIA"); }
+  OtherMedia(const OtherMedia&) = delete;
+  OtherMedia& operator=(const OtherMedia&) = delete;
+};
 
-  const TestRecorder& operator*() const { return *recorder_; }
-  const TestRecorder* operator->() const { return recorder_.get(); }
-
- private:
-  std::unique_ptr<TestRecorder> recorder_;
+/// A recorder whose recorder-media is another program, as that of each recorder which starts meanwhile.
+struct RecorderWith : OtherMedia, TestRecorder {
+  explicit RecorderWith(const char* program) : OtherMedia(program), TestRecorder({.testMs = 1000, .workers = 1}) {}
 };
 
 std::string Body(const Attack& attack, const std::string& keyFile) {
@@ -103,21 +96,21 @@ void ExpectHarmless(const TestRecorder& recorder, std::span<const Attack> attack
 
 TEST(Decoders, ThatAreTakenOverReachNothing) {
   const RecorderWith recorder(PLANTED_MEDIA);
-  ExpectHarmless(*recorder, kAttacks);
-  EXPECT_THAT(recorder->Log(), Not(HasSubstr("runs without"))) << "filter, Landlock and limits are there";
+  ExpectHarmless(recorder, kAttacks);
+  EXPECT_THAT(recorder.Log(), Not(HasSubstr("runs without"))) << "filter, Landlock and limits are there";
 }
 
 TEST(Decoders, AreKeptFromFilesByLandlockAlone) {
   const RecorderWith recorder(UNFILTERED_MEDIA);
-  ExpectHarmless(*recorder, kAttacksWithoutFilter);
-  EXPECT_THAT(recorder->Log(), HasSubstr("recorder-media runs without a filter of system calls"));
+  ExpectHarmless(recorder, kAttacksWithoutFilter);
+  EXPECT_THAT(recorder.Log(), HasSubstr("recorder-media runs without a filter of system calls"));
 }
 
 TEST(Decoders, AreNotUsedWithoutTheirSandboxWhereThatIsDemanded) {
   const RecorderWith recorder(UNFILTERED_MEDIA);
-  Json::Value config = ParseJson(ReadText(recorder->ConfigFile()));
+  Json::Value config = ParseJson(ReadText(recorder.ConfigFile()));
   config["demandSandbox"] = true;
-  const std::filesystem::path strict = recorder->ConfigFile().parent_path() / "strict.json";
+  const std::filesystem::path strict = recorder.ConfigFile().parent_path() / "strict.json";
   std::ofstream(strict) << ToText(config);
   const Finished served = rig::Run("recorderctl", {"--config", strict, "serve"});
   EXPECT_NE(served.status, 0);

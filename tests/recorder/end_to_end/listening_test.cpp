@@ -23,17 +23,11 @@ std::filesystem::path Certificate(const TestRecorder& recorder) { return recorde
 /// A POST over TLS, by a name that is in the certificate.
 std::vector<std::string> Post(const TestRecorder& recorder, const std::string& certificate, const std::string& method,
                               const Json::Value& params) {
-  return {"/usr/bin/curl",
-          "-sS",
-          "--cacert",
-          certificate,
-          "--connect-to",
-          "::127.0.0.2:",
-          "-H",
-          "Authorization: " + recorder.Login().at("Authorization"),
-          "--json",
-          ToText(params),
-          "https://localhost:" + std::to_string(recorder.Port()) + kApi + method};
+  std::vector<std::string> command = Words("/usr/bin/curl -sS --connect-to ::127.0.0.2: --cacert " + certificate);
+  const std::string login = "Authorization: " + recorder.Login().at("Authorization");
+  const std::string address = "https://localhost:" + std::to_string(recorder.Port()) + kApi + method;
+  command.insert(command.end(), {"-H", login, "--json", ToText(params), address});
+  return command;
 }
 
 std::string Ask(const TestRecorder& recorder, const std::string& certificate, const std::string& method,

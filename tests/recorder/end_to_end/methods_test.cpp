@@ -38,11 +38,8 @@ TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
             Camera("web", ParseJson(R"({"stream": {"path": "/o"}, "snapshot": {"path": "/stream1"}})"))}));
   const TestRecorder recorder({.workers = 1, .deny = {"127.0.0.9"}});
   const int good = cameras.Port("good");
-  const auto blocked = [&] {
-    Json::Value row = BatchRow("blocked", good, kSecret);
-    row["ip"] = "127.0.0.9";
-    return row;
-  };
+  Json::Value blocked = BatchRow("blocked", good, kSecret);
+  blocked["ip"] = "127.0.0.9";
   Json::Value untested = BatchRow("untested", good, "wrong");
   untested["isAuth"] = true;
   Json::Value badPort = BatchRow("badPort", good, kSecret);
@@ -61,7 +58,7 @@ TEST(Methods, BatchKeepsItsOrderAndFailsBadRowsAlone) {
       {BatchRow("7", good, kSecret, "Simcam RTSP-Path"), "noPath"},
       {badPort, "badRow"},
       {badAndUnknown, "badRow"},
-      {blocked(), "blocked"},
+      {blocked, "blocked"},
       {BatchRow("8", cameras.Port("busy"), kSecret), "busy"},
       {BatchRow("9", good, kSecret, "ONVIF Generic"), "noService"},
       {BatchRow("10", cameras.Port("strange"), kSecret), "notThisProtocol"},

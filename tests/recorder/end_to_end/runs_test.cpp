@@ -30,12 +30,10 @@ constexpr char kWrong[] = "a wrong password";
 
 Json::Value Row(const std::string& host, int port, const std::string& password = kSecret,
                 const std::string& channel = "") {
-  const Json::Value batch = BatchRow("1", port, password);
-  Json::Value row;
-  for (const char* member : {"vendor", "model", "password"}) row[member] = batch[member];
+  Json::Value row = ParseJson(R"({"vendor": "Simcam", "model": "RTSP-H264", "user": "admin"})");
   row["host"] = host;
   row["port"] = port;
-  row["user"] = batch["username"];
+  row["password"] = password;
   row["channel"] = channel;
   return row;
 }

@@ -54,6 +54,8 @@ class Receiver {
 
 class Webhook : public testing::Test {
  protected:
+  Webhook() { recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live"); }
+
   Answer Send(const std::string& verb, const std::string& path, const Json::Value& body = {}) const {
     return recorder_.Send(verb, "/recorder/1/webhook" + path, recorder_.Login(), body.isNull() ? "" : ToText(body));
   }
@@ -74,7 +76,6 @@ class Webhook : public testing::Test {
 
 TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
   const Receiver receiver;
-  recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
   EXPECT_EQ(recorder_.Control({"camera", "edit", "1", "--name", "127.0.0.1"}).status, 0);
   Note(Outcome::kTimedOut);
   EXPECT_EQ(Set(receiver.Url(), kSignedWith).status, 200);
@@ -102,7 +103,6 @@ TEST_F(Webhook, IsToldEachChangeInItsOrderThoughItFailsMeanwhile) {
 TEST_F(Webhook, ThatIsSetWhileAnotherIsToldIsToldAtOnceWhatComesThen) {
   const Receiver before;
   const Receiver after;
-  recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
   EXPECT_EQ(Set(before.Url(), kSignedWith).status, 200);
   for (const Outcome cause : {Outcome::kOk, Outcome::kBusy, Outcome::kOk}) Note(cause);
   before.Take("200 OK", [&] { EXPECT_EQ(Set(after.Url(), kSignedWith).status, 200); });
@@ -121,7 +121,6 @@ TEST_F(Webhook, IsRefusedWhereItMayNotBe) {
   EXPECT_EQ(Set("http://169.254.169.254/").json["error"]["member"], "secret") << "there is none yet";
   EXPECT_EQ(Set("http://169.254.169.254/", kSignedWith).status, 200);
   EXPECT_EQ(Send("POST", "/test").json["error"]["cause"], "blocked") << "by the address policy";
-  recorder_.AddCamera("User", "", 554, "admin", "x", "1", "/live");
   const std::string recorderItself = "http://127.0.0.1:" + std::to_string(recorder_.Port()) + "/healthz";
   EXPECT_EQ(Set(recorderItself).json["error"]["member"], "secret") << "that of another address is not lent";
   EXPECT_EQ(Set(recorderItself, kSignedWith).status, 200);
