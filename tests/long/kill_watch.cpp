@@ -1,27 +1,18 @@
 // long_kill_watch: kill -9 of recorder-watch, its copies, workers and the recorder at random moments, while stored
 // cameras are checked and the rows of runs tested, many of them with a wrong password. The cameras count the logins.
 
-#include <sys/prctl.h>
-#include <unistd.h>
-
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <functional>
 #include <future>
-#include <iostream>
 #include <map>
-#include <random>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "recorder/utility/clock.h"
-#include "rig/report.h"
-#include "tests/long/lasting_recorder.h"
-#include "tests/long/victims.h"
+#include "tests/long/kill_trial.h"
 #include "tests/long/watched.h"
 
 namespace long_tests {
@@ -46,27 +37,15 @@ constexpr VictimKind kWatchVictims[] = {
     {Victim::kServe, "recorderctl serve", 3},
 };
 
-struct Options {
-  int rounds = 200;
-  unsigned int seed = std::random_device()();
-};
-
-class Trial {
+class Trial : private KillTrial {
  public:
-  explicit Trial(const Options& options)
-      : options_(options),
-        random_(options.seed),
-        cameras_(Configs()),
-        recorder_({.testMs = 10'000, .watchSeconds = 1}) {}
+  explicit Trial(const KillOptions& options)
+      : KillTrial("Kills while cameras are watched", options, {.testMs = 10'000, .watchSeconds = 1}),
+        cameras_(Configs()) {}
 
   int Run() {
-    report_.Heading("Kills while cameras are watched: " + std::to_string(options_.rounds) + " rounds, seed " +
-                    std::to_string(options_.seed));
     StoreAll();
-    for (round_ = 1; round_ <= options_.rounds; ++round_) {
-      random_.seed(options_.seed + static_cast<unsigned int>(round_));  // however often the rounds before have asked it
-      Round();
-    }
+    RunRounds(kWatchVictims, [this](Victim victim) { Round(victim); });
     JudgeStates();
     Summarize();
     return report_.ExitStatus();
@@ -93,7 +72,7 @@ class Trial {
     for (int i = 0; i < kGood + kWrong; ++i) {
       const bool isGood = i < kGood;
       const std::string user = isGood ? "admin" : "first";
-      ids_.push_back(Store(recorder_.Asked(), Name(i), Row(i, user, isGood ? kSecret : kWrongPassword)));
+      ids_.push_back(Store(recorder_, Name(i), Row(i, user, isGood ? kSecret : kWrongPassword)));
     }
     AwaitGood();
   }
@@ -101,7 +80,7 @@ class Trial {
   /// One whose very first check is cut off would be left alone for an hour.
   void AwaitGood() const {
     const auto countGood = [this] {
-      const std::vector<Event> events = EventsAfter(recorder_.Asked(), 0);
+      const std::vector<Event> events = EventsAfter(recorder_, 0);
       return std::ranges::count(events, "ok", &Event::cause);
     };
     for (const auto end = Clock::now() + kPatience; countGood() < kGood && Clock::now() < end;) {
@@ -109,16 +88,11 @@ class Trial {
     }
   }
 
-  /// A broken promise is told at once, a kept one in the summary.
-  void Expect(bool isKept, const std::string& mistake) {
-    if (!isKept) report_.Promise(false, "round " + std::to_string(round_) + " (" + victim_ + "): " + mistake);
-  }
-
   /// Asks until there is an answer that is no failure of the recorder's, as one does while it is started again.
   Answer Insist(const std::string& verb, const std::string& path, const std::function<Json::Value()>& body) const {
     for (const auto end = Clock::now() + kPatience; Clock::now() < end; std::this_thread::sleep_for(milliseconds(20))) {
       try {
-        Answer answer = Ask(recorder_.Asked(), verb, path, body());
+        Answer answer = Ask(recorder_, verb, path, body());
         if (answer.status < 500) return answer;
       } catch (const NoAnswer&) {
       }
@@ -173,27 +147,16 @@ class Trial {
     return run;
   }
 
-  void Round() {
-    std::vector<int> weights;
-    for (const VictimKind& kind : kWatchVictims) weights.push_back(kind.weight);
-    const auto& kind = kWatchVictims[std::discrete_distribution<std::size_t>(weights.begin(), weights.end())(random_)];
-    victim_ = kind.name;
+  void Round(Victim victim) {
     std::future<std::string> run = std::async(std::launch::async, [this] {
       EditSome();
       return StartRun();
     });
-    std::this_thread::sleep_for(milliseconds(std::uniform_int_distribution(0, kLongestPrelude)(random_)));
-    const std::vector<ProcessInfo> servers = ServerProcesses();
-    if (Strike(kind.victim, random_)) ++kills_[kind.name];
-    if (kind.victim == Victim::kServe) StartAgain(servers);
+    const std::vector<ProcessInfo> servers = StrikeWithin(kLongestPrelude, victim);
+    if (victim == Victim::kServe) StartAgain(servers, kPatience);
     JudgeRun(run.get());
     JudgeCameras();
     JudgeEvents();
-  }
-
-  void StartAgain(const std::vector<ProcessInfo>& servers) {
-    Expect(WaitForEnd(servers, kPatience), "something outlived its server");
-    recorder_.StartAgain();
   }
 
   Json::Value RowsOf(const std::string& run) const {
@@ -251,7 +214,7 @@ class Trial {
   }
 
   void JudgeEvents() {
-    for (const Event& event : EventsAfter(recorder_.Asked(), lastEvent_)) {
+    for (const Event& event : EventsAfter(recorder_, lastEvent_)) {
       ++events_;
       lastEvent_ = event.id;
       std::string& last = lastCauses_[event.camera];
@@ -279,7 +242,7 @@ class Trial {
   }
 
   void Summarize() {
-    for (const auto& [name, count] : kills_) report_.Note("killed " + std::to_string(count) + " x " + name);
+    NoteKills();
     std::string text;
     for (const auto& [cause, count] : results_) text += ", " + cause + " " + std::to_string(count);
     report_.Note("rows of runs" + text);
@@ -288,16 +251,9 @@ class Trial {
     report_.Promise(report_.ExitStatus() == 0, "no row lost, no result twice, no refused login tried again");
   }
 
-  const Options options_;
-  std::mt19937 random_;
-  Report report_;
   const SimCameras cameras_;
-  LastingRecorder recorder_;
   std::vector<int> ids_;  // of stored cameras
   int users_ = 0;         // made up so far
-  int round_ = 0;
-  std::string victim_ = "nobody";
-  std::map<std::string, int> kills_;
   std::map<std::string, int> results_;
   std::string lastRun_;
   Json::Value lastRows_;
@@ -314,19 +270,7 @@ class Trial {
 }  // namespace long_tests
 
 int main(int argc, char** argv) {
-  long_tests::Options options;
-  CLI::App app("Kills the processes of a recorder that watches cameras, and looks what is left.", "long_kill_watch");
-  app.add_option("--rounds", options.rounds)->check(CLI::Range(1, 1'000'000))->capture_default_str();
-  app.add_option("--seed", options.seed, "what the choice of victims and moments begins with (default: random)");
-  CLI11_PARSE(app, argc, argv);
-  std::signal(SIGPIPE, [](int /*signal*/) {});  // a handler, unlike SIG_IGN, is not handed on to programs
-  prctl(PR_SET_CHILD_SUBREAPER, 1);             // processes that outlive their server stay in sight
-  try {
-    const rig::TempFolder folder;  // what a killed server leaves in the folder of temporary files goes with it
-    setenv("TMPDIR", folder.Path().c_str(), 1);
-    return long_tests::Trial(options).Run();
-  } catch (const std::exception& error) {
-    std::cerr << "long_kill_watch: " << error.what() << "\n";
-    return 1;
-  }
+  const char about[] = "Kills the processes of a recorder that watches cameras, and looks what is left.";
+  return long_tests::RunKills(argc, argv, "long_kill_watch", about,
+                              [](const auto& options) { return long_tests::Trial(options).Run(); });
 }
