@@ -3,7 +3,6 @@
 #include <chrono>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "recorder/utility/outcome.h"
 #include "tests/sessions/chance.h"

@@ -2,7 +2,6 @@
 
 #include "recorder/net/camera_address.h"
 #include "recorder/net/rtsp/rtsp_session.h"
-#include "recorder/utility/limits.h"
 #include "tests/sessions/sim_camera.h"
 
 namespace sessions {

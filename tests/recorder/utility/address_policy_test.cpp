@@ -22,8 +22,6 @@ struct PolicyCase {
   std::vector<std::string> closed = {};
 };
 
-void PrintTo(const PolicyCase& row, std::ostream* out) { *out << row.name; }
-
 const PolicyCase kPolicyCases[] = {
     {.name = "WhereCamerasLive",
      .open = {"10.0.0.1", "172.16.0.1", "192.168.1.64", "100.64.0.1", "203.0.113.9", "128.0.0.1", "1.0.0.0",

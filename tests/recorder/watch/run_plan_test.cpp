@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <functional>
 #include <iostream>
-#include <map>
 #include <queue>
 #include <random>
 
