@@ -14,11 +14,11 @@ CameraRecord GateCamera(const std::string& model = "X100") {
 
 struct OutcomesTest : testing::Test {
   rig::TempFolder folder;
+  Records records{folder.Path()};
 };
 
 TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
   const std::string password = "secret";
-  Records records{folder.Path()};
   const int id = records.Add(GateCamera(), "secret");
   const int other = records.Add(GateCamera("Other"), "secret");
   records.NoteOutcome(id, {Outcome::kOk, 5});
@@ -41,7 +41,6 @@ TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
 
 TEST_F(OutcomesTest, AnOutcomeIsWrittenWhenItChanges) {
   using enum Outcome;
-  Records records{folder.Path()};
   const Records reader{folder.Path()};
   const int id = records.Add(GateCamera(), "secret");
   const CameraOutcome noted[] = {{kTimedOut, 1, 0}, {kOk, 2, 2}, {kOk, 2, 2}, {kBusy, 4, 2}, {kBusy, 4, 2}};
@@ -59,7 +58,6 @@ TEST_F(OutcomesTest, AnOutcomeIsWrittenWhenItChanges) {
 TEST_F(OutcomesTest, EachChangeOfAnOutcomeIsAnEvent) {
   using enum Outcome;
   constexpr std::int64_t kDay = 86'400;
-  Records records{folder.Path()};
   const int first = records.Add(GateCamera(), "secret");
   const int second = records.Add(GateCamera("Other"), "secret");
   records.NoteOutcome(first, {kOk, 1});

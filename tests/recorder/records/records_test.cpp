@@ -32,11 +32,6 @@ class RecordsTest : public testing::Test {
     EXPECT_EQ(sqlite3_exec(database, statement, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
     sqlite3_close(database);
   }
-  void Start() const {
-    Config config;
-    config.stateFolder = State();
-    UseConfig(config);
-  }
   fs::path State() const { return folder.Path() / "deep" / "state"; }
   rig::TempFolder folder;
 };
@@ -302,7 +297,9 @@ TEST_F(RecordsTest, StartsThatRaceAndDieEndWithOneKey) {
 }
 
 TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {
-  Start();
+  Config config;
+  config.stateFolder = State();
+  UseConfig(config);
   const int id = Records(State()).Add(Camera(), "secret");
   EXPECT_EQ(GetCamConnStatus(id), CAM_CONN_STATUS_NORMAL);
   EXPECT_EQ(GetCamConnStatus(id + 1), CAM_CONN_STATUS_UNKNOWN);
