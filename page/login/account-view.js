@@ -80,9 +80,13 @@ export class AccountView {
     say(texts.login.tokenMade(name));
   }
 
+  /** Ends all that there are by now, of which not each is shown. */
   #endOthers() {
-    const others = this.grants.sessions.filter(({ isThis }) => !isThis);
-    const end = () => Promise.all(others.map(({ id }) => access.endSession(id)));
+    const end = async () => {
+      await this.grants.load();
+      const others = this.grants.sessions.filter(({ isThis }) => !isThis);
+      await Promise.all(others.map(({ id }) => access.endSession(id)));
+    };
     return this.grants.change(end, texts.login.othersEnded);
   }
 }
