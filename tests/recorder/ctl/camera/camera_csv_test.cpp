@@ -109,15 +109,6 @@ TEST(CameraCsvTest, ThePagesTemplateIsRead) {
   EXPECT_FALSE(list.cameras.empty());
 }
 
-TEST(CameraCsvTest, AnUnknownModelNamesTheNearest) {
-  ListRules rules = kRules;
-  const CameraList list = ReadCameraCsv("address,vendor,model\ncam1,Acme,X10\n", rules);
-  ASSERT_EQ(list.mistakes.size(), 1U);
-  EXPECT_EQ(list.mistakes[0].text, "no such model is known; nearest: Acme X100, Acme X200");
-  rules.anyModel = true;
-  EXPECT_EQ(ToText(ReadCameraCsv("address,vendor,model\ncam1,Acme,X10\n", rules)), "2 cam1 Acme/X10 cam1:80 :  \n");
-}
-
 /// The page's tests read the same rows as these two.
 TEST(PathLoginTest, IsFoundAsThePageFindsIt) {
   Json::Value rows;
