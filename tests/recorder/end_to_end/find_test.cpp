@@ -9,7 +9,6 @@
 #include "rig/cameras.h"
 #include "rig/http_client.h"
 #include "tests/recorder/end_to_end/expect.h"
-#include "tests/recorder/end_to_end/shipped_models.h"
 
 // From an address to its streams.
 
@@ -111,19 +110,6 @@ struct Finding {
   Json::Value log;
 };
 
-/// Prints what it cost, too.
-Finding FindAt(const TestRecorder& recorder, const SimCameras& cameras, const std::string& camera,
-               const std::string& password) {
-  const std::string port = std::to_string(cameras.Port(camera));
-  const Finished finished =
-      recorder.Control({"find", "127.0.0.1", "--port", port, "--user", "admin", "--json"}, password + "\n");
-  const std::string json = finished.output.substr(finished.output.find('{'));  // behind what was logged
-  Finding finding{finished.status, ParseJson(json.substr(0, json.find('\n'))), cameras.Log(camera)};
-  std::cout << camera << '\t' << finding.found["requests"] << " requests\t" << finding.found["seconds"] << " s\t"
-            << finding.log["logins"] << " logins\t" << finding.log["refusedLogins"] << " refused\n";
-  return finding;
-}
-
 /// The camera counted as many requests, and was not asked more than it may be.
 void ExpectFewRequests(const Finding& finding) {
   EXPECT_EQ(finding.found["requests"], finding.log["requestCount"]);
@@ -142,8 +128,16 @@ struct OneVendor : TempFolder {
 
 class FindTest : public testing::Test {
  protected:
+  /// Prints what it cost, too.
   Finding Find(const std::string& camera, const std::string& password) const {
-    return FindAt(recorder_, cameras_, camera, password);
+    const std::string port = std::to_string(cameras_.Port(camera));
+    const Finished finished =
+        recorder_.Control({"find", "127.0.0.1", "--port", port, "--user", "admin", "--json"}, password + "\n");
+    const std::string json = finished.output.substr(finished.output.find('{'));  // behind what was logged
+    Finding finding{finished.status, ParseJson(json.substr(0, json.find('\n'))), cameras_.Log(camera)};
+    std::cout << camera << '\t' << finding.found["requests"] << " requests\t" << finding.found["seconds"] << " s\t"
+              << finding.log["logins"] << " logins\t" << finding.log["refusedLogins"] << " refused\n";
+    return finding;
   }
 
   /// The lines of the API's answer.
@@ -248,50 +242,6 @@ TEST_F(FindTest, StoresTheMainStream) {
     EXPECT_EQ(recorder_.Control({"test", std::to_string(++id)}).status, 0) << "what was found can be used";
   }
   EXPECT_THAT(ToText(cameras_.Log("Onvif")), HasSubstr(R"("path" : "/y")")) << "as it was listed";
-}
-
-struct MakerCase {
-  const char* name;  ///< of its file and its model, with a blank between
-  const char* serverName;
-  const char* realm;
-  const char* vendor;  ///< by whose paths it is found
-};
-
-const MakerCase kMakers[] = {
-    {"axis Generic", "GStreamer RTSP server", "AXIS_ACCC8E012345", "Axis"},
-    {"axis Motion JPEG", "", "AXIS_00408C012345", "Axis"},
-    {"dahua Any channel", "Rtsp Server/3.0", "Login to 3F00A1B2C3D4E5F6", "Dahua"},
-    {"foscam HD cameras", "", "Foscam IPCam Living Video", "Foscam"},
-    {"hikvision Generic", "App-webs/", "IP Camera(C2345)", "Hikvision"},
-    {"reolink Generic", "", "BC Streaming Media", "Reolink"},
-    {"sony SNC network cameras (IPELA)", "", "Sony Network Camera", "Sony"},
-    {"tp-link VIGI", "", "TP-LINK IP-Camera", "TP-Link"},
-};
-
-Json::Value CameraOf(const MakerCase& row) {
-  const std::string name = row.name;
-  Json::Value camera;
-  camera["model"]["file"] = SOURCE_FOLDER "/models/" + name.substr(0, name.find(' ')) + ".json";
-  camera["model"]["name"] = name.substr(name.find(' ') + 1);
-  camera["serverName"] = row.serverName;
-  camera["realm"] = row.realm;
-  return Camera(name, camera);
-}
-
-TEST(FindMakers, AreFoundByTheirNamesAndPaths) {
-  const TempFolder folder;
-  CopyShippedModels(folder);
-  const SimCameras cameras(ListOf(kMakers, [](const MakerCase& row) { return CameraOf(row); }));
-  const TestRecorder recorder({.modelsFolder = folder.Path()});
-  for (const MakerCase& row : kMakers) {
-    SCOPED_TRACE(row.name);
-    const Finding finding = FindAt(recorder, cameras, row.name, kSecret);
-    ExpectFewRequests(finding);
-    EXPECT_EQ(finding.found["cause"], "ok") << finding.log;
-    EXPECT_THAT(finding.found["streams"][0]["from"].asString(), HasSubstr(row.vendor));
-    EXPECT_EQ(finding.log["refusedLogins"], 0);
-    EXPECT_EQ(FindAt(recorder, cameras, row.name, "wrong").log["refusedLogins"], 1);
-  }
 }
 
 }  // namespace
