@@ -211,6 +211,11 @@ TEST(OwnModels, AreNotAddedToAFileWithAMistake) {
   EXPECT_EQ(import.status, 1);
   EXPECT_THAT(import.output, HasSubstr("mine.json has a mistake"));
   EXPECT_EQ(ReadText(own), before);
+  const Finished check = recorder.Control({"check-models"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_THAT(check.output, HasSubstr("mine.json"));
+  EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-H264").Code(), 0) << "the others are served";
+  EXPECT_THAT(recorder.Log(), HasSubstr("mine.json"));
 }
 
 TEST(ARecorder, IsBackedUpWhileItRunsAndRestoredWhereNoneRuns) {

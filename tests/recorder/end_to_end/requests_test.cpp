@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "rig/recorder.h"
-#include "tests/recorder/end_to_end/shipped_models.h"
 
 using namespace rig;
 
@@ -99,20 +98,6 @@ TEST(Server, TellsNeitherItsVersionNorHowThePageIsMade) {
     EXPECT_EQ(answer.status, status) << path;
     EXPECT_EQ(HeaderOf(answer.head, "Server"), "");
   }
-}
-
-TEST(Models, WithAMistakeAreNamedAndTheOthersServed) {
-  const TempFolder models;
-  CopyShippedModels(models);
-  models.Write("broken.json", R"({"vendor": "Broken", "models": [{"name": 5}]})");
-  const TestRecorder recorder({.testMs = 1000, .pictureMs = 1000, .workers = 2, .modelsFolder = models.Path()});
-  EXPECT_EQ(recorder.Get("CamCap", "vendor=Simcam&model=RTSP-H264").Code(), 0);
-  EXPECT_EQ(recorder.Get("CamCap", "vendor=Broken&model=x").Code(), 400);
-  EXPECT_THAT(recorder.Log(), testing::HasSubstr("broken.json"));
-
-  const Finished check = recorder.Control({"check-models"});
-  EXPECT_EQ(check.status, 1);
-  EXPECT_THAT(check.output, testing::HasSubstr("broken.json"));
 }
 
 TEST(Models, TellWhoSaysWhatAndWhereTheirStreamsAre) {
