@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
-#include <httplib.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -11,6 +11,7 @@
 #include "recorder/device/asked/onvif/uri.h"
 #include "recorder/device/asked/onvif/username_token.h"
 #include "recorder/request/request_scope.h"
+#include "tests/recorder/device/scripted_port.h"
 #include "tests/recorder/rows.h"
 
 namespace recorder::onvif {
@@ -43,61 +44,40 @@ class Camera {
   };
 
   explicit Camera(Script script, std::chrono::milliseconds limit = std::chrono::seconds(5))
-      : script_(std::move(script)), scope_(limit) {
-    server_.Post(".*",
-                 [this](const httplib::Request& request, httplib::Response& response) { Answer(request, response); });
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-  }
-  ~Camera() {
-    server_.stop();
-    thread_.join();
-  }
-  Camera(const Camera&) = delete;
-  Camera& operator=(const Camera&) = delete;
+      : script_(std::move(script)), scope_(limit) {}
 
   Outcome Ask(const std::string& channel, const std::string& user, CameraReport& report) {
-    return onvif::Ask({"127.0.0.1", port_, user, user.empty() ? "" : "secret"}, channel, report);
+    return onvif::Ask({"127.0.0.1", port_.Number(), user, user.empty() ? "" : "secret"}, channel, report);
   }
 
-  const std::vector<std::string>& Bodies() const { return bodies_; }
+  std::vector<Exchanged> Log() const { return port_.Log(); }
 
-  int Logins() const { return logins_; }
+  std::ptrdiff_t Logins() const {
+    return std::ranges::count_if(Log(), [](const Exchanged& one) { return !one.asked.login.empty(); });
+  }
 
   /// Of the one request in which the camera is asked.
   RequestScope& Scope() { return scope_; }
 
  private:
-  void Answer(const httplib::Request& request, httplib::Response& response) {
-    const std::string& body = request.body;
-    bodies_.push_back(body);
-    const int logins = static_cast<int>(request.has_header("Authorization")) +
-                       static_cast<int>(body.find("#PasswordDigest") != std::string::npos);
-    logins_ += logins;
-    const std::size_t begin = body.find("<s:Body><") + 9;
-    const std::string name = body.substr(begin, body.find(' ', begin) - begin);
-    const bool hasLogin = logins > 0 && !script_.refusesLogin;
-    const bool isOpen = script_.loginFault.empty() || name == "GetSystemDateAndTime";
-    const auto other = script_.files.find(name);
-    std::string text = Read(other == script_.files.end() ? script_.folder + "/" + name + ".xml" : other->second);
-    if (!isOpen && !hasLogin) text = Read(script_.loginFault);
+  recorder::Answer AnswerTo(const Question& asked) const {
+    const bool hasLogin = !asked.login.empty();
+    const bool isOpen = script_.loginFault.empty() || asked.action == "GetSystemDateAndTime";
+    const auto other = script_.files.find(asked.action);
+    std::string text =
+        Read(other == script_.files.end() ? script_.folder + "/" + asked.action + ".xml" : other->second);
+    if (!isOpen && (!hasLogin || script_.refusesLogin)) text = Read(script_.loginFault);
     if (text.empty()) text = Read("odd/notSupported.xml");
-    if (text.find("Fault>") != std::string::npos) response.status = script_.faultStatus;
-    if (logins > 0 && script_.refusal != 0) response.status = script_.refusal;
-    if (response.status == 401 && !script_.challenge.empty())
-      response.set_header("WWW-Authenticate", script_.challenge);
+    int status = text.find("Fault>") == std::string::npos ? 200 : script_.faultStatus;
+    if (hasLogin && script_.refusal != 0) status = script_.refusal;
     if (other != script_.files.end() && other->second == kSilent)
       std::this_thread::sleep_for(std::chrono::milliseconds(900));
-    response.set_content(text, text.starts_with("<!DOCTYPE html") ? "text/html" : "application/soap+xml");
+    return {status, status == 401 ? script_.challenge : "", text};
   }
 
   const Script script_;
   RequestScope scope_;
-  httplib::Server server_;
-  int port_ = 0;
-  std::vector<std::string> bodies_;  // written by the server's thread while Ask waits for it
-  int logins_ = 0;                   // as bodies_
-  std::thread thread_;
+  const ScriptedPort port_{[this](const Question& asked) { return AnswerTo(asked); }};
 };
 
 std::string Joined(const std::vector<std::string>& values) {
@@ -143,7 +123,7 @@ void ExpectFacts(const Camera::Script& script, const std::string& channel, const
   CameraReport report;
   EXPECT_EQ(camera.Ask(channel, "admin", report), Outcome::kOk);
   EXPECT_EQ(Summary(report), wanted);
-  EXPECT_LE(camera.Bodies().size(), 12U);
+  EXPECT_LE(camera.Log().size(), 12U);
   EXPECT_EQ(camera.Logins(), 0) << "nobody asked for one";
 }
 
@@ -220,7 +200,7 @@ TEST_P(LoginTest, OneWrongPasswordIsOneAttempt) {
     EXPECT_EQ(camera.Ask("", GetParam().user, report), Outcome::kLoginRefused);
     EXPECT_EQ(camera.Logins(), 1) << "the refusal is remembered";
   }
-  for (const std::string& body : camera.Bodies()) EXPECT_EQ(body.find("secret"), std::string::npos);
+  for (const Exchanged& one : camera.Log()) EXPECT_EQ(one.asked.body.find("secret"), std::string::npos);
 }
 
 INSTANTIATE_TEST_SUITE_P(Onvif, LoginTest, testing::ValuesIn(kLoginCases), kByName);

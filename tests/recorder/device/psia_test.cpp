@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 #include <thread>
 
@@ -8,6 +7,7 @@
 #include "recorder/request/request_scope.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/limits.h"
+#include "tests/recorder/device/scripted_port.h"
 
 namespace recorder::psia {
 namespace {
@@ -17,22 +17,17 @@ using Texts = std::vector<std::string>;
 std::string Data(const std::string& name) { return ReadFile(std::filesystem::path(DATA_FOLDER) / "psia" / name); }
 
 TEST(PsiaAskTest, SilenceLeavesWhatIsKnown) {
-  httplib::Server server;
-  server.Get(".*", [](const httplib::Request& request, httplib::Response& response) {
-    if (request.path == "/PSIA/System/IO/inputs") std::this_thread::sleep_for(std::chrono::milliseconds(900));
-    const bool isOfAll = request.path == "/PSIA/Streaming/channels";
-    const bool isOfOne = request.path.ends_with("/capabilities");
-    response.set_content(Data(isOfAll ? "channels.xml" : isOfOne ? "capabilities.xml" : "device.xml"), "text/xml");
+  const ScriptedPort port([](const Question& asked) -> Answer {
+    if (asked.path == "/PSIA/System/IO/inputs") std::this_thread::sleep_for(std::chrono::milliseconds(900));
+    const bool isOfAll = asked.path == "/PSIA/Streaming/channels";
+    const bool isOfOne = asked.path.ends_with("/capabilities");
+    return {200, "", Data(isOfAll ? "channels.xml" : isOfOne ? "capabilities.xml" : "device.xml")};
   });
-  const int port = server.bind_to_any_port("127.0.0.1");
-  std::thread thread([&server] { server.listen_after_bind(); });
   const RequestScope scope(std::chrono::milliseconds(800));
   CameraReport report;
-  EXPECT_EQ(Ask({"127.0.0.1", port, "admin", "secret"}, "", report), Outcome::kOk);
+  EXPECT_EQ(Ask({"127.0.0.1", port.Number(), "admin", "secret"}, "", report), Outcome::kOk);
   EXPECT_EQ(report.codecs.size(), 3U);
   EXPECT_EQ(report.digitalInputs, std::nullopt);
-  server.stop();
-  thread.join();
 }
 
 Outcome OutcomeOf(const std::string& file, long status = kHttpOk) {

@@ -28,6 +28,7 @@ std::string PathOf(const std::string& target) {
 
 Question Read(const std::string& head, const std::string& body) {
   Question asked{head.substr(0, head.find(' ')), PathOf(Between(head, " ", " "))};
+  asked.body = body;
   asked.action = Between(body, "<s:Body><", " ");
   asked.login = Between(head, "\r\nAuthorization: ", " ");
   if (body.find("UsernameToken") != std::string::npos) asked.login = "token";
@@ -39,7 +40,8 @@ std::string Written(const Answer& answer, const std::string& head) {
   std::string text = (isRtsp ? "RTSP/1.0 " : "HTTP/1.1 ") + std::to_string(answer.status) + " X\r\n";
   if (isRtsp) text += "CSeq: " + Between(head, "CSeq: ", "\r") + "\r\n";
   if (!answer.challenge.empty()) text += "WWW-Authenticate: " + answer.challenge + "\r\n";
-  if (!answer.body.empty()) text += "Content-Type: application/soap+xml\r\n";
+  const bool isPage = answer.body.starts_with("<!DOCTYPE html");
+  if (!answer.body.empty()) text += isPage ? "Content-Type: text/html\r\n" : "Content-Type: application/soap+xml\r\n";
   return text + "Content-Length: " + std::to_string(answer.body.size()) + "\r\n\r\n" + answer.body;
 }
 

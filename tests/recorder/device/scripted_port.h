@@ -17,7 +17,8 @@ struct Question {
   std::string path = {};
   std::string action = {};  ///< of SOAP
   std::string login = {};   ///< the scheme of its login, "token", or ""
-  int number = 0;           ///< from 1, at this port
+  std::string body = {};
+  int number = 0;  ///< from 1, at this port
 };
 
 struct Answer {
