@@ -8,6 +8,7 @@
 
 #include "rig/cameras.h"
 #include "rig/http_client.h"
+#include "rig/questions.h"
 #include "tests/recorder/end_to_end/expect.h"
 
 // From an address to its streams.
@@ -120,9 +121,8 @@ void ExpectFewRequests(const Finding& finding) {
 /// The paths of one vendor are all that is known, whatever else the recorder comes with.
 struct OneVendor : TempFolder {
   OneVendor() {
-    for (const char* file : {"schema.json", "simcam.json"}) {
-      std::filesystem::copy_file(std::filesystem::path(SOURCE_FOLDER "/models") / file, Path() / file);
-    }
+    CopySchema(*this);
+    Write("simcam.json", ReadText(SOURCE_FOLDER "/models/simcam.json"));
   }
 };
 

@@ -7,7 +7,6 @@
 #include "rig/callers.h"
 #include "rig/cameras.h"
 #include "rig/questions.h"
-#include "tests/recorder/end_to_end/shipped_models.h"
 
 // Every entry of models/, played by simulated cameras that read the files by themselves, and asked for over HTTP.
 
@@ -52,6 +51,25 @@ Json::Value CameraOf(const Played& played) {
   camera["model"]["name"] = played.model["name"];
   if (!played.codec.empty()) camera["model"]["codec"] = played.codec["name"];
   return Camera(played.CameraName(), camera);
+}
+
+/// The files' ports, such as 554, are no test's to listen on. Without a port, that of the user counts.
+void LeaveOutPorts(Json::Value& json) {
+  if (json.isObject()) json.removeMember("port");
+  if (json.isObject() || json.isArray()) {
+    for (Json::Value& member : json) LeaveOutPorts(member);
+  }
+}
+
+/// Copies all of them to `folder` without their ports, all else untouched.
+void CopyShippedModels(const TempFolder& folder) {
+  CopySchema(folder);
+  for (const auto& entry : std::filesystem::directory_iterator(SOURCE_FOLDER "/models")) {
+    Json::Value file = ParseJson(ReadText(entry.path()));
+    if (!file.isMember("vendor")) continue;  // the schema
+    LeaveOutPorts(file);
+    folder.Write(entry.path().filename(), ToText(file));
+  }
 }
 
 /// The path of a stream in a file, for a channel that is a number.

@@ -13,7 +13,6 @@
 #include "rig/processes.h"
 #include "tests/recorder/end_to_end/expect.h"
 #include "tests/recorder/end_to_end/prometheus_text.h"
-#include "tests/recorder/end_to_end/shipped_models.h"
 
 using namespace rig;
 using testing::ContainsRegex;
@@ -87,7 +86,7 @@ TEST(Operating, TheLogSaysWhereTheTimeOfAPictureWent) {
 
 TEST(Operating, StrangersLearnWhetherItIsAliveAndReadyAndNothingElse) {
   const TempFolder models;
-  CopyShippedModels(models);
+  std::filesystem::copy(SOURCE_FOLDER "/models", models.Path());
   const SimCameras cameras(List({Faulty("silent", "silentAfterConnect")}));
   const TestRecorder recorder({.testMs = 2000, .workers = 1, .modelsFolder = models.Path()});
   const auto reasons = [&] {
