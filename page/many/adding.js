@@ -1,7 +1,8 @@
 /// Storing the cameras of a list that passed: the buttons, the progress, and what came of it.
 
 import { button, byId, el, refill, say, sayQuarter } from "../parts/dom.js";
-import { keep, presetName } from "../recorder/saving.js";
+import { listCameras, nameOf } from "../recorder/cameras.js";
+import { keep, perhapsStored, presetName } from "../recorder/saving.js";
 import { cameraHash } from "../text/address.js";
 import { Additions } from "../testing/additions.js";
 import { texts } from "../texts/texts.js";
@@ -14,29 +15,30 @@ import { texts } from "../texts/texts.js";
 
 const words = texts.saving;
 
-/** @param {Row} row */
-function keepRow({ cells, camera }) {
-  if (!camera) throw new Error("a row with mistakes is never added");
-  return keep(camera, { name: cells.name || presetName(camera) });
-}
-
 /** What became of a row, in words. @param {Addition} addition @returns {(Node | string)[]} */
 function wordsOf(addition) {
   if (addition.kind === "adding") return [words.adding];
   if (addition.kind === "failed") return [words.notAdded, addition.text];
   const href = cameraHash(addition);
-  if (addition.kind === "there") return [words.storedAlready, el("a", { href, text: addition.name })];
+  const link = el("a", { href, text: addition.name });
+  if (addition.kind === "there") return [words.storedAlready, link];
+  if (addition.kind === "perhaps") return [words.perhapsStored, link];
   return [`${words.added} `, el("a", { href, text: words.open, "aria-label": texts.common.openNamed(addition.name) })];
 }
 
 export class Adding {
   #isAllowed = false;
   #spokenQuarters = 0;
+  /** What was stored before the latest run. @type {Promise<import("../recorder/cameras.js").CameraSummary[]> | null} */
+  #stored = null;
+  /** Somebody wants rows of it although they are perhaps stored. */
+  #isAsked = false;
   /** @type {Sorted} */
   #sorted;
 
   #start = button("", () => this.#add(this.#sorted.open), { id: "many-add" });
   #again = button(words.addAgain, () => this.#add(this.#sorted.failed), { id: "many-add-again" });
+  #perhaps = button("", () => this.#add(this.#sorted.perhaps, true), { id: "many-add-perhaps" });
   #stop = button(words.stop, () => this.stop(), { id: "many-add-stop" });
   #bar = el("progress", { id: "many-add-progress" });
   #label = el("span", { class: "out-of-sight", text: words.progress });
@@ -44,7 +46,7 @@ export class Adding {
   #link = el("a", { id: "many-add-open", href: "#cameras", text: texts.common.openCameras });
   #text = el("span", { id: "many-add-text", class: "muted" });
   /** In the order in which the focus passes on from one that vanishes. */
-  #buttons = [this.#stop, this.#again, this.#start, this.#link];
+  #buttons = [this.#stop, this.#again, this.#start, this.#link, this.#perhaps];
   #summary = el("summary");
   #left = el("ul", { class: "notes" });
   #fold = el("details", { id: "many-not-added" }, this.#summary, this.#left);
@@ -56,8 +58,8 @@ export class Adding {
   constructor(changed, open) {
     this.changed = changed;
     this.open = open;
-    this.additions = new Additions(keepRow, (rows) => this.#wentOn(rows));
-    const shown = [this.#start, this.#again, this.#stop, this.#progress, this.#link, this.#text];
+    this.additions = new Additions((row) => this.#keep(row), (rows) => this.#wentOn(rows));
+    const shown = [this.#start, this.#again, this.#stop, this.#progress, this.#link, this.#text, this.#perhaps];
     this.#sorted = this.additions.sort([]);
     byId("many-adding", HTMLElement).append(el("div", { class: "bar" }, ...shown), this.#fold);
   }
@@ -81,9 +83,19 @@ export class Adding {
     return addition ? [el("span", { class: "addition", "data-addition": addition.kind }, ...wordsOf(addition))] : [];
   }
 
-  /** @param {Row[]} rows */
-  async #add(rows) {
+  /** @param {Row} row */
+  async #keep({ cells, camera }) {
+    if (!camera) throw new Error("a row with mistakes is never added");
+    const other = this.#isAsked ? undefined : perhapsStored(camera, await (this.#stored ??= listCameras()));
+    if (other) return { kind: /** @type {const} */ ("perhaps"), id: other.id, name: nameOf(other) };
+    return keep(camera, { name: cells.name || presetName(camera) });
+  }
+
+  /** @param {Row[]} rows @param {boolean} [isAsked] */
+  async #add(rows, isAsked = false) {
     if (this.isRunning) return;
+    this.#stored = null;
+    this.#isAsked = isAsked;
     this.#spokenQuarters = 0;
     say(words.begins(rows.length));
     await this.additions.add(rows);
@@ -104,20 +116,23 @@ export class Adding {
     const focused = this.#buttons.find((one) => one === document.activeElement);
     const sorted = this.additions.sort(rows);
     const has = (/** @type {Row[][]} */ ...sorts) => sorts.some(({ length }) => length > 0);
-    const wasTried = has(sorted.adding, sorted.added, sorted.there, sorted.failed);
+    const wasTried = has(sorted.adding, sorted.added, sorted.there, sorted.perhaps, sorted.failed);
     this.#sorted = sorted;
     place.hidden = !this.#isAllowed || isTesting || !has(...Object.values(sorted));
     this.#showButtons(sorted, wasTried);
     this.#text.textContent = this.isRunning ? this.#progressText() : this.#outcome(sorted, wasTried);
-    this.#showLeft(this.isRunning ? [] : [...sorted.there, ...sorted.failed].sort((a, b) => a.line - b.line));
+    const left = [...sorted.there, ...sorted.perhaps, ...sorted.failed];
+    this.#showLeft(this.isRunning ? [] : left.sort((a, b) => a.line - b.line));
     if (focused && !focused.checkVisibility()) this.#buttons.find((one) => one.checkVisibility())?.focus();
   }
 
   /** @param {Sorted} sorted @param {boolean} wasTried */
-  #showButtons({ open, failed }, wasTried) {
+  #showButtons({ open, failed, perhaps }, wasTried) {
     this.#start.hidden = this.isRunning || open.length === 0;
     this.#start.textContent = words.addAll(open.length, wasTried);
     this.#again.hidden = this.isRunning || failed.length === 0;
+    this.#perhaps.hidden = this.isRunning || perhaps.length === 0;
+    this.#perhaps.textContent = words.addPerhaps(perhaps.length);
     this.#stop.hidden = !this.isRunning;
     this.#progress.hidden = !this.isRunning;
     this.#link.hidden = this.isRunning || !wasTried;
@@ -131,10 +146,10 @@ export class Adding {
   }
 
   /** @param {Sorted} sorted @param {boolean} wasTried */
-  #outcome({ added, there, failed, twice, forgotten }, wasTried) {
+  #outcome({ added, there, perhaps, failed, twice, forgotten }, wasTried) {
     const { trouble } = this.additions;
     const said = [
-      wasTried && words.summary(added.length, there.length, failed.length),
+      wasTried && words.summary(added.length, there.length, perhaps.length, failed.length),
       wasTried && trouble && words.brokenOff(trouble),
       twice.length > 0 && words.twice(twice.length),
       forgotten.length > 0 && words.forgotten(forgotten.length),

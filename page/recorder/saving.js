@@ -9,6 +9,7 @@ import { Trouble } from "./request.js";
 /**
  * @typedef {import("./api.js").Camera} Camera
  * @typedef {import("./cameras.js").StoredCamera} StoredCamera
+ * @typedef {import("./cameras.js").CameraSummary} CameraSummary
  * @typedef {Partial<import("./cameras.js").CameraFields>} CameraFields
  *
  * Under which id and name it is stored; "there" when it was before, and nothing was added.
@@ -23,6 +24,26 @@ export function presetName(camera) {
   const withPort = `${inAddress(host)}:${port}`;
   const place = port === defaultPort(camera) ? host : withPort;
   return ["", "1"].includes(channel) ? place : texts.saving.placeAndChannel(place, channel);
+}
+
+/**
+ * Where a camera is, however it is written; the first channel is the usual one.
+ * @param {{host: string, port: number, channel: string}} camera
+ */
+const placeOf = ({ host, port, channel }) => JSON.stringify([host.toLowerCase(), port, channel || "1"]);
+
+/**
+ * As what a camera is perhaps stored already: at its place, by another model. Two paths that differ lead to two streams.
+ * Where path and channel are the same, too, the recorder says by itself that it is stored.
+ * @param {Camera} camera
+ * @param {CameraSummary[]} stored
+ */
+export function perhapsStored(camera, stored) {
+  const { channel, path } = camera;
+  const isHere = (/** @type {CameraSummary} */ { sourcePath, ...other }) =>
+    placeOf(other) === placeOf(camera) && (!sourcePath || !path || sourcePath === path);
+  const here = stored.filter(isHere);
+  return here.some((one) => one.channel === channel && one.sourcePath === path) ? undefined : here[0];
 }
 
 /** What a camera is asked by; codec and stream type are of its test alone. @param {Camera} camera */

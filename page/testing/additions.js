@@ -10,8 +10,9 @@ import { sentence } from "../texts/language.js";
  * @typedef {import("../list/camera-list.js").Row} Row
  * @typedef {import("../recorder/saving.js").Kept} Kept
  *
- * What became of a row: "text" says why it failed.
- * @typedef {Kept | {kind: "adding"} | {kind: "failed", text: string}} Addition
+ * What became of a row: "text" says why it failed; "perhaps" is stored already, and was not added for that.
+ * @typedef {{kind: "perhaps", id: number, name: string}} Perhaps
+ * @typedef {Kept | Perhaps | {kind: "adding"} | {kind: "failed", text: string}} Addition
  */
 
 /** The recorder says what is wrong with this camera; others may be right. */
@@ -21,9 +22,9 @@ const ABOUT_THE_ROW = 400;
 const keyOf = ({ camera }) => JSON.stringify({ ...camera, password: "" });
 
 /**
- * Rows by what can be done with them or was. "open": can be added; "failed": can be added again; "twice": the same
- * camera as a row above that passed, too; "forgotten": the password was.
- * @typedef {"open" | "failed" | "twice" | "forgotten" | "adding" | "added" | "there"} Sort
+ * Rows by what can be done with them or was. "open": can be added; "failed" and "perhaps": can be added again; "twice":
+ * the same camera as a row above that passed, too; "forgotten": the password was.
+ * @typedef {"open" | "failed" | "perhaps" | "twice" | "forgotten" | "adding" | "added" | "there"} Sort
  */
 
 export class Additions {
@@ -36,7 +37,7 @@ export class Additions {
   trouble = "";
 
   /**
-   * @param {(row: Row) => Promise<Kept>} keep
+   * @param {(row: Row) => Promise<Kept | Perhaps>} keep
    * @param {(rows: Row[]) => void} changed
    */
   constructor(keep, changed) {
@@ -53,7 +54,7 @@ export class Additions {
   /** Those that passed, and those of which something is known. @param {Row[]} rows @returns {Record<Sort, Row[]>} */
   sort(rows) {
     /** @type {Record<Sort, Row[]>} */
-    const sorted = { open: [], failed: [], twice: [], forgotten: [], adding: [], added: [], there: [] };
+    const sorted = { open: [], failed: [], perhaps: [], twice: [], forgotten: [], adding: [], added: [], there: [] };
     const passed = new Set(rows.filter((row) => kindOf(row) === "passed").map(({ line }) => line));
     for (const row of rows) {
       const sort = this.#sortOf(row, passed);
@@ -65,7 +66,7 @@ export class Additions {
   /** @param {Row} row @param {Set<number>} passed lines @returns {Sort | null} */
   #sortOf(row, passed) {
     const { kind = "open" } = this.of(row) ?? {};
-    if (kind !== "open" && kind !== "failed") return kind;
+    if (kind !== "open" && kind !== "failed" && kind !== "perhaps") return kind;
     if (!passed.has(row.line)) return null;
     if (lacksPassword(row)) return "forgotten";
     return kind === "open" && passed.has(row.sameAs) ? "twice" : kind;

@@ -11,6 +11,8 @@ export const saving = {
   saving: "Saving",
   savedAs: "Saved as ",
   storedAlready: "Stored already as ",
+  /** At the same place, by another model. */
+  perhapsStored: "Perhaps stored already as ",
   open: "Open",
 
   // ---- many cameras ----
@@ -19,7 +21,9 @@ export const saving = {
     const which = isRest ? "the other" : count === 1 ? "the" : "all";
     return `Add ${which} ${count === 1 ? "one" : count} that passed`;
   },
-  addAgain: "Add failed again",
+  addAgain: "Add the failed ones again",
+  /** @param {number} count */
+  addPerhaps: (count) => (count === 1 ? "Add that one all the same" : `Add those ${count} all the same`),
   stop: "Stop adding",
   progress: "Cameras added",
   /** @param {number} count */
@@ -36,9 +40,10 @@ export const saving = {
   notAdded: "Not added: ",
   /** @param {number} count */
   begins: (count) => `Adding ${counted(count, "camera")}`,
-  /** @param {number} added @param {number} there stored before @param {number} failed */
-  summary: (added, there, failed) => {
-    const counts = [`${added} added`, there && `${there} stored already`, failed && `${failed} failed`];
+  /** @param {number} added @param {number} there stored before @param {number} perhaps the same @param {number} failed */
+  summary: (added, there, perhaps, failed) => {
+    const stored = [there && `${there} stored already`, perhaps && `${perhaps} perhaps stored already`];
+    const counts = [`${added} added`, ...stored, failed && `${failed} failed`];
     return `${counts.filter(Boolean).join(", ")}.`;
   },
   /** The recorder did not answer as it should. @param {string} why a sentence */
