@@ -132,7 +132,7 @@ void Records::Impl::ForgetRefusals(const CameraRecord& camera) {
   const std::string login = LoginOf(camera);
   for (const RefusedCamera& other : RefusedCameras()) {
     const bool isOfLogin = other.id == camera.id || other.login == login;
-    if (isOfLogin) Run("DELETE FROM outcomes WHERE cameraId = ?", other.id);
+    if (isOfLogin) Run("UPDATE outcomes SET cause = '' WHERE cameraId = ?", other.id);  // that it worked stays known
   }
 }
 

@@ -151,6 +151,7 @@ ChangeResult Records::Change(int id, const CameraChange& change) {
     if (!keepsPassword && change.password == nullptr) throw RecordsError("password: must be given again");
     impl_->StoreRecord(after);
     impl_->ForgetOutdated(*before, after, change);
+    impl_->BeginAnew(*before, after);
     if (change.password != nullptr) impl_->StorePassword(after, *change.password);
     if (change.streams) impl_->StoreStreams(id, *change.streams);
     if (change.facts) impl_->StoreFacts(id, *change.facts);

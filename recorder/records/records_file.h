@@ -33,6 +33,8 @@ struct Records::Impl : DatabaseFile {
   void StoreFacts(int id, const std::vector<CameraFact>& facts);
   /// What was known of the camera as it was `before` `change`, see Records::Change.
   void ForgetOutdated(const CameraRecord& before, const CameraRecord& after, const CameraChange& change);
+  /// That it worked before it was switched off is not how long it has worked once it is switched on.
+  void BeginAnew(const CameraRecord& before, const CameraRecord& after);
   void ForgetFactsOfOthers(int id, const std::vector<CameraStream>& streams);
   /// All refusals of the camera's login, at whatever record.
   void ForgetRefusals(const CameraRecord& camera);

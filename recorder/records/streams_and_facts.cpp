@@ -7,6 +7,8 @@
 
 #include "recorder/records/records.h"
 #include "recorder/records/records_file.h"
+#include "recorder/utility/cause_table.h"
+#include "recorder/utility/watch_clock.h"
 
 namespace recorder {
 namespace {
@@ -77,6 +79,12 @@ void Records::Impl::ForgetOutdated(const CameraRecord& before, const CameraRecor
     Run("DELETE FROM facts WHERE cameraId = ? AND stream = ?", id, kOwnStream);
   }
   if (change.streams) ForgetFactsOfOthers(id, *change.streams);
+}
+
+void Records::Impl::BeginAnew(const CameraRecord& before, const CameraRecord& after) {
+  if (before.status != CAM_CONN_STATUS_DISABLED || after.status == CAM_CONN_STATUS_DISABLED) return;
+  Run("UPDATE outcomes SET since = ? WHERE cameraId = ? AND cause = ?", WatchClock::Seconds(), after.id,
+      std::string(NameOf(Outcome::kOk)));
 }
 
 std::vector<CameraStream> Records::Streams(int id) const {

@@ -24,6 +24,18 @@ TEST_F(OutcomesTest, AnOutcomeIsOfWhatIsAskedNow) {
   records.NoteOutcome(id, {Outcome::kOk, 5});
   EXPECT_EQ(records.Change(id, {.record = [](CameraRecord& c) { c.channel = "7"; }}), ChangeResult::kDone);
   EXPECT_FALSE(records.OutcomeOf(id)) << "this channel has not worked yet";
+  records.NoteOutcome(id, {Outcome::kOk, 5});
+  records.NoteOutcome(id, {Outcome::kLoginRefused, 6});
+  EXPECT_EQ(records.Change(id, {.password = &password}), ChangeResult::kDone);
+  EXPECT_FALSE(records.OutcomeOf(id)) << "this login was not tried yet";
+  records.NoteOutcome(id, {Outcome::kTimedOut, 7});
+  EXPECT_EQ(records.Outcomes()[id], (CameraOutcome{Outcome::kTimedOut, 7, 5})) << "with the login before it has worked";
+  records.NoteOutcome(id, {Outcome::kOk, 8});
+  for (const auto status : {CAM_CONN_STATUS_DISABLED, CAM_CONN_STATUS_NORMAL}) {
+    EXPECT_EQ(records.OutcomeOf(id)->since, 8);
+    records.Change(id, {.record = [status](CameraRecord& camera) { camera.status = status; }});
+  }
+  EXPECT_GT(records.OutcomeOf(id)->since, 8) << "it was off meanwhile";
   const std::int64_t hourAgo = SecondsNow() - 3600;
   for (const auto& [host, since, isRefused] : {std::tuple("CAM.example.", hourAgo + 9, true),
                                                {"cam.example", hourAgo, false},
