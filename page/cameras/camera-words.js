@@ -42,12 +42,18 @@ export function outcomeOf(cause) {
   return { key: cause, sign: "✕", word: namedCause(cause).heading, result: "failed" };
 }
 
+/** When it worked. What was before a change of its record is no longer known of it. @param {Camera} camera */
+function workedText({ state, revision }) {
+  if (state?.lastSuccess) return words.worked(now() - state.lastSuccess);
+  return revision === 1 ? words.neverWorked : words.notSinceChanged;
+}
+
 /** How long it has been so, and when it worked; "" for what is not known. @param {Camera} camera */
-export function lastingOf({ enabled, state }) {
+export function lastingOf(camera) {
+  const { enabled, state } = camera;
   if (!enabled || !state) return "";
   const lasting = words.since(now() - state.since);
-  if (state.cause === "ok") return lasting;
-  return `${lasting}, ${state.lastSuccess ? words.worked(now() - state.lastSuccess) : words.neverWorked}`;
+  return state.cause === "ok" ? lasting : `${lasting}, ${workedText(camera)}`;
 }
 
 /** Whether the camera refused the login that is stored. @param {string} cause */

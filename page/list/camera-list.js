@@ -38,7 +38,7 @@ import { COLUMNS } from "./headings.js";
  * @property {Result} result
  * @property {number} code of the failure; 0 for none
  * @property {string} cause the name that the recorder gave it; "" for none
- * @property {string} note why a row has no result
+ * @property {string} note why a row has no result, or what else is to be known of one that passed
  * @property {Date | null} testedAt
  */
 

@@ -3,6 +3,7 @@
 import { isTestable, lacksPassword } from "../list/camera-list.js";
 import { ask, say, sayQuarter } from "../parts/dom.js";
 import * as api from "../recorder/api.js";
+import { isAsked } from "../recorder/models.js";
 import { Estimate } from "../testing/estimate.js";
 import { LONG, LongRun } from "../testing/long-run.js";
 import { Run } from "../testing/run.js";
@@ -26,6 +27,9 @@ function cameraOf({ camera }) {
 
 /** @param {Row} row */
 const asListRow = (row) => ({ id: String(row.line), name: row.cells.name, camera: cameraOf(row) });
+
+/** Whether there may be channels that were not tested with it. @param {Row} row */
+const mayHaveMore = ({ result, camera }) => result === "passed" && camera?.channel === "" && isAsked(camera);
 
 export class ListRun {
   #isAllowedLong = false;
@@ -116,6 +120,17 @@ export class ListRun {
     this.#run = null;
     this.changed([]);
     say(texts.common.ended(this.#summary()));
+    await this.#noteChannels(testable);
+  }
+
+  /** @param {Row[]} rows that were tested */
+  async #noteChannels(rows) {
+    for (const row of rows.filter(mayHaveMore)) {
+      const count = await api.countChannels(cameraOf(row)).catch(() => 0);
+      if (count < 2 || !mayHaveMore(row)) continue;
+      row.note = texts.many.hasChannels(count);
+      this.changed([row]);
+    }
   }
 
   /** @param {Row[]} rows */

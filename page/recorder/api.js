@@ -169,6 +169,16 @@ export async function askCapabilities(camera, signal) {
 }
 
 /**
+ * How many channels a camera has, by what it said when it was asked last; 0 if that is not known. Contacts no camera.
+ * @param {Camera} camera
+ */
+export async function countChannels(camera) {
+  const parameters = { ...askParameters(camera), camPass: "", camCapCmd: 0 };
+  const { value } = firstCapabilities(await call("CamCapRemote", parameters));
+  return Number(value?.cntChanl ?? 0);
+}
+
+/**
  * Measures a picture of a camera that the user describes.
  * @param {Camera} camera
  * @param {AbortSignal} [signal]

@@ -32,6 +32,7 @@ export const cameras = {
   /** @param {number} seconds */
   worked: (seconds) => `worked ${spanText(seconds)} ago`,
   neverWorked: "never worked so far",
+  notSinceChanged: "has not worked since it was changed",
 
   /** @param {string} name */
   picture: (name) => `Picture of ${name}`,

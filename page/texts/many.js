@@ -158,6 +158,8 @@ export const many = {
   recorderStopped: "The recorder stopped while this row was tested.",
   rowUnanswered: "The recorder's answer left this row out.",
   loginRefused: "This login was refused at this address.",
+  /** Of a row that passed. @param {number} count */
+  hasChannels: (count) => `it has ${count} channels, and only one was tested. Add finds them all.`,
 
   // ---- one row ----
   /** @param {number} line @param {string} name */

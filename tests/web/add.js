@@ -3,7 +3,21 @@
 import assert from "node:assert/strict";
 import { before } from "node:test";
 import { audit } from "./audit.js";
-import { RIGHT, WRONG, control, expectText, focused, sent, source, startCameras, testAt, text } from "./stage.js";
+import {
+  RIGHT,
+  WRONG,
+  control,
+  expectText,
+  focused,
+  openList,
+  openView,
+  runBy,
+  sent,
+  source,
+  startCameras,
+  testAt,
+  text,
+} from "./stage.js";
 
 const test = testAt("#add");
 
@@ -176,6 +190,15 @@ test("channels of a recorder are saved as cameras, and what fails is said in its
   assert.match(await row(1).innerText(), /stored already, as “Hall channel 1”/);
   assert.match(await row(3).innerText(), /Type a name/);
   assert.match(control("", "camera list"), /Door/);
+  await openView(page, "#many");
+  await openList(page, [
+    ["address", "port", "user", "password"],
+    ["127.0.0.1", ports.recorder, "admin", RIGHT],
+  ]);
+  await runBy(page, "#many-start");
+  await expectText(page, "many-rows", "Passed: it has 3 channels, and only one was tested.");
+  await runBy(page, "#many-add");
+  await expectText(page, "many-rows", "Perhaps stored already as Hall channel 1");
 });
 
 test("what is being saved keeps its login, whatever is pressed, and is not saved without it", async (page) => {
