@@ -32,8 +32,12 @@ const REFUSALS_BEFORE_ASKING = 2;
 function stepText({ step, ports, login, streams }) {
   if (step === "ports") return add.portsAnswer(ports);
   if (step === "login") return add.logins[login] ?? login;
-  return step === "onvif" ? add.onvifNames(streams) : add.streamsKnown(streams);
+  if (step === "onvif") return add.onvifNames(streams);
+  return streams === 0 ? add.streamsKnown(0, 0) : ""; // which of them are sure is told in the end
 }
+
+/** Streams that were worked out, and not asked, may not be there: their pictures will tell. @param {Found} found */
+const knownText = ({ streams }) => add.streamsKnown(streams.filter(({ asked }) => asked).length, streams.length);
 
 /** Where they cannot be read, a name may be there twice. */
 const namesTaken = () =>
@@ -123,7 +127,8 @@ export class AddView {
 
   /** @param {FindStep} line */
   #step(line) {
-    this.#progress.step(stepText(line));
+    const text = stepText(line);
+    if (text) this.#progress.step(text);
     if (line.step === "login" && line.maker.value) this.#progress.step(add.madeBy(line.maker.value, line.maker.from));
   }
 
@@ -163,14 +168,18 @@ export class AddView {
     this.#outcome = outcome;
     this.#form.find.classList.remove("main"); // Save is now
     this.#place.replaceChildren(...headOf(found, this.#form.path), outcome.element);
-    say(add.found(found.streams.length));
+    this.#progress.step(knownText(found));
+    say(knownText(found));
     this.#form.canStop = true;
     outcome.look().then(() => this.#lookedAt(outcome));
   }
 
   /** @param {FoundCamera | FoundChannels} outcome */
   #lookedAt(outcome) {
-    if (this.#outcome === outcome && !this.#running) this.#form.canStop = false;
+    if (this.#outcome !== outcome || this.#running) return;
+    this.#form.canStop = false;
+    const missing = outcome instanceof FoundCamera ? outcome.missing.length : 0;
+    if (missing > 0) this.#progress.step(add.notThere(missing));
   }
 
   // ---- after it ----

@@ -110,8 +110,23 @@ export class FoundCamera {
   /** By what comes of it, another sub stream may be the usual one. @param {StreamRow} row */
   async #takePicture(row) {
     const cause = await row.takePicture(this.login, this.#working.signal);
+    if (row.isMissing) this.#offerNoMore(row);
     if (this.#isUsualSub) this.#showSub(this.#usualChoice().sub);
     return cause;
+  }
+
+  /** Rows of streams that the camera does not have. */
+  get missing() {
+    return this.rows.filter((row) => row.isMissing);
+  }
+
+  /** One is left as main, whatever its picture came to. @param {StreamRow} row */
+  #offerNoMore(row) {
+    const value = String(this.rows.indexOf(row));
+    for (const select of [this.#main, this.#sub]) {
+      const option = select.querySelector(`option[value="${value}"]`);
+      if (select.options.length > 1) option?.remove();
+    }
   }
 
   /**

@@ -121,6 +121,11 @@ export class StreamRow {
     return this.#cause === "ok" || (this.#cause === "" && this.stream.asked);
   }
 
+  /** The camera said that it has no such stream. */
+  get isMissing() {
+    return this.#cause === "noSuchStream";
+  }
+
   /** @param {Login} login @param {AbortSignal} signal @returns {Promise<string>} the cause, "ok" for a picture */
   async takePicture(login, signal) {
     const { host, stream } = this;

@@ -54,8 +54,13 @@ export const add = {
   },
   /** @param {number} count */
   onvifNames: (count) => (count === 0 ? "No stream is named by ONVIF" : `ONVIF names ${counted(count, "stream")}`),
-  /** @param {number} count */
-  streamsKnown: (count) => (count === 0 ? "No stream was found" : `${counted(count, "stream")} found`),
+  /** @param {number} sure @param {number} all */
+  streamsKnown: (sure, all) => {
+    if (all === 0) return "No stream was found";
+    return `${counted(sure, "stream")} found${all > sure ? `, ${all - sure} more perhaps` : ""}`;
+  },
+  /** Of streams that were tried. @param {number} count */
+  notThere: (count) => `${count} of them ${count === 1 ? "is" : "are"} not there`,
   /** @param {string} maker @param {string} from */
   madeBy: (maker, from) => `Made by ${maker} (said by ${from})`,
 
@@ -130,8 +135,6 @@ export const add = {
   /** @param {string} stream */
   h265: (stream) =>
     `${stream} is in H.265, which some browsers cannot show. Set the camera to H.264, or take another stream.`,
-  /** @param {number} streams */
-  found: (streams) => `${counted(streams, "stream")} found`,
 
   // ---- choosing and saving ----
   none: "None",
