@@ -69,6 +69,12 @@ export class CameraCard {
     return this.#cause !== "" && this.#cause !== this.camera.state?.cause;
   }
 
+  /** Whether it did not answer, or not well, when it was asked last. */
+  get hasFailed() {
+    const cause = this.#cause || this.camera.state?.cause || "ok";
+    return cause !== "ok";
+  }
+
   get hasStill() {
     return !this.#frame.isEmpty;
   }

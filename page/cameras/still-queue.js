@@ -1,11 +1,12 @@
-/// In which order stills are asked for: a few at a time, never two of one host. Knows no document.
+/// In which order stills are asked for: a few at a time, never two of one place, and last those of cameras that are likely
+/// to be silent. Knows no document.
 
-/** @typedef {{host: string, work: () => Promise<void>}} Wish */
+/** @typedef {{place: string, isLate: boolean, work: () => Promise<void>}} Wish */
 
 export class StillQueue {
-  /** @type {Map<unknown, Wish>} the first is the next */
+  /** @type {Map<unknown, Wish>} the first is the next of its kind */
   #waiting = new Map();
-  #busyHosts = new Set();
+  #busyPlaces = new Set();
 
   /** @param {number} atOnce */
   constructor(atOnce) {
@@ -23,14 +24,19 @@ export class StillQueue {
     this.#waiting.delete(key);
   }
 
+  get #inOrder() {
+    const waiting = [...this.#waiting];
+    return [...waiting.filter(([, { isLate }]) => !isLate), ...waiting.filter(([, { isLate }]) => isLate)];
+  }
+
   #next() {
-    for (const [key, { host, work }] of this.#waiting) {
-      if (this.#busyHosts.size >= this.atOnce) return;
-      if (this.#busyHosts.has(host)) continue;
+    for (const [key, { place, work }] of this.#inOrder) {
+      if (this.#busyPlaces.size >= this.atOnce) return;
+      if (this.#busyPlaces.has(place)) continue;
       this.#waiting.delete(key);
-      this.#busyHosts.add(host);
+      this.#busyPlaces.add(place);
       work().finally(() => {
-        this.#busyHosts.delete(host);
+        this.#busyPlaces.delete(place);
         this.#next();
       });
     }

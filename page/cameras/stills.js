@@ -2,6 +2,7 @@
 
 import { takeStill } from "../recorder/cameras.js";
 import { Trouble } from "../recorder/request.js";
+import { placeOf } from "./camera-words.js";
 import { StillQueue } from "./still-queue.js";
 
 /** @typedef {import("./camera-card.js").CameraCard} CameraCard */
@@ -84,7 +85,7 @@ export class Stills {
   #want(card) {
     card.showAge();
     if (!card.mayBeAsked || Date.now() - card.askedAt < FRESH_MS) return;
-    this.#queue.add(card, { host: card.camera.host, work: () => this.#renew(card) });
+    this.#queue.add(card, { place: placeOf(card.camera), isLate: card.hasFailed, work: () => this.#renew(card) });
   }
 
   /** @param {CameraCard} card */
