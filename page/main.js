@@ -14,7 +14,7 @@ import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
 import { NoticesView } from "./notices/notices-view.js";
 import { OneCamera } from "./one/one-camera.js";
-import { byId, prepareQuestions } from "./parts/dom.js";
+import { byId, prepareQuestions, say } from "./parts/dom.js";
 import { putInTexts } from "./parts/static-texts.js";
 import { listCameras } from "./recorder/cameras.js";
 import { ModelList } from "./recorder/models.js";
@@ -81,12 +81,23 @@ const VIEWS = {
 };
 /** An admin, who manages users too. */
 const mayAdd = () => !byId("nav-users", HTMLElement).hidden;
+const isRefused = (/** @type {string} */ name) => ["notices", "users"].includes(name) && !mayAdd();
+
+/** Says why another view stands in the place of this one, if it is refused. @param {string} name */
+function tellRefused(name) {
+  const text = isRefused(name) ? texts.banners.adminsOnly(VIEWS[name]?.title ?? "") : "";
+  byId("admins-only", HTMLElement).hidden = text === "";
+  byId("admins-only-text", HTMLElement).textContent = text;
+  if (text) say(text);
+}
+
 /** What an address without a view shows. */
 let start = "cameras";
 const router = new Router(VIEWS, (name, rest) => {
+  tellRefused(name);
   if ((name === "cameras" || name === "camera") && isNumber(rest[0])) return ["camera", rest];
   if (name === "add" && !mayAdd()) return ["one", []];
-  if (["notices", "users"].includes(name) && !mayAdd()) return [start, []];
+  if (isRefused(name)) return [start, []];
   return Object.hasOwn(VIEWS, name) && name !== "camera" ? [name, rest] : [start, []];
 });
 

@@ -2,6 +2,8 @@
 
 export const banners = {
   views: "Views",
+  /** @param {string} view */
+  adminsOnly: (view) => `Only an admin may see ${view}.`,
   needsModels: "The list of models could not be read.",
   tryAgain: "Try again",
   notReachable: "Recorder not reachable.",
