@@ -2,7 +2,7 @@
 
 import { spreadAddress, watchAddress } from "../parts/camera-fields.js";
 import { button, el, say } from "../parts/dom.js";
-import { PLAIN, field, mistakeLine, onSubmit, passwordInput } from "../parts/forms.js";
+import { PLAIN, field, mistakeLine, onSubmit, passwordInput, tell } from "../parts/forms.js";
 import { changeCamera, readCamera } from "../recorder/cameras.js";
 import { movedTo } from "../recorder/moving.js";
 import { Trouble } from "../recorder/request.js";
@@ -42,7 +42,7 @@ const inputOf = (member) =>
   el("input", { id: `camera-${member}`, autocomplete: "off", ...(member === "name" ? {} : PLAIN) });
 
 export class CameraEdit {
-  /** @type {StoredCamera | null} what is stored, as far as this form knows */
+  /** @type {StoredCamera | null} what is stored, as far as this form knows; null once it was saved, or nobody wants that */
   #base = null;
   #inputs = {
     name: inputOf("name"),
@@ -117,13 +117,29 @@ export class CameraEdit {
 
   /** What was changed beside it is not somebody else's. @param {StoredCamera} camera */
   renew(camera) {
+    if (this.element.hidden) return;
     this.#base = camera;
     this.#enabled.checked = camera.enabled;
   }
 
   close() {
+    this.leave();
+    this.#base = null;
+  }
+
+  /** Its view is left. What was typed stays, but for the password. */
+  leave() {
     this.element.hidden = true;
     this.forgetPassword();
+  }
+
+  /** Shows what was typed of this camera when it was left, if something was. @param {number} id @returns {boolean} */
+  reopen(id) {
+    const base = this.#base;
+    if (base?.id !== id || Object.keys(this.#changes(base)).length === 0) return false;
+    this.element.hidden = false;
+    tell(this.#mistake, words.notSavedYet);
+    return true;
   }
 
   forgetPassword() {

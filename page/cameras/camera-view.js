@@ -99,6 +99,7 @@ export class CameraView {
       this.#fill(camera);
       this.#picture.open(camera);
       this.#changes.open(id);
+      if (this.#isAdmin) this.#showEdit(this.#edit.reopen(id));
     } catch (error) {
       if (this.#id === id) this.#tellUnread(error);
     }
@@ -106,7 +107,8 @@ export class CameraView {
 
   close() {
     this.#id = 0;
-    for (const part of [this.#picture, this.#facts, this.#changes, this.#test, this.#edit]) part.close();
+    for (const part of [this.#picture, this.#facts, this.#changes, this.#test]) part.close();
+    this.#edit.leave();
     this.#showEdit(false);
     this.#streams.forgetPassword();
     this.#remarks.hidden = true;

@@ -2,6 +2,7 @@
 
 import { nameOf } from "../recorder/cameras.js";
 import { namedCause, wordsOf } from "../recorder/causes.js";
+import { labelOf } from "../recorder/models.js";
 import { Trouble } from "../recorder/request.js";
 import { inAddress } from "../text/address.js";
 import { texts } from "../texts/texts.js";
@@ -26,7 +27,7 @@ export const placeOf = ({ host, port }) => `${inAddress(host)}:${port}`;
 /** What it is: as it says itself, or as it is asked. @param {import("../recorder/cameras.js").StoredCamera} camera */
 export function kindOf({ vendor, model, facts }) {
   const said = ["maker", "model"].map((name) => facts.find((fact) => fact.stream === "" && fact.name === name)?.value);
-  return (said.every(Boolean) ? said : [vendor, model]).filter(Boolean).join(" ");
+  return said.every(Boolean) ? said.join(" ") : labelOf({ vendor, model });
 }
 
 /** @param {Camera} camera @returns {Words} */

@@ -4,6 +4,7 @@ import { button, el, refill, sayLater } from "../parts/dom.js";
 import { addView, field, mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import { listCameras, nameOf } from "../recorder/cameras.js";
+import { labelOf } from "../recorder/models.js";
 import { cameraHash } from "../text/address.js";
 import { messageOf } from "../text/text.js";
 import { sentence } from "../texts/language.js";
@@ -26,7 +27,7 @@ function rowOf({ camera, strip }) {
   const name = el("a", { href: cameraHash(camera), text: nameOf(camera), "data-kind": camera.id });
   const place = el("span", { class: "code", text: placeOf(camera) });
   const state = el("span", {}, stateMark(stateOf(camera)), ` ${lastingOf(camera)}`);
-  return [name, place, `${camera.vendor} ${camera.model}`, state, strip.cell];
+  return [name, place, labelOf(camera), state, strip.cell];
 }
 
 export class CamerasView {

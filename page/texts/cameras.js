@@ -75,8 +75,8 @@ export const camera = {
   switchOn: "Switch on",
   isOff: "It is switched off",
   isOn: "It is switched on",
-  export: "Export as a model",
-  exported: "The model file is downloaded",
+  export: "Export its model for others",
+  exported: "The model file is downloaded. Other recorders can take it in, for cameras like this one.",
   delete: "Delete",
   /** @param {string} heading @param {string} first */
   advice: (heading, first) => `${heading}. ${first}`,
@@ -127,6 +127,7 @@ export const camera = {
   passwordStays: "Stays as it is while this is empty. Another address, port or user needs it again.",
   pathHint: "Of the main stream, for a model that asks for it",
   enabled: "Switched on",
+  notSavedYet: "This was typed before, and is not saved yet. A password has to be typed again.",
   newCertificate: "Take the camera's new certificate",
   weakerLogin: "Allow a weaker login again",
   trustHint:
