@@ -24,7 +24,7 @@ function listOf(rows) {
   const headings = runs.COLUMNS.map(([, column]) => ({ text: column, column, isUnknown: false }));
   const cellsOf = (/** @type {BackgroundRow} */ row) => runs.COLUMNS.map(([member]) => String(row[member]));
   const lines = rows.map((row) => ({ number: row.number, cells: cellsOf(row) }));
-  return { lines, headings, mistake: "", notes: [words.earlierNote] };
+  return { lines, headings, mistake: "", notes: [words.earlierNote, words.earlierLacks] };
 }
 
 /**

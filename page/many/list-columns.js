@@ -29,7 +29,7 @@ export class ListColumns {
       const column = heading.isUnknown ? this.#remembered.get(plainHeading(heading.text)) : undefined;
       if (column && !this.#isTaken(column)) heading.column = column;
     }
-    this.place.open = !this.#isTaken("address");
+    this.place.open = !this.#isTaken("address") || !this.#isTaken("name");
     this.#show();
   }
 

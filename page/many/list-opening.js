@@ -23,6 +23,14 @@ export class ListOpening {
     byId("many-read", HTMLButtonElement).addEventListener("click", () =>
       this.#open(texts.many.pasted, readList(this.text.value)),
     );
+    byId("many-other-rows", HTMLButtonElement).addEventListener("click", () => this.#paste());
+  }
+
+  /** What was pasted before is still there, and can be mended. */
+  #paste() {
+    byId("many-open", HTMLElement).hidden = false;
+    byId("many-paste", HTMLDetailsElement).open = true;
+    this.text.focus();
   }
 
   #listenForFiles() {
@@ -66,7 +74,6 @@ export class ListOpening {
       say(text.textContent ?? "");
       text.focus();
     } else if (await this.surroundings.mayReplace(name)) {
-      this.forgetPasswords();
       this.surroundings.opened(name, list);
     }
   }

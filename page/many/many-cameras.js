@@ -121,6 +121,7 @@ export class ManyCameras {
     this.columns.open(list.headings);
     this.#fill(list);
     say(texts.many.opened(this.list.rows.length, this.list.ofKind("toFix").length));
+    byId("many-title", HTMLElement).focus(); // what had it is no longer in sight
   }
 
   /** @param {ReadList} list @param {import("../recorder/runs.js").BackgroundRow[]} found what came of its rows */
@@ -128,7 +129,6 @@ export class ManyCameras {
     this.#open(texts.many.earlierName, list);
     settleEarlier(this.list.rows, found, this.run.means);
     this.#showChecked();
-    byId("many-title", HTMLElement).focus();
   }
 
   /** @param {ReadList} list */
@@ -207,7 +207,7 @@ export class ManyCameras {
 
   /** What would change the list waits for the end of what runs. @param {boolean} isRunning */
   #hold(isRunning) {
-    for (const name of ["other", "forget"]) byId(`many-${name}`, HTMLButtonElement).disabled = isRunning;
+    for (const name of ["other", "other-rows", "forget"]) byId(`many-${name}`, HTMLButtonElement).disabled = isRunning;
     this.defaults.disabled = isRunning;
     byId("many-columns-choices", HTMLFieldSetElement).disabled = isRunning;
     byId("many-table", HTMLTableElement).setAttribute("aria-busy", String(isRunning));

@@ -73,6 +73,12 @@ function tlsAddress({ host, port }, path) {
   return `rtsps://${inAddress(host)}:${port}${path || "/"}`;
 }
 
+/** Digits and dots that are no IPv4 address of four numbers. @param {string} host */
+const isNoIp = (host) => {
+  const numbers = host.split(".");
+  return /^[\d.]+$/.test(host) && !(numbers.length === 4 && numbers.every((one) => one !== "" && Number(one) < 256));
+};
+
 /**
  * What is wrong with a host, in words that follow its name; "" for nothing.
  * @param {string} host
@@ -80,6 +86,7 @@ function tlsAddress({ host, port }, path) {
 export function hostMistake(host) {
   if (host === "") return texts.list.missing;
   if (host.includes("@")) return texts.common.encode;
+  if (isNoIp(host)) return texts.common.noIp(host);
   return /[\s/\\?#[\]"'<>,;]/.test(host) ? texts.common.noHost(host) : "";
 }
 

@@ -40,6 +40,8 @@ export const common = {
   encode: "Percent-encode its password: %2F for /, %3F for ?, %23 for #, %40 for @ (the last in its path too).",
   /** @param {string} host */
   noHost: (host) => `${host} is not a host name or address.`,
+  /** @param {string} host digits and dots */
+  noIp: (host) => `${host} is not an IP address.`,
   /** @param {string} port */
   noPort: (port) => `${port} is not a port (1 to 65535).`,
   typePort: "Type the camera's port (1 to 65535).",

@@ -64,9 +64,11 @@ export const many = {
   forgetEarlier: "Remove it",
   earlierName: "Earlier test",
   earlierNote: "Passwords are not kept with a test: type them again before rows are tested, or added.",
+  earlierLacks: "Rows that were tested before the recorder took over the rest of the list are not among these.",
 
   // ---- what is asked before something is lost ----
   otherFile: "Other file",
+  otherRows: "Other rows",
   /** @param {string} name */
   replaced: (name) => `The list is replaced by ${name}.`,
   openIt: "Open it",
@@ -89,6 +91,7 @@ export const many = {
   // ---- values and mistakes ----
   forEmptyCells: "For empty cells",
   usual: "usual",
+  modelHint: "ONVIF is what most cameras speak, whoever made them.",
   forget: "Forget passwords",
   forgotten: "Passwords forgotten",
   /** @param {number} line @param {string} remark on the row as a whole */
@@ -157,7 +160,7 @@ export const many = {
   loginsRefused: (count) => `The first ${count} logins were all refused. Is the shared password right?`,
   recorderStopped: "The recorder stopped while this row was tested.",
   rowUnanswered: "The recorder's answer left this row out.",
-  loginRefused: "This login was refused at this address.",
+  loginRefused: "not sent: this login was refused at this address.",
   /** Of a row that passed. @param {number} count */
   hasChannels: (count) => `it has ${count} channels, and only one was tested. Add finds them all.`,
 
@@ -184,7 +187,7 @@ export const many = {
   exportedWithPasswords: (count) => `${rows(count)} exported, with passwords`,
   /** Around the name of a command. */
   importBefore: "The file that",
-  importAfter: "takes.",
+  importAfter: "takes, for whoever keeps the recorder. Those that passed can be added here as well, by a button above the list.",
   alsoOthers: "Also rows that did not pass",
   withPasswords: "With passwords",
   whoeverReads: "Whoever reads this file can log in to the cameras. Delete it as soon as it is imported.",

@@ -3,8 +3,9 @@
 export const notices = {
   title: "Notices",
   explained:
-    "Each change of a stored camera can be sent to an address of yours (a webhook), as JSON by POST. " +
-    "“X-Signature” has its HMAC-SHA256 with the secret. A camera that changes again and again is told of once.",
+    "Each change of a stored camera can be sent to an address of yours (a webhook): a program there, or a service that " +
+    "takes such messages, then tells you. A camera that changes again and again is told of once. For whoever writes that " +
+    "program: it gets JSON by POST, and “X-Signature” has the HMAC-SHA256 of it with the secret, a password of your choice.",
   form: "Where changes are told to",
   url: "Address (http or https)",
   secret: "Secret (16 to 256 characters)",
