@@ -34,6 +34,9 @@ test("thirty pasted rows are tested and stored, each camera once, and their pict
   await page.click("details:has(#many-text) summary");
   await page.fill("#many-text", [["name", "address", "port"], ...rows].map((cells) => cells.join()).join("\n"));
   await page.click("#many-read");
+  assert.equal(await focused(page), "many-title");
+  await page.click("#many-other-rows");
+  assert.match(await page.inputValue("#many-text"), /^name,address,port\n,local/, "can be mended");
   await fillLogin(page);
   await runBy(page, "#many-start");
   assert.equal(await results(page), `${"✓".repeat(28)}✕=`);

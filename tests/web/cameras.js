@@ -149,6 +149,9 @@ test("what somebody else changed meanwhile is told, and what was typed is stored
     await page.click("#camera-edit-open");
     assert.equal(await focused(page), "camera-name");
     await page.fill("#camera-channel", "2");
+    await openView(page, "models");
+    await openView(page, `cameras/${id}`);
+    await expectText(page, "camera-edit-mistake", "This was typed before, and is not saved yet.");
     await page.fill("#camera-port", "80800");
     await page.keyboard.press("Enter");
     await expectText(page, "camera-edit-mistake", "Type the camera's port (1 to 65535).");
@@ -275,7 +278,7 @@ test("lines for other programs hold any login, name and path as they are", () =>
 
 test("of a thousand cameras, stills are asked for in sight alone, four at a time", async () => {
   const many = await serve("thousand", addUsers);
-  const rows = Array.from({ length: 1000 }, (_, i) => `Camera ${i},127.1.${i >> 8}.${i & 255},554,Simcam,RTSP-H264`);
+  const rows = Array.from({ length: 1000 }, (_, i) => `Camera ${i},127.1.${i >> 8}.1,${1000 + i},Simcam,RTSP-H264`);
   writeFileSync(here("out/thousand.csv"), ["name,address,port,vendor,model", ...rows].join("\n"));
   control("", `camera import ${here("out/thousand.csv")}`, MANY);
   const work = async (page) => {

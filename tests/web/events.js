@@ -112,7 +112,11 @@ test("an admin says where changes are told to, and sees what came of a test", as
     await expectText(page, "notices-last", "Nobody is told so far.");
   };
   await told("", work).finally(() => server.close());
-  await told("#notices", async (page) => assert.ok(await page.isHidden("#view-notices")), { user: OTHER });
+  const asUser = async (page) => {
+    await expectText(page, "admins-only-text", "Only an admin may see Notices.");
+    assert.ok(await page.isHidden("#view-notices"));
+  };
+  await told("#notices", asUser, { user: OTHER });
 });
 
 /** Events as [hours ago, before, cause]; whether none is missing; kinds of hours, as counts; failures. */

@@ -153,6 +153,7 @@ const FILES = [
   ["too few cells", "address,port,user\ncam1,80\n", ["2 2 cells, but the heading has 3."]],
   ["too many cells", "address\ncam1,80\n", ["2 2 cells, but the heading has 1."]],
   ["no address at all", "address\ncam 1\n", ["2 address: cam 1 is not a host name or address."]],
+  ["no IP address", "ip\n10.0.0.300\n10.0.0.\n", ["300", ""].map((end, i) => `${i + 2} address: 10.0.0.${end} is not an IP address.`)],
   ["slash in a password", "url\nrtsp://admin:xy/zzy@10.0.0.5/s\n", [`2 address: ${LOGIN}`]],
   ["password without scheme", "url\nadmin:xyzzy@10.0.0.5\n", [`2 address: ${LOGIN}`]],
   ["unknown model", "ip,model\ncam1,Acme Dome 8\n", [`2 model: Acme Dome 8 ${UNKNOWN} Acme Dome 7, ONVIF.`]],
