@@ -21,8 +21,8 @@ class AccessTest : public testing::Test {
  protected:
   void SetUp() override {
     PrepareSodium();
-    AddUser(State(), "admin", "secret", Role::kAdmin, CheapHash);
-    AddUser(State(), "hall", "secret", Role::kUser, CheapHash);
+    AddUser(State(), "admin", "the secret", Role::kAdmin, CheapHash);
+    AddUser(State(), "hall", "the secret", Role::kUser, CheapHash);
   }
   const std::filesystem::path& State() const { return folder_.Path(); }
   bool IsIn(Kind kind, const NewGrant& made) { return list_.Find(kind, made.secret).has_value(); }
@@ -49,7 +49,7 @@ TEST_F(AccessTest, AnAdminIsAlwaysLeft) {
 
 TEST_F(AccessTest, NamesThatTheFilesCannotHoldAreRefused) {
   for (const std::string name : {"", "#x", " ", "a ", "a:b", "a\tb", "\xff", "hall"}) {
-    EXPECT_THROW(AddUser(State(), name, "secret", Role::kUser, CheapHash), AccessError) << name;
+    EXPECT_THROW(AddUser(State(), name, "the secret", Role::kUser, CheapHash), AccessError) << name;
   }
   for (const std::string name : {"", "a\nb"}) EXPECT_THROW(AddToken(State(), "hall", name, 0), AccessError) << name;
   AddToken(State(), "hall", "backup", 0);
