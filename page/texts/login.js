@@ -13,7 +13,8 @@ export const login = {
   loggedIn: "Logged in",
   firstUser: "The first user",
   makeUser: "Make this user",
-  firstUserText: "This recorder has no user yet. Make the first one: an admin, who can add others.",
+  firstUserText:
+    "This recorder has no user yet. Make the first one: an admin, who can add others. A password has at least 8 characters.",
   expired:
     "The recorder no longer knows this browser. What you typed, the list and its results stay, and what waits goes on.",
 
@@ -40,7 +41,7 @@ export const login = {
   // ---- a new password ----
   newPassword: "New password",
   oldPassword: "Old password",
-  othersEnd: "All other sessions of this user end.",
+  othersEnd: "At least 8 characters. All other sessions of this user end.",
   changeIt: "Change it",
   passwordChanged: "Password changed",
 
@@ -97,7 +98,9 @@ export const login = {
   role: "Role",
   roles: { admin: "Admin", user: "User" },
   ofOthers: "Sessions and tokens of others",
-  roleExplained: "A user tests, lists and shows cameras; an admin also stores and changes them, and manages users.",
+  roleExplained:
+    "A password has at least 8 characters. A user tests, lists and shows cameras; an admin also stores and changes them, and " +
+    "manages users.",
   newUser: "New user",
   userName: "Name of a new user",
   add: "Add",

@@ -33,7 +33,10 @@ void CheckName(const std::string& name) {
 }
 
 void CheckPassword(const std::string& password) {
-  if (password.empty()) throw AccessError(AccessError::Kind::kInvalid, "the password is empty");
+  if (CountCharacters(password) < kShortestUserPassword) {
+    throw AccessError(AccessError::Kind::kInvalid,
+                      "the password has fewer than " + std::to_string(kShortestUserPassword) + " characters");
+  }
   if (password.size() > kLongestUserPassword) {
     throw AccessError(AccessError::Kind::kInvalid,
                       "the password is longer than " + std::to_string(kLongestUserPassword) + " bytes");

@@ -70,7 +70,7 @@ void DefineAdd(CLI::App& command, const std::shared_ptr<UserOptions>& options, c
       ->check(CLI::IsMember({"admin", "user"}));
   add->add_flag("--random", options->isRandom, "make a random password and print it");
   add->footer(
-      "A new password or role ends the user's sessions.\n"
+      "A password has at least 8 characters. A new password or role ends the user's sessions.\n"
       "Examples:\n"
       "  recorderctl user add admin\n"
       "  recorderctl user add hall --role user --random");

@@ -9,6 +9,7 @@
 
 #include "recorder/net/camera_address.h"
 #include "recorder/own/typed_members.h"
+#include "recorder/utility/text.h"
 
 namespace recorder {
 
@@ -23,13 +24,6 @@ constexpr std::string_view kRowMembers[] = {"name",    "vendor",     "model", "h
 // As the module's test of a camera spells them.
 constexpr std::string_view kCodecs[] = {"", "H.264", "H.265", "MJPEG", "MPEG4", "MXPEG"};
 constexpr std::string_view kStreamTypes[] = {"", "RTSP", "HTTP"};
-
-/// In characters, of UTF-8.
-std::size_t LengthOf(std::string_view text) {
-  std::size_t length = 0;
-  for (const char byte : text) length += (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-  return length;
-}
 
 void SetChoice(const Json::Value& object, const char* member, std::span<const std::string_view> choices,
                std::string& text) {
@@ -52,7 +46,7 @@ void ReadRow(const Json::Value& object, RunRow& row) {
   SetChoice(object, "streamType", kStreamTypes, camera.streamType);
   SetNumber(object, "port", 1, kLargestPort, camera.port);
   SetText(object, "password", row.password);
-  if (LengthOf(camera.name) > kLongestRowName) {
+  if (CountCharacters(camera.name) > kLongestRowName) {
     throw BadMember("name", "longer than " + std::to_string(kLongestRowName) + " characters");
   }
   if (camera.host.empty()) throw BadMember("host", "missing");

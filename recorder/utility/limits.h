@@ -48,6 +48,8 @@ inline constexpr int kMostPinnedPorts = 8;
 inline constexpr std::size_t kMostFacts = 64;
 /// Bytes of a secret that is typed.
 inline constexpr std::size_t kLongestSecretLine = kKiB;
+/// Characters of a user's new password: whoever has one of before goes on with it.
+inline constexpr std::size_t kShortestUserPassword = 8;
 /// Bytes of a user's name and of his password: longer than anybody types.
 inline constexpr std::size_t kLongestUserName = 128;
 inline constexpr std::size_t kLongestUserPassword = 256;

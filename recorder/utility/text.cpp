@@ -108,6 +108,11 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
   }
 }
 
+std::size_t CountCharacters(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80; }));
+}
+
 bool IsUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
     const std::size_t length = CharacterLength(text, i);

@@ -38,6 +38,9 @@ std::vector<std::string_view> Split(std::string_view text, char separator);
 /// True when `text` is well-formed UTF-8 (RFC 3629): shortest form, no surrogates, at most U+10FFFF.
 bool IsUtf8(std::string_view text);
 
+/// How many characters `text` has, of UTF-8.
+std::size_t CountCharacters(std::string_view text);
+
 /// `host` without the brackets in which an address holds an IPv6 one (RFC 3986 section 3.2.2).
 std::string_view WithoutBrackets(std::string_view host);
 

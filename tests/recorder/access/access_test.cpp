@@ -57,6 +57,13 @@ TEST_F(AccessTest, NamesThatTheFilesCannotHoldAreRefused) {
   EXPECT_THROW(AddToken(State(), "admin", "over", 1), AccessError);
 }
 
+TEST_F(AccessTest, ShortPasswordsAreRefused) {
+  for (const std::string password : {"", "short", "\u00e4\u00e4\u00e4\u00e4"}) {
+    EXPECT_THROW(AddUser(State(), "new", password, Role::kUser, CheapHash), AccessError) << password;
+    EXPECT_THROW(ChangeUser(State(), "hall", {password, {}}, CheapHash), AccessError) << password;
+  }
+}
+
 TEST_F(AccessTest, ChangedUsersLoseTheirSessionsAndRemovedOnesAll) {
   const NewGrant session = StartSession(State(), "hall", "192.0.2.1", false);
   const NewGrant link = AddLink(State(), "hall");
