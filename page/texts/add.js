@@ -40,7 +40,7 @@ export const add = {
   /** @param {{port: number, speaks: string[]}[]} ports */
   portsAnswer: (ports) =>
     ports.length === 0
-      ? "No port answers"
+      ? "No port gave an answer"
       : ports.length === 1
         ? `Port ${ports.map(portText)} answers`
         : `Ports ${listed(ports.map(portText))} answer`,
