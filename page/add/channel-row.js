@@ -51,7 +51,7 @@ export class ChannelRow {
     this.element = el(
       "tr",
       {},
-      el("td", {}, el("label", { class: "tick" }, this.tick, channel)),
+      el("th", { scope: "row" }, el("label", { class: "tick" }, this.tick, channel)),
       el("td", {}, el("figure", { class: "picture still" }, this.#still.element)),
       el("td", {}, this.name),
       el("td", {}, el("ul", { class: "hint" }, ...texts)),
@@ -69,7 +69,7 @@ export class ChannelRow {
     if (!main) return "";
     this.#still.clear(add.pictureWaits);
     const source = { host: this.found.host, ...main, ...login };
-    return showPicture(this.#still, add.pictureOf(this.channel), source, signal).catch(() => "");
+    return showPicture(this.#still, add.pictureOfChannel(this.channel), source, signal).catch(() => "");
   }
 
   /** @param {Login} login @param {boolean} force stores it although it is stored already */

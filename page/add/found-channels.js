@@ -24,7 +24,7 @@ export class FoundChannels {
   /** @type {Promise<void>} */
   #hasEnded = new Promise((resolve) => (this.#end = resolve));
   #base = el("input", { id: "add-base", autocomplete: "off", ...PLAIN });
-  #all = el("input", { type: "checkbox", id: "add-all" });
+  #all = el("input", { type: "checkbox", id: "add-all", "aria-label": add.allChannels });
   #save = el("button", { id: "add-save", class: "main" });
   #progress = el("progress", { max: 1, value: 0 });
   #progressText = el("span", { class: "muted" });

@@ -14,7 +14,7 @@ import { Strip } from "./strip.js";
 
 /** The sign and the word of a state. @param {import("./camera-words.js").Words} words */
 export function stateMark({ sign, word, result }) {
-  const signed = el("span", { class: "sign", text: sign });
+  const signed = el("span", { class: "sign", "aria-hidden": "true", text: sign });
   return el("span", { class: "result", "data-result": result }, signed, el("span", { text: word }));
 }
 

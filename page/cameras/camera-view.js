@@ -97,6 +97,7 @@ export class CameraView {
       const camera = await api.readCamera(id);
       if (this.#id !== id) return; // another one was opened meanwhile
       this.#fill(camera);
+      say(texts.changes.isNow(api.nameOf(camera), stateOf(camera).word)); // the heading had its number until now
       this.#picture.open(camera);
       this.#changes.open(id);
       if (this.#isAdmin) this.#showEdit(this.#edit.reopen(id));

@@ -89,9 +89,10 @@ export class Grants {
   }
 
   /** @param {SessionEntry} entry */
-  #ofSession({ id, isThis, address }) {
+  #ofSession({ id, isThis, address, created }) {
     if (isThis) return texts.login.thisBrowser;
-    return this.#button(texts.login.end, texts.login.session(address), () => access.endSession(id));
+    const what = texts.login.session(address, timeText(created));
+    return this.#button(texts.login.end, what, () => access.endSession(id));
   }
 
   /** @param {string} verb @param {string} what @param {() => Promise<unknown>} end */

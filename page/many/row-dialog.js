@@ -64,5 +64,5 @@ export function rowDialog() {
       el("figcaption", { id: "row-picture-text" }),
     ),
   );
-  return el("dialog", { id: "row", ...named }, form);
+  return el("dialog", { id: "row", ...named }, form, el("div", { class: "out-of-sight", role: "status" }));
 }

@@ -87,6 +87,9 @@ export function setSelected(select, value) {
 
 const SAY_AFTER_MS = 500;
 let sayTimer = 0;
+/** Whoever reads the page to its end later is not to hear it as news. */
+const FORGET_AFTER_MS = 10_000;
+let forgetTimer = 0;
 
 /** Says it when nothing else was to be said for a moment: while somebody types. @param {string} text "" for nothing */
 export function sayLater(text) {
@@ -95,12 +98,15 @@ export function sayLater(text) {
 }
 
 /**
- * Says a sentence to screen readers, through the page's one status line.
+ * Says a sentence to screen readers, through the page's status line, or that of an open dialog: around it they hear nothing.
  * @param {string} text
  */
 export function say(text) {
   clearTimeout(sayTimer);
-  byId("status", HTMLElement).textContent = text;
+  const place = document.querySelector("dialog:modal [role=status]") ?? byId("status", HTMLElement);
+  place.textContent = text;
+  clearTimeout(forgetTimer);
+  forgetTimer = window.setTimeout(() => (place.textContent = ""), FORGET_AFTER_MS);
 }
 
 /**

@@ -129,6 +129,8 @@ export const add = {
   pictureWaits: "Waiting for the picture",
   /** @param {string} stream */
   pictureOf: (stream) => `Picture of the stream ${stream}`,
+  /** @param {string} channel */
+  pictureOfChannel: (channel) => `Picture of channel ${channel}`,
   /** @param {string} stream "Main" @param {string} distance */
   keyFramesFar: (stream, distance) =>
     `${stream}: ${distance}. Pictures take that long. Set the camera's GOP or I-frame interval to 1 or 2 s.`,
@@ -143,6 +145,7 @@ export const add = {
 
   // ---- several channels ----
   channels: "Channels of the recorder",
+  allChannels: "Save all channels",
   baseName: "Name of the recorder",
   baseHint: "The names below begin with it.",
   /** @param {string} name @param {string} channel */

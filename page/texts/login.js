@@ -83,8 +83,8 @@ export const login = {
   thisBrowser: "this browser",
   end: "End",
   remove: "Remove",
-  /** @param {string} address */
-  session: (address) => `session from ${address}`,
+  /** @param {string} address @param {string} since */
+  session: (address, since) => `session from ${address} since ${since}`,
   /** @param {string} name */
   token: (name) => `token ${name}`,
   /** On a button. @param {string} verb @param {string} what */

@@ -1,4 +1,4 @@
-/// A look over a state of the page: what axe finds, and pictures.
+/// A look over a state of the page: what axe finds, what screen readers would read out for nothing, and pictures.
 
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
@@ -6,6 +6,9 @@ import { createRequire } from "node:module";
 import { DESKTOP, here } from "./stage.js";
 
 const AXE = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
+
+/** In what is read out: a sign that stands before the words for it, or an empty paragraph or list. */
+const NOISE = /.*(: "?|heading "|listitem: )[!✓✕–‖=] .*|.*- (paragraph|list( ".*")?)$/gm;
 
 /** No serious finding in light and in dark; a picture of each, and one of the phone, if it has a name. */
 export async function audit(page, state, picture = "") {
@@ -19,6 +22,7 @@ export async function audit(page, state, picture = "") {
     assert.deepEqual(found, [], `${state}, ${colorScheme}`);
     if (picture) await page.screenshot({ path: here(`out/page/${picture}-${colorScheme}.png`), fullPage: true });
   }
+  assert.deepEqual((await page.locator("body").ariaSnapshot()).match(NOISE) ?? [], [], `${state}, read out`);
   if (!picture) return;
   await page.emulateMedia({ colorScheme: "light" });
   await page.setViewportSize({ width: 390, height: 844 });

@@ -274,6 +274,7 @@ test("mistakes of a file and of its rows are shown at once, and can be mended", 
   await page.fill("#row-address", `rtsp://admin:x/${RIGHT}@cam1`);
   await page.click("#row-save");
   assert.deepEqual(await shown("address"), ["@"], "the login is hidden");
+  await page.locator("#row [role=status]", { hasText: "Saved" }).waitFor({ state: "attached" }); // in the dialog it is heard
   await page.fill("#row-address", "cam1");
   await page.fill("#row-port", "80");
   await page.click("#row-save");
