@@ -14,7 +14,7 @@ import { ManyCameras } from "./many/many-cameras.js";
 import { KnownModels } from "./models/known-models.js";
 import { NoticesView } from "./notices/notices-view.js";
 import { OneCamera } from "./one/one-camera.js";
-import { byId, prepareQuestions, say } from "./parts/dom.js";
+import { byId, focusHeading, prepareQuestions, say } from "./parts/dom.js";
 import { putInTexts } from "./parts/static-texts.js";
 import { listCameras } from "./recorder/cameras.js";
 import { ModelList } from "./recorder/models.js";
@@ -114,10 +114,11 @@ window.addEventListener("pageshow", (event) => {
 window.addEventListener("hashchange", () => {
   if (location.hash.startsWith(LINK)) location.reload(); // it is taken at the start
 });
-await signingIn.start();
+const isTyped = await signingIn.start();
 for (const id of ["top", "views"]) byId(id, HTMLElement).hidden = false;
 
 if (location.hash.length < 2 && mayAdd() && (await listCameras().catch(() => null))?.length === 0) start = "add";
 router.start();
 if (!byId("view-one", HTMLElement).hidden) byId("one-address", HTMLInputElement).focus();
+if (isTyped && document.activeElement === document.body) focusHeading(); // what had the focus is gone
 models.load();

@@ -1,6 +1,6 @@
 /// Bars that bring a deleted camera back, for as long as the recorder can. They stay while views change.
 
-import { button, byId, el, say } from "../parts/dom.js";
+import { button, byId, el, focusHeading, say } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
 import { nameOf, restoreCamera } from "../recorder/cameras.js";
 import { messageOf } from "../text/text.js";
@@ -52,8 +52,7 @@ export class UndoBar {
   #remove(bar) {
     const hadFocus = bar.contains(document.activeElement);
     bar.remove();
-    const heading = document.querySelector("main > section:not([hidden]) > h1");
-    if (hadFocus && heading instanceof HTMLElement) heading.focus();
+    if (hadFocus) focusHeading();
   }
 
   /** @param {Camera} camera @param {HTMLElement} bar @param {HTMLElement} mistake */

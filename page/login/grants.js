@@ -1,6 +1,6 @@
 /// Tables of sessions and tokens, each with a button that ends it.
 
-import { button, el, say } from "../parts/dom.js";
+import { button, el, refill, say } from "../parts/dom.js";
 import { mistakeLine, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
@@ -80,12 +80,12 @@ export class Grants {
     this.sessions = sessions.filter(isShown);
     const tokensShown = tokens.filter(isShown);
     const { noSessions, noTokens } = texts.login;
-    this.sessionPlace.replaceChildren(
+    refill(this.sessionPlace, [
       this.sessions.length > 0 ? sessionTable(this.sessions, this.buttons, this.areOfOthers) : none(noSessions),
-    );
-    this.tokenPlace.replaceChildren(
+    ]);
+    refill(this.tokenPlace, [
       tokensShown.length > 0 ? tokenTable(tokensShown, this.buttons, this.areOfOthers) : none(noTokens),
-    );
+    ]);
   }
 
   /** @param {SessionEntry} entry */

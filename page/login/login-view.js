@@ -103,6 +103,8 @@ export class LoginView {
     this.#done(session);
     this.#wanted = null;
     this.#dialog.close();
+    const { activeElement } = document; // in the closed dialog, if nothing had the focus before: until the next frame
+    if (activeElement instanceof HTMLElement && this.#dialog.contains(activeElement)) activeElement.blur();
   }
 
   forgetPassword() {

@@ -1,7 +1,7 @@
 /// A token that was just made: shown once, with a button that copies it.
 
 import { copyText } from "../parts/copying.js";
-import { button, el, say } from "../parts/dom.js";
+import { button, byId, el, say } from "../parts/dom.js";
 import { texts } from "../texts/texts.js";
 
 export class NewToken {
@@ -16,7 +16,7 @@ export class NewToken {
       { class: "with-button" },
       this.#value,
       button(texts.common.copy, () => this.#copy(), { id: "account-token-copy" }),
-      button(texts.login.done, () => this.forget(), { id: "account-token-done" }),
+      button(texts.login.done, () => this.#done(), { id: "account-token-done" }),
     ),
     el("p", { class: "hint", text: texts.login.copyNow }),
   );
@@ -33,6 +33,11 @@ export class NewToken {
   forget() {
     this.#value.value = "";
     this.element.hidden = true;
+  }
+
+  #done() {
+    this.forget();
+    byId("account-token-name", HTMLInputElement).focus();
   }
 
   async #copy() {

@@ -50,14 +50,17 @@ export class SigningIn {
     document.addEventListener("visibilitychange", () => this.#look());
   }
 
-  /** Until somebody is logged in, whom the page is for then. */
+  /** Until somebody is logged in, whom the page is for then. @returns {Promise<boolean>} whether a login was typed */
   async start() {
     document.title = texts.common.title(texts.login.logIn);
     const link = takeLink();
-    const session = await this.#untilAnswered(() => (link ? this.#byLink(link) : access.readSession())).catch((error) =>
-      this.#askAtStart(link, error),
-    );
+    let isTyped = false;
+    const session = await this.#untilAnswered(() => (link ? this.#byLink(link) : access.readSession())).catch((error) => {
+      isTyped = true;
+      return this.#askAtStart(link, error);
+    });
     if (session) this.#isKnown(session);
+    return isTyped;
   }
 
   forgetPassword() {

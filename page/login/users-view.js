@@ -1,6 +1,6 @@
 /// The view of an admin: users, and the sessions and tokens of others.
 
-import { ask, button, byId, el, say } from "../parts/dom.js";
+import { ask, button, el, focusHeading, refill, say } from "../parts/dom.js";
 import { PLAIN, addView, field, mistakeLine, onSubmit, passwordInput, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
@@ -91,14 +91,14 @@ export class UsersView {
     const users = await access.listUsers();
     const rows = users.map((user) => [user.name, this.#roleOf(user), this.#buttonsOf(user)]);
     const headings = [texts.common.name, texts.login.role, ""];
-    this.#place.replaceChildren(table(texts.login.whoMayLogIn, headings, rows));
+    refill(this.#place, [table(texts.login.whoMayLogIn, headings, rows)]);
     await this.grants.load();
   }
 
   /** Nobody takes the own role away, so that an admin is always left. @param {access.User} user */
   #roleOf({ name, role }) {
     if (name === this.#self) return texts.login.roles[role];
-    const choice = roleChoice({ "aria-label": texts.login.roleOf(name) }, role);
+    const choice = roleChoice({ "aria-label": texts.login.roleOf(name), "data-kind": `role ${name}` }, role);
     choice.addEventListener("change", () => {
       const wanted = roleIn(choice);
       const said = texts.login.hasRole(name, texts.login.roles[wanted]);
@@ -112,7 +112,7 @@ export class UsersView {
     if (name === this.#self) return texts.login.thisIsYou;
     const open = () => this.passwords.open(name, false, () => this.open());
     const { newPassword, newPasswordFor, remove, removeUser } = texts.login;
-    const password = button(newPassword, open, { "aria-label": newPasswordFor(name) });
+    const password = button(newPassword, open, { "aria-label": newPasswordFor(name), "data-kind": `password ${name}` });
     const removal = button(remove, () => this.#remove(name), { "aria-label": removeUser(name) });
     return el("div", { class: "actions" }, password, removal);
   }
@@ -121,7 +121,7 @@ export class UsersView {
   async #remove(name) {
     if (!(await ask(texts.login.removeQuestion(name), texts.login.remove))) return;
     await this.#change(() => access.removeUser(name), texts.login.removed(name));
-    byId("users-title", HTMLElement).focus();
+    focusHeading();
   }
 
   /** Changes something, and shows what is then. @param {() => Promise<unknown>} change @param {string} said */

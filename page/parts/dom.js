@@ -46,18 +46,26 @@ export function button(text, press, attributes = {}) {
   return made;
 }
 
+/** Puts the focus on the heading of the view that is shown: for when what had it is gone. */
+export function focusHeading() {
+  const heading = document.querySelector("main > section:not([hidden]) > h1");
+  if (heading instanceof HTMLElement) heading.focus();
+}
+
 /**
- * Puts new elements in, and the focus on the one that stands for what had it.
+ * Puts new elements in, and the focus on the one that stands for what had it, or on the view's heading if there is none.
  * @param {HTMLElement} place
  * @param {HTMLElement[]} elements
  */
 export function refill(place, elements) {
   const focused = document.activeElement;
-  const kind = focused instanceof HTMLElement && place.contains(focused) ? focused.dataset.kind : undefined;
+  const hadFocus = focused instanceof HTMLElement && place.contains(focused);
   place.replaceChildren(...elements);
-  if (!kind) return;
+  if (!hadFocus) return;
   const others = [.../** @type {NodeListOf<HTMLElement>} */ (place.querySelectorAll("[data-kind]"))];
-  others.find((element) => element.dataset.kind === kind)?.focus();
+  const next = others.find(({ dataset }) => dataset.kind === focused.dataset.kind);
+  if (next) next.focus();
+  else focusHeading();
 }
 
 /**

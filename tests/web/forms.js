@@ -4,3 +4,4 @@ import "./whole_page.js";
 import "./prefix.js";
 import "./adding.js";
 import "./texts.js";
+import "./keyboard.js";
