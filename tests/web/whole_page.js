@@ -2,7 +2,9 @@
 
 import assert from "node:assert/strict";
 import { audit } from "./audit.js";
-import { RIGHT, USER, control, expectText, fillOne, logIn, ports, sent, testAt, testOne } from "./stage.js";
+import {
+  RIGHT, USER, control, expectText, fillOne, logIn, openView, openWithLogin, ports, rowsOf, sent, testAt, testOne,
+} from "./stage.js";
 
 testAt("#one")("models are found, shown, and taken over into a test", async (page) => {
   await page.click("#nav-models");
@@ -73,6 +75,19 @@ testAt("#models/Acme/Cube-2")("a model tells its streams by name, and of each va
   await page.route("**/CamCap", (route) => route.fulfill({ status: 503 }));
   await page.reload();
   await expectText(page, "models-detail-body", "The recorder is busy. Try again in a moment.");
+});
+
+testAt("#models")("in colours that are forced, the open view, a chosen filter, and what waits can be told", async (page) => {
+  await page.emulateMedia({ forcedColors: "active" });
+  const looks = (selector, property) =>
+    page.locator(selector).evaluateAll((all, property) => all.map((one) => getComputedStyle(one)[property]), property);
+  const differ = async (selector, property) => assert.equal(new Set(await looks(selector, property)).size, 2, selector);
+  await differ("#nav-models, #nav-many, #nav-add", "borderBottomColor");
+  await openView(page, "many");
+  await openWithLogin(page, rowsOf("works"));
+  await differ("#many-filters button", "backgroundColor");
+  await page.evaluate(() => (document.querySelector("#many-other").ariaDisabled = "true"));
+  await differ("#many-other, #many-forget", "color");
 });
 
 testAt("#one")("a recorder that went away is told of, found again, and no test is repeated", async (page, calls) => {
