@@ -3,15 +3,13 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace recorder {
 
 namespace {
-
-constexpr std::chrono::seconds kLongestTrust{1};
 
 FileDescriptor Watch(const std::filesystem::path& folder) {
   constexpr std::uint32_t kChanges =
@@ -34,16 +32,18 @@ bool TellsOfItsEnd(std::string_view events) {
 
 }  // namespace
 
-FolderWatch::FolderWatch(const std::filesystem::path& folder) : folder_(folder), events_(Watch(folder)) {}
+FolderWatch::FolderWatch(std::filesystem::path folder, Clock::time_point from)
+    : folder_(std::move(folder)), from_(from) {}
 
 bool FolderWatch::MayHaveChanged() {
   const Clock::time_point now = Clock::now();
+  if (now < from_) return true;
   const bool mayHaveChanged = HasNews() || now >= lookAt_;
   if (mayHaveChanged) lookAt_ = now + kLongestTrust;
   return mayHaveChanged;
 }
 
-/// Reads all that the system has said. A folder that went is watched anew, where it is now.
+/// Reads all that the system has said. A folder that went, or is not watched yet, is watched anew, where it is now.
 bool FolderWatch::HasNews() {
   bool hasNews = !events_;
   bool isGone = !events_;

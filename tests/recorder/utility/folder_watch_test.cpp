@@ -11,7 +11,7 @@ TEST(FolderWatchTest, SeesAtOnceWhatChangesInAFolderThatWasMadeAnew) {
   const rig::TempFolder parent;
   const std::filesystem::path folder = parent.Path() / "models";
   std::filesystem::create_directory(folder);
-  FolderWatch watch(folder);
+  FolderWatch watch(folder, Clock::now());
   EXPECT_TRUE(watch.MayHaveChanged());
   std::filesystem::remove(folder);
   std::filesystem::create_directory(folder);
