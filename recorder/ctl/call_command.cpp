@@ -72,7 +72,7 @@ void Call(const CallOptions& options, const std::string& configOption) {
   call.isAuthorized = true;  // whoever can read the records may ask
   const std::filesystem::path outputFile = PictureFile(options.outputFile);
 
-  const Host host = StartHost(FindConfigFile(configOption));
+  const Host host = StartHostFor(options.method, configOption);
   call.method = host.module.Find(options.method);
   if (call.method == nullptr) FailUsage("the module has no method " + options.method);
 

@@ -8,6 +8,8 @@
 #include <string_view>
 
 #include "recorder/ctl/progress.h"
+#include "recorder/host/stored_call.h"
+#include "recorder/media/media_pool.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/outcome.h"
 #include "recorder/utility/text.h"
@@ -76,8 +78,15 @@ std::filesystem::path PictureFile(const std::string& option) {
   return option.empty() ? std::filesystem::path() : std::filesystem::absolute(option);
 }
 
+Host StartHostFor(std::string_view method, const std::string& configOption) {
+  const std::filesystem::path configFile = FindConfigFile(configOption);
+  if (method == kPictureMethod) StartMedia();
+  return StartHost(configFile);
+}
+
 void RunAndPrint(const ApiCall& call, const std::string& work, const std::filesystem::path& pictureFile) {
   const ApiAnswer answer = RunInSight(call, work);
+  DismissMedia();
   PrintCauses(answer.causes);
   switch (answer.kind) {
     case ApiAnswer::Kind::kJson:

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "recorder/host/api_call.h"
+#include "recorder/host/host.h"
 
 namespace recorder {
 
@@ -13,6 +15,9 @@ void AddPictureFile(CLI::App& command, std::string& file);
 
 /// The file that the user means by `option`, "" for none. Ask before StartHost, which changes the working folder.
 std::filesystem::path PictureFile(const std::string& option);
+
+/// StartHost() for one call of `method`, with what else it needs beside it, so that both take the time of the longer.
+Host StartHostFor(std::string_view method, const std::string& configOption);
 
 /// Makes the call, while a terminal shows that it goes on (`work` is what is waited for), and prints its answer: JSON
 /// on standard output, a raw picture in `pictureFile` or, when that is empty, on standard output. Throws

@@ -19,7 +19,7 @@ struct StoredCallOptions {
 
 void CallStored(const std::string& method, const StoredCallOptions& options, const std::string& configOption) {
   const std::filesystem::path pictureFile = PictureFile(options.pictureFile);
-  const Host host = StartHost(FindConfigFile(configOption));
+  const Host host = StartHostFor(method, configOption);
   const CameraRecord camera = FindEnabled(Records(host.config.stateFolder), options.id);
   RunAndPrint(StoredCall(host.module, method, camera), camera.name, pictureFile);
 }

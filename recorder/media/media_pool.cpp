@@ -27,6 +27,11 @@ class Pool {
     waiting_.push_back(std::move(process));
   }
 
+  void Dismiss() {
+    const std::lock_guard lock(mutex_);
+    for (const Process& process : waiting_) process->Dismiss();
+  }
+
   void EndSpare() {
     const std::lock_guard lock(mutex_);
     if (waiting_.size() > 1) waiting_.resize(1);
@@ -63,6 +68,10 @@ std::shared_ptr<MediaProcess> MediaOfThread() {
   std::shared_ptr<MediaProcess> shared = borrowed.lock();
   return shared && shared->IsFresh() ? shared : BorrowMedia();
 }
+
+void StartMedia() { ThePool().Keep(std::make_unique<MediaProcess>()); }
+
+void DismissMedia() { ThePool().Dismiss(); }
 
 void EndSpareMedia() { ThePool().EndSpare(); }
 

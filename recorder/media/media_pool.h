@@ -13,9 +13,15 @@ namespace recorder {
 /// One for a stream or a body alone, started if need be. Given back, it waits for the next.
 std::shared_ptr<MediaProcess> BorrowMedia();
 
+/// Starts one that waits for whoever borrows first, who may want it at once: it takes some 30 ms to be ready.
+void StartMedia();
+
 /// One for a single question, which disturbs no stream: the last that the calling thread has borrowed and still has, or
 /// else another.
 std::shared_ptr<MediaProcess> MediaOfThread();
+
+/// Lets all that wait end by themselves, which takes the system some 2 ms. For a program that wants no more pictures.
+void DismissMedia();
 
 /// Ends those that wait, but for one.
 void EndSpareMedia();

@@ -99,6 +99,11 @@ bool MediaProcess::Close() {
   return Send({}, AnswerDeadline());
 }
 
+void MediaProcess::Dismiss() {
+  const std::lock_guard lock(mutex_);
+  channel_ = MediaChannel(FileDescriptor());
+}
+
 std::optional<MediaAnswer> MediaProcess::Ask(MediaRequest request, std::uint32_t number, Bytes bytes, Bytes more) {
   const std::lock_guard lock(mutex_);
   const Clock::time_point deadline = AnswerDeadline();

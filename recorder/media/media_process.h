@@ -49,6 +49,9 @@ class MediaProcess {
   /// Says at once that what was opened has ended, so that the process forgets it. False after a failure.
   bool Close();
 
+  /// Lets the process end by itself. From then on nothing is answered.
+  void Dismiss();
+
   /// Sends a request with its bytes, `more` behind them. Nothing after a failure.
   std::optional<MediaAnswer> Ask(MediaRequest request, std::uint32_t number, std::span<const std::uint8_t> bytes,
                                  std::span<const std::uint8_t> more = {});
