@@ -1,8 +1,38 @@
 #include "recorder/http/fastcgi.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace recorder {
 
 namespace {
+
+/// The variables of a request. FCGX_GetParam, which goes through their text for each question, takes a sixth of all
+/// that a worker does for a short answer.
+class Variables {
+ public:
+  explicit Variables(char** environment) {
+    constexpr std::size_t kUsual = 32;
+    all_.reserve(kUsual);
+    for (; environment != nullptr && *environment != nullptr; ++environment) Add(*environment);
+  }
+
+  const char* operator()(std::string_view name) const {
+    const auto found = std::ranges::find(all_, name, &Variable::first);
+    return found == all_.end() ? nullptr : found->second;
+  }
+
+ private:
+  using Variable = std::pair<std::string_view, const char*>;  // a name, and the value up to a NUL
+
+  void Add(std::string_view line) {
+    const std::size_t equals = line.find('=');
+    if (equals != std::string_view::npos) all_.emplace_back(line.substr(0, equals), line.data() + equals + 1);
+  }
+
+  std::vector<Variable> all_;
+};
 
 std::string ReadBody(FCGX_Request& request, std::size_t size) {
   std::string body(size, '\0');
@@ -19,7 +49,7 @@ bool SendNow(FCGX_Request& request, std::string_view text) {
 }  // namespace
 
 Exchange FastCgiExchange(FCGX_Request& request) {
-  return {.variable = [&](const char* name) { return FCGX_GetParam(name, request.envp); },
+  return {.variable = Variables(request.envp),
           .readBody = [&](std::size_t size) { return ReadBody(request, size); },
           .send = [&](std::string_view text) { return SendNow(request, text); }};
 }
