@@ -37,9 +37,9 @@ void AppendText(std::string& text, std::string_view characters) {
     text += ByJsonCpp(std::string(characters), true);
     return;
   }
-  text += '"';
-  text += characters;
-  text += '"';
+  const std::size_t start = text.size() + 1;
+  text.append(characters.size() + 2, '"');
+  std::ranges::copy(characters, text.begin() + static_cast<std::ptrdiff_t>(start));
 }
 
 void AppendObject(std::string& text, const Json::Value& object) {
@@ -113,8 +113,8 @@ std::optional<Json::Value> ParseStrictJson(std::string_view text, std::string& m
 std::string ToText(const Json::Value& json) {
   std::string text;
   Append(text, json);
-  // The other one escapes, and replaces what is no character.
-  return IsUtf8(text) ? text : ByJsonCpp(json, false);
+  if (IsUtf8(text)) return text;
+  return ByJsonCpp(json, false);  // which escapes, and replaces what is no character
 }
 
 std::string ToPrettyText(const Json::Value& json) { return Json::writeString(WriterOf(true, "  "), json) + "\n"; }
