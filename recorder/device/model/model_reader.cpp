@@ -75,7 +75,7 @@ bool IsRepetition(const std::string& description) {
 
 Mistakes CheckSchema(const valijson::Schema& schema, const Json::Value& json) {
   valijson::ValidationResults results;
-  valijson::Validator validator;
+  thread_local valijson::Validator validator;  // keeps what it has made of the schema's patterns, which takes long
   const valijson::adapters::JsonCppAdapter adapter(json);
   if (validator.validate(schema, adapter, &results)) return {};
   Mistakes mistakes;
