@@ -162,6 +162,13 @@ void Send(const std::string& answer, const FCGX_Request& request) {
   }
 }
 
+/// Where all of the request was read, its connection is closed at once. Else libfcgi waits until the web server closes
+/// it, which gets an error instead of the answer when something of it lies unread.
+void End(FCGX_Request& request) {
+  if (FCGX_GetChar(request.in) == EOF) FCGX_Detach(&request);
+  FCGX_Finish_r(&request);
+}
+
 void ServeFastCgi(const Host& host) {
   FCGX_Request request;
   if (FCGX_Init() != 0 || FCGX_InitRequest(&request, 0, 0) != 0) throw std::runtime_error("cannot start FastCGI");
@@ -171,7 +178,7 @@ void ServeFastCgi(const Host& host) {
   while (FCGX_Accept_r(&request) == 0) {
     const BusyMark busy;
     Send(Answer(FastCgiExchange(request), host, output), request);
-    FCGX_Finish_r(&request);
+    End(request);
   }
 }
 
