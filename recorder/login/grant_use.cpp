@@ -1,4 +1,4 @@
-#include "recorder/login/noting.h"
+#include "recorder/login/grant_use.h"
 
 #include <atomic>
 #include <cstdint>
