@@ -2,13 +2,11 @@
 
 #include <fcntl.h>
 #include <pwd.h>
-#include <sodium.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -190,18 +188,4 @@ int ReadContentFromFileToBuf(const char* path, bool required, unsigned char** bu
     if (required || error.code().value() != ENOENT) recorder::LogFailure(error.what());
     return -1;
   }
-}
-
-std::string HttpBase64EncodeUnsigned(const unsigned char* bytes, int length) {
-  if (bytes == nullptr || length <= 0) return {};
-  const auto size = static_cast<std::size_t>(length);
-  std::string text(sodium_base64_ENCODED_LEN(size, sodium_base64_VARIANT_ORIGINAL), '\0');
-  sodium_bin2base64(text.data(), text.size(), bytes, size, sodium_base64_VARIANT_ORIGINAL);
-  text.pop_back();  // the terminator is counted
-  return text;
-}
-
-std::int64_t GetCurTimestamp() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
