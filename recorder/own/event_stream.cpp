@@ -31,7 +31,7 @@ constexpr seconds kLongest{50};
 constexpr std::chrono::milliseconds kLookAgain{500};
 /// That whoever asked has gone is noticed by sending him something.
 constexpr seconds kLongestSilence{2};
-constexpr int kMostAtOnce = 100;
+constexpr std::size_t kMostAtOnce = 100;
 
 int Places() {
   const char* count = std::getenv(kStreamsVariable);  // NOLINT(concurrency-mt-unsafe): nobody sets variables
@@ -49,33 +49,48 @@ FileDescriptor TakePlace(const std::filesystem::path& stateFolder) {
   throw HttpError(503, "enough workers tell events already: ask for pages of them", "Retry-After: 30\r\n");
 }
 
+/// The id of the newest event that pages would show; 0: there is none.
+std::int64_t NewestEvent(const Records& records) {
+  const auto events = records.EventsBefore(std::numeric_limits<std::int64_t>::max(), 1);
+  return events.empty() ? 0 : events.front().id;
+}
+
 /// The last event that whoever asks knows of. After an older backup was restored, he may know of some that never were.
 std::int64_t LastKnown(const HttpRequest& request, const Records& records) {
-  const auto events = records.EventsBefore(std::numeric_limits<std::int64_t>::max(), 1);
-  const std::int64_t newest = events.empty() ? 0 : events.front().id;
+  const std::int64_t newest = NewestEvent(records);
   const auto given = ParseNumber<std::int64_t>(request.lastEventId);
   return given && *given >= 0 ? std::min(*given, newest) : newest;
 }
 
+std::string IdLine(std::int64_t id) { return "id: " + std::to_string(id) + "\n"; }
+
 std::string TextOf(const std::vector<CameraEvent>& events) {
   std::string text;
   for (const CameraEvent& event : events) {
-    text += "id: " + std::to_string(event.id) + "\ndata: " + ToText(EventJson(event)) + "\n\n";
+    text += IdLine(event.id) + "data: " + ToText(EventJson(event)) + "\n\n";
   }
   return text;
 }
 
-/// Tells of what comes next, or that there is nothing. False when whoever asked has gone.
+/// Events behind `last`, which becomes the last one that was looked at, so that none is looked at again.
+std::vector<CameraEvent> NextEvents(const Records& records, const EventFilter& filter, std::int64_t& last) {
+  const std::int64_t newest = NewestEvent(records);
+  if (newest <= last) return {};
+  std::vector<CameraEvent> events = records.EventsAfter(last, static_cast<int>(kMostAtOnce), filter);
+  const std::int64_t lastTold = events.empty() ? 0 : events.back().id;
+  last = events.size() == kMostAtOnce ? lastTold : std::max(lastTold, newest);
+  return events;
+}
+
+/// Tells of what comes next, or how far there is nothing. False when whoever asked has gone.
 bool TellNext(const Records& records, const EventFilter& filter, LineAnswer& answer, std::int64_t& last) {
   const Clock::time_point silentUntil = Clock::now() + kLongestSilence;
-  std::vector<CameraEvent> events = records.EventsAfter(last, kMostAtOnce, filter);
+  std::vector<CameraEvent> events = NextEvents(records, filter, last);
   while (events.empty() && Clock::now() < silentUntil) {
     std::this_thread::sleep_for(kLookAgain);
-    events = records.EventsAfter(last, kMostAtOnce, filter);
+    events = NextEvents(records, filter, last);
   }
-  if (events.empty()) return answer.TellEvents(":\n\n");
-  last = events.back().id;
-  return answer.TellEvents(TextOf(events));
+  return answer.TellEvents(events.empty() ? IdLine(last) + "\n" : TextOf(events));
 }
 
 }  // namespace
@@ -87,7 +102,7 @@ void StreamEvents(const HttpRequest& request, const EventFilter& filter, LineAns
   const Records records(GetConfig().stateFolder);
   const Clock::time_point end = Clock::now() + kLongest;
   std::int64_t last = LastKnown(request, records);
-  bool isThere = answer.TellEvents("retry: 2000\nid: " + std::to_string(last) + "\n\n");
+  bool isThere = answer.TellEvents("retry: 2000\n" + IdLine(last) + "\n");
   while (isThere && Clock::now() < end) isThere = TellNext(records, filter, answer, last);
 }
 

@@ -25,17 +25,19 @@ std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::
   return isCurrent ? std::optional(query.getColumn(0).getString()) : std::nullopt;
 }
 
-/// The query for the events on one `side` of an id, in that order. With 10,000 cameras there are millions: the words
+/// The query for the events on one side of an id, in that order. With 10,000 cameras there are millions: the words
 /// make SQLite go along the ids, or those of the camera, from there on, and never through all events of a time.
-std::string TextOf(const EventFilter& filter, const std::string& side, const char* order) {
-  std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id " + side + " ?1";
+std::string TextOf(const EventFilter& filter, bool isBefore) {
+  std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id ";
+  text += isBefore ? "< ?1" : "> ?1";
   if (filter.cameraId) text += " AND cameraId = ?3";
-  if (filter.since > 0) {
-    text += " AND +at >= ?4 AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?4)";
+  if (filter.since > 0) text += " AND +at >= ?4";
+  if (filter.since > 0 && isBefore) {
+    text += " AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?4)";
   }
   if (filter.cause) text += " AND cause = ?5";
   text += " AND EXISTS (SELECT 1 FROM cameras WHERE cameras.id = events.cameraId AND removedAt IS NULL)";
-  return text + " ORDER BY id " + order + " LIMIT ?2";
+  return text + " ORDER BY id " + (isBefore ? "DESC" : "ASC") + " LIMIT ?2";
 }
 
 std::vector<CameraEvent> EventsOf(SQLite::Statement& query, std::int64_t id, int most, const EventFilter& filter) {
@@ -138,14 +140,14 @@ void Records::Impl::ForgetRefusals(const CameraRecord& camera) {
 
 std::vector<CameraEvent> Records::EventsBefore(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, TextOf(filter, "<", "DESC")};
+    SQLite::Statement query{impl_->database, TextOf(filter, true)};
     return EventsOf(query, id, most, filter);
   });
 }
 
 std::vector<CameraEvent> Records::EventsAfter(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, TextOf(filter, ">", "ASC")};
+    SQLite::Statement query{impl_->database, TextOf(filter, false)};
     return EventsOf(query, id, most, filter);
   });
 }

@@ -34,11 +34,11 @@ class Events : public testing::Test {
   Answer Get(const std::string& path) const { return recorder_.Send("GET", path, recorder_.Login()); }
 
   /// Asks for events as they come.
-  Connection Listen(Headers more = {}) const {
+  Connection Listen(Headers more = {}, const std::string& query = "") const {
     more.merge(recorder_.Login());
     more.emplace("Accept", "text/event-stream");
     Connection connection(recorder_.Port(), std::chrono::seconds(60));
-    connection.Send(HttpRequest("GET", kEvents, more));
+    connection.Send(HttpRequest("GET", kEvents + query, more));
     return connection;
   }
 
@@ -77,8 +77,11 @@ TEST_F(Events, AreToldAsTheyComeWithoutKeepingOthersFromTheWorkers) {
     EXPECT_THAT(Listen().ReceiveUntil("}}"), HasSubstr("Retry-After: "));
     EXPECT_EQ(Get(kEvents).status, 200);
   }
-  for (const auto& row : {std::pair("3", "}"), {"999", "\n\n"}}) {
-    const auto next = [&] { return Listen({{"Last-Event-ID", row.first}}).ReceiveUntil(row.second); };
+  const struct {
+    const char *known, *query, *until;
+  } rows[] = {{"3", "", "}"}, {"999", "", "\n\n"}, {"0", "?cause=busy", "id: 4\n"}};
+  for (const auto& row : rows) {
+    const auto next = [&] { return Listen({{"Last-Event-ID", row.known}}, row.query).ReceiveUntil(row.until); };
     std::string told = next();
     for (int tries = 0; tries < 300 && told.find(" 503 ") != std::string::npos; ++tries, told = next()) usleep(100'000);
     EXPECT_THAT(told, HasSubstr("id: 4\n")) << "once the one before has gone";
