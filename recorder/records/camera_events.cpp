@@ -13,6 +13,10 @@ namespace {
 
 /// A clock that once jumped ahead must not cost more than these.
 constexpr int kMostForgottenAtOnce = 100;
+/// The oldest events of a camera beyond those that are kept of one. A negative limit would be no limit.
+constexpr auto kForgetBeyond =
+    "DELETE FROM events WHERE id IN (SELECT id FROM events WHERE cameraId = ?1 ORDER BY id LIMIT "
+    "max(0, min(?2, (SELECT count(*) FROM events WHERE cameraId = ?1) - ?3)))";
 
 /// What the contact before came to; "": there was none. Nothing where there is no such camera of that revision.
 std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::optional<int> revision) {
@@ -81,6 +85,7 @@ void Records::Impl::StoreChange(int id, const CameraContact& contact, const std:
       id, name, contact.at, contact.cause == Outcome::kOk ? contact.at : contact.lastSuccess);
   Run("DELETE FROM events WHERE id IN (SELECT id FROM events WHERE at < ? ORDER BY at LIMIT ?)",
       contact.at - std::chrono::seconds(kEventsKept).count(), kMostForgottenAtOnce);
+  Run(kForgetBeyond, id, kMostForgottenAtOnce, kMostEvents);
 }
 
 std::map<int, CameraOutcome> Records::Outcomes() const {

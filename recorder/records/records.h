@@ -55,8 +55,10 @@ enum class ChangeResult {
   kOtherRevision,  ///< the camera has another revision than it must have
 };
 
-/// How long the events of a camera are kept, at least.
+/// How long events are kept, at least.
 inline constexpr std::chrono::hours kEventsKept{90 * 24};
+/// But of one camera no more than these: a change each five minutes in that time is less.
+inline constexpr int kMostEvents = 26'000;
 
 /// Which events are asked for: those that fit all that is given.
 struct EventFilter {
@@ -146,7 +148,8 @@ class Records {
   bool RaiseLogin(int id, LoginMethod method);
 
   /// Notes what contact with a camera came to. It writes nothing when the contact before came to the same, or there is
-  /// no such camera; else outcome and event together, and forgets events of more than kEventsKept before.
+  /// no such camera; else outcome and event together, and forgets events of more than kEventsKept before, and the
+  /// oldest of the camera beyond kMostEvents.
   void NoteOutcome(int id, const CameraContact& contact);
   /// What contact came to with those cameras with which there was any since a change of theirs (see Change).
   std::map<int, CameraOutcome> Outcomes() const;

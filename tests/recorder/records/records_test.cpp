@@ -296,6 +296,19 @@ TEST_F(RecordsTest, StartsThatRaceAndDieEndWithOneKey) {
   }
 }
 
+TEST_F(RecordsTest, OfACameraThatChangesWithoutEndTheOldestEventsAreForgotten) {
+  Records records{State()};
+  const int other = records.Add(Camera(), "");
+  const int id = records.Add(Camera("X200"), "");
+  records.NoteOutcome(other, {Outcome::kOk, 1});
+  Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 26000) "
+      "INSERT INTO events (cameraId, at, cause, causeBefore) SELECT 2, i, 'ok', 'busy' FROM n");
+  records.NoteOutcome(id, {Outcome::kOk, 26'001});
+  const auto first = [&](int camera) { return records.EventsAfter(0, 1, {.cameraId = camera}).at(0).id; };
+  EXPECT_EQ(first(id), 3);
+  EXPECT_EQ(first(other), 1);
+}
+
 TEST_F(RecordsTest, ACameraCountsAsSwitchedOffWhereTheyCannotBeRead) {
   Config config;
   config.stateFolder = State();
