@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <map>
 #include <utility>
 
 #include "recorder/own/camera_json.h"
@@ -9,7 +11,6 @@
 #include "recorder/own/typed_members.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
-#include "recorder/utility/json_text.h"
 
 namespace recorder {
 
@@ -26,9 +27,30 @@ OwnAnswer Shown(const Records& records, int id) {
   return answer;
 }
 
-Json::Value ListOf(const Records& records) {
+using States = std::map<int, CameraState>;
+
+/// The tag of a list, of the little by which one list is told from another, so that it need not be made for that: what
+/// stands in a record changes with its revision.
+std::string ListTag(const std::map<int, int>& revisions, const States& states) {
+  std::string text = PROJECT_VERSION;
+  const auto add = [&](std::int64_t number) { text += ' ' + std::to_string(number); };
+  for (const auto& [id, revision] : revisions) {
+    add(id);
+    add(revision);
+  }
+  for (const auto& [id, state] : states) {
+    add(id);
+    add(static_cast<int>(state.outcome.cause));
+    add(state.outcome.since);
+    add(state.outcome.lastSuccess);
+    add(state.flips);
+    add(state.time ? state.time->count() : -1);
+  }
+  return TagOf(std::string_view(text));
+}
+
+Json::Value ListOf(const Records& records, const States& states) {
   const auto streams = records.StreamNames();
-  const auto states = ReadStates(records, GetConfig().stateFolder);
   Json::Value list(Json::arrayValue);
   for (const CameraRecord& camera : records.List()) {
     const auto names = streams.find(camera.id);
@@ -63,9 +85,12 @@ void RequirePassword(const CameraWish& wish, const CameraRecord& before, const R
 }  // namespace
 
 OwnAnswer ListCameras(const OwnRequest& request, OwnTools& /*tools*/) {
-  OwnAnswer answer = Success(ListOf(Records(GetConfig().stateFolder)));
-  const std::string tag = TagOf(std::string_view(ToText(answer.json)));
+  const Records records(GetConfig().stateFolder);
+  const std::map<int, int> revisions = records.Revisions();  // first: at worst the list is newer than its tag
+  const States states = ReadStates(records, GetConfig().stateFolder);
+  const std::string tag = ListTag(revisions, states);
   if (IsNoneMatch(tag, request.http.ifNoneMatch)) return {304, {}, TagLine(tag)};
+  OwnAnswer answer = Success(ListOf(records, states));
   answer.headers = TagLine(tag);
   return answer;
 }

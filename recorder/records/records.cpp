@@ -92,6 +92,15 @@ std::vector<CameraRecord> Records::List() const {
   });
 }
 
+std::map<int, int> Records::Revisions() const {
+  return impl_->Guarded([&] {
+    SQLite::Statement query{impl_->database, "SELECT id, revision FROM cameras WHERE removedAt IS NULL"};
+    std::map<int, int> revisions;
+    while (query.executeStep()) revisions[query.getColumn(0).getInt()] = query.getColumn(1).getInt();
+    return revisions;
+  });
+}
+
 std::vector<CameraRecord> Records::ListModel(const std::string& vendor, const std::string& model) const {
   return impl_->Guarded([&] {
     SQLite::Statement query{impl_->database, std::string(kSelectCameras) + "AND vendor = ? AND model = ? ORDER BY id"};

@@ -118,6 +118,8 @@ class Records {
           const std::vector<CameraFact>& facts = {}, const std::function<void()>& check = nullptr);
   /// All cameras by id.
   std::vector<CameraRecord> List() const;
+  /// Their revisions, by id.
+  std::map<int, int> Revisions() const;
   /// All cameras of a model by id.
   std::vector<CameraRecord> ListModel(const std::string& vendor, const std::string& model) const;
   std::optional<CameraRecord> Find(int id) const;

@@ -15,6 +15,7 @@ using testing::HasSubstr;
 namespace {
 
 constexpr char kEvents[] = "/recorder/1/events";
+constexpr char kCameraList[] = "/recorder/1/cameras";
 
 class Events : public testing::Test {
  protected:
@@ -63,9 +64,14 @@ TEST_F(Events, ComeInPagesTheNewestFirst) {
   for (const char* wrong : {"?limit=1001", "?cause=bored", "?after=-1", "?befor=1"}) {
     EXPECT_EQ(Get(kEvents + std::string(wrong)).status, 400) << wrong;
   }
-  const Json::Value state = Get("/recorder/1/cameras").json["data"][0]["state"];
+  const Json::Value state = Get(kCameraList).json["data"][0]["state"];
   EXPECT_EQ(state["flips"], 1) << "the first contact is no change";
   EXPECT_TRUE(state["milliseconds"].isNull());
+  Headers known = recorder_.Login();
+  known.emplace("If-None-Match", HeaderOf(recorder_.Ask("GET", kCameraList, known).head, "ETag"));
+  EXPECT_EQ(recorder_.Send("GET", kCameraList, known).status, 304);
+  Note(2, Outcome::kOk, now_);
+  EXPECT_EQ(recorder_.Send("GET", kCameraList, known).status, 200);
 }
 
 TEST_F(Events, AreToldAsTheyComeWithoutKeepingOthersFromTheWorkers) {
