@@ -22,7 +22,7 @@ constexpr char kChangedMeanwhile[] = "somebody else has changed the camera meanw
 OwnAnswer Shown(const Records& records, int id) {
   const auto camera = ReadCamera(records, id);
   if (!camera) throw NoSuchCamera();
-  OwnAnswer answer = Success(CameraJson(*camera));
+  OwnAnswer answer = Success(CameraJson(*camera, records));
   answer.headers = TagLine(TagOf(camera->record.revision));
   return answer;
 }
@@ -56,7 +56,7 @@ Json::Value ListOf(const Records& records, const States& states) {
     const auto names = streams.find(camera.id);
     const auto state = states.find(camera.id);
     list.append(CameraSummary(camera, names == streams.end() ? std::vector<std::string>() : names->second,
-                              state == states.end() ? std::nullopt : std::optional(state->second)));
+                              state == states.end() ? std::nullopt : std::optional(state->second), records));
   }
   return list;
 }

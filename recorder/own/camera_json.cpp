@@ -24,10 +24,25 @@ Json::Value StateJson(const std::optional<CameraState>& state) {
 /// recorderctl stores a path that holds a login, too. It is for nobody's eyes.
 std::string ShownPath(const std::string& path) { return FindPathLogin(path).empty() ? path : ""; }
 
+/// Whether a path holds the camera's password, under whatever name. One that cannot be read might be it.
+bool TellsPassword(const std::string& path, const Records& records, const CameraRecord& camera) try {
+  if (!MayHoldPassword(path)) return false;
+  std::string password = records.Password(camera);
+  const WipeAtEnd wipe(password);
+  return HoldsPassword(path, password);
+} catch (const RecordsError&) {
+  return true;
+}
+
+void HidePassword(Json::Value& path, const Records& records, const CameraRecord& camera) {
+  if (TellsPassword(path.asString(), records, camera)) path = "";
+}
+
 /// All but the streams.
-Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraState>& state) {
+Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraState>& state, const Records& records) {
   Json::Value json = PlainJson(camera);
   json["sourcePath"] = ShownPath(camera.sourcePath);
+  HidePassword(json["sourcePath"], records, camera);
   json["enabled"] = camera.status != CAM_CONN_STATUS_DISABLED;
   json["owner"] = camera.ownerKdId;
   json["state"] = StateJson(state);
@@ -83,8 +98,8 @@ Json::Value FactJson(const CameraFact& fact) {
 }
 
 Json::Value CameraSummary(const CameraRecord& camera, const std::vector<std::string>& streams,
-                          const std::optional<CameraState>& state) {
-  Json::Value json = RecordJson(camera, state);
+                          const std::optional<CameraState>& state, const Records& records) {
+  Json::Value json = RecordJson(camera, state, records);
   Json::Value& names = json["streams"] = Json::Value(Json::arrayValue);
   for (const std::string& name : streams) names.append(name);
   return json;
@@ -100,13 +115,14 @@ std::optional<WholeCamera> ReadCamera(const Records& records, int id) {
                      .hasPassword = HasPassword(records, *record)};
 }
 
-Json::Value CameraJson(const WholeCamera& camera) {
-  Json::Value json = RecordJson(camera.record, camera.state);
+Json::Value CameraJson(const WholeCamera& camera, const Records& records) {
+  Json::Value json = RecordJson(camera.record, camera.state, records);
   for (const char* list : {"streams", "facts"}) json[list] = Json::Value(Json::arrayValue);
   for (CameraStream stream : camera.streams) {
     const bool isUnknown = stream.name == kOwnStream && stream.address.empty();
     if (isUnknown) stream.address = MainAddress(camera.record);
-    json["streams"].append(StreamJson(stream));
+    Json::Value& shown = json["streams"].append(StreamJson(stream));
+    for (const char* path : {"address", "sourcePath"}) HidePassword(shown[path], records, camera.record);
   }
   for (const CameraFact& fact : camera.facts) json["facts"].append(FactJson(fact));
   json["hasPassword"] = camera.hasPassword;

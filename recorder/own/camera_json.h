@@ -16,9 +16,9 @@ namespace recorder {
 /// What stands in the record, as it is: a path with a login in it, too.
 Json::Value PlainJson(const CameraRecord& camera);
 
-/// A camera in a list. `state`: nothing where there was no contact with it.
+/// A camera of `records` in a list. `state`: nothing where there was no contact with it. A path with its login is "".
 Json::Value CameraSummary(const CameraRecord& camera, const std::vector<std::string>& streams,
-                          const std::optional<CameraState>& state);
+                          const std::optional<CameraState>& state, const Records& records);
 
 /// All that is stored of a camera.
 struct WholeCamera {
@@ -32,7 +32,8 @@ struct WholeCamera {
 /// Reads a camera; nothing where there is no such one. One whose password cannot be read has none, which is logged.
 std::optional<WholeCamera> ReadCamera(const Records& records, int id);
 
-Json::Value CameraJson(const WholeCamera& camera);
+/// Paths with its login are "".
+Json::Value CameraJson(const WholeCamera& camera, const Records& records);
 
 // Its parts. A path with a login in it is "".
 Json::Value StreamJson(const CameraStream& stream);

@@ -115,14 +115,14 @@ std::string FindNamed(std::string_view path, What whatOf) {
   return std::string(what);
 }
 
-/// A name and a password under names of one letter; one of them alone may be anything.
+/// A name and a password under short names; one of them alone may be anything.
 bool HoldsShortLogin(std::string_view path) {
   const auto has = [&](std::string_view name) {
     return !FindNamed(path, [&](std::string_view key, std::string_view rest) {
               return key == name && HasValue(rest) && !IsShortNumber(ValueIn(rest)) ? name : "";
             }).empty();
   };
-  return has("u") && has("p");
+  return (has("u") && has("p")) || (has("un") && has("pd"));
 }
 
 /// One part of a path or, behind a question mark, of its query.
@@ -216,6 +216,13 @@ std::string Decoded(std::string_view path) {
   return decoded;
 }
 
+/// Whether it may be a password, and no word or number that stands in the paths of many cameras.
+bool IsTelling(std::string_view part) {
+  const bool isWord =
+      std::all_of(part.begin(), part.end(), [](char c) { return IsLower(c) || IsUpper(c) || c == '-' || c == '.'; });
+  return !isWord && !IsCommonValue(part);
+}
+
 /// `path` with a small number for each placeholder.
 std::string Filled(std::string path) {
   for (const std::string_view word :
@@ -243,6 +250,18 @@ std::string FindPathLogin(std::string_view path) {
   const std::string lower = LowerCase(Decoded(Filled(std::string(path))));
   const std::string login = HoldsShortLogin(lower) ? "a login" : FindNamed(lower, LoginOf);
   return login.empty() ? FindLoginOfAddress(lower) : login;
+}
+
+bool MayHoldPassword(std::string_view path) {
+  bool may = false;
+  ForEachWord(
+      Decoded(path), [](char c) { return std::string_view("/?&;=").find(c) == std::string_view::npos; },
+      [&](std::string_view part, std::string_view) { may = may || IsTelling(part); });
+  return may;
+}
+
+bool HoldsPassword(std::string_view path, std::string_view password) {
+  return IsTelling(password) && !FindKnown(LowerCase(Decoded(path)), {{"the camera's password", password}}).empty();
 }
 
 }  // namespace recorder

@@ -62,11 +62,24 @@ INSTANTIATE_TEST_SUITE_P(Path, PathPrivacyTest, testing::ValuesIn(kPathCases), k
 
 TEST(PathLogin, IsWhatItsNameTellsAndNothingElse) {
   for (const char* path : {"/live?u=admin&p=Secret99x", "/live?pin=4711", "/live?login=12&pass=123",
-                           "/user/admin/pass/Secret99x", "/live?user=admin"}) {
+                           "/user/admin/pass/Secret99x", "/live?user=admin", "/live?un=a&pd=Secret99x"}) {
     EXPECT_NE(FindPathLogin(path), "") << path;
   }
   for (const char* path : {"/live?u=1&p=720", "/live?p=main", "/pass/1/main", "/live?bypass=1", "/live?pass="}) {
     EXPECT_EQ(FindPathLogin(path), "") << path;
+  }
+}
+
+TEST(PathPassword, IsFoundUnderWhateverNameAndNoPlainWordIsTakenForIt) {
+  for (const char* path : {"/live/Secret%2D99x", "/live?x=secret-99x&y=1"}) {
+    EXPECT_TRUE(MayHoldPassword(path) && HoldsPassword(path, "Secret-99x")) << path;
+  }
+  for (const auto& [path, password] :
+       {std::pair("/live/gate-2x", "live"), {"/ch12/admin/9z", "admin"}, {"/12", "12"}}) {
+    EXPECT_FALSE(HoldsPassword(path, password)) << path;
+  }
+  for (const char* path : {"/Streaming/Channels/101?transport=tcp", "/cam/realmonitor?channel=1&subtype=0"}) {
+    EXPECT_FALSE(MayHoldPassword(path)) << path;
   }
 }
 
