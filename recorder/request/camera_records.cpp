@@ -26,6 +26,7 @@ LentPassword PasswordFor(int camId, const std::string& vendor, const std::string
   return {{}, channel};
 } catch (const std::exception& error) {
   LogFailure(std::string("No stored password is lent: ") + error.what());
+  RequestScope::Current().FailLending();
   return {{}, channel};
 }
 

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "recorder/request/request_scope.h"
 #include "recorder/utility/config.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/text.h"
@@ -62,6 +63,12 @@ std::string AdviceFor(const CameraRecord& camera, const char* flag) {
 
 std::string Refusal(const std::vector<Lender>& lenders, const std::string& reason) {
   return "The stored password of " + NamesOf(lenders) + " is not lent: " + reason + ".";
+}
+
+/// The records cannot be used.
+void Fail(const std::exception& error) {
+  LogFailure(error.what());
+  RequestScope::Current().FailLending();
 }
 
 }  // namespace
@@ -169,7 +176,7 @@ bool LentPassword::MayLogIn(int port, bool isTls, LoginMethod method) try {
   LogFailure(NameAt(port) + " asks for a login by " + NameOf(method) + ReasonAgainst(port, weakest));
   return false;
 } catch (const std::exception& error) {
-  LogFailure(error.what());
+  Fail(error);
   return false;
 }
 
@@ -180,7 +187,7 @@ bool LentPassword::KeepsTls(int port, bool isTls) try {
              AdviceFor(*camera_, "--trust-new-certificate"));
   return false;
 } catch (const std::exception& error) {
-  LogFailure(error.what());
+  Fail(error);
   return false;
 }
 
@@ -210,7 +217,7 @@ std::optional<std::string> LentPassword::Reveal() const try {
   if (!camera_) return std::nullopt;
   return Records(GetConfig().stateFolder).Password(*camera_);
 } catch (const std::exception& error) {
-  LogFailure(error.what());
+  Fail(error);
   return std::nullopt;
 }
 

@@ -148,6 +148,11 @@ void RequestScope::Remember(const std::string& host, const std::string& user, Ou
   failures_.try_emplace({NormalizedHost(host), user}, outcome);
 }
 
+Outcome RequestScope::Told(Outcome outcome) const {
+  const bool isUnheard = hasFailedLending_ && (!hasSentLogin_ || isLoginTaken_);
+  return isUnheard && MayBeRefusedLogin(outcome) ? Outcome::kRecorderFailed : outcome;
+}
+
 std::optional<Outcome> RequestScope::FailedAsking(const std::string& key) const {
   const auto failure = failedAskings_.find(key);
   return failure == failedAskings_.end() ? std::nullopt : std::optional(failure->second);

@@ -148,8 +148,15 @@ class RequestScope {
   /// Says how the work has ended so far; the last word counts.
   void SetCause(Outcome outcome) { cause_ = outcome; }
 
-  /// What SetCause was told, if it was.
-  std::optional<Outcome> Cause() const { return cause_; }
+  /// What SetCause was told, if it was, as people are told.
+  std::optional<Outcome> Cause() const { return cause_ ? std::optional(Told(*cause_)) : std::nullopt; }
+
+  /// Says that a stored password could not be had for a reason of the recorder's own. Methods go on as if the login was
+  /// refused.
+  void FailLending() { hasFailedLending_ = true; }
+
+  /// What people are told of an outcome: not that a camera refused a login which it never got.
+  Outcome Told(Outcome outcome) const;
 
   /// The times of the work of this thread, for the log.
   RungTimes& Rungs() { return rungs_; }
@@ -172,6 +179,7 @@ class RequestScope {
   bool isSpent_ = false;                      // more came than there was left
   std::map<std::string, LentPassword> lent_;  // by token
   std::set<std::string> digestHosts_;
+  bool hasFailedLending_ = false;
   bool hasSentLogin_ = false;
   bool isLoginTaken_ = false;
   std::function<void()> whenLoginTaken_;

@@ -175,7 +175,8 @@ MeasureResult MeasureStored(const CameraRecord& camera, std::chrono::seconds lon
   std::string path;
   const Outcome outcome = find::PlaceStream(camera, address, path);
   MeasureResult result = outcome == Outcome::kOk ? find::MeasureAt(address, path, {}) : find::FailedBy(outcome);
-  result.hasSentLogin = RequestScope::Current().HasSentLogin();
+  result.outcome = scope.Told(result.outcome);
+  result.hasSentLogin = scope.HasSentLogin();
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -258,6 +259,15 @@ TEST_F(Cameras, AreJudgedByTheirMainStream) {
   const Json::Value camera = Send("GET", "/1").json["data"];
   EXPECT_TRUE(camera["state"].isNull());
   EXPECT_THAT(ToText(camera), Not(HasSubstr("measured"))) << "of another stream";
+}
+
+TEST_F(Cameras, WhosePasswordCannotBeReadAreNotSaidToRefuseIt) {
+  Add();
+  std::filesystem::remove(recorder_.StateFolder() / "secret.key");
+  EXPECT_EQ(CauseOf(Send("POST", "/1/test")), "recorderFailed");
+  EXPECT_EQ(CauseOf(Send("GET", "/1/picture")), "recorderFailed");
+  EXPECT_EQ(CauseOf(Send("POST", "/1/measure")), "recorderFailed");
+  EXPECT_TRUE(Send("GET", "/1").json["data"]["state"].isNull());
 }
 
 TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {

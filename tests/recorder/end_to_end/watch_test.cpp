@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
 
 #include "recorder/records/records.h"
+#include "recorder/utility/files.h"
 #include "recorder/utility/handle.h"
 #include "rig/cameras.h"
 #include "rig/processes.h"
@@ -28,6 +30,14 @@ std::map<int, std::vector<Outcome>> WaitForChanges(const TestRecorder& recorder,
   for (const recorder::CameraEvent& event : events) causes[event.cameraId].push_back(event.cause);
   return causes;
 }
+
+/// Waits for it, for 30 s at most.
+bool Comes(const std::function<bool()>& isThere) {
+  for (int tries = 0; tries < 1500 && !isThere(); ++tries) usleep(20'000);
+  return isThere();
+}
+
+int AskedOf(const SimCameras& cameras, const std::string& name) { return cameras.Log(name)["connections"].asInt(); }
 
 bool TellsLateness(const TestRecorder& recorder) {
   return recorder.Send("GET", "/metrics", {}).body.find("\nrecorder_watch_lateness_seconds ") != std::string::npos;
@@ -92,6 +102,20 @@ TEST(Watch, GoesOnAfterAnotherProgramHasLockedTheRecordsAndThenTellsWhatItMet) {
   EXPECT_EQ(WaitForChanges(recorder, 2)[goes], (std::vector{Outcome::kOk, Outcome::kUnreachable}));
   EXPECT_EQ(Descendants(getpid(), "recorder-watch").at(0).id, watch) << "the same process";
   EXPECT_TRUE(isTold());
+}
+
+TEST(Watch, TakesNoFailureOfTheRecordsForARefusedLogin) {
+  const SimCameras cameras(List({Camera("good")}));
+  const TestRecorder recorder({.watchSeconds = 1});
+  const int good = recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port("good"), "admin", kSecret);
+  WaitForChanges(recorder, 1);
+  const std::filesystem::path key = recorder.StateFolder() / "secret.key";
+  const std::string whole = recorder::ReadFile(key);
+  std::ofstream(key) << "damaged";
+  EXPECT_TRUE(Comes([&] { return recorder.Log().find("No stored password is lent") != std::string::npos; }));
+  std::ofstream(key) << whole;
+  EXPECT_TRUE(Comes([&, asked = AskedOf(cameras, "good")] { return AskedOf(cameras, "good") > asked; }));
+  EXPECT_EQ(WaitForChanges(recorder, 1), (std::map<int, std::vector<Outcome>>{{good, {Outcome::kOk}}}));
 }
 
 TEST(Watch, IsLeftOutIfAskedTo) {
