@@ -1,5 +1,6 @@
 #include <sys/types.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <stdexcept>
@@ -15,6 +16,7 @@
 #include "recorder/own/main_address.h"
 #include "recorder/own/measured_facts.h"
 #include "recorder/own/stored_camera.h"
+#include "recorder/records/contact_turns.h"
 #include "recorder/records/refused_logins.h"
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/clock.h"
@@ -59,6 +61,12 @@ class Contact {
   std::string sealedPassword_;
 };
 
+/// The turn of who contacts a camera for somebody that waits. A check of it that is at hand is soon over, mostly.
+CameraLock ContactTurn(const CameraRecord& asked) {
+  constexpr std::chrono::seconds kLongestWait{3};
+  return {GetConfig().stateFolder / kContactsLock, ContactPlace(asked), Clock::now() + kLongestWait, F_RDLCK};
+}
+
 /// Calls the module for a stream of the camera, and notes what came of it.
 ApiAnswer Call(const std::string& method, const CameraRecord& camera, const CameraRecord& asked, OwnTools& tools,
                Records& records, std::function<void()> whenLoginTaken = {}) {
@@ -79,7 +87,7 @@ bool HasLogin(const Records& records, const CameraRecord& camera) {
 }
 
 /// The turn of who logs in to a camera, until it took the login: so whoever comes next knows whether it was refused.
-CameraLock TurnOf(const CameraRecord& camera) {
+CameraLock LoginTurn(const CameraRecord& camera) {
   const Config& config = GetConfig();
   const auto place = static_cast<off_t>(std::hash<std::string>()(LoginOf(camera)) & 0x7fffffffU);
   return {config.stateFolder / kLoginsLock, place, Clock::now() + config.limits.picture};
@@ -111,6 +119,7 @@ OwnAnswer PictureAnswer(std::string picture) {
 OwnAnswer TestCamera(const OwnRequest& request, OwnTools& tools) {
   Records records(GetConfig().stateFolder);
   const CameraRecord camera = FindEnabled(records, request);
+  const CameraLock contactTurn = ContactTurn(camera);
   const ApiAnswer answer = Call(kTestMethod, camera, camera, tools, records);
   std::string ignored;
   const Json::Value json = ParseStrictJson(answer.json, ignored).value_or(Json::Value());
@@ -129,7 +138,8 @@ OwnAnswer TakePicture(const OwnRequest& request, OwnTools& tools) {
   const CameraRecord camera = FindEnabled(records, request);
   const CameraRecord asked = StreamRecord(records, camera, TextOf(request, "stream"));
   std::optional<CameraLock> turn;
-  if (HasLogin(records, camera)) turn.emplace(TurnOf(camera));
+  if (HasLogin(records, camera)) turn.emplace(LoginTurn(camera));
+  const CameraLock contactTurn = ContactTurn(asked);  // a check that is over may have met a refusal
   if (!FlagOf(request, "again") && IsLoginRefused(records, camera)) return RememberedRefusal(records, camera);
   if (turn && !*turn) throw HttpError(503, "another picture with this login has not ended", "Retry-After: 5\r\n");
   const ApiAnswer answer = Call(kPictureMethod, camera, asked, tools, records, [&turn] { turn.reset(); });
@@ -145,6 +155,7 @@ OwnAnswer MeasureCamera(const OwnRequest& request, OwnTools& /*tools*/) {
   const CameraRecord asked = StreamRecord(records, camera, stream);
   if (MainAddress(asked).starts_with("http")) throw HttpError(409, "only streams over RTSP can be measured");
   Contact contact(records, camera);
+  const CameraLock turn = ContactTurn(asked);
   const MeasureResult result = MeasureStored(asked, kLongestMeasure);
   contact.Note(result.outcome, result.hasSentLogin, false);  // a test tells whether the camera works
   if (result.outcome != Outcome::kOk) return CameraFailure(result.outcome);

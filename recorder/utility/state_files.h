@@ -22,13 +22,14 @@ inline constexpr char kServiceLock[] = "service.lock";         ///< held by whoe
 inline constexpr char kWatchLock[] = "watch.lock";             ///< held by whoever checks cameras
 inline constexpr char kEventsLock[] = "events.lock";           ///< of workers that tell events
 inline constexpr char kLoginsLock[] = "logins.lock";           ///< of who logs in to a camera for a picture
+inline constexpr char kContactsLock[] = "contacts.lock";       ///< of who contacts a stored camera
 inline constexpr char kCamerasLock[] = "cameras.lock";         ///< of who asks a camera what it can do
 
 /// What a restore exchanges: all but the lock that it holds itself.
 inline constexpr std::string_view kStateFiles[] = {
-    kRecordsFile,     kRunsFile,           kKeyFile,      kUsersFile,          kGrantsFile,
-    kCertificateFile, kCertificateKeyFile, kModelsFolder, kCapabilitiesFolder, kAttemptsFile,
-    kAddressFile,     kWatchLock,          kEventsLock,   kLoginsLock,         kCamerasLock,
+    kRecordsFile,  kRunsFile,           kKeyFile,      kUsersFile,   kGrantsFile, kCertificateFile, kCertificateKeyFile,
+    kModelsFolder, kCapabilitiesFolder, kAttemptsFile, kAddressFile, kWatchLock,  kEventsLock,      kLoginsLock,
+    kContactsLock, kCamerasLock,
 };
 
 }  // namespace recorder

@@ -32,6 +32,7 @@ Watcher::Watcher(std::filesystem::path stateFolder, const ModuleLibrary& module,
       news_(stateFolder_),
       schedule_(interval, busyHosts),
       file_(stateFolder_),
+      turns_(stateFolder_),
       attempts_(Attempts::Read(stateFolder_)) {
   for (const auto& [id, attempt] : attempts_) missed_.insert(id);
 }
@@ -110,15 +111,19 @@ WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
 bool Watcher::StartNext(Checkers& checkers) {
   const auto check = schedule_.Next(WatchClock::Now());
   if (!check) return false;
-  const ApiCall call = StoredCall(module_, kTestMethod, cameras_.at(check->id));
   atHand_.emplace(check->id, *check);
-  const bool hasBegun =
-      Try([&] { Begin(*check); }) &&
-      checkers.Start({.id = static_cast<std::uint64_t>(check->id), .method = kTestMethod, .params = call.params});
+  const bool hasTurn = turns_.Take(cameras_.at(check->id));
+  const bool hasBegun = hasTurn && Start(*check, checkers);
   if (!hasBegun) {  // nothing was sent
     End({.id = static_cast<std::uint64_t>(check->id), .causes = std::string(NameOf(Outcome::kRecorderFailed))});
   }
-  return hasBegun;
+  return hasBegun || !hasTurn;
+}
+
+bool Watcher::Start(const DueCheck& check, Checkers& checkers) {
+  const ApiCall call = StoredCall(module_, kTestMethod, cameras_.at(check.id));
+  return Try([&] { Begin(check); }) &&
+         checkers.Start({.id = static_cast<std::uint64_t>(check.id), .method = kTestMethod, .params = call.params});
 }
 
 /// Kept before the camera hears of it.
@@ -147,6 +152,7 @@ void Watcher::End(const CheckAnswer& answer) {
   const bool isOfUse = schedule_.End(atHand.mapped(), cause, WatchClock::Now());
   const bool isOfCamera = cause && cause != Outcome::kRecorderFailed && cause != Outcome::kDisabled;
   if (isOfUse && isOfCamera) Keep(atHand.mapped(), *cause, answer.time);
+  turns_.GiveBack(atHand.mapped().id);  // who waits for it can know what the check came to
 }
 
 void Watcher::Keep(const DueCheck& check, Outcome cause, std::chrono::milliseconds time) {

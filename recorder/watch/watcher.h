@@ -10,6 +10,7 @@
 
 #include "recorder/host/module_library.h"
 #include "recorder/records/attempts.h"
+#include "recorder/records/contact_turns.h"
 #include "recorder/records/records.h"
 #include "recorder/watch/checkers.h"
 #include "recorder/watch/records_news.h"
@@ -33,7 +34,8 @@ class Watcher {
   /// Looks whether the records have changed, and takes them over, if that has not just taken long.
   void Update();
 
-  /// Starts the check that is due, if there is one. False: there is none, or no process to be had.
+  /// Starts the check that is due, if there is one, or puts it off while somebody contacts the camera. False: there is
+  /// none, or no process to be had.
   bool StartNext(Checkers& checkers);
 
   /// When StartNext may start one, if no check ends before.
@@ -52,6 +54,7 @@ class Watcher {
   void TakeOver();
   void NoteMissed(Records& records);
   WatchedCamera Watched(const CameraRecord& camera) const;
+  bool Start(const DueCheck& check, Checkers& checkers);
   void Begin(const DueCheck& check);
   void Keep(const DueCheck& check, Outcome cause, std::chrono::milliseconds time);
   void NoteOutcome(const DueCheck& check, Outcome cause, const Attempt& attempt);
@@ -63,6 +66,7 @@ class Watcher {
   Clock::time_point lookAt_;
   Schedule schedule_;
   Attempts file_;
+  ContactTurns turns_;
   std::map<int, Attempt> attempts_;
   std::unordered_map<int, CameraRecord> cameras_;
   std::map<int, CameraOutcome> outcomes_;  // as the records have them

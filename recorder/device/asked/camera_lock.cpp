@@ -1,7 +1,5 @@
 #include "recorder/device/asked/camera_lock.h"
 
-#include <fcntl.h>
-
 #include <chrono>
 #include <thread>
 
@@ -9,10 +7,10 @@
 
 namespace recorder {
 
-CameraLock::CameraLock(const std::filesystem::path& path, off_t camera, Clock::time_point deadline)
+CameraLock::CameraLock(const std::filesystem::path& path, off_t camera, Clock::time_point deadline, short type)
     : file_(OpenLocks(path)) {
   constexpr std::chrono::milliseconds kPause{10};
-  while (file_ && !TryLock(file_, F_WRLCK, camera, 1) && IsHeldByAnother()) {
+  while (file_ && !TryLock(file_, type, camera, 1) && IsHeldByAnother()) {
     isHeld_ = Clock::now() < deadline;
     if (!isHeld_) return;
     std::this_thread::sleep_for(kPause);

@@ -287,6 +287,9 @@ TEST_F(Cameras, ThatAreSwitchedOffOrSilentAreNamed) {
   ASSERT_TRUE(recorder::TryLock(locks, F_UNLCK));
   Connection(recorder_.Port(), std::chrono::seconds(60))
       .Send(HttpRequest("GET", std::string(kCamerasPath) + "/2/picture", recorder_.Login()));
+  const recorder::FileDescriptor turns = recorder::OpenLocks(recorder_.StateFolder() / "contacts.lock");
+  for (int tries = 0; tries < 500 && !recorder::IsLocked(turns); ++tries) usleep(10'000);
+  EXPECT_TRUE(recorder::IsLocked(turns)) << "recorder-watch leaves it alone";
   EXPECT_EQ(CauseOf(Send("POST", "/2/test")), "timedOut") << "after somebody who has gone";
   EXPECT_EQ(Send("GET", "").json["data"][1]["state"]["cause"], "timedOut");
 }

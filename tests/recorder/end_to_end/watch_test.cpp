@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -6,7 +7,9 @@
 #include <fstream>
 #include <functional>
 
+#include "recorder/records/contact_turns.h"
 #include "recorder/records/records.h"
+#include "recorder/utility/file_lock.h"
 #include "recorder/utility/files.h"
 #include "recorder/utility/handle.h"
 #include "rig/cameras.h"
@@ -116,6 +119,19 @@ TEST(Watch, TakesNoFailureOfTheRecordsForARefusedLogin) {
   std::ofstream(key) << whole;
   EXPECT_TRUE(Comes([&, asked = AskedOf(cameras, "good")] { return AskedOf(cameras, "good") > asked; }));
   EXPECT_EQ(WaitForChanges(recorder, 1), (std::map<int, std::vector<Outcome>>{{good, {Outcome::kOk}}}));
+}
+
+TEST(Watch, LeavesACameraAloneThatSomebodyContacts) {
+  const SimCameras cameras(List({Camera("shown"), Camera("other")}));
+  const TestRecorder recorder({.watchSeconds = 1});
+  const recorder::FileDescriptor locks = recorder::OpenLocks(recorder.StateFolder() / "contacts.lock");
+  const recorder::CameraRecord shown{0, "", "", "", "127.0.0.1", cameras.Port("shown"), "", "", ""};
+  ASSERT_TRUE(recorder::TryLock(locks, F_RDLCK, recorder::ContactPlace(shown), 1));
+  for (const char* name : {"shown", "other"}) {
+    recorder.AddCamera("Simcam", "RTSP-H264", cameras.Port(name), "admin", kSecret);
+  }
+  EXPECT_TRUE(Comes([&] { return AskedOf(cameras, "other") > 6; }));
+  EXPECT_LT(AskedOf(cameras, "shown"), 5) << "each other time";
 }
 
 TEST(Watch, IsLeftOutIfAskedTo) {
