@@ -139,11 +139,6 @@ std::string Records::SealedPassword(int id) const {
   });
 }
 
-bool KeepsPassword(const CameraRecord& before, const std::vector<CameraStream>& streams, const CameraRecord& after,
-                   const CameraChange& change) {
-  return KeepsPassword(before, after) && (!change.streams || KeepsPassword(streams, *change.streams));
-}
-
 ChangeResult Records::Change(int id, const CameraChange& change) {
   return impl_->Guarded([&] {
     SQLite::Transaction transaction{impl_->database, SQLite::TransactionBehavior::IMMEDIATE};
