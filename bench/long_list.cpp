@@ -1,6 +1,5 @@
 // bench_long_list: the time of a run of thousands of rows, beside that of a sliding window over the same rows.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -12,6 +11,7 @@
 
 #include "bench/comparison.h"
 #include "bench/fleet.h"
+#include "rig/command_line.h"
 #include "rig/recorder.h"
 #include "rig/report.h"
 
@@ -131,12 +131,13 @@ void Compare(Fleet& fleet) {
 
 int main(int argc, char** argv) {
   using namespace bench;
-  CLI::App app("Times a run of simulated cameras, each at an address of its own, beside the best that could be.",
-               "bench_long_list");
   FleetOptions options{.silent = -1, .changing = 0, .soonest = Milliseconds(7), .latest = Milliseconds(127)};
-  app.add_option("--rows", options.cameras, "how many (10000)")->check(CLI::Range(100, 50'000));
-  app.add_option("--silent", options.silent, "how many of them are silent (3 %)");
-  CLI11_PARSE(app, argc, argv);
+  const char about[] =
+      "Times a run of simulated cameras, each at an address of its own, beside the best that could be.";
+  const std::vector<rig::ProgramOption> known{
+      {"--rows", &options.cameras, "how many", 100, 50'000},
+      {"--silent", &options.silent, "how many of them are silent; -1: 3 %", -1}};
+  if (const auto status = rig::ReadCommandLine("bench_long_list", about, known, argc, argv)) return *status;
   if (options.silent < 0) options.silent = options.cameras * 3 / 100;
   try {
     Fleet fleet(options);

@@ -2,19 +2,20 @@
 
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <map>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "bench/comparison.h"
 #include "bench/fleet.h"
 #include "bench/process_use.h"
 #include "bench/watched_recorder.h"
 #include "bench/watching_answers.h"
+#include "rig/command_line.h"
 
 namespace bench {
 
@@ -144,14 +145,14 @@ void AddAnswers(Report& table, const Fleet& fleet, const Plan& plan) {
 
 int main(int argc, char** argv) {
   using namespace bench;
-  CLI::App app("Lets a recorder watch simulated cameras, each at an address of its own, and prints what that costs.",
-               "bench_watching");
   Plan plan;
-  app.add_option("--cameras", plan.cameras, "how many (10000)")->check(CLI::Range(100, 50'000));
-  app.add_option("--seconds", plan.seconds, "how long each row is measured (20)");
   bool hasLoads = true;
-  app.add_flag("!--answers", hasLoads, "only the answers");
-  CLI11_PARSE(app, argc, argv);
+  const char about[] =
+      "Lets a recorder watch simulated cameras, each at an address of its own, and prints what that costs.";
+  const std::vector<rig::ProgramOption> known{{"--cameras", &plan.cameras, "how many", 100, 50'000},
+                                              {"--seconds", &plan.seconds, "how long each row is measured"},
+                                              {"!--answers", &hasLoads, "only the answers"}};
+  if (const auto status = rig::ReadCommandLine("bench_watching", about, known, argc, argv)) return *status;
   plan.silent = plan.cameras * 3 / 100;
   plan.changing = plan.cameras / 100;
   try {

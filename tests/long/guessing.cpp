@@ -1,6 +1,5 @@
 // long_guessing: 200 connections that guess a user's password, and somebody with a session meanwhile.
 
-#include <CLI/CLI.hpp>
 #include <atomic>
 #include <chrono>
 #include <map>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "rig/callers.h"
+#include "rig/command_line.h"
 #include "rig/recorder.h"
 #include "rig/report.h"
 
@@ -118,9 +118,10 @@ int Run(std::chrono::seconds time) {
 }  // namespace long_tests
 
 int main(int argc, char** argv) {
-  CLI::App app("Guesses a user's password over 200 connections, and measures somebody with a session meanwhile.");
   int seconds = 60;
-  app.add_option("--seconds", seconds, "how long to guess")->capture_default_str();
-  CLI11_PARSE(app, argc, argv);
+  const char about[] =
+      "Guesses a user's password over 200 connections, and measures somebody with a session meanwhile.";
+  const rig::ProgramOption known{"--seconds", &seconds, "how long to guess"};
+  if (const auto status = rig::ReadCommandLine("long_guessing", about, {known}, argc, argv)) return *status;
   return long_tests::Run(std::chrono::seconds(seconds));
 }

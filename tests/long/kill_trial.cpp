@@ -4,13 +4,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <thread>
+#include <vector>
 
 #include "recorder/utility/clock.h"
+#include "rig/command_line.h"
 
 namespace long_tests {
 
@@ -140,10 +141,10 @@ void KillTrial::NoteKills() {
 int RunKills(int argc, char** argv, const std::string& name, const std::string& about,
              const std::function<int(const KillOptions&)>& run) {
   KillOptions options;
-  CLI::App app(about, name);
-  app.add_option("--rounds", options.rounds)->check(CLI::Range(1, 1'000'000))->capture_default_str();
-  app.add_option("--seed", options.seed, "what the choice of victims and moments begins with (default: random)");
-  CLI11_PARSE(app, argc, argv);
+  const std::vector<ProgramOption> known{
+      {"--rounds", &options.rounds, "", 1, 1'000'000},
+      {"--seed", &options.seed, "what the choice of victims and moments begins with (default: random)"}};
+  if (const auto status = ReadCommandLine(name, about, known, argc, argv)) return *status;
   // A killed process reads no more; a handler, unlike SIG_IGN, is not handed on to the programs that are started.
   std::signal(SIGPIPE, [](int /*signal*/) {});
   prctl(PR_SET_CHILD_SUBREAPER, 1);  // processes that outlive their server stay in sight

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -15,6 +14,7 @@
 
 #include "rig/callers.h"
 #include "rig/cameras.h"
+#include "rig/command_line.h"
 #include "rig/processes.h"
 #include "rig/questions.h"
 #include "rig/recorder.h"
@@ -191,12 +191,11 @@ class Soak {
 
 int main(int argc, char** argv) {
   long_tests::Options options;
-  CLI::App app("Loads a recorder and its simulated cameras, all on 127.0.0.1, and prints what it stands.", "long_soak");
-  app.add_option("--seconds", options.seconds, "duration of the load; the other phases take as long together")
-      ->check(CLI::Range(1, 86400))
-      ->capture_default_str();
-  app.add_option("--seed", options.seed, "what the callers' choices begin with (default: random)");
-  CLI11_PARSE(app, argc, argv);
+  const char about[] = "Loads a recorder and its simulated cameras, all on 127.0.0.1, and prints what it stands.";
+  const std::vector<rig::ProgramOption> known{
+      {"--seconds", &options.seconds, "duration of the load; the other phases take as long together", 1, 86400},
+      {"--seed", &options.seed, "what the callers' choices begin with (default: random)"}};
+  if (const auto status = rig::ReadCommandLine("long_soak", about, known, argc, argv)) return *status;
   try {
     return long_tests::Soak(options).Run();
   } catch (const std::exception& error) {

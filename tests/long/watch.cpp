@@ -1,6 +1,5 @@
 // long_watch: hours in which a recorder watches 200 simulated cameras, in minutes.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "recorder/utility/clock.h"
+#include "rig/command_line.h"
 #include "rig/report.h"
 #include "tests/long/watched.h"
 
@@ -254,12 +254,11 @@ class Trial {
 
 int main(int argc, char** argv) {
   long_tests::Options options;
-  CLI::App app("Watches simulated cameras by a fast clock, all on loopback addresses.", "long_watch");
-  app.add_option("--hours", options.hours)->check(CLI::Range(2, 1000))->capture_default_str();
-  app.add_option("--speed", options.speed, "hours in one; an interval has to be longer than a silent check")
-      ->check(CLI::Range(1, 50))
-      ->capture_default_str();
-  CLI11_PARSE(app, argc, argv);
+  const char about[] = "Watches simulated cameras by a fast clock, all on loopback addresses.";
+  const std::vector<rig::ProgramOption> known{
+      {"--hours", &options.hours, "", 2, 1000},
+      {"--speed", &options.speed, "hours in one; an interval has to be longer than a silent check", 1, 50}};
+  if (const auto status = rig::ReadCommandLine("long_watch", about, known, argc, argv)) return *status;
   try {
     return long_tests::Trial(options).Run();
   } catch (const std::exception& error) {

@@ -1,6 +1,5 @@
 // long_sessions: sessions of the RTSP client with made-up cameras, by the million.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -10,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "rig/command_line.h"
 #include "tests/sessions/session_run.h"
 
 namespace sessions {
@@ -54,10 +54,9 @@ int RunAll(std::uint64_t seed, std::uint64_t runs) {
 int main(int argc, char** argv) {
   std::uint64_t runs = 1'000'000;
   std::uint64_t seed = 1;
-  CLI::App app("Sessions of the RTSP client with made-up cameras, networks and clocks, each by its seed.",
-               "long_sessions");
-  app.add_option("--runs", runs, "a single one is told")->capture_default_str();
-  app.add_option("--seed", seed, "of the first; the next one has the next")->capture_default_str();
-  CLI11_PARSE(app, argc, argv);
+  const char about[] = "Sessions of the RTSP client with made-up cameras, networks and clocks, each by its seed.";
+  const std::vector<rig::ProgramOption> known{{"--runs", &runs, "a single one is told"},
+                                              {"--seed", &seed, "of the first; the next one has the next"}};
+  if (const auto status = rig::ReadCommandLine("long_sessions", about, known, argc, argv)) return *status;
   return sessions::RunAll(seed, runs);
 }
