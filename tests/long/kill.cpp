@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <span>
@@ -103,7 +104,7 @@ class Trial : private KillTrial {
       Callers callers(recorder_.Port(), Sources());
       const std::vector<ProcessInfo> servers = StrikeWithin(kLongestPrelude, victim);
       Expect(CapabilityFileMistake(recorder_.StateFolder()));
-      if (victim == Victim::kWorker) AwaitReplacement();
+      if (victim == Victim::kWorker) AwaitReplacement(servers);
       if (IsServer(victim)) StartAgain(servers, kEndLimit);
       std::this_thread::sleep_for(kSequel);
       tally = callers.Stop();
@@ -125,14 +126,19 @@ class Trial : private KillTrial {
     if (victim == Victim::kWorker) paid_ += tally.failed;
   }
 
-  void AwaitReplacement() {
-    const auto areAllThere = [] {
-      return Descendants(getpid(), "recorder-webapi").size() == kCameraWorkers + kListWorkers;
+  /// `before` still has the worker that was killed.
+  void AwaitReplacement(const std::vector<ProcessInfo>& before) {
+    const auto isNew = [&](const ProcessInfo& worker) {
+      return std::ranges::find(before, worker.id, &ProcessInfo::id) == before.end();
     };
-    for (const auto end = Clock::now() + kReplacementLimit; !areAllThere() && Clock::now() < end;) {
-      std::this_thread::sleep_for(milliseconds(5));
-    }
-    Expect(areAllThere(), "the worker was not replaced");
+    const auto isReplaced = [&] {
+      const std::vector<ProcessInfo> workers = Descendants(getpid(), "recorder-webapi");
+      return workers.size() == kCameraWorkers + kListWorkers && std::ranges::any_of(workers, isNew);
+    };
+    const auto end = Clock::now() + kReplacementLimit;
+    bool isThere = isReplaced();
+    for (; !isThere && Clock::now() < end; isThere = isReplaced()) std::this_thread::sleep_for(milliseconds(5));
+    Expect(isThere, "the worker was not replaced");
   }
 
   void Summarize() {
