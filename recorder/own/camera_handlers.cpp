@@ -31,7 +31,7 @@ using States = std::map<int, CameraState>;
 
 /// The tag of a list, of the little by which one list is told from another, so that it need not be made for that: what
 /// stands in a record changes with its revision.
-std::string ListTag(const std::map<int, int>& revisions, const States& states) {
+std::string CamerasTag(const std::map<int, int>& revisions, const States& states) {
   std::string text = PROJECT_VERSION;
   const auto add = [&](std::int64_t number) { text += ' ' + std::to_string(number); };
   for (const auto& [id, revision] : revisions) {
@@ -88,7 +88,7 @@ OwnAnswer ListCameras(const OwnRequest& request, OwnTools& /*tools*/) {
   const Records records(GetConfig().stateFolder);
   const std::map<int, int> revisions = records.Revisions();  // first: at worst the list is newer than its tag
   const States states = ReadStates(records, GetConfig().stateFolder);
-  const std::string tag = ListTag(revisions, states);
+  const std::string tag = CamerasTag(revisions, states);
   if (IsNoneMatch(tag, request.http.ifNoneMatch)) return {304, {}, TagLine(tag)};
   OwnAnswer answer = Success(ListOf(records, states));
   answer.headers = TagLine(tag);
