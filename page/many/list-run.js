@@ -123,9 +123,11 @@ export class ListRun {
     await this.#noteChannels(testable);
   }
 
-  /** @param {Row[]} rows that were tested */
+  /** Until there is another list or run. @param {Row[]} rows that were tested */
   async #noteChannels(rows) {
-    for (const row of rows.filter(mayHaveMore)) {
+    for (const row of rows) {
+      if (this.#run || !this.list.rows.includes(row)) return;
+      if (!mayHaveMore(row)) continue;
       const count = await api.countChannels(cameraOf(row)).catch(() => 0);
       if (count < 2 || !mayHaveMore(row)) continue;
       row.note = texts.many.hasChannels(count);

@@ -173,7 +173,7 @@ export async function askCapabilities(camera, signal) {
  * @param {Camera} camera
  */
 export async function countChannels(camera) {
-  const parameters = { ...askParameters(camera), camPass: "", camCapCmd: 0 };
+  const parameters = { ...askParameters(camera), camPass: "", camCapCmd: 2 };
   const { value } = firstCapabilities(await call("CamCapRemote", parameters));
   return Number(value?.cntChanl ?? 0);
 }

@@ -171,7 +171,7 @@ test("a whole address is taken apart, and the keyboard alone leads to the stored
   assert.equal(await page.inputValue("#add-address"), "127.0.0.1", "that port is asked anyway");
 });
 
-test("channels of a recorder are saved as cameras, and what fails is said in its row", async (page) => {
+test("channels of a recorder are saved as cameras, and what fails is said in its row", async (page, calls) => {
   const row = (channel) => page.locator(`.channels tbody tr:nth-child(${channel})`);
   await find(page, "recorder");
   await row(3).locator("img:visible").waitFor();
@@ -197,6 +197,7 @@ test("channels of a recorder are saved as cameras, and what fails is said in its
   ]);
   await runBy(page, "#many-start");
   await expectText(page, "many-rows", "Passed: it has 3 channels, and only one was tested.");
+  assert.equal(sent(calls, "CamCapRemote").at(-1).camCapCmd, 2, "no camera is asked without its password");
   await runBy(page, "#many-add");
   await expectText(page, "many-rows", "Perhaps stored already as Hall channel 1");
 });
