@@ -1,6 +1,6 @@
 /// The view of an admin: users, and the sessions and tokens of others.
 
-import { ask, button, el, focusHeading, refill, say } from "../parts/dom.js";
+import { ask, button, el, refill, say } from "../parts/dom.js";
 import { PLAIN, addView, field, mistakeLine, onSubmit, passwordInput, tell } from "../parts/forms.js";
 import { table } from "../parts/table.js";
 import * as access from "../recorder/access.js";
@@ -121,7 +121,6 @@ export class UsersView {
   async #remove(name) {
     if (!(await ask(texts.login.removeQuestion(name), texts.login.remove))) return;
     await this.#change(() => access.removeUser(name), texts.login.removed(name));
-    focusHeading();
   }
 
   /** Changes something, and shows what is then. @param {() => Promise<unknown>} change @param {string} said */

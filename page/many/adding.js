@@ -32,7 +32,7 @@ export class Adding {
   /** What was stored before the latest run. @type {Promise<import("../recorder/cameras.js").CameraSummary[]> | null} */
   #stored = null;
   /** Somebody wants rows of it although they are perhaps stored. */
-  #isAsked = false;
+  #isWanted = false;
   /** @type {Sorted} */
   #sorted;
 
@@ -86,16 +86,16 @@ export class Adding {
   /** @param {Row} row */
   async #keep({ cells, camera }) {
     if (!camera) throw new Error("a row with mistakes is never added");
-    const other = this.#isAsked ? undefined : perhapsStored(camera, await (this.#stored ??= listCameras()));
+    const other = this.#isWanted ? undefined : perhapsStored(camera, await (this.#stored ??= listCameras()));
     if (other) return { kind: /** @type {const} */ ("perhaps"), id: other.id, name: nameOf(other) };
     return keep(camera, { name: cells.name || presetName(camera) });
   }
 
-  /** @param {Row[]} rows @param {boolean} [isAsked] */
-  async #add(rows, isAsked = false) {
+  /** @param {Row[]} rows @param {boolean} [isWanted] */
+  async #add(rows, isWanted = false) {
     if (this.isRunning) return;
     this.#stored = null;
-    this.#isAsked = isAsked;
+    this.#isWanted = isWanted;
     this.#spokenQuarters = 0;
     say(words.begins(rows.length));
     await this.additions.add(rows);
@@ -164,7 +164,7 @@ export class Adding {
     this.#summary.textContent = words.leftOver(left.length);
     refill(
       this.#left,
-      left.map((row) => el("li", {}, button(this.#whyNot(row), () => this.open(row), { class: "link" }))),
+      left.map((row) => el("li", {}, button(this.#whyNot(row), () => this.open(row), { class: "link", "data-kind": row.line }))),
     );
   }
 

@@ -26,7 +26,7 @@ export class ListMistakes {
   /** @param {Row[]} rows */
   show(rows) {
     const links = rows.flatMap((row) =>
-      remarksOf(row).map((text) => button(text, () => this.open(row), { class: "link" })),
+      remarksOf(row).map((text) => button(text, () => this.open(row), { class: "link", "data-kind": `${row.line} ${text}` })),
     );
     const toFix = rows.filter((row) => kindOf(row) === "toFix").length;
     const fold = byId("many-fix", HTMLDetailsElement);

@@ -2,7 +2,7 @@
 
 import { exportResults } from "../list/list-export.js";
 import { notesOf } from "../list/list-reading.js";
-import { ask, byId, download, el, focusHeading, say } from "../parts/dom.js";
+import { ask, byId, download, el, say } from "../parts/dom.js";
 import { OpenList } from "../testing/open-list.js";
 import { Refusals } from "../testing/refusals.js";
 import { texts } from "../texts/texts.js";
@@ -114,15 +114,12 @@ export class ManyCameras {
 
   /** @param {string} name @param {ReadList} list */
   #open(name, list) {
-    const ways = byId("many-open", HTMLElement);
-    const hadFocus = ways.contains(document.activeElement);
-    ways.hidden = true;
+    byId("many-open", HTMLElement).hidden = true;
     byId("many-list", HTMLElement).hidden = false;
     window.addEventListener("beforeunload", warnBeforeLeaving);
     byId("many-name", HTMLElement).textContent = name;
     this.columns.open(list.headings);
     this.#fill(list);
-    if (hadFocus) focusHeading();
     say(texts.many.opened(this.list.rows.length, this.list.ofKind("toFix").length));
     byId("many-title", HTMLElement).focus(); // what had it is no longer in sight
   }

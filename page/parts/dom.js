@@ -98,6 +98,8 @@ let sayTimer = 0;
 /** Whoever reads the page to its end later is not to hear it as news. */
 const FORGET_AFTER_MS = 10_000;
 let forgetTimer = 0;
+/** @type {Element | null} */
+let saidIn = null;
 
 /** Says it when nothing else was to be said for a moment: while somebody types. @param {string} text "" for nothing */
 export function sayLater(text) {
@@ -112,6 +114,8 @@ export function sayLater(text) {
 export function say(text) {
   clearTimeout(sayTimer);
   const place = document.querySelector("dialog:modal [role=status]") ?? byId("status", HTMLElement);
+  if (saidIn) saidIn.textContent = "";
+  saidIn = place;
   place.textContent = text;
   clearTimeout(forgetTimer);
   forgetTimer = window.setTimeout(() => (place.textContent = ""), FORGET_AFTER_MS);
