@@ -59,12 +59,13 @@ export class ListOpening {
     });
   }
 
-  /** @param {File} file */
+  /** Rows that were pasted are not of this list. @param {File} file */
   async #openFile(file) {
-    this.#open(file.name, readListFile(new Uint8Array(await file.arrayBuffer())));
+    const list = readListFile(new Uint8Array(await file.arrayBuffer()));
+    if (await this.#open(file.name, list)) this.text.value = "";
   }
 
-  /** A file that cannot be read replaces nothing. @param {string} name @param {ReadList} list */
+  /** False if it replaces nothing: a file that cannot be read. @param {string} name @param {ReadList} list */
   async #open(name, list) {
     const mistake = this.surroundings.isRunning() ? texts.many.stopFirst : list.mistake;
     const text = byId("many-mistake", HTMLElement);
@@ -73,9 +74,11 @@ export class ListOpening {
     if (mistake) {
       say(text.textContent ?? "");
       text.focus();
-    } else if (await this.surroundings.mayReplace(name)) {
-      this.surroundings.opened(name, list);
+      return false;
     }
+    const isWanted = await this.surroundings.mayReplace(name);
+    if (isWanted) this.surroundings.opened(name, list);
+    return isWanted;
   }
 
   /** Pasted rows may hold some. */
