@@ -1,4 +1,5 @@
-/// The form that changes the open camera. What somebody else changes meanwhile is told, and nothing typed is lost.
+/// The form that changes the open camera. What somebody else changes meanwhile is told, and nothing typed is lost
+/// until another camera is edited.
 
 import { spreadAddress, watchAddress } from "../parts/camera-fields.js";
 import { button, el, say } from "../parts/dom.js";
@@ -42,7 +43,7 @@ const inputOf = (member) =>
   el("input", { id: `camera-${member}`, autocomplete: "off", ...(member === "name" ? {} : PLAIN) });
 
 export class CameraEdit {
-  /** @type {StoredCamera | null} what is stored, as far as this form knows; null once it was saved, or nobody wants that */
+  /** @type {StoredCamera | null} what is stored, as far as this form knows; null once it was saved or given up */
   #base = null;
   #inputs = {
     name: inputOf("name"),

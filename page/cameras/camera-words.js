@@ -43,7 +43,7 @@ export function outcomeOf(cause) {
   return { key: cause, sign: "✕", word: namedCause(cause).heading, result: "failed" };
 }
 
-/** When it worked. What was before a change of its record is no longer known of it. @param {Camera} camera */
+/** When it worked. A change of its place forgets that. @param {Camera} camera */
 function workedText({ state, revision }) {
   if (state?.lastSuccess) return words.worked(now() - state.lastSuccess);
   return revision === 1 ? words.neverWorked : words.notSinceChanged;

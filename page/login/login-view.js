@@ -103,7 +103,7 @@ export class LoginView {
     this.#done(session);
     this.#wanted = null;
     this.#dialog.close();
-    const { activeElement } = document; // in the closed dialog, if nothing had the focus before: until the next frame
+    const { activeElement } = document; // where nothing had the focus before, the closed dialog keeps it for a frame
     if (activeElement instanceof HTMLElement && this.#dialog.contains(activeElement)) activeElement.blur();
   }
 

@@ -27,21 +27,22 @@ export function presetName(camera) {
 }
 
 /**
- * Where a camera is, however it is written; the first channel is the usual one.
+ * By what two records are told to be of one channel; the first channel is the usual one.
  * @param {{host: string, port: number, channel: string}} camera
  */
-const placeOf = ({ host, port, channel }) => JSON.stringify([host.toLowerCase(), port, channel || "1"]);
+const spotOf = ({ host, port, channel }) => JSON.stringify([host.toLowerCase(), port, channel || "1"]);
 
 /**
- * As what a camera is perhaps stored already: at its place, by another model. Two paths that differ lead to two streams.
+ * As what a camera is perhaps stored already. Two paths that differ lead to two streams; one that is hidden from users is "".
  * Where path and channel are the same, too, the recorder says by itself that it is stored.
  * @param {Camera} camera
  * @param {CameraSummary[]} stored
  */
 export function perhapsStored(camera, stored) {
   const { channel, path } = camera;
+  const spot = spotOf(camera);
   const isHere = (/** @type {CameraSummary} */ { sourcePath, ...other }) =>
-    placeOf(other) === placeOf(camera) && (!sourcePath || !path || sourcePath === path);
+    spotOf(other) === spot && (!sourcePath || !path || sourcePath === path);
   const here = stored.filter(isHere);
   return here.some((one) => one.channel === channel && one.sourcePath === path) ? undefined : here[0];
 }

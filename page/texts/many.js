@@ -64,7 +64,7 @@ export const many = {
   forgetEarlier: "Remove it",
   earlierName: "Earlier test",
   earlierNote: "Passwords are not kept with a test: type them again before rows are tested, or added.",
-  earlierLacks: "Rows that were tested before the recorder took over the rest of the list are not among these.",
+  earlierLacks: "Rows that the page tested before the recorder took over, if there were any, are not among these.",
 
   // ---- what is asked before something is lost ----
   otherFile: "Other file",
