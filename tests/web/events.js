@@ -138,7 +138,7 @@ test("each hour of a week has its kind, and what nobody knows is not called good
     const eventOf = ([ago, before, cause], i) => ({ id: i + 1, camera: 1, at: NOW - ago * HOUR, before, cause });
     const events = changes.map(eventOf);
     const history = new History();
-    history.take(events.toReversed(), isWhole);
+    history.take([...events].reverse(), isWhole);
     const { cause = "ok", at: since = 0 } = events.at(-1) ?? {};
     const week = history.weekOf(1, { cause, since, lastSuccess: null, flips: 0, milliseconds: null }, NOW);
     const runs = week.hours.join(" ").match(/(\w+)( \1)*/g).map((run) => run.split(" "));

@@ -1,9 +1,9 @@
 /// The page in Firefox, driven over WebDriver BiDi: what people do most, one after the other in one page.
 
 import assert from "node:assert/strict";
-import { after, before, test } from "node:test";
+import { before, test } from "node:test";
 import puppeteer from "puppeteer-core";
-import { RIGHT, USER, control, ports, startAll } from "./recorder.js";
+import { RIGHT, USER, atEnd, control, ports, startAll } from "./recorder.js";
 
 const mistakes = [];
 let at = "";
@@ -14,12 +14,12 @@ let camera; // where the stored one is
 before(async () => {
   at = await startAll();
   browser = await puppeteer.launch({ browser: "firefox", executablePath: "/usr/bin/firefox-esr" });
+  atEnd(() => browser.close());
   page = await browser.newPage();
   page.on("pageerror", (error) => mistakes.push(error.message));
   page.on("console", (message) => message.type() === "error" && mistakes.push(message.text()));
   await page.setViewport({ width: 1280, height: 800 });
 });
-after(() => browser?.close());
 
 const click = (selector) => page.locator(selector).click();
 /** Fills fields by their ids. */
