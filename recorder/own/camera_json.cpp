@@ -49,6 +49,18 @@ Json::Value RecordJson(const CameraRecord& camera, const std::optional<CameraSta
   return json;
 }
 
+/// A stream of the camera whose shown record is `record`. Only paths that nobody changes without the password are
+/// compared with it. An address is changed without it, so hiding one would say that a guess is right: it is hidden
+/// where a path is, of which it may be made.
+Json::Value ShownStream(const CameraStream& stream, const Json::Value& record, const Records& records,
+                        const CameraRecord& camera) {
+  Json::Value json = StreamJson(stream);
+  HidePassword(json["sourcePath"], records, camera);
+  const bool isHidden = json["sourcePath"] != stream.sourcePath || record["sourcePath"] != camera.sourcePath;
+  if (isHidden) json["address"] = "";
+  return json;
+}
+
 bool HasPassword(const Records& records, const CameraRecord& camera) try {
   std::string password = records.Password(camera);
   const WipeAtEnd wipe(password);
@@ -121,8 +133,7 @@ Json::Value CameraJson(const WholeCamera& camera, const Records& records) {
   for (CameraStream stream : camera.streams) {
     const bool isUnknown = stream.name == kOwnStream && stream.address.empty();
     if (isUnknown) stream.address = MainAddress(camera.record);
-    Json::Value& shown = json["streams"].append(StreamJson(stream));
-    for (const char* path : {"address", "sourcePath"}) HidePassword(shown[path], records, camera.record);
+    json["streams"].append(ShownStream(stream, json, records, camera.record));
   }
   for (const CameraFact& fact : camera.facts) json["facts"].append(FactJson(fact));
   json["hasPassword"] = camera.hasPassword;

@@ -111,6 +111,9 @@ TEST_F(Cameras, AreStoredRemovedAndRestoredAndNeverTellTheirPassword) {
     EXPECT_EQ(Send("POST", "/" + id + "/measure").status, std::string(path).starts_with("http:") ? 409 : 502);
   }
   const int odd = recorder_.AddCamera("User", "", 9998, "admin", "w0rd!", "", "/live/w0rd%21?x=1");
+  const Answer guess =
+      Patch(R"({"streams": [{"name": "main", "address": "rtsp://127.0.0.1:554/s3cret, with \"quotes\" & blanks"}]})");
+  EXPECT_THAT(guess.json["data"]["streams"][0]["address"].asString(), HasSubstr(kSecret)) << "it tells no guess apart";
   const std::string told = added.body + Send("GET", "").body + Send("GET", "/3").body +
                            Send("GET", "/" + std::to_string(odd)).body + recorder_.Log();
   for (const char* secret : {"s3cret", "hidden", "w0rd"}) EXPECT_THAT(told, Not(HasSubstr(secret)));
