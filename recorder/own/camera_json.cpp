@@ -26,7 +26,7 @@ std::string ShownPath(const std::string& path) { return FindPathLogin(path).empt
 
 /// Whether a path holds the camera's password, under whatever name. One that cannot be read might be it.
 bool TellsPassword(const std::string& path, const Records& records, const CameraRecord& camera) try {
-  if (!MayHoldPassword(path)) return false;
+  if (path.empty()) return false;  // most are: none need be decrypted
   std::string password = records.Password(camera);
   const WipeAtEnd wipe(password);
   return HoldsPassword(path, password);

@@ -6,6 +6,7 @@
 
 #include "recorder/device/model/path_values.h"
 #include "recorder/net/percent.h"
+#include "recorder/utility/secrets.h"
 #include "recorder/utility/text.h"
 #include "recorder/utility/whole_address.h"
 
@@ -216,11 +217,11 @@ std::string Decoded(std::string_view path) {
   return decoded;
 }
 
-/// Whether it may be a password, and no word or number that stands in the paths of many cameras.
-bool IsTelling(std::string_view part) {
-  const bool isWord =
-      std::all_of(part.begin(), part.end(), [](char c) { return IsLower(c) || IsUpper(c) || c == '-' || c == '.'; });
-  return !isWord && !IsCommonValue(part);
+/// Whether it is more than letters, and no word or number that stands in the paths of many cameras.
+bool IsTelling(std::string_view password) {
+  const bool isWord = std::all_of(password.begin(), password.end(),
+                                  [](char c) { return IsLower(c) || IsUpper(c) || c == '-' || c == '.'; });
+  return !isWord && !IsCommonValue(password);
 }
 
 /// `path` with a small number for each placeholder.
@@ -252,16 +253,10 @@ std::string FindPathLogin(std::string_view path) {
   return login.empty() ? FindLoginOfAddress(lower) : login;
 }
 
-bool MayHoldPassword(std::string_view path) {
-  bool may = false;
-  ForEachWord(
-      Decoded(path), [](char c) { return std::string_view("/?&;=").find(c) == std::string_view::npos; },
-      [&](std::string_view part, std::string_view) { may = may || IsTelling(part); });
-  return may;
-}
-
 bool HoldsPassword(std::string_view path, std::string_view password) {
-  return IsTelling(password) && !FindKnown(LowerCase(Decoded(path)), {{"the camera's password", password}}).empty();
+  std::string plain = Decoded(password);
+  const WipeAtEnd wipe(plain);
+  return IsTelling(password) && !FindKnown(LowerCase(Decoded(path)), {{"the camera's password", plain}}).empty();
 }
 
 }  // namespace recorder

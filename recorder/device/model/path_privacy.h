@@ -25,11 +25,7 @@ std::string FindPrivatePart(std::string_view path, const std::vector<PrivateText
 /// stands, or in front of an address.
 std::string FindPathLogin(std::string_view path);
 
-/// Whether there is a part or a value in `path` that may be a password: one of more than letters, and no common one. To
-/// be asked before a password is decrypted for HoldsPassword.
-bool MayHoldPassword(std::string_view path);
-
-/// Whether `path` holds that password, under whatever name, and it is such a text.
+/// Whether `path` holds that password, under whatever name, and it is more than letters, and no common value.
 bool HoldsPassword(std::string_view path, std::string_view password);
 
 }  // namespace recorder
