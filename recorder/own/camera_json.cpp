@@ -24,14 +24,15 @@ Json::Value StateJson(const std::optional<CameraState>& state) {
 /// recorderctl stores a path that holds a login, too. It is for nobody's eyes.
 std::string ShownPath(const std::string& path) { return FindPathLogin(path).empty() ? path : ""; }
 
-/// Whether a path holds the camera's password, under whatever name. One that cannot be read might be it.
+/// Whether a path holds the camera's password, under whatever name. One that cannot be read is of no use, and hides
+/// nothing: whoever edits the camera sends its streams back as he sees them.
 bool TellsPassword(const std::string& path, const Records& records, const CameraRecord& camera) try {
   if (path.empty()) return false;  // most are: none need be decrypted
   std::string password = records.Password(camera);
   const WipeAtEnd wipe(password);
   return HoldsPassword(path, password);
 } catch (const RecordsError&) {
-  return true;
+  return false;
 }
 
 void HidePassword(Json::Value& path, const Records& records, const CameraRecord& camera) {

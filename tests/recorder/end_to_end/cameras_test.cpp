@@ -266,7 +266,9 @@ TEST_F(Cameras, AreJudgedByTheirMainStream) {
 
 TEST_F(Cameras, WhosePasswordCannotBeReadAreNotSaidToRefuseIt) {
   Add();
+  recorder_.AddCamera("User", "", 9999, "admin", "x", "", "/live/gate-2x");
   std::filesystem::remove(recorder_.StateFolder() / "secret.key");
+  EXPECT_EQ(Send("GET", "/2").json["data"]["sourcePath"], "/live/gate-2x") << "an edit would send back what is hidden";
   EXPECT_EQ(CauseOf(Send("POST", "/1/test")), "recorderFailed");
   EXPECT_EQ(CauseOf(Send("GET", "/1/picture")), "recorderFailed");
   EXPECT_EQ(CauseOf(Send("POST", "/1/measure")), "recorderFailed");
