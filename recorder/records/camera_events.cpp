@@ -34,23 +34,24 @@ std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::
 std::string TextOf(const EventFilter& filter, bool isBefore) {
   std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id ";
   text += isBefore ? "< ?1" : "> ?1";
-  if (filter.cameraId) text += " AND cameraId = ?3";
-  if (filter.since > 0) text += " AND +at >= ?4";
+  if (filter.cameraId) text += " AND cameraId = ?2";
+  if (filter.since > 0) text += " AND +at >= ?3";
   if (filter.since > 0 && isBefore) {
-    text += " AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?4)";
+    text += " AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?3)";
   }
-  if (filter.cause) text += " AND cause = ?5";
+  if (filter.cause) text += " AND cause = ?4";
   text += " AND EXISTS (SELECT 1 FROM cameras WHERE cameras.id = events.cameraId AND removedAt IS NULL)";
-  return text + " ORDER BY id " + (isBefore ? "DESC" : "ASC") + " LIMIT ?2";
+  return text + " ORDER BY id " + (isBefore ? "DESC" : "ASC");
 }
 
+/// The first `most` rows; those of causes that only another version of this program knows do not count.
 std::vector<CameraEvent> EventsOf(SQLite::Statement& query, std::int64_t id, int most, const EventFilter& filter) {
-  SQLite::bind(query, id, most);
-  if (filter.cameraId) query.bind(3, *filter.cameraId);
-  if (filter.since > 0) query.bind(4, filter.since);
-  if (filter.cause) query.bind(5, std::string(NameOf(*filter.cause)));
+  query.bind(1, id);
+  if (filter.cameraId) query.bind(2, *filter.cameraId);
+  if (filter.since > 0) query.bind(3, filter.since);
+  if (filter.cause) query.bind(4, std::string(NameOf(*filter.cause)));
   std::vector<CameraEvent> events;
-  while (query.executeStep()) {
+  while (events.size() < static_cast<std::size_t>(most) && query.executeStep()) {
     const auto cause = OutcomeNamed(query.getColumn(3).getString());
     if (!cause) continue;
     events.push_back({query.getColumn(0).getInt64(), query.getColumn(1).getInt(), query.getColumn(2).getInt64(), *cause,
