@@ -31,14 +31,14 @@ std::optional<std::string> CauseBefore(SQLite::Database& database, int id, std::
 
 /// The query for the events on one side of an id, in that order. With 10,000 cameras there are millions: the words
 /// make SQLite go along the ids, or those of the camera, from there on, and never through all events of a time.
-std::string TextOf(const EventFilter& filter, bool isBefore) {
-  std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE id ";
-  text += isBefore ? "< ?1" : "> ?1";
+std::string TextOf(const EventFilter& filter, std::int64_t from, bool isBefore) {
+  const bool seeksTime = filter.since > 0 && (isBefore || from == 0);  // behind another id nothing older is passed
+  std::string text = "SELECT id, cameraId, at, cause, causeBefore FROM events WHERE ";
+  text += seeksTime && !isBefore ? "+id" : "id";
+  text += isBefore ? " < ?1" : " > ?1";
   if (filter.cameraId) text += " AND cameraId = ?2";
   if (filter.since > 0) text += " AND +at >= ?3";
-  if (filter.since > 0 && isBefore) {
-    text += " AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?3)";
-  }
+  if (seeksTime) text += " AND id >= (SELECT min(+id) FROM events INDEXED BY eventsByTime WHERE at >= ?3)";
   if (filter.cause) text += " AND cause = ?4";
   text += " AND EXISTS (SELECT 1 FROM cameras WHERE cameras.id = events.cameraId AND removedAt IS NULL)";
   return text + " ORDER BY id " + (isBefore ? "DESC" : "ASC");
@@ -146,14 +146,14 @@ void Records::Impl::ForgetRefusals(const CameraRecord& camera) {
 
 std::vector<CameraEvent> Records::EventsBefore(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, TextOf(filter, true)};
+    SQLite::Statement query{impl_->database, TextOf(filter, id, true)};
     return EventsOf(query, id, most, filter);
   });
 }
 
 std::vector<CameraEvent> Records::EventsAfter(std::int64_t id, int most, const EventFilter& filter) const {
   return impl_->Guarded([&] {
-    SQLite::Statement query{impl_->database, TextOf(filter, false)};
+    SQLite::Statement query{impl_->database, TextOf(filter, id, false)};
     return EventsOf(query, id, most, filter);
   });
 }
