@@ -115,8 +115,19 @@ WatchTime Schedule::FirstDue() const {
   return first;
 }
 
+void Schedule::GiveBack(int id) {
+  if (const auto atHand = atHand_.extract(id)) busyHosts_.GiveBack(atHand.mapped());
+}
+
+void Schedule::PutOff(const DueCheck& check, WatchTime due) {
+  GiveBack(check.id);
+  const auto found = cameras_.find(check.id);
+  const bool isCurrent = found != cameras_.end() && found->second.revision == check.revision;
+  if (isCurrent) EnqueueAt(check.id, found->second, due);
+}
+
 bool Schedule::End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now) {
-  if (const auto atHand = atHand_.extract(check.id)) busyHosts_.GiveBack(atHand.mapped());
+  GiveBack(check.id);
   const auto found = cameras_.find(check.id);
   if (found == cameras_.end() || found->second.revision != check.revision) return false;
   Watched& camera = found->second;
@@ -144,9 +155,11 @@ WatchTime Schedule::PauseAfter(Watched& camera, std::optional<Outcome> cause) co
   return std::exchange(camera.silentPause, std::max(interval_, std::min(2 * camera.silentPause, kHour)));
 }
 
-void Schedule::Enqueue(int id, Watched& camera, WatchTime notBefore) {
+void Schedule::Enqueue(int id, Watched& camera, WatchTime notBefore) { EnqueueAt(id, camera, TurnOf(id, notBefore)); }
+
+void Schedule::EnqueueAt(int id, Watched& camera, WatchTime due) {
   camera.place = ++lastPlace_;
-  line_.push({TurnOf(id, notBefore), camera.place, id});
+  line_.push({due, camera.place, id});
 }
 
 /// The first of the camera's turns from `notBefore` on: they are an interval apart. The golden ratio puts those of

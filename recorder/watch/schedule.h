@@ -67,6 +67,9 @@ class Schedule {
   /// When the check was or is due that is due first, whatever it waits for; max() when there is none.
   WatchTime FirstDue() const;
 
+  /// Says that a check was not made, and is due at that time, whenever its turn is. What is known of the camera stays.
+  void PutOff(const DueCheck& check, WatchTime due);
+
   /// Says that a check has ended: with `cause`, or with its process, which tells nothing of the camera. False when the
   /// camera's record is no longer the one that was checked, so that the answer is of no use.
   bool End(const DueCheck& check, std::optional<Outcome> cause, WatchTime now);
@@ -94,7 +97,9 @@ class Schedule {
   void Admit(int id, Watched& camera, const WatchedCamera& record, WatchTime now);
   static void Describe(Watched& camera, const WatchedCamera& record);
   WatchTime PauseAfter(Watched& camera, std::optional<Outcome> cause) const;
+  void GiveBack(int id);
   void Enqueue(int id, Watched& camera, WatchTime notBefore);
+  void EnqueueAt(int id, Watched& camera, WatchTime due);
   WatchTime TurnOf(int id, WatchTime notBefore) const;
   bool IsHeldBack(const Place& place, Watched& camera, WatchTime now);
   void EnqueueFreed();

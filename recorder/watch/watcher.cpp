@@ -16,6 +16,9 @@
 namespace recorder {
 namespace {
 
+/// How long a camera is left alone that somebody contacts. Most contacts are shorter.
+constexpr std::chrono::seconds kPutOff{5};
+
 /// The moment `seconds` since 1970. The clock of these may have jumped: nothing was in the future, or is older than a
 /// day.
 WatchTime WatchTimeOf(std::int64_t seconds) {
@@ -111,13 +114,16 @@ WatchedCamera Watcher::Watched(const CameraRecord& camera) const {
 bool Watcher::StartNext(Checkers& checkers) {
   const auto check = schedule_.Next(WatchClock::Now());
   if (!check) return false;
+  if (!turns_.Take(cameras_.at(check->id))) {
+    schedule_.PutOff(*check, WatchClock::Now() + kPutOff);
+    return true;
+  }
   atHand_.emplace(check->id, *check);
-  const bool hasTurn = turns_.Take(cameras_.at(check->id));
-  const bool hasBegun = hasTurn && Start(*check, checkers);
+  const bool hasBegun = Start(*check, checkers);
   if (!hasBegun) {  // nothing was sent
     End({.id = static_cast<std::uint64_t>(check->id), .causes = std::string(NameOf(Outcome::kRecorderFailed))});
   }
-  return hasBegun || !hasTurn;
+  return hasBegun;
 }
 
 bool Watcher::Start(const DueCheck& check, Checkers& checkers) {
