@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 
 #include "tests/recorder/rows.h"
 
@@ -23,6 +24,8 @@ struct Watch {
   Schedule schedule{kInterval, busyHosts};
   std::vector<WatchedCamera> cameras;
   WatchTime now{minutes(1000)};
+  bool isPutOff = false;  // each check, once
+  std::set<int> wasPutOff = {};
   std::map<int, std::vector<WatchTime>> checks = {};  // when, by camera
 
   void Update() { schedule.Update(cameras, now); }
@@ -30,7 +33,14 @@ struct Watch {
   void Run(WatchTime time, const Answer& answer) {
     for (const WatchTime end = now + time; now < end; now += kTick) {
       std::vector<DueCheck> atHand;
-      for (auto due = schedule.Next(now); due; due = schedule.Next(now)) atHand.push_back(*due);
+      for (auto due = schedule.Next(now); due; due = schedule.Next(now)) {
+        if (isPutOff && wasPutOff.insert(due->id).second) {
+          schedule.PutOff(*due, now + kTick);
+        } else {
+          wasPutOff.erase(due->id);
+          atHand.push_back(*due);
+        }
+      }
       for (const DueCheck& check : atHand) {
         checks[check.id].push_back(now);
         EXPECT_TRUE(schedule.End(check, answer(check.id), now));
@@ -77,19 +87,21 @@ const PauseCase kPauses[] = {
 class SchedulePauses : public testing::TestWithParam<PauseCase> {};
 
 TEST_P(SchedulePauses, FollowWhatTheCameraAnswers) {
-  Watch watch{.cameras = {{1, 1, "camera"}}};
-  watch.Update();
-  watch.Run(minutes(400), [&](int id) {
-    const std::size_t answered = watch.checks[id].size() - 1;
-    return answered < GetParam().answers.size() ? GetParam().answers[answered] : Outcome::kOk;
-  });
-  const std::vector<WatchTime>& times = watch.checks[1];
-  ASSERT_GT(times.size(), GetParam().pauses.size());
-  for (std::size_t i = 0; i < GetParam().pauses.size(); ++i) {
-    EXPECT_EQ(times[i + 1] - times[i], minutes(GetParam().pauses[i])) << i;
+  for (const bool isPutOff : {false, true}) {
+    Watch watch{.cameras = {{1, 1, "camera"}}, .isPutOff = isPutOff};
+    watch.Update();
+    watch.Run(minutes(400), [&](int id) {
+      const std::size_t answered = watch.checks[id].size() - 1;
+      return answered < GetParam().answers.size() ? GetParam().answers[answered] : Outcome::kOk;
+    });
+    const std::vector<WatchTime>& times = watch.checks[1];
+    ASSERT_GT(times.size(), GetParam().pauses.size());
+    for (std::size_t i = 0; i < GetParam().pauses.size(); ++i) {
+      EXPECT_EQ(times[i + 1] - times[i], minutes(GetParam().pauses[i])) << i << isPutOff;
+    }
+    const bool isRefused = !GetParam().answers.empty() && GetParam().answers.back() == Outcome::kLoginRefused;
+    EXPECT_EQ(times.size() == GetParam().answers.size(), isRefused);
   }
-  const bool isRefused = !GetParam().answers.empty() && GetParam().answers.back() == Outcome::kLoginRefused;
-  EXPECT_EQ(times.size() == GetParam().answers.size(), isRefused);
 }
 
 INSTANTIATE_TEST_SUITE_P(Camera, SchedulePauses, testing::ValuesIn(kPauses), kByName);
