@@ -1,5 +1,3 @@
-#include <sys/types.h>
-
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -21,6 +19,7 @@
 #include "recorder/utility/cause_table.h"
 #include "recorder/utility/clock.h"
 #include "recorder/utility/config.h"
+#include "recorder/utility/file_lock.h"
 #include "recorder/utility/json_text.h"
 #include "recorder/utility/log.h"
 #include "recorder/utility/state_files.h"
@@ -89,8 +88,7 @@ bool HasLogin(const Records& records, const CameraRecord& camera) {
 /// The turn of who logs in to a camera, until it took the login: so whoever comes next knows whether it was refused.
 CameraLock LoginTurn(const CameraRecord& camera) {
   const Config& config = GetConfig();
-  const auto place = static_cast<off_t>(std::hash<std::string>()(LoginOf(camera)) & 0x7fffffffU);
-  return {config.stateFolder / kLoginsLock, place, Clock::now() + config.limits.picture};
+  return {config.stateFolder / kLoginsLock, LockByteOf(LoginOf(camera)), Clock::now() + config.limits.picture};
 }
 
 /// What the camera's own last contact or that of another one of its login came to.

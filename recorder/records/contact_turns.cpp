@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 
-#include <functional>
 #include <string>
 
 #include "recorder/utility/file_lock.h"
@@ -12,8 +11,7 @@
 namespace recorder {
 
 off_t ContactPlace(const CameraRecord& camera) {
-  const std::string place = NormalizedHost(camera.host) + ' ' + std::to_string(camera.port);
-  return static_cast<off_t>(std::hash<std::string>()(place) & 0x7fffffffU);
+  return LockByteOf(NormalizedHost(camera.host) + ' ' + std::to_string(camera.port));
 }
 
 ContactTurns::ContactTurns(const std::filesystem::path& stateFolder) : file_(OpenLocks(stateFolder / kContactsLock)) {}

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <functional>
 
 namespace recorder {
 namespace {
@@ -21,6 +22,8 @@ struct flock LockOf(short type, off_t start, off_t length) {
 FileDescriptor OpenLocks(const std::filesystem::path& path) {
   return FileDescriptor{open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)};
 }
+
+off_t LockByteOf(const std::string& text) { return static_cast<off_t>(std::hash<std::string>()(text) & 0x7fffffffU); }
 
 bool TryLock(const FileDescriptor& file, short type, off_t start, off_t length) {
   auto lock = LockOf(type, start, length);

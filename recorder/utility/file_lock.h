@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <string>
 
 #include "recorder/utility/handle.h"
 
@@ -14,6 +15,10 @@ namespace recorder {
 /// Opens a file for locks. It is made when it lacks, stays empty and need never be removed. Holds nothing, with errno,
 /// when it cannot be opened. Any thread.
 FileDescriptor OpenLocks(const std::filesystem::path& path);
+
+/// The byte of a file of locks that belongs to `text`, in all processes of this recorder. Others may have the same one.
+/// Any thread.
+off_t LockByteOf(const std::string& text);
 
 /// Locks `length` bytes from `start`, 0 for all of them: F_RDLCK for any number at a time, F_WRLCK for one alone.
 /// False, with errno, when others have locks that exclude this one. Any thread.
