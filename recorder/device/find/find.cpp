@@ -84,7 +84,7 @@ class Finder {
   bool ProveLogin() {
     const auto asking = std::ranges::find(search_.answers, Outcome::kLoginRefused, &PortAnswer::rtsp);
     if (!search_.HasLogin() || asking == search_.answers.end()) return true;
-    search_.provenAt = asking->port.number;
+    search_.loginPort = asking->port.number;
     const Outcome outcome = search_.HuntAt(asking->port).Ask(kNoCamerasPath);
     if (search_.IsRefusal(outcome) || EndsConversation(outcome)) return search_.EndWith(outcome);
     search_.TakeLogin();

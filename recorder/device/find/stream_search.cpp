@@ -45,7 +45,7 @@ void StreamSearch::TakeLogin() {
 /// A login that was taken elsewhere is right there, unless it is refused where 404 seemed to take it.
 bool StreamSearch::EndWith(Outcome outcome) {
   const bool isRefusal = IsRefusal(outcome);
-  const bool isDoubted = hunt && hunt->Camera().port == provenAt;
+  const bool isDoubted = hunt && hunt->Camera().port == loginPort;
   if (isRefusal && IsLoginTaken() && !isDoubted) return false;
   if (isRefusal) EndRefused();
   result.outcome = outcome;

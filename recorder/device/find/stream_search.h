@@ -47,7 +47,7 @@ struct StreamSearch {
   std::vector<std::string> vendors;       ///< likely ones, the likeliest first
   std::vector<std::string> namedVendors;  ///< those of them whose own name was told
   std::unique_ptr<PathHunt> hunt;         ///< of the last path; gone before other ports are asked: connections are few
-  int provenAt = 0;                       ///< the port whose RTSP took the login
+  int loginPort = 0;                      ///< where the login was tried over RTSP; 0: nowhere
   bool mayLogInOverHttp = true;
   std::optional<Outcome> useless;  ///< why a stream that is there is of no use
   FindResult result;
