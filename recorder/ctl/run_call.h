@@ -16,7 +16,8 @@ void AddPictureFile(CLI::App& command, std::string& file);
 /// The file that the user means by `option`, "" for none. Ask before StartHost, which changes the working folder.
 std::filesystem::path PictureFile(const std::string& option);
 
-/// StartHost() for one call of `method`, with what else it needs beside it, so that both take the time of the longer.
+/// Starts a host, as StartHost() does, for one call of `method`. Where the call needs a media process, that starts at
+/// the same time, so that the call need not wait for it.
 Host StartHostFor(std::string_view method, const std::string& configOption);
 
 /// Makes the call, while a terminal shows that it goes on (`work` is what is waited for), and prints its answer: JSON

@@ -13,7 +13,7 @@ namespace recorder {
 /// One for a stream or a body alone, started if need be. Given back, it waits for the next.
 std::shared_ptr<MediaProcess> BorrowMedia();
 
-/// Starts one that waits for whoever borrows first, who may want it at once: it takes some 30 ms to be ready.
+/// Starts one ahead of time, for whoever borrows first. It takes some 30 ms until it is ready; this call does not wait.
 void StartMedia();
 
 /// One for a single question, which disturbs no stream: the last that the calling thread has borrowed and still has, or

@@ -63,7 +63,7 @@ struct CameraFact {
 /// What contact with a stored camera comes to. Times are in seconds since 1970.
 struct CameraOutcome {
   Outcome cause = Outcome::kOk;  ///< of the last contact
-  std::int64_t since = 0;        ///< of the first contact in a row that came to it; kOk: since it was switched on
+  std::int64_t since = 0;        ///< of the first contact in a row that came to it; kOk: not before it was switched on
   std::int64_t lastSuccess = 0;  ///< of the last known that came to kOk: of a row of them the first at least; 0: none
 
   bool operator==(const CameraOutcome&) const = default;

@@ -11,13 +11,15 @@
 
 namespace recorder {
 
-// Some cameras let in one at a time. So whoever contacts a stored one locks its byte of a file, kContactsLock: those
-// who do it for somebody that waits share it, and recorder-watch has it alone.
+// Some cameras let in one at a time. So whoever contacts a stored one through /recorder/1, and recorder-watch for its
+// checks, lock the camera's byte of a file, kContactsLock. The former share it, since somebody waits for each of them;
+// recorder-watch has it alone. recorderctl and /api take no turn: what they ask is sent at once. For runs see
+// BusyHosts.
 
 /// The byte of all stored cameras at that host and port.
 off_t ContactPlace(const CameraRecord& camera);
 
-/// The turns of recorder-watch, which others need less than theirs. Thread: one.
+/// The turns of recorder-watch, which can wait, as others cannot. Thread: one.
 class ContactTurns {
  public:
   explicit ContactTurns(const std::filesystem::path& stateFolder);

@@ -159,8 +159,8 @@ bool IsAlive(PoolPulse& lists, const std::stop_token& stop) {
   return reason.empty();
 }
 
-/// What the processes that are started learn by their environment; glibc, that more of the small pieces of memory that
-/// a request frees, a hundred of a size, are kept at hand for the next (mallopt(3) cannot say so).
+/// Sets what the processes that are started read from their environment. glibc reads GLIBC_TUNABLES: it keeps some
+/// hundred freed pieces of memory of each small size at hand for the next request (mallopt(3) cannot say so).
 void SetEnvironment(const RunFolder& run, const path& configFile, const ServeOptions& options) {
   setenv("GLIBC_TUNABLES", "glibc.malloc.tcache_count=127", 0);
   setenv("RECORDER_CONFIG", configFile.c_str(), 1);
